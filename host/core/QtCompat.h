@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <QtGlobal>
+
+/// Everything in host/ and dvsync/ that is written one way for Qt 4.8 and another for Qt 5.15. Thread-safe.
+
+namespace sync {
+namespace core {
+namespace compat {
+
+/// The path of a percent-encoded URL with every escape decoded; empty when the URL is not valid. `encoded` must not
+/// start with more than one '/': what follows would be taken for a host.
+inline QString DecodedPath(const QByteArray& encoded) {
+    const QUrl url = QUrl::fromEncoded(encoded);
+    if (!url.isValid()) {
+        return QString();
+    }
+#if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
+    return url.path(QUrl::FullyDecoded);
+#else
+    return url.path();
+#endif
+}
+
+/// The parts of `text` between the separators, without those that are empty.
+inline QStringList SplitSkippingEmptyParts(const QString& text, QChar separator) {
+#if QT_VERSION >= QT_VERSION_CHECK(5, 14, 0)
+    return text.split(separator, Qt::SkipEmptyParts, Qt::CaseSensitive);
+#else
+    return text.split(separator, QString::SkipEmptyParts, Qt::CaseSensitive);
+#endif
+}
+
+}  // namespace compat
+}  // namespace core
+}  // namespace sync
