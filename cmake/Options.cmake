@@ -21,3 +21,6 @@ if(DVSYNC_SANITIZE)
   add_compile_options(-fsanitize=${DVSYNC_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${DVSYNC_SANITIZE})
 endif()
+
+# Qt's lower-case keywords are macros that take words from everyone else.
+add_compile_definitions(QT_NO_KEYWORDS)

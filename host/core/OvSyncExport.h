@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/core/PosixSync.h"
+
 #include <QtGlobal>
 
 /// One macro per host library: exports its classes while that library is built, imports them everywhere else.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/core/PosixSync.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>

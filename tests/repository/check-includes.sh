@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# Usage: check-includes.sh ROOT
+# Who may know whom: an include of one folder's header in another is an arrow, and these are all there are.
+set -euo pipefail
+cd "$1"
+status=0
+
+# allow FOLDER ALLOWED: every include of the project's own headers in FOLDER matches ALLOWED.
+allow() {
+    local found
+    found=$(grep -rnE '#include "' "$1" --include='*.h' --include='*.cpp' | grep -vE "#include \"($2)" || true)
+    if [ -n "$found" ]; then
+        printf '%s may include only %s:\n%s\n' "$1" "$2" "$found"
+        status=1
+    fi
+}
+
+allow host 'host/'
+allow dvsync 'host/|dvsync/'
+allow client 'host/|dvsync/|client/'
+allow service 'service/'
+
+# What dvsync/ and host/ may use of other libraries.
+found=$(grep -rnE '#include <(curl|expat|sqlite3|microhttpd|libxml|nlohmann|CLI|boost)' host dvsync || true)
+if [ -n "$found" ]; then
+    printf 'host/ and dvsync/ know Qt and log4cplus alone:\n%s\n' "$found"
+    status=1
+fi
+found=$(grep -rnE '#include <Q' service || true)
+if [ -n "$found" ]; then
+    printf 'service/ does not know Qt:\n%s\n' "$found"
+    status=1
+fi
+
+# Qt versions are told apart in one header.
+found=$(grep -rlE 'QT_VERSION' host dvsync | grep -v '^host/core/QtCompat.h$' || true)
+if [ -n "$found" ]; then
+    printf 'Only host/core/QtCompat.h tells Qt versions apart:\n%s\n' "$found"
+    status=1
+fi
+found=$(grep -rnE 'QStringLiteral|QRegularExpression|QLatin1StringView' host dvsync || true)
+if [ -n "$found" ]; then
+    printf 'Not in Qt 4.8:\n%s\n' "$found"
+    status=1
+fi
+exit $status
