@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QAuthenticator>
+#include <memory>
+
+#include "client/http/AnswerSummary.h"
+#include "client/http/Exchange.h"
+#include "client/http/HttpSessionSettings.h"
+
+namespace ovsync {
+namespace http {
+
+/// Sends requests over HTTP/1.1, one after the other, and keeps connections open in between. Not thread-safe.
+///
+/// Credentials are sent as Basic or Digest once a server asked for them, only to the host of the request. Without
+/// credentials those in ~/.netrc are used. The certificate and the name of a server are verified. Proxies are taken
+/// from the environment (http_proxy, https_proxy, all_proxy, no_proxy). Redirects are not followed.
+class HttpSession {
+public:
+    /// A null `credentials` stands for none.
+    HttpSession(const HttpSessionSettings& settings, const QAuthenticator& credentials);
+    ~HttpSession();
+    HttpSession(const HttpSession&) = delete;
+    HttpSession& operator=(const HttpSession&) = delete;
+
+    /// Returns when the answer came whole and `exchange` took it. Throws ExchangeError when no answer came, when it was
+    /// cut off, when the server was silent for too long and when `exchange` refused what came.
+    void Perform(Exchange& exchange);
+
+    /// Of the last exchange, whether it succeeded or not.
+    const AnswerSummary& LastAnswer() const;
+
+private:
+    class Transfer;
+
+    std::unique_ptr<Transfer> _transfer;
+};
+
+}  // namespace http
+}  // namespace ovsync

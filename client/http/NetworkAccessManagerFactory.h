@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QUrl>
+#include <memory>
+
+#include "client/http/HttpSessionSettings.h"
+#include "host/interfaces/factory/INetworkAccessManagerFactory.h"
+#include "host/interfaces/factory/IRequestAuthenticatorFactory.h"
+
+namespace ovsync {
+namespace http {
+
+/// Makes network access managers that take their proxies from the environment, give up after the same silence as a
+/// HttpSession, trust the same certificates, and know the credentials of one account. These are given once per reply,
+/// and only to the host, port and scheme of the account. Thread-safe.
+class NetworkAccessManagerFactory : public sync::interf::factory::INetworkAccessManagerFactory {
+public:
+    /// Asks `authenticators` once, here, for the credentials of the account `serverId` at `accountUrl`.
+    NetworkAccessManagerFactory(
+        const std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory>& authenticators, int serverId,
+        const QUrl& accountUrl, const HttpSessionSettings& settings = HttpSessionSettings());
+
+    std::shared_ptr<QNetworkAccessManager> CreateNetworkAccessManager() override;
+
+private:
+    const QAuthenticator _credentials;
+    const QUrl _accountUrl;
+    const HttpSessionSettings _settings;
+};
+
+}  // namespace http
+}  // namespace ovsync

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QStringList>
+#include <QUrl>
+#include <memory>
+
+#include "client/http/Exchange.h"
+#include "client/http/MultistatusReader.h"
+#include "host/http/DAVPropfindRequest.h"
+
+namespace ovsync {
+namespace http {
+
+/// A PROPFIND that reads its answer while it arrives. Not thread-safe.
+///
+/// Refuses as an answer: a 207 whose content type is not XML or whose document is no listing (see MultistatusReader), a
+/// 304 to an unconditional request, a 302 to Depth 0, and every other status below 400. All statuses from 400 and a 302
+/// to a deeper request are the library's to judge, which throws on them or takes 404 for what it says.
+class PropfindRequest : public sync::http::DAVPropfindRequest, public Exchange {
+public:
+    /// `url` is sent as it is.
+    PropfindRequest(const QUrl& url, Depth depth);
+    ~PropfindRequest() override;
+
+    int GetStatusCode() override;
+    QUrl GetUrl() override;
+
+    void SetModifiedSinceTime(const QDateTime& time) override;
+    /// Throws SyncException when a name is not of the form "{namespace}prefix:name"; the list is then unchanged.
+    void SetProperties(const QStringList& names) override;
+    std::shared_ptr<sync::http::DAVPropfindResult> GetResult() override;
+
+    QByteArray Method() const override;
+    QUrl Url() const override;
+    Headers RequestHeaders() const override;
+    QByteArray RequestBody() const override;
+    void OnStart() override;
+    void OnHeaders(int status, const AnswerHeaders& headers) override;
+    void OnBody(const char* bytes, size_t size) override;
+    void OnEnd() override;
+
+private:
+    const QUrl _url;
+    const Depth _depth;
+    QByteArray _modifiedSince;
+    QByteArray _body;
+
+    int _status = 0;
+    QDateTime _serverTime;
+    std::unique_ptr<MultistatusReader> _reader;
+    std::shared_ptr<sync::http::DAVPropfindResult> _result;
+};
+
+}  // namespace http
+}  // namespace ovsync
