@@ -1,0 +1,314 @@
+#include "client/http/HttpSession.h"
+
+#include <curl/curl.h>
+
+#include <QHostAddress>
+#include <chrono>
+#include <exception>
+
+#include "client/http/ExchangeError.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace http {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+const long ReceiveBufferSize = 256L * 1024L;
+
+struct CurlDeleter {
+    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+
+struct MultiDeleter {
+    void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
+};
+
+void InitialiseCurl() {
+    static const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (result != CURLE_OK) {
+        throw sync::core::SyncException(
+            QStringLiteral("The HTTP library cannot be used: %1").arg(QString::fromUtf8(curl_easy_strerror(result))));
+    }
+}
+
+bool IsLoopback(const QUrl& url) {
+    return url.host() == QLatin1String("localhost") || QHostAddress(url.host()).isLoopback();
+}
+
+QString TransportReason(CURLcode code, const char* detail) {
+    const char* const text = *detail != '\0' ? detail : curl_easy_strerror(code);
+    const QString message = QString::fromUtf8(text);
+    switch (code) {
+        case CURLE_PEER_FAILED_VERIFICATION:
+            return QStringLiteral("the server's certificate is not trusted: ") + message;
+        case CURLE_PARTIAL_FILE:
+        case CURLE_RECV_ERROR:
+        case CURLE_BAD_CONTENT_ENCODING:
+            return QStringLiteral("the answer was cut off or damaged: ") + message;
+        default:
+            return message;
+    }
+}
+
+}  // namespace
+
+/// One handle of the HTTP library with its connections, and the exchange that it is busy with.
+class HttpSession::Transfer {
+public:
+    Transfer(const HttpSessionSettings& settings, const QAuthenticator& credentials)
+        : _silenceLimit(settings.silenceLimit) {
+        InitialiseCurl();
+        _easy.reset(curl_easy_init());
+        _multi.reset(curl_multi_init());
+        if (!_easy || !_multi) {
+            throw std::bad_alloc();
+        }
+        _Set(CURLOPT_PROTOCOLS_STR, "http,https");
+        _Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+        _Set(CURLOPT_USERAGENT, "ovsync/" OVSYNC_VERSION);
+        _Set(CURLOPT_PATH_AS_IS, 1L);
+        _Set(CURLOPT_FOLLOWLOCATION, 0L);
+        _Set(CURLOPT_NOSIGNAL, 1L);
+        _Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+        _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(settings.connectLimit.count()));
+        _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
+        _Set(CURLOPT_SSL_VERIFYPEER, 1L);
+        _Set(CURLOPT_SSL_VERIFYHOST, 2L);
+        if (!settings.caFile.isEmpty()) {
+            _Set(CURLOPT_CAINFO, settings.caFile.toUtf8().constData());
+            _Set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+        }
+        _Set(CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
+        _Set(CURLOPT_PROXYAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
+        if (credentials.isNull()) {
+            _Set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_OPTIONAL));
+        } else {
+            _Set(CURLOPT_USERNAME, credentials.user().toUtf8().constData());
+            _Set(CURLOPT_PASSWORD, credentials.password().toUtf8().constData());
+        }
+        _Set(CURLOPT_ERRORBUFFER, _detail);
+        _Set(CURLOPT_HEADERFUNCTION, &_OnHeaderLine);
+        _Set(CURLOPT_HEADERDATA, this);
+        _Set(CURLOPT_WRITEFUNCTION, &_OnBody);
+        _Set(CURLOPT_WRITEDATA, this);
+    }
+
+    void Perform(Exchange& exchange) {
+        _exchange = &exchange;
+        _answer = AnswerSummary();
+        _headers.clear();
+        _headersEnded = false;
+        _headersHandedOn = false;
+        _refusal = nullptr;
+        _detail[0] = '\0';
+        exchange.OnStart();
+
+        const QString failure = _Send();
+        if (failure.isEmpty() && !_refusal) {
+            _HandOn([&] {
+                _HandOnHeaders();
+                exchange.OnEnd();
+            });
+        }
+        if (_refusal) {
+            _ThrowRefusal();
+        }
+        if (!failure.isEmpty()) {
+            _answer.status = _Status();
+            throw ExchangeError(exchange.Method(), exchange.Url(), failure, _answer);
+        }
+    }
+
+    const AnswerSummary& Answer() const { return _answer; }
+
+private:
+    template <typename Value>
+    void _Set(CURLoption option, Value value) {
+        const CURLcode result = curl_easy_setopt(_easy.get(), option, value);
+        if (result != CURLE_OK) {
+            throw sync::core::SyncException(QStringLiteral("The HTTP library refuses option %1: %2")
+                                                .arg(static_cast<int>(option))
+                                                .arg(QString::fromUtf8(curl_easy_strerror(result))));
+        }
+    }
+
+    /// Returns what went wrong on the way; empty when nothing did.
+    QString _Send() {
+        const QUrl url = _exchange->Url();
+        const QByteArray method = _exchange->Method();
+        const QByteArray body = _exchange->RequestBody();
+        // Without an empty Expect the library waits for permission to send a large body.
+        std::unique_ptr<curl_slist, CurlDeleter> headers(curl_slist_append(nullptr, "Expect:"));
+        for (const auto& header : _exchange->RequestHeaders()) {
+            const QByteArray line = header.first + ": " + header.second;
+            curl_slist* const longer = curl_slist_append(headers.get(), line.constData());
+            if (longer == nullptr) {
+                throw std::bad_alloc();
+            }
+            (void)headers.release();
+            headers.reset(longer);
+        }
+        _Set(CURLOPT_URL, url.toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment).constData());
+        if (body.isEmpty()) {
+            _Set(CURLOPT_HTTPGET, 1L);
+        } else {
+            _Set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
+            _Set(CURLOPT_POSTFIELDS, body.constData());
+        }
+        _Set(CURLOPT_CUSTOMREQUEST, method.constData());
+        _Set(CURLOPT_HTTPHEADER, headers.get());
+        // Within one machine compressing takes longer than sending.
+        _Set(CURLOPT_ACCEPT_ENCODING, IsLoopback(url) ? static_cast<const char*>(nullptr) : "gzip");
+
+        curl_multi_add_handle(_multi.get(), _easy.get());
+        const QString failure = _Run();
+        curl_multi_remove_handle(_multi.get(), _easy.get());
+        return failure;
+    }
+
+    QString _Run() {
+        Clock::time_point lastSign = Clock::now();
+        int running = 0;
+        for (;;) {
+            CURLMcode result = curl_multi_perform(_multi.get(), &running);
+            if (result == CURLM_OK && running == 0) {
+                return _Outcome();
+            }
+            const auto silence = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastSign);
+            if (silence >= _silenceLimit) {
+                return QStringLiteral("nothing was received or sent for %1 s")
+                    .arg(static_cast<double>(_silenceLimit.count()) / 1000.0);
+            }
+            int active = 0;
+            if (result == CURLM_OK) {
+                const auto patience = static_cast<int>((_silenceLimit - silence).count());
+                result = curl_multi_poll(_multi.get(), nullptr, 0, patience, &active);
+            }
+            if (result != CURLM_OK) {
+                return QString::fromUtf8(curl_multi_strerror(result));
+            }
+            if (active > 0) {
+                lastSign = Clock::now();
+            }
+        }
+    }
+
+    QString _Outcome() {
+        int left = 0;
+        const CURLMsg* const message = curl_multi_info_read(_multi.get(), &left);
+        if (message == nullptr) {
+            return QStringLiteral("the HTTP library ended without a result");
+        }
+        const CURLcode code = message->data.result;
+        return code == CURLE_OK ? QString() : TransportReason(code, _detail);
+    }
+
+    int _Status() const {
+        long status = 0;
+        curl_easy_getinfo(_easy.get(), CURLINFO_RESPONSE_CODE, &status);
+        return static_cast<int>(status);
+    }
+
+    /// Keeps what `action` throws, because it is called from C code.
+    template <typename Action>
+    void _HandOn(Action action) {
+        try {
+            action();
+        } catch (...) {
+            _refusal = std::current_exception();
+        }
+    }
+
+    [[noreturn]] void _ThrowRefusal() {
+        try {
+            std::rethrow_exception(_refusal);
+        } catch (const sync::core::SyncException& reason) {
+            throw ExchangeError(_exchange->Method(), _exchange->Url(), reason.Message(), _answer);
+        }
+    }
+
+    /// Not before the body or the end, because a 401 whose challenge is then answered has no body as far as this class
+    /// can see, and is not the answer.
+    void _HandOnHeaders() {
+        if (_headersHandedOn) {
+            return;
+        }
+        _headersHandedOn = true;
+        _answer.status = _Status();
+        _answer.contentType = _headers.value("content-type");
+        _exchange->OnHeaders(_answer.status, _headers);
+    }
+
+    void _TakeHeaderLine(const QByteArray& line) {
+        if (line.startsWith("HTTP/")) {
+            _headers.clear();
+            _headersEnded = false;
+            return;
+        }
+        if (line.isEmpty()) {
+            _headersEnded = true;
+        }
+        const int colon = line.indexOf(':');
+        // What follows the end is a trailer.
+        if (colon > 0 && !_headersEnded) {
+            _headers.insert(line.left(colon).toLower(), line.mid(colon + 1).trimmed());
+        }
+    }
+
+    void _TakeBody(const char* bytes, size_t size) {
+        const int missing = AnswerSummary::FirstBytesLimit - _answer.firstBytes.size();
+        _answer.firstBytes.append(bytes, static_cast<int>(qMin(size, static_cast<size_t>(missing))));
+        if (!_refusal) {
+            _HandOn([&] {
+                _HandOnHeaders();
+                _exchange->OnBody(bytes, size);
+            });
+        }
+    }
+
+    static size_t _OnHeaderLine(char* bytes, size_t /*unit*/, size_t size, void* self) {
+        static_cast<Transfer*>(self)->_TakeHeaderLine(QByteArray(bytes, static_cast<int>(size)).trimmed());
+        return size;
+    }
+
+    static size_t _OnBody(char* bytes, size_t /*unit*/, size_t size, void* self) {
+        auto* const transfer = static_cast<Transfer*>(self);
+        transfer->_TakeBody(bytes, size);
+        // A refused answer is received for as long as its first bytes are still to be shown.
+        const bool isOver = transfer->_refusal && transfer->_answer.firstBytes.size() == AnswerSummary::FirstBytesLimit;
+        return isOver ? 0 : size;
+    }
+
+    const std::chrono::milliseconds _silenceLimit;
+    // The connections live in the second, which the first has to be taken out of before it goes.
+    std::unique_ptr<CURLM, MultiDeleter> _multi;
+    std::unique_ptr<CURL, CurlDeleter> _easy;
+    char _detail[CURL_ERROR_SIZE] = {};
+
+    Exchange* _exchange = nullptr;
+    AnswerSummary _answer;
+    Exchange::AnswerHeaders _headers;
+    bool _headersEnded = false;
+    bool _headersHandedOn = false;
+    std::exception_ptr _refusal;
+};
+
+HttpSession::HttpSession(const HttpSessionSettings& settings, const QAuthenticator& credentials)
+    : _transfer(std::make_unique<Transfer>(settings, credentials)) {}
+
+HttpSession::~HttpSession() = default;
+
+void HttpSession::Perform(Exchange& exchange) {
+    _transfer->Perform(exchange);
+}
+
+const AnswerSummary& HttpSession::LastAnswer() const {
+    return _transfer->Answer();
+}
+
+}  // namespace http
+}  // namespace ovsync

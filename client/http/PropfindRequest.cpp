@@ -1,0 +1,170 @@
+#include "client/http/PropfindRequest.h"
+
+#include <QMap>
+#include <QRegularExpression>
+
+#include "client/http/DateReader.h"
+#include "client/http/Printable.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace http {
+
+using sync::core::SyncException;
+using sync::http::DAVPropfindResult;
+
+namespace {
+
+const int MultiStatus = 207;
+const int Found = 302;
+const int NotModified = 304;
+const int BadRequest = 400;
+
+QStringList DefaultProperties() {
+    return {
+        QStringLiteral("{DAV:}D:resourcetype"),      QStringLiteral("{DAV:}P:getcontentlength"),
+        QStringLiteral("{DAV:}D:getlastmodified"),   QStringLiteral("{DAV:}D:creationdate"),
+        QStringLiteral("{DAV:}P:resourceclasstype"), QStringLiteral("{DAV:}P:syncproperties"),
+    };
+}
+
+/// The body of a PROPFIND that asks for `names`. Throws SyncException for a name that cannot be read.
+QByteArray PropfindBody(const QStringList& names) {
+    // A namespace is a URI reference, and none of the characters left out here can stand in one.
+    static const QRegularExpression nameForm(QStringLiteral(
+        "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
+    const QString davNamespace = QStringLiteral("DAV:");
+    QMap<QString, QString> namespaces{{QStringLiteral("D"), davNamespace}};
+    QString elements;
+    bool asksForResourceType = false;
+    for (const QString& name : names) {
+        const QRegularExpressionMatch match = nameForm.match(name);
+        const QString prefix = match.captured(2);
+        if (!match.hasMatch() || prefix.startsWith(QLatin1String("xml"), Qt::CaseInsensitive)) {
+            throw SyncException(QStringLiteral("The property name \"%1\" is not of the form \"{namespace}prefix:name\"")
+                                    .arg(Printable(name.toUtf8())));
+        }
+        const QString nameSpace = match.captured(1);
+        const QString localName = match.captured(3);
+        QString declaration;
+        if (!namespaces.contains(prefix)) {
+            namespaces.insert(prefix, nameSpace);
+        } else if (namespaces.value(prefix) != nameSpace) {
+            declaration = QStringLiteral(" xmlns:%1=\"%2\"").arg(prefix, nameSpace.toHtmlEscaped());
+        }
+        elements += QStringLiteral("<%1:%2%3/>").arg(prefix, localName, declaration);
+        asksForResourceType =
+            asksForResourceType || (nameSpace == davNamespace && localName == QLatin1String("resourcetype"));
+    }
+    if (!asksForResourceType) {
+        elements.prepend(QLatin1String("<D:resourcetype/>"));
+    }
+    QString declarations;
+    for (auto entry = namespaces.constBegin(); entry != namespaces.constEnd(); ++entry) {
+        declarations += QStringLiteral(" xmlns:%1=\"%2\"").arg(entry.key(), entry.value().toHtmlEscaped());
+    }
+    return QStringLiteral(
+               "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+               "<D:propfind%1><D:prop>%2</D:prop></D:propfind>\n")
+        .arg(declarations, elements)
+        .toUtf8();
+}
+
+bool IsXml(const QByteArray& contentType) {
+    const QByteArray mediaType = contentType.split(';').first().trimmed().toLower();
+    return mediaType == "application/xml" || mediaType == "text/xml" || mediaType.endsWith("+xml");
+}
+
+}  // namespace
+
+PropfindRequest::PropfindRequest(const QUrl& url, Depth depth)
+    : _url(url), _depth(depth), _body(PropfindBody(DefaultProperties())) {}
+
+PropfindRequest::~PropfindRequest() = default;
+
+int PropfindRequest::GetStatusCode() {
+    return _status;
+}
+
+QUrl PropfindRequest::GetUrl() {
+    return _url;
+}
+
+void PropfindRequest::SetModifiedSinceTime(const QDateTime& time) {
+    _modifiedSince = HttpDate(time);
+}
+
+void PropfindRequest::SetProperties(const QStringList& names) {
+    _body = PropfindBody(names);
+}
+
+std::shared_ptr<DAVPropfindResult> PropfindRequest::GetResult() {
+    return _result;
+}
+
+QByteArray PropfindRequest::Method() const {
+    return "PROPFIND";
+}
+
+QUrl PropfindRequest::Url() const {
+    return _url;
+}
+
+Exchange::Headers PropfindRequest::RequestHeaders() const {
+    Headers headers{
+        {"Depth", _depth == Tree ? QByteArray("infinity") : QByteArray::number(_depth)},
+        {"Content-Type", "application/xml; charset=\"utf-8\""},
+        {"Prefer", "return=minimal"},
+    };
+    if (!_modifiedSince.isEmpty()) {
+        headers.append({"If-Modified-Since", _modifiedSince});
+    }
+    return headers;
+}
+
+QByteArray PropfindRequest::RequestBody() const {
+    return _body;
+}
+
+void PropfindRequest::OnStart() {
+    _status = 0;
+    _serverTime = QDateTime();
+    _reader.reset();
+    _result.reset();
+}
+
+void PropfindRequest::OnHeaders(int status, const AnswerHeaders& headers) {
+    _status = status;
+    if (status == MultiStatus) {
+        const QByteArray contentType = headers.value("content-type");
+        if (!IsXml(contentType)) {
+            throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
+        }
+        const QByteArray date = headers.value("date");
+        _serverTime = ReadDate(date.constData(), static_cast<size_t>(date.size()));
+        _reader = std::make_unique<MultistatusReader>(_url, _depth);
+        return;
+    }
+    const bool isMeaningful = status >= BadRequest || (status == NotModified && !_modifiedSince.isEmpty()) ||
+                              (status == Found && _depth != Resource);
+    if (!isMeaningful) {
+        throw SyncException(QStringLiteral("the status is no answer to this request"));
+    }
+}
+
+void PropfindRequest::OnBody(const char* bytes, size_t size) {
+    if (_reader) {
+        _reader->Feed(bytes, size);
+    }
+}
+
+void PropfindRequest::OnEnd() {
+    if (_reader) {
+        _result = _reader->Finish();
+        _result->serverTime = _serverTime;
+        _reader.reset();
+    }
+}
+
+}  // namespace http
+}  // namespace ovsync
