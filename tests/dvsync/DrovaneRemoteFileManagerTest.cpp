@@ -57,7 +57,6 @@ using sync::core::SyncException;
 using sync::dv::dvsync::DrovaneRemoteFileManager;
 using sync::dv::dvsync::DrovaneRemoteFileManagerAccess;
 using sync::http::DAVPropfindProperties;
-using sync::http::DAVPropfindRequest;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
 using sync::http::HttpException;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QDateTime>
+#include <QUrl>
 
 namespace {
 
@@ -173,6 +174,23 @@ TEST(BuildFileConfigFromFindResponseTest, EveryEscapeOfThePathIsDecodedOnce) {
     EXPECT_EQ(ServerPathOf("/a%23b%3Fc%3Bd"), Text("a#b?c;d"));
     EXPECT_EQ(ServerPathOf("/%C3%A9"), Text("\xC3\xA9"));
     EXPECT_EQ(ServerPathOf("/\xC3\xA9"), Text("\xC3\xA9"));
+}
+
+TEST(BuildFileConfigFromFindResponseTest, WhatDoesNotStandForItselfInAPathIsReadAsInAnyUrl) {
+    EXPECT_EQ(ServerPathOf("/a b/c"), Text("a b/c"));
+    EXPECT_EQ(ServerPathOf("/a?query"), Text("a"));
+    EXPECT_EQ(ServerPathOf("/a#fragment"), Text("a"));
+    EXPECT_EQ(ServerPathOf("/100%.txt"), Text("100%.txt"));
+    EXPECT_EQ(ServerPathOf("/a%2"), Text("a%2"));
+    EXPECT_EQ(ServerPathOf("/a/./b/../c"), Text("a/./b/../c"));
+}
+
+TEST(BuildFileConfigFromFindResponseTest, EveryCharacterOfAUrlPathKeepsItsMeaning) {
+    for (char character = 0x21; character < 0x7F; ++character) {
+        const QByteArray href = QByteArray("/a") + character + QByteArray("b%20c");
+        const QString expected = QUrl::fromEncoded(href).path(QUrl::FullyDecoded).mid(1);
+        EXPECT_EQ(ServerPathOf(href.constData()), expected) << href.constData();
+    }
 }
 
 TEST(BuildFileConfigFromFindResponseTest, ThePathOfAnAbsoluteHrefIsTaken) {

@@ -18,8 +18,6 @@
 
 namespace {
 
-using sync::config::FileConfiguration;
-using sync::config::FolderConfiguration;
 namespace interf = sync::interf;
 
 // In the C++ ABI of every compiler for Linux, a pointer to a virtual member function holds one more than the offset of

@@ -1,0 +1,23 @@
+#!/usr/bin/env bash
+# Installs the Debian packages of packages.txt that are missing. Does nothing, and needs no rights, when none is.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+
+missing=()
+while read -r package; do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+done < <(grep -vE '^(#|$)' "$root/packages.txt")
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+as_root=()
+if [ "$(id -u)" -ne 0 ]; then
+    as_root=(sudo)
+    command -v sudo >/dev/null || {
+        echo "These packages are missing, and installing them needs root or sudo: ${missing[*]}" >&2
+        exit 1
+    }
+fi
+echo "Installing ${missing[*]}" >&2
+export DEBIAN_FRONTEND=noninteractive
+"${as_root[@]}" apt-get update -qq >&2
+"${as_root[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
