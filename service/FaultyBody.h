@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "service/Body.h"
+#include "service/Fault.h"
+#include "service/StopSignal.h"
+
+namespace service {
+
+/// A body that is not as it should be: cut, reset, with an error in its middle, or dripping.
+class FaultyBody : public Body {
+public:
+    /// `reset` resets the connection. `stop` must outlive this object.
+    FaultyBody(std::unique_ptr<Body> body, const Fault& fault, std::function<void()> reset, StopSignal& stop);
+
+    std::optional<std::uint64_t> Size() const override;
+    std::size_t Read(char* buffer, std::size_t size) override;
+
+private:
+    std::unique_ptr<Body> _body;
+    Fault _fault;
+    std::function<void()> _reset;
+    StopSignal& _stop;
+    /// How many bytes are still to be right.
+    std::uint64_t _right;
+    bool _inError = false;
+};
+
+}  // namespace service

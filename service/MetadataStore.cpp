@@ -1,0 +1,263 @@
+#include "service/MetadataStore.h"
+
+#include <limits>
+#include <stdexcept>
+
+namespace service {
+namespace {
+
+constexpr std::int64_t formatVersion = 1;
+
+constexpr const char* tables = R"(
+CREATE TABLE store (id TEXT NOT NULL);
+INSERT INTO store VALUES (lower(hex(randomblob(6))));
+CREATE TABLE resource (
+    id INTEGER PRIMARY KEY AUTOINCREMENT,
+    parent INTEGER NOT NULL,
+    name TEXT NOT NULL,
+    collection INTEGER NOT NULL,
+    owner TEXT NOT NULL,
+    privileges TEXT NOT NULL,
+    visibility TEXT NOT NULL,
+    classtype TEXT NOT NULL,
+    displayname TEXT NOT NULL,
+    syncoption TEXT NOT NULL,
+    linksextractedat TEXT NOT NULL,
+    attribute TEXT NOT NULL,
+    version INTEGER NOT NULL,
+    size INTEGER NOT NULL,
+    modified INTEGER NOT NULL,
+    md5 TEXT NOT NULL,
+    created INTEGER NOT NULL,
+    changed INTEGER NOT NULL,
+    UNIQUE (parent, name)
+);
+CREATE TABLE dead_property (
+    resource INTEGER NOT NULL REFERENCES resource (id) ON DELETE CASCADE,
+    namespace TEXT NOT NULL,
+    name TEXT NOT NULL,
+    xml TEXT NOT NULL,
+    PRIMARY KEY (resource, namespace, name)
+) WITHOUT ROWID;
+CREATE TABLE journal (
+    step INTEGER PRIMARY KEY,
+    source TEXT NOT NULL,
+    target TEXT NOT NULL,
+    inode INTEGER NOT NULL
+);
+PRAGMA user_version = 1;
+)";
+
+constexpr const char* selectChild =
+    "SELECT id, parent, name, collection, owner, privileges, visibility, classtype, displayname, syncoption, "
+    "linksextractedat, attribute, version, size, modified, md5, created, changed FROM resource "
+    "WHERE parent = ? AND name = ?";
+
+constexpr const char* selectChildren =
+    "SELECT id, parent, name, collection, owner, privileges, visibility, classtype, displayname, syncoption, "
+    "linksextractedat, attribute, version, size, modified, md5, created, changed FROM resource "
+    "WHERE parent = ? ORDER BY name";
+
+constexpr const char* insertResource =
+    "INSERT INTO resource (parent, name, collection, owner, privileges, visibility, classtype, displayname, "
+    "syncoption, linksextractedat, attribute, version, size, modified, md5, created, changed) "
+    "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) RETURNING id";
+
+constexpr const char* updateResource =
+    "UPDATE resource SET parent = ?, name = ?, collection = ?, owner = ?, privileges = ?, visibility = ?, "
+    "classtype = ?, displayname = ?, syncoption = ?, linksextractedat = ?, attribute = ?, version = ?, size = ?, "
+    "modified = ?, md5 = ?, created = ?, changed = ? WHERE id = ?";
+
+constexpr const char* treeChanged =
+    "WITH RECURSIVE tree (id) AS (SELECT ?1 UNION ALL SELECT r.id FROM resource r JOIN tree t ON r.parent = t.id) "
+    "UPDATE resource SET changed = ?2 WHERE id IN tree";
+
+constexpr const char* removeTree =
+    "WITH RECURSIVE tree (id) AS (SELECT ? UNION ALL SELECT r.id FROM resource r JOIN tree t ON r.parent = t.id) "
+    "DELETE FROM resource WHERE id IN tree";
+
+// Calls `run` with the columns that INSERT and UPDATE share.
+template <typename Run>
+void WithColumns(const Resource& r, Run run) {
+    run(r.parent, r.name, std::int64_t{r.collection}, r.owner, r.privileges, r.visibility, r.classType, r.displayName,
+        r.syncOption, r.linksExtractedAt, r.attribute, r.version, r.size, r.modified, r.md5, r.created, r.changed);
+}
+
+}  // namespace
+
+MetadataStore::MetadataStore(const std::string& file, const std::string& owner, std::int64_t now)
+    : _database(file),
+      _storeId(_OpenTables(owner, now)),
+      _child(_database.Handle(), selectChild),
+      _children(_database.Handle(), selectChildren),
+      _insert(_database.Handle(), insertResource),
+      _update(_database.Handle(), updateResource),
+      _updateTimes(_database.Handle(), "UPDATE resource SET modified = ?, changed = ? WHERE id = ?"),
+      _treeChanged(_database.Handle(), treeChanged),
+      _removeTree(_database.Handle(), removeTree),
+      _setChecksum(_database.Handle(), "UPDATE resource SET md5 = ? WHERE id = ? AND size = ? AND modified = ?"),
+      _dead(_database.Handle(),
+            "SELECT namespace, name, xml FROM dead_property WHERE resource = ? ORDER BY namespace, name"),
+      _setDead(_database.Handle(), "INSERT OR REPLACE INTO dead_property VALUES (?, ?, ?, ?)"),
+      _removeDead(_database.Handle(), "DELETE FROM dead_property WHERE resource = ? AND namespace = ? AND name = ?"),
+      _copyDead(_database.Handle(),
+                "INSERT INTO dead_property SELECT ?2, namespace, name, xml FROM dead_property WHERE resource = ?1") {}
+
+std::string MetadataStore::_OpenTables(const std::string& owner, std::int64_t now) {
+    std::int64_t version = 0;
+    Statement userVersion(_database.Handle(), "PRAGMA user_version");
+    userVersion.Each([&] { version = userVersion.Integer(0); });
+    if (version == 0) {
+        Database::Transaction transaction(_database);
+        _database.Execute(tables);
+        Statement insert(_database.Handle(), insertResource);
+        Resource root;
+        root.collection = true;
+        root.owner = owner;
+        root.created = now;
+        root.changed = now;
+        root.modified = now * 1000000;
+        WithColumns(root, [&](const auto&... columns) { insert.Run(columns...); });
+        transaction.Commit();
+    } else if (version != formatVersion) {
+        throw std::runtime_error("The metadata is in format " + std::to_string(version) +
+                                 "; this program knows format " + std::to_string(formatVersion) + " only");
+    }
+    std::string storeId;
+    Statement select(_database.Handle(), "SELECT id FROM store");
+    select.Each([&] { storeId = select.Text(0); });
+    return storeId;
+}
+
+Resource MetadataStore::Root() {
+    auto root = Child(0, "");
+    if (!root) {
+        throw std::runtime_error("The metadata has no root");
+    }
+    return *root;
+}
+
+std::optional<Resource> MetadataStore::Child(std::int64_t parent, const std::string& name) {
+    std::optional<Resource> found;
+    _child.Each([&] { found = _Row(_child); }, parent, name);
+    return found;
+}
+
+std::vector<Resource> MetadataStore::Children(std::int64_t parent) {
+    std::vector<Resource> children;
+    _children.Each([&] { children.push_back(_Row(_children)); }, parent);
+    return children;
+}
+
+void MetadataStore::Insert(Resource& resource) {
+    WithColumns(resource,
+                [&](const auto&... columns) { _insert.Each([&] { resource.id = _insert.Integer(0); }, columns...); });
+    if (resource.id > std::numeric_limits<std::int32_t>::max()) {
+        throw std::runtime_error("All resource ids up to 2147483647 have been given out");
+    }
+    resource.itemId = _ItemId(resource.id);
+}
+
+void MetadataStore::Update(const Resource& resource) {
+    WithColumns(resource, [&](const auto&... columns) { _update.Run(columns..., resource.id); });
+}
+
+void MetadataStore::UpdateTimes(const Resource& resource) {
+    _updateTimes.Run(resource.modified, resource.changed, resource.id);
+}
+
+void MetadataStore::TreeChanged(std::int64_t id, std::int64_t now) {
+    _treeChanged.Run(id, now);
+}
+
+void MetadataStore::RemoveTree(std::int64_t id) {
+    _removeTree.Run(id);
+}
+
+void MetadataStore::SetChecksum(const Resource& resource) {
+    _setChecksum.Run(resource.md5, resource.id, resource.size, resource.modified);
+}
+
+std::vector<DeadProperty> MetadataStore::DeadProperties(std::int64_t id) {
+    std::vector<DeadProperty> properties;
+    _dead.Each([&] { properties.push_back({{_dead.Text(0), _dead.Text(1)}, _dead.Text(2)}); }, id);
+    return properties;
+}
+
+void MetadataStore::SetDeadProperty(std::int64_t id, const DeadProperty& property) {
+    _setDead.Run(id, property.name.nameSpace, property.name.name, property.xml);
+}
+
+void MetadataStore::RemoveDeadProperty(std::int64_t id, const PropertyName& name) {
+    _removeDead.Run(id, name.nameSpace, name.name);
+}
+
+void MetadataStore::CopyDeadProperties(std::int64_t from, std::int64_t to) {
+    _copyDead.Run(from, to);
+}
+
+std::vector<Rename> MetadataStore::Journal() {
+    std::vector<Rename> steps;
+    Statement select(_database.Handle(), "SELECT source, target, inode FROM journal ORDER BY step");
+    select.Each([&] {
+        Rename step;
+        step.source = select.Text(0);
+        step.target = select.Text(1);
+        step.inode = static_cast<std::uint64_t>(select.Integer(2));
+        steps.push_back(step);
+    });
+    return steps;
+}
+
+void MetadataStore::WriteJournal(const std::vector<Rename>& steps) {
+    Transaction transaction(*this);
+    Statement insert(_database.Handle(), "INSERT INTO journal (source, target, inode) VALUES (?, ?, ?)");
+    for (const Rename& step : steps) {
+        insert.Run(step.source, step.target, static_cast<std::int64_t>(step.inode));
+    }
+    transaction.Commit();
+}
+
+void MetadataStore::ClearJournal() {
+    _database.Execute("DELETE FROM journal");
+}
+
+std::int64_t MetadataStore::LastChange() {
+    std::int64_t last = 0;
+    Statement select(_database.Handle(), "SELECT max(changed) FROM resource");
+    select.Each([&] { last = select.Integer(0); });
+    return last;
+}
+
+std::string MetadataStore::_ItemId(std::int64_t id) const {
+    return _storeId + "-" + std::to_string(id);
+}
+
+Resource MetadataStore::_Row(const Statement& statement) const {
+    int column = 0;
+    const auto integer = [&] { return statement.Integer(column++); };
+    const auto text = [&] { return statement.Text(column++); };
+    Resource r;
+    r.id = integer();
+    r.itemId = _ItemId(r.id);
+    r.parent = integer();
+    r.name = text();
+    r.collection = integer() != 0;
+    r.owner = text();
+    r.privileges = text();
+    r.visibility = text();
+    r.classType = text();
+    r.displayName = text();
+    r.syncOption = text();
+    r.linksExtractedAt = text();
+    r.attribute = text();
+    r.version = integer();
+    r.size = integer();
+    r.modified = integer();
+    r.md5 = text();
+    r.created = integer();
+    r.changed = integer();
+    return r;
+}
+
+}  // namespace service

@@ -1,0 +1,39 @@
+#include "service/PropertyUpdate.h"
+
+#include "service/HttpError.h"
+#include "service/XmlDocument.h"
+
+namespace service {
+
+PropertyUpdate PropertyUpdate::Parse(std::string_view body) {
+    PropertyUpdate update;
+    const XmlDocument document(body, "propertyupdate");
+    for (const auto* action = FirstElement(document.Root()); action != nullptr; action = NextElement(action)) {
+        const bool remove = IsDavElement(action, "remove");
+        if (!remove && !IsDavElement(action, "set")) {
+            continue;
+        }
+        for (const auto* prop = FirstElement(action); prop != nullptr; prop = NextElement(prop)) {
+            if (!IsDavElement(prop, "prop")) {
+                continue;
+            }
+            for (const auto* value = FirstElement(prop); value != nullptr; value = NextElement(value)) {
+                Instruction instruction;
+                instruction.property.name = {ElementNamespace(value), ElementName(value)};
+                instruction.remove = remove;
+                if (!remove) {
+                    instruction.property.xml = ElementXml(value);
+                    instruction.text = ElementText(value);
+                    instruction.structured = FirstElement(value) != nullptr;
+                }
+                update.instructions.push_back(std::move(instruction));
+            }
+        }
+    }
+    if (update.instructions.empty()) {
+        throw HttpError(400, "The propertyupdate names no property");
+    }
+    return update;
+}
+
+}  // namespace service

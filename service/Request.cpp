@@ -1,0 +1,80 @@
+#include "service/Request.h"
+
+#include <strings.h>
+
+#include "service/HttpError.h"
+#include "service/ServerPath.h"
+
+namespace service {
+namespace {
+
+constexpr std::string_view scheme = "http://";
+
+// Splits "http://host:port/path" into the authority and the path; nothing before the path of other URLs.
+std::pair<std::string, std::string_view> Split(std::string_view url) {
+    if (url.size() < scheme.size() || strncasecmp(url.data(), scheme.data(), scheme.size()) != 0) {
+        return {"", url};
+    }
+    url.remove_prefix(scheme.size());
+    const std::size_t length = std::min(url.find('/'), url.size());
+    const std::string_view path = url.substr(length);
+    return {std::string(url.substr(0, length)), path.empty() ? "/" : path};
+}
+
+}  // namespace
+
+const std::string* Request::Header(const std::string& name) const {
+    const auto found = headers.find(name);
+    return found == headers.end() ? nullptr : &found->second;
+}
+
+std::string Request::Path() const {
+    return ParseUrlPath(Split(target).second);
+}
+
+std::string Request::PathOf(std::string_view url) const {
+    const auto [authority, path] = Split(url);
+    const std::string* host = Header("host");
+    const bool foreign = authority.empty() ? url.find("://") < url.find('/')
+                                           : host == nullptr || strcasecmp(authority.c_str(), host->c_str()) != 0;
+    if (foreign) {
+        throw HttpError(502, "The URL '" + std::string(url) + "' is on another server");
+    }
+    return ParseUrlPath(path.substr(0, path.find('?')));
+}
+
+Request::Depth Request::RequestedDepth() const {
+    const std::string* depth = Header("depth");
+    if (depth == nullptr || strcasecmp(depth->c_str(), "infinity") == 0) {
+        return Depth::Infinity;
+    }
+    if (*depth == "0") {
+        return Depth::Zero;
+    }
+    if (*depth == "1") {
+        return Depth::One;
+    }
+    throw HttpError(400, "The header Depth is '" + *depth + "' instead of 0, 1 or infinity");
+}
+
+bool Request::PrefersMinimal() const {
+    const std::string* prefer = Header("prefer");
+    std::string_view rest = prefer == nullptr ? "" : std::string_view(*prefer);
+    while (!rest.empty()) {
+        const std::size_t length = std::min(rest.find(','), rest.size());
+        std::string preference;
+        for (const char c : rest.substr(0, length)) {
+            if (c != ' ' && c != '\t' && c != '"') {
+                preference += c;
+            }
+        }
+        preference.resize(std::min(preference.find(';'), preference.size()));
+        if (strcasecmp(preference.c_str(), "return=minimal") == 0) {
+            return true;
+        }
+        rest.remove_prefix(std::min(length + 1, rest.size()));
+    }
+    return false;
+}
+
+}  // namespace service

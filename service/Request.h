@@ -1,0 +1,45 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "service/UploadFile.h"
+
+namespace service {
+
+/// A request as it came in.
+class Request {
+public:
+    enum class Depth { Zero, One, Infinity };
+
+    std::string method;
+    /// Still percent-encoded, without a query.
+    std::string target;
+    /// By their names in lower case. Lines of one name are joined by commas.
+    std::map<std::string, std::string> headers;
+    /// The body, except of a PUT.
+    std::string body;
+    /// The body of a PUT.
+    std::unique_ptr<UploadFile> upload;
+    std::string user;
+
+    /// The header with this name (in lower case), or null.
+    const std::string* Header(const std::string& name) const;
+
+    /// The server path that the request is about. Throws HttpError.
+    std::string Path() const;
+
+    /// The server path in a URL that another part of the request gives. Throws HttpError, 502 if it is on another
+    /// server.
+    std::string PathOf(std::string_view url) const;
+
+    /// The header Depth, or infinity. Throws HttpError 400.
+    Depth RequestedDepth() const;
+
+    /// Whether the header Prefer asks for short answers.
+    bool PrefersMinimal() const;
+};
+
+}  // namespace service

@@ -1,0 +1,116 @@
+#include "service/ServerPath.h"
+
+#include <charconv>
+
+#include "service/HttpError.h"
+#include "service/XmlText.h"
+
+namespace service {
+namespace {
+
+constexpr std::size_t longestSegment = 255;
+
+std::string DecodeSegment(std::string_view encoded) {
+    std::string decoded;
+    decoded.reserve(encoded.size());
+    for (std::size_t i = 0; i < encoded.size(); ++i) {
+        if (encoded[i] != '%') {
+            decoded += encoded[i];
+            continue;
+        }
+        unsigned value = 0;
+        const std::string_view digits = encoded.substr(i + 1, 2);
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+        if (digits.size() != 2 || error != std::errc() || end != digits.data() + 2) {
+            throw HttpError(400, "The URL has a '%' that two hexadecimal digits do not follow");
+        }
+        decoded += static_cast<char>(value);
+        i += 2;
+    }
+    return decoded;
+}
+
+}  // namespace
+
+bool IsSegment(std::string_view name) {
+    return !name.empty() && name.size() <= longestSegment && name != "." && name != ".." &&
+           name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos && IsValidUtf8(name);
+}
+
+std::string ParseUrlPath(std::string_view urlPath) {
+    if (urlPath.empty() || urlPath.front() != '/') {
+        throw HttpError(400, "The URL's path does not begin with '/'");
+    }
+    if (urlPath.find('#') != std::string_view::npos) {
+        throw HttpError(400, "The URL has a fragment");
+    }
+    std::string path;
+    while (!urlPath.empty()) {
+        urlPath.remove_prefix(1);
+        const std::size_t length = std::min(urlPath.find('/'), urlPath.size());
+        const std::string segment = DecodeSegment(urlPath.substr(0, length));
+        urlPath.remove_prefix(length);
+        if (segment.empty()) {
+            continue;
+        }
+        if (segment.size() > longestSegment) {
+            throw HttpError(414, "A name in the URL is longer than 255 bytes");
+        }
+        if (!IsSegment(segment)) {
+            throw HttpError(400, "A name in the URL is '.' or '..', has '/' or NUL in it, or is not UTF-8");
+        }
+        if (path.empty() && segment == reservedName) {
+            throw HttpError(403, "'" + segment + "' belongs to the service itself");
+        }
+        path = ChildPath(path, segment);
+    }
+    return path;
+}
+
+std::string Href(std::string_view path, bool collection) {
+    constexpr std::string_view digits = "0123456789ABCDEF";
+    std::string href = "/";
+    href.reserve(path.size() + 2);
+    for (const char c : path) {
+        const bool unreserved = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+                                std::string_view("-._~/").find(c) != std::string_view::npos;
+        if (unreserved) {
+            href += c;
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            href += '%';
+            href += digits[byte >> 4U];
+            href += digits[byte & 0x0FU];
+        }
+    }
+    if (collection && href.size() > 1) {
+        href += '/';
+    }
+    return href;
+}
+
+std::string ParentPath(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string_view::npos ? std::string() : std::string(path.substr(0, slash));
+}
+
+std::string LastSegment(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
+}
+
+std::string ChildPath(std::string_view parent, std::string_view name) {
+    std::string path(parent);
+    if (!path.empty()) {
+        path += '/';
+    }
+    return path += name;
+}
+
+bool IsWithin(std::string_view path, std::string_view ancestor) {
+    return ancestor.empty() || path == ancestor ||
+           (path.size() > ancestor.size() && path.substr(0, ancestor.size()) == ancestor &&
+            path[ancestor.size()] == '/');
+}
+
+}  // namespace service

@@ -1,0 +1,309 @@
+#include "service/WebDavService.h"
+
+#include <strings.h>
+
+#include <cerrno>
+#include <charconv>
+#include <map>
+#include <system_error>
+
+#include "service/FileBody.h"
+#include "service/HttpDate.h"
+#include "service/HttpError.h"
+#include "service/PropfindAnswer.h"
+#include "service/ServerPath.h"
+#include "service/TextBody.h"
+#include "service/XmlText.h"
+
+namespace service {
+namespace {
+
+constexpr const char* allow = "OPTIONS, GET, HEAD, PUT, DELETE, MKCOL, COPY, MOVE, PROPFIND, PROPPATCH";
+constexpr const char* xmlType = "application/xml; charset=\"utf-8\"";
+
+int StatusOf(const std::system_error& error) {
+    switch (error.code().value()) {
+        case EACCES:
+        case EPERM:
+        case EROFS:
+            return 403;
+        case ENOSPC:
+        case EDQUOT:
+            return 507;
+        default:
+            return 500;
+    }
+}
+
+struct Range {
+    std::uint64_t first = 0;
+    std::uint64_t size = 0;
+};
+
+// The one range that is asked for. Nothing when the header is none, or names several, which may be ignored.
+// An empty range cannot be satisfied.
+std::optional<Range> ParseRange(std::string_view text, std::uint64_t size) {
+    constexpr std::string_view unit = "bytes=";
+    if (text.substr(0, unit.size()) != unit || text.find(',') != std::string_view::npos) {
+        return std::nullopt;
+    }
+    text.remove_prefix(unit.size());
+    const std::size_t dash = text.find('-');
+    if (dash == std::string_view::npos || text.size() == 1) {
+        return std::nullopt;
+    }
+    const auto number = [](std::string_view digits, std::uint64_t absent) -> std::optional<std::uint64_t> {
+        std::uint64_t value = absent;
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+        const bool good = digits.empty() || (error == std::errc() && end == digits.data() + digits.size());
+        return good ? std::optional(value) : std::nullopt;
+    };
+    const auto begin = number(text.substr(0, dash), 0);
+    const auto end = number(text.substr(dash + 1), std::numeric_limits<std::uint64_t>::max());
+    if (!begin || !end) {
+        return std::nullopt;
+    }
+    if (dash == 0) {
+        const std::uint64_t count = std::min(*end, size);
+        return Range{size - count, count};
+    }
+    if (*end < *begin) {
+        return std::nullopt;
+    }
+    return *begin >= size ? Range{} : Range{*begin, std::min(*end, size - 1) - *begin + 1};
+}
+
+// Whether a GET may be answered by 304.
+bool IsCurrent(const Request& request, const Resource& resource) {
+    if (const std::string* tags = request.Header("if-none-match")) {
+        return HasTag(*tags, resource, true);
+    }
+    const std::string* date = request.Header("if-modified-since");
+    const auto since = date == nullptr ? std::nullopt : ParseHttpDate(*date);
+    return since && resource.ModifiedSeconds() <= *since;
+}
+
+}  // namespace
+
+bool WebDavService::Knows(const std::string& method) {
+    return !method.empty() && (std::string(", ") + allow + ",").find(", " + method + ",") != std::string::npos;
+}
+
+Answer WebDavService::Text(int status, const std::string& text) {
+    Answer answer;
+    answer.status = status;
+    answer.headers.emplace_back("Content-Type", "text/plain; charset=utf-8");
+    answer.body = std::make_unique<TextBody>(text + "\n");
+    return answer;
+}
+
+Answer WebDavService::Handle(Request& request) {
+    try {
+        return _Dispatch(request);
+    } catch (...) {
+        return Failure();
+    }
+}
+
+Answer WebDavService::Failure() {
+    try {
+        throw;
+    } catch (const HttpError& error) {
+        Answer answer = Text(error.Status(), error.what());
+        if (error.Status() == 405) {
+            answer.headers.emplace_back("Allow", allow);
+        }
+        return answer;
+    } catch (const std::system_error& error) {
+        return Text(StatusOf(error), error.what());
+    } catch (const std::exception& error) {
+        return Text(500, error.what());
+    }
+}
+
+Answer WebDavService::_Dispatch(Request& request) {
+    static const std::map<std::string, Answer (WebDavService::*)(Request&)> operations{
+        {"OPTIONS", &WebDavService::_Options},   {"GET", &WebDavService::_Get},
+        {"HEAD", &WebDavService::_Get},          {"PUT", &WebDavService::_Put},
+        {"DELETE", &WebDavService::_Delete},     {"MKCOL", &WebDavService::_MakeCollection},
+        {"COPY", &WebDavService::_CopyOrMove},   {"MOVE", &WebDavService::_CopyOrMove},
+        {"PROPFIND", &WebDavService::_Propfind}, {"PROPPATCH", &WebDavService::_Proppatch},
+    };
+    const auto operation = operations.find(request.method);
+    if (operation == operations.end()) {
+        throw HttpError(405, "The service does not know the method " + request.method);
+    }
+    return (this->*operation->second)(request);
+}
+
+Answer WebDavService::_Options(Request& request) {
+    if (request.target != "*") {
+        request.Path();
+    }
+    Answer answer;
+    answer.headers = {{"DAV", "1"}, {"Allow", allow}, {"MS-Author-Via", "DAV"}};
+    return answer;
+}
+
+Answer WebDavService::_Get(Request& request) {
+    const std::string path = request.Path();
+    auto [resource, file] = _tree.Open(path, Preconditions(request));
+    if (resource.collection) {
+        std::string names;
+        for (const auto& entry : _tree.List(path, Request::Depth::One, false).entries) {
+            names += entry.path == path ? "" : LastSegment(entry.path) + (entry.resource.collection ? "/\n" : "\n");
+        }
+        return Text(200, names);
+    }
+    Answer answer;
+    answer.headers = {{"ETag", resource.ETag()}, {"Last-Modified", FormatHttpDate(resource.ModifiedSeconds())}};
+    if (IsCurrent(request, resource)) {
+        answer.status = 304;
+        return answer;
+    }
+    answer.headers.emplace_back("Content-Type", resource.ContentType());
+    answer.headers.emplace_back("Accept-Ranges", "bytes");
+    const auto size = static_cast<std::uint64_t>(resource.size);
+    const std::string* rangeHeader = request.Header("range");
+    const std::string* ifRange = request.Header("if-range");
+    std::optional<Range> range;
+    if (rangeHeader != nullptr && (ifRange == nullptr || *ifRange == resource.ETag())) {
+        range = ParseRange(*rangeHeader, size);
+    }
+    if (range && range->size == 0) {
+        answer = Text(416, "The file has only " + std::to_string(size) + " bytes");
+        answer.headers.emplace_back("Content-Range", "bytes */" + std::to_string(size));
+        return answer;
+    }
+    if (range) {
+        answer.status = 206;
+        answer.headers.emplace_back("Content-Range", "bytes " + std::to_string(range->first) + "-" +
+                                                         std::to_string(range->first + range->size - 1) + "/" +
+                                                         std::to_string(size));
+    }
+    const Range part = range.value_or(Range{0, size});
+    answer.body = std::make_unique<FileBody>(std::move(file), part.first, part.size);
+    return answer;
+}
+
+Answer WebDavService::_Put(Request& request) {
+    if (request.Header("content-range") != nullptr) {
+        throw HttpError(400, "A file cannot be put in parts");
+    }
+    const std::string path = request.Path();
+    if (request.target.back() == '/') {
+        throw HttpError(409, "The URL ends in '/', but what is put is a file");
+    }
+    const auto [resource, isNew] = _tree.Put(path, *request.upload, request.user, Preconditions(request));
+    Answer answer;
+    answer.status = isNew ? 201 : 204;
+    answer.headers.emplace_back("ETag", resource.ETag());
+    return answer;
+}
+
+Answer WebDavService::_Delete(Request& request) {
+    if (request.RequestedDepth() != Request::Depth::Infinity) {
+        throw HttpError(400, "DELETE takes no other Depth than infinity");
+    }
+    _tree.Remove(request.Path(), Preconditions(request));
+    Answer answer;
+    answer.status = 204;
+    return answer;
+}
+
+Answer WebDavService::_MakeCollection(Request& request) {
+    if (!request.body.empty()) {
+        throw HttpError(415, "MKCOL takes no body");
+    }
+    _tree.MakeCollection(request.Path(), request.user, Preconditions(request));
+    Answer answer;
+    answer.status = 201;
+    return answer;
+}
+
+Answer WebDavService::_CopyOrMove(Request& request) {
+    const std::string* destination = request.Header("destination");
+    if (destination == nullptr) {
+        throw HttpError(400, "The header Destination is missing");
+    }
+    const std::string from = request.Path();
+    const std::string to = request.PathOf(*destination);
+    const std::string* overwriteHeader = request.Header("overwrite");
+    const bool overwrite = overwriteHeader == nullptr || strcasecmp(overwriteHeader->c_str(), "F") != 0;
+    const Request::Depth depth = request.RequestedDepth();
+    const bool move = request.method == "MOVE";
+    if (depth == Request::Depth::One || (move && depth == Request::Depth::Zero)) {
+        throw HttpError(400, request.method + " does not take this Depth");
+    }
+    const Preconditions preconditions(request);
+    const bool isNew = move ? _tree.Move(from, to, overwrite, preconditions)
+                            : _tree.Copy(from, to, depth, overwrite, request.user, preconditions);
+    Answer answer;
+    answer.status = isNew ? 201 : 204;
+    return answer;
+}
+
+Answer WebDavService::_Propfind(Request& request) {
+    PropfindRequest wanted = PropfindRequest::Parse(request.body);
+    Listing listing = _tree.List(request.Path(), request.RequestedDepth(), WantsDeadProperties(wanted));
+    const std::string* date = request.Header("if-modified-since");
+    const auto since = date == nullptr ? std::nullopt : ParseHttpDate(*date);
+    Answer answer;
+    // A date cannot say on which side of it a change within its second lay.
+    if (since && listing.lastChange / 1000 < *since) {
+        answer.status = 304;
+        return answer;
+    }
+    answer.status = 207;
+    answer.headers.emplace_back("Content-Type", xmlType);
+    const bool minimal = request.PrefersMinimal();
+    if (minimal) {
+        answer.headers.emplace_back("Preference-Applied", "return=minimal");
+    }
+    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), minimal, _tree);
+    return answer;
+}
+
+Answer WebDavService::_Proppatch(Request& request) {
+    const PropertyUpdate update = PropertyUpdate::Parse(request.body);
+    const std::string path = request.Path();
+    const auto [outcomes, collection] = _tree.SetProperties(path, update, Preconditions(request));
+    std::string xml(multistatusBegin);
+    xml += "<D:response><D:href>" + Href(path, collection) + "</D:href>\n";
+    for (const auto& outcome : outcomes) {
+        xml += "<D:propstat><D:prop>";
+        AppendEmptyElement(xml, outcome.name);
+        xml += "</D:prop>";
+        switch (outcome.status) {
+            case 200:
+                xml += "<D:status>HTTP/1.1 200 OK</D:status>";
+                break;
+            case 403:
+                xml +=
+                    "<D:status>HTTP/1.1 403 Forbidden</D:status>"
+                    "<D:error><D:cannot-modify-protected-property/></D:error>";
+                break;
+            case 409:
+                xml += "<D:status>HTTP/1.1 409 Conflict</D:status>";
+                break;
+            default:
+                xml += "<D:status>HTTP/1.1 424 Failed Dependency</D:status>";
+                break;
+        }
+        if (!outcome.reason.empty()) {
+            xml += "<D:responsedescription>";
+            AppendEscaped(xml, outcome.reason);
+            xml += "</D:responsedescription>";
+        }
+        xml += "</D:propstat>\n";
+    }
+    xml += "</D:response>\n";
+    xml += multistatusEnd;
+    Answer answer;
+    answer.status = 207;
+    answer.headers.emplace_back("Content-Type", xmlType);
+    answer.body = std::make_unique<TextBody>(std::move(xml));
+    return answer;
+}
+
+}  // namespace service

@@ -1,0 +1,119 @@
+#include <libxml/parser.h>
+#include <pthread.h>
+
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+
+#include "service/HttpServer.h"
+#include "service/ServerPath.h"
+#include "service/ServiceTree.h"
+#include "service/XmlText.h"
+
+namespace {
+
+constexpr int wrongUsage = 2;
+constexpr const char* passwordVariable = "OVSYNC_SERVICE_PASSWORD";
+
+struct Arguments {
+    std::string directory;
+    std::uint16_t port = 8080;
+    std::string user;
+    std::string password;
+    std::vector<std::string> faults;
+    std::int64_t seedFiles = -1;
+    std::string seedFolder = "seeded";
+    bool verbose = false;
+};
+
+void Describe(CLI::App& app, Arguments& arguments) {
+    app.add_option("DIR", arguments.directory, "The folder to serve")->required();
+    app.add_option("--port", arguments.port, "The port; 0 takes any that is free")
+        ->check(CLI::Range(0, 65535))
+        ->capture_default_str();
+    app.add_option(
+        "--user", arguments.user,
+        std::string("Let in only this user, with the password in the environment variable ") + passwordVariable);
+    app.add_option("--fault", arguments.faults,
+                   "Misbehave: KIND[=ARGUMENT][,method=METHOD][,request=NUMBER]. Can be repeated.\n"
+                   "Instead of carrying out the request: hang, reset, redirect=STATUS, error-page, status=CODE.\n"
+                   "After it was carried out: cut=BYTES, reset=BYTES, content-type=TYPE, error-in-body=BYTES, drip, "
+                   "content-length=DIFFERENCE.\n"
+                   "METHOD limits it to one HTTP method, NUMBER to that one of the requests (from 1).")
+        ->take_all()
+        ->allow_extra_args(false);
+    app.add_option("--seed-files", arguments.seedFiles, "First fill a folder with this many small files")
+        ->check(CLI::Range(std::int64_t{0}, std::int64_t{10000000}));
+    app.add_option("--seed-folder", arguments.seedFolder, "The name of the folder that --seed-files fills")
+        ->capture_default_str();
+    app.add_flag("--verbose", arguments.verbose, "Write a line for each request to standard error");
+    app.footer("The service answers on 127.0.0.1 only. It keeps what it knows about the files in DIR/.ovsync-service.");
+}
+
+// What CLI11 cannot check. Throws std::invalid_argument.
+service::HttpServer::Options ToOptions(const Arguments& arguments) {
+    service::HttpServer::Options options;
+    options.port = arguments.port;
+    options.user = arguments.user;
+    options.verbose = arguments.verbose;
+    if (!arguments.user.empty()) {
+        if (arguments.user.find(':') != std::string::npos || !service::IsValidUtf8(arguments.user)) {
+            throw std::invalid_argument("--user: the name has a ':' or is not UTF-8");
+        }
+        const char* password = std::getenv(passwordVariable);
+        if (password == nullptr) {
+            throw std::invalid_argument(std::string("--user needs the password in the environment variable ") +
+                                        passwordVariable);
+        }
+        options.password = password;
+    }
+    for (const std::string& fault : arguments.faults) {
+        options.faults.push_back(service::Fault::Parse(fault));
+    }
+    if (!service::IsSegment(arguments.seedFolder) || arguments.seedFolder == service::reservedName) {
+        throw std::invalid_argument("--seed-folder: '" + arguments.seedFolder + "' cannot be the name of a folder");
+    }
+    return options;
+}
+
+void Serve(const Arguments& arguments, const service::HttpServer::Options& options) {
+    // Blocked before any other thread begins, so that only this one meets them.
+    sigset_t stopSignals;
+    sigemptyset(&stopSignals);
+    sigaddset(&stopSignals, SIGINT);
+    sigaddset(&stopSignals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+    static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+    xmlInitParser();
+
+    service::ServiceTree tree(arguments.directory, options.user.empty() ? "anonymous" : options.user);
+    if (arguments.seedFiles >= 0) {
+        tree.Seed(arguments.seedFolder, arguments.seedFiles);
+    }
+    const service::HttpServer server(tree, options);
+    std::cout << "Serving " << arguments.directory << " on http://127.0.0.1:" << server.Port() << "/" << std::endl;
+    int received = 0;
+    sigwait(&stopSignals, &received);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+    CLI::App app("Serves a folder over HTTP and WebDAV, with the Drovane service's own properties.", "ovsync-service");
+    Arguments arguments;
+    Describe(app, arguments);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? EXIT_SUCCESS : wrongUsage;
+    }
+    Serve(arguments, ToOptions(arguments));
+    return EXIT_SUCCESS;
+} catch (const std::invalid_argument& error) {
+    std::cerr << "ovsync-service: " << error.what() << "\n";
+    return wrongUsage;
+} catch (const std::exception& error) {
+    std::cerr << "ovsync-service: " << error.what() << "\n";
+    return EXIT_FAILURE;
+}
