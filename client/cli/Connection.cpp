@@ -1,0 +1,67 @@
+#include "client/cli/Connection.h"
+
+#include "client/cli/Password.h"
+#include "client/http/HttpFactory.h"
+#include "client/http/NetworkAccessManagerFactory.h"
+#include "client/http/RequestAuthenticatorFactory.h"
+#include "client/http/ServerConfigManager.h"
+#include "client/http/UrlBuilder.h"
+#include "host/configurationfactory/ConfigurationFactory.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace cli {
+
+namespace {
+
+// The command line knows one server at a time.
+const int TheServerId = 1;
+
+class ConnectionConfiguration : public sync::interf::factory::IConfigurationFactory {
+public:
+    explicit ConnectionConfiguration(const QUrl& baseUrl) { _account.baseUrl = baseUrl; }
+
+    std::shared_ptr<sync::interf::IServerConfigManager> CreateServerConfigManager() override {
+        return std::make_shared<http::ServerConfigManager>(
+            QMap<int, sync::config::ServerConfiguration>{{TheServerId, _account}});
+    }
+
+    std::shared_ptr<sync::interf::IFileConfigManager> CreateFileConfigManager() override {
+        throw sync::core::SyncException(QStringLiteral("There are no records of synced files here."));
+    }
+
+private:
+    sync::config::ServerConfiguration _account;
+};
+
+}  // namespace
+
+Connection::Connection(const Location& location, const ConnectionOptions& options) {
+    const QString user = options.user.isEmpty() ? location.user : options.user;
+    const QString password = user.isEmpty() ? QString() : FindPassword(user, location.baseUrl.host());
+    const auto authenticators = std::make_shared<http::RequestAuthenticatorFactory>(user, password);
+
+    _requestManager = std::make_shared<http::RequestManager>(authenticators, TheServerId, options.session);
+    sync::factory::ConfigurationFactory::Install(std::make_shared<ConnectionConfiguration>(location.baseUrl));
+    _files = std::make_unique<sync::dv::dvsync::DrovaneRemoteFileManager>(
+        std::make_shared<http::UrlBuilder>(), _requestManager, TheServerId, authenticators,
+        std::make_shared<http::HttpFactory>(),
+        std::make_shared<http::NetworkAccessManagerFactory>(authenticators, TheServerId, location.baseUrl,
+                                                            options.session),
+        nullptr);
+}
+
+Connection::~Connection() {
+    sync::factory::ConfigurationFactory::Install(nullptr);
+}
+
+sync::config::FolderConfiguration Connection::Folder(const QString& serverPath) const {
+    sync::config::FolderConfiguration folder;
+    folder.serverId = TheServerId;
+    folder.serverPath = serverPath;
+    folder.serverRootPath = serverPath;
+    return folder;
+}
+
+}  // namespace cli
+}  // namespace ovsync

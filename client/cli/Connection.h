@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+#include "client/cli/Location.h"
+#include "client/http/HttpSessionSettings.h"
+#include "client/http/RequestManager.h"
+#include "dvsync/DrovaneRemoteFileManager.h"
+
+namespace ovsync {
+namespace cli {
+
+/// Where to connect, and as whom. A plain value.
+struct ConnectionOptions {
+    /// Empty for the user in the URL, and for none when that has none either.
+    QString user;
+    http::HttpSessionSettings session;
+};
+
+/// The library, loaded over real HTTP for one server. Installs the process's configuration factory for as long as it
+/// lives, so there can be one at a time. Not thread-safe.
+class Connection {
+public:
+    /// Asks for the password if there is a user. Throws UsageError when there is none to be had.
+    Connection(const Location& location, const ConnectionOptions& options);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// The record from which the library lists and looks up at `serverPath`.
+    sync::config::FolderConfiguration Folder(const QString& serverPath) const;
+
+    sync::interf::IRemoteFileManager& Files() { return *_files; }
+
+    /// One line on what the server answered last.
+    QString LastAnswer() const { return _requestManager->LastAnswer(); }
+
+private:
+    std::shared_ptr<http::RequestManager> _requestManager;
+    std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFileManager> _files;
+};
+
+}  // namespace cli
+}  // namespace ovsync

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace ovsync {
+namespace cli {
+
+/// What `ovsync` exits with.
+enum ExitCode {
+    Done = 0,
+    /// The service answered that it will not or cannot do it.
+    Refused = 1,
+    WrongUsage = 2,
+    /// The service could not be reached or understood.
+    Unreachable = 3
+};
+
+}  // namespace cli
+}  // namespace ovsync

@@ -1,0 +1,123 @@
+#include "client/cli/FileFormat.h"
+
+#include <QStringList>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+
+namespace ovsync {
+namespace cli {
+
+using sync::config::FileConfiguration;
+
+namespace {
+
+const qint64 UnsignedRange = Q_INT64_C(1) << 32;
+
+// Nothing for a file whose size did not fit.
+std::optional<qint64> SizeOf(const FileConfiguration& file) {
+    if (file.size >= 0) {
+        return file.size;
+    }
+    return file.size == -1 ? std::nullopt : std::optional<qint64>(file.size + UnsignedRange);
+}
+
+QByteArray SizeText(const FileConfiguration& file) {
+    const std::optional<qint64> size = SizeOf(file);
+    return size ? QByteArray::number(*size) : QByteArrayLiteral(">=4294967295");
+}
+
+QByteArray DateText(const QDateTime& date) {
+    return date.isValid() ? date.toUTC().toString(Qt::ISODate).toLatin1() : QByteArray();
+}
+
+QString Property(const FileConfiguration& file, const char* name) {
+    return file.customProperties.value(QLatin1String(name));
+}
+
+// A server that knows no versions gives neither a number nor an id.
+bool HasVersion(const FileConfiguration& file) {
+    return !file.versionId.isEmpty() || Property(file, "version") != QLatin1String("0");
+}
+
+}  // namespace
+
+QByteArray LongLine(const FileConfiguration& file, const Output& output) {
+    const QByteArray date = DateText(file.lastModifiedDate);
+    QByteArray line;
+    line += SizeText(file).rightJustified(12);
+    line += "  ";
+    line += (date.isEmpty() ? QByteArrayLiteral("-") : date).leftJustified(20);
+    line += ' ';
+    line += (HasVersion(file) ? Property(file, "version").toUtf8() : QByteArrayLiteral("-")).rightJustified(5);
+    line += "  ";
+    line += output.Shown(file.name);
+    line += '\n';
+    return line;
+}
+
+QByteArray FieldLines(const FileConfiguration& file, const Output& output) {
+    QByteArray lines;
+    const auto add = [&lines](const char* label, const QByteArray& value) {
+        if (!value.isEmpty()) {
+            lines += QByteArray(label).leftJustified(18) + value + '\n';
+        }
+    };
+    add("Name", output.Shown(file.name));
+    add("Server path", output.Shown(file.serverPath));
+    add("Size", SizeText(file));
+    add("Modified", DateText(file.lastModifiedDate));
+    add("Created", DateText(file.createdDate));
+    if (HasVersion(file)) {
+        add("Version", output.Shown(Property(file, "version")));
+    }
+    add("Version id", output.Shown(file.versionId));
+    add("Resource id", output.Shown(Property(file, "resourceId")));
+    add("Item id", output.Shown(file.itemId));
+    add("Owner", output.Shown(file.ownerId));
+    add("Privileges", output.Shown(file.getPrivileges()));
+    add("Hidden", Property(file, "visibility") == QLatin1String("0") ? "yes" : "no");
+    add("MD5", output.Shown(file.md5Checksum));
+    add("Sync options", output.Shown(file.getSyncOptionPersistentAcrossMachines().join(QStringLiteral(", "))));
+    add("Links extracted", DateText(file.linksExtractedAtTime));
+    return lines;
+}
+
+QByteArray JsonObject(const FileConfiguration& file) {
+    nlohmann::ordered_json json;
+    const auto add = [&json](const char* key, const std::string& value) {
+        if (!value.empty()) {
+            json[key] = value;
+        }
+    };
+    json["name"] = file.name.toStdString();
+    json["serverPath"] = file.serverPath.toStdString();
+    if (const std::optional<qint64> size = SizeOf(file)) {
+        json["size"] = *size;
+    } else {
+        json["size"] = nullptr;
+    }
+    add("modified", DateText(file.lastModifiedDate).toStdString());
+    add("created", DateText(file.createdDate).toStdString());
+    if (HasVersion(file)) {
+        json["version"] = Property(file, "version").toInt();
+    }
+    add("versionId", file.versionId.toStdString());
+    json["resourceId"] = Property(file, "resourceId").toInt();
+    add("itemId", file.itemId.toStdString());
+    add("ownerId", file.ownerId.toStdString());
+    add("privileges", file.getPrivileges().toStdString());
+    json["hidden"] = Property(file, "visibility") == QLatin1String("0");
+    add("md5", file.md5Checksum.toStdString());
+    const QStringList options = file.getSyncOptionPersistentAcrossMachines();
+    if (!options.isEmpty()) {
+        for (const QString& option : options) {
+            json["syncOptions"].push_back(option.toStdString());
+        }
+    }
+    add("linksExtracted", DateText(file.linksExtractedAtTime).toStdString());
+    return QByteArray::fromStdString(json.dump());
+}
+
+}  // namespace cli
+}  // namespace ovsync

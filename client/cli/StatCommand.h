@@ -1,0 +1,14 @@
+#pragma once
+
+#include "client/cli/Connection.h"
+#include "client/cli/Output.h"
+
+namespace ovsync {
+namespace cli {
+
+/// `ovsync stat`: what the service knows of the file at `location`. Throws UsageError when `location` is the root, and
+/// what the library and the exchange with the service throw.
+void ShowFile(Connection& connection, const Location& location, bool asJson, Output& output);
+
+}  // namespace cli
+}  // namespace ovsync
