@@ -1,8 +1,6 @@
 #include "client/cli/Password.h"
 
-#include <fcntl.h>
-#include <termios.h>
-#include <unistd.h>
+#include <bsd/readpassphrase.h>
 
 #include <QDir>
 #include <QFile>
@@ -49,47 +47,13 @@ std::optional<QString> PasswordFromNetrc(const QString& user, const QString& hos
     return std::nullopt;
 }
 
-/// The terminal, with its echo switched off as long as this object lives.
-class SilentTerminal {
-public:
-    explicit SilentTerminal(int fd) : _fd(fd) {
-        _isSilenced = tcgetattr(_fd, &_before) == 0;
-        if (_isSilenced) {
-            termios silent = _before;
-            silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-            tcsetattr(_fd, TCSAFLUSH, &silent);
-        }
-    }
-    ~SilentTerminal() {
-        if (_isSilenced) {
-            tcsetattr(_fd, TCSAFLUSH, &_before);
-        }
-    }
-    SilentTerminal(const SilentTerminal&) = delete;
-    SilentTerminal& operator=(const SilentTerminal&) = delete;
-
-private:
-    const int _fd;
-    termios _before{};
-    bool _isSilenced = false;
-};
-
 std::optional<QString> PasswordFromPrompt(const QString& user, const QString& host) {
-    QFile terminal(QStringLiteral("/dev/tty"));
-    if (!terminal.open(QIODevice::ReadWrite | QIODevice::Unbuffered)) {
+    const QByteArray prompt = QStringLiteral("Password of %1 at %2: ").arg(user, host).toUtf8();
+    char password[1024];
+    if (readpassphrase(prompt.constData(), password, sizeof(password), RPP_REQUIRE_TTY) == nullptr) {
         return std::nullopt;
     }
-    terminal.write(QStringLiteral("Password of %1 at %2: ").arg(user, host).toUtf8());
-    QByteArray line;
-    {
-        const SilentTerminal silent(terminal.handle());
-        line = terminal.readLine();
-    }
-    terminal.write("\n");
-    if (line.endsWith('\n')) {
-        line.chop(1);
-    }
-    return QString::fromUtf8(line);
+    return QString::fromUtf8(password);
 }
 
 }  // namespace
