@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
-# Installs the Debian packages of packages.txt that are missing. Does nothing, and needs no rights, when none is.
+# Usage: install-packages.sh [LIST]
+# Installs the Debian packages of LIST (packages.txt unless given) that are missing. Does nothing, and needs no rights, when
+# none is.
 set -euo pipefail
-root=$(cd "$(dirname "$0")/.." && pwd)
+list=${1:-$(cd "$(dirname "$0")/.." && pwd)/packages.txt}
 
 missing=()
 while read -r package; do
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
-done < <(grep -vE '^(#|$)' "$root/packages.txt")
+done < <(grep -vE '^(#|$)' "$list")
 [ ${#missing[@]} -gt 0 ] || exit 0
 
 as_root=()
