@@ -3,10 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <exception>
-#include <functional>
 #include <iostream>
 #include <optional>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "client/cli/Connection.h"
 #include "client/cli/ListCommand.h"
@@ -59,7 +60,7 @@ CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, c
         ->add_option("--silence-limit", arguments.silenceLimit,
                      "Give up when nothing was heard for so many SECONDS (60 unless given)")
         ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(0.001, 86400.0));
     command->footer(Footer);
     return command;
 }
@@ -89,7 +90,13 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         try {
             app.parse(argc, argv);
         } catch (const CLI::ParseError& e) {
-            return app.exit(e) == 0 ? Done : WrongUsage;
+            std::ostringstream errors;
+            const bool isDone = app.exit(e, std::cout, errors) == 0;
+            if (!isDone) {
+                const std::vector<std::string> unknown = app.remaining();
+                Complain((unknown.empty() ? "" : unknown.front() + ": unknown command. ") + errors.str());
+            }
+            return isDone ? Done : WrongUsage;
         }
 
         const Location location = Location::FromUrl(QString::fromStdString(arguments.url));

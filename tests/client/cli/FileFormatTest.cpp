@@ -5,6 +5,8 @@
 #include <QDateTime>
 #include <nlohmann/json.hpp>
 
+#include "tests/fakes/Printers.h"
+
 namespace {
 
 using ovsync::cli::FieldLines;

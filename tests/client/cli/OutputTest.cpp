@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "host/core/SyncException.h"
+#include "tests/fakes/Printers.h"
 
 namespace {
 

@@ -1,0 +1,265 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QUrl>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+
+#include "tests/endtoend/Service.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using tests::ProgramResult;
+using tests::RunOvsync;
+using tests::Service;
+
+QString Text(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+std::string ErrorsOf(const ProgramResult& result) {
+    return result.errors.toStdString();
+}
+
+class CommandLineTest : public testing::Test {
+protected:
+    static ProgramResult List(const QString& url) { return RunOvsync({Text("ls"), url}); }
+};
+
+TEST_F(CommandLineTest, ListsTheFilesOfAFolderInNameOrderAndNothingElse) {
+    Service service;
+    service.AddFile(Text("folder/b.txt"), "bb");
+    service.AddFile(Text("folder/a.txt"), "a");
+    service.AddFile(Text("folder/B.txt"), "BBB");
+    service.AddFile(Text("folder/sub/deep.txt"), "x");
+    service.AddFile(Text("outside.txt"), "x");
+    const ProgramResult result = List(service.Url() + Text("folder/"));
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    EXPECT_EQ(result.output, QByteArray("B.txt\na.txt\nb.txt\n"));
+    EXPECT_EQ(result.errors, QByteArray());
+}
+
+TEST_F(CommandLineTest, AFolderIsTheSameWithAndWithoutItsSlash) {
+    Service service;
+    service.AddFile(Text("folder/a.txt"), "a");
+    EXPECT_EQ(List(service.Url() + Text("folder")).output, QByteArray("a.txt\n"));
+    service.AddFile(Text("root.txt"), "r");
+    QString withoutSlash = service.Url();
+    withoutSlash.chop(1);
+    EXPECT_EQ(List(withoutSlash).output, QByteArray("root.txt\n"));
+}
+
+TEST_F(CommandLineTest, AnEmptyFolderIsAnEmptyListing) {
+    Service service;
+    service.AddFolder(Text("empty"));
+    const ProgramResult result = List(service.Url() + Text("empty/"));
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    EXPECT_EQ(result.output, QByteArray());
+    EXPECT_EQ(RunOvsync({Text("ls"), Text("--json"), service.Url() + Text("empty/")}).output, QByteArray("[]\n"));
+}
+
+TEST_F(CommandLineTest, NamesOfEveryKindComeThroughUnchanged) {
+    Service service;
+    const char* const names[] = {
+        " lead",           "#x",        "%41.txt",    "&x;y",           "'quoted'",
+        "+a b+",           "100%.txt",  "100%25",     "a;b,c=d@e:f$g!", "back\\slash",
+        "q?r=s",           "tab\there", "~tilde.txt", "\xC3\xA9",       "\xE6\x96\x87\xE4\xBB\xB6",
+        "\xF0\x9F\x98\x80"};
+    QByteArray expected;
+    for (const char* name : names) {
+        service.AddFile(Text("odd names #1/") + Text(name), "x");
+        expected += QByteArray(name) + '\n';
+    }
+    const ProgramResult result = List(service.Url() + Text("odd%20names%20%231"));
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    EXPECT_EQ(result.output, expected);
+    for (const char* name : names) {
+        const QString url =
+            service.Url() + Text("odd%20names%20%231/") + QString::fromLatin1(QUrl::toPercentEncoding(Text(name)));
+        const ProgramResult stat = RunOvsync({Text("stat"), Text("--json"), url});
+        ASSERT_EQ(stat.exitCode, 0) << ErrorsOf(stat);
+        EXPECT_EQ(nlohmann::json::parse(stat.output.constData())["name"], name);
+    }
+}
+
+TEST_F(CommandLineTest, TheLongListingHasSizeDateAndVersion) {
+    Service service;
+    service.AddFile(Text("folder/a.txt"), "12345");
+    const ProgramResult result = RunOvsync({Text("ls"), Text("-l"), service.Url() + Text("folder/")});
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    EXPECT_THAT(result.output.toStdString(), testing::MatchesRegex(" +5  20[0-9-]+T[0-9:]+Z +1  a\\.txt\n"));
+}
+
+TEST_F(CommandLineTest, JsonIsAnArrayOfWhatTheServiceKnows) {
+    Service service;
+    service.AddFile(Text("folder/a.txt"), "hello");
+    service.AddFile(Text("folder/b.txt"), "");
+    const ProgramResult result = RunOvsync({Text("ls"), Text("--json"), service.Url() + Text("folder/")});
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    const nlohmann::json json = nlohmann::json::parse(result.output.constData());
+    ASSERT_EQ(json.size(), 2U);
+    EXPECT_EQ(json[0]["name"], "a.txt");
+    EXPECT_EQ(json[0]["serverPath"], "folder/a.txt");
+    EXPECT_EQ(json[0]["size"], 5);
+    EXPECT_EQ(json[0]["version"], 1);
+    EXPECT_EQ(json[0]["md5"], "5d41402abc4b2a76b9719d911017c592");
+    EXPECT_EQ(json[1]["name"], "b.txt");
+    EXPECT_EQ(json[1]["size"], 0);
+    EXPECT_NE(json[0]["resourceId"], json[1]["resourceId"]);
+    EXPECT_NE(json[0]["itemId"], json[1]["itemId"]);
+}
+
+TEST_F(CommandLineTest, StatLooksOneFileUp) {
+    Service service;
+    service.AddFile(Text("folder/a b.txt"), "hello");
+    const ProgramResult result = RunOvsync({Text("stat"), service.Url() + Text("folder/a%20b.txt")});
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    EXPECT_THAT(result.output.toStdString(),
+                AllOf(HasSubstr("Name              a b.txt\n"), HasSubstr("Size              5\n"),
+                      HasSubstr("MD5               5d41402abc4b2a76b9719d911017c592\n")));
+}
+
+TEST_F(CommandLineTest, WhatIsNotThereIsRefusedByTheService) {
+    Service service;
+    for (const char* command : {"ls", "stat"}) {
+        const ProgramResult result = RunOvsync({Text(command), service.Url() + Text("missing")});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.output, QByteArray());
+        EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("missing"), HasSubstr("404"), HasSubstr("text/plain")));
+    }
+}
+
+TEST_F(CommandLineTest, AServerThatIsNotThereCannotBeReached) {
+    QString url;
+    {
+        const Service service;
+        url = service.Url();
+    }
+    const ProgramResult result = List(url + Text("folder/"));
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_EQ(result.output, QByteArray());
+    EXPECT_THAT(ErrorsOf(result), HasSubstr("/folder/"));
+}
+
+TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
+    const auto expect = [](const QStringList& arguments, const char* message) {
+        const ProgramResult result = RunOvsync(arguments);
+        EXPECT_EQ(result.exitCode, 2) << arguments.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(result.output, QByteArray());
+        EXPECT_THAT(ErrorsOf(result), HasSubstr(message));
+    };
+    expect({}, "subcommand is required");
+    expect({Text("frobnicate")}, "frobnicate");
+    expect({Text("ls")}, "URL is required");
+    expect({Text("ls"), Text("folder/")}, "folder/");
+    expect({Text("ls"), Text("http://h/"), Text("--frobnicate")}, "--frobnicate");
+    expect({Text("ls"), Text("-l"), Text("--json"), Text("http://h/")}, "excludes");
+    expect({Text("ls"), Text("--silence-limit"), Text("0"), Text("http://h/")}, "--silence-limit");
+    expect({Text("ls"), Text("--ca-file"), Text("/missing.pem"), Text("http://h/")}, "/missing.pem");
+    expect({Text("ls"), Text("http://ann:secret@h/")}, "OVSYNC_PASSWORD");
+    expect({Text("ls"), Text("-u"), Text("ann"), Text("http://h/")}, "No password for ann at h");
+    expect({Text("stat"), Text("http://h/")}, "not a file");
+}
+
+TEST_F(CommandLineTest, EveryCommandHasHelp) {
+    for (const QStringList& arguments : {QStringList(Text("--help")), QStringList({Text("ls"), Text("--help")}),
+                                         QStringList({Text("stat"), Text("--help")})}) {
+        const ProgramResult result = RunOvsync(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_THAT(result.output.toStdString(), AllOf(HasSubstr("Usage: ovsync"), HasSubstr("Exit status:")));
+    }
+}
+
+class LoginTest : public testing::Test {
+protected:
+    LoginTest() : _service({Text("--user"), Text("ann")}, Text("s\xC3\xA9\x63ret")) {
+        _service.AddFile(Text("folder/a.txt"), "a");
+    }
+
+    QString Url() const { return _service.Url() + Text("folder/"); }
+
+    Service _service;
+};
+
+TEST_F(LoginTest, WithoutCredentialsTheServiceRefuses) {
+    const ProgramResult result = RunOvsync({Text("ls"), Url()});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("401"), HasSubstr("-u")));
+}
+
+TEST_F(LoginTest, ThePasswordComesFromTheEnvironment) {
+    const ProgramResult result =
+        RunOvsync({Text("ls"), Text("-u"), Text("ann"), Url()}, {Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret")});
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    EXPECT_EQ(result.output, QByteArray("a.txt\n"));
+}
+
+TEST_F(LoginTest, AUserInTheUrlIsAsGoodAsTheOption) {
+    const QString url = Url().replace(Text("http://"), Text("http://ann@"));
+    const ProgramResult result = RunOvsync({Text("ls"), url}, {Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret")});
+    EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+}
+
+TEST_F(LoginTest, AWrongPasswordIsRefusedAndNotRepeated) {
+    const ProgramResult result =
+        RunOvsync({Text("ls"), Text("-u"), Text("ann"), Url()}, {Text("OVSYNC_PASSWORD=hunter2")});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("401"), Not(HasSubstr("hunter2"))));
+}
+
+TEST_F(LoginTest, ThePasswordComesFromTheNetrc) {
+    const QTemporaryDir home;
+    QFile netrc(home.filePath(Text(".netrc")));
+    ASSERT_TRUE(netrc.open(QIODevice::WriteOnly));
+    netrc.write("machine 127.0.0.1 login ann password s\xC3\xA9\x63ret\n");
+    netrc.close();
+    const QStringList environment(Text("HOME=") + home.path());
+    EXPECT_EQ(RunOvsync({Text("ls"), Text("-u"), Text("ann"), Url()}, environment).output, QByteArray("a.txt\n"));
+    EXPECT_EQ(RunOvsync({Text("ls"), Url()}, environment).output, QByteArray("a.txt\n"));
+}
+
+struct Fault {
+    const char* name;
+    int exitCode;
+    const char* message;
+};
+
+void PrintTo(const Fault& fault, std::ostream* stream) {
+    *stream << fault.name;
+}
+
+class FaultTest : public testing::TestWithParam<Fault> {};
+
+TEST_P(FaultTest, EndsInAnErrorAndNeverInAListing) {
+    Service service({Text("--fault"), Text(GetParam().name) + Text(",method=PROPFIND")});
+    for (int i = 0; i < 20; ++i) {
+        service.AddFile(QStringLiteral("folder/file-%1.txt").arg(i), "x");
+    }
+    for (const QStringList& arguments : {QStringList({Text("ls"), service.Url() + Text("folder/")}),
+                                         QStringList({Text("ls"), Text("--json"), service.Url() + Text("folder/")}),
+                                         QStringList({Text("stat"), service.Url() + Text("folder/file-1.txt")})}) {
+        const ProgramResult result = RunOvsync(QStringList(arguments) << Text("--silence-limit") << Text("0.5"));
+        EXPECT_EQ(result.exitCode, GetParam().exitCode) << ErrorsOf(result);
+        EXPECT_EQ(result.output, QByteArray());
+        EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("/folder"), HasSubstr(GetParam().message)));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, FaultTest,
+                         testing::Values(Fault{"cut=0", 3, "207"}, Fault{"cut=1", 3, "207"}, Fault{"cut=400", 3, "207"},
+                                         Fault{"hang", 3, "no answer"}, Fault{"reset", 3, "no answer"},
+                                         Fault{"reset=300", 3, ""}, Fault{"redirect=301", 3, "301"},
+                                         Fault{"redirect=307", 3, "307"}, Fault{"error-page", 3, "text/html"},
+                                         Fault{"status=204", 3, "204"}, Fault{"status=400", 1, "400"},
+                                         Fault{"status=403", 1, "403"}, Fault{"status=500", 1, "500"},
+                                         Fault{"status=503", 1, "503"}, Fault{"content-type=text/html", 3, "text/html"},
+                                         Fault{"error-in-body=350", 3, "207"}));
+
+}  // namespace

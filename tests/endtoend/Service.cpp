@@ -1,0 +1,78 @@
+#include "tests/endtoend/Service.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcessEnvironment>
+#include <stdexcept>
+
+namespace tests {
+
+namespace {
+
+const int StartLimitInMilliseconds = 30000;
+const int RunLimitInMilliseconds = 60000;
+
+}  // namespace
+
+Service::Service(const QStringList& options, const QString& password) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (!password.isEmpty()) {
+        environment.insert(QStringLiteral("OVSYNC_SERVICE_PASSWORD"), password);
+    }
+    _process.setProcessEnvironment(environment);
+    _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    _process.start(QStringLiteral(OVSYNC_SERVICE_PROGRAM),
+                   QStringList() << _directory.path() << QStringLiteral("--port") << QStringLiteral("0") << options);
+    while (!_process.canReadLine()) {
+        if (!_process.waitForReadyRead(StartLimitInMilliseconds)) {
+            throw std::runtime_error("the service did not start");
+        }
+    }
+    const QString line = QString::fromUtf8(_process.readLine()).trimmed();
+    _url = line.mid(line.indexOf(QStringLiteral("http://")));
+}
+
+Service::~Service() {
+    _process.terminate();
+    _process.waitForFinished(StartLimitInMilliseconds);
+}
+
+void Service::AddFile(const QString& path, const QByteArray& content) {
+    const QString name = _directory.filePath(path);
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(name).path()));
+    QFile file(name);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << name.toStdString();
+    ASSERT_EQ(file.write(content), content.size());
+}
+
+void Service::AddFolder(const QString& path) {
+    ASSERT_TRUE(QDir().mkpath(_directory.filePath(path)));
+}
+
+void Service::Remove(const QString& path) {
+    ASSERT_TRUE(QFile::remove(_directory.filePath(path)));
+}
+
+ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment) {
+    QProcess process;
+    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+    for (const QString& variable : environment) {
+        variables.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    }
+    process.setProcessEnvironment(variables);
+    // In a session of its own the program has no terminal to ask at.
+    process.start(QStringLiteral("setsid"),
+                  QStringList() << QStringLiteral("--wait") << QStringLiteral(OVSYNC_PROGRAM) << arguments);
+    process.closeWriteChannel();
+    EXPECT_TRUE(process.waitForFinished(RunLimitInMilliseconds));
+    ProgramResult result;
+    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.output = process.readAllStandardOutput();
+    result.errors = process.readAllStandardError();
+    return result;
+}
+
+}  // namespace tests

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+namespace tests {
+
+/// The stand-in service, running on a folder of its own and a free port as long as this object lives.
+class Service {
+public:
+    /// With `options` behind the folder. `password` goes into its environment. Throws std::runtime_error when it does
+    /// not start.
+    explicit Service(const QStringList& options = QStringList(), const QString& password = QString());
+    ~Service();
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
+
+    /// With a '/' at its end.
+    const QString& Url() const { return _url; }
+
+    /// Puts a file into the served folder, with the folders above it.
+    void AddFile(const QString& path, const QByteArray& content);
+    void AddFolder(const QString& path);
+    void Remove(const QString& path);
+
+private:
+    QTemporaryDir _directory;
+    QProcess _process;
+    QString _url;
+};
+
+/// What a program run left behind.
+struct ProgramResult {
+    int exitCode = -1;
+    QByteArray output;
+    QByteArray errors;
+};
+
+/// Runs `ovsync` to its end, with `environment` ("NAME=value") added and without a terminal.
+ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment = QStringList());
+
+}  // namespace tests
