@@ -186,12 +186,13 @@ QDateTime ReadDate(const char* text, size_t size) {
         return QDateTime();
     }
     const QDate date(fields.year, fields.month, fields.day);
-    if (!date.isValid() || !QTime::isValid(fields.hour, fields.minute, fields.second)) {
+    if (fields.year < 0 || !date.isValid() || !QTime::isValid(fields.hour, fields.minute, fields.second)) {
         return QDateTime();
     }
     const qint64 epochJulianDay = 2440588;
-    const qint64 seconds = (date.toJulianDay() - epochJulianDay) * 86400 + fields.hour * 3600 + fields.minute * 60 +
-                           fields.second - fields.offsetSeconds;
+    const qint64 secondsPerDay = 86400;
+    const int secondOfDay = fields.hour * 3600 + fields.minute * 60 + fields.second;
+    const qint64 seconds = (date.toJulianDay() - epochJulianDay) * secondsPerDay + secondOfDay - fields.offsetSeconds;
     return QDateTime::fromMSecsSinceEpoch(seconds * 1000, Qt::UTC);
 }
 

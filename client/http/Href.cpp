@@ -14,26 +14,27 @@ using sync::core::SyncException;
 
 namespace {
 
-bool IsUnreserved(char c) {
+constexpr bool IsUnreserved(char c) {
     return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '.' ||
            c == '_' || c == '~';
 }
 
-/// Whether a byte may stand in a path segment as itself.
-const std::array<bool, 256>& SegmentBytes() {
-    static const std::array<bool, 256> bytes = [] {
-        std::array<bool, 256> allowed = {};
-        for (size_t i = 0; i < allowed.size(); ++i) {
-            const char c = static_cast<char>(i);
-            allowed[i] = c != '\0' && (IsUnreserved(c) || std::string("!$&'()*+,;=:@").find(c) != std::string::npos);
-        }
-        return allowed;
-    }();
+constexpr std::array<bool, 256> MakeSegmentBytes() {
+    std::array<bool, 256> bytes = {};
+    for (size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = IsUnreserved(static_cast<char>(i));
+    }
+    for (const char c : {'!', '$', '&', '\'', '(', ')', '*', '+', ',', ';', '=', ':', '@'}) {
+        bytes[static_cast<unsigned char>(c)] = true;
+    }
     return bytes;
 }
 
+/// Which bytes may stand in a path segment as themselves.
+constexpr std::array<bool, 256> SegmentBytes = MakeSegmentBytes();
+
 bool IsSegmentByte(char c) {
-    return SegmentBytes()[static_cast<unsigned char>(c)];
+    return SegmentBytes[static_cast<unsigned char>(c)];
 }
 
 char ToLower(char c) {
@@ -146,7 +147,7 @@ std::string Href::EncodedName() const {
 }
 
 std::string Href::DecodedName() const {
-    const std::string encoded = EncodedName();
+    std::string encoded = EncodedName();
     std::string decoded;
     DecodeSegment(encoded.data(), encoded.size(), decoded);
     if (!SurvivesAsText(decoded)) {

@@ -3,6 +3,7 @@
 #include <curl/curl.h>
 
 #include <QHostAddress>
+#include <algorithm>
 #include <chrono>
 #include <exception>
 
@@ -41,7 +42,7 @@ bool IsLoopback(const QUrl& url) {
 
 QString TransportReason(CURLcode code, const char* detail) {
     const char* const text = *detail != '\0' ? detail : curl_easy_strerror(code);
-    const QString message = QString::fromUtf8(text);
+    QString message = QString::fromUtf8(text);
     switch (code) {
         case CURLE_PEER_FAILED_VERIFICATION:
             return QStringLiteral("the server's certificate is not trusted: ") + message;
@@ -165,7 +166,7 @@ private:
         _Set(CURLOPT_ACCEPT_ENCODING, IsLoopback(url) ? static_cast<const char*>(nullptr) : "gzip");
 
         curl_multi_add_handle(_multi.get(), _easy.get());
-        const QString failure = _Run();
+        QString failure = _Run();
         curl_multi_remove_handle(_multi.get(), _easy.get());
         return failure;
     }
@@ -178,21 +179,22 @@ private:
             if (result == CURLM_OK && running == 0) {
                 return _Outcome();
             }
-            const auto silence = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastSign);
-            if (silence >= _silenceLimit) {
-                return QStringLiteral("nothing was received or sent for %1 s")
-                    .arg(static_cast<double>(_silenceLimit.count()) / 1000.0);
-            }
+            const auto silence = [&lastSign] {
+                return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastSign);
+            };
             int active = 0;
             if (result == CURLM_OK) {
-                const auto patience = static_cast<int>((_silenceLimit - silence).count());
-                result = curl_multi_poll(_multi.get(), nullptr, 0, patience, &active);
+                const auto patience = std::max(_silenceLimit - silence(), std::chrono::milliseconds(0));
+                result = curl_multi_poll(_multi.get(), nullptr, 0, static_cast<int>(patience.count()), &active);
             }
             if (result != CURLM_OK) {
                 return QString::fromUtf8(curl_multi_strerror(result));
             }
             if (active > 0) {
                 lastSign = Clock::now();
+            } else if (silence() >= _silenceLimit) {
+                return QStringLiteral("nothing was received or sent for %1 s")
+                    .arg(static_cast<double>(_silenceLimit.count()) / 1000.0);
             }
         }
     }

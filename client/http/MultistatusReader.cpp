@@ -11,6 +11,7 @@
 #include <exception>
 #include <limits>
 #include <string>
+#include <type_traits>
 
 #include "client/http/DateReader.h"
 #include "client/http/Href.h"
@@ -28,12 +29,12 @@ using sync::http::DAVPropfindResult;
 
 namespace {
 
-const size_t HrefLimit = 16 * 1024;
-const size_t ValueLimit = 64 * 1024;
-const size_t EntryLimit = 1024 * 1024;
+const size_t HrefLimit = 16UL * 1024UL;
+const size_t ValueLimit = 64UL * 1024UL;
+const size_t EntryLimit = 1024UL * 1024UL;
 const int TokenLimit = 64 * 1024;
 const size_t DepthLimit = 64;
-const size_t PieceSize = 64 * 1024;
+const size_t PieceSize = 64UL * 1024UL;
 
 // Cannot occur in UTF-8, in which the parser hands out names.
 const char NamespaceSeparator = '\xFF';
@@ -93,6 +94,10 @@ enum class Kind : uint8_t {
     SyncProperties,
     ResourceType,
     Property
+};
+
+struct ParserDeleter {
+    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
 };
 
 bool IsSpace(char c) {
@@ -165,22 +170,18 @@ public:
           _href(asked),
           _parser(XML_ParserCreateNS(nullptr, NamespaceSeparator)),
           _result(std::make_shared<DAVPropfindResult>()) {
-        if (_parser == nullptr) {
+        if (!_parser) {
             throw std::bad_alloc();
         }
         const std::string path = asked.path(QUrl::FullyEncoded).toStdString();
         _href.Read(path.data(), path.size());
         _askedKey = _href.Key();
-        XML_SetUserData(_parser, this);
-        XML_SetElementHandler(_parser, &_OnStart, &_OnEnd);
-        XML_SetCharacterDataHandler(_parser, &_OnText);
-        XML_SetStartDoctypeDeclHandler(_parser, &_OnDoctype);
-        XML_SetDefaultHandler(_parser, &_OnOther);
+        XML_SetUserData(_parser.get(), this);
+        XML_SetElementHandler(_parser.get(), &_OnStart, &_OnEnd);
+        XML_SetCharacterDataHandler(_parser.get(), &_OnText);
+        XML_SetStartDoctypeDeclHandler(_parser.get(), &_OnDoctype);
+        XML_SetDefaultHandler(_parser.get(), &_OnOther);
     }
-
-    ~Document() { XML_ParserFree(_parser); }
-    Document(const Document&) = delete;
-    Document& operator=(const Document&) = delete;
 
     void Feed(const char* bytes, size_t size) {
         // The parser copies what it is given.
@@ -188,7 +189,8 @@ public:
             const size_t piece = std::min(PieceSize, size - at);
             _Parse(bytes + at, static_cast<int>(piece), false);
             _fed += static_cast<XML_Index>(piece);
-            if (_fed - XML_GetCurrentByteIndex(_parser) > TokenLimit) {
+            // Before the root the parser counts from further back than the start of the token.
+            if (_fed - XML_GetCurrentByteIndex(_parser.get()) > 2 * TokenLimit) {
                 _FailOnTokenSize();
             }
         }
@@ -218,15 +220,15 @@ private:
     };
 
     void _Parse(const char* bytes, int size, bool isLast) {
-        const bool isGood = XML_Parse(_parser, bytes, size, isLast ? 1 : 0) == XML_STATUS_OK;
+        const bool isGood = XML_Parse(_parser.get(), bytes, size, isLast ? 1 : 0) == XML_STATUS_OK;
         if (_failure) {
             std::rethrow_exception(_failure);
         }
         if (!isGood) {
             throw SyncException(QStringLiteral("the XML is broken or not complete: %1 at line %2, column %3")
-                                    .arg(QString::fromUtf8(XML_ErrorString(XML_GetErrorCode(_parser))))
-                                    .arg(XML_GetCurrentLineNumber(_parser))
-                                    .arg(XML_GetCurrentColumnNumber(_parser)));
+                                    .arg(QString::fromUtf8(XML_ErrorString(XML_GetErrorCode(_parser.get()))))
+                                    .arg(XML_GetCurrentLineNumber(_parser.get()))
+                                    .arg(XML_GetCurrentColumnNumber(_parser.get())));
         }
     }
 
@@ -242,7 +244,7 @@ private:
             action(*document);
         } catch (...) {
             document->_failure = std::current_exception();
-            XML_StopParser(document->_parser, XML_FALSE);
+            XML_StopParser(document->_parser.get(), XML_FALSE);
         }
     }
 
@@ -271,7 +273,7 @@ private:
     }
 
     void _CheckTokenSize() const {
-        if (XML_GetCurrentByteCount(_parser) > TokenLimit) {
+        if (XML_GetCurrentByteCount(_parser.get()) > TokenLimit) {
             _FailOnTokenSize();
         }
     }
@@ -321,8 +323,8 @@ private:
         switch (parent) {
             case Kind::Document:
                 if (!_IsNamed(element, Name("multistatus"))) {
-                    throw SyncException(QStringLiteral("the root of the XML is %1, not {DAV:}multistatus")
-                                            .arg(Slice{name, std::strlen(name)}.ToPrintable()));
+                    throw SyncException(
+                        QStringLiteral("the root of the XML is %1, not {DAV:}multistatus").arg(_NameText(name)));
                 }
                 return {Kind::Multistatus, PropertyCount};
             case Kind::Multistatus:
@@ -358,6 +360,13 @@ private:
             default:
                 return {Kind::Ignored, PropertyCount};
         }
+    }
+
+    /// "{namespace}name" for a name as the parser hands it out.
+    static QString _NameText(const char* name) {
+        const QByteArray text(name);
+        const int separator = text.indexOf(NamespaceSeparator);
+        return Printable(separator < 0 ? text : '{' + text.left(separator) + '}' + text.mid(separator + 1));
     }
 
     static bool _IsNamed(const Slice& element, const PropertyName& name) { return element.Is(name.text, name.size); }
@@ -656,7 +665,7 @@ private:
     const DAVPropfindRequest::Depth _depth;
     Href _href;
     std::string _askedKey;
-    XML_Parser _parser;
+    std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter> _parser;
     XML_Index _fed = 0;
     std::exception_ptr _failure;
 
@@ -664,31 +673,30 @@ private:
     std::array<Level, DepthLimit + 1> _levels = {{{Kind::Document, PropertyCount}}};
     size_t _level = 0;
 
-    // The entry that is being read: its texts, one after the other, and where in there they are.
+    // The entry that is being read: its texts, one after the other, and where in there they are. The values of a
+    // propstat are staged, because the status that says whether they count may come after them.
     std::string _text;
     size_t _valueStart = 0;
-    int _hrefCount = 0;
     size_t _hrefStart = 0;
     size_t _hrefEnd = 0;
-    int _entryStatus = 0;
-    int _propstatCount = 0;
-    uint32_t _found = 0;
     std::array<Range, PropertyCount> _values = {};
-    bool _isCollection = false;
-
-    // Its propstat, whose status may come after the properties.
-    int _propstatStatus = 0;
-    uint32_t _staged = 0;
     std::array<Range, PropertyCount> _stagedValues = {};
+    uint32_t _found = 0;
+    uint32_t _staged = 0;
+    int _hrefCount = 0;
+    int _propstatCount = 0;
+    int _entryStatus = 0;
+    int _propstatStatus = 0;
+    bool _isCollection = false;
     bool _stagedIsCollection = false;
-
-    std::array<Remembered<QString>, PropertyCount> _texts;
-    std::array<Remembered<QDateTime>, PropertyCount> _dates;
 
     bool _ownSeen = false;
     bool _ownIsContainer = false;
     DAVPropfindResponse _own;
     std::shared_ptr<DAVPropfindResult> _result;
+
+    std::array<Remembered<QString>, PropertyCount> _texts;
+    std::array<Remembered<QDateTime>, PropertyCount> _dates;
 };
 
 MultistatusReader::MultistatusReader(const QUrl& asked, DAVPropfindRequest::Depth depth)

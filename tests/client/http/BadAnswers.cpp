@@ -1,0 +1,110 @@
+#include "tests/client/http/BadAnswers.h"
+
+#include <algorithm>
+#include <ostream>
+
+namespace ovsync {
+namespace http {
+
+namespace {
+
+using Ending = ScriptedServer::Ending;
+
+const int Kilobyte = 1024;
+
+}  // namespace
+
+const std::vector<BadAnswer>& BadAnswers() {
+    static const std::vector<BadAnswer> answers = {
+        {"login-page-with-200", "the status is no answer", false},
+        {"listing-with-200", "the status is no answer", false},
+        {"no-content-204", "the status is no answer", false},
+        {"moved-301", "the status is no answer", false},
+        {"found-302", "the status is no answer", false, Ending::KeepOpen, 0},
+        {"redirected-307", "the status is no answer", false},
+        {"not-modified-304", "the status is no answer", false},
+        {"error-page-with-207", "the content type is another", false},
+        {"no-content-type", "the content type is another", false},
+        {"shorter-than-announced", "cut off or damaged", false, Ending::Close},
+        {"shorter-than-announced", "cut off or damaged", false, Ending::Reset},
+        {"last-chunk-missing", "cut off or damaged", false, Ending::Close},
+        {"head-cut-off", "", false, Ending::Close},
+        {"no-http", "HTTP/0.9", false, Ending::Close},
+        {"nothing", "Empty reply", false, Ending::Close},
+        {"nothing", "cut off or damaged", false, Ending::Reset},
+        {"empty-body", "no element found"},
+        {"ends-inside-an-element", "no element found"},
+        {"ends-between-entries", "no element found"},
+        {"ends-before-the-last-bracket", "unclosed token"},
+        {"not-xml", "not well-formed"},
+        {"not-utf-8", "not well-formed"},
+        {"tags-crossed", "mismatched tag"},
+        {"prefix-unknown", "unbound prefix"},
+        {"encoding-unknown", "unknown encoding"},
+        {"other-root", "the root of the XML is {DAV:}error"},
+        {"root-without-namespace", "the root of the XML is multistatus"},
+        {"more-after-the-root", "junk after document element"},
+        {"entity-declared", "document type declaration"},
+        {"entity-bomb", "document type declaration"},
+        {"external-document-type", "document type declaration"},
+        {"entity-unknown", "undefined entity"},
+        {"no-href", "an entry has no href"},
+        {"empty-href", "an entry has an empty href"},
+        {"two-hrefs", "has 2 hrefs"},
+        {"element-in-href", "an element inside an href"},
+        {"href-beside-the-folder", "/Projects/AB/b.txt lies outside"},
+        {"href-above-the-folder", "/Projects/ lies outside"},
+        {"href-too-deep", "/Projects/A/Sub/b.txt lies outside"},
+        {"ends-between-entries", "/Projects/A/b.txt lies outside", true, Ending::KeepOpen, 0},
+        {"href-of-another-host", "names the host \"elsewhere.invalid\""},
+        {"href-with-dots", "'..' segment"},
+        {"href-with-escaped-dots", "'..' segment"},
+        {"href-with-a-nul", "has a NUL"},
+        {"entry-twice", "/Projects/A/b.txt came before"},
+        {"entry-twice-escaped-differently", "/Projects/A/%62%2Etxt came before"},
+        {"entry-twice-as-file-and-folder", "/Projects/A/b.txt/ came before"},
+        {"entry-twice-as-folder-and-file", "/Projects/A/b.txt came before"},
+        {"folder-itself-twice", "/Projects/A/ came before"},
+        {"folder-itself-missing", "no entry for what was asked"},
+        {"no-entries", "no entry for what was asked"},
+        {"neither-propstat-nor-status", "/Projects/A/b.txt has neither"},
+        {"entry-forbidden", "/Projects/A/b.txt could not be read: it has the status 403"},
+        {"entry-not-found", "/Projects/A/b.txt could not be read: it has the status 404"},
+        {"propstat-failed", "/Projects/A/b.txt could not be read: a propstat has the status 500"},
+        {"propstat-forbidden", "/Projects/A/b.txt could not be read: a propstat has the status 403"},
+        {"propstat-without-status", "/Projects/A/b.txt has a propstat without a status"},
+        {"propstat-with-two-statuses", "/Projects/A/b.txt has more than one status"},
+        {"status-unreadable", "/Projects/A/b.txt has a status that cannot be read: \"200 OK\""},
+        {"status-of-four-digits", "has a status that cannot be read"},
+        {"length-not-a-number", "/Projects/A/b.txt has the getcontentlength \"12 kB\""},
+        {"length-negative", "/Projects/A/b.txt has the getcontentlength \"-1\""},
+        {"length-empty", "/Projects/A/b.txt has the getcontentlength \"\""},
+        {"id-too-large", "/Projects/A/b.txt has the resourceid \"2147483648\""},
+        {"version-not-a-number", "/Projects/A/b.txt has the version \"1.0\""},
+        {"href-too-long", "an href above 16384 bytes", true, Ending::KeepOpen, 1, 17 * Kilobyte},
+        {"value-too-large", "/Projects/A/b.txt has a value above 65536", true, Ending::KeepOpen, 1, 65 * Kilobyte},
+        {"entry-too-large", "/Projects/A/b.txt has values above 1048576", true, Ending::KeepOpen, 1, 60 * Kilobyte},
+        {"tag-too-large", "a tag or a comment above 65536 bytes", true, Ending::KeepOpen, 1, 65 * Kilobyte},
+        {"comment-too-large", "a tag or a comment above 65536 bytes", true, Ending::KeepOpen, 1, 65 * Kilobyte},
+        {"nested-too-deep", "nested deeper than 64"},
+    };
+    return answers;
+}
+
+QString FixtureNameOf(const BadAnswer& answer) {
+    return QLatin1String("bad/") + QLatin1String(answer.file);
+}
+
+std::string NameOf(const BadAnswer& answer) {
+    static const char* const endings[] = {"", "_close", "_reset", "_stall"};
+    std::string name = answer.file;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name + endings[static_cast<int>(answer.ending)] + "_depth_" + std::to_string(answer.depth);
+}
+
+void PrintTo(const BadAnswer& answer, std::ostream* stream) {
+    *stream << NameOf(answer);
+}
+
+}  // namespace http
+}  // namespace ovsync

@@ -1,0 +1,225 @@
+#include "client/http/RequestManager.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "client/http/ExchangeError.h"
+#include "client/http/HttpFactory.h"
+#include "client/http/RequestAuthenticatorFactory.h"
+#include "host/http/DAVPropfindRequest.h"
+#include "tests/client/http/BadAnswers.h"
+#include "tests/client/http/CleanEnvironment.h"
+#include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedServer.h"
+
+namespace ovsync {
+namespace http {
+namespace {
+
+using sync::http::DAVPropfindRequest;
+using sync::interf::IHttpRequest;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+using Ending = ScriptedServer::Ending;
+
+const QString FolderPath = QStringLiteral("/Projects/A/");
+
+std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
+    return HttpFactory().CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
+}
+
+class RequestManagerTest : public testing::Test {
+protected:
+    /// "" when nothing was thrown.
+    std::string ErrorOfExecuting(const QList<std::shared_ptr<IHttpRequest>>& requests) {
+        for (const std::shared_ptr<IHttpRequest>& request : requests) {
+            QObject::connect(request.get(), &IHttpRequest::RequestCompleted,
+                             [this](const std::shared_ptr<IHttpRequest>& /*completed*/,
+                                    IHttpRequest::RequestState state) { states.push_back(state); });
+        }
+        try {
+            manager.Execute(requests);
+        } catch (const ExchangeError& error) {
+            return error.Utf8Message();
+        }
+        return "";
+    }
+
+    const CleanEnvironment environment;
+    const QString user = QStringLiteral("alice");
+    const QString password = QStringLiteral("open sesame");
+    RequestManager manager{std::make_shared<RequestAuthenticatorFactory>(user, password), 0};
+    std::vector<IHttpRequest::RequestState> states;
+};
+
+TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
+    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+    const auto request = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    ASSERT_TRUE(request->GetResult());
+    EXPECT_EQ(request->GetStatusCode(), 207);
+    EXPECT_EQ(request->GetResult()->fileResponses.size(), 2);
+    EXPECT_EQ(request->GetResult()->serverTime, QDateTime(QDate(2026, 11, 20), QTime(10, 15, 31), Qt::UTC));
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateAnswered));
+
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().first().method, "PROPFIND");
+    EXPECT_EQ(server.Requests().first().target, "/Projects/A/");
+    EXPECT_EQ(server.Requests().first().headers.value("depth"), "1");
+    EXPECT_TRUE(server.Requests().first().headers.value("user-agent").startsWith("ovsync/"));
+    EXPECT_FALSE(server.Requests().first().headers.contains("expect"));
+    EXPECT_FALSE(server.Requests().first().headers.contains("authorization"));
+    EXPECT_TRUE(server.Requests().first().body.contains("<P:syncproperties/>"));
+}
+
+TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
+    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/found-302")).Bytes()),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
+    const auto first = RequestOf(server.Url(FolderPath));
+    const auto second = RequestOf(server.Url(QStringLiteral("/B/")));
+    const auto third = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({first, second}), "");
+    EXPECT_EQ(ErrorOfExecuting({third}), "");
+    EXPECT_EQ(first->GetResult()->collectionResponses.size(), 1);
+    EXPECT_EQ(third->GetResult()->collectionResponses.size(), 0);
+
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().value(1).target, "/B/");
+    EXPECT_EQ(server.Requests().last().connection, 1);
+}
+
+TEST_F(RequestManagerTest, ARequestThatIsExecutedAgainForgetsItsFirstAnswer) {
+    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/entry-forbidden")).Bytes())});
+    const auto request = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_TRUE(request->GetResult());
+    EXPECT_NE(ErrorOfExecuting({request}), "");
+    EXPECT_FALSE(request->GetResult());
+}
+
+TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
+    for (const char* name : {"bad-request-400", "forbidden-403", "not-found-404", "locked-423", "broken-500"}) {
+        const QByteArray answer = FixtureAnswer(QStringLiteral("statuses/") + QLatin1String(name)).Bytes();
+        ScriptedServer server({ScriptedServer::Answer(answer)});
+        const auto request = RequestOf(server.Url(FolderPath));
+        EXPECT_EQ(ErrorOfExecuting({request}), "");
+        EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
+        EXPECT_FALSE(request->GetResult());
+        EXPECT_THAT(manager.LastAnswer().toStdString(),
+                    AllOf(HasSubstr("status " + QByteArray(name).right(3).toStdString()),
+                          HasSubstr("content type text/plain"), HasSubstr("the body begins: Because")));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
+}
+
+TEST_F(RequestManagerTest, FollowsNoRedirect) {
+    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/found-302")).Bytes())});
+    const auto request = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_EQ(request->GetStatusCode(), 302);
+    EXPECT_FALSE(request->GetResult());
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
+    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/not-modified-304")).Bytes())});
+    const auto request = RequestOf(server.Url(FolderPath));
+    request->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_EQ(request->GetStatusCode(), 304);
+    EXPECT_FALSE(request->GetResult());
+    server.Stop();
+    EXPECT_EQ(server.Requests().first().headers.value("if-modified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
+}
+
+TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
+    class ForeignRequest : public IHttpRequest {
+    public:
+        int GetStatusCode() override { return 0; }
+        QUrl GetUrl() override { return QUrl(); }
+    };
+    ScriptedServer server({});
+    try {
+        manager.Execute({RequestOf(server.Url(FolderPath)), std::make_shared<ForeignRequest>()});
+        FAIL();
+    } catch (const sync::core::SyncException& error) {
+        EXPECT_THAT(error.Utf8Message(), HasSubstr("Request 2 of 2 was not made by this client's HTTP factory"));
+    }
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, StopsAtTheFirstAnswerThatIsNone) {
+    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/no-entries")).Bytes())});
+    const auto second = RequestOf(server.Url(FolderPath));
+    EXPECT_NE(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), second}), "");
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
+    EXPECT_EQ(second->GetStatusCode(), 0);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
+    QUrl url;
+    {
+        const ScriptedServer gone({});
+        url = gone.Url(FolderPath);
+    }
+    const auto request = RequestOf(url);
+    EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
+                                                   HasSubstr("Failed to connect"), HasSubstr("no answer")));
+    EXPECT_EQ(request->GetStatusCode(), 0);
+    EXPECT_EQ(manager.LastAnswer(), QStringLiteral("no answer"));
+}
+
+class BadAnswerTest : public RequestManagerTest, public testing::WithParamInterface<BadAnswer> {};
+
+TEST_P(BadAnswerTest, EndsInAnErrorThatSaysWhatCame) {
+    const BadAnswer& bad = GetParam();
+    const RawAnswer answer = FixtureAnswer(FixtureNameOf(bad), bad.fillSize);
+    ScriptedServer server({ScriptedServer::Answer(answer.Bytes(), bad.ending)});
+    const auto request = RequestOf(server.Url(FolderPath), bad.depth);
+    const std::string error = ErrorOfExecuting({request});
+
+    EXPECT_THAT(error, HasSubstr("PROPFIND " + server.Url(FolderPath).toString().toStdString() + " failed: "));
+    EXPECT_THAT(error, HasSubstr(bad.reason));
+    const QByteArray status = answer.head.split(' ').value(1);
+    if (answer.head.endsWith("\r\n\r\n") && bad.ending != Ending::Reset) {
+        EXPECT_THAT(error, HasSubstr("status " + status.toStdString()));
+        const QByteArray type = QByteArray(answer.head).replace("\r\n", "\n").split('\n').value(1);
+        if (type.startsWith("Content-Type: ")) {
+            EXPECT_THAT(error, HasSubstr("content type " + type.mid(14).toStdString()));
+        } else {
+            EXPECT_THAT(error, HasSubstr("no content type"));
+        }
+        // The frame of a chunk is not part of the body.
+        const QByteArray body = answer.body.mid(qMax(0, answer.body.indexOf('<')));
+        EXPECT_THAT(error, body.isEmpty()
+                               ? HasSubstr("no body")
+                               : HasSubstr("the body begins: " + body.left(body.indexOf(' ')).toStdString()));
+    }
+    EXPECT_THAT(error, Not(HasSubstr("sesame")));
+    EXPECT_FALSE(request->GetResult());
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, BadAnswerTest, testing::ValuesIn(BadAnswers()),
+                         [](const testing::TestParamInfo<BadAnswer>& tested) { return NameOf(tested.param); });
+
+}  // namespace
+}  // namespace http
+}  // namespace ovsync

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QThread>
+#include <QUrl>
+#include <atomic>
+#include <functional>
+#include <memory>
+
+class QTcpSocket;
+
+namespace ovsync {
+namespace http {
+
+/// A server that expects a fixed number of requests and answers each with given bytes, over a real socket on an
+/// ephemeral port of 127.0.0.1. Works in a thread of its own, on one connection at a time. What it saw is read after
+/// Stop. Not thread-safe.
+class ScriptedServer {
+public:
+    struct Request {
+        QByteArray method;
+        QByteArray target;
+        /// Names in lower case.
+        QMap<QByteArray, QByteArray> headers;
+        QByteArray body;
+        /// Counts from 1.
+        int connection = 0;
+    };
+
+    /// What happens to the connection after the answer.
+    enum class Ending { KeepOpen, Close, Reset, Stall };
+
+    struct Step {
+        std::function<QByteArray(const Request&)> answer;
+        Ending ending = Ending::KeepOpen;
+        /// The pause after each byte of the answer; without one it is sent in one piece.
+        int millisecondsPerByte = 0;
+    };
+
+    struct Certificate {
+        QString certificateFile;
+        QString keyFile;
+    };
+
+    /// Serves TLS with `certificate` where there is one.
+    explicit ScriptedServer(const QList<Step>& steps, const Certificate& certificate = Certificate());
+    /// Answers always the same.
+    static Step Answer(const QByteArray& bytes, Ending ending = Ending::KeepOpen);
+    ~ScriptedServer();
+    ScriptedServer(const ScriptedServer&) = delete;
+    ScriptedServer& operator=(const ScriptedServer&) = delete;
+
+    QUrl Url(const QString& path) const;
+
+    void Stop();
+    /// Those that were expected and came.
+    const QList<Request>& Requests() const { return _requests; }
+    /// Whether every expected request came, and no other.
+    bool SawItsScript() const { return _requests.size() == _steps.size() && _unexpectedRequests == 0; }
+
+private:
+    void _ServeConnection(QTcpSocket& socket);
+    bool _ReadRequest(QTcpSocket& socket, Request& request);
+    bool _WaitForBytes(QTcpSocket& socket);
+    void _Send(QTcpSocket& socket, const Step& step, const QByteArray& bytes);
+
+    const QList<Step> _steps;
+    const Certificate _certificate;
+    quint16 _port = 0;
+    std::atomic<bool> _stopping{false};
+    int _connections = 0;
+    int _unexpectedRequests = 0;
+    QList<Request> _requests;
+    std::unique_ptr<QThread> _thread;
+};
+
+}  // namespace http
+}  // namespace ovsync
