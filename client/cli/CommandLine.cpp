@@ -20,7 +20,6 @@ namespace cli {
 
 namespace {
 
-using sync::core::SyncException;
 using sync::http::HttpException;
 
 const char* const Footer =

@@ -3,9 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
+#include <QTemporaryFile>
 #include <QUrl>
 #include <algorithm>
 #include <functional>
@@ -129,11 +128,11 @@ TEST_F(DrovaneRemoteFileManagerTest, TheMetaObjectHasItsNameAndNothingOfItsOwn) 
 TEST_F(DrovaneRemoteFileManagerTest, TextsCanBeTranslatedInBothForms) {
     EXPECT_EQ(DrovaneRemoteFileManager::tr("text", "comment"), Text("text"));
     EXPECT_EQ(DrovaneRemoteFileManager::tr("text", "comment", 1), Text("text"));
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
     EXPECT_EQ(DrovaneRemoteFileManager::trUtf8("text", "comment"), Text("text"));
     EXPECT_EQ(DrovaneRemoteFileManager::trUtf8("text", "comment", 1), Text("text"));
-    QT_WARNING_POP
+#pragma GCC diagnostic pop
 }
 
 TEST_F(DrovaneRemoteFileManagerTest, TheMembersLieInTheirOrder) {
@@ -443,14 +442,13 @@ TEST_F(ShouldDownloadFileTest, DifferentSizesDownload) {
 class FileOnDiskModeTest : public ShouldDownloadFileTest {
 protected:
     FileOnDiskModeTest() {
+        EXPECT_TRUE(_file.open());
         _local.syncMode = 2;
-        _local.localPath = _directory.filePath(Text("f"));
-        QFile file(_local.localPath);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        _fileTime = QFileInfo(file).lastModified();
+        _local.localPath = _file.fileName();
+        _fileTime = QFileInfo(_file).lastModified();
     }
 
-    const QTemporaryDir _directory;
+    QTemporaryFile _file;
     FileConfiguration _local;
     QDateTime _fileTime;
 };
@@ -473,7 +471,7 @@ TEST_F(FileOnDiskModeTest, ARecordWithoutADateLiesBeforeAnyFileTime) {
 }
 
 TEST_F(FileOnDiskModeTest, AMissingFileWasNotChangedAfterItsRecord) {
-    _local.localPath = _directory.filePath(Text("missing"));
+    _local.localPath = _file.fileName() + Text(".missing");
     _local.lastModifiedDate = QDateTime();
     EXPECT_TRUE(ShouldDownload(FileOfVersion("9"), _local));
     _local.lastModifiedDate = _fileTime;

@@ -23,7 +23,7 @@ struct Client {
 
 }  // namespace
 
-#include "ReadmeExample.h"
+#include "ReadmeExample.inc"
 
 namespace {
 
