@@ -28,7 +28,7 @@ public:
     std::string Request(const std::string& request, int milliseconds = 10000) {
         RawConnection connection(_service->Port());
         connection.Send(request);
-        const std::string answer = connection.Read(milliseconds);
+        std::string answer = connection.Read(milliseconds);
         _ending = connection.End();
         return answer;
     }

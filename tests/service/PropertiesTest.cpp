@@ -1,5 +1,3 @@
-#include <regex>
-
 #include "tests/service/ServiceTest.h"
 
 namespace service::test {
@@ -7,7 +5,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::Not;
 using testing::Pair;
 
 class PropertiesTest : public ServiceTest {

@@ -6,33 +6,34 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <stdexcept>
 
 namespace service::test {
 namespace {
 
+// With the null at the end that C expects.
+std::vector<char*> Pointers(std::vector<std::string>& words) {
+    std::vector<char*> pointers(words.size() + 1, nullptr);
+    std::transform(words.begin(), words.end(), pointers.begin(), [](std::string& word) { return word.data(); });
+    return pointers;
+}
+
 pid_t Start(const std::vector<std::string>& arguments, const std::map<std::string, std::string>& environment,
             int output, int errors) {
     std::vector<std::string> words{OVSYNC_SERVICE_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) {
-        argv.push_back(word.data());
-    }
-    argv.push_back(nullptr);
+    std::vector<char*> argv = Pointers(words);
     std::vector<std::string> assignments;
     for (char** variable = environ; *variable != nullptr; ++variable) {
         assignments.emplace_back(*variable);
     }
     for (const auto& [name, value] : environment) {
-        assignments.push_back(name + "=" + value);
+        assignments.push_back(name);
+        assignments.back().append("=").append(value);
     }
-    std::vector<char*> envp;
-    for (std::string& assignment : assignments) {
-        envp.push_back(assignment.data());
-    }
-    envp.push_back(nullptr);
+    std::vector<char*> envp = Pointers(assignments);
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);

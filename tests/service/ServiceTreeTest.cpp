@@ -304,6 +304,7 @@ TEST_F(ServiceTreeTest, FailedPropertyUpdateChangesNothing) {
                             _none)
             .first;
     std::vector<int> statuses;
+    statuses.reserve(outcomes.size());
     for (const auto& outcome : outcomes) {
         statuses.push_back(outcome.status);
     }
