@@ -1,15 +1,16 @@
 #include "client/http/MultistatusReader.h"
 
-#include <expat.h>
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
 
 #include <QString>
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <exception>
 #include <new>
-#include <type_traits>
 
 #include "client/http/ByteSlice.h"
 #include "client/http/ListingBuilder.h"
@@ -26,14 +27,11 @@ using sync::http::DAVPropfindResult;
 
 namespace {
 
-const int TokenLimit = 64 * 1024;
+const size_t TokenLimit = 64UL * 1024UL;
+// How much of an unfinished token is waited for.
+const std::ptrdiff_t PendingLimit = 128L * 1024L;
 const size_t DepthLimit = 64;
-const size_t PieceSize = 64UL * 1024UL;
-
-// Cannot occur in UTF-8, in which the parser hands out names.
-const char NamespaceSeparator = '\xFF';
-const char DavPrefix[] = "DAV:\xFF";
-const size_t DavPrefixSize = sizeof(DavPrefix) - 1;
+const size_t PieceSize = 32UL * 1024UL;
 
 /// What an element is, by its name and its place.
 enum class Kind : uint8_t {
@@ -50,13 +48,14 @@ enum class Kind : uint8_t {
     Property
 };
 
-/// The local name of an element of the namespace DAV:, empty for any other.
-ByteSlice DavName(const char* name) {
-    if (std::strncmp(name, DavPrefix, DavPrefixSize) != 0) {
-        return ByteSlice();
-    }
-    const char* const local = name + DavPrefixSize;
-    return {local, std::strlen(local)};
+const char* Bytes(const xmlChar* text) {
+    return reinterpret_cast<const char*>(text);
+}
+
+/// "{namespace}name"
+QString NameText(const xmlChar* local, const xmlChar* nameSpace) {
+    const QByteArray prefix = nameSpace == nullptr ? QByteArray() : '{' + QByteArray(Bytes(nameSpace)) + '}';
+    return Printable(prefix + Bytes(local));
 }
 
 template <size_t Size>
@@ -64,15 +63,8 @@ bool Is(const ByteSlice& name, const char (&expected)[Size]) {
     return name.Is(expected, Size - 1);
 }
 
-/// "{namespace}name" for a name as the parser hands it out.
-QString NameText(const char* name) {
-    const QByteArray text(name);
-    const int separator = text.indexOf(NamespaceSeparator);
-    return Printable(separator < 0 ? text : '{' + text.left(separator) + '}' + text.mid(separator + 1));
-}
-
 struct ParserDeleter {
-    void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+    void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
 };
 
 }  // namespace
@@ -80,26 +72,31 @@ struct ParserDeleter {
 /// The document while it is read.
 class MultistatusReader::Document {
 public:
-    Document(const QUrl& asked, DAVPropfindRequest::Depth depth)
-        : _parser(XML_ParserCreateNS(nullptr, NamespaceSeparator)), _listing(asked, depth) {
+    Document(const QUrl& asked, DAVPropfindRequest::Depth depth) : _listing(asked, depth) {
+        xmlInitParser();
+        xmlSAXHandler handlers = {};
+        handlers.initialized = XML_SAX2_MAGIC;
+        handlers.startElementNs = &_OnStart;
+        handlers.endElementNs = &_OnEnd;
+        handlers.characters = &_OnText;
+        handlers.ignorableWhitespace = &_OnText;
+        handlers.cdataBlock = &_OnText;
+        handlers.comment = &_OnComment;
+        handlers.processingInstruction = &_OnInstruction;
+        handlers.internalSubset = &_OnDoctype;
+        handlers.serror = &_OnError;
+        _parser.reset(xmlCreatePushParserCtxt(&handlers, this, nullptr, 0, nullptr));
         if (!_parser) {
             throw std::bad_alloc();
         }
-        XML_SetUserData(_parser.get(), this);
-        XML_SetElementHandler(_parser.get(), &_OnStart, &_OnEnd);
-        XML_SetCharacterDataHandler(_parser.get(), &_OnText);
-        XML_SetStartDoctypeDeclHandler(_parser.get(), &_OnDoctype);
-        XML_SetDefaultHandler(_parser.get(), &_OnOther);
+        xmlCtxtUseOptions(_parser.get(), XML_PARSE_NONET);
     }
 
     void Feed(const char* bytes, size_t size) {
         // The parser copies what it is given.
         for (size_t at = 0; at < size; at += PieceSize) {
-            const size_t piece = std::min(PieceSize, size - at);
-            _Parse(bytes + at, static_cast<int>(piece), false);
-            _fed += static_cast<XML_Index>(piece);
-            // Before the root the parser counts from further back than the start of the token.
-            if (_fed - XML_GetCurrentByteIndex(_parser.get()) > 2 * TokenLimit) {
+            _Parse(bytes + at, static_cast<int>(std::min(PieceSize, size - at)), false);
+            if (_parser->input->end - _parser->input->cur > PendingLimit) {
                 _FailOnTokenSize();
             }
         }
@@ -117,15 +114,13 @@ private:
     };
 
     void _Parse(const char* bytes, int size, bool isLast) {
-        const bool isGood = XML_Parse(_parser.get(), bytes, size, isLast ? 1 : 0) == XML_STATUS_OK;
+        _isLast = isLast;
+        xmlParseChunk(_parser.get(), bytes, size, isLast ? 1 : 0);
         if (_failure) {
             std::rethrow_exception(_failure);
         }
-        if (!isGood) {
-            throw SyncException(QStringLiteral("the XML is broken or not complete: %1 at line %2, column %3")
-                                    .arg(QString::fromUtf8(XML_ErrorString(XML_GetErrorCode(_parser.get()))))
-                                    .arg(XML_GetCurrentLineNumber(_parser.get()))
-                                    .arg(XML_GetCurrentColumnNumber(_parser.get())));
+        if (isLast && !_isComplete) {
+            throw SyncException(QStringLiteral("the XML is empty"));
         }
     }
 
@@ -141,50 +136,76 @@ private:
             action(*document);
         } catch (...) {
             document->_failure = std::current_exception();
-            XML_StopParser(document->_parser.get(), XML_FALSE);
+            xmlStopParser(document->_parser.get());
         }
     }
 
-    static void _OnStart(void* self, const char* name, const char** /*attributes*/) {
-        _Handle(self, [name](Document& document) { document._StartElement(name); });
+    static void _OnStart(void* self, const xmlChar* local, const xmlChar* /*prefix*/, const xmlChar* nameSpace,
+                         int /*namespaceCount*/, const xmlChar** /*namespaces*/, int attributeCount,
+                         int /*defaultedCount*/, const xmlChar** attributes) {
+        _Handle(self, [=](Document& document) {
+            // Each is a name, a prefix, a namespace, and the start and end of a value.
+            for (int i = 0; i < attributeCount; ++i) {
+                _CheckTokenSize(static_cast<size_t>(attributes[5 * i + 4] - attributes[5 * i + 3]));
+            }
+            document._StartElement(local, nameSpace);
+        });
     }
 
-    static void _OnEnd(void* self, const char* /*name*/) {
+    static void _OnEnd(void* self, const xmlChar* /*local*/, const xmlChar* /*prefix*/, const xmlChar* /*nameSpace*/) {
         _Handle(self, [](Document& document) { document._EndElement(); });
     }
 
-    static void _OnText(void* self, const char* text, int size) {
-        _Handle(self, [text, size](Document& document) { document._TakeText(text, static_cast<size_t>(size)); });
+    static void _OnText(void* self, const xmlChar* text, int size) {
+        _Handle(self, [=](Document& document) { document._TakeText(Bytes(text), static_cast<size_t>(size)); });
     }
 
-    static void _OnDoctype(void* self, const char* /*name*/, const char* /*systemId*/, const char* /*publicId*/,
-                           int /*hasInternalSubset*/) {
+    static void _OnComment(void* self, const xmlChar* text) {
+        _Handle(self, [=](Document& /*document*/) { _CheckTokenSize(std::strlen(Bytes(text))); });
+    }
+
+    static void _OnInstruction(void* self, const xmlChar* /*target*/, const xmlChar* text) {
+        _Handle(self, [=](Document& /*document*/) { _CheckTokenSize(text == nullptr ? 0 : std::strlen(Bytes(text))); });
+    }
+
+    static void _OnDoctype(void* self, const xmlChar* /*name*/, const xmlChar* /*externalId*/,
+                           const xmlChar* /*systemId*/) {
         _Handle(self, [](Document& /*document*/) {
             throw SyncException(
                 QStringLiteral("the XML has a document type declaration, which could declare entities"));
         });
     }
 
-    static void _OnOther(void* self, const char* /*text*/, int /*size*/) {
-        _Handle(self, [](Document& document) { document._CheckTokenSize(); });
+    static void _OnError(void* self, xmlError* error) {
+        // A namespace is compared as it is, whether it is a good URI or not.
+        if (error->level == XML_ERR_WARNING || error->code == XML_WAR_NS_URI) {
+            return;
+        }
+        _Handle(self, [=](Document& document) {
+            const QString place = QStringLiteral("at line %1, column %2").arg(error->line).arg(error->int2);
+            if (document._isLast && !document._isComplete) {
+                throw SyncException(QStringLiteral("the XML is not complete, it ends ") + place);
+            }
+            throw SyncException(
+                QStringLiteral("the XML is broken %1: %2").arg(place, Printable(QByteArray(error->message).trimmed())));
+        });
     }
 
-    void _CheckTokenSize() const {
-        if (XML_GetCurrentByteCount(_parser.get()) > TokenLimit) {
+    static void _CheckTokenSize(size_t size) {
+        if (size > TokenLimit) {
             _FailOnTokenSize();
         }
     }
 
     [[noreturn]] static void _FailOnTokenSize() {
-        throw SyncException(QStringLiteral("the XML has a tag or a comment above %1 bytes").arg(TokenLimit));
+        throw SyncException(QStringLiteral("the XML has an attribute or a comment above %1 bytes").arg(TokenLimit));
     }
 
-    void _StartElement(const char* name) {
-        _CheckTokenSize();
+    void _StartElement(const xmlChar* local, const xmlChar* nameSpace) {
         if (_level == DepthLimit) {
             throw SyncException(QStringLiteral("the XML has elements nested deeper than %1").arg(DepthLimit));
         }
-        const Level next = _LevelOf(name);
+        const Level next = _LevelOf(local, nameSpace);
         switch (next.kind) {
             case Kind::Response:
                 _entry.Start();
@@ -205,13 +226,14 @@ private:
         _levels[++_level] = next;
     }
 
-    Level _LevelOf(const char* name) {
-        const ByteSlice local = DavName(name);
+    Level _LevelOf(const xmlChar* localName, const xmlChar* nameSpace) {
+        const bool isDav = nameSpace != nullptr && std::strcmp(Bytes(nameSpace), "DAV:") == 0;
+        const ByteSlice local = isDav ? ByteSlice{Bytes(localName), std::strlen(Bytes(localName))} : ByteSlice();
         switch (_levels[_level].kind) {
             case Kind::Document:
                 if (!Is(local, "multistatus")) {
-                    throw SyncException(
-                        QStringLiteral("the root of the XML is %1, not {DAV:}multistatus").arg(NameText(name)));
+                    throw SyncException(QStringLiteral("the root of the XML is %1, not {DAV:}multistatus")
+                                            .arg(NameText(localName, nameSpace)));
                 }
                 return {Kind::Multistatus};
             case Kind::Multistatus:
@@ -257,7 +279,6 @@ private:
     }
 
     void _EndElement() {
-        _CheckTokenSize();
         const Level ended = _levels[_level--];
         switch (ended.kind) {
             case Kind::Href:
@@ -276,6 +297,9 @@ private:
                 _entry.End();
                 _listing.Add(_entry);
                 break;
+            case Kind::Multistatus:
+                _isComplete = true;
+                break;
             default:
                 break;
         }
@@ -288,9 +312,10 @@ private:
         }
     }
 
-    std::unique_ptr<std::remove_pointer_t<XML_Parser>, ParserDeleter> _parser;
-    XML_Index _fed = 0;
+    std::unique_ptr<xmlParserCtxt, ParserDeleter> _parser;
     std::exception_ptr _failure;
+    bool _isLast = false;
+    bool _isComplete = false;
 
     // Where in the document the parser is; the first level is the document itself.
     std::array<Level, DepthLimit + 1> _levels = {{{Kind::Document}}};

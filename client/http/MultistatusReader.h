@@ -18,8 +18,8 @@ namespace http {
 /// not come before, and no status that says it could not be read; and when the asked resource is among the entries.
 /// Anything else throws a SyncException that says what is wrong, and nothing of the listing is handed out.
 ///
-/// Memory is bounded by the entry: an href above 16 KiB, a value above 64 KiB, values of one entry above 1 MiB, a tag
-/// or comment above 64 KiB and elements nested deeper than 64 are errors.
+/// Memory is bounded by the entry: an href above 16 KiB, a value above 64 KiB, values of one entry above 1 MiB, an
+/// attribute or a comment above 64 KiB and elements nested deeper than 64 are errors.
 ///
 /// A server that knows no class types is listed too: a collection is a folder and anything else a file, the item id is
 /// "path:" and the entry's key, and the resource id and the parent's are hashes of the keys, the same in every listing.

@@ -188,6 +188,18 @@ TEST(MultistatusReaderTest, SplitsPathsBeforeItDecodesThem) {
     EXPECT_EQ(result.collectionResponses.first().getFilename(), QStringLiteral("a%2Fb"));
 }
 
+TEST(MultistatusReaderTest, ReadsTheEncodingThatTheDocumentDeclares) {
+    EXPECT_EQ(Keys(ReadListing("latin1.xml").fileResponses),
+              QStringList{QString::fromUtf8("Projects/A/\xC3\xA9t\xC3\xA9.txt")});
+    const QString utf8 = QString::fromUtf8(FixtureBytes(QStringLiteral("listings/apache.xml")));
+    QString text = utf8;
+    text.replace(QLatin1String("utf-8"), QLatin1String("utf-16"));
+    const QByteArray utf16(reinterpret_cast<const char*>(text.utf16()), 2 * text.size());
+    EXPECT_EQ(Describe(ReadBytes("\xFF\xFE" + utf16)), Describe(ReadListing("apache.xml")));
+    const QByteArray byteOrderMark = "\xEF\xBB\xBF";
+    EXPECT_EQ(Describe(ReadBytes(byteOrderMark + utf8.toUtf8())), Describe(ReadListing("apache.xml")));
+}
+
 TEST(MultistatusReaderTest, MakesUpIdsThatAreTheSameInEveryListing) {
     const DAVPropfindResult folder = ReadListing("slashes.xml", QStringLiteral("/Projects/A/"), Tree);
     const DAVPropfindResponse file = folder.fileResponses.value(QStringLiteral("Projects/A/relative name.txt"));
@@ -299,7 +311,8 @@ INSTANTIATE_TEST_SUITE_P(
                     GoodListing{"iis.xml", "/Projects/A/"},
                     GoodListing{"sabre.xml", "/remote.php/dav/files/alice/Projects/A/"},
                     GoodListing{"drovane.xml", "/Projects/A/"}, GoodListing{"slashes.xml", "/Projects/A/"},
-                    GoodListing{"file.xml", "/Projects/A/b%20c.txt"}, GoodListing{"empty-folder.xml", "/Projects/A/"}),
+                    GoodListing{"latin1.xml", "/Projects/A/"}, GoodListing{"file.xml", "/Projects/A/b%20c.txt"},
+                    GoodListing{"empty-folder.xml", "/Projects/A/"}),
     [](const testing::TestParamInfo<GoodListing>& tested) {
         std::string name = tested.param.file;
         name.resize(name.find('.'));
@@ -339,9 +352,11 @@ TEST(MultistatusReaderTest, LimitsEndWhereTheyAreSaidToEnd) {
     EXPECT_THAT(read("bad/href-too-long", 16384 - prefix + 1), HasSubstr("above 16384 bytes"));
     EXPECT_EQ(read("bad/value-too-large", 65536), "no error");
     EXPECT_THAT(read("bad/value-too-large", 65537), HasSubstr("above 65536 bytes"));
-    const int commentMarks = static_cast<int>(qstrlen("<!--  -->"));
-    EXPECT_EQ(read("bad/comment-too-large", 65536 - commentMarks), "no error");
-    EXPECT_THAT(read("bad/comment-too-large", 65536 - commentMarks + 1), HasSubstr("comment above"));
+    // Around the filling there is a space on either side.
+    EXPECT_EQ(read("bad/comment-too-large", 65536 - 2), "no error");
+    EXPECT_THAT(read("bad/comment-too-large", 65536 - 1), HasSubstr("a comment above"));
+    EXPECT_EQ(read("bad/tag-too-large", 65536), "no error");
+    EXPECT_THAT(read("bad/tag-too-large", 65537), HasSubstr("an attribute"));
 }
 
 }  // namespace
