@@ -18,7 +18,7 @@ namespace http {
 class Exchange {
 public:
     using Headers = QList<QPair<QByteArray, QByteArray>>;
-    /// Names in lower case. Of a header that came more than once, the last.
+    /// Names in lower case. Of a header that came more than once, the values joined with ", ".
     using AnswerHeaders = QMap<QByteArray, QByteArray>;
 
     virtual ~Exchange() = default;

@@ -242,7 +242,18 @@ private:
         _headersHandedOn = true;
         _answer.status = _Status();
         _answer.contentType = _headers.value("content-type");
+        _CheckContentLength();
         _exchange->OnHeaders(_answer.status, _headers);
+    }
+
+    /// The HTTP library takes the last of several sizes, and with it a cut-off body for a whole one.
+    void _CheckContentLength() const {
+        const QList<QByteArray> sizes = _headers.value("content-length").split(',');
+        for (const QByteArray& size : sizes) {
+            if (size.trimmed() != sizes.first().trimmed()) {
+                throw sync::core::SyncException(QStringLiteral("the answer announces more than one size of its body"));
+            }
+        }
     }
 
     void _TakeHeaderLine(const QByteArray& line) {
@@ -257,7 +268,9 @@ private:
         const int colon = line.indexOf(':');
         // What follows the end is a trailer.
         if (colon > 0 && !_headersEnded) {
-            _headers.insert(line.left(colon).toLower(), line.mid(colon + 1).trimmed());
+            const QByteArray value = line.mid(colon + 1).trimmed();
+            QByteArray& all = _headers[line.left(colon).toLower()];
+            all = all.isEmpty() ? value : all + ", " + value;
         }
     }
 

@@ -64,6 +64,21 @@ const char* MultistatusEntry::NameOf(Property property) {
     return PropertyNames[property].text;
 }
 
+bool MultistatusEntry::IsOfService(const ByteSlice& localName) {
+    switch (PropertyNamed(localName)) {
+        case ContentLength:
+        case LastModified:
+        case CreationDate:
+            return false;
+        case PropertyCount: {
+            const PropertyName container = Name("syncproperties");
+            return localName.Is(container.text, container.size);
+        }
+        default:
+            return true;
+    }
+}
+
 void MultistatusEntry::Start() {
     _text.clear();
     _hrefCount = 0;

@@ -42,6 +42,8 @@ public:
     /// PropertyCount when there is none of that name.
     static Property PropertyNamed(const ByteSlice& localName);
     static const char* NameOf(Property property);
+    /// Whether `localName` is a property of the namespace DAV: that only the Drovane service knows.
+    static bool IsOfService(const ByteSlice& localName);
 
     void Start();
     void StartHref();

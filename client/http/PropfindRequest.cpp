@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 
 #include "client/http/DateReader.h"
+#include "client/http/MultistatusEntry.h"
 #include "client/http/Printable.h"
 #include "host/core/SyncException.h"
 
@@ -28,8 +29,9 @@ QStringList DefaultProperties() {
     };
 }
 
-/// The body of a PROPFIND that asks for `names`. Throws SyncException for a name that cannot be read.
-QByteArray PropfindBody(const QStringList& names) {
+/// The body of a PROPFIND that asks for `names`, with or without those that only the service knows. Throws
+/// SyncException for a name that cannot be read.
+QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
     // A namespace is a URI reference, and none of the characters left out here can stand in one.
     static const QRegularExpression nameForm(QStringLiteral(
         "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
@@ -46,6 +48,11 @@ QByteArray PropfindBody(const QStringList& names) {
         }
         const QString nameSpace = match.captured(1);
         const QString localName = match.captured(3);
+        const QByteArray localBytes = localName.toLatin1();
+        if (standardOnly && nameSpace == davNamespace &&
+            MultistatusEntry::IsOfService({localBytes.constData(), static_cast<size_t>(localBytes.size())})) {
+            continue;
+        }
         QString declaration;
         if (!namespaces.contains(prefix)) {
             namespaces.insert(prefix, nameSpace);
@@ -78,7 +85,7 @@ bool IsXml(const QByteArray& contentType) {
 }  // namespace
 
 PropfindRequest::PropfindRequest(const QUrl& url, Depth depth)
-    : _url(url), _depth(depth), _body(PropfindBody(DefaultProperties())) {}
+    : _url(url), _depth(depth), _names(DefaultProperties()) {}
 
 PropfindRequest::~PropfindRequest() = default;
 
@@ -95,7 +102,8 @@ void PropfindRequest::SetModifiedSinceTime(const QDateTime& time) {
 }
 
 void PropfindRequest::SetProperties(const QStringList& names) {
-    _body = PropfindBody(names);
+    PropfindBody(names, false);
+    _names = names;
 }
 
 std::shared_ptr<DAVPropfindResult> PropfindRequest::GetResult() {
@@ -123,7 +131,7 @@ Exchange::Headers PropfindRequest::RequestHeaders() const {
 }
 
 QByteArray PropfindRequest::RequestBody() const {
-    return _body;
+    return PropfindBody(_names, _standardOnly);
 }
 
 void PropfindRequest::OnStart() {

@@ -24,6 +24,11 @@ public:
     PropfindRequest(const QUrl& url, Depth depth);
     ~PropfindRequest() override;
 
+    /// Whether the request lists what lies in a collection.
+    bool IsListing() const { return _depth != Resource; }
+    /// Whether the properties that only the service knows are left out. They are not, unless set.
+    void SetStandardPropertiesOnly(bool standardOnly) { _standardOnly = standardOnly; }
+
     int GetStatusCode() override;
     QUrl GetUrl() override;
 
@@ -45,7 +50,8 @@ private:
     const QUrl _url;
     const Depth _depth;
     QByteArray _modifiedSince;
-    QByteArray _body;
+    QStringList _names;
+    bool _standardOnly = false;
 
     int _status = 0;
     QDateTime _serverTime;

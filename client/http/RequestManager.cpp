@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "client/http/Exchange.h"
+#include "client/http/PropfindRequest.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -30,6 +31,10 @@ void RequestManager::Execute(const QList<std::shared_ptr<IHttpRequest>>& request
     for (int i = 0; i < requests.size(); ++i) {
         const std::shared_ptr<IHttpRequest>& request = requests[i];
         try {
+            auto* const propfind = dynamic_cast<PropfindRequest*>(request.get());
+            if (propfind != nullptr && propfind->IsListing()) {
+                propfind->SetStandardPropertiesOnly(_capabilities.IsForeign(propfind->Url()));
+            }
             _session.Perform(*exchanges[static_cast<size_t>(i)]);
         } catch (...) {
             Q_EMIT request->RequestCompleted(request, IHttpRequest::StateFailed);

@@ -6,6 +6,7 @@
 
 #include "client/http/HttpSession.h"
 #include "client/http/HttpSessionSettings.h"
+#include "client/http/ServerCapabilities.h"
 #include "host/interfaces/IRequestManager.h"
 #include "host/interfaces/factory/IRequestAuthenticatorFactory.h"
 
@@ -13,6 +14,9 @@ namespace ovsync {
 namespace http {
 
 /// Executes the requests that a HttpFactory made, one after the other, over one HttpSession. Not thread-safe.
+///
+/// Before the first listing from a server it asks the server by OPTIONS what it knows; listings from a server that is
+/// not the service leave out the properties that only the service knows.
 ///
 /// How an answer is never taken for less than it is: the library that asks looks at the status and at the result of a
 /// request, and takes a request without a result for an empty listing. So nothing reaches it that is neither a failure
@@ -36,6 +40,7 @@ public:
 
 private:
     HttpSession _session;
+    ServerCapabilities _capabilities{_session};
 };
 
 }  // namespace http

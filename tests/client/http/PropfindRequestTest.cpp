@@ -64,6 +64,21 @@ TEST_F(PropfindRequestTest, AsksForTheGivenPropertiesAndTheResourceType) {
     EXPECT_EQ(BodyFor({}), "<D:propfind xmlns:D=\"DAV:\"><D:prop><D:resourcetype/></D:prop></D:propfind>");
 }
 
+TEST_F(PropfindRequestTest, LeavesOutWhatOnlyTheServiceKnows) {
+    QStringList names;
+    for (const char* name :
+         {"getcontentlength", "getcontenttype",    "getetag",        "getlastmodified",  "creationdate",
+          "displayname",      "resourceclasstype", "syncproperties", "resourceid",       "parentid",
+          "version",          "versionid",         "itemid",         "ownerid",          "privileges",
+          "visibility",       "checksummd5",       "syncoption",     "linksextractedat", "attribute"}) {
+        names += QLatin1String("{DAV:}D:") + QLatin1String(name);
+    }
+    request.SetStandardPropertiesOnly(true);
+    EXPECT_EQ(BodyFor(names),
+              "<D:propfind xmlns:D=\"DAV:\"><D:prop><D:resourcetype/><D:getcontentlength/><D:getcontenttype/>"
+              "<D:getetag/><D:getlastmodified/><D:creationdate/><D:displayname/></D:prop></D:propfind>");
+}
+
 TEST_F(PropfindRequestTest, DeclaresEveryNamespaceOnce) {
     EXPECT_EQ(BodyFor({QStringLiteral("{http://x/?a&b}Z:one"), QStringLiteral("{http://x/?a&b}Z:two"),
                        QStringLiteral("{urn:y}Z:three"), QStringLiteral("{urn:y}D:resourcetype")}),

@@ -34,6 +34,15 @@ std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPr
     return HttpFactory().CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
 }
 
+ScriptedServer::Step AnswerOf(const QString& fixture) {
+    return ScriptedServer::Answer(FixtureAnswer(fixture).Bytes());
+}
+
+/// What a server is asked before its first listing.
+ScriptedServer::Step OptionsStep() {
+    return AnswerOf(QStringLiteral("statuses/options-service-200"));
+}
+
 class RequestManagerTest : public testing::Test {
 protected:
     /// "" when nothing was thrown.
@@ -59,7 +68,7 @@ protected:
 };
 
 TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
-    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
     const auto request = RequestOf(server.Url(FolderPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     ASSERT_TRUE(request->GetResult());
@@ -70,18 +79,18 @@ TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
 
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
-    EXPECT_EQ(server.Requests().first().method, "PROPFIND");
-    EXPECT_EQ(server.Requests().first().target, "/Projects/A/");
-    EXPECT_EQ(server.Requests().first().headers.value("depth"), "1");
-    EXPECT_TRUE(server.Requests().first().headers.value("user-agent").startsWith("ovsync/"));
-    EXPECT_FALSE(server.Requests().first().headers.contains("expect"));
-    EXPECT_FALSE(server.Requests().first().headers.contains("authorization"));
-    EXPECT_TRUE(server.Requests().first().body.contains("<P:syncproperties/>"));
+    EXPECT_EQ(server.Requests().last().method, "PROPFIND");
+    EXPECT_EQ(server.Requests().last().target, "/Projects/A/");
+    EXPECT_EQ(server.Requests().last().headers.value("depth"), "1");
+    EXPECT_TRUE(server.Requests().last().headers.value("user-agent").startsWith("ovsync/"));
+    EXPECT_FALSE(server.Requests().last().headers.contains("expect"));
+    EXPECT_FALSE(server.Requests().last().headers.contains("authorization"));
+    EXPECT_TRUE(server.Requests().last().body.contains("<P:syncproperties/>"));
 }
 
 TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
-    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
-                           ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/found-302")).Bytes()),
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           AnswerOf(QStringLiteral("bad/found-302")),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
     const auto first = RequestOf(server.Url(FolderPath));
     const auto second = RequestOf(server.Url(QStringLiteral("/B/")));
@@ -93,13 +102,13 @@ TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
 
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
-    EXPECT_EQ(server.Requests().value(1).target, "/B/");
+    EXPECT_EQ(server.Requests().value(2).target, "/B/");
     EXPECT_EQ(server.Requests().last().connection, 1);
 }
 
 TEST_F(RequestManagerTest, ARequestThatIsExecutedAgainForgetsItsFirstAnswer) {
-    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
-                           ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/entry-forbidden")).Bytes())});
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           AnswerOf(QStringLiteral("bad/entry-forbidden"))});
     const auto request = RequestOf(server.Url(FolderPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_TRUE(request->GetResult());
@@ -110,7 +119,7 @@ TEST_F(RequestManagerTest, ARequestThatIsExecutedAgainForgetsItsFirstAnswer) {
 TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
     for (const char* name : {"bad-request-400", "forbidden-403", "not-found-404", "locked-423", "broken-500"}) {
         const QByteArray answer = FixtureAnswer(QStringLiteral("statuses/") + QLatin1String(name)).Bytes();
-        ScriptedServer server({ScriptedServer::Answer(answer)});
+        ScriptedServer server({OptionsStep(), ScriptedServer::Answer(answer)});
         const auto request = RequestOf(server.Url(FolderPath));
         EXPECT_EQ(ErrorOfExecuting({request}), "");
         EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
@@ -124,7 +133,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
 }
 
 TEST_F(RequestManagerTest, FollowsNoRedirect) {
-    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/found-302")).Bytes())});
+    ScriptedServer server({OptionsStep(), AnswerOf(QStringLiteral("bad/found-302"))});
     const auto request = RequestOf(server.Url(FolderPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_EQ(request->GetStatusCode(), 302);
@@ -134,14 +143,14 @@ TEST_F(RequestManagerTest, FollowsNoRedirect) {
 }
 
 TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
-    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/not-modified-304")).Bytes())});
+    ScriptedServer server({OptionsStep(), AnswerOf(QStringLiteral("bad/not-modified-304"))});
     const auto request = RequestOf(server.Url(FolderPath));
     request->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_EQ(request->GetStatusCode(), 304);
     EXPECT_FALSE(request->GetResult());
     server.Stop();
-    EXPECT_EQ(server.Requests().first().headers.value("if-modified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
+    EXPECT_EQ(server.Requests().last().headers.value("if-modified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
 }
 
 TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
@@ -162,7 +171,7 @@ TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
 }
 
 TEST_F(RequestManagerTest, StopsAtTheFirstAnswerThatIsNone) {
-    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/no-entries")).Bytes())});
+    ScriptedServer server({OptionsStep(), AnswerOf(QStringLiteral("bad/no-entries"))});
     const auto second = RequestOf(server.Url(FolderPath));
     EXPECT_NE(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), second}), "");
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
@@ -177,11 +186,67 @@ TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
         const ScriptedServer gone({});
         url = gone.Url(FolderPath);
     }
-    const auto request = RequestOf(url);
+    const auto request = RequestOf(url, DAVPropfindRequest::Resource);
     EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
                                                    HasSubstr("Failed to connect"), HasSubstr("no answer")));
     EXPECT_EQ(request->GetStatusCode(), 0);
     EXPECT_EQ(manager.LastAnswer(), QStringLiteral("no answer"));
+}
+
+TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), RequestOf(server.Url(FolderPath), 2)}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().first().method, "OPTIONS");
+    EXPECT_EQ(server.Requests().first().target, "/Projects/A/");
+    EXPECT_EQ(server.Requests().last().connection, 1);
+}
+
+TEST_F(RequestManagerTest, AsksNothingBeforeASingleResource) {
+    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("empty-folder.xml")))});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath), 0)}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_TRUE(server.Requests().last().body.contains("syncproperties"));
+}
+
+TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOnly) {
+    ScriptedServer server({AnswerOf(QStringLiteral("statuses/options-foreign-200")),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+    const auto second = RequestOf(server.Url(FolderPath));
+    second->SetProperties({QStringLiteral("{DAV:}P:version"), QStringLiteral("{DAV:}D:getetag"),
+                           QStringLiteral("{urn:other}O:version"), QStringLiteral("{DAV:}P:attribute")});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), second}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_THAT(
+        server.Requests().value(1).body.toStdString(),
+        HasSubstr("<D:prop><D:resourcetype/><P:getcontentlength/><D:getlastmodified/><D:creationdate/></D:prop>"));
+    EXPECT_THAT(server.Requests().value(2).body.toStdString(),
+                HasSubstr("<D:prop><D:resourcetype/><D:getetag/><O:version/></D:prop>"));
+}
+
+TEST_F(RequestManagerTest, AsksEveryOtherServerForEverything) {
+    for (const char* options : {"options-service-200", "options-service-in-two-headers-200", "options-silent-200",
+                                "options-foreign-405", "not-found-404"}) {
+        ScriptedServer server({AnswerOf(QLatin1String("statuses/") + QLatin1String(options)),
+                               ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+        EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath))}), "") << options;
+        server.Stop();
+        EXPECT_TRUE(server.Requests().last().body.contains("<P:resourceclasstype/><P:syncproperties/>")) << options;
+    }
+}
+
+TEST_F(RequestManagerTest, ListsNothingFromAServerThatDoesNotAnswerWhatItKnows) {
+    ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Close)});
+    const auto request = RequestOf(server.Url(FolderPath));
+    EXPECT_THAT(ErrorOfExecuting({request}), HasSubstr("/Projects/A/ failed: Empty reply"));
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
 }
 
 class BadAnswerTest : public RequestManagerTest, public testing::WithParamInterface<BadAnswer> {};
@@ -189,7 +254,11 @@ class BadAnswerTest : public RequestManagerTest, public testing::WithParamInterf
 TEST_P(BadAnswerTest, EndsInAnErrorThatSaysWhatCame) {
     const BadAnswer& bad = GetParam();
     const RawAnswer answer = FixtureAnswer(FixtureNameOf(bad), bad.fillSize);
-    ScriptedServer server({ScriptedServer::Answer(answer.Bytes(), bad.ending)});
+    QList<ScriptedServer::Step> steps{ScriptedServer::Answer(answer.Bytes(), bad.ending)};
+    if (bad.depth > 0) {
+        steps.prepend(OptionsStep());
+    }
+    ScriptedServer server(steps);
     const auto request = RequestOf(server.Url(FolderPath), bad.depth);
     const std::string error = ErrorOfExecuting({request});
 

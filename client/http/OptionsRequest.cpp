@@ -1,0 +1,44 @@
+#include "client/http/OptionsRequest.h"
+
+namespace ovsync {
+namespace http {
+
+OptionsRequest::OptionsRequest(const QUrl& url) : _url(url) {}
+
+QByteArray OptionsRequest::Method() const {
+    return "OPTIONS";
+}
+
+QUrl OptionsRequest::Url() const {
+    return _url;
+}
+
+Exchange::Headers OptionsRequest::RequestHeaders() const {
+    return {};
+}
+
+QByteArray OptionsRequest::RequestBody() const {
+    return QByteArray();
+}
+
+void OptionsRequest::OnStart() {
+    _status = 0;
+    _davTokens.clear();
+}
+
+void OptionsRequest::OnHeaders(int status, const AnswerHeaders& headers) {
+    _status = status;
+    const QList<QByteArray> tokens = headers.value("dav").toLower().split(',');
+    for (const QByteArray& token : tokens) {
+        if (!token.trimmed().isEmpty()) {
+            _davTokens.append(token.trimmed());
+        }
+    }
+}
+
+void OptionsRequest::OnBody(const char* /*bytes*/, size_t /*size*/) {}
+
+void OptionsRequest::OnEnd() {}
+
+}  // namespace http
+}  // namespace ovsync
