@@ -1,6 +1,7 @@
 #include "client/cli/FileFormat.h"
 
 #include <QStringList>
+#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -27,8 +28,21 @@ QByteArray SizeText(const FileConfiguration& file) {
     return size ? QByteArray::number(*size) : QByteArrayLiteral(">=4294967295");
 }
 
+// By hand, because QDateTime::toString made a sixth of the cost of a long listing.
 QByteArray DateText(const QDateTime& date) {
-    return date.isValid() ? date.toUTC().toString(Qt::ISODate).toLatin1() : QByteArray();
+    if (!date.isValid()) {
+        return QByteArray();
+    }
+    const QDateTime utc = date.toUTC();
+    const QTime time = utc.time();
+    int year = 0;
+    int month = 0;
+    int day = 0;
+    utc.date().getDate(&year, &month, &day);
+    char text[48];
+    const int size = std::snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02dZ", year, month, day, time.hour(),
+                                   time.minute(), time.second());
+    return QByteArray(text, size);
 }
 
 QString Property(const FileConfiguration& file, const char* name) {

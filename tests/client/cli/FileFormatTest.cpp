@@ -37,6 +37,12 @@ TEST(FileFormatTest, ALongLineHasSizeDateVersionAndName) {
               QByteArray("        1234  2025-11-20T10:15:30Z     7  r\xC3\xA9sum\xC3\xA9.pdf\n"));
 }
 
+TEST(FileFormatTest, DatesAreShownInUtcWhateverTheirZone) {
+    FileConfiguration file = File();
+    file.lastModifiedDate = QDateTime(QDate(2024, 2, 29), QTime(1, 2, 3), Qt::OffsetFromUTC, 2 * 60 * 60);
+    EXPECT_TRUE(LongLine(file, Output()).contains("  2024-02-28T23:02:03Z  "));
+}
+
 TEST(FileFormatTest, ALongLineOfAServerWithoutVersionsAndDatesHasDashes) {
     FileConfiguration file = File();
     file.lastModifiedDate = QDateTime();
