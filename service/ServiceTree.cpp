@@ -32,6 +32,12 @@ void Observe(Resource& resource, const ContentStore::Entry& found) {
     resource.modified = found.modified;
 }
 
+void Observe(Resource& resource, const UploadFile& upload) {
+    resource.size = upload.Size();
+    resource.modified = upload.Modified();
+    resource.md5 = upload.Checksum();
+}
+
 }  // namespace
 
 ServiceTree::ServiceTree(const std::string& directory, const std::string& owner)
@@ -256,6 +262,7 @@ std::unique_ptr<UploadFile> ServiceTree::NewUpload() {
 
 std::pair<Resource, bool> ServiceTree::Put(const std::string& path, UploadFile& upload, const std::string& user,
                                            const Preconditions& preconditions) {
+    upload.Sync();
     upload.Finish();
     const std::lock_guard lock(_mutex);
     if (path.empty()) {
@@ -271,9 +278,7 @@ std::pair<Resource, bool> ServiceTree::Put(const std::string& path, UploadFile& 
 
     Resource resource = existing.value_or(_New(parent, LastSegment(path), user, false));
     resource.version += existing ? 1 : 0;
-    resource.size = upload.Size();
-    resource.modified = upload.Modified();
-    resource.md5 = upload.Checksum();
+    Observe(resource, upload);
     resource.changed = _clock.Now();
     std::vector<Rename> steps;
     const std::string old = _content.WorkPath();
@@ -354,6 +359,7 @@ void ServiceTree::_CopyContent(Listing& source, const std::string& target) {
         } else {
             const auto copy = _content.MakeFile(copyPath);
             copy->Fill(_content.Open(path).Get());
+            copy->Sync();
             copy->Finish();
             copy->Keep();
             resource.md5 = copy->Checksum();
@@ -499,7 +505,7 @@ void ServiceTree::Seed(const std::string& path, std::int64_t count) {
     if (!_content.Find(path)) {
         _content.MakeFolder(path);
     }
-    const Resource folder = _Existing(path);
+    Resource folder = _Existing(path);
     if (!folder.collection) {
         throw std::runtime_error("'" + path + "' is no folder");
     }
@@ -507,22 +513,23 @@ void ServiceTree::Seed(const std::string& path, std::int64_t count) {
     for (const Listing::Entry& entry : _List(path, folder, Request::Depth::One).entries) {
         present.insert(entry.resource.name);
     }
+    MetadataStore::Transaction transaction(_metadata);
+    bool anyMade = false;
     for (std::int64_t i = 1; i <= count; ++i) {
         const std::string name = SeedName(i);
         if (present.count(name) == 0) {
+            anyMade = true;
             const auto file = _content.MakeFile(ChildPath(path, name));
             file->Write(name);
+            file->Finish();
             file->Keep();
+            Resource resource = _New(folder, name, _owner, false);
+            Observe(resource, *file);
+            _metadata.Insert(resource);
         }
     }
-    // Makes the metadata in one transaction.
-    Listing listing = _List(path, _Existing(path), Request::Depth::One);
-    MetadataStore::Transaction transaction(_metadata);
-    for (Listing::Entry& entry : listing.entries) {
-        if (entry.resource.md5.empty()) {
-            CompleteChecksum(entry);
-            _metadata.SetChecksum(entry.resource);
-        }
+    if (anyMade) {
+        _ChildrenChanged(folder, path);
     }
     transaction.Commit();
 }

@@ -50,9 +50,15 @@ void UploadFile::Fill(int source) {
     }
 }
 
+void UploadFile::Sync() {
+    if (fsync(_file.Get()) != 0) {
+        throw std::system_error(errno, std::generic_category(), "Cannot write the file " + _path);
+    }
+}
+
 void UploadFile::Finish() {
     struct stat status {};
-    if (fsync(_file.Get()) != 0 || fstat(_file.Get(), &status) != 0) {
+    if (fstat(_file.Get(), &status) != 0) {
         throw std::system_error(errno, std::generic_category(), "Cannot write the file " + _path);
     }
     _size = status.st_size;

@@ -28,7 +28,10 @@ public:
     /// The file stays when this object goes.
     void Keep() { _keep = true; }
 
-    /// Brings everything onto the disk; the operations below are defined after it.
+    /// Brings everything onto the disk.
+    void Sync();
+
+    /// Nothing is written any more; the operations below are defined after it.
     void Finish();
 
     const std::string& Path() const { return _path; }
