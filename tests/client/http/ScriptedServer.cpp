@@ -7,7 +7,9 @@
 #include <QSslSocket>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <chrono>
 #include <future>
+#include <memory>
 
 namespace ovsync {
 namespace http {
@@ -55,7 +57,7 @@ ScriptedServer::ScriptedServer(const QList<Step>& steps, const Certificate& cert
     : _steps(steps), _certificate(certificate) {
     std::promise<quint16> port;
     std::future<quint16> listening = port.get_future();
-    _thread.reset(QThread::create([this, &port] {
+    _thread = std::thread([this, &port] {
         ListeningServer server(_certificate);
         server.listen(QHostAddress::LocalHost);
         port.set_value(server.serverPort());
@@ -66,8 +68,7 @@ ScriptedServer::ScriptedServer(const QList<Step>& steps, const Certificate& cert
                 _ServeConnection(*socket);
             }
         }
-    }));
-    _thread->start();
+    });
     _port = listening.get();
 }
 
@@ -89,7 +90,9 @@ QUrl ScriptedServer::Url(const QString& path) const {
 
 void ScriptedServer::Stop() {
     _stopping = true;
-    _thread->wait();
+    if (_thread.joinable()) {
+        _thread.join();
+    }
 }
 
 void ScriptedServer::_ServeConnection(QTcpSocket& socket) {
@@ -166,7 +169,7 @@ void ScriptedServer::_Send(QTcpSocket& socket, const Step& step, const QByteArra
         socket.write(bytes.mid(sent, pieceSize));
         while (socket.bytesToWrite() > 0 && socket.waitForBytesWritten(1000)) {
         }
-        QThread::msleep(static_cast<unsigned long>(step.millisecondsPerByte));
+        std::this_thread::sleep_for(std::chrono::milliseconds(step.millisecondsPerByte));
     }
 }
 

@@ -4,11 +4,10 @@
 #include <QList>
 #include <QMap>
 #include <QString>
-#include <QThread>
 #include <QUrl>
 #include <atomic>
 #include <functional>
-#include <memory>
+#include <thread>
 
 class QTcpSocket;
 
@@ -74,7 +73,7 @@ private:
     int _connections = 0;
     int _unexpectedRequests = 0;
     QList<Request> _requests;
-    std::unique_ptr<QThread> _thread;
+    std::thread _thread;
 };
 
 }  // namespace http
