@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <map>
@@ -18,8 +20,20 @@
 namespace service {
 namespace {
 
-constexpr const char* allow = "OPTIONS, GET, HEAD, PUT, DELETE, MKCOL, COPY, MOVE, PROPFIND, PROPPATCH";
+constexpr int notAllowed = 405;
+constexpr std::array<const char*, 10> methods{"OPTIONS", "GET",  "HEAD", "PUT",      "DELETE",
+                                              "MKCOL",   "COPY", "MOVE", "PROPFIND", "PROPPATCH"};
 constexpr const char* xmlType = "application/xml; charset=\"utf-8\"";
+
+std::string AllMethodsBut(const std::string& refused) {
+    std::string list;
+    for (const char* method : methods) {
+        if (method != refused) {
+            list += (list.empty() ? "" : ", ") + std::string(method);
+        }
+    }
+    return list;
+}
 
 int StatusOf(const std::system_error& error) {
     switch (error.code().value()) {
@@ -86,7 +100,7 @@ bool IsCurrent(const Request& request, const Resource& resource) {
 }  // namespace
 
 bool WebDavService::Knows(const std::string& method) {
-    return !method.empty() && (std::string(", ") + allow + ",").find(", " + method + ",") != std::string::npos;
+    return std::find(methods.begin(), methods.end(), method) != methods.end();
 }
 
 Answer WebDavService::Text(int status, const std::string& text) {
@@ -101,7 +115,11 @@ Answer WebDavService::Handle(Request& request) {
     try {
         return _Dispatch(request);
     } catch (...) {
-        return Failure();
+        Answer answer = Failure();
+        if (answer.status == notAllowed) {
+            answer.headers.emplace_back("Allow", AllMethodsBut(request.method));
+        }
+        return answer;
     }
 }
 
@@ -109,11 +127,7 @@ Answer WebDavService::Failure() {
     try {
         throw;
     } catch (const HttpError& error) {
-        Answer answer = Text(error.Status(), error.what());
-        if (error.Status() == 405) {
-            answer.headers.emplace_back("Allow", allow);
-        }
-        return answer;
+        return Text(error.Status(), error.what());
     } catch (const std::system_error& error) {
         return Text(StatusOf(error), error.what());
     } catch (const std::exception& error) {
@@ -131,7 +145,7 @@ Answer WebDavService::_Dispatch(Request& request) {
     };
     const auto operation = operations.find(request.method);
     if (operation == operations.end()) {
-        throw HttpError(405, "The service does not know the method " + request.method);
+        throw HttpError(notAllowed, "The service does not know the method " + request.method);
     }
     return (this->*operation->second)(request);
 }
@@ -141,7 +155,7 @@ Answer WebDavService::_Options(Request& request) {
         request.Path();
     }
     Answer answer;
-    answer.headers = {{"DAV", "1"}, {"Allow", allow}, {"MS-Author-Via", "DAV"}};
+    answer.headers = {{"DAV", "1"}, {"Allow", AllMethodsBut("")}, {"MS-Author-Via", "DAV"}};
     return answer;
 }
 
@@ -192,7 +206,7 @@ Answer WebDavService::_Put(Request& request) {
     }
     const std::string path = request.Path();
     if (request.target.back() == '/') {
-        throw HttpError(409, "The URL ends in '/', but what is put is a file");
+        throw HttpError(notAllowed, "The URL ends in '/', so it is that of a collection");
     }
     const auto [resource, isNew] = _tree.Put(path, *request.upload, request.user, Preconditions(request));
     Answer answer;

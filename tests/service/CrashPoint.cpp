@@ -21,18 +21,13 @@ void Count() {
     }
 }
 
-template <typename Function>
-Function* Real(Function* /*sameType*/, const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
 }  // namespace
 
-#define COUNTED(result, name, parameters, arguments)                                       \
-    extern "C" __attribute__((visibility("default"))) result name parameters {             \
-        static auto* const real = Real(static_cast<result(*) parameters>(nullptr), #name); \
-        Count();                                                                           \
-        return real arguments;                                                             \
+#define COUNTED(result, name, parameters, arguments)                                            \
+    extern "C" __attribute__((visibility("default"))) result name parameters {                  \
+        static auto* const real = reinterpret_cast<decltype(&(name))>(dlsym(RTLD_NEXT, #name)); \
+        Count();                                                                                \
+        return real arguments;                                                                  \
     }
 
 COUNTED(int, renameat, (int a, const char* b, int c, const char* d), (a, b, c, d))

@@ -68,9 +68,12 @@ TEST_F(MethodsTest, PutTakesALargeFileAsItIs) {
 TEST_F(MethodsTest, PutIsRefusedWhereNoFileCanBe) {
     Status("MKCOL", "/folder");
     Status("PUT", "/file", {}, "x");
-    EXPECT_EQ(Status("PUT", "/folder", {}, "x"), 405);
-    EXPECT_EQ(Status("PUT", "/", {}, "x"), 409);
-    EXPECT_EQ(Status("PUT", "/new/", {}, "x"), 409);
+    const auto refused = Send("PUT", "/folder", {}, "x");
+    EXPECT_EQ(refused.status, 405);
+    EXPECT_EQ(refused.headers.at("allow"), "OPTIONS, GET, HEAD, DELETE, MKCOL, COPY, MOVE, PROPFIND, PROPPATCH");
+    EXPECT_EQ(Status("PUT", "/folder/", {}, "x"), 405);
+    EXPECT_EQ(Status("PUT", "/", {}, "x"), 405);
+    EXPECT_EQ(Status("PUT", "/new/", {}, "x"), 405);
     EXPECT_EQ(Status("PUT", "/absent/file", {}, "x"), 409);
     EXPECT_EQ(Status("PUT", "/file/file", {}, "x"), 409);
     EXPECT_EQ(Status("PUT", "/part", {"Content-Range: bytes 0-0/2"}, "x"), 400);

@@ -7,7 +7,7 @@ mkdir "$folder/served"
 "$program" "$folder/served" --port 0 >"$folder/output" &
 service=$!
 trap 'kill "$service" 2>/dev/null || :; wait "$service" 2>/dev/null || :; rm -rf "$folder"' EXIT
-until grep -q '^Serving ' "$folder/output"; do
+until grep -qs '^Serving ' "$folder/output"; do
     kill -0 "$service"
     sleep 0.05
 done
