@@ -12,7 +12,8 @@ namespace service {
 /// What the service answers to one request.
 struct Answer {
     int status = 200;
-    /// All headers but Content-Length, which follows from the body. A name occurs at most once.
+    /// A name occurs at most once. Content-Length follows from the body, unless it is among these: then the body is
+    /// sent as it is, however long, and the connection closed.
     std::vector<std::pair<std::string, std::string>> headers;
     /// Null is an empty body.
     std::unique_ptr<Body> body;

@@ -66,10 +66,10 @@ std::uint16_t PortOf(int listener) {
     return ntohs(address.sin_port);
 }
 
-std::string Drain(Body* body) {
+std::string Drain(Body& body) {
     std::string text;
     std::string block(blockSize, '\0');
-    while (const std::size_t count = body == nullptr ? 0 : body->Read(block.data(), block.size())) {
+    while (const std::size_t count = body.Read(block.data(), block.size())) {
         text.append(block, 0, count);
     }
     return text;
@@ -272,6 +272,9 @@ Answer HttpServer::_Instead(const Fault& fault, const Request& request) {
 }
 
 Answer HttpServer::_Spoilt(Answer answer, const Fault& fault, MHD_Connection* connection) {
+    if (!answer.body) {
+        return answer;
+    }
     if (fault.kind == Fault::Kind::ContentType) {
         for (auto& [name, value] : answer.headers) {
             if (name == "Content-Type") {
@@ -279,12 +282,11 @@ Answer HttpServer::_Spoilt(Answer answer, const Fault& fault, MHD_Connection* co
             }
         }
     } else if (fault.kind == Fault::Kind::ContentLength) {
-        std::string text = Drain(answer.body.get());
+        std::string text = Drain(*answer.body);
         const std::int64_t announced = static_cast<std::int64_t>(text.size()) + fault.number;
         answer.headers.emplace_back("Content-Length", std::to_string(std::max<std::int64_t>(announced, 0)));
-        answer.headers.emplace_back("Connection", "close");
         answer.body = std::make_unique<TextBody>(std::move(text));
-    } else if (answer.body) {
+    } else {
         const auto reset = [this, socket = Socket(connection)] { ResetConnection(socket, _stop); };
         answer.body = std::make_unique<FaultyBody>(std::move(answer.body), fault, reset, _stop);
     }
@@ -295,12 +297,21 @@ bool HttpServer::_Send(MHD_Connection* connection, Answer answer) {
     const auto release = [](MHD_Response* made) { MHD_destroy_response(made); };
     std::unique_ptr<MHD_Response, decltype(release)> response(nullptr, release);
     if (answer.body) {
-        const std::uint64_t size = answer.body->Size().value_or(MHD_SIZE_UNKNOWN);
+        const bool lies = std::any_of(answer.headers.begin(), answer.headers.end(),
+                                      [](const auto& header) { return header.first == "Content-Length"; });
+        const std::uint64_t size = lies ? MHD_SIZE_UNKNOWN : answer.body->Size().value_or(MHD_SIZE_UNKNOWN);
         response.reset(MHD_create_response_from_callback(size, blockSize, &Callbacks::ReadBody, answer.body.get(),
                                                          &Callbacks::FreeBody));
         if (response != nullptr) {
             // The response has it now.
             static_cast<void>(answer.body.release());
+        }
+        if (lies) {
+            // Keeps the library from announcing the true length, or chunks, beside it.
+            MHD_set_response_options(response.get(),
+                                     static_cast<MHD_ResponseFlags>(MHD_RF_INSANITY_HEADER_CONTENT_LENGTH |
+                                                                    MHD_RF_HTTP_1_0_COMPATIBLE_STRICT),
+                                     MHD_RO_END);
         }
     } else {
         response.reset(MHD_create_response_from_buffer(0, nullptr, MHD_RESPMEM_PERSISTENT));
@@ -309,9 +320,6 @@ bool HttpServer::_Send(MHD_Connection* connection, Answer answer) {
         return false;
     }
     for (const auto& [name, value] : answer.headers) {
-        if (name == "Content-Length") {
-            MHD_set_response_options(response.get(), MHD_RF_INSANITY_HEADER_CONTENT_LENGTH, MHD_RO_END);
-        }
         MHD_add_response_header(response.get(), name.c_str(), value.c_str());
     }
     return MHD_queue_response(connection, static_cast<unsigned>(answer.status), response.get()) == MHD_YES;

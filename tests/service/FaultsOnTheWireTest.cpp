@@ -200,11 +200,13 @@ TEST(FaultOnTheWire, ContentLengthIsTooLargeOrTooSmall) {
     const std::string tooShort = larger.Get();
     EXPECT_THAT(tooShort, HasSubstr("Content-Length: 20\r\n"));
     EXPECT_EQ(BodyOf(tooShort), content);
+    EXPECT_EQ(tooShort.find("Content-Length"), tooShort.rfind("Content-Length"));
     EXPECT_EQ(larger.End(), Ending::Closed);
     FaultyService smaller({"content-length=-4"});
     const std::string tooLong = smaller.Get();
     EXPECT_THAT(tooLong, HasSubstr("Content-Length: 6\r\n"));
     EXPECT_EQ(BodyOf(tooLong), content);
+    EXPECT_EQ(tooLong.find("Content-Length"), tooLong.rfind("Content-Length"));
     const std::string listing = smaller.List();
     EXPECT_THAT(listing, HasSubstr("Content-Length: " + std::to_string(BodyOf(listing).size() - 4) + "\r\n"));
     EXPECT_THAT(listing, Not(HasSubstr("chunked")));
