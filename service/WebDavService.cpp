@@ -6,6 +6,7 @@
 #include <array>
 #include <cerrno>
 #include <charconv>
+#include <limits>
 #include <map>
 #include <system_error>
 
@@ -155,7 +156,7 @@ Answer WebDavService::_Options(Request& request) {
         request.Path();
     }
     Answer answer;
-    answer.headers = {{"DAV", "1"}, {"Allow", AllMethodsBut("")}, {"MS-Author-Via", "DAV"}};
+    answer.headers = {{"DAV", "1, drovane"}, {"Allow", AllMethodsBut("")}, {"MS-Author-Via", "DAV"}};
     return answer;
 }
 

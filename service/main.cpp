@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
 
 #include "service/HttpServer.h"
 #include "service/ServerPath.h"
@@ -19,8 +20,7 @@ constexpr const char* passwordVariable = "OVSYNC_SERVICE_PASSWORD";
 struct Arguments {
     std::string directory;
     std::uint16_t port = 8080;
-    std::string user;
-    std::string password;
+    std::optional<std::string> user;
     std::vector<std::string> faults;
     std::int64_t seedFiles = -1;
     std::string seedFolder = "seeded";
@@ -55,14 +55,15 @@ void Describe(CLI::App& app, Arguments& arguments) {
 service::HttpServer::Options ToOptions(const Arguments& arguments) {
     service::HttpServer::Options options;
     options.port = arguments.port;
-    options.user = arguments.user;
     options.verbose = arguments.verbose;
-    if (!arguments.user.empty()) {
-        if (arguments.user.find(':') != std::string::npos || !service::IsValidUtf8(arguments.user)) {
-            throw std::invalid_argument("--user: the name has a ':' or is not UTF-8");
+    if (arguments.user) {
+        options.user = *arguments.user;
+        if (options.user.empty() || options.user.find(':') != std::string::npos ||
+            !service::IsValidUtf8(options.user)) {
+            throw std::invalid_argument("--user: the name is empty, has a ':' or is not UTF-8");
         }
         const char* password = std::getenv(passwordVariable);
-        if (password == nullptr) {
+        if (password == nullptr || *password == '\0') {
             throw std::invalid_argument(std::string("--user needs the password in the environment variable ") +
                                         passwordVariable);
         }

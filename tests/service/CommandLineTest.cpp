@@ -50,6 +50,7 @@ TEST(CommandLine, WrongUsageIsNamed) {
         {{folder.Path(), "--seed-folder", ".ovsync-service"}, ".ovsync-service"},
         {{folder.Path(), "--user", "anna"}, "OVSYNC_SERVICE_PASSWORD"},
         {{folder.Path(), "--user", "an:na"}, "--user"},
+        {{folder.Path(), "--user", ""}, "--user"},
     };
     for (const auto& [arguments, named] : cases) {
         const auto result = ServiceProcess::Run(arguments);

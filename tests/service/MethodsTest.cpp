@@ -10,7 +10,7 @@ TEST_F(MethodsTest, OptionsSaysWhatIsOffered) {
     for (const char* target : {"/", "/absent"}) {
         const auto answer = Send("OPTIONS", target);
         EXPECT_EQ(answer.status, 200) << target;
-        EXPECT_EQ(answer.headers.at("dav"), "1");
+        EXPECT_EQ(answer.headers.at("dav"), "1, drovane");
         for (const char* method :
              {"OPTIONS", "GET", "HEAD", "PUT", "DELETE", "MKCOL", "COPY", "MOVE", "PROPFIND", "PROPPATCH"}) {
             EXPECT_THAT(answer.headers.at("allow"), HasSubstr(method));
@@ -23,7 +23,7 @@ TEST_F(MethodsTest, OptionsCanBeAskedOfTheServerItself) {
     connection.Send("OPTIONS * HTTP/1.1\r\nHost: h\r\nConnection: close\r\n\r\n");
     const std::string answer = connection.Read();
     EXPECT_THAT(answer, testing::StartsWith("HTTP/1.1 200 "));
-    EXPECT_THAT(answer, HasSubstr("DAV: 1\r\n"));
+    EXPECT_THAT(answer, HasSubstr("DAV: 1, drovane\r\n"));
 }
 
 TEST_F(MethodsTest, TargetCanBeAWholeUrl) {
