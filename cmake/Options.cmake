@@ -20,7 +20,7 @@ set(DVSYNC_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize tak
 if(DVSYNC_SANITIZE)
   # Instrumented code confuses gcc's flow analysis: it takes parts of the standard library for uninitialised.
   add_compile_options(-fsanitize=${DVSYNC_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all -O1
-                      -Wno-maybe-uninitialized)
+                      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${DVSYNC_SANITIZE})
 endif()
 

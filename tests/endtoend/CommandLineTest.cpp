@@ -260,6 +260,7 @@ INSTANTIATE_TEST_SUITE_P(Faults, FaultTest,
                                          Fault{"status=204", 3, "204"}, Fault{"status=400", 1, "400"},
                                          Fault{"status=403", 1, "403"}, Fault{"status=500", 1, "500"},
                                          Fault{"status=503", 1, "503"}, Fault{"content-type=text/html", 3, "text/html"},
-                                         Fault{"error-in-body=350", 3, "207"}));
+                                         Fault{"error-in-body=350", 3, "207"}, Fault{"content-length=+10", 3, "207"},
+                                         Fault{"content-length=-10", 3, "207"}));
 
 }  // namespace
