@@ -1,7 +1,6 @@
 #include "dvsync/ResourceMapping.h"
 
-#include <QUrl>
-
+#include "dvsync/HrefPath.h"
 #include "host/core/QtCompat.h"
 
 namespace sync {
@@ -19,49 +18,6 @@ bool HasClassType(const DAVPropfindResponse& response, const char* classType) {
     return QString::compare(response.getResourceClassType(), QLatin1String(classType), Qt::CaseInsensitive) == 0;
 }
 
-bool IsHexDigit(ushort unit) {
-    return (unit >= '0' && unit <= '9') || (unit >= 'A' && unit <= 'F') || (unit >= 'a' && unit <= 'f');
-}
-
-// Whether `href` is an absolute path of characters that stand for themselves, and escapes.
-bool IsEscapedAbsolutePath(const QString& href) {
-    const QChar* const begin = href.constData();
-    const QChar* const end = begin + href.size();
-    if (href.isEmpty() || *begin != QLatin1Char('/') || (end - begin > 1 && begin[1] == QLatin1Char('/'))) {
-        return false;
-    }
-    for (const QChar* next = begin; next != end; ++next) {
-        const ushort unit = next->unicode();
-        if (unit == '%') {
-            if (end - next < 3 || !IsHexDigit(next[1].unicode()) || !IsHexDigit(next[2].unicode())) {
-                return false;
-            }
-        } else if (!((unit >= 'a' && unit <= 'z') || (unit >= '@' && unit <= 'Z') || (unit >= '&' && unit <= ';') ||
-                     unit == '!' || unit == '$' || unit == '=' || unit == '_' || unit == '~')) {
-            return false;
-        }
-    }
-    return true;
-}
-
-QString Decoded(const QString& text) {
-    return text.contains(QLatin1Char('%')) ? QUrl::fromPercentEncoding(text.toUtf8()) : text;
-}
-
-QString PathOfHref(const QString& href) {
-    // What services send, read without the cost of taking a whole URL apart.
-    if (IsEscapedAbsolutePath(href)) {
-        return Decoded(href);
-    }
-    // Qt would take what follows two slashes for a host, but the service means a path.
-    int extraSlashes = 0;
-    while (href.startsWith(QLatin1Char('/')) && extraSlashes + 1 < href.size() &&
-           href.at(extraSlashes + 1) == QLatin1Char('/')) {
-        ++extraSlashes;
-    }
-    return QString(extraSlashes, QLatin1Char('/')) + core::compat::DecodedPath(href.mid(extraSlashes).toUtf8());
-}
-
 // Made once: four keys for each of 100,000 files are 400,000 allocations.
 struct CustomPropertyTexts {
     const QString version = QLatin1String("version");
@@ -71,10 +27,6 @@ struct CustomPropertyTexts {
     const QString hidden = QLatin1String("0");
     const QString shown = QLatin1String("1");
 };
-
-QString WithoutLeadingSlash(const QString& path) {
-    return path.startsWith(QLatin1Char('/')) ? path.mid(1) : path;
-}
 
 }  // namespace
 
@@ -95,7 +47,7 @@ FileConfiguration BuildFileConfigFromFindResponse(const FolderConfiguration& fol
     static const CustomPropertyTexts texts;
 
     FileConfiguration file;
-    file.name = Decoded(response.getFilename());
+    file.name = PercentDecoded(response.getFilename());
     file.attribute = QLatin1Char(response.attribute);
     file.serverPath = WithoutLeadingSlash(PathOfHref(response.getHref()));
     file.localPath = file.serverPath;

@@ -3,6 +3,7 @@
 #include "host/core/PosixSync.h"
 
 #include <QByteArray>
+#include <QRegExp>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
@@ -34,6 +35,15 @@ inline QStringList SplitSkippingEmptyParts(const QString& text, QChar separator)
     return text.split(separator, Qt::SkipEmptyParts, Qt::CaseSensitive);
 #else
     return text.split(separator, QString::SkipEmptyParts, Qt::CaseSensitive);
+#endif
+}
+
+/// The same, between whatever `separator` matches.
+inline QStringList SplitSkippingEmptyParts(const QString& text, const QRegExp& separator) {
+#if QT_VERSION >= QT_VERSION_CHECK(5, 14, 0)
+    return text.split(separator, Qt::SkipEmptyParts);
+#else
+    return text.split(separator, QString::SkipEmptyParts);
 #endif
 }
 

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QByteArray>
+#include <QList>
 #include <QObject>
+#include <QPair>
 #include <QUrl>
 
 #include "host/core/OvSyncExport.h"
@@ -30,8 +33,15 @@ public:
 
     virtual QUrl GetUrl() = 0;
 
+    /// Of the answer, in the order in which they came; empty when none came.
+    virtual QList<QPair<QByteArray, QByteArray>> GetResponseHeaders() = 0;
+
+    /// The body of the answer; empty when none came, and for a request whose body is read while it arrives.
+    virtual QByteArray GetResponseBody() = 0;
+
 Q_SIGNALS:
-    /// Emitted once per execution, when `request` is over.
+    /// Emitted once per execution, when `request` is over. IRequestExecutor has the same signal for all of its
+    /// requests.
     // Written out in full because connections are made by this text.
     void RequestCompleted(std::tr1::shared_ptr<sync::interf::IHttpRequest> request,
                           sync::interf::IHttpRequest::RequestState state);

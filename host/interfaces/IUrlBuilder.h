@@ -5,6 +5,7 @@
 #include <QUrl>
 #include <memory>
 
+#include "host/configuration/FolderConfiguration.h"
 #include "host/configuration/ServerConfiguration.h"
 #include "host/core/OvSyncExport.h"
 
@@ -16,8 +17,27 @@ class OVSYNC_INTERFACES_EXPORT IUrlBuilder : public QObject {
     Q_OBJECT
 
 public:
+    /// What a folder's URL is for. The values are part of the contract.
+    enum FolderUrlKind {
+        /// The folder by its server folder id.
+        FolderById = 10,
+        /// The folder by its server path.
+        FolderByPath = 11,
+        /// Where to create the folder: inside the folder with the id that stands in the place of the file name, or at
+        /// its
+        /// server path where that id is empty.
+        FolderCreation = 12,
+        /// Where to delete the folder.
+        FolderDeletion = 13
+    };
+
     /// The URL of the resource at the decoded path `serverPath`; empty when there can be none.
     virtual std::shared_ptr<QUrl> BuildUrl(const config::ServerConfiguration& server, const QString& serverPath) = 0;
+
+    /// A URL of `folder` for the purpose `urlKind`, a FolderUrlKind; empty when there can be none.
+    virtual std::shared_ptr<QUrl> BuildFolderUrl(const config::ServerConfiguration& server,
+                                                 const config::FolderConfiguration& folder, const QString& fileName,
+                                                 int urlKind) = 0;
 };
 
 }  // namespace interf

@@ -1,0 +1,1150 @@
+#include "dvsync/DrovaneRemoteFolderManager.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QMetaMethod>
+#include <QUrl>
+#include <algorithm>
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/http/HttpException.h"
+#include "tests/dvsync/LogRecorder.h"
+#include "tests/fakes/Contract.h"
+#include "tests/fakes/InstalledConfiguration.h"
+
+namespace sync {
+namespace dv {
+namespace dvsync {
+
+class DrovaneRemoteFolderManagerAccess {
+public:
+    static std::vector<const void*> Members(const DrovaneRemoteFolderManager& manager) {
+        return {
+            &manager.urlBuilder, &manager.authenticatorFactory, &manager.httpFactory,     &manager.configurationFactory,
+            &manager.serverId,   &manager.serverConfiguration,  &manager.lastRequestState};
+    }
+    static interf::IHttpRequest::RequestState LastRequestState(const DrovaneRemoteFolderManager& manager) {
+        return manager.lastRequestState;
+    }
+    static int CreateFolder(DrovaneRemoteFolderManager& manager, config::FolderConfiguration& folder,
+                            const QString& parentFolderId) {
+        return manager._CreateFolder(folder, parentFolderId);
+    }
+    static bool UpdateFromBody(DrovaneRemoteFolderManager& manager, const QByteArray& body,
+                               config::FolderConfiguration& folder) {
+        return manager._UpdateFolderConfig(body, folder);
+    }
+    static bool UpdateFromHeaders(DrovaneRemoteFolderManager& manager,
+                                  const QList<QPair<QByteArray, QByteArray>>& headers,
+                                  config::FolderConfiguration& folder) {
+        return manager._UpdateFolderConfig(headers, folder);
+    }
+    static std::shared_ptr<http::DAVPropfindResult> ProcessPropfindResult(
+        DrovaneRemoteFolderManager& manager, std::shared_ptr<http::DAVPropfindRequest> request) {
+        return manager._ProcessPropfindResult(std::move(request));
+    }
+    static std::shared_ptr<QVector<config::FolderConfiguration>> BuildFolderConfigs(
+        DrovaneRemoteFolderManager& manager, const config::FolderConfiguration& folder,
+        std::shared_ptr<http::DAVPropfindResult> result, QSet<int>& ignored) {
+        return manager._BuildFolderConfigsFromFindResult(folder, std::move(result), ignored);
+    }
+    static config::FolderConfiguration BuildFolderConfig(DrovaneRemoteFolderManager& manager,
+                                                         const config::FolderConfiguration& parent,
+                                                         const http::DAVPropfindResponse& response) {
+        return manager._BuildFolderConfigFromFindResponse(parent, response);
+    }
+    static void IgnoreByClassTypeOfParent(DrovaneRemoteFolderManager& manager,
+                                          std::shared_ptr<http::DAVPropfindResult> result, QSet<int>& ignored) {
+        manager._IgnoreByClassTypeOfParent(std::move(result), ignored);
+    }
+    static bool ChildOfForm(DrovaneRemoteFolderManager& manager, const QString& path, const QSet<QString>& formPaths) {
+        return manager._ChildOfForm(path, formPaths);
+    }
+};
+
+}  // namespace dvsync
+}  // namespace dv
+}  // namespace sync
+
+namespace {
+
+using sync::config::FileConfiguration;
+using sync::config::FolderConfiguration;
+using sync::core::SyncException;
+using sync::core::SyncResults;
+using sync::dv::dvsync::DrovaneRemoteFolderManager;
+using sync::http::DAVPropfindProperties;
+using sync::http::DAVPropfindResponse;
+using sync::http::DAVPropfindResult;
+using sync::http::HttpException;
+using sync::interf::IHttpRequest;
+using sync::interf::ISyncFilter;
+using testing::_;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::NiceMock;
+using testing::Return;
+using Access = sync::dv::dvsync::DrovaneRemoteFolderManagerAccess;
+using Headers = QList<QPair<QByteArray, QByteArray>>;
+
+const int ServerId = 7;
+const int FolderServerId = 23;
+const int ErrorLevel = 40000;
+const int InfoLevel = 20000;
+const int DebugLevel = 10000;
+const char* const Slot =
+    "RequestCompleted(std::tr1::shared_ptr<sync::interf::IHttpRequest>,sync::interf::IHttpRequest::RequestState)";
+
+QString Text(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+Headers Reason(const char* text) {
+    return {{"X-OVS-Reason-Phrase", text}};
+}
+
+DAVPropfindResponse Entry(const char* classType, const char* href, int resourceId = 0, int parentId = 0, int size = 0) {
+    DAVPropfindProperties properties;
+    properties.resourceClassType = Text(classType);
+    properties.filename = Text(href).section(QLatin1Char('/'), -1, -1, QString::SectionSkipEmpty);
+    DAVPropfindResponse response(Text(href), properties);
+    response.resourceId = resourceId;
+    response.parentResourceId = parentId;
+    response.contentLength = size;
+    return response;
+}
+
+const char* const File = "drovane.objects.File";
+const char* const Folder = "drovane.objects.Folder";
+const char* const Project = "drovane.objects.Project";
+const char* const Form = "drovane.objects.Form";
+
+/// The manager on fakes: every request gets `_request` or `_propfind`, and ends in the state of `_executor`.
+class DrovaneRemoteFolderManagerTest : public testing::Test {
+protected:
+    DrovaneRemoteFolderManagerTest() {
+        ON_CALL(*_urlBuilder, BuildUrl(_, _)).WillByDefault(Return(_url));
+        ON_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).WillByDefault(Return(_url));
+        ON_CALL(*_httpFactory, CreatePropfindRequest(_, _, _)).WillByDefault(Return(_propfind));
+        ON_CALL(*_httpFactory, CreateFolderRequest(_, _, _)).WillByDefault(Return(_request));
+        ON_CALL(*_httpFactory, CreateFileRequest(_, _, _)).WillByDefault(Return(_request));
+        ON_CALL(*_httpFactory, CreateMoveRequest(_, _, _)).WillByDefault(Return(_request));
+        ON_CALL(*_httpFactory, CreateRequestExecutor(_, _)).WillByDefault(Return(_executor));
+        _folder.serverPath = Text("Projects/A");
+        _folder.companionServerPath = Text("companion");
+        _folder.serverRootPath = Text("Projects");
+        _folder.serverId = FolderServerId;
+        _folder.setServerFolderId(Text("id-A"));
+        _folder.ownerId = Text("owner-A");
+        _folder.accessMask = 5;
+    }
+
+    void AnswerWith(int status, const Headers& headers = Headers(), const QByteArray& body = QByteArray()) {
+        _request->answer.statusCode = status;
+        _request->answer.responseHeaders = headers;
+        _request->answer.responseBody = body;
+        _propfind->statusCode = status;
+    }
+
+    const tests::InstalledConfiguration _installed;
+    const std::shared_ptr<QUrl> _url = std::make_shared<QUrl>(Text("http://service.test/Projects/A"));
+    const std::shared_ptr<NiceMock<tests::MockUrlBuilder>> _urlBuilder =
+        std::make_shared<NiceMock<tests::MockUrlBuilder>>();
+    const std::shared_ptr<NiceMock<tests::MockHttpFactory>> _httpFactory =
+        std::make_shared<NiceMock<tests::MockHttpFactory>>();
+    const std::shared_ptr<tests::FakeHttpRequest> _request = std::make_shared<tests::FakeHttpRequest>();
+    const std::shared_ptr<tests::FakePropfindRequest> _propfind = std::make_shared<tests::FakePropfindRequest>();
+    const std::shared_ptr<tests::FakeRequestExecutor> _executor = std::make_shared<tests::FakeRequestExecutor>();
+    const std::shared_ptr<tests::FakeConfigurationFactory> _configurationFactory =
+        std::make_shared<tests::FakeConfigurationFactory>(_installed.ServerConfigManager(),
+                                                          _installed.FileConfigManager());
+    DrovaneRemoteFolderManager _manager{_urlBuilder, ServerId, nullptr, _httpFactory, _configurationFactory};
+    FolderConfiguration _folder;
+    const tests::LogRecorder _log{LOG4CPLUS_TEXT("DrovaneSyncSupport")};
+};
+
+// --- The class
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheMetaObjectHasOneProtectedSlotAndNothingElse) {
+    const QMetaObject& meta = DrovaneRemoteFolderManager::staticMetaObject;
+    EXPECT_STREQ(meta.className(), "sync::dv::dvsync::DrovaneRemoteFolderManager");
+    EXPECT_STREQ(meta.superClass()->className(), "sync::interf::IRemoteFolderManager");
+    ASSERT_EQ(meta.methodCount() - meta.methodOffset(), 1);
+    EXPECT_EQ(meta.propertyCount(), meta.propertyOffset());
+    const QMetaMethod slot = meta.method(meta.methodOffset());
+    EXPECT_EQ(slot.methodType(), QMetaMethod::Slot);
+    EXPECT_EQ(slot.access(), QMetaMethod::Protected);
+    EXPECT_EQ(meta.indexOfSlot(Slot), meta.methodOffset());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, InvokingTheFirstMethodStoresTheState) {
+    std::tr1::shared_ptr<IHttpRequest> request = _request;
+    IHttpRequest::RequestState state = IHttpRequest::StateAborted;
+    void* arguments[] = {nullptr, &request, &state};
+    const int offset = DrovaneRemoteFolderManager::staticMetaObject.methodOffset();
+    const long before = request.use_count();
+    EXPECT_LT(_manager.qt_metacall(QMetaObject::InvokeMetaMethod, offset, arguments), 0);
+    EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateAborted);
+    EXPECT_EQ(request.use_count(), before);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, OtherIdsAndOtherKindsOfCallsPassThrough) {
+    void* arguments[] = {nullptr, nullptr, nullptr};
+    const int offset = DrovaneRemoteFolderManager::staticMetaObject.methodOffset();
+    EXPECT_EQ(_manager.qt_metacall(QMetaObject::InvokeMetaMethod, offset + 3, arguments), 2);
+    EXPECT_EQ(_manager.qt_metacall(QMetaObject::ResetProperty, 3, arguments),
+              _manager.sync::interf::IRemoteFolderManager::qt_metacall(QMetaObject::ResetProperty, 3, arguments));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheMembersLieInTheirOrder) {
+    const std::vector<const void*> members = Access::Members(_manager);
+    EXPECT_TRUE(std::is_sorted(members.begin(), members.end(), std::less<>()));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheSettingsOfTheServerAreReadOnceAtConstruction) {
+    EXPECT_CALL(*_installed.ServerConfigManager(), GetServerConfiguration(ServerId)).Times(1);
+    DrovaneRemoteFolderManager manager(_urlBuilder, ServerId, nullptr, _httpFactory, _configurationFactory);
+    AnswerWith(404);
+    manager.FolderExists(_folder);
+    manager.FolderExists(_folder);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheStateIsResetBeforeEveryRequest) {
+    _executor->state = IHttpRequest::StateFailed;
+    AnswerWith(200, {{"a", "b"}});
+    _manager.FolderExists(_folder);
+    EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateFailed);
+    _executor->onExecute = [this] { EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateNone); };
+    _manager.FolderExists(_folder);
+    _manager.FileExists(FileConfiguration());
+}
+
+// --- Every operation through every status
+
+/// One operation, and what it makes of the statuses. What an operation returned is put into words.
+struct Operation {
+    const char* name;
+    std::string (*run)(DrovaneRemoteFolderManager& manager, FolderConfiguration& folder);
+    /// "" where the status throws.
+    std::string (*expected)(int status, int state);
+    /// With %0 for the URL and %1 for the status.
+    const char* message;
+};
+
+void PrintTo(const Operation& operation, std::ostream* stream) {
+    *stream << operation.name;
+}
+
+std::string Words(const SyncResults& results) {
+    return "results " + std::to_string(results.resultType);
+}
+
+bool IsPropfindFailure(int status) {
+    return status >= 400 || status == 302;
+}
+
+const Operation Operations[] = {
+    {"FolderExists",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) -> std::string {
+         return manager.FolderExists(folder) ? "true" : "false";
+     },
+     [](int status, int state) -> std::string {
+         if (status == 400 || status == 404) {
+             return "false";
+         }
+         return status > 400 || status == 302 || (status == 0 && state == 5) ? "" : "true";
+     },
+     "FolderExists failed for url %0. Error code: %1."},
+    {"FileExists",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration&) -> std::string {
+         return manager.FileExists(FileConfiguration()) ? "true" : "false";
+     },
+     [](int status, int) -> std::string { return status == 404               ? "false"
+                                                 : IsPropfindFailure(status) ? ""
+                                                                             : "true"; },
+     "FileExists failed for url %0. Error code: %1."},
+    {"CreateFolder",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
+         return Words(manager.CreateFolder(folder, Text("parent"), false));
+     },
+     [](int status, int state) -> std::string {
+         return status >= 400 || (status == 0 && state == 5) ? "" : "results 0";
+     },
+     "CreateFolder failed for url %0. Error code: %1."},
+    {"DeleteFolder",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
+         return Words(manager.DeleteFolder(folder));
+     },
+     [](int status, int) -> std::string { return status >= 400 ? "" : "results 2"; },
+     "DeleteFolder failed for url %0. Error code: %1."},
+    {"MoveFolder",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
+         return Words(manager.MoveFolder(folder, folder));
+     },
+     [](int status, int state) -> std::string {
+         return status >= 400 || (status == 0 && state == 5) ? "" : "results 3";
+     },
+     "MoveFolder failed. From Url: /Projects/A To Url: /Projects/A. Error code: %1."},
+    {"GetNameSortedDirsByFolder",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) -> std::string {
+         return manager.GetNameSortedDirsByFolder(folder) ? "a vector" : "nothing";
+     },
+     [](int status, int) -> std::string {
+         return IsPropfindFailure(status) ? "" : status == 304 ? "nothing" : "a vector";
+     },
+     "GetNameSortedDirsByFolder failed for url %0. Error code: %1."},
+    {"GetAllFilesAndSubFoldersByFolder",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
+         std::shared_ptr<QVector<FolderConfiguration>> folders;
+         std::shared_ptr<QVector<FileConfiguration>> files;
+         const int code = manager.GetAllFilesAndSubFoldersByFolder(folder, folders, files);
+         EXPECT_EQ(folders != nullptr, code == 0);
+         EXPECT_EQ(files != nullptr, code == 0);
+         return "code " + std::to_string(code);
+     },
+     [](int status, int) -> std::string {
+         if (status == 404 || status == 304) {
+             return "code " + std::to_string(status);
+         }
+         return IsPropfindFailure(status) ? "" : "code 0";
+     },
+     "GetAllFilesAndSubFoldersByFolder failed for url %0. Error code: %1."},
+    {"GetFolderSize",
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration&) {
+         int count = 3;
+         qint64 size = 4;
+         const int code =
+             manager.GetFolderSize(Text("Projects/A"), FolderServerId, true, count, size, nullptr, nullptr);
+         EXPECT_EQ(count, 3);
+         EXPECT_EQ(size, 4);
+         return "code " + std::to_string(code);
+     },
+     [](int status, int) -> std::string {
+         return status == 404 ? "code 404" : IsPropfindFailure(status) ? "" : "code 0";
+     },
+     "GetAllFilesAndSubFoldersByFolder failed for url %0. Error code: %1."},
+};
+
+struct Answer {
+    const char* name;
+    int status;
+    int state;
+    Headers headers;
+};
+
+void PrintTo(const Answer& answer, std::ostream* stream) {
+    *stream << answer.name;
+}
+
+std::vector<Answer> Answers() {
+    std::vector<Answer> answers = {
+        {"0 in state 0", 0, 0, Headers()},
+        {"0 in state 3", 0, 3, Headers()},
+        {"0 in state 5", 0, 5, Headers()},
+        {"400 without a reason", 400, 3, Headers()},
+        {"400 with a reason", 400, 3, Reason("Something else.")},
+        {"400 with two reasons, of which only the first counts",
+         400,
+         3,
+         {{"x-ovs-reason-phrase", "Something else"},
+          {"x-ovs-reason-phrase", "Existing file already exists. It does not exist."}}},
+    };
+    for (const int status : {200, 201, 204, 207, 302, 304, 401, 403, 404, 409, 423, 500, 503}) {
+        answers.push_back({"", status, 3, Headers()});
+    }
+    return answers;
+}
+
+class EveryStatusTest : public DrovaneRemoteFolderManagerTest,
+                        public testing::WithParamInterface<std::tuple<Operation, Answer>> {};
+
+TEST_P(EveryStatusTest, HasItsOutcome) {
+    const Operation& operation = std::get<0>(GetParam());
+    const Answer& answer = std::get<1>(GetParam());
+    AnswerWith(answer.status, answer.headers);
+    _executor->state = static_cast<IHttpRequest::RequestState>(answer.state);
+    const std::string expected = operation.expected(answer.status, answer.state);
+    // A creation that got no answer is told as 503.
+    const int thrownStatus =
+        answer.status == 0 && std::strcmp(operation.name, "CreateFolder") == 0 ? 503 : answer.status;
+
+    if (expected.empty()) {
+        try {
+            operation.run(_manager, _folder);
+            FAIL() << "nothing was thrown";
+        } catch (const HttpException& e) {
+            const QString message = Text(operation.message)
+                                        .replace(Text("%0"), Text("http://service.test/Projects/A"))
+                                        .replace(Text("%1"), QString::number(thrownStatus));
+            EXPECT_EQ(e.Message(), message);
+            EXPECT_EQ(e.StatusCode(), thrownStatus);
+            EXPECT_TRUE(e.Url().isEmpty());
+        }
+    } else {
+        EXPECT_EQ(operation.run(_manager, _folder), expected);
+    }
+    EXPECT_EQ(_executor->executed.size(), 1);
+    EXPECT_EQ(_folder.serverPath, Text("Projects/A"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+    EXPECT_EQ(_folder.ownerId, Text("owner-A"));
+    EXPECT_EQ(_folder.accessMask, 5);
+    for (const tests::LogRecord& record : _log.Records()) {
+        EXPECT_EQ(record.logger, "DrovaneSyncSupport");
+        EXPECT_EQ(record.file, "DrovaneRemoteFolderManager");
+        EXPECT_NE(record.level, InfoLevel);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, EveryStatusTest,
+                         testing::Combine(testing::ValuesIn(Operations), testing::ValuesIn(Answers())));
+
+// --- Is it there
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithAnIdIsAskedForByItsId) {
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, QString(), 10));
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(2, _url, _));
+    EXPECT_CALL(*_httpFactory, CreateRequestExecutor(ServerId, _));
+    AnswerWith(404);
+    EXPECT_FALSE(_manager.FolderExists(_folder));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithoutAnIdIsAskedForByItsPath) {
+    _folder.setServerFolderId(QString());
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, QString(), 11));
+    AnswerWith(404);
+    EXPECT_FALSE(_manager.FolderExists(_folder));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithoutAUrlIsNotThereAndLogged) {
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).WillOnce(Return(nullptr));
+    FolderConfiguration result;
+    EXPECT_FALSE(_manager.GetFolderProperties(_folder, result));
+    EXPECT_TRUE(result.serverPath.isEmpty());
+    EXPECT_TRUE(_executor->executed.isEmpty());
+    ASSERT_EQ(_log.Records().size(), 1U);
+    EXPECT_EQ(_log.Records()[0].level, ErrorLevel);
+    EXPECT_EQ(_log.Records()[0].text, "Failed to get folder properties for folder Projects/A. Failed to build url.");
+    EXPECT_THAT(_log.Records()[0].function, HasSubstr("DrovaneRemoteFolderManager::GetFolderProperties(const"));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ThePropertiesOfAFolderAreTheFolderAndTheAnswersHeaders) {
+    AnswerWith(200, {{"X-Ovs-Id", "new-id"}, {"other", "x"}, {"x-OVS-ownerid", "new-owner"}});
+    FolderConfiguration result;
+    EXPECT_TRUE(_manager.GetFolderProperties(_folder, result));
+    EXPECT_EQ(result.serverPath, Text("Projects/A"));
+    EXPECT_EQ(result.companionServerPath, Text("companion"));
+    EXPECT_EQ(result.getServerFolderId(), Text("new-id"));
+    EXPECT_EQ(result.ownerId, Text("new-owner"));
+    EXPECT_EQ(result.accessMask, 5);
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, EmptyHeaderValuesChangeNothing) {
+    EXPECT_TRUE(Access::UpdateFromHeaders(_manager, {{"x-ovs-id", ""}, {"x-ovs-ownerid", ""}}, _folder));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+    EXPECT_EQ(_folder.ownerId, Text("owner-A"));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AnAnswerWithoutHeadersIsLoggedAndStillAFolder) {
+    AnswerWith(200);
+    FolderConfiguration result;
+    EXPECT_TRUE(_manager.GetFolderProperties(_folder, result));
+    EXPECT_EQ(result.getServerFolderId(), Text("id-A"));
+    ASSERT_EQ(_log.Records().size(), 1U);
+    EXPECT_EQ(_log.Records()[0].level, ErrorLevel);
+    EXPECT_EQ(
+        _log.Records()[0].text,
+        "Failed to update folder config from response headers for folder Projects/A. Response headers from server "
+        "is empty.");
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderThatIsNotThereLeavesTheResultAlone) {
+    for (const int status : {400, 404}) {
+        AnswerWith(status, {{"x-ovs-id", "new-id"}});
+        FolderConfiguration result;
+        EXPECT_FALSE(_manager.GetFolderProperties(_folder, result));
+        EXPECT_TRUE(result.getServerFolderId().isEmpty());
+    }
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFileIsAskedForByItsPathAndItsServerId) {
+    FileConfiguration file;
+    file.serverPath = Text("Projects/A/f.txt");
+    file.serverId = 11;
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A/f.txt")));
+    EXPECT_CALL(*_httpFactory, CreateFileRequest(_url, 11, 0));
+    AnswerWith(200);
+    EXPECT_TRUE(_manager.FileExists(file));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheRequestForAFileIsNotObserved) {
+    _executor->state = IHttpRequest::StateFailed;
+    AnswerWith(200);
+    _manager.FileExists(FileConfiguration());
+    EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateNone);
+}
+
+// --- Creation
+
+const char* const Created =
+    "<Response><Folders><Folder><id>new-id</id><ownerId>new-owner</ownerId></Folder></Folders></Response>";
+
+TEST_F(DrovaneRemoteFolderManagerTest, ACreatedFolderHasTheIdentityOfTheAnswer) {
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, Text("parent"), 12));
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(3, _url, _));
+    AnswerWith(201, Headers(), Created);
+    EXPECT_EQ(Words(_manager.CreateFolder(_folder, Text("parent"), false)), "results 0");
+    EXPECT_EQ(_folder.getServerFolderId(), Text("new-id"));
+    EXPECT_EQ(_folder.ownerId, Text("new-owner"));
+    EXPECT_EQ(_folder.accessMask, 31);
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheResultOfACreationCountsNothing) {
+    AnswerWith(201, Headers(), Created);
+    const SyncResults results = _manager.CreateFolder(_folder, QString(), false);
+    const int* const counters = &results.localFilesCreated;
+    EXPECT_TRUE(std::all_of(counters, counters + 16, [](int counter) { return counter == 0; }));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, WithoutAUrlAFolderIsNotCreated) {
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).WillOnce(Return(nullptr));
+    try {
+        _manager.CreateFolder(_folder, QString(), false);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(), Text("CreateFolder failed for url http://service.test/Projects/A. Error code: 400."));
+        EXPECT_EQ(e.StatusCode(), 400);
+    }
+    EXPECT_TRUE(_executor->executed.isEmpty());
+    ASSERT_EQ(_log.Records().size(), 1U);
+    EXPECT_EQ(_log.Records()[0].level, ErrorLevel);
+    EXPECT_EQ(_log.Records()[0].text, "Failed to create server folder Projects/A. Failed to build url.");
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ACreationWithoutAnAnswerIs503OnlyInStateFive) {
+    AnswerWith(0);
+    _executor->state = IHttpRequest::StateFailed;
+    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 503);
+    _executor->state = IHttpRequest::StateAnswered;
+    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 0);
+}
+
+class ExistingFolderTest : public DrovaneRemoteFolderManagerTest {
+protected:
+    ExistingFolderTest() {
+        ON_CALL(*_httpFactory, CreateFolderRequest(2, _, _)).WillByDefault(Return(_query));
+        _query->answer.statusCode = 200;
+        _query->answer.responseHeaders = {{"x-ovs-id", "existing-id"}, {"x-ovs-ownerid", "existing-owner"}};
+    }
+
+    const std::shared_ptr<tests::FakeHttpRequest> _query = std::make_shared<tests::FakeHttpRequest>();
+};
+
+TEST_F(ExistingFolderTest, ItsPropertiesAreFetchedInPlaceOfAFailure) {
+    for (const char* reason :
+         {"Existing file: already exists", "exists already file existing", "FILE.EXISTS:ALREADY\tEXISTING and more"}) {
+        AnswerWith(400, Reason(reason));
+        _folder.setServerFolderId(Text("id-A"));
+        EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 200) << reason;
+        EXPECT_EQ(_folder.getServerFolderId(), Text("existing-id"));
+        EXPECT_EQ(_folder.ownerId, Text("existing-owner"));
+        EXPECT_EQ(_folder.accessMask, 5);
+    }
+    ASSERT_EQ(_log.Records().size(), 3U);
+    EXPECT_EQ(_log.Records()[0].level, InfoLevel);
+    EXPECT_EQ(
+        _log.Records()[0].text,
+        "Failed to create folder Projects/A. The folder already exists in server. Getting the folder properties.");
+    EXPECT_THAT(_log.Records()[0].function, HasSubstr("DrovaneRemoteFolderManager::_CreateFolder("));
+}
+
+TEST_F(ExistingFolderTest, AReasonThatLacksAWordIsAFailure) {
+    for (const char* reason : {"file already exists", "existing already exists", "existing file exists",
+                               "existing file already", "existingfile already exists", ""}) {
+        AnswerWith(400, Reason(reason));
+        EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 400) << reason;
+    }
+    AnswerWith(401, Reason("existing file already exists"));
+    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 401);
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+}
+
+TEST_F(ExistingFolderTest, OneWhosePropertiesCannotBeHadIsAFailure) {
+    AnswerWith(400, Reason("existing file already exists"));
+    _query->answer.statusCode = 404;
+    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 400);
+    _query->answer.statusCode = 500;
+    EXPECT_THROW(Access::CreateFolder(_manager, _folder, QString()), HttpException);
+}
+
+class CreateParentsTest : public DrovaneRemoteFolderManagerTest {
+protected:
+    CreateParentsTest() {
+        ON_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _))
+            .WillByDefault([this](const sync::config::ServerConfiguration&, const FolderConfiguration& folder,
+                                  const QString& fileName, int urlKind) {
+                _steps.push_back((urlKind == 12 ? "create " : "look at ") + folder.serverPath.toStdString() +
+                                 (fileName.isEmpty() ? "" : " in " + fileName.toStdString()));
+                _asked.push_back(folder);
+                return _url;
+            });
+        ON_CALL(*_httpFactory, CreateFolderRequest(_, _, _))
+            .WillByDefault([this](int kind, const std::shared_ptr<QUrl>&, const FolderConfiguration& folder) {
+                auto request = std::make_shared<tests::FakeHttpRequest>();
+                const QByteArray id = "id of " + folder.serverPath.toUtf8();
+                if (kind == 2) {
+                    request->answer.statusCode = _existing.contains(folder.serverPath) ? 200 : 404;
+                    request->answer.responseHeaders = {{"x-ovs-id", id}};
+                } else {
+                    request->answer.statusCode = _forbidden.contains(folder.serverPath) ? 403 : 201;
+                    request->answer.responseBody =
+                        "<Response><Folders><Folder><id>" + id + "</id></Folder></Folders></Response>";
+                }
+                return request;
+            });
+        _folder = FolderConfiguration();
+        _folder.serverRootPath = Text("Root");
+        _folder.serverKey = 3;
+        _folder.serverId = FolderServerId;
+    }
+
+    void Create(const char* path) {
+        _folder.serverPath = Text(path);
+        EXPECT_EQ(Words(_manager.CreateFolder(_folder, QString(), true)), "results 0");
+    }
+
+    QStringList _existing;
+    QStringList _forbidden;
+    std::vector<std::string> _steps;
+    std::vector<FolderConfiguration> _asked;
+};
+
+TEST_F(CreateParentsTest, EveryMissingFolderIsCreatedInsideTheOneBefore) {
+    _existing << Text("Root/a");
+    Create("Root/a/b/c");
+    EXPECT_THAT(_steps, ElementsAre("look at Root/a", "look at Root/a/b", "create Root/a/b in id of Root/a",
+                                    "look at Root/a/b/c", "create Root/a/b/c in id of Root/a/b"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id of Root/a/b/c"));
+    EXPECT_EQ(_folder.accessMask, 31);
+}
+
+TEST_F(CreateParentsTest, TheFoldersOnTheWayHaveWhatTheyNeed) {
+    Create("Root/a/b");
+    const FolderConfiguration& step = _asked.back();
+    EXPECT_EQ(step.serverPath, Text("Root/a/b"));
+    EXPECT_EQ(step.companionServerPath, Text("Root/a/b"));
+    EXPECT_EQ(step.name, Text("b"));
+    EXPECT_EQ(step.resourceId, Text("0"));
+    EXPECT_EQ(step.serverKey, 3);
+    EXPECT_EQ(step.serverId, FolderServerId);
+    EXPECT_TRUE(step.serverRootPath.isEmpty());
+}
+
+TEST_F(CreateParentsTest, AFolderThatIsThereGivesItsIdentityWithoutACreation) {
+    _existing << Text("Root/a");
+    Create("Root/a");
+    EXPECT_THAT(_steps, ElementsAre("look at Root/a"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id of Root/a"));
+    EXPECT_EQ(_folder.accessMask, 0);
+}
+
+TEST_F(CreateParentsTest, TheRootItselfNeedsNothing) {
+    Create("Root");
+    EXPECT_THAT(_steps, IsEmpty());
+    EXPECT_TRUE(_folder.getServerFolderId().isEmpty());
+}
+
+TEST_F(CreateParentsTest, TheRootIsFoundInAnyLetterCaseAndKeepsItsOwn) {
+    Create("rOOT//a/");
+    EXPECT_THAT(_steps, ElementsAre("look at Root/a", "create Root/a"));
+}
+
+TEST_F(CreateParentsTest, ASiblingWhoseNameStartsWithTheRootsIsSplitWhole) {
+    Create("Rootlet/a");
+    EXPECT_THAT(_steps, ElementsAre("look at Root/Rootlet", "create Root/Rootlet", "look at Root/Rootlet/a",
+                                    "create Root/Rootlet/a in id of Root/Rootlet"));
+}
+
+TEST_F(CreateParentsTest, WithoutARootThePathStartsWithItsFirstName) {
+    _folder.serverRootPath.clear();
+    Create("a/b");
+    EXPECT_THAT(_steps, ElementsAre("look at a", "create a", "look at a/b", "create a/b in id of a"));
+}
+
+TEST_F(CreateParentsTest, AFailureStopsTheWalk) {
+    _forbidden << Text("Root/a/b");
+    _folder.serverPath = Text("Root/a/b/c");
+    try {
+        _manager.CreateFolder(_folder, QString(), true);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.StatusCode(), 403);
+    }
+    EXPECT_EQ(_steps.back(), "create Root/a/b in id of Root/a");
+    EXPECT_TRUE(_folder.getServerFolderId().isEmpty());
+}
+
+// --- What a creation answers
+
+class CreateAnswerTest : public DrovaneRemoteFolderManagerTest {
+protected:
+    bool Update(const QByteArray& body) { return Access::UpdateFromBody(_manager, body, _folder); }
+
+    void ExpectFailure(const QByteArray& body, const std::string& text) {
+        const size_t before = _log.Records().size();
+        EXPECT_FALSE(Update(body));
+        EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+        EXPECT_EQ(_folder.ownerId, Text("owner-A"));
+        EXPECT_EQ(_folder.accessMask, 5);
+        ASSERT_EQ(_log.Records().size(), before + 1);
+        EXPECT_EQ(_log.Records().back().level, ErrorLevel);
+        EXPECT_THAT(_log.Records().back().text,
+                    HasSubstr("Failed to update folder config after creating folder Projects/A. " + text));
+    }
+};
+
+TEST_F(CreateAnswerTest, IsReadWhereverItsElementsLie) {
+    EXPECT_TRUE(
+        Update("<?xml version=\"1.0\"?><x><Response><y><Folders><z><Folder><w><id>deep</id></w></Folder></z>"
+               "</Folders></y></Response></x>"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("deep"));
+}
+
+TEST_F(CreateAnswerTest, TheFirstOfSeveralCounts) {
+    EXPECT_TRUE(
+        Update("<Response><Folders><Folder><id>first</id><id>second</id></Folder>"
+               "<Folder><id>third</id></Folder></Folders></Response>"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("first"));
+}
+
+TEST_F(CreateAnswerTest, WithoutAnIdOnlyTheAccessMaskChanges) {
+    EXPECT_TRUE(Update("<Response><Folders><Folder/></Folders></Response>"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+    EXPECT_EQ(_folder.ownerId, Text("owner-A"));
+    EXPECT_EQ(_folder.accessMask, 31);
+}
+
+TEST_F(CreateAnswerTest, AnEmptyIdLeavesTheOldOneAndAnEmptyOwnerDoesNot) {
+    EXPECT_TRUE(Update("<Response><Folders><Folder><id></id><ownerId/></Folder></Folders></Response>"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+    EXPECT_TRUE(_folder.ownerId.isEmpty());
+}
+
+TEST_F(CreateAnswerTest, NothingIsAnError) {
+    ExpectFailure("", "Response from server is empty.");
+}
+
+TEST_F(CreateAnswerTest, WhatIsNotWellFormedIsAnErrorWithItsPlaceAndTheBody) {
+    ExpectFailure("<Response>\n<Folders></Response>", "Error parsing response xml: ");
+    EXPECT_THAT(_log.Records().back().text, HasSubstr("at line 2, column "));
+    EXPECT_THAT(_log.Records().back().text, HasSubstr("body = <Response>\n<Folders></Response>"));
+    ExpectFailure("not xml", "Error parsing response xml: ");
+    ExpectFailure("<Response>\xFF\xFE</Response>", "Error parsing response xml: ");
+}
+
+TEST_F(CreateAnswerTest, EntityDeclarationsAreAnError) {
+    ExpectFailure(
+        "<!DOCTYPE a [<!ENTITY b \"cccccccccc\"><!ENTITY d \"&b;&b;&b;&b;&b;&b;&b;&b;\">]>"
+        "<Response><Folders><Folder><id>&d;</id></Folder></Folders></Response>",
+        "Error parsing response xml: a document type declaration is not accepted at line 1");
+}
+
+TEST_F(CreateAnswerTest, NestingWithoutEndIsAnError) {
+    QByteArray body;
+    for (int i = 0; i < 1000000; ++i) {
+        body += "<a>";
+    }
+    ExpectFailure(body, "Error parsing response xml: elements are nested too deeply at line 1");
+}
+
+TEST_F(CreateAnswerTest, AnotherDocumentIsAnError) {
+    const std::string text = "Response xml doesn't contain node path Response/Folders/Folder.";
+    ExpectFailure("<html/>", text);
+    ExpectFailure("<Response/>", text);
+    ExpectFailure("<Response><Folders/></Response>", text);
+    ExpectFailure("<Folders><Folder/></Folders>", text);
+}
+
+// --- Deletion and move
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithoutAnIdIsNotDeleted) {
+    _folder.setServerFolderId(QString());
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).Times(0);
+    try {
+        _manager.DeleteFolder(_folder);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(), Text("DeleteFolder failed for url Projects/A. Server folder id is blank."));
+        EXPECT_EQ(e.StatusCode(), 400);
+        EXPECT_TRUE(e.Url().isEmpty());
+    }
+    EXPECT_TRUE(_executor->executed.isEmpty());
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithoutAUrlIsNotDeleted) {
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, QString(), 13)).WillOnce(Return(nullptr));
+    try {
+        _manager.DeleteFolder(_folder);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(), Text("Failed to delete folder Projects/A. Failed to build url."));
+        EXPECT_EQ(e.StatusCode(), 400);
+    }
+    EXPECT_TRUE(_executor->executed.isEmpty());
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderIsDeletedByRequestKindSix) {
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(6, _url, _));
+    AnswerWith(204);
+    EXPECT_EQ(Words(_manager.DeleteFolder(_folder)), "results 2");
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderThatTheServiceDoesNotHaveCountsAsDeleted) {
+    for (const char* reason : {"Folder does not exist", "EXIST.NOT:DOES", "not found: the folder does\tnot.exist"}) {
+        AnswerWith(400, Reason(reason));
+        EXPECT_EQ(Words(_manager.DeleteFolder(_folder)), "results 2") << reason;
+    }
+    ASSERT_EQ(_log.Records().size(), 3U);
+    EXPECT_EQ(_log.Records()[0].level, InfoLevel);
+    EXPECT_EQ(_log.Records()[0].file, "DrovaneRemoteFolderManager");
+    EXPECT_EQ(
+        _log.Records()[0].text,
+        "Failed to delete folder Projects/A. The folder doesn't exist in server. Assuming the delete operation as "
+        "success.");
+    EXPECT_THAT(_log.Records()[0].function, HasSubstr("DrovaneRemoteFolderManager::DeleteFolder("));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, OtherReasonsAreFailuresOfADeletion) {
+    for (const char* reason : {"Folder doesn't exist", "it does not exists", "does exist", "not exist", ""}) {
+        AnswerWith(400, Reason(reason));
+        EXPECT_THROW(_manager.DeleteFolder(_folder), HttpException) << reason;
+    }
+    AnswerWith(404, Reason("does not exist"));
+    EXPECT_THROW(_manager.DeleteFolder(_folder), HttpException);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AMoveGoesFromServerPathToServerPathAndIsTraced) {
+    FolderConfiguration to;
+    to.serverPath = Text("Projects/B");
+    const auto destination = std::make_shared<QUrl>(Text("http://service.test/Projects/B"));
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A"))).WillOnce(Return(_url));
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/B"))).WillOnce(Return(destination));
+    EXPECT_CALL(*_httpFactory, CreateMoveRequest(_url, destination, FolderServerId));
+    AnswerWith(201);
+    EXPECT_EQ(Words(_manager.MoveFolder(_folder, to)), "results 3");
+    ASSERT_EQ(_log.Records().size(), 1U);
+    EXPECT_EQ(_log.Records()[0].level, DebugLevel);
+    EXPECT_EQ(_log.Records()[0].text, "Move: http://service.test/Projects/A to http://service.test/Projects/B\r\n");
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, NothingIsLoggedBelowTheLevelOfTheLogger) {
+    const tests::LogRecorder quiet(LOG4CPLUS_TEXT("DrovaneSyncSupport"), log4cplus::INFO_LOG_LEVEL);
+    AnswerWith(201);
+    _manager.MoveFolder(_folder, _folder);
+    EXPECT_THAT(quiet.Records(), IsEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, WhatTheExecutorThrowsPassesThrough) {
+    _executor->onExecute = [] { throw SyncException(Text("no answer")); };
+    for (const Operation& operation : Operations) {
+        EXPECT_THROW(operation.run(_manager, _folder), SyncException) << operation.name;
+    }
+}
+
+// --- Mapping of folders
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderRecordHasEveryFieldFromItsEntry) {
+    FolderConfiguration parent;
+    parent.serverKey = 3;
+    parent.serverId = FolderServerId;
+    parent.serverRootPath = Text("Projects");
+    parent.localPath = Text("/home/work");
+    DAVPropfindProperties properties;
+    properties.filename = Text("a%20b");
+    properties.ownerId = Text("owner");
+    properties.privileges = Text("rw");
+    properties.itemId = Text("item");
+    properties.lastModifiedDate = QDateTime::fromMSecsSinceEpoch(1000);
+    DAVPropfindResponse response(Text("/Projects/a%20b/"), properties);
+    response.resourceId = -17;
+
+    const FolderConfiguration folder = Access::BuildFolderConfig(_manager, parent, response);
+    EXPECT_EQ(folder.name, Text("a%20b"));
+    EXPECT_EQ(folder.lastModifiedDate, QDateTime::fromMSecsSinceEpoch(1000));
+    EXPECT_EQ(folder.resourceId, Text("-17"));
+    EXPECT_EQ(folder.serverPath, Text("Projects/a b"));
+    EXPECT_EQ(folder.serverRootPath, Text("Projects/a b"));
+    EXPECT_EQ(folder.localPath, Text("/home/work/a b"));
+    EXPECT_EQ(folder.serverKey, 3);
+    EXPECT_EQ(folder.ownerId, Text("owner"));
+    EXPECT_EQ(folder.getPrivileges(), Text("rw"));
+    EXPECT_EQ(folder.serverId, FolderServerId);
+    EXPECT_EQ(folder.getServerFolderId(), Text("item"));
+    EXPECT_TRUE(folder.companionServerPath.isEmpty());
+    EXPECT_EQ(folder.accessMask, 0);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, OneSlashIsRemovedAtEitherEndOfAFoldersPath) {
+    const auto pathOf = [this](const char* href) {
+        return Access::BuildFolderConfig(_manager, FolderConfiguration(), Entry(Folder, href)).serverPath;
+    };
+    EXPECT_EQ(pathOf("/Projects/A/"), Text("Projects/A"));
+    EXPECT_EQ(pathOf("/Projects/A"), Text("Projects/A"));
+    EXPECT_EQ(pathOf("//x//"), Text("/x/"));
+    EXPECT_EQ(pathOf("/"), Text(""));
+    EXPECT_EQ(pathOf("http://[bad/x"), Text(""));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, FoldersAndProjectsAreListedAndEveryOtherContainerIsIgnored) {
+    const auto result = std::make_shared<DAVPropfindResult>();
+    result->collectionResponses.insert(Text("d"), Entry(Folder, "/d/", 1));
+    result->collectionResponses.insert(Text("c"), Entry(Project, "/c/", 2));
+    result->collectionResponses.insert(Text("b"), Entry(Form, "/b/", 3));
+    result->collectionResponses.insert(Text("a"), Entry("", "/a/", 4));
+    QSet<int> ignored;
+    const auto folders = Access::BuildFolderConfigs(_manager, _folder, result, ignored);
+    ASSERT_EQ(folders->size(), 2);
+    EXPECT_EQ(folders->at(0).serverPath, Text("c"));
+    EXPECT_EQ(folders->at(1).serverPath, Text("d"));
+    EXPECT_EQ(ignored, QSet<int>() << 3 << 4);
+    EXPECT_TRUE(Access::BuildFolderConfigs(_manager, _folder, nullptr, ignored)->isEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, WhatLiesDirectlyInAnIgnoredContainerIsRemoved) {
+    const auto result = std::make_shared<DAVPropfindResult>();
+    // The child comes before its form in key order.
+    result->fileResponses.insert(Text("a in form"), Entry(File, "/form/a", 10, 5));
+    result->fileResponses.insert(Text("b in folder"), Entry(File, "/folder/b", 11, 6));
+    result->fileResponses.insert(Text("c in ignored"), Entry(File, "/other/c", 12, 7));
+    result->fileResponses.insert(Text("d in form's file"), Entry(File, "/form/a/d", 13, 10));
+    result->fileResponses.insert(Text("form"), Entry("DROVANE.objects.form", "/form", 5, 1));
+    QSet<int> ignored;
+    ignored << 7;
+    Access::IgnoreByClassTypeOfParent(_manager, result, ignored);
+    EXPECT_EQ(result->fileResponses.keys(), QList<QString>()
+                                                << Text("b in folder") << Text("d in form's file") << Text("form"));
+    EXPECT_EQ(ignored, QSet<int>() << 5 << 7);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ACopyOfTheEntriesHeldElsewhereStaysWhole) {
+    const auto result = std::make_shared<DAVPropfindResult>();
+    result->fileResponses.insert(Text("a"), Entry(File, "/form/a", 10, 5));
+    result->fileResponses.insert(Text("form"), Entry(Form, "/form", 5, 1));
+    const QMap<QString, DAVPropfindResponse> copy = result->fileResponses;
+    QSet<int> ignored;
+    Access::IgnoreByClassTypeOfParent(_manager, result, ignored);
+    EXPECT_EQ(copy.size(), 2);
+    EXPECT_EQ(result->fileResponses.size(), 1);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AChildOfAFormHasItsPathAsItsParent) {
+    const auto isChild = [this](const char* path, const char* form) {
+        return Access::ChildOfForm(_manager, Text(path), QSet<QString>() << Text(form));
+    };
+    EXPECT_TRUE(isChild("a/b/c", "a/b"));
+    EXPECT_FALSE(isChild("a/b/c", "a"));
+    EXPECT_FALSE(isChild("a/b/c", "A/B"));
+    EXPECT_TRUE(isChild("abc", "abc"));
+    EXPECT_FALSE(isChild("abc", "ab"));
+}
+
+// --- Listings
+
+TEST_F(DrovaneRemoteFolderManagerTest, SubFoldersAreAskedForSinceTheLastSync) {
+    const QDateTime lastSync = QDateTime::fromMSecsSinceEpoch(1600000000000);
+    _folder.setLastSyncTime(lastSync);
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A")));
+    EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 1));
+    _executor->onExecute = [this, lastSync] { EXPECT_EQ(_propfind->modifiedSinceTime, lastSync); };
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->collectionResponses.insert(Text("b"), Entry(Folder, "/Projects/A/b/", 1));
+    _propfind->result->collectionResponses.insert(Text("a"), Entry(Project, "/Projects/A/a/", 2));
+    const auto folders = _manager.GetNameSortedDirsByFolder(_folder);
+    ASSERT_EQ(folders->size(), 2);
+    EXPECT_EQ(folders->at(0).serverPath, Text("Projects/A/a"));
+    EXPECT_EQ(folders->at(1).serverPath, Text("Projects/A/b"));
+    EXPECT_TRUE(_propfind->properties.isEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheServicesTimeIsRecordedByListingsOn304Too) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    for (const int status : {207, 304}) {
+        for (int listing = 0; listing < 2; ++listing) {
+            _folder.setLastServerSyncRequestTime(QDateTime());
+            _propfind->result->serverTime = QDateTime();
+            AnswerWith(status);
+            std::shared_ptr<QVector<FolderConfiguration>> folders;
+            std::shared_ptr<QVector<FileConfiguration>> files;
+            const auto list = [&] {
+                if (listing == 0) {
+                    _manager.GetNameSortedDirsByFolder(_folder);
+                } else {
+                    _manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files);
+                }
+            };
+            list();
+            EXPECT_FALSE(_folder.getLastServerSyncRequestTime().isValid());
+            _propfind->result->serverTime = QDateTime::fromMSecsSinceEpoch(1700000000000);
+            list();
+            EXPECT_EQ(_folder.getLastServerSyncRequestTime(), QDateTime::fromMSecsSinceEpoch(1700000000000));
+        }
+    }
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ProcessingABadAnswerThrowsWithTheRequestsUrl) {
+    _propfind->url = QUrl(Text("http://service.test/requested"));
+    _propfind->statusCode = 302;
+    try {
+        Access::ProcessPropfindResult(_manager, _propfind);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(), Text("PROPFIND failed for url http://service.test/requested. Error code: 302."));
+        EXPECT_EQ(e.Url(), _propfind->url);
+    }
+    _propfind->statusCode = 304;
+    EXPECT_EQ(Access::ProcessPropfindResult(_manager, _propfind), _propfind->result);
+}
+
+std::shared_ptr<DAVPropfindResult> Tree() {
+    auto result = std::make_shared<DAVPropfindResult>();
+    result->collectionResponses.insert(Text("P/sub"), Entry(Folder, "/P/sub/", 2, 1));
+    result->collectionResponses.insert(Text("P/strange"), Entry("drovane.objects.Strange", "/P/strange/", 3, 1));
+    result->fileResponses.insert(Text("P/a.txt"), Entry(File, "/P/a.txt", 10, 1, 100));
+    result->fileResponses.insert(Text("P/form"), Entry(Form, "/P/form", 4, 1));
+    result->fileResponses.insert(Text("P/form/hidden.txt"), Entry(File, "/P/form/hidden.txt", 11, 4, 1000));
+    result->fileResponses.insert(Text("P/sub/b.txt"), Entry(File, "/P/sub/b.txt", 12, 2, 200));
+    return result;
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ATreeIsEverythingButTheContentsOfContainersThatAreNoFolders) {
+    const auto before = std::make_shared<QVector<FileConfiguration>>(3);
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files = before;
+    EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 2));
+    _propfind->result = Tree();
+    _propfind->result->fileResponses.insert(Text("P/strange/c.txt"), Entry(File, "/P/strange/c.txt", 13, 3));
+    EXPECT_EQ(_manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files), 0);
+    ASSERT_EQ(folders->size(), 1);
+    EXPECT_EQ(folders->at(0).serverPath, Text("P/sub"));
+    ASSERT_EQ(files->size(), 2);
+    EXPECT_EQ(files->at(0).serverPath, Text("P/a.txt"));
+    EXPECT_EQ(files->at(1).serverPath, Text("P/sub/b.txt"));
+    EXPECT_EQ(before->size(), 3);
+}
+
+// --- Sizes
+
+class FolderSizeTest : public DrovaneRemoteFolderManagerTest {
+protected:
+    int Measure(bool wholeTree = true) {
+        return _manager.GetFolderSize(Text("P"), FolderServerId, wholeTree, _count, _size, _subFolders, _fileFilter,
+                                      _folderFilter);
+    }
+
+    const std::shared_ptr<NiceMock<tests::MockSyncFilter>> _fileFilter =
+        std::make_shared<NiceMock<tests::MockSyncFilter>>();
+    const std::shared_ptr<NiceMock<tests::MockSyncFilter>> _folderFilter =
+        std::make_shared<NiceMock<tests::MockSyncFilter>>();
+    int _count = 0;
+    qint64 _size = 0;
+    QList<QString> _subFolders;
+};
+
+TEST_F(FolderSizeTest, AsksForThreePropertiesOfTheTreeOrTheChildren) {
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("P"))).Times(2);
+    EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 2));
+    EXPECT_EQ(Measure(true), 0);
+    EXPECT_EQ(_propfind->properties, QStringList() << Text("{DAV:}D:getcontenttype") << Text("{DAV:}P:getcontentlength")
+                                                   << Text("{DAV:}P:resourceclasstype"));
+    EXPECT_FALSE(_propfind->modifiedSinceTime.isValid());
+    EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 1));
+    EXPECT_EQ(Measure(false), 0);
+}
+
+TEST_F(FolderSizeTest, CountsWhatTheTreeListingLists) {
+    _propfind->result = Tree();
+    EXPECT_EQ(Measure(), 0);
+    EXPECT_EQ(_count, 2);
+    EXPECT_EQ(_size, 300);
+    EXPECT_EQ(_subFolders, QList<QString>() << Text("P/sub/"));
+}
+
+TEST_F(FolderSizeTest, AddsToWhatTheCallerHas) {
+    _propfind->result = Tree();
+    Measure();
+    Measure();
+    EXPECT_EQ(_count, 4);
+    EXPECT_EQ(_size, 600);
+    EXPECT_EQ(_subFolders.size(), 2);
+}
+
+TEST_F(FolderSizeTest, AnUnchangedAnswerIsWalkedLikeAnyOther) {
+    AnswerWith(304);
+    _propfind->result = Tree();
+    EXPECT_EQ(Measure(), 0);
+    EXPECT_EQ(_count, 2);
+}
+
+TEST_F(FolderSizeTest, ANegativeLengthLowersTheTotal) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->fileResponses.insert(Text("a"), Entry(File, "/P/a", 1, 1, -1073741824));
+    Measure();
+    EXPECT_EQ(_count, 1);
+    EXPECT_EQ(_size, Q_INT64_C(-1073741824));
+}
+
+TEST_F(FolderSizeTest, TheFiltersSeePathsBelowTheFolderAndFoldersWithIt) {
+    _propfind->result = Tree();
+    const testing::InSequence inOrder;
+    // The relative path keeps the slash behind the folder: "/a.txt".
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(Text(""), 2)).Times(2).WillRepeatedly(Return(false));
+    EXPECT_CALL(*_fileFilter, IsFileExcluded(Text("a.txt"), 100, 2)).WillOnce(Return(true));
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(Text(""), 2)).WillOnce(Return(false));
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(Text("sub"), 2)).WillOnce(Return(true));
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(Text("P"), 2)).WillOnce(Return(true));
+    Measure();
+    EXPECT_EQ(_count, 0);
+    EXPECT_TRUE(_subFolders.isEmpty());
+}
+
+TEST_F(FolderSizeTest, TheFormThatListsNothingIsNotCountedItself) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->fileResponses.insert(Text("form"), Entry(Form, "/P/form", 1, 1, 50));
+    _propfind->result->fileResponses.insert(Text("other"), Entry("drovane.objects.Other", "/P/other", 2, 1, 60));
+    Measure();
+    EXPECT_EQ(_count, 0);
+}
+
+/// Counts the calls of the overload with the list.
+class OverridingManager : public DrovaneRemoteFolderManager {
+public:
+    using DrovaneRemoteFolderManager::DrovaneRemoteFolderManager;
+    using DrovaneRemoteFolderManager::GetFolderSize;
+    int GetFolderSize(const QString&, int, bool, int&, qint64&, QList<QString>& subFolders,
+                      std::shared_ptr<ISyncFilter>, std::shared_ptr<ISyncFilter>) override {
+        EXPECT_TRUE(subFolders.isEmpty());
+        return ++calls;
+    }
+    int calls = 0;
+};
+
+TEST_F(FolderSizeTest, WithoutTheListTheOverrideOfTheOtherOverloadIsCalled) {
+    OverridingManager manager(_urlBuilder, ServerId, nullptr, _httpFactory, _configurationFactory);
+    sync::interf::IRemoteFolderManager& asInterface = manager;
+    EXPECT_EQ(asInterface.GetFolderSize(Text("P"), 0, true, _count, _size, _fileFilter, _folderFilter), 1);
+    EXPECT_EQ(manager.calls, 1);
+}
+
+}  // namespace
