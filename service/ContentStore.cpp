@@ -116,7 +116,7 @@ std::optional<std::vector<ContentStore::Entry>> ContentStore::List(const std::st
     std::vector<Entry> entries;
     for (errno = 0; const dirent* found = readdir(names.get()); errno = 0) {
         const std::string name = found->d_name;
-        if (!IsSegment(name) || (path.empty() && name == reservedName)) {
+        if (!IsSegment(name) || (path.empty() && IsReserved(name))) {
             continue;
         }
         auto entry = Describe(folder.Get(), name);

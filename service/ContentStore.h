@@ -46,7 +46,7 @@ public:
     std::optional<Entry> Find(std::string_view path) const;
 
     /// The files and folders in a folder, in the order of the bytes of their names; nothing when there is no such
-    /// folder. Leaves out everything else, names that are not UTF-8, and the service's own folder.
+    /// folder. Leaves out everything else, names that are not UTF-8, and reserved ones.
     std::optional<std::vector<Entry>> List(const std::string& path) const;
 
     /// Opens a file for reading.

@@ -1,5 +1,6 @@
 #include "service/MetadataStore.h"
 
+#include <charconv>
 #include <limits>
 #include <stdexcept>
 
@@ -48,15 +49,9 @@ CREATE TABLE journal (
 PRAGMA user_version = 1;
 )";
 
-constexpr const char* selectChild =
+const std::string selectResource =
     "SELECT id, parent, name, collection, owner, privileges, visibility, classtype, displayname, syncoption, "
-    "linksextractedat, attribute, version, size, modified, md5, created, changed FROM resource "
-    "WHERE parent = ? AND name = ?";
-
-constexpr const char* selectChildren =
-    "SELECT id, parent, name, collection, owner, privileges, visibility, classtype, displayname, syncoption, "
-    "linksextractedat, attribute, version, size, modified, md5, created, changed FROM resource "
-    "WHERE parent = ? ORDER BY name";
+    "linksextractedat, attribute, version, size, modified, md5, created, changed FROM resource ";
 
 constexpr const char* insertResource =
     "INSERT INTO resource (parent, name, collection, owner, privileges, visibility, classtype, displayname, "
@@ -88,8 +83,9 @@ void WithColumns(const Resource& r, Run run) {
 MetadataStore::MetadataStore(const std::string& file, const std::string& owner, std::int64_t now)
     : _database(file),
       _storeId(_OpenTables(owner, now)),
-      _child(_database.Handle(), selectChild),
-      _children(_database.Handle(), selectChildren),
+      _child(_database.Handle(), (selectResource + "WHERE parent = ? AND name = ?").c_str()),
+      _byId(_database.Handle(), (selectResource + "WHERE id = ?").c_str()),
+      _children(_database.Handle(), (selectResource + "WHERE parent = ? ORDER BY name").c_str()),
       _insert(_database.Handle(), insertResource),
       _update(_database.Handle(), updateResource),
       _updateTimes(_database.Handle(), "UPDATE resource SET modified = ?, changed = ? WHERE id = ?"),
@@ -141,6 +137,20 @@ std::optional<Resource> MetadataStore::Child(std::int64_t parent, const std::str
     std::optional<Resource> found;
     _child.Each([&] { found = _Row(_child); }, parent, name);
     return found;
+}
+
+std::optional<Resource> MetadataStore::ById(std::int64_t id) {
+    std::optional<Resource> found;
+    _byId.Each([&] { found = _Row(_byId); }, id);
+    return found;
+}
+
+std::optional<Resource> MetadataStore::ByItemId(std::string_view itemId) {
+    const std::string_view digits = itemId.substr(itemId.rfind('-') + 1);
+    std::int64_t id = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), id);
+    auto found = ById(id);
+    return found && found->itemId == itemId ? found : std::nullopt;
 }
 
 std::vector<Resource> MetadataStore::Children(std::int64_t parent) {

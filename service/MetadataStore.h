@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "service/Database.h"
@@ -26,6 +27,8 @@ public:
 
     Resource Root();
     std::optional<Resource> Child(std::int64_t parent, const std::string& name);
+    std::optional<Resource> ById(std::int64_t id);
+    std::optional<Resource> ByItemId(std::string_view itemId);
     /// In the order of the bytes of their names.
     std::vector<Resource> Children(std::int64_t parent);
 
@@ -64,6 +67,7 @@ private:
     // Makes the item ids of two stores different.
     std::string _storeId;
     Statement _child;
+    Statement _byId;
     Statement _children;
     Statement _insert;
     Statement _update;

@@ -43,6 +43,19 @@ std::string Request::PathOf(std::string_view url) const {
     return ParseUrlPath(path.substr(0, path.find('?')));
 }
 
+Address Request::Where() const {
+    return Address::Parse(Split(target).second);
+}
+
+bool Request::IsByFolderId() const {
+    return Address::IsById(Split(target).second);
+}
+
+bool Request::IsOfOwnClient() const {
+    const std::string* version = Header("x-ovs-version");
+    return version != nullptr && *version == "1";
+}
+
 Request::Depth Request::RequestedDepth() const {
     const std::string* depth = Header("depth");
     if (depth == nullptr || strcasecmp(depth->c_str(), "infinity") == 0) {

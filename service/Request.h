@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "service/Address.h"
 #include "service/UploadFile.h"
 
 namespace service {
@@ -28,8 +29,17 @@ public:
     /// The header with this name (in lower case), or null.
     const std::string* Header(const std::string& name) const;
 
-    /// The server path that the request is about. Throws HttpError.
+    /// The server path that the request is about. Throws HttpError, 403 for a folder by its id.
     std::string Path() const;
+
+    /// What the request is about. Throws HttpError.
+    Address Where() const;
+
+    /// Whether it is about a folder by its id, or something in one.
+    bool IsByFolderId() const;
+
+    /// Whether the client names itself as one of the service's own: the answers then differ from RFC 4918.
+    bool IsOfOwnClient() const;
 
     /// The server path in a URL that another part of the request gives. Throws HttpError, 502 if it is on another
     /// server.

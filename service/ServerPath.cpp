@@ -10,7 +10,30 @@ namespace {
 
 constexpr std::size_t longestSegment = 255;
 
-std::string DecodeSegment(std::string_view encoded) {
+}  // namespace
+
+bool IsSegment(std::string_view name) {
+    return !name.empty() && name.size() <= longestSegment && name != "." && name != ".." &&
+           name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos && IsValidUtf8(name);
+}
+
+bool IsReserved(std::string_view path) {
+    return IsWithin(path, reservedName) || IsWithin(path, addressName);
+}
+
+std::vector<std::string_view> SplitUrlPath(std::string_view urlPath) {
+    std::vector<std::string_view> segments;
+    while (!urlPath.empty()) {
+        const std::size_t length = std::min(urlPath.find('/'), urlPath.size());
+        if (length > 0) {
+            segments.push_back(urlPath.substr(0, length));
+        }
+        urlPath.remove_prefix(std::min(length + 1, urlPath.size()));
+    }
+    return segments;
+}
+
+std::optional<std::string> DecodeSegment(std::string_view encoded) {
     std::string decoded;
     decoded.reserve(encoded.size());
     for (std::size_t i = 0; i < encoded.size(); ++i) {
@@ -22,7 +45,7 @@ std::string DecodeSegment(std::string_view encoded) {
         const std::string_view digits = encoded.substr(i + 1, 2);
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
         if (digits.size() != 2 || error != std::errc() || end != digits.data() + 2) {
-            throw HttpError(400, "The URL has a '%' that two hexadecimal digits do not follow");
+            return std::nullopt;
         }
         decoded += static_cast<char>(value);
         i += 2;
@@ -30,11 +53,18 @@ std::string DecodeSegment(std::string_view encoded) {
     return decoded;
 }
 
-}  // namespace
-
-bool IsSegment(std::string_view name) {
-    return !name.empty() && name.size() <= longestSegment && name != "." && name != ".." &&
-           name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos && IsValidUtf8(name);
+std::string ParseSegment(std::string_view encoded) {
+    std::optional<std::string> segment = DecodeSegment(encoded);
+    if (!segment) {
+        throw HttpError(400, "The URL has a '%' that two hexadecimal digits do not follow");
+    }
+    if (segment->size() > longestSegment) {
+        throw HttpError(414, "A name in the URL is longer than 255 bytes");
+    }
+    if (!IsSegment(*segment)) {
+        throw HttpError(400, "A name in the URL is '.' or '..', has '/' or NUL in it, or is not UTF-8");
+    }
+    return std::move(*segment);
 }
 
 std::string ParseUrlPath(std::string_view urlPath) {
@@ -45,24 +75,11 @@ std::string ParseUrlPath(std::string_view urlPath) {
         throw HttpError(400, "The URL has a fragment");
     }
     std::string path;
-    while (!urlPath.empty()) {
-        urlPath.remove_prefix(1);
-        const std::size_t length = std::min(urlPath.find('/'), urlPath.size());
-        const std::string segment = DecodeSegment(urlPath.substr(0, length));
-        urlPath.remove_prefix(length);
-        if (segment.empty()) {
-            continue;
-        }
-        if (segment.size() > longestSegment) {
-            throw HttpError(414, "A name in the URL is longer than 255 bytes");
-        }
-        if (!IsSegment(segment)) {
-            throw HttpError(400, "A name in the URL is '.' or '..', has '/' or NUL in it, or is not UTF-8");
-        }
-        if (path.empty() && segment == reservedName) {
-            throw HttpError(403, "'" + segment + "' belongs to the service itself");
-        }
-        path = ChildPath(path, segment);
+    for (const std::string_view encoded : SplitUrlPath(urlPath)) {
+        path = ChildPath(path, ParseSegment(encoded));
+    }
+    if (IsReserved(path)) {
+        throw HttpError(403, "'" + path + "' belongs to the service itself");
     }
     return path;
 }

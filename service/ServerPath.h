@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace service {
 
@@ -11,11 +13,27 @@ namespace service {
 /// The folder at the root that holds the service's own files. No request reaches it.
 inline constexpr std::string_view reservedName = ".ovsync-service";
 
+/// The name in the root that the addresses of folders by their ids begin with. Nothing is stored there.
+inline constexpr std::string_view addressName = ".ovs";
+
+/// Whether `path` is or begins with one of the two names above.
+bool IsReserved(std::string_view path);
+
 /// Whether `name` can be a segment of a server path.
 bool IsSegment(std::string_view name);
 
+/// The segments of the path of a URL as they are, without the empty ones.
+std::vector<std::string_view> SplitUrlPath(std::string_view urlPath);
+
+/// The bytes that a percent-encoded text stands for; nothing when a '%' is not followed by two hexadecimal digits.
+std::optional<std::string> DecodeSegment(std::string_view encoded);
+
+/// The segment of a server path that a percent-encoded text stands for.
+/// Throws HttpError: 400 when it cannot be read, 414 when it is too long.
+std::string ParseSegment(std::string_view encoded);
+
 /// The server path in the path of a URL, which must begin with "/". Empty segments are skipped.
-/// Throws HttpError: 400 when it cannot be read, 403 when it is reserved, 414 when a segment is too long.
+/// Throws HttpError as ParseSegment() does, and 403 when it is reserved.
 std::string ParseUrlPath(std::string_view urlPath);
 
 /// The percent-encoded absolute path of a resource; ends in "/" for a collection.

@@ -174,6 +174,38 @@ std::vector<Resource> ServiceTree::_Children(Resource& parent, const std::string
     return children;
 }
 
+// The server path of `address`; nothing when it begins in a folder that is not there.
+std::optional<std::string> ServiceTree::_Path(const Address& address) {
+    if (!address.folder) {
+        return address.path;
+    }
+    const auto folder = _metadata.ByItemId(*address.folder);
+    std::string path;
+    for (auto step = folder; step && step->parent != 0; step = _metadata.ById(step->parent)) {
+        path = path.empty() ? step->name : ChildPath(step->name, path);
+    }
+    // People may have taken it away.
+    const auto found = folder && folder->collection ? _Find(path) : std::nullopt;
+    if (!found || found->id != folder->id) {
+        return std::nullopt;
+    }
+    if (!address.path.empty()) {
+        path = ChildPath(path, address.path);
+    }
+    if (IsReserved(path)) {
+        throw HttpError(403, "'" + path + "' belongs to the service itself");
+    }
+    return path;
+}
+
+std::string ServiceTree::_ExistingPath(const Address& address) {
+    const auto path = _Path(address);
+    if (!path) {
+        throw HttpError(404, "There is no folder with this id");
+    }
+    return *path;
+}
+
 Resource ServiceTree::_Root() {
     Resource root = _metadata.Root();
     const auto found = _content.Find("");
@@ -238,8 +270,9 @@ Listing ServiceTree::_List(const std::string& path, const Resource& resource, Re
     return listing;
 }
 
-Listing ServiceTree::List(const std::string& path, Request::Depth depth, bool withDeadProperties) {
+Listing ServiceTree::List(const Address& address, Request::Depth depth, bool withDeadProperties) {
     const std::lock_guard lock(_mutex);
+    const std::string path = _ExistingPath(address);
     Listing listing = _List(path, _Existing(path), depth);
     if (withDeadProperties) {
         for (Listing::Entry& entry : listing.entries) {
@@ -298,8 +331,14 @@ std::pair<Resource, bool> ServiceTree::Put(const std::string& path, UploadFile& 
     return {resource, !existing};
 }
 
-void ServiceTree::MakeCollection(const std::string& path, const std::string& user, const Preconditions& preconditions) {
+Resource ServiceTree::MakeCollection(const Address& address, const std::string& user,
+                                     const Preconditions& preconditions) {
     const std::lock_guard lock(_mutex);
+    const auto known = _Path(address);
+    if (!known) {
+        throw HttpError(409, "There is no folder with this id");
+    }
+    const std::string& path = *known;
     if (_Find(path)) {
         throw HttpError(405, "There is a resource at '" + path + "' already");
     }
@@ -315,12 +354,14 @@ void ServiceTree::MakeCollection(const std::string& path, const std::string& use
         _metadata.Insert(resource);
         _ChildrenChanged(parent, ParentPath(path));
     });
+    return resource;
 }
 
-void ServiceTree::Remove(const std::string& path, const Preconditions& preconditions) {
+void ServiceTree::Remove(const Address& address, const Preconditions& preconditions) {
     const std::string removed = _content.WorkPath();
     {
         const std::lock_guard lock(_mutex);
+        const std::string path = _ExistingPath(address);
         if (path.empty()) {
             throw HttpError(403, "The root cannot be removed");
         }

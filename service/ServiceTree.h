@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "service/Address.h"
 #include "service/Clock.h"
 #include "service/ContentStore.h"
 #include "service/Listing.h"
@@ -35,8 +36,8 @@ public:
     /// The service's time in milliseconds since 1970.
     std::int64_t Now() { return _clock.Now(); }
 
-    /// Throws HttpError 404 when there is nothing at `path`.
-    Listing List(const std::string& path, Request::Depth depth, bool withDeadProperties);
+    /// Throws HttpError 404 when there is nothing at `address`.
+    Listing List(const Address& address, Request::Depth depth, bool withDeadProperties);
 
     /// The resource at `path` and, if it is a file, the file opened for reading.
     std::pair<Resource, FileDescriptor> Open(const std::string& path, const Preconditions& preconditions);
@@ -48,9 +49,10 @@ public:
     std::pair<Resource, bool> Put(const std::string& path, UploadFile& upload, const std::string& user,
                                   const Preconditions& preconditions);
 
-    void MakeCollection(const std::string& path, const std::string& user, const Preconditions& preconditions);
+    /// Returns what it made.
+    Resource MakeCollection(const Address& address, const std::string& user, const Preconditions& preconditions);
 
-    void Remove(const std::string& path, const Preconditions& preconditions);
+    void Remove(const Address& address, const Preconditions& preconditions);
 
     /// Both return whether there was nothing at `to` before.
     bool Copy(const std::string& from, const std::string& to, Request::Depth depth, bool overwrite,
@@ -82,6 +84,8 @@ private:
         std::optional<Resource> replaced;
     };
 
+    std::optional<std::string> _Path(const Address& address);
+    std::string _ExistingPath(const Address& address);
     Resource _Root();
     std::optional<Resource> _Find(const std::string& path);
     Resource _Existing(const std::string& path);

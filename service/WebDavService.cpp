@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <limits>
@@ -26,9 +27,12 @@ constexpr std::array<const char*, 10> methods{"OPTIONS", "GET",  "HEAD", "PUT", 
                                               "MKCOL",   "COPY", "MOVE", "PROPFIND", "PROPPATCH"};
 constexpr const char* xmlType = "application/xml; charset=\"utf-8\"";
 
-std::string AllMethodsBut(const std::string& refused) {
+constexpr std::array<const char*, 3> methodsById{"DELETE", "MKCOL", "PROPFIND"};
+
+template <typename Methods>
+std::string AllBut(const Methods& offered, const std::string& refused) {
     std::string list;
-    for (const char* method : methods) {
+    for (const char* method : offered) {
         if (method != refused) {
             list += (list.empty() ? "" : ", ") + std::string(method);
         }
@@ -98,6 +102,26 @@ bool IsCurrent(const Request& request, const Resource& resource) {
     return since && resource.ModifiedSeconds() <= *since;
 }
 
+// What only addresses by path take.
+void RefuseByFolderId(const Request& request) {
+    const bool offered = std::find(methodsById.begin(), methodsById.end(), request.method) != methodsById.end();
+    if (!offered || (request.method != "MKCOL" && !request.Where().path.empty())) {
+        throw HttpError(notAllowed, "The address of a folder by its id does not take " + request.method);
+    }
+    if (request.method == "PROPFIND" && request.RequestedDepth() != Request::Depth::Zero) {
+        throw HttpError(403, "The address of a folder by its id takes no other Depth than 0");
+    }
+}
+
+void AddFolderHeaders(Answer& answer, const Resource& folder) {
+    answer.headers.emplace_back("x-ovs-id", folder.itemId);
+    const bool fits =
+        std::none_of(folder.owner.begin(), folder.owner.end(), [](unsigned char c) { return std::iscntrl(c) != 0; });
+    if (fits) {
+        answer.headers.emplace_back("x-ovs-ownerid", folder.owner);
+    }
+}
+
 }  // namespace
 
 bool WebDavService::Knows(const std::string& method) {
@@ -117,8 +141,14 @@ Answer WebDavService::Handle(Request& request) {
         return _Dispatch(request);
     } catch (...) {
         Answer answer = Failure();
-        if (answer.status == notAllowed) {
-            answer.headers.emplace_back("Allow", AllMethodsBut(request.method));
+        auto reason =
+            request.IsOfOwnClient() ? _reasons.Next(answer.status, request.method, request.target) : std::nullopt;
+        if (reason) {
+            answer.status = 400;
+            answer.headers.emplace_back("x-ovs-reason-phrase", std::move(*reason));
+        } else if (answer.status == notAllowed) {
+            answer.headers.emplace_back(
+                "Allow", request.IsByFolderId() ? AllBut(methodsById, "") : AllBut(methods, request.method));
         }
         return answer;
     }
@@ -148,6 +178,9 @@ Answer WebDavService::_Dispatch(Request& request) {
     if (operation == operations.end()) {
         throw HttpError(notAllowed, "The service does not know the method " + request.method);
     }
+    if (request.IsByFolderId()) {
+        RefuseByFolderId(request);
+    }
     return (this->*operation->second)(request);
 }
 
@@ -156,7 +189,7 @@ Answer WebDavService::_Options(Request& request) {
         request.Path();
     }
     Answer answer;
-    answer.headers = {{"DAV", "1, drovane"}, {"Allow", AllMethodsBut("")}, {"MS-Author-Via", "DAV"}};
+    answer.headers = {{"DAV", "1, drovane"}, {"Allow", AllBut(methods, "")}, {"MS-Author-Via", "DAV"}};
     return answer;
 }
 
@@ -165,7 +198,7 @@ Answer WebDavService::_Get(Request& request) {
     auto [resource, file] = _tree.Open(path, Preconditions(request));
     if (resource.collection) {
         std::string names;
-        for (const auto& entry : _tree.List(path, Request::Depth::One, false).entries) {
+        for (const auto& entry : _tree.List({path}, Request::Depth::One, false).entries) {
             names += entry.path == path ? "" : LastSegment(entry.path) + (entry.resource.collection ? "/\n" : "\n");
         }
         return Text(200, names);
@@ -220,7 +253,7 @@ Answer WebDavService::_Delete(Request& request) {
     if (request.RequestedDepth() != Request::Depth::Infinity) {
         throw HttpError(400, "DELETE takes no other Depth than infinity");
     }
-    _tree.Remove(request.Path(), Preconditions(request));
+    _tree.Remove(request.Where(), Preconditions(request));
     Answer answer;
     answer.status = 204;
     return answer;
@@ -230,9 +263,19 @@ Answer WebDavService::_MakeCollection(Request& request) {
     if (!request.body.empty()) {
         throw HttpError(415, "MKCOL takes no body");
     }
-    _tree.MakeCollection(request.Path(), request.user, Preconditions(request));
+    const Resource made = _tree.MakeCollection(request.Where(), request.user, Preconditions(request));
     Answer answer;
     answer.status = 201;
+    if (request.IsOfOwnClient()) {
+        AddFolderHeaders(answer, made);
+        std::string xml = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<Response><Folders><Folder><id>";
+        AppendEscaped(xml, made.itemId);
+        xml += "</id><ownerId>";
+        AppendEscaped(xml, made.owner);
+        xml += "</ownerId></Folder></Folders></Response>\n";
+        answer.headers.emplace_back("Content-Type", xmlType);
+        answer.body = std::make_unique<TextBody>(std::move(xml));
+    }
     return answer;
 }
 
@@ -260,7 +303,7 @@ Answer WebDavService::_CopyOrMove(Request& request) {
 
 Answer WebDavService::_Propfind(Request& request) {
     PropfindRequest wanted = PropfindRequest::Parse(request.body);
-    Listing listing = _tree.List(request.Path(), request.RequestedDepth(), WantsDeadProperties(wanted));
+    Listing listing = _tree.List(request.Where(), request.RequestedDepth(), WantsDeadProperties(wanted));
     const std::string* date = request.Header("if-modified-since");
     const auto since = date == nullptr ? std::nullopt : ParseHttpDate(*date);
     Answer answer;
@@ -271,6 +314,10 @@ Answer WebDavService::_Propfind(Request& request) {
     }
     answer.status = 207;
     answer.headers.emplace_back("Content-Type", xmlType);
+    const Resource& asked = listing.entries.front().resource;
+    if (request.IsOfOwnClient() && asked.collection) {
+        AddFolderHeaders(answer, asked);
+    }
     const bool minimal = request.PrefersMinimal();
     if (minimal) {
         answer.headers.emplace_back("Preference-Applied", "return=minimal");

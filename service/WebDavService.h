@@ -4,6 +4,7 @@
 
 #include "service/Answer.h"
 #include "service/Preconditions.h"
+#include "service/ReasonPhrases.h"
 #include "service/Request.h"
 #include "service/ServiceTree.h"
 
@@ -39,6 +40,7 @@ private:
     Answer _Proppatch(Request& request);
 
     ServiceTree& _tree;
+    ReasonPhrases _reasons;
 };
 
 }  // namespace service

@@ -72,7 +72,7 @@ service::HttpServer::Options ToOptions(const Arguments& arguments) {
     for (const std::string& fault : arguments.faults) {
         options.faults.push_back(service::Fault::Parse(fault));
     }
-    if (!service::IsSegment(arguments.seedFolder) || arguments.seedFolder == service::reservedName) {
+    if (!service::IsSegment(arguments.seedFolder) || service::IsReserved(arguments.seedFolder)) {
         throw std::invalid_argument("--seed-folder: '" + arguments.seedFolder + "' cannot be the name of a folder");
     }
     return options;

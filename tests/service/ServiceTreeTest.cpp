@@ -30,17 +30,19 @@ protected:
         return _tree->Put(path, *upload, "berta", _none).second;
     }
 
-    Resource Get(const std::string& path) { return _tree->List(path, Depth::Zero, false).entries.front().resource; }
+    Resource Get(const std::string& path) { return _tree->List({path}, Depth::Zero, false).entries.front().resource; }
 
     std::vector<std::string> Names(const std::string& path, Depth depth = Depth::One) {
         std::vector<std::string> names;
-        for (const auto& entry : _tree->List(path, depth, false).entries) {
+        for (const auto& entry : _tree->List({path}, depth, false).entries) {
             names.push_back(entry.path);
         }
         return names;
     }
 
-    std::int64_t LastChange(const std::string& path, Depth depth) { return _tree->List(path, depth, false).lastChange; }
+    std::int64_t LastChange(const std::string& path, Depth depth) {
+        return _tree->List({path}, depth, false).lastChange;
+    }
 
     // A moment that is later than every change before and earlier than every change after it.
     std::int64_t Moment() {
@@ -88,7 +90,7 @@ TEST_F(ServiceTreeTest, PutKeepsTheIdentityAndRaisesTheVersion) {
 }
 
 TEST_F(ServiceTreeTest, MoveKeepsTheIdentityOfAllAndCopyDoesNot) {
-    _tree->MakeCollection("a", "anna", _none);
+    _tree->MakeCollection({"a"}, "anna", _none);
     Put("a/f", "x");
     Set("a/f", "u:color", "red");
     const Resource folder = Get("a");
@@ -107,13 +109,13 @@ TEST_F(ServiceTreeTest, MoveKeepsTheIdentityOfAllAndCopyDoesNot) {
     EXPECT_EQ(Get("c/f").owner, "carla");
     EXPECT_EQ(Get("c/f").parent, Get("c").id);
     EXPECT_EQ(_folder.Read("c/f"), "y");
-    const auto copied = _tree->List("c/f", Depth::Zero, true).entries.front().deadProperties;
+    const auto copied = _tree->List({"c/f"}, Depth::Zero, true).entries.front().deadProperties;
     ASSERT_EQ(copied.size(), 1U);
     EXPECT_EQ(copied.front().name.name, "color");
 }
 
 TEST_F(ServiceTreeTest, CopyOfDepthZeroLeavesTheChildrenOut) {
-    _tree->MakeCollection("a", "anna", _none);
+    _tree->MakeCollection({"a"}, "anna", _none);
     Put("a/f", "x");
     _tree->Copy("a", "b", Depth::Zero, true, "anna", _none);
     EXPECT_THAT(Names("b"), testing::ElementsAre("b"));
@@ -121,7 +123,7 @@ TEST_F(ServiceTreeTest, CopyOfDepthZeroLeavesTheChildrenOut) {
 
 TEST_F(ServiceTreeTest, MoveAndCopyReplaceWhatIsThere) {
     Put("f", "file");
-    _tree->MakeCollection("d", "anna", _none);
+    _tree->MakeCollection({"d"}, "anna", _none);
     Put("d/x", "x");
     EXPECT_EQ(StatusOf([&] { _tree->Move("f", "d", false, _none); }), 412);
     EXPECT_FALSE(_tree->Copy("f", "d", Depth::Infinity, true, "anna", _none));
@@ -132,14 +134,14 @@ TEST_F(ServiceTreeTest, MoveAndCopyReplaceWhatIsThere) {
 }
 
 TEST_F(ServiceTreeTest, NothingIsMovedOrCopiedIntoOrOverItself) {
-    _tree->MakeCollection("a", "anna", _none);
-    _tree->MakeCollection("a/b", "anna", _none);
+    _tree->MakeCollection({"a"}, "anna", _none);
+    _tree->MakeCollection({"a/b"}, "anna", _none);
     for (const char* to : {"a", "a/b/c", ""}) {
         EXPECT_EQ(StatusOf([&] { _tree->Move("a", to, true, _none); }), 403) << to;
         EXPECT_EQ(StatusOf([&] { _tree->Copy("a", to, Depth::Infinity, true, "anna", _none); }), 403) << to;
     }
     EXPECT_EQ(StatusOf([&] { _tree->Move("a/b", "a", true, _none); }), 403);
-    EXPECT_EQ(StatusOf([&] { _tree->Remove("", _none); }), 403);
+    EXPECT_EQ(StatusOf([&] { _tree->Remove({""}, _none); }), 403);
     EXPECT_THAT(Names("", Depth::Infinity), testing::ElementsAre("", "a", "a/b"));
 }
 
@@ -190,8 +192,8 @@ TEST_F(ServiceTreeTest, SymbolicLinksAreNeitherSeenNorOverwritten) {
     EXPECT_EQ(StatusOf([&] { Get("etc/passwd"); }), 404);
     EXPECT_EQ(StatusOf([&] { Put("passwd", "x"); }), 403);
     EXPECT_EQ(StatusOf([&] { Put("etc/new", "x"); }), 409);
-    EXPECT_EQ(StatusOf([&] { _tree->MakeCollection("etc", "anna", _none); }), 403);
-    EXPECT_EQ(StatusOf([&] { _tree->Remove("passwd", _none); }), 404);
+    EXPECT_EQ(StatusOf([&] { _tree->MakeCollection({"etc"}, "anna", _none); }), 403);
+    EXPECT_EQ(StatusOf([&] { _tree->Remove({"passwd"}, _none); }), 404);
     EXPECT_TRUE(std::filesystem::is_symlink(_folder / "passwd"));
 }
 
@@ -200,14 +202,14 @@ TEST_F(ServiceTreeTest, RemovingAFolderDoesNotFollowItsLinks) {
     outside.Write("kept", "k");
     _folder.Write("d/f", "");
     std::filesystem::create_symlink(outside.Path(), _folder / "d/link");
-    _tree->Remove("d", _none);
+    _tree->Remove({"d"}, _none);
     EXPECT_FALSE(_folder.Has("d"));
     EXPECT_EQ(outside.Read("kept"), "k");
 }
 
 TEST_F(ServiceTreeTest, ChecksumIsComputedWhenItIsNeededAndKept) {
     _folder.Write("f", "abc");
-    auto listing = _tree->List("f", Depth::Zero, false);
+    auto listing = _tree->List({"f"}, Depth::Zero, false);
     EXPECT_EQ(listing.entries.front().resource.md5, "");
     _tree->CompleteChecksum(listing.entries.front());
     EXPECT_EQ(listing.entries.front().resource.md5, "900150983cd24fb0d6963f7d28e17f72");
@@ -218,8 +220,8 @@ TEST_F(ServiceTreeTest, ChecksumIsComputedWhenItIsNeededAndKept) {
 }
 
 TEST_F(ServiceTreeTest, ChangeReachesTheScopesItIsIn) {
-    _tree->MakeCollection("a", "anna", _none);
-    _tree->MakeCollection("a/b", "anna", _none);
+    _tree->MakeCollection({"a"}, "anna", _none);
+    _tree->MakeCollection({"a/b"}, "anna", _none);
     Put("a/b/f", "x");
     std::int64_t before = Moment();
     Put("a/b/f", "longer");
@@ -238,14 +240,14 @@ TEST_F(ServiceTreeTest, ChangeReachesTheScopesItIsIn) {
 }
 
 TEST_F(ServiceTreeTest, NewAndRemovedChildrenChangeTheirCollection) {
-    _tree->MakeCollection("a", "anna", _none);
+    _tree->MakeCollection({"a"}, "anna", _none);
     std::int64_t before = Moment();
     Put("a/f", "x");
     EXPECT_GT(LastChange("a", Depth::Zero), before);
     EXPECT_GT(LastChange("", Depth::One), before);
     EXPECT_LT(LastChange("", Depth::Zero), before);
     before = Moment();
-    _tree->Remove("a/f", _none);
+    _tree->Remove({"a/f"}, _none);
     EXPECT_GT(LastChange("a", Depth::Zero), before);
     EXPECT_GT(LastChange("a", Depth::One), before);
     EXPECT_GT(LastChange("", Depth::Infinity), before);
@@ -253,7 +255,7 @@ TEST_F(ServiceTreeTest, NewAndRemovedChildrenChangeTheirCollection) {
 
 TEST_F(ServiceTreeTest, MoveChangesBothCollectionsAndAllThatMoved) {
     for (const char* path : {"a", "b", "a/x", "a/x/y"}) {
-        _tree->MakeCollection(path, "anna", _none);
+        _tree->MakeCollection({path}, "anna", _none);
     }
     const std::int64_t before = Moment();
     _tree->Move("a/x", "b/x", true, _none);
@@ -310,7 +312,7 @@ TEST_F(ServiceTreeTest, FailedPropertyUpdateChangesNothing) {
     }
     EXPECT_THAT(statuses, testing::ElementsAre(424, 424, 403, 409));
     EXPECT_EQ(Get("f").displayName, "");
-    EXPECT_TRUE(_tree->List("f", Depth::Zero, true).entries.front().deadProperties.empty());
+    EXPECT_TRUE(_tree->List({"f"}, Depth::Zero, true).entries.front().deadProperties.empty());
     EXPECT_LT(LastChange("f", Depth::Zero), before);
 }
 
@@ -331,10 +333,10 @@ private:
 };
 
 TEST_F(ServiceTreeTest, ChangeThatTheDiskRefusesLeavesEverythingAsItWas) {
-    _tree->MakeCollection("a", "anna", _none);
+    _tree->MakeCollection({"a"}, "anna", _none);
     Put("a/f", "x");
     Set("a/f", "u:color", "red");
-    _tree->MakeCollection("b", "anna", _none);
+    _tree->MakeCollection({"b"}, "anna", _none);
     Put("a/g", "y");
     const std::int64_t id = Get("a/f").id;
     const std::int64_t replacedId = Get("a/g").id;
@@ -350,7 +352,7 @@ TEST_F(ServiceTreeTest, ChangeThatTheDiskRefusesLeavesEverythingAsItWas) {
     EXPECT_EQ(Get("a/f").id, id);
     EXPECT_EQ(Get("a/g").id, replacedId);
     EXPECT_EQ(_folder.Read("a/g"), "y");
-    EXPECT_EQ(_tree->List("a/f", Depth::Zero, true).entries.front().deadProperties.size(), 1U);
+    EXPECT_EQ(_tree->List({"a/f"}, Depth::Zero, true).entries.front().deadProperties.size(), 1U);
     EXPECT_THAT(Names("b"), testing::ElementsAre("b"));
     Restart();
     EXPECT_EQ(Get("a/f").id, id);

@@ -1,0 +1,39 @@
+#include "service/Address.h"
+
+#include "service/HttpError.h"
+#include "service/ServerPath.h"
+
+namespace service {
+namespace {
+
+constexpr std::size_t idIndex = 2;
+constexpr std::size_t nameIndex = 3;
+
+bool IsById(const std::vector<std::string_view>& segments) {
+    return segments.size() >= idIndex && DecodeSegment(segments[0]) == addressName &&
+           DecodeSegment(segments[1]) == "folders";
+}
+
+}  // namespace
+
+bool Address::IsById(std::string_view urlPath) {
+    return service::IsById(SplitUrlPath(urlPath));
+}
+
+Address Address::Parse(std::string_view urlPath) {
+    const std::vector<std::string_view> segments = SplitUrlPath(urlPath);
+    if (!service::IsById(segments)) {
+        return {ParseUrlPath(urlPath)};
+    }
+    if (segments.size() > nameIndex + 1) {
+        throw HttpError(403, "The URL has more than one name behind the id of a folder");
+    }
+    Address address;
+    address.folder = segments.size() > idIndex ? DecodeSegment(segments[idIndex]).value_or("") : "";
+    if (segments.size() > nameIndex) {
+        address.path = ParseSegment(segments[nameIndex]);
+    }
+    return address;
+}
+
+}  // namespace service
