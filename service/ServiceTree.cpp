@@ -1,5 +1,6 @@
 #include "service/ServiceTree.h"
 
+#include <cmath>
 #include <map>
 #include <set>
 
@@ -20,11 +21,17 @@ bool Describes(const Resource& known, const ContentStore::Entry& found) {
     return known.collection == IsCollection(found) && known.size == found.size && known.modified == found.modified;
 }
 
-std::string SeedName(std::int64_t number) {
+std::string SeedName(const char* kind, std::int64_t number) {
     constexpr std::size_t digits = 6;
     std::string name = std::to_string(number);
     name.insert(0, digits - std::min(digits, name.size()), '0');
-    return name.insert(0, "file-") + ".txt";
+    return name.insert(0, kind);
+}
+
+void RequireFolder(const std::string& path, const Resource& resource) {
+    if (!resource.collection) {
+        throw std::runtime_error("'" + path + "' is no folder");
+    }
 }
 
 void Observe(Resource& resource, const ContentStore::Entry& found) {
@@ -541,36 +548,56 @@ void ServiceTree::KeepChecksums(const std::vector<Resource>& resources) {
     transaction.Commit();
 }
 
-void ServiceTree::Seed(const std::string& path, std::int64_t count) {
+void ServiceTree::Seed(const std::string& path, std::int64_t files, std::int64_t folders) {
     const std::lock_guard lock(_mutex);
     if (!_content.Find(path)) {
         _content.MakeFolder(path);
     }
-    Resource folder = _Existing(path);
-    if (!folder.collection) {
-        throw std::runtime_error("'" + path + "' is no folder");
+    std::map<std::string, Resource> present;
+    for (Listing::Entry& entry : _List(path, _Existing(path), Request::Depth::Infinity).entries) {
+        present.emplace(std::move(entry.path), std::move(entry.resource));
     }
-    std::set<std::string> present;
-    for (const Listing::Entry& entry : _List(path, folder, Request::Depth::One).entries) {
-        present.insert(entry.resource.name);
-    }
+    RequireFolder(path, present.at(path));
     MetadataStore::Transaction transaction(_metadata);
-    bool anyMade = false;
-    for (std::int64_t i = 1; i <= count; ++i) {
-        const std::string name = SeedName(i);
-        if (present.count(name) == 0) {
-            anyMade = true;
-            const auto file = _content.MakeFile(ChildPath(path, name));
+    std::set<std::string> grown;
+    const auto make = [&](const std::string& parent, const std::string& name, bool collection) {
+        std::string made = ChildPath(parent, name);
+        if (const auto found = present.find(made); found != present.end()) {
+            if (collection) {
+                RequireFolder(made, found->second);
+            }
+            return made;
+        }
+        Resource resource = _New(present.at(parent), name, _owner, collection);
+        if (collection) {
+            _content.MakeFolder(made);
+            grown.insert(made);
+        } else {
+            const auto file = _content.MakeFile(made);
             file->Write(name);
             file->Finish();
             file->Keep();
-            Resource resource = _New(folder, name, _owner, false);
             Observe(resource, *file);
-            _metadata.Insert(resource);
         }
+        _metadata.Insert(resource);
+        present.emplace(made, std::move(resource));
+        grown.insert(parent);
+        return made;
+    };
+    // As many folders in the first level as each of them has in the second.
+    const auto width = static_cast<std::int64_t>(std::ceil(std::sqrt(static_cast<double>(folders))));
+    std::vector<std::string> places{path};
+    for (std::int64_t i = 0; i < folders; ++i) {
+        const bool first = i < width;
+        const std::string& parent = first ? path : places.at(static_cast<std::size_t>(1 + i % width));
+        places.push_back(make(parent, SeedName("folder-", i + 1), true));
     }
-    if (anyMade) {
-        _ChildrenChanged(folder, path);
+    for (std::int64_t i = 0; i < files; ++i) {
+        const std::int64_t place = folders == 0 ? 0 : 1 + i % folders;
+        make(places.at(static_cast<std::size_t>(place)), SeedName("file-", i + 1) + ".txt", false);
+    }
+    for (const std::string& folder : grown) {
+        _ChildrenChanged(present.at(folder), folder);
     }
     transaction.Commit();
 }

@@ -75,8 +75,9 @@ public:
     /// Keeps the checksums of these files.
     void KeepChecksums(const std::vector<Resource>& resources);
 
-    /// Fills the collection `path` with those of `count` small files, "file-000001.txt" and so on, that it lacks.
-    void Seed(const std::string& path, std::int64_t count);
+    /// Fills the collection `path` with those of `files` small files, "file-000001.txt" and so on, that it lacks. They
+    /// are spread evenly over `folders` folders in two levels below it, or lie in it if there are to be none.
+    void Seed(const std::string& path, std::int64_t files, std::int64_t folders);
 
 private:
     struct Destination {

@@ -23,6 +23,7 @@ struct Arguments {
     std::optional<std::string> user;
     std::vector<std::string> faults;
     std::int64_t seedFiles = -1;
+    std::int64_t seedFolders = 0;
     std::string seedFolder = "seeded";
     bool verbose = false;
 };
@@ -43,8 +44,15 @@ void Describe(CLI::App& app, Arguments& arguments) {
                    "METHOD limits it to one HTTP method, NUMBER to that one of the requests (from 1).")
         ->take_all()
         ->allow_extra_args(false);
-    app.add_option("--seed-files", arguments.seedFiles, "First fill a folder with this many small files")
-        ->check(CLI::Range(std::int64_t{0}, std::int64_t{10000000}));
+    constexpr std::int64_t most = 10000000;
+    CLI::Option* seedFiles =
+        app.add_option("--seed-files", arguments.seedFiles, "First fill a folder with this many small files")
+            ->check(CLI::Range(std::int64_t{0}, most));
+    app.add_option("--seed-folders", arguments.seedFolders,
+                   "Spread them over this many folders below it, in two levels; 0 leaves them in it")
+        ->check(CLI::Range(std::int64_t{0}, most))
+        ->needs(seedFiles)
+        ->capture_default_str();
     app.add_option("--seed-folder", arguments.seedFolder, "The name of the folder that --seed-files fills")
         ->capture_default_str();
     app.add_flag("--verbose", arguments.verbose, "Write a line for each request to standard error");
@@ -90,7 +98,7 @@ void Serve(const Arguments& arguments, const service::HttpServer::Options& optio
 
     service::ServiceTree tree(arguments.directory, options.user.empty() ? "anonymous" : options.user);
     if (arguments.seedFiles >= 0) {
-        tree.Seed(arguments.seedFolder, arguments.seedFiles);
+        tree.Seed(arguments.seedFolder, arguments.seedFiles, arguments.seedFolders);
     }
     const service::HttpServer server(tree, options);
     std::cout << "Serving " << arguments.directory << " on http://127.0.0.1:" << server.Port() << "/" << std::endl;

@@ -9,7 +9,7 @@ TEST(CommandLine, HelpSaysHowToUseIt) {
     const auto result = ServiceProcess::Run({"--help"});
     EXPECT_EQ(result.exitCode, 0);
     for (const char* part : {"DIR", "--port", "--user", "OVSYNC_SERVICE_PASSWORD", "--fault", "hang", "drip",
-                             "--seed-files", "--seed-folder", "--verbose"}) {
+                             "--seed-files", "--seed-folders", "--seed-folder", "--verbose"}) {
         EXPECT_THAT(result.output, HasSubstr(part));
     }
 }
@@ -45,7 +45,10 @@ TEST(CommandLine, WrongUsageIsNamed) {
         {{folder.Path(), "--fault", "explode"}, "explode"},
         {{folder.Path(), "--fault", "hang", "--fault", "cut=x"}, "cut=x"},
         {{folder.Path(), "--seed-files", "-1"}, "-1"},
+        {{folder.Path(), "--seed-folders", "2"}, "--seed-files"},
+        {{folder.Path(), "--seed-files", "1", "--seed-folders", "x"}, "x"},
         {{folder.Path(), "--seed-folder", "a/b"}, "a/b"},
+        {{folder.Path(), "--seed-folder", ".ovs"}, ".ovs"},
         {{folder.Path(), "--seed-folder", ".."}, ".."},
         {{folder.Path(), "--seed-folder", ".ovsync-service"}, ".ovsync-service"},
         {{folder.Path(), "--user", "anna"}, "OVSYNC_SERVICE_PASSWORD"},

@@ -1,4 +1,5 @@
 #include <ctime>
+#include <functional>
 #include <thread>
 
 #include "tests/service/ServiceTest.h"
@@ -87,6 +88,69 @@ TEST_F(ConditionalListingTest, ChangesByHandAreChanges) {
     EXPECT_EQ(Since(date, "/", "1").status, 304);
     std::filesystem::remove(_folder / "d/f");
     EXPECT_EQ(Since(date, "/", "1").status, 207);
+}
+
+// Three folders in each other with a file in each, below `top`.
+void MakeLevels(const TemporaryFolder& folder, const std::string& top) {
+    for (const char* level : {"", "/1", "/1/2"}) {
+        folder.Write(top + level + "/f", "x");
+        folder.Write(top + level + "/d/f", "x");
+    }
+}
+
+TEST_F(ConditionalListingTest, ChangeAtAnyLevelOfATreeChangesTheTreeAndNoOther) {
+    struct Change {
+        const char* name;
+        // Makes it in the folder `target`.
+        std::function<long(const std::string& target)> make;
+    };
+    const std::string setProperty =
+        "<D:propertyupdate xmlns:D='DAV:'><D:set><D:prop><D:resourceclasstype>drovane.objects.Form"
+        "</D:resourceclasstype></D:prop></D:set></D:propertyupdate>";
+    const std::vector<Change> changes{
+        {"put", [&](const std::string& in) { return Status("PUT", in + "/new", {}, "x"); }},
+        {"overwrite", [&](const std::string& in) { return Status("PUT", in + "/f", {}, "y"); }},
+        {"mkcol", [&](const std::string& in) { return Status("MKCOL", in + "/new"); }},
+        {"proppatch", [&](const std::string& in) { return Status("PROPPATCH", in + "/d", {}, setProperty); }},
+        {"delete", [&](const std::string& in) { return Status("DELETE", in + "/f"); }},
+        {"delete-folder", [&](const std::string& in) { return Status("DELETE", in + "/d"); }},
+        {"rename", [&](const std::string& in) { return Status("MOVE", in + "/f", {Destination(in + "/g")}); }},
+        {"rename-folder", [&](const std::string& in) { return Status("MOVE", in + "/d", {Destination(in + "/e")}); }},
+        {"move-out", [&](const std::string& in) { return Status("MOVE", in + "/d", {Destination("/moved")}); }},
+        {"move-in", [&](const std::string& in) { return Status("MOVE", "/moved", {Destination(in + "/g")}); }},
+        {"copy-in", [&](const std::string& in) { return Status("COPY", "/kept", {Destination(in + "/g")}); }},
+        {"delete-by-id",
+         [&](const std::string& in) {
+             return Status("DELETE", "/.ovs/folders/" + Properties(_client, in + "/d").at("itemid"));
+         }},
+    };
+    const std::vector<std::string> levels{"", "/1", "/1/2"};
+    const auto top = [](const Change& change, std::size_t level) {
+        return std::string(change.name) + "-" + std::to_string(level);
+    };
+    for (const Change& change : changes) {
+        for (std::size_t level = 0; level < levels.size(); ++level) {
+            MakeLevels(_folder, top(change, level));
+        }
+    }
+    _folder.Write("kept/f", "x");
+    Send("PROPFIND", "/");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    const std::time_t date = Seconds(Send("OPTIONS", "/").headers.at("date"));
+    ASSERT_EQ(Since(date, "/", "infinity").status, 304);
+    for (std::size_t level = 0; level < levels.size(); ++level) {
+        for (const Change& change : changes) {
+            SCOPED_TRACE(top(change, level));
+            const std::string tree = "/" + top(change, level);
+            EXPECT_EQ(Since(date, tree, "infinity").status, 304);
+            EXPECT_THAT(change.make(tree + levels[level]), testing::AnyOf(201, 204, 207));
+            for (std::size_t above = 0; above < levels.size(); ++above) {
+                EXPECT_EQ(Since(date, tree + levels[above], "infinity").status, above <= level ? 207 : 304) << above;
+            }
+            EXPECT_EQ(Since(date, "/kept", "infinity").status, 304);
+        }
+    }
+    EXPECT_EQ(Since(date, "/", "infinity").status, 207);
 }
 
 TEST_F(ConditionalListingTest, DateThatCannotBeReadIsNoCondition) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <set>
@@ -58,6 +59,7 @@ Origins LookForOrigins(HttpClient& client) {
 struct Operation {
     const char* name;
     const char* method;
+    // What stands in braces is replaced by the item id of the folder with this href.
     const char* target;
     const char* destination;
     std::string body;
@@ -92,12 +94,24 @@ protected:
         }
     }
 
-    static long Carry(const Operation& operation, HttpClient& client) {
+    static std::string Target(const Operation& operation, const Origins& origins) {
+        std::string target = operation.target;
+        if (const std::size_t begin = target.find('{'); begin != std::string::npos) {
+            const std::size_t end = target.find('}');
+            const std::string href = target.substr(begin + 1, end - begin - 1);
+            const auto origin =
+                std::find_if(origins.begin(), origins.end(), [&](const auto& known) { return known.second == href; });
+            target.replace(begin, end + 1 - begin, origin == origins.end() ? "unknown" : origin->first);
+        }
+        return target;
+    }
+
+    static long Carry(const Operation& operation, HttpClient& client, const Origins& origins) {
         std::vector<std::string> headers;
         if (operation.destination != nullptr) {
             headers.push_back("Destination: " + client.Url(operation.destination));
         }
-        return client.Send(operation.method, operation.target, headers, operation.body).status;
+        return client.Send(operation.method, Target(operation, origins), headers, operation.body).status;
     }
 };
 
@@ -115,7 +129,7 @@ TEST_P(CrashPointsTest, ChangeIsWhollyMadeOrNotAtAll) {
     Prepare(*client);
     const Origins firstOrigins = LookForOrigins(*client);
     const Tree before = Look(*client, firstOrigins);
-    ASSERT_LT(Carry(GetParam(), *client), 300);
+    ASSERT_LT(Carry(GetParam(), *client, firstOrigins), 300);
     const Tree after = Look(*client, firstOrigins);
     ASSERT_NE(before, after);
 
@@ -132,7 +146,7 @@ TEST_P(CrashPointsTest, ChangeIsWhollyMadeOrNotAtAll) {
                                                     {"CRASH_POINT", std::to_string(point)},
                                                     {"ASAN_OPTIONS", "verify_asan_link_order=0"}});
             HttpClient other(doomed.Port());
-            acknowledged = Carry(GetParam(), other) != 0;
+            acknowledged = Carry(GetParam(), other, origins) != 0;
             finished = other.Send("OPTIONS", "/").status == 200;
             killedInOperation += acknowledged ? 0 : 1;
         } catch (const std::runtime_error&) {
@@ -152,7 +166,9 @@ INSTANTIATE_TEST_SUITE_P(EachOperation, CrashPointsTest,
                                          Operation{"PutOverAFile", "PUT", "/f", nullptr, "other"},
                                          Operation{"DeleteOfAFile", "DELETE", "/f", nullptr, ""},
                                          Operation{"DeleteOfATree", "DELETE", "/d", nullptr, ""},
+                                         Operation{"DeleteById", "DELETE", "/.ovs/folders/{/d/}/", nullptr, ""},
                                          Operation{"Mkcol", "MKCOL", "/new", nullptr, ""},
+                                         Operation{"MkcolById", "MKCOL", "/.ovs/folders/{/d/}/new/", nullptr, ""},
                                          Operation{"MoveOfAFile", "MOVE", "/f", "/e/new", ""},
                                          Operation{"MoveOverAFile", "MOVE", "/f", "/g", ""},
                                          Operation{"MoveOverATree", "MOVE", "/d", "/e", ""},

@@ -387,16 +387,47 @@ TEST_F(ServiceTreeTest, ChangeThatAKilledProcessLeftHalfDoneIsUndone) {
 }
 
 TEST_F(ServiceTreeTest, SeedingMakesWhatIsMissingAndKeepsTheRest) {
-    _tree->Seed("s", 3);
+    _tree->Seed("s", 3, 0);
     Put("s/file-000002.txt", "mine");
     const std::int64_t id = Get("s/file-000001.txt").id;
-    _tree->Seed("s", 4);
+    _tree->Seed("s", 4, 0);
     EXPECT_THAT(Names("s"), testing::ElementsAre("s", "s/file-000001.txt", "s/file-000002.txt", "s/file-000003.txt",
                                                  "s/file-000004.txt"));
     EXPECT_EQ(Get("s/file-000001.txt").id, id);
     EXPECT_NE(Get("s/file-000001.txt").md5, "");
     EXPECT_EQ(_folder.Read("s/file-000002.txt"), "mine");
-    EXPECT_THROW(_tree->Seed("s/file-000001.txt", 1), std::runtime_error);
+    EXPECT_THROW(_tree->Seed("s/file-000001.txt", 1, 0), std::runtime_error);
+}
+
+TEST_F(ServiceTreeTest, SeedingSpreadsTheFilesOverFoldersInTwoLevels) {
+    _tree->Seed("s", 7, 3);
+    const std::vector<std::string> all{"s",
+                                       "s/folder-000001",
+                                       "s/folder-000002",
+                                       "s/folder-000001/file-000001.txt",
+                                       "s/folder-000001/file-000004.txt",
+                                       "s/folder-000001/file-000007.txt",
+                                       "s/folder-000001/folder-000003",
+                                       "s/folder-000002/file-000002.txt",
+                                       "s/folder-000002/file-000005.txt",
+                                       "s/folder-000001/folder-000003/file-000003.txt",
+                                       "s/folder-000001/folder-000003/file-000006.txt"};
+    EXPECT_EQ(Names("s", Depth::Infinity), all);
+    const std::int64_t id = Get("s/folder-000001/folder-000003").id;
+    const std::int64_t before = Moment();
+    EXPECT_LT(LastChange("", Depth::Infinity), before);
+    std::filesystem::remove(_folder / "s/folder-000002/file-000002.txt");
+    _tree->Seed("s", 7, 3);
+    EXPECT_EQ(Names("s", Depth::Infinity), all);
+    EXPECT_EQ(Get("s/folder-000001/folder-000003").id, id);
+    EXPECT_LT(LastChange("s/folder-000001", Depth::Infinity), before);
+    EXPECT_GT(LastChange("s/folder-000002", Depth::Zero), before);
+}
+
+TEST_F(ServiceTreeTest, SeedingDoesNotTakeAFileForAFolder) {
+    _folder.Write("s/folder-000002", "mine");
+    EXPECT_THROW(_tree->Seed("s", 4, 2), std::runtime_error);
+    EXPECT_EQ(_folder.Read("s/folder-000002"), "mine");
 }
 
 }  // namespace
