@@ -1,9 +1,11 @@
 #include "client/cli/Connection.h"
 
 #include "client/cli/Password.h"
+#include "client/http/AccountSessions.h"
 #include "client/http/HttpFactory.h"
 #include "client/http/NetworkAccessManagerFactory.h"
 #include "client/http/RequestAuthenticatorFactory.h"
+#include "client/http/RequestManager.h"
 #include "client/http/ServerConfigManager.h"
 #include "client/http/UrlBuilder.h"
 #include "host/configurationfactory/ConfigurationFactory.h"
@@ -41,14 +43,19 @@ Connection::Connection(const Location& location, const ConnectionOptions& option
     const QString password = user.isEmpty() ? QString() : FindPassword(user, location.baseUrl.host());
     const auto authenticators = std::make_shared<http::RequestAuthenticatorFactory>(user, password);
 
-    _requestManager = std::make_shared<http::RequestManager>(authenticators, TheServerId, options.session);
-    sync::factory::ConfigurationFactory::Install(std::make_shared<ConnectionConfiguration>(location.baseUrl));
+    const auto sessions = std::make_shared<http::AccountSessions>(options.session);
+    const auto httpFactory = std::make_shared<http::HttpFactory>(sessions);
+    const auto urlBuilder = std::make_shared<http::UrlBuilder>();
+    const auto configuration = std::make_shared<ConnectionConfiguration>(location.baseUrl);
+    _session = sessions->Of(TheServerId, *authenticators);
+    sync::factory::ConfigurationFactory::Install(configuration);
     _files = std::make_unique<sync::dv::dvsync::DrovaneRemoteFileManager>(
-        std::make_shared<http::UrlBuilder>(), _requestManager, TheServerId, authenticators,
-        std::make_shared<http::HttpFactory>(),
+        urlBuilder, std::make_shared<http::RequestManager>(_session), TheServerId, authenticators, httpFactory,
         std::make_shared<http::NetworkAccessManagerFactory>(authenticators, TheServerId, location.baseUrl,
                                                             options.session),
         nullptr);
+    _folders = std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(urlBuilder, TheServerId, authenticators,
+                                                                              httpFactory, configuration);
 }
 
 Connection::~Connection() {

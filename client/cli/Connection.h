@@ -4,9 +4,10 @@
 #include <memory>
 
 #include "client/cli/Location.h"
+#include "client/http/AccountSession.h"
 #include "client/http/HttpSessionSettings.h"
-#include "client/http/RequestManager.h"
 #include "dvsync/DrovaneRemoteFileManager.h"
+#include "dvsync/DrovaneRemoteFolderManager.h"
 
 namespace ovsync {
 namespace cli {
@@ -32,13 +33,18 @@ public:
     sync::config::FolderConfiguration Folder(const QString& serverPath) const;
 
     sync::interf::IRemoteFileManager& Files() { return *_files; }
+    sync::interf::IRemoteFolderManager& Folders() { return *_folders; }
+
+    /// The next listing also answers the one after it, if that asks the same.
+    void ShareNextListing() { _session->ShareNextListing(); }
 
     /// One line on what the server answered last.
-    QString LastAnswer() const { return _requestManager->LastAnswer(); }
+    QString LastAnswer() const { return _session->LastAnswer(); }
 
 private:
-    std::shared_ptr<http::RequestManager> _requestManager;
+    std::shared_ptr<http::AccountSession> _session;
     std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFileManager> _files;
+    std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFolderManager> _folders;
 };
 
 }  // namespace cli

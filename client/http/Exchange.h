@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QList>
-#include <QMap>
 #include <QPair>
 #include <QUrl>
 #include <cstddef>
@@ -18,8 +17,6 @@ namespace http {
 class Exchange {
 public:
     using Headers = QList<QPair<QByteArray, QByteArray>>;
-    /// Names in lower case. Of a header that came more than once, the values joined with ", ".
-    using AnswerHeaders = QMap<QByteArray, QByteArray>;
 
     virtual ~Exchange() = default;
 
@@ -30,14 +27,19 @@ public:
     /// Empty when the request has none.
     virtual QByteArray RequestBody() const = 0;
 
-    /// Before anything is sent: what an earlier execution left is to be forgotten.
-    virtual void OnStart() = 0;
+    /// What an exchange left is to be forgotten: before anything is sent, and when what came is no answer.
+    virtual void Forget() = 0;
     /// Once, with the final answer: neither an interim one nor one that only asked for credentials.
-    virtual void OnHeaders(int status, const AnswerHeaders& headers) = 0;
+    /// The headers are in the order in which they came, their names as they were sent.
+    virtual void OnHeaders(int status, const Headers& headers) = 0;
     /// Any number of times after OnHeaders, the body in pieces, uncompressed.
     virtual void OnBody(const char* bytes, size_t size) = 0;
     /// The body came whole.
     virtual void OnEnd() = 0;
+
+    /// The value of the header `name`, in any letter case; of one that came more than once the values joined with ", ",
+    /// of one that did not come none.
+    static QByteArray ValueOf(const Headers& headers, const char* name);
 };
 
 }  // namespace http

@@ -18,6 +18,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 const long ReceiveBufferSize = 256L * 1024L;
+const std::chrono::milliseconds ProgressInterval(200);
 
 struct CurlDeleter {
     void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
@@ -61,7 +62,7 @@ QString TransportReason(CURLcode code, const char* detail) {
 class HttpSession::Transfer {
 public:
     Transfer(const HttpSessionSettings& settings, const QAuthenticator& credentials)
-        : _silenceLimit(settings.silenceLimit) {
+        : _silenceLimit(settings.silenceLimit), _onProgress(settings.onProgress) {
         InitialiseCurl();
         _easy.reset(curl_easy_init());
         _multi.reset(curl_multi_init());
@@ -101,12 +102,13 @@ public:
     void Perform(Exchange& exchange) {
         _exchange = &exchange;
         _answer = AnswerSummary();
+        _bodySize = 0;
         _headers.clear();
         _headersEnded = false;
         _headersHandedOn = false;
         _refusal = nullptr;
         _detail[0] = '\0';
-        exchange.OnStart();
+        exchange.Forget();
 
         const QString failure = _Send();
         if (failure.isEmpty() && !_refusal) {
@@ -114,6 +116,9 @@ public:
                 _HandOnHeaders();
                 exchange.OnEnd();
             });
+        }
+        if (!failure.isEmpty() || _refusal) {
+            exchange.Forget();
         }
         if (_refusal) {
             _ThrowRefusal();
@@ -154,9 +159,12 @@ private:
             headers.reset(longer);
         }
         _Set(CURLOPT_URL, url.toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment).constData());
-        if (body.isEmpty()) {
+        if (method == "HEAD") {
+            _Set(CURLOPT_NOBODY, 1L);
+        } else if (body.isEmpty()) {
             _Set(CURLOPT_HTTPGET, 1L);
         } else {
+            _Set(CURLOPT_POST, 1L);
             _Set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
             _Set(CURLOPT_POSTFIELDS, body.constData());
         }
@@ -184,7 +192,11 @@ private:
             };
             int active = 0;
             if (result == CURLM_OK) {
-                const auto patience = std::max(_silenceLimit - silence(), std::chrono::milliseconds(0));
+                auto patience = std::max(_silenceLimit - silence(), std::chrono::milliseconds(0));
+                if (_onProgress) {
+                    _onProgress(_bodySize);
+                    patience = std::min(patience, ProgressInterval);
+                }
                 result = curl_multi_poll(_multi.get(), nullptr, 0, static_cast<int>(patience.count()), &active);
             }
             if (result != CURLM_OK) {
@@ -241,14 +253,19 @@ private:
         }
         _headersHandedOn = true;
         _answer.status = _Status();
-        _answer.contentType = _headers.value("content-type");
+        _answer.contentType = Exchange::ValueOf(_headers, "content-type");
+        // The HTTP library takes a connection that ends inside the head for the end of an answer without a body.
+        if (!_headersEnded) {
+            throw sync::core::SyncException(
+                QStringLiteral("the answer was cut off or damaged: the connection ended inside its head"));
+        }
         _CheckContentLength();
         _exchange->OnHeaders(_answer.status, _headers);
     }
 
     /// The HTTP library takes the last of several sizes, and with it a cut-off body for a whole one.
     void _CheckContentLength() const {
-        const QList<QByteArray> sizes = _headers.value("content-length").split(',');
+        const QList<QByteArray> sizes = Exchange::ValueOf(_headers, "content-length").split(',');
         for (const QByteArray& size : sizes) {
             if (size.trimmed() != sizes.first().trimmed()) {
                 throw sync::core::SyncException(QStringLiteral("the answer announces more than one size of its body"));
@@ -268,13 +285,12 @@ private:
         const int colon = line.indexOf(':');
         // What follows the end is a trailer.
         if (colon > 0 && !_headersEnded) {
-            const QByteArray value = line.mid(colon + 1).trimmed();
-            QByteArray& all = _headers[line.left(colon).toLower()];
-            all = all.isEmpty() ? value : all + ", " + value;
+            _headers.append({line.left(colon), line.mid(colon + 1).trimmed()});
         }
     }
 
     void _TakeBody(const char* bytes, size_t size) {
+        _bodySize += static_cast<qint64>(size);
         const int missing = AnswerSummary::FirstBytesLimit - _answer.firstBytes.size();
         _answer.firstBytes.append(bytes, static_cast<int>(qMin(size, static_cast<size_t>(missing))));
         if (!_refusal) {
@@ -299,6 +315,7 @@ private:
     }
 
     const std::chrono::milliseconds _silenceLimit;
+    const std::function<void(qint64)> _onProgress;
     // The connections live in the second, which the first has to be taken out of before it goes.
     std::unique_ptr<CURLM, MultiDeleter> _multi;
     std::unique_ptr<CURL, CurlDeleter> _easy;
@@ -306,7 +323,8 @@ private:
 
     Exchange* _exchange = nullptr;
     AnswerSummary _answer;
-    Exchange::AnswerHeaders _headers;
+    qint64 _bodySize = 0;
+    Exchange::Headers _headers;
     bool _headersEnded = false;
     bool _headersHandedOn = false;
     std::exception_ptr _refusal;

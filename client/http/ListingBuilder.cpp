@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "client/http/DateReader.h"
+#include "client/http/FolderProtocol.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -86,8 +87,8 @@ int MadeUpId(const std::string& key) {
 
 }  // namespace
 
-ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth depth)
-    : _depth(depth), _href(asked), _result(std::make_shared<DAVPropfindResult>()) {
+ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope)
+    : _depth(depth), _scope(scope), _href(asked), _result(std::make_shared<DAVPropfindResult>()) {
     const std::string path = asked.path(QUrl::FullyEncoded).toStdString();
     _href.Read(path.data(), path.size());
     _askedKey = _href.Key();
@@ -104,6 +105,9 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
         entry.Fail(QLatin1String("has an href that cannot be taken: ") + reason.Message());
     }
     const std::string& key = _href.Key();
+    if (_scope == HrefScope::Any && !_ownSeen) {
+        _askedKey = key;
+    }
     const QString classType = _Text(entry, Entry::ClassType);
     const Form form = _FormOf(classType, entry.IsCollection());
     const DAVPropfindResponse response = _MakeResponse(entry, classType, form);
@@ -191,7 +195,7 @@ DAVPropfindResponse ListingBuilder::_MakeResponse(const MultistatusEntry& entry,
     properties.versionId = _Text(entry, Entry::VersionId);
     properties.itemId = _Text(entry, Entry::ItemId);
     if (properties.itemId.isEmpty()) {
-        properties.itemId = FromUtf8("path:" + key);
+        properties.itemId = FromUtf8(MadeUpIdPrefix + key);
     }
     properties.ownerId = _Text(entry, Entry::OwnerId);
     properties.privileges = _Text(entry, Entry::Privileges);
@@ -202,7 +206,11 @@ DAVPropfindResponse ListingBuilder::_MakeResponse(const MultistatusEntry& entry,
     properties.lastModifiedDate = _Date(entry, Entry::LastModified);
     properties.linksExtractedAtFileTime = _Date(entry, Entry::LinksExtractedAt);
 
-    DAVPropfindResponse response(FromUtf8(_href.Path()), properties);
+    QString href = FromUtf8(_href.Path());
+    if (form != Form::Folder && href.size() > 1 && href.endsWith(QLatin1Char('/'))) {
+        href.chop(1);
+    }
+    DAVPropfindResponse response(href, properties);
     response.contentLength = ContentLengthOf(entry);
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "client/http/Href.h"
+#include "client/http/HrefScope.h"
 #include "client/http/MultistatusEntry.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "host/http/DAVPropfindResult.h"
@@ -20,11 +21,12 @@ namespace http {
 ///
 /// The asked resource is known by its href. It is the single response where it was asked for alone and where it turned
 /// out to be a file; a file stands among the file-like entries too, whatever the depth. An asked container is in
-/// neither map. Throws SyncException for an entry that lies outside what was asked, that came before, or that has a
-/// number that is none.
+/// neither map. The hrefs of file-like entries end in no '/', those of forms neither, so that the path of a form is the
+/// path of what lies in it up to the last '/'. Throws SyncException for an entry that lies outside what was asked, that
+/// came before, or that has a number that is none.
 class ListingBuilder {
 public:
-    ListingBuilder(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth);
+    ListingBuilder(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth, HrefScope scope);
 
     void Add(const MultistatusEntry& entry);
 
@@ -49,6 +51,7 @@ private:
     const QDateTime& _Date(const MultistatusEntry& entry, MultistatusEntry::Property property);
 
     const sync::http::DAVPropfindRequest::Depth _depth;
+    const HrefScope _scope;
     Href _href;
     std::string _askedKey;
     bool _ownSeen = false;

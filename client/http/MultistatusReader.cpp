@@ -72,7 +72,7 @@ struct ParserDeleter {
 /// The document while it is read.
 class MultistatusReader::Document {
 public:
-    Document(const QUrl& asked, DAVPropfindRequest::Depth depth) : _listing(asked, depth) {
+    Document(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope) : _listing(asked, depth, scope) {
         xmlInitParser();
         xmlSAXHandler handlers = {};
         handlers.initialized = XML_SAX2_MAGIC;
@@ -325,8 +325,8 @@ private:
     ListingBuilder _listing;
 };
 
-MultistatusReader::MultistatusReader(const QUrl& asked, DAVPropfindRequest::Depth depth)
-    : _document(std::make_unique<Document>(asked, depth)) {}
+MultistatusReader::MultistatusReader(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope)
+    : _document(std::make_unique<Document>(asked, depth, scope)) {}
 
 MultistatusReader::~MultistatusReader() = default;
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <memory>
 
+#include "client/http/HrefScope.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "host/http/DAVPropfindResult.h"
 
@@ -27,7 +28,8 @@ namespace http {
 class MultistatusReader {
 public:
     /// For the answer to a request of `asked` with `depth`.
-    MultistatusReader(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth);
+    MultistatusReader(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth,
+                      HrefScope scope = HrefScope::OfUrl);
     ~MultistatusReader();
     MultistatusReader(const MultistatusReader&) = delete;
     MultistatusReader& operator=(const MultistatusReader&) = delete;

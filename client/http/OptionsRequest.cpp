@@ -21,14 +21,14 @@ QByteArray OptionsRequest::RequestBody() const {
     return QByteArray();
 }
 
-void OptionsRequest::OnStart() {
+void OptionsRequest::Forget() {
     _status = 0;
     _davTokens.clear();
 }
 
-void OptionsRequest::OnHeaders(int status, const AnswerHeaders& headers) {
+void OptionsRequest::OnHeaders(int status, const Headers& headers) {
     _status = status;
-    const QList<QByteArray> tokens = headers.value("dav").toLower().split(',');
+    const QList<QByteArray> tokens = ValueOf(headers, "dav").toLower().split(',');
     for (const QByteArray& token : tokens) {
         if (!token.trimmed().isEmpty()) {
             _davTokens.append(token.trimmed());

@@ -22,8 +22,8 @@ public:
     QUrl Url() const override;
     Headers RequestHeaders() const override;
     QByteArray RequestBody() const override;
-    void OnStart() override;
-    void OnHeaders(int status, const AnswerHeaders& headers) override;
+    void Forget() override;
+    void OnHeaders(int status, const Headers& headers) override;
     void OnBody(const char* bytes, size_t size) override;
     void OnEnd() override;
 

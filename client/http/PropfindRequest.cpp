@@ -84,10 +84,33 @@ bool IsXml(const QByteArray& contentType) {
 
 }  // namespace
 
-PropfindRequest::PropfindRequest(const QUrl& url, Depth depth)
-    : _url(url), _depth(depth), _names(DefaultProperties()) {}
+PropfindRequest::PropfindRequest(const QUrl& url, Depth depth, HrefScope scope)
+    : _url(url), _depth(depth), _scope(scope), _names(DefaultProperties()) {}
 
 PropfindRequest::~PropfindRequest() = default;
+
+bool PropfindRequest::AsksTheSameAs(const PropfindRequest& other) const {
+    return _url == other._url && RequestHeaders() == other.RequestHeaders() && RequestBody() == other.RequestBody();
+}
+
+std::unique_ptr<PropfindRequest> PropfindRequest::Copy() const {
+    auto copy = std::make_unique<PropfindRequest>(_url, _depth, _scope);
+    copy->_modifiedSince = _modifiedSince;
+    copy->_names = _names;
+    copy->_standardOnly = _standardOnly;
+    copy->_status = _status;
+    copy->_headers = _headers;
+    if (_result) {
+        copy->_result = std::make_shared<DAVPropfindResult>(*_result);
+    }
+    return copy;
+}
+
+void PropfindRequest::TakeAnswerOf(PropfindRequest& other) {
+    _status = other._status;
+    _headers = other._headers;
+    _result = std::move(other._result);
+}
 
 int PropfindRequest::GetStatusCode() {
     return _status;
@@ -95,6 +118,14 @@ int PropfindRequest::GetStatusCode() {
 
 QUrl PropfindRequest::GetUrl() {
     return _url;
+}
+
+QList<QPair<QByteArray, QByteArray>> PropfindRequest::GetResponseHeaders() {
+    return _headers;
+}
+
+QByteArray PropfindRequest::GetResponseBody() {
+    return QByteArray();
 }
 
 void PropfindRequest::SetModifiedSinceTime(const QDateTime& time) {
@@ -134,23 +165,25 @@ QByteArray PropfindRequest::RequestBody() const {
     return PropfindBody(_names, _standardOnly);
 }
 
-void PropfindRequest::OnStart() {
+void PropfindRequest::Forget() {
     _status = 0;
+    _headers.clear();
     _serverTime = QDateTime();
     _reader.reset();
     _result.reset();
 }
 
-void PropfindRequest::OnHeaders(int status, const AnswerHeaders& headers) {
+void PropfindRequest::OnHeaders(int status, const Headers& headers) {
     _status = status;
+    _headers = headers;
     if (status == MultiStatus) {
-        const QByteArray contentType = headers.value("content-type");
+        const QByteArray contentType = ValueOf(headers, "content-type");
         if (!IsXml(contentType)) {
             throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
         }
-        const QByteArray date = headers.value("date");
+        const QByteArray date = ValueOf(headers, "date");
         _serverTime = ReadDate(date.constData(), static_cast<size_t>(date.size()));
-        _reader = std::make_unique<MultistatusReader>(_url, _depth);
+        _reader = std::make_unique<MultistatusReader>(_url, _depth, _scope);
         return;
     }
     const bool isMeaningful = status >= BadRequest || (status == NotModified && !_modifiedSince.isEmpty()) ||

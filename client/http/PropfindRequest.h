@@ -21,7 +21,7 @@ namespace http {
 class PropfindRequest : public sync::http::DAVPropfindRequest, public Exchange {
 public:
     /// `url` is sent as it is.
-    PropfindRequest(const QUrl& url, Depth depth);
+    PropfindRequest(const QUrl& url, Depth depth, HrefScope scope = HrefScope::OfUrl);
     ~PropfindRequest() override;
 
     /// Whether the request lists what lies in a collection.
@@ -29,8 +29,17 @@ public:
     /// Whether the properties that only the service knows are left out. They are not, unless set.
     void SetStandardPropertiesOnly(bool standardOnly) { _standardOnly = standardOnly; }
 
+    /// Whether `other` would be sent with the same words.
+    bool AsksTheSameAs(const PropfindRequest& other) const;
+    /// A request of the same words with an answer of its own, equal to this one's.
+    std::unique_ptr<PropfindRequest> Copy() const;
+    /// As if this request had been sent and answered as `other` was.
+    void TakeAnswerOf(PropfindRequest& other);
+
     int GetStatusCode() override;
     QUrl GetUrl() override;
+    QList<QPair<QByteArray, QByteArray>> GetResponseHeaders() override;
+    QByteArray GetResponseBody() override;
 
     void SetModifiedSinceTime(const QDateTime& time) override;
     /// Throws SyncException when a name is not of the form "{namespace}prefix:name"; the list is then unchanged.
@@ -41,19 +50,21 @@ public:
     QUrl Url() const override;
     Headers RequestHeaders() const override;
     QByteArray RequestBody() const override;
-    void OnStart() override;
-    void OnHeaders(int status, const AnswerHeaders& headers) override;
+    void Forget() override;
+    void OnHeaders(int status, const Headers& headers) override;
     void OnBody(const char* bytes, size_t size) override;
     void OnEnd() override;
 
 private:
     const QUrl _url;
     const Depth _depth;
+    const HrefScope _scope;
     QByteArray _modifiedSince;
     QStringList _names;
     bool _standardOnly = false;
 
     int _status = 0;
+    Headers _headers;
     QDateTime _serverTime;
     std::unique_ptr<MultistatusReader> _reader;
     std::shared_ptr<sync::http::DAVPropfindResult> _result;

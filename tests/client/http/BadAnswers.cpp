@@ -29,7 +29,7 @@ const std::vector<BadAnswer>& BadAnswers() {
         {"shorter-than-announced", "cut off or damaged", false, Ending::Reset},
         {"two-sizes", "more than one size of its body", false},
         {"last-chunk-missing", "cut off or damaged", false, Ending::Close},
-        {"head-cut-off", "", false, Ending::Close},
+        {"head-cut-off", "ended inside its head", false, Ending::Close},
         {"no-http", "HTTP/0.9", false, Ending::Close},
         // On a connection that was used before they would be asked for again.
         {"nothing", "Empty reply", false, Ending::Close, 0},

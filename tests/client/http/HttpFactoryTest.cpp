@@ -12,8 +12,12 @@ namespace {
 using sync::core::SyncException;
 using testing::HasSubstr;
 
+HttpFactory Factory() {
+    return HttpFactory(std::make_shared<AccountSessions>());
+}
+
 QByteArray AskedUrl(const char* url, int depth) {
-    return HttpFactory()
+    return Factory()
         .CreatePropfindRequest(std::make_shared<QUrl>(QUrl::fromEncoded(url)), 0, depth)
         ->GetUrl()
         .toEncoded();
@@ -21,7 +25,7 @@ QByteArray AskedUrl(const char* url, int depth) {
 
 std::string ErrorFor(const std::shared_ptr<QUrl>& url, int depth) {
     try {
-        HttpFactory().CreatePropfindRequest(url, 0, depth);
+        Factory().CreatePropfindRequest(url, 0, depth);
     } catch (const SyncException& error) {
         return error.Utf8Message();
     }
@@ -51,6 +55,34 @@ TEST(HttpFactoryTest, SaysWhenThereIsNoSuchDepth) {
     const auto url = std::make_shared<QUrl>(QStringLiteral("http://h/"));
     EXPECT_THAT(ErrorFor(url, 3), HasSubstr("not 3"));
     EXPECT_THAT(ErrorFor(url, -1), HasSubstr("not -1"));
+}
+
+TEST(HttpFactoryTest, EndsTheUrlsOfFoldersInASlash) {
+    const auto url = std::make_shared<QUrl>(QUrl::fromEncoded("http://h/a%2Fb"));
+    const sync::config::FolderConfiguration folder;
+    for (const int kind : {2, 3, 6}) {
+        EXPECT_EQ(Factory().CreateFolderRequest(kind, url, folder)->GetUrl().toEncoded(), "http://h/a%2Fb/");
+    }
+    EXPECT_EQ(Factory().CreateMoveRequest(url, url, 0)->GetUrl().toEncoded(), "http://h/a%2Fb/");
+    EXPECT_EQ(Factory().CreateFileRequest(url, 0, 0)->GetUrl().toEncoded(), "http://h/a%2Fb");
+}
+
+TEST(HttpFactoryTest, MakesNoRequestWithoutAUrl) {
+    const sync::config::FolderConfiguration folder;
+    const auto url = std::make_shared<QUrl>(QStringLiteral("http://h/"));
+    for (const int kind : {2, 3, 6}) {
+        EXPECT_THROW(Factory().CreateFolderRequest(kind, nullptr, folder), SyncException);
+    }
+    EXPECT_THROW(Factory().CreateFileRequest(nullptr, 0, 0), SyncException);
+    EXPECT_THROW(Factory().CreateMoveRequest(nullptr, url, 0), SyncException);
+    EXPECT_THROW(Factory().CreateMoveRequest(url, nullptr, 0), SyncException);
+}
+
+TEST(HttpFactoryTest, SaysWhenThereIsNoSuchKindOfRequest) {
+    const auto url = std::make_shared<QUrl>(QStringLiteral("http://h/"));
+    for (const int kind : {0, 1, 4, 5, 7}) {
+        EXPECT_THROW(Factory().CreateFolderRequest(kind, url, sync::config::FolderConfiguration()), SyncException);
+    }
 }
 
 }  // namespace

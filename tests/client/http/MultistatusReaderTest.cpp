@@ -174,6 +174,7 @@ TEST(MultistatusReaderTest, PutsFormsAmongTheFiles) {
                            QStringLiteral("Projects/A/b c.txt")}));
     EXPECT_EQ(result.fileResponses.first().getResourceClassType(), QStringLiteral("DROVANE.Objects.form"));
     EXPECT_EQ(result.fileResponses.first().getFilename(), QStringLiteral("Forms"));
+    EXPECT_EQ(result.fileResponses.first().getHref(), QStringLiteral("/Projects/A/Forms"));
     EXPECT_EQ(Keys(result.collectionResponses), QStringList{QStringLiteral("Projects/A/Sub")});
 }
 

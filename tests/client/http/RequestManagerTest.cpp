@@ -31,7 +31,8 @@ using Ending = ScriptedServer::Ending;
 const QString FolderPath = QStringLiteral("/Projects/A/");
 
 std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
-    return HttpFactory().CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
+    return HttpFactory(std::make_shared<AccountSessions>())
+        .CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
 }
 
 ScriptedServer::Step AnswerOf(const QString& fixture) {
@@ -63,7 +64,9 @@ protected:
     const CleanEnvironment environment;
     const QString user = QStringLiteral("alice");
     const QString password = QStringLiteral("open sesame");
-    RequestManager manager{std::make_shared<RequestAuthenticatorFactory>(user, password), 0};
+    RequestAuthenticatorFactory authenticators{user, password};
+    const std::shared_ptr<AccountSession> session = AccountSessions().Of(0, authenticators);
+    RequestManager manager{session};
     std::vector<IHttpRequest::RequestState> states;
 };
 
@@ -124,7 +127,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
         EXPECT_EQ(ErrorOfExecuting({request}), "");
         EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
         EXPECT_FALSE(request->GetResult());
-        EXPECT_THAT(manager.LastAnswer().toStdString(),
+        EXPECT_THAT(session->LastAnswer().toStdString(),
                     AllOf(HasSubstr("status " + QByteArray(name).right(3).toStdString()),
                           HasSubstr("content type text/plain"), HasSubstr("the body begins: Because")));
         server.Stop();
@@ -158,6 +161,8 @@ TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
     public:
         int GetStatusCode() override { return 0; }
         QUrl GetUrl() override { return QUrl(); }
+        QList<QPair<QByteArray, QByteArray>> GetResponseHeaders() override { return {}; }
+        QByteArray GetResponseBody() override { return QByteArray(); }
     };
     ScriptedServer server({});
     try {
@@ -190,7 +195,7 @@ TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
     EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
                                                    HasSubstr("Failed to connect"), HasSubstr("no answer")));
     EXPECT_EQ(request->GetStatusCode(), 0);
-    EXPECT_EQ(manager.LastAnswer(), QStringLiteral("no answer"));
+    EXPECT_EQ(session->LastAnswer(), QStringLiteral("no answer"));
 }
 
 TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {
@@ -245,6 +250,42 @@ TEST_F(RequestManagerTest, ListsNothingFromAServerThatDoesNotAnswerWhatItKnows) 
     const auto request = RequestOf(server.Url(FolderPath));
     EXPECT_THAT(ErrorOfExecuting({request}), HasSubstr("/Projects/A/ failed: Empty reply"));
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, ASharedListingAnswersTheNextOneThatAsksTheSameOnce) {
+    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
+    ScriptedServer server({OptionsStep(), listing, listing});
+    session->ShareNextListing();
+    const auto first = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({first}), "");
+    const QStringList whole = Describe(*first->GetResult());
+    first->GetResult()->fileResponses.clear();
+    const auto second = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({second}), "");
+    EXPECT_EQ(second->GetStatusCode(), 207);
+    EXPECT_EQ(Describe(*second->GetResult()), whole);
+    EXPECT_EQ(second->GetResponseHeaders(), first->GetResponseHeaders());
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateAnswered, IHttpRequest::StateAnswered));
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath))}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, NoListingIsSharedUnlessAskedForAndTheSame) {
+    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
+    ScriptedServer server({OptionsStep(), listing, listing, listing, listing, listing, listing, listing});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), RequestOf(server.Url(FolderPath))}), "");
+    const auto conditional = RequestOf(server.Url(FolderPath));
+    conditional->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
+    session->ShareNextListing();
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), conditional}), "");
+    session->ShareNextListing();
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), RequestOf(server.Url(FolderPath), 2)}), "");
+    const auto named = RequestOf(server.Url(FolderPath));
+    named->SetProperties({QStringLiteral("{DAV:}D:getetag")});
+    EXPECT_EQ(ErrorOfExecuting({named}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }

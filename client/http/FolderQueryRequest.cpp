@@ -1,0 +1,50 @@
+#include "client/http/FolderQueryRequest.h"
+
+#include "client/http/FolderProtocol.h"
+
+namespace ovsync {
+namespace http {
+
+namespace {
+
+const int MultiStatus = 207;
+const int NotFound = 404;
+
+}  // namespace
+
+FolderQueryRequest::FolderQueryRequest(const QUrl& url, HrefScope scope) : PropfindRequest(url, Resource, scope) {}
+
+int FolderQueryRequest::GetStatusCode() {
+    const int status = PropfindRequest::GetStatusCode();
+    return status == MultiStatus && !_HasFolder() ? NotFound : status;
+}
+
+QList<QPair<QByteArray, QByteArray>> FolderQueryRequest::GetResponseHeaders() {
+    Headers headers = PropfindRequest::GetResponseHeaders();
+    if (!_HasFolder()) {
+        return headers;
+    }
+    const sync::http::DAVPropfindResponse folder = GetResult()->singleResponse;
+    const auto addMissing = [&headers](const char* name, const QString& value) {
+        if (!value.isEmpty() && ValueOf(headers, name).isEmpty()) {
+            headers.append(qMakePair(QByteArray(name), value.toUtf8()));
+        }
+    };
+    addMissing(IdHeader, folder.getItemId());
+    addMissing(OwnerIdHeader, folder.getOwnerId());
+    return headers;
+}
+
+Exchange::Headers FolderQueryRequest::RequestHeaders() const {
+    Headers headers = PropfindRequest::RequestHeaders();
+    headers.append(qMakePair(QByteArray(VersionHeader), QByteArray(ProtocolVersion)));
+    return headers;
+}
+
+bool FolderQueryRequest::_HasFolder() {
+    // A file that was asked for stands among the file-like entries, a collection does not.
+    return GetResult() && GetResult()->fileResponses.isEmpty();
+}
+
+}  // namespace http
+}  // namespace ovsync

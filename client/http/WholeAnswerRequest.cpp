@@ -1,0 +1,77 @@
+#include "client/http/WholeAnswerRequest.h"
+
+#include "client/http/FolderProtocol.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace http {
+
+using sync::core::SyncException;
+
+namespace {
+
+const int MultiStatus = 207;
+const int BadRequest = 400;
+const int FailedDependency = 424;
+
+}  // namespace
+
+WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url) : _method(method), _url(url) {}
+
+int WholeAnswerRequest::GetStatusCode() {
+    return _status == MultiStatus ? FailedDependency : _status;
+}
+
+QUrl WholeAnswerRequest::GetUrl() {
+    return _url;
+}
+
+QList<QPair<QByteArray, QByteArray>> WholeAnswerRequest::GetResponseHeaders() {
+    return _headers;
+}
+
+QByteArray WholeAnswerRequest::GetResponseBody() {
+    return _body;
+}
+
+QByteArray WholeAnswerRequest::Method() const {
+    return _method;
+}
+
+QUrl WholeAnswerRequest::Url() const {
+    return _url;
+}
+
+Exchange::Headers WholeAnswerRequest::RequestHeaders() const {
+    return {{VersionHeader, ProtocolVersion}};
+}
+
+QByteArray WholeAnswerRequest::RequestBody() const {
+    return QByteArray();
+}
+
+void WholeAnswerRequest::Forget() {
+    _status = 0;
+    _headers.clear();
+    _body.clear();
+}
+
+void WholeAnswerRequest::OnHeaders(int status, const Headers& headers) {
+    if (status < BadRequest && !IsAnswer(status)) {
+        throw SyncException(QStringLiteral("the status is no answer to this request"));
+    }
+    _status = status;
+    _headers = headers;
+}
+
+void WholeAnswerRequest::OnBody(const char* bytes, size_t size) {
+    if (size > static_cast<size_t>(BodyLimit - _body.size())) {
+        throw SyncException(QStringLiteral("the body of the answer is above %1 bytes").arg(BodyLimit));
+    }
+    _body.append(bytes, static_cast<int>(size));
+}
+
+void WholeAnswerRequest::OnEnd() {}
+
+}  // namespace http
+}  // namespace ovsync
