@@ -75,6 +75,20 @@ TEST_F(MetadataStoreTest, NeverGivesAnIdTwice) {
     EXPECT_GT(Insert("a", 1).id, first);
 }
 
+TEST_F(MetadataStoreTest, FindsAResourceByItsIdsOnly) {
+    const Resource f = Insert("f", 1);
+    EXPECT_EQ(_store->ById(f.id)->name, "f");
+    EXPECT_FALSE(_store->ById(f.id + 1));
+    EXPECT_EQ(_store->ByItemId(f.itemId)->id, f.id);
+    const std::string store = f.itemId.substr(0, f.itemId.rfind('-') + 1);
+    const std::string number = std::to_string(f.id);
+    for (const std::string& other :
+         {std::string(), number, "-" + number, store, store + "0" + number, store + number + "x", "0" + f.itemId,
+          store + std::string(30, '9'), f.itemId + std::string(1, '\0')}) {
+        EXPECT_FALSE(_store->ByItemId(other)) << other;
+    }
+}
+
 TEST_F(MetadataStoreTest, ListsChildrenInTheOrderOfBytes) {
     for (const char* name : {"b", "a", "B", "\xC3\xA4", "a.txt"}) {
         Insert(name, 1);

@@ -131,6 +131,25 @@ TEST_F(PropertiesTest, SettableOnesCanBeSetAndReset) {
     EXPECT_EQ(values.count("{urn:u}size"), 0U);
 }
 
+TEST_F(PropertiesTest, FormsAreListedInTreesWithAllThatIsInThem) {
+    Send("MKCOL", "/A/inner/form");
+    Send("PUT", "/A/inner/form/page", {}, "x");
+    const std::string setForm =
+        "<D:set><D:prop><D:resourceclasstype>drovane.objects.Form</D:resourceclasstype></D:prop></D:set>";
+    EXPECT_EQ(Proppatch("/A/inner/form", setForm).at("resourceclasstype"), 200);
+    auto tree = Propfind("/", "infinity", Fixture("propfind-six.xml")).responses;
+    EXPECT_EQ(tree.size(), 7U);
+    EXPECT_EQ(tree.at("/A/inner/").values.at("resourceclasstype"), "drovane.objects.Folder");
+    auto& form = tree.at("/A/inner/form/").values;
+    EXPECT_EQ(form.at("resourceclasstype"), "drovane.objects.Form");
+    EXPECT_EQ(form.count("collection"), 1U);
+    EXPECT_EQ(tree.at("/A/inner/form/page").values.at("parentid"), form.at("resourceid"));
+    const auto byId = Propfind("/.ovs/folders/" + form.at("itemid"), "0", Fixture("propfind-six.xml"));
+    EXPECT_EQ(byId.responses.at("/A/inner/form/").values, form);
+    EXPECT_EQ(Status("DELETE", "/.ovs/folders/" + form.at("itemid")), 204);
+    EXPECT_EQ(Propfind("/", "infinity").responses.size(), 5U);
+}
+
 TEST_F(PropertiesTest, ChangingPropertiesDoesNotChangeTheVersion) {
     auto before = Properties(_client, "/A/b%20c.txt");
     Proppatch("/A/b%20c.txt", "<D:set><D:prop><D:visibility>hide</D:visibility></D:prop></D:set>");

@@ -1,0 +1,48 @@
+#include "service/Address.h"
+
+#include <gtest/gtest.h>
+
+#include "service/HttpError.h"
+
+namespace service {
+namespace {
+
+int StatusOf(const std::string& urlPath) {
+    try {
+        Address::Parse(urlPath);
+        return 0;
+    } catch (const HttpError& error) {
+        return error.Status();
+    }
+}
+
+TEST(Address, IsAPathOrBeginsInAFolder) {
+    EXPECT_EQ(Address::Parse("/a/b%20c/").path, "a/b c");
+    EXPECT_FALSE(Address::Parse("/a/.ovs/folders/1").folder);
+    const Address folder = Address::Parse("/.ovs/folders/a%20b");
+    EXPECT_EQ(folder.folder, "a b");
+    EXPECT_EQ(folder.path, "");
+    const Address inside = Address::Parse("/%2Eovs//folders/1/.ovs/");
+    EXPECT_EQ(inside.folder, "1");
+    EXPECT_EQ(inside.path, ".ovs");
+}
+
+TEST(Address, IdThatCannotBeReadIsNobodys) {
+    EXPECT_EQ(Address::Parse("/.ovs/folders").folder, "");
+    EXPECT_EQ(Address::Parse("/.ovs/folders//").folder, "");
+    EXPECT_EQ(Address::Parse("/.ovs/folders/%zz/").folder, "");
+    EXPECT_EQ(Address::Parse("/.ovs/folders/%2F").folder, "/");
+    EXPECT_EQ(Address::Parse("/.ovs/folders/..").folder, "..");
+}
+
+TEST(Address, ThatCannotBeIsRefused) {
+    EXPECT_EQ(StatusOf("/.ovs"), 403);
+    EXPECT_EQ(StatusOf("/.ovs/other/1"), 403);
+    EXPECT_EQ(StatusOf("/.ovs/folders/1/a/b"), 403);
+    EXPECT_EQ(StatusOf("/.ovs/folders/1/.."), 400);
+    EXPECT_EQ(StatusOf("/.ovs/folders/1/%"), 400);
+    EXPECT_EQ(StatusOf("/.ovs/folders/1/" + std::string(256, 'n')), 414);
+}
+
+}  // namespace
+}  // namespace service
