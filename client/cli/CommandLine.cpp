@@ -1,9 +1,16 @@
 #include "client/cli/CommandLine.h"
 
+#include <log4cplus/logger.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <map>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -11,8 +18,15 @@
 
 #include "client/cli/Connection.h"
 #include "client/cli/ListCommand.h"
+#include "client/cli/MakeFolderCommand.h"
+#include "client/cli/MoveCommand.h"
+#include "client/cli/Progress.h"
+#include "client/cli/RemoveCommand.h"
+#include "client/cli/SizeCommand.h"
 #include "client/cli/StatCommand.h"
+#include "client/cli/TreeCommand.h"
 #include "client/cli/UsageError.h"
+#include "client/http/DateReader.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
@@ -30,11 +44,15 @@ const char* const Footer =
 /// What the options of a command write to.
 struct Arguments {
     std::string url;
+    std::string destination;
     std::string user;
     std::string caFile;
+    std::string since;
+    std::vector<std::string> excluded;
     double silenceLimit = 60;
     bool isLong = false;
     bool isJson = false;
+    bool withParents = false;
 
     ConnectionOptions Connecting() const {
         ConnectionOptions options;
@@ -42,50 +60,177 @@ struct Arguments {
         options.session.caFile = QString::fromStdString(caFile);
         options.session.silenceLimit =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(silenceLimit));
+        if (isatty(STDERR_FILENO) == 1) {
+            const auto progress = std::make_shared<Progress>();
+            options.session.onProgress = [progress](qint64 bytes, bool isOver) { progress->Show(bytes, isOver); };
+        }
         return options;
+    }
+
+    ListFormat Format() const {
+        const ListFormat plain = isLong ? ListFormat::Long : ListFormat::Names;
+        return isJson ? ListFormat::Json : plain;
+    }
+
+    /// Throws UsageError when it is no time.
+    QDateTime Since() const {
+        const QDateTime time = http::ReadDate(since.data(), since.size());
+        if (!since.empty() && !time.isValid()) {
+            throw UsageError(QStringLiteral("--since \"%1\": this is no time of the form 2026-11-20T10:15:30Z or "
+                                            "\"Fri, 20 Nov 2026 10:15:30 GMT\"")
+                                 .arg(QString::fromStdString(since)));
+        }
+        return time;
+    }
+
+    QStringList Excluded() const {
+        QStringList globs;
+        for (const std::string& glob : excluded) {
+            globs.append(QString::fromStdString(glob));
+        }
+        return globs;
     }
 };
 
-CLI::App* AddCommand(CLI::App& app, const char* name, const char* description, const char* urlDescription,
-                     Arguments& arguments) {
-    CLI::App* const command = app.add_subcommand(name, description);
-    command->add_option("URL", arguments.url, urlDescription)->required();
-    command->add_option("-u,--user", arguments.user, "Name to log in with")->type_name("USER");
-    command->add_flag("--json", arguments.isJson, "Print JSON");
-    command->add_option("--ca-file", arguments.caFile, "Trust the PEM certificates in FILE in place of the system's")
-        ->type_name("FILE")
-        ->check(CLI::ExistingFile);
-    command
-        ->add_option("--silence-limit", arguments.silenceLimit,
-                     "Give up when nothing was heard for so many SECONDS (60 unless given)")
-        ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0));
-    command->footer(Footer);
-    return command;
-}
+using Command = std::function<void(Connection&, const Location&, const Arguments&, Output&)>;
 
 void Complain(const std::string& message) {
     std::cerr << "ovsync: " << message << '\n';
 }
 
+/// The commands of the command line: how each is read into Arguments and what it then does.
+class Commands {
+public:
+    Commands(CLI::App& app, Arguments& arguments) : _app(app), _arguments(arguments) {
+        CLI::App* command =
+            _Add("ls", "Lists the sub-folders and the files of a folder, one name a line, in name order.",
+                 [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                     ListFolder(connection, location, given.Format(), output);
+                 });
+        _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
+        _AddLong(command);
+
+        command = _Add("tree", "Lists everything below a folder, one path a line, in name order.",
+                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                           ShowTree(connection, location, given.Since(), given.Format(), output);
+                       });
+        _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
+        _AddLong(command);
+        command
+            ->add_option("--since", _arguments.since,
+                         "List only if something changed since TIME, which an earlier listing gave as the service's")
+            ->type_name("TIME");
+        _treeCommands.push_back(command);
+
+        command = _Add("du", "Counts the files below a folder and their bytes.",
+                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                           MeasureTree(connection, location, given.Excluded(), given.isJson, output);
+                       });
+        _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
+        command
+            ->add_option(
+                "--exclude", _arguments.excluded,
+                "Leave out files, and folders with what lies in them, whose name GLOB matches; can be repeated")
+            ->type_name("GLOB")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        _treeCommands.push_back(command);
+
+        command = _Add("stat", "Prints what the service knows of one folder or file.",
+                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                           ShowResource(connection, location, given.isJson, output);
+                       });
+        _AddUrl(command, "URL", "The folder or file, for example http://host/folder/file.txt", _arguments.url);
+
+        command = _Add("mkdir", "Creates a folder. One that is there already is left as it is.",
+                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                           MakeFolder(connection, location, given.withParents, given.isJson, output);
+                       });
+        _AddUrl(command, "URL", "The new folder, for example http://host/folder/new/", _arguments.url);
+        command->add_flag("-p,--parents", _arguments.withParents, "Create the missing folders above it too");
+
+        command = _Add("rm", "Removes a folder and everything in it.",
+                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                           RemoveFolder(connection, location, given.isJson, output);
+                       });
+        _AddUrl(command, "URL", "The folder, for example http://host/folder/old/", _arguments.url);
+
+        command =
+            _Add("mv", "Moves a folder to where nothing is, on the same server.",
+                 [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                     MoveFolder(connection, location, Location::FromUrl(QString::fromStdString(given.destination)),
+                                given.isJson, output);
+                 });
+        _AddUrl(command, "FROM", "The folder, for example http://host/folder/", _arguments.url);
+        _AddUrl(command, "TO", "Its new URL, for example http://host/elsewhere/name/", _arguments.destination);
+    }
+
+    /// What the command line, once it was read, asks for.
+    const Command& Parsed() const { return _actions.at(_app.get_subcommands().front()); }
+
+    /// Whether that needs a listing of a whole tree.
+    bool ListsTree() const {
+        return std::any_of(_treeCommands.begin(), _treeCommands.end(),
+                           [](const CLI::App* command) { return command->parsed(); });
+    }
+
+private:
+    CLI::App* _Add(const char* name, const char* description, const Command& action) {
+        CLI::App* const command = _app.add_subcommand(name, description);
+        command->add_option("-u,--user", _arguments.user, "Name to log in with")->type_name("USER");
+        command->add_flag("--json", _arguments.isJson, "Print JSON");
+        command
+            ->add_option("--ca-file", _arguments.caFile, "Trust the PEM certificates in FILE in place of the system's")
+            ->type_name("FILE")
+            ->check(CLI::ExistingFile);
+        command
+            ->add_option("--silence-limit", _arguments.silenceLimit,
+                         "Give up when nothing was heard for so many SECONDS (60 unless given)")
+            ->type_name("SECONDS")
+            ->check(CLI::Range(0.001, 86400.0));
+        command->footer(Footer);
+        _actions.emplace(command, action);
+        return command;
+    }
+
+    static void _AddUrl(CLI::App* command, const char* name, const char* description, std::string& url) {
+        command->add_option(name, url, description)->required();
+    }
+
+    void _AddLong(CLI::App* command) {
+        command
+            ->add_flag("-l,--long", _arguments.isLong,
+                       "Print the size in bytes, the date and the version before the name")
+            ->excludes(command->get_option("--json"));
+    }
+
+    CLI::App& _app;
+    Arguments& _arguments;
+    std::map<const CLI::App*, Command> _actions;
+    std::vector<const CLI::App*> _treeCommands;
+};
+
+/// Whether a server that answered the request for a whole tree with `status` does not list trees at all.
+bool RefusesTrees(int status, const QString& answer) {
+    if (status == 403) {
+        return answer.contains(QLatin1String("propfind-finite-depth"));
+    }
+    return status >= 400 && status < 500 && status != 401 && status != 404;
+}
+
 }  // namespace
 
 ExitCode RunCommandLine(int argc, const char* const* argv) {
+    // What the library logs is for a client that keeps a log; what matters to a user comes as an exception.
+    log4cplus::Logger::getRoot().setLogLevel(log4cplus::OFF_LOG_LEVEL);
     std::optional<Connection> connection;
+    CLI::App app("Lists, looks up and changes what lies on a Drovane service or any other WebDAV server.", "ovsync");
+    Arguments arguments;
+    const Commands commands(app, arguments);
     try {
-        CLI::App app("Lists and looks up what lies on a Drovane service or any other WebDAV server.", "ovsync");
         app.set_version_flag("--version", std::string("ovsync ") + OVSYNC_VERSION);
         app.require_subcommand(1);
         app.footer(Footer);
-
-        Arguments arguments;
-        CLI::App* const list = AddCommand(app, "ls", "Lists the files of a folder, one name a line, in name order.",
-                                          "The folder, for example http://host/folder/", arguments);
-        CLI::Option* const isLong = list->add_flag("-l,--long", arguments.isLong,
-                                                   "Print the size in bytes, the date and the version before the name");
-        isLong->excludes(list->get_option("--json"));
-        const CLI::App* const stat = AddCommand(app, "stat", "Prints what the service knows of one file.",
-                                                "The file, for example http://host/folder/file.txt", arguments);
         try {
             app.parse(argc, argv);
         } catch (const CLI::ParseError& e) {
@@ -101,22 +246,22 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         const Location location = Location::FromUrl(QString::fromStdString(arguments.url));
         connection.emplace(location, arguments.Connecting());
         Output output;
-        if (stat->parsed()) {
-            ShowFile(*connection, location, arguments.isJson, output);
-        } else {
-            const ListFormat plain = arguments.isLong ? ListFormat::Long : ListFormat::Names;
-            ListFolder(*connection, location, arguments.isJson ? ListFormat::Json : plain, output);
-        }
+        commands.Parsed()(*connection, location, arguments, output);
         output.Flush();
         return Done;
     } catch (const UsageError& e) {
         Complain(e.what());
         return WrongUsage;
     } catch (const HttpException& e) {
+        const QString answer = connection->LastAnswer();
         Complain(e.what());
-        Complain("The answer was " + connection->LastAnswer().toStdString());
+        Complain("The answer was " + answer.toStdString());
         if (e.StatusCode() == 401) {
             Complain("Give a user name with -u.");
+        }
+        if (commands.ListsTree() && RefusesTrees(e.StatusCode(), answer)) {
+            Complain(
+                "This server does not list a whole tree at once (Depth: infinity). List it folder by folder with ls.");
         }
         return Refused;
     } catch (const std::exception& e) {

@@ -65,6 +65,7 @@ Connection::~Connection() {
 sync::config::FolderConfiguration Connection::Folder(const QString& serverPath) const {
     sync::config::FolderConfiguration folder;
     folder.serverId = TheServerId;
+    folder.name = serverPath.mid(serverPath.lastIndexOf(QLatin1Char('/')) + 1);
     folder.serverPath = serverPath;
     folder.serverRootPath = serverPath;
     return folder;

@@ -1,10 +1,11 @@
 #include "client/cli/FileFormat.h"
 
 #include <QStringList>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+
+#include "client/cli/DateText.h"
 
 namespace ovsync {
 namespace cli {
@@ -26,23 +27,6 @@ std::optional<qint64> SizeOf(const FileConfiguration& file) {
 QByteArray SizeText(const FileConfiguration& file) {
     const std::optional<qint64> size = SizeOf(file);
     return size ? QByteArray::number(*size) : QByteArrayLiteral(">=4294967295");
-}
-
-// By hand, because QDateTime::toString made a sixth of the cost of a long listing.
-QByteArray DateText(const QDateTime& date) {
-    if (!date.isValid()) {
-        return QByteArray();
-    }
-    const QDateTime utc = date.toUTC();
-    const QTime time = utc.time();
-    int year = 0;
-    int month = 0;
-    int day = 0;
-    utc.date().getDate(&year, &month, &day);
-    char text[48];
-    const int size = std::snprintf(text, sizeof(text), "%04d-%02d-%02dT%02d:%02d:%02dZ", year, month, day, time.hour(),
-                                   time.minute(), time.second());
-    return QByteArray(text, size);
 }
 
 QString Property(const FileConfiguration& file, const char* name) {
@@ -104,6 +88,7 @@ QByteArray JsonObject(const FileConfiguration& file) {
             json[key] = value;
         }
     };
+    json["type"] = "file";
     json["name"] = file.name.toStdString();
     json["serverPath"] = file.serverPath.toStdString();
     if (const std::optional<qint64> size = SizeOf(file)) {

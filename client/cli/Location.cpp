@@ -62,5 +62,17 @@ QString Location::Name() const {
     return serverPath.mid(serverPath.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
+Location Location::Parent() const {
+    Location parent = *this;
+    parent.serverPath = ParentPath();
+    return parent;
+}
+
+bool Location::IsOnServerOf(const Location& other) const {
+    const auto port = [](const QUrl& url) { return url.port(url.scheme() == QLatin1String("https") ? 443 : 80); };
+    return baseUrl.scheme() == other.baseUrl.scheme() && baseUrl.host() == other.baseUrl.host() &&
+           port(baseUrl) == port(other.baseUrl);
+}
+
 }  // namespace cli
 }  // namespace ovsync

@@ -22,6 +22,11 @@ struct Location {
     /// The server path of the collection that the place lies in, and the name of the place in it.
     QString ParentPath() const;
     QString Name() const;
+    /// The collection that the place lies in, as a place itself.
+    Location Parent() const;
+
+    /// Whether scheme, host and port are the same.
+    bool IsOnServerOf(const Location& other) const;
 };
 
 }  // namespace cli

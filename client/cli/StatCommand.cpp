@@ -1,14 +1,16 @@
 #include "client/cli/StatCommand.h"
 
 #include "client/cli/FileFormat.h"
-#include "client/cli/UsageError.h"
+#include "client/cli/FolderFormat.h"
 
 namespace ovsync {
 namespace cli {
 
-void ShowFile(Connection& connection, const Location& location, bool asJson, Output& output) {
-    if (location.serverPath.isEmpty()) {
-        throw UsageError(QStringLiteral("%1: this is the server itself, not a file").arg(location.baseUrl.toString()));
+void ShowResource(Connection& connection, const Location& location, bool asJson, Output& output) {
+    sync::config::FolderConfiguration folder;
+    if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
+        output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
+        return;
     }
     const sync::config::FileConfiguration file =
         connection.Files().GetFileByName(connection.Folder(location.ParentPath()), location.Name());

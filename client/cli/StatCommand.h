@@ -6,9 +6,9 @@
 namespace ovsync {
 namespace cli {
 
-/// `ovsync stat`: what the service knows of the file at `location`. Throws UsageError when `location` is the root, and
-/// what the library and the exchange with the service throw.
-void ShowFile(Connection& connection, const Location& location, bool asJson, Output& output);
+/// `ovsync stat`: what the service knows of the folder or the file at `location`. Throws what the library and the
+/// exchange with the service throw.
+void ShowResource(Connection& connection, const Location& location, bool asJson, Output& output);
 
 }  // namespace cli
 }  // namespace ovsync

@@ -176,6 +176,9 @@ private:
         curl_multi_add_handle(_multi.get(), _easy.get());
         QString failure = _Run();
         curl_multi_remove_handle(_multi.get(), _easy.get());
+        if (_onProgress) {
+            _onProgress(_bodySize, true);
+        }
         return failure;
     }
 
@@ -194,7 +197,7 @@ private:
             if (result == CURLM_OK) {
                 auto patience = std::max(_silenceLimit - silence(), std::chrono::milliseconds(0));
                 if (_onProgress) {
-                    _onProgress(_bodySize);
+                    _onProgress(_bodySize, false);
                     patience = std::min(patience, ProgressInterval);
                 }
                 result = curl_multi_poll(_multi.get(), nullptr, 0, static_cast<int>(patience.count()), &active);
@@ -315,7 +318,7 @@ private:
     }
 
     const std::chrono::milliseconds _silenceLimit;
-    const std::function<void(qint64)> _onProgress;
+    const std::function<void(qint64, bool)> _onProgress;
     // The connections live in the second, which the first has to be taken out of before it goes.
     std::unique_ptr<CURLM, MultiDeleter> _multi;
     std::unique_ptr<CURL, CurlDeleter> _easy;

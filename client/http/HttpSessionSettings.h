@@ -15,9 +15,9 @@ struct HttpSessionSettings {
     std::chrono::milliseconds silenceLimit = std::chrono::seconds(60);
     /// How long it may take to reach the server, TLS included.
     std::chrono::milliseconds connectLimit = std::chrono::seconds(30);
-    /// Called several times a second while an answer is waited for and received, on the thread of the exchange, with
-    /// the bytes of the body so far, uncompressed. May be empty; must not throw.
-    std::function<void(qint64)> onProgress;
+    /// Called several times a second while an answer is waited for and received, and once more when the exchange is
+    /// over, on its thread, with the bytes of the body so far, uncompressed. May be empty; must not throw.
+    std::function<void(qint64 bodyBytes, bool isOver)> onProgress;
 };
 
 }  // namespace http

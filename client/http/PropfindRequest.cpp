@@ -176,13 +176,13 @@ void PropfindRequest::Forget() {
 void PropfindRequest::OnHeaders(int status, const Headers& headers) {
     _status = status;
     _headers = headers;
+    const QByteArray date = ValueOf(headers, "date");
+    _serverTime = ReadDate(date.constData(), static_cast<size_t>(date.size()));
     if (status == MultiStatus) {
         const QByteArray contentType = ValueOf(headers, "content-type");
         if (!IsXml(contentType)) {
             throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
         }
-        const QByteArray date = ValueOf(headers, "date");
-        _serverTime = ReadDate(date.constData(), static_cast<size_t>(date.size()));
         _reader = std::make_unique<MultistatusReader>(_url, _depth, _scope);
         return;
     }
@@ -202,8 +202,12 @@ void PropfindRequest::OnBody(const char* bytes, size_t size) {
 void PropfindRequest::OnEnd() {
     if (_reader) {
         _result = _reader->Finish();
-        _result->serverTime = _serverTime;
         _reader.reset();
+    } else if (_status == NotModified) {
+        _result = std::make_shared<DAVPropfindResult>();
+    }
+    if (_result) {
+        _result->serverTime = _serverTime;
     }
 }
 

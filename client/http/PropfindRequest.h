@@ -44,6 +44,7 @@ public:
     void SetModifiedSinceTime(const QDateTime& time) override;
     /// Throws SyncException when a name is not of the form "{namespace}prefix:name"; the list is then unchanged.
     void SetProperties(const QStringList& names) override;
+    /// Of a 304, a result that holds the service's time alone.
     std::shared_ptr<sync::http::DAVPropfindResult> GetResult() override;
 
     QByteArray Method() const override;

@@ -33,16 +33,17 @@ protected:
     static ProgramResult List(const QString& url) { return RunOvsync({Text("ls"), url}); }
 };
 
-TEST_F(CommandLineTest, ListsTheFilesOfAFolderInNameOrderAndNothingElse) {
+TEST_F(CommandLineTest, ListsFilesAndFoldersInOneNameOrderAndNothingElse) {
     Service service;
     service.AddFile(Text("folder/b.txt"), "bb");
     service.AddFile(Text("folder/a.txt"), "a");
     service.AddFile(Text("folder/B.txt"), "BBB");
-    service.AddFile(Text("folder/sub/deep.txt"), "x");
+    service.AddFile(Text("folder/apart/deep.txt"), "x");
+    service.AddFolder(Text("folder/z"));
     service.AddFile(Text("outside.txt"), "x");
     const ProgramResult result = List(service.Url() + Text("folder/"));
     EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
-    EXPECT_EQ(result.output, QByteArray("B.txt\na.txt\nb.txt\n"));
+    EXPECT_EQ(result.output, QByteArray("B.txt\na.txt\napart/\nb.txt\nz/\n"));
     EXPECT_EQ(result.errors, QByteArray());
 }
 
@@ -53,7 +54,7 @@ TEST_F(CommandLineTest, AFolderIsTheSameWithAndWithoutItsSlash) {
     service.AddFile(Text("root.txt"), "r");
     QString withoutSlash = service.Url();
     withoutSlash.chop(1);
-    EXPECT_EQ(List(withoutSlash).output, QByteArray("root.txt\n"));
+    EXPECT_EQ(List(withoutSlash).output, QByteArray("folder/\nroot.txt\n"));
 }
 
 TEST_F(CommandLineTest, AnEmptyFolderIsAnEmptyListing) {
@@ -165,12 +166,24 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
     expect({Text("ls"), Text("--ca-file"), Text("/missing.pem"), Text("http://h/")}, "/missing.pem");
     expect({Text("ls"), Text("http://ann:secret@h/")}, "OVSYNC_PASSWORD");
     expect({Text("ls"), Text("-u"), Text("ann"), Text("http://h/")}, "No password for ann at h");
-    expect({Text("stat"), Text("http://h/")}, "not a file");
+    expect({Text("tree"), Text("-l"), Text("--json"), Text("http://h/")}, "excludes");
+    expect({Text("tree"), Text("--since"), Text("yesterday"), Text("http://h/")}, "\"yesterday\"");
+    expect({Text("du"), Text("--exclude"), Text("a/b"), Text("http://h/")}, "\"a/b\"");
+    expect({Text("du"), Text("--exclude"), Text(""), Text("http://h/")}, "--exclude");
+    expect({Text("mkdir"), Text("http://h/")}, "the root is always there");
+    expect({Text("rm"), Text("http://h/")}, "the root cannot be removed");
+    expect({Text("mv"), Text("http://h/a")}, "TO is required");
+    expect({Text("mv"), Text("http://h/a"), Text("http://i/b")}, "two servers");
+    expect({Text("mv"), Text("http://h/a"), Text("https://h/b")}, "two servers");
+    expect({Text("mv"), Text("http://h/a"), Text("http://h:80/")}, "root");
 }
 
 TEST_F(CommandLineTest, EveryCommandHasHelp) {
-    for (const QStringList& arguments : {QStringList(Text("--help")), QStringList({Text("ls"), Text("--help")}),
-                                         QStringList({Text("stat"), Text("--help")})}) {
+    for (const QStringList& arguments :
+         {QStringList(Text("--help")), QStringList({Text("ls"), Text("--help")}),
+          QStringList({Text("tree"), Text("--help")}), QStringList({Text("du"), Text("--help")}),
+          QStringList({Text("stat"), Text("--help")}), QStringList({Text("mkdir"), Text("--help")}),
+          QStringList({Text("rm"), Text("--help")}), QStringList({Text("mv"), Text("--help")})}) {
         const ProgramResult result = RunOvsync(arguments);
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_THAT(result.output.toStdString(), AllOf(HasSubstr("Usage: ovsync"), HasSubstr("Exit status:")));

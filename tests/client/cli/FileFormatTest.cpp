@@ -73,7 +73,8 @@ TEST(FileFormatTest, JsonHasTheFieldsThatTheRecordHas) {
     file.md5Checksum = Text("0123456789abcdef0123456789abcdef");
     file.setSyncOptionPersistentAcrossMachines(QStringList() << Text("a") << Text("b"));
     const nlohmann::json json = nlohmann::json::parse(JsonObject(file).constData());
-    const nlohmann::json expected = {{"name", "r\xC3\xA9sum\xC3\xA9.pdf"},
+    const nlohmann::json expected = {{"type", "file"},
+                                     {"name", "r\xC3\xA9sum\xC3\xA9.pdf"},
                                      {"serverPath", "Projects/r\xC3\xA9sum\xC3\xA9.pdf"},
                                      {"size", 1234},
                                      {"modified", "2025-11-20T10:15:30Z"},

@@ -151,7 +151,9 @@ TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
     request->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_EQ(request->GetStatusCode(), 304);
-    EXPECT_FALSE(request->GetResult());
+    ASSERT_TRUE(request->GetResult());
+    EXPECT_EQ(request->GetResult()->serverTime, QDateTime(QDate(2026, 11, 20), QTime(10, 15, 31), Qt::UTC));
+    EXPECT_TRUE(request->GetResult()->fileResponses.isEmpty());
     server.Stop();
     EXPECT_EQ(server.Requests().last().headers.value("if-modified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
 }

@@ -1,0 +1,34 @@
+#include "client/cli/Progress.h"
+
+#include <iostream>
+
+namespace ovsync {
+namespace cli {
+
+namespace {
+
+const qint64 PatienceInMilliseconds = 1000;
+const char* const LineStart = "\r\x1B[K";
+
+}  // namespace
+
+void Progress::Show(qint64 bytes, bool isOver) {
+    if (isOver) {
+        if (_isShown) {
+            std::cerr << LineStart << std::flush;
+        }
+        _isShown = false;
+        _timer.invalidate();
+        return;
+    }
+    if (!_timer.isValid()) {
+        _timer.start();
+    }
+    if (_timer.elapsed() >= PatienceInMilliseconds) {
+        std::cerr << LineStart << "ovsync: " << bytes << " bytes received" << std::flush;
+        _isShown = true;
+    }
+}
+
+}  // namespace cli
+}  // namespace ovsync

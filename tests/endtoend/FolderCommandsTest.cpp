@@ -1,0 +1,312 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QThread>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <ostream>
+#include <string>
+
+#include "tests/endtoend/Service.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using tests::ProgramResult;
+using tests::RunOvsync;
+using tests::Service;
+
+QString Text(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+class FolderCommandsTest : public testing::Test {
+protected:
+    /// `path` is percent-encoded.
+    ProgramResult Run(const QStringList& command, const char* path) {
+        return RunOvsync(QStringList(command) << _service.Url() + Text(path));
+    }
+
+    /// The output of a run that has to succeed.
+    QByteArray OutputOf(const QStringList& command, const char* path) {
+        const ProgramResult result = Run(command, path);
+        EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+        return result.output;
+    }
+
+    void ExpectFailure(const QStringList& command, const char* path, int exitCode, const char* message) {
+        const ProgramResult result = Run(command, path);
+        EXPECT_EQ(result.exitCode, exitCode) << command.first().toStdString() << ' ' << path;
+        EXPECT_EQ(result.output, QByteArray());
+        EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr(message), Not(HasSubstr("log4cplus"))));
+    }
+
+    /// Only the service itself can make a folder a form.
+    void MakeForm(const char* path) {
+        int argc = 0;
+        const QCoreApplication application(argc, nullptr);
+        QNetworkAccessManager network;
+        QNetworkRequest request(QUrl(_service.Url() + Text(path)));
+        request.setHeader(QNetworkRequest::ContentTypeHeader, Text("application/xml"));
+        const QByteArray body =
+            "<D:propertyupdate xmlns:D=\"DAV:\"><D:set><D:prop><D:resourceclasstype>drovane.objects.Form"
+            "</D:resourceclasstype></D:prop></D:set></D:propertyupdate>";
+        const std::unique_ptr<QNetworkReply> reply(network.sendCustomRequest(request, "PROPPATCH", body));
+        QEventLoop loop;
+        QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+        loop.exec();
+        ASSERT_EQ(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 207);
+    }
+
+    Service _service;
+};
+
+TEST_F(FolderCommandsTest, ANewFolderIsThereAndHasTheIdThatItWasGiven) {
+    const QByteArray made = OutputOf({Text("mkdir"), Text("--json")}, "A%20%23%C3%A9");
+    const nlohmann::json folder = nlohmann::json::parse(made.constData());
+    EXPECT_EQ(folder["serverPath"], "A #\xC3\xA9");
+    EXPECT_NE(folder["folderId"], "");
+    EXPECT_EQ(OutputOf({Text("ls")}, ""), QByteArray("A #\xC3\xA9/\n"));
+    EXPECT_EQ(OutputOf({Text("stat"), Text("--json")}, "A%20%23%C3%A9/"), made);
+    EXPECT_EQ(OutputOf({Text("mkdir")}, "A%20%23%C3%A9/inside/"), QByteArray());
+    EXPECT_EQ(OutputOf({Text("ls")}, "A%20%23%C3%A9"), QByteArray("inside/\n"));
+}
+
+TEST_F(FolderCommandsTest, AFolderThatIsThereAlreadyIsAsGoodAsANewOne) {
+    // The service says that it exists in one wording after the other.
+    const QByteArray made = OutputOf({Text("mkdir"), Text("--json")}, "A");
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(OutputOf({Text("mkdir"), Text("--json")}, "A"), made);
+        EXPECT_EQ(OutputOf({Text("mkdir"), Text("-p"), Text("--json")}, "A"), made);
+    }
+}
+
+TEST_F(FolderCommandsTest, MissingParentsAreCreatedOnlyWhenAskedFor) {
+    ExpectFailure({Text("mkdir")}, "A/B/C", 1, "no folder /A/B");
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray());
+    OutputOf({Text("mkdir"), Text("-p")}, "A/B/C");
+    OutputOf({Text("mkdir"), Text("-p")}, "A/B/D/");
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/B/\nA/B/C/\nA/B/D/\n"));
+}
+
+TEST_F(FolderCommandsTest, AFileIsInTheWayOfAFolder) {
+    _service.AddFile(Text("a.txt"), "a");
+    ExpectFailure({Text("mkdir")}, "a.txt", 1, "400");
+    ExpectFailure({Text("mkdir"), Text("-p")}, "a.txt/b", 1, "400");
+    ExpectFailure({Text("mkdir")}, "a.txt/b", 2, "/a.txt is a file");
+}
+
+TEST_F(FolderCommandsTest, AFolderIsRemovedWithWhatLiesInIt) {
+    _service.AddFile(Text("A/b/c.txt"), "c");
+    _service.AddFile(Text("B/c.txt"), "c");
+    EXPECT_EQ(OutputOf({Text("rm")}, "A/"), QByteArray());
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("B/\nB/c.txt\n"));
+    const QByteArray removed = OutputOf({Text("rm"), Text("--json")}, "B");
+    EXPECT_EQ(nlohmann::json::parse(removed.constData())["serverPath"], "B");
+}
+
+TEST_F(FolderCommandsTest, OnlyFoldersThatAreThereAreRemoved) {
+    _service.AddFile(Text("a.txt"), "a");
+    ExpectFailure({Text("rm")}, "a.txt", 2, "/a.txt is a file, and rm works on folders only");
+    ExpectFailure({Text("rm")}, "gone", 1, "no folder /gone");
+    EXPECT_EQ(OutputOf({Text("ls")}, ""), QByteArray("a.txt\n"));
+}
+
+TEST_F(FolderCommandsTest, AFolderIsMovedAndKeepsItsId) {
+    _service.AddFile(Text("A/b.txt"), "b");
+    _service.AddFolder(Text("C"));
+    const auto idOf = [this](const char* path) {
+        return nlohmann::json::parse(OutputOf({Text("stat"), Text("--json")}, path).constData())["folderId"];
+    };
+    const nlohmann::json id = idOf("A");
+    const QByteArray moved = OutputOf({Text("mv"), Text("--json"), _service.Url() + Text("A")}, "C/D%20%25/");
+    EXPECT_EQ(nlohmann::json::parse(moved.constData()), (nlohmann::json{{"from", "A"}, {"to", "C/D %"}}));
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("C/\nC/D %/\nC/D %/b.txt\n"));
+    EXPECT_EQ(idOf("C/D%20%25"), id);
+}
+
+TEST_F(FolderCommandsTest, NothingIsMovedOverAnything) {
+    _service.AddFile(Text("A/b.txt"), "b");
+    _service.AddFile(Text("B/c.txt"), "c");
+    _service.AddFile(Text("f.txt"), "f");
+    const QByteArray before = OutputOf({Text("tree")}, "");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "412");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "412");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "missing/A", 1, "400");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "A/inside", 1, "403");
+    ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "g.txt", 2, "/f.txt is a file");
+    ExpectFailure({Text("mv"), _service.Url() + Text("gone")}, "g", 1, "no folder /gone");
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), before);
+}
+
+TEST_F(FolderCommandsTest, ATreeHasEverythingBelowTheFolderByItsPath) {
+    _service.AddFile(Text("A/b/c 1.txt"), "12345");
+    _service.AddFile(Text("A/b-2.txt"), "1");
+    _service.AddFolder(Text("A/d"));
+    _service.AddFile(Text("outside.txt"), "x");
+    const ProgramResult result = Run({Text("tree")}, "A");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, QByteArray("b/\nb-2.txt\nb/c 1.txt\nd/\n"));
+    EXPECT_THAT(result.errors.toStdString(), testing::MatchesRegex("ovsync: the service's time is 20[0-9TZ:-]+\n"));
+    EXPECT_THAT(OutputOf({Text("tree"), Text("-l")}, "A/b").toStdString(),
+                testing::MatchesRegex(" +5  20[0-9-]+T[0-9:]+Z +1  c 1\\.txt\n"));
+    EXPECT_EQ(OutputOf({Text("tree")}, "outside.txt"), QByteArray("outside.txt\n"));
+    ExpectFailure({Text("tree")}, "gone", 1, "no folder /gone");
+}
+
+TEST_F(FolderCommandsTest, JsonSaysWhatIsAFolder) {
+    _service.AddFile(Text("A/b.txt"), "b");
+    const auto entries = nlohmann::json::parse(OutputOf({Text("tree"), Text("--json")}, "").constData())["entries"];
+    ASSERT_EQ(entries.size(), 2U);
+    EXPECT_EQ(entries[0]["type"], "folder");
+    EXPECT_EQ(entries[0]["name"], "A");
+    EXPECT_EQ(entries[1]["type"], "file");
+    EXPECT_EQ(entries[1]["name"], "A/b.txt");
+    const nlohmann::json listed = nlohmann::json::parse(OutputOf({Text("ls"), Text("--json")}, "").constData());
+    EXPECT_EQ(listed, nlohmann::json::array({entries[0]}));
+}
+
+TEST_F(FolderCommandsTest, ATreeIsListedAgainOnceSomethingChanged) {
+    _service.AddFile(Text("A/b.txt"), "b");
+    const auto timeOf = [](const QByteArray& json) {
+        return QString::fromStdString(nlohmann::json::parse(json.constData())["serverTime"]);
+    };
+    QByteArray answer = OutputOf({Text("tree"), Text("--json")}, "A");
+    // The second of the change has to be over.
+    for (int i = 0; i < 40 && nlohmann::json::parse(answer.constData())["changed"]; ++i) {
+        QThread::msleep(100);
+        answer = OutputOf({Text("tree"), Text("--json"), Text("--since"), timeOf(answer)}, "A");
+    }
+    EXPECT_FALSE(nlohmann::json::parse(answer.constData())["changed"]);
+    EXPECT_FALSE(nlohmann::json::parse(answer.constData()).contains("entries"));
+    const ProgramResult result = Run({Text("tree"), Text("--since"), timeOf(answer)}, "A");
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.output, QByteArray());
+    EXPECT_THAT(result.errors.toStdString(),
+                AllOf(HasSubstr("nothing changed"), HasSubstr("the service's time is 20")));
+
+    _service.AddFile(Text("A/deep/c.txt"), "c");
+    EXPECT_EQ(OutputOf({Text("tree"), Text("--since"), timeOf(answer)}, "A"), QByteArray("b.txt\ndeep/\ndeep/c.txt\n"));
+    EXPECT_EQ(OutputOf({Text("tree"), Text("--since"), Text("Fri, 20 Nov 2020 10:15:30 GMT")}, "A"),
+              QByteArray("b.txt\ndeep/\ndeep/c.txt\n"));
+}
+
+TEST_F(FolderCommandsTest, TheSizeOfATreeLeavesOutWhatIsExcluded) {
+    _service.AddFile(Text("A/a.txt"), "1");
+    _service.AddFile(Text("A/b.tmp"), "12");
+    _service.AddFile(Text("A/cache/c.txt"), "123");
+    _service.AddFile(Text("A/sub/cache/d.txt"), "1234");
+    _service.AddFile(Text("A/sub/\xC3\xA9.txt"), "12345");
+    EXPECT_EQ(OutputOf({Text("du")}, "A"), QByteArray("5 files, 15 bytes\n"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("*.tmp")}, "A"), QByteArray("4 files, 13 bytes\n"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("c?che"), Text("--exclude"), Text("[ab].*")}, "A"),
+              QByteArray("1 files, 5 bytes\n"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("?.txt"), Text("--exclude"), Text("A")}, "A"),
+              QByteArray("1 files, 2 bytes\n"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("--json"), Text("--exclude"), Text("cach")}, "A/sub"),
+              QByteArray("{\"files\":2,\"bytes\":9}\n"));
+    ExpectFailure({Text("du")}, "gone", 1, "no folder /gone");
+}
+
+TEST_F(FolderCommandsTest, WhatLiesInAFormIsNeitherListedNorMeasured) {
+    _service.AddFile(Text("A/form/answer.txt"), "12345");
+    _service.AddFile(Text("A/plain.txt"), "1");
+    MakeForm("A/form/");
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/plain.txt\n"));
+    EXPECT_EQ(OutputOf({Text("du")}, ""), QByteArray("1 files, 1 bytes\n"));
+    EXPECT_EQ(OutputOf({Text("ls")}, "A"), QByteArray("plain.txt\n"));
+}
+
+TEST_F(FolderCommandsTest, StatShowsAFolder) {
+    OutputOf({Text("mkdir")}, "A");
+    EXPECT_THAT(OutputOf({Text("stat")}, "A").toStdString(),
+                AllOf(HasSubstr("Name              A/\n"), HasSubstr("Server path       A\n"),
+                      HasSubstr("Folder id         "), HasSubstr("Owner             anonymous\n")));
+    EXPECT_THAT(OutputOf({Text("stat")}, "").toStdString(), HasSubstr("Name              /\n"));
+}
+
+TEST(FolderRefusalTest, AServerThatListsNoTreesIsToldFromOthers) {
+    for (const char* status : {"400", "405", "412"}) {
+        Service service({Text("--fault"), Text("status=") + Text(status) + Text(",method=PROPFIND")});
+        for (const char* command : {"tree", "du"}) {
+            const ProgramResult result = RunOvsync({Text(command), service.Url()});
+            EXPECT_EQ(result.exitCode, 1);
+            EXPECT_THAT(result.errors.toStdString(), HasSubstr("does not list a whole tree at once"));
+        }
+        EXPECT_THAT(RunOvsync({Text("ls"), service.Url()}).errors.toStdString(), Not(HasSubstr("whole tree")));
+    }
+    for (const char* status : {"403", "500"}) {
+        Service service({Text("--fault"), Text("status=") + Text(status) + Text(",method=PROPFIND")});
+        EXPECT_THAT(RunOvsync({Text("tree"), service.Url()}).errors.toStdString(), Not(HasSubstr("whole tree")));
+    }
+}
+
+struct Fault {
+    const char* name;
+    int exitCode;
+};
+
+void PrintTo(const Fault& fault, std::ostream* stream) {
+    *stream << fault.name;
+}
+
+/// Every new request met by every fault. An error, and nothing on standard output, whatever was done.
+class FolderFaultTest : public testing::TestWithParam<Fault> {};
+
+TEST_P(FolderFaultTest, EndsInAnError) {
+    const auto run = [](const char* method, const QStringList& command, const char* path, const char* destination) {
+        Service service({Text("--fault"), Text(GetParam().name) + Text(",method=") + Text(method)});
+        service.AddFile(Text("folder/file.txt"), "x");
+        QStringList arguments = QStringList(command) << service.Url() + Text(path);
+        if (destination != nullptr) {
+            arguments << service.Url() + Text(destination);
+        }
+        const ProgramResult result =
+            RunOvsync(QStringList(arguments) << Text("--json") << Text("--silence-limit") << Text("0.5"));
+        EXPECT_EQ(result.exitCode, GetParam().exitCode) << method << ": " << result.errors.toStdString();
+        EXPECT_EQ(result.output, QByteArray()) << method;
+        EXPECT_THAT(result.errors.toStdString(), HasSubstr("127.0.0.1")) << method;
+    };
+    run("PROPFIND", {Text("tree")}, "folder", nullptr);
+    run("PROPFIND", {Text("du")}, "folder", nullptr);
+    run("MKCOL", {Text("mkdir")}, "new", nullptr);
+    run("MKCOL", {Text("mkdir"), Text("-p")}, "new/inside", nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, FolderFaultTest,
+                         testing::Values(Fault{"cut=30", 3}, Fault{"hang", 3}, Fault{"reset", 3}, Fault{"reset=30", 3},
+                                         Fault{"redirect=301", 3}, Fault{"redirect=307", 3}, Fault{"error-page", 3},
+                                         Fault{"status=204", 3}, Fault{"status=500", 1}, Fault{"error-in-body=50", 3},
+                                         Fault{"content-length=+10", 3}, Fault{"content-length=-10", 3}));
+
+class FolderChangeFaultTest : public testing::TestWithParam<Fault> {};
+
+TEST_P(FolderChangeFaultTest, EndsInAnErrorThatNamesTheFolder) {
+    for (const char* method : {"DELETE", "MOVE"}) {
+        Service service({Text("--fault"), Text(GetParam().name) + Text(",method=") + Text(method)});
+        service.AddFile(Text("folder/file.txt"), "x");
+        const QStringList url(service.Url() + Text("folder"));
+        const QStringList arguments = QByteArray(method) == "DELETE"
+                                          ? QStringList(Text("rm")) + url
+                                          : QStringList(Text("mv")) + url + QStringList(service.Url() + Text("other"));
+        const ProgramResult result = RunOvsync(QStringList(arguments) << Text("--silence-limit") << Text("0.5"));
+        EXPECT_EQ(result.exitCode, GetParam().exitCode) << method << ": " << result.errors.toStdString();
+        EXPECT_THAT(result.errors.toStdString(), HasSubstr("folder")) << method;
+        EXPECT_EQ(RunOvsync({Text("ls"), service.Url()}).output, QByteArray("folder/\n")) << method;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Faults, FolderChangeFaultTest,
+                         testing::Values(Fault{"hang", 3}, Fault{"reset", 3}, Fault{"redirect=301", 3},
+                                         Fault{"redirect=308", 3}, Fault{"status=206", 3}, Fault{"status=403", 1},
+                                         Fault{"status=404", 1}, Fault{"status=503", 1}));
+
+}  // namespace
