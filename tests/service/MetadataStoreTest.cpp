@@ -82,9 +82,16 @@ TEST_F(MetadataStoreTest, FindsAResourceByItsIdsOnly) {
     EXPECT_EQ(_store->ByItemId(f.itemId)->id, f.id);
     const std::string store = f.itemId.substr(0, f.itemId.rfind('-') + 1);
     const std::string number = std::to_string(f.id);
-    for (const std::string& other :
-         {std::string(), number, "-" + number, store, store + "0" + number, store + number + "x", "0" + f.itemId,
-          store + std::string(30, '9'), f.itemId + std::string(1, '\0')}) {
+    const std::vector<std::string> unknownIds{std::string(),
+                                              number,
+                                              "-" + number,
+                                              store,
+                                              store + "0" + number,
+                                              store + number + "x",
+                                              "0" + f.itemId,
+                                              store + std::string(30, '9'),
+                                              f.itemId + std::string(1, '\0')};
+    for (const std::string& other : unknownIds) {
         EXPECT_FALSE(_store->ByItemId(other)) << other;
     }
 }

@@ -25,9 +25,9 @@ TEST(ReasonPhrases, AreGivenForWhatHasAStatusInWebDavOnly) {
 
 TEST(ReasonPhrases, TakeTurnsAndNameTheLastSegmentAsItWasSent) {
     ReasonPhrases reasons;
-    std::vector<std::string> given;
-    for (int i = 0; i < 5; ++i) {
-        given.push_back(reasons.Next(404, "DELETE", "/A/b%20*/").value());
+    std::vector<std::string> given(5);
+    for (std::string& phrase : given) {
+        phrase = reasons.Next(404, "DELETE", "/A/b%20*/").value();
     }
     EXPECT_EQ(given[0], "Folder b%20* does not exist.");
     EXPECT_EQ(given[4], given[0]);
