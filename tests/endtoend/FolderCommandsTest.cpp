@@ -51,8 +51,10 @@ protected:
 
     /// Only the service itself can make a folder a form.
     void MakeForm(const char* path) {
-        int argc = 0;
-        const QCoreApplication application(argc, nullptr);
+        int argc = 1;
+        char name[] = "test";
+        char* argv[] = {name, nullptr};
+        const QCoreApplication application(argc, argv);
         QNetworkAccessManager network;
         QNetworkRequest request(QUrl(_service.Url() + Text(path)));
         request.setHeader(QNetworkRequest::ContentTypeHeader, Text("application/xml"));

@@ -95,4 +95,23 @@ TEST(LocationTest, AQueryOrAFragmentIsRefused) {
     EXPECT_THAT(ErrorOf("http://h/a#b"), HasSubstr("%23"));
 }
 
+TEST(LocationTest, TheParentIsAPlaceOnTheSameServer) {
+    const Location parent = Location::FromUrl(Text("http://ann@h:81/a/b/c")).Parent();
+    EXPECT_EQ(parent.serverPath, Text("a/b"));
+    EXPECT_EQ(parent.baseUrl, QUrl(Text("http://h:81/")));
+    EXPECT_EQ(parent.user, Text("ann"));
+    EXPECT_EQ(Location::FromUrl(Text("http://h/a")).Parent().serverPath, QString());
+}
+
+TEST(LocationTest, AServerIsASchemeAHostAndAPort) {
+    const auto areOne = [](const char* a, const char* b) {
+        return Location::FromUrl(Text(a)).IsOnServerOf(Location::FromUrl(Text(b)));
+    };
+    EXPECT_TRUE(areOne("http://h/a", "http://H:80/b"));
+    EXPECT_TRUE(areOne("https://h:443/a", "https://ann@h/b"));
+    EXPECT_FALSE(areOne("http://h/a", "http://h:81/a"));
+    EXPECT_FALSE(areOne("http://h/a", "https://h/a"));
+    EXPECT_FALSE(areOne("http://h/a", "http://i/a"));
+}
+
 }  // namespace
