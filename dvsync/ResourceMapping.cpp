@@ -18,14 +18,15 @@ bool HasClassType(const DAVPropfindResponse& response, const char* classType) {
     return QString::compare(response.getResourceClassType(), QLatin1String(classType), Qt::CaseInsensitive) == 0;
 }
 
-// Made once: four keys for each of 100,000 files are 400,000 allocations.
-struct CustomPropertyTexts {
+// Made once: what many files have in common, for 100,000 of them, is some 700,000 allocations.
+struct CommonTexts {
     const QString version = QLatin1String("version");
     const QString versionId = QLatin1String("versionId");
     const QString resourceId = QLatin1String("resourceId");
     const QString visibility = QLatin1String("visibility");
-    const QString hidden = QLatin1String("0");
-    const QString shown = QLatin1String("1");
+    const QString zero = QLatin1String("0");
+    const QString one = QLatin1String("1");
+    const QString noAttribute = QString(QChar(0));
 };
 
 }  // namespace
@@ -44,19 +45,20 @@ bool IsFolderClassType(const DAVPropfindResponse& response) {
 
 FileConfiguration BuildFileConfigFromFindResponse(const FolderConfiguration& folder,
                                                   const DAVPropfindResponse& response) {
-    static const CustomPropertyTexts texts;
+    static const CommonTexts texts;
 
     FileConfiguration file;
     file.name = PercentDecoded(response.getFilename());
-    file.attribute = QLatin1Char(response.attribute);
+    file.attribute = response.attribute == '\0' ? texts.noAttribute : QString(QLatin1Char(response.attribute));
     file.serverPath = WithoutLeadingSlash(PathOfHref(response.getHref()));
     file.localPath = file.serverPath;
     file.localPath.replace(0, folder.serverRootPath.size(), folder.localPath);
-    file.customProperties.insert(texts.version, QString::number(response.versionNumber));
+    file.customProperties.insert(texts.version,
+                                 response.versionNumber == 0 ? texts.zero : QString::number(response.versionNumber));
     file.customProperties.insert(texts.versionId, response.getVersionId());
     file.customProperties.insert(texts.resourceId, QString::number(response.resourceId));
     const bool isHidden = QString::compare(response.getVisibility(), QLatin1String("hide"), Qt::CaseInsensitive) == 0;
-    file.customProperties.insert(texts.visibility, isHidden ? texts.hidden : texts.shown);
+    file.customProperties.insert(texts.visibility, isHidden ? texts.zero : texts.one);
     file.size = response.contentLength;
     file.lastModifiedDate = response.getLastModifiedDate();
     file.createdDate = response.getCreatedDate();

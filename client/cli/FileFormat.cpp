@@ -41,16 +41,17 @@ bool HasVersion(const FileConfiguration& file) {
 }  // namespace
 
 QByteArray LongLine(const FileConfiguration& file, const Output& output) {
+    static const QString versionKey = QStringLiteral("version");
+    const QByteArray version = file.customProperties.value(versionKey).toLatin1();
+    const bool hasVersion = !file.versionId.isEmpty() || version != "0";
     const QByteArray date = DateText(file.lastModifiedDate);
+    char columns[128];
+    const int size = std::snprintf(columns, sizeof(columns), "%12s  %-20s %5s  ", SizeText(file).constData(),
+                                   date.isEmpty() ? "-" : date.constData(), hasVersion ? version.constData() : "-");
+    const QByteArray name = output.Shown(file.name);
     QByteArray line;
-    line += SizeText(file).rightJustified(12);
-    line += "  ";
-    line += (date.isEmpty() ? QByteArrayLiteral("-") : date).leftJustified(20);
-    line += ' ';
-    line += (HasVersion(file) ? Property(file, "version").toUtf8() : QByteArrayLiteral("-")).rightJustified(5);
-    line += "  ";
-    line += output.Shown(file.name);
-    line += '\n';
+    line.reserve(size + name.size() + 1);
+    line.append(columns, size).append(name).append('\n');
     return line;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "client/http/DateReader.h"
 #include "client/http/FolderProtocol.h"
@@ -110,13 +111,12 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
     }
     const QString classType = _Text(entry, Entry::ClassType);
     const Form form = _FormOf(classType, entry.IsCollection());
-    const DAVPropfindResponse response = _MakeResponse(entry, classType, form);
     if (key == _askedKey) {
         if (_ownSeen) {
             entry.Fail(QStringLiteral("came before"));
         }
         _ownSeen = true;
-        _own = response;
+        _Describe(entry, classType, form, _own);
         _ownIsContainer = form != Form::File;
         return;
     }
@@ -128,12 +128,14 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
     const auto& otherMap = isFolder ? _result->fileResponses : _result->collectionResponses;
     const QString mapKey = FromUtf8(key);
     const int sizeBefore = map.size();
-    // Most services list in name order, in which every entry goes to the end.
-    map.insert(map.constEnd(), mapKey, response);
+    // Most services list in name order, in which every entry goes to the end. The response is filled in where it lies,
+    // because each is a QObject, which is costly to make twice.
+    const auto place = map.insert(map.constEnd(), mapKey, _blank);
     const bool isInOtherMap = !otherMap.isEmpty() && !(otherMap.lastKey() < mapKey) && otherMap.contains(mapKey);
     if (map.size() == sizeBefore || isInOtherMap) {
         entry.Fail(QStringLiteral("came before"));
     }
+    _Describe(entry, classType, form, place.value());
 }
 
 std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {
@@ -181,7 +183,8 @@ bool ListingBuilder::_IsInScope(const std::string& key) const {
     }
 }
 
-DAVPropfindResponse ListingBuilder::_MakeResponse(const MultistatusEntry& entry, const QString& classType, Form form) {
+void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& classType, Form form,
+                               DAVPropfindResponse& response) {
     static const QString fileClassType = QLatin1String(ClassTypePrefix) + QLatin1String("File");
     static const QString folderClassType = QLatin1String(ClassTypePrefix) + QLatin1String("Folder");
     const bool isFile = form == Form::File;
@@ -210,7 +213,7 @@ DAVPropfindResponse ListingBuilder::_MakeResponse(const MultistatusEntry& entry,
     if (form != Form::Folder && href.size() > 1 && href.endsWith(QLatin1Char('/'))) {
         href.chop(1);
     }
-    DAVPropfindResponse response(href, properties);
+    response.Describe(href, std::move(properties));
     response.contentLength = ContentLengthOf(entry);
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);
@@ -220,7 +223,6 @@ DAVPropfindResponse ListingBuilder::_MakeResponse(const MultistatusEntry& entry,
         response.parentResourceId = key.empty() ? 0 : MadeUpId(Href::ParentKey(key));
     }
     response.attribute = AttributeOf(entry);
-    return response;
 }
 
 const QString& ListingBuilder::_Text(const MultistatusEntry& entry, MultistatusEntry::Property property) {

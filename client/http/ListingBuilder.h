@@ -46,7 +46,8 @@ private:
 
     static Form _FormOf(const QString& classType, bool isCollection);
     bool _IsInScope(const std::string& key) const;
-    sync::http::DAVPropfindResponse _MakeResponse(const MultistatusEntry& entry, const QString& classType, Form form);
+    void _Describe(const MultistatusEntry& entry, const QString& classType, Form form,
+                   sync::http::DAVPropfindResponse& response);
     const QString& _Text(const MultistatusEntry& entry, MultistatusEntry::Property property);
     const QDateTime& _Date(const MultistatusEntry& entry, MultistatusEntry::Property property);
 
@@ -57,6 +58,7 @@ private:
     bool _ownSeen = false;
     bool _ownIsContainer = false;
     sync::http::DAVPropfindResponse _own;
+    const sync::http::DAVPropfindResponse _blank;
     std::shared_ptr<sync::http::DAVPropfindResult> _result;
     std::array<Remembered<QString>, MultistatusEntry::PropertyCount> _texts;
     std::array<Remembered<QDateTime>, MultistatusEntry::PropertyCount> _dates;

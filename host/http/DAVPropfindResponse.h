@@ -39,6 +39,9 @@ public:
     DAVPropfindResponse& operator=(const DAVPropfindResponse& other);
     ~DAVPropfindResponse() override;
 
+    /// Replaces the href and the properties of the getters.
+    void Describe(const QString& href, DAVPropfindProperties properties);
+
     const QString& getFilename() const { return _properties.filename; }
     const QString& getResourceClassType() const { return _properties.resourceClassType; }
     const QString& getVersionId() const { return _properties.versionId; }

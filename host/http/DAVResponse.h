@@ -23,6 +23,9 @@ public:
     /// Percent-encoded, as it stands in the answer.
     const QString& getHref() const { return _href; }
 
+protected:
+    void _SetHref(const QString& href) { _href = href; }
+
 private:
     QString _href;
 };
