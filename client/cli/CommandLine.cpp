@@ -74,7 +74,7 @@ struct Arguments {
 
     /// Throws UsageError when it is no time.
     QDateTime Since() const {
-        const QDateTime time = http::ReadDate(since.data(), since.size());
+        QDateTime time = http::ReadDate(since.data(), since.size());
         if (!since.empty() && !time.isValid()) {
             throw UsageError(QStringLiteral("--since \"%1\": this is no time of the form 2026-11-20T10:15:30Z or "
                                             "\"Fri, 20 Nov 2026 10:15:30 GMT\"")
