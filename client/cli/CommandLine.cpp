@@ -213,7 +213,8 @@ private:
 /// Whether a server that answered the request for a whole tree with `status` does not list trees at all.
 bool RefusesTrees(int status, const QString& answer) {
     if (status == 403) {
-        return answer.contains(QLatin1String("propfind-finite-depth"));
+        // Some servers name the condition propfind-finite-depth, others write a sentence about the depth.
+        return answer.contains(QLatin1String("depth"), Qt::CaseInsensitive);
     }
     return status >= 400 && status < 500 && status != 401 && status != 404;
 }
