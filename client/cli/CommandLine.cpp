@@ -74,7 +74,7 @@ struct Arguments {
 
     /// Throws UsageError when it is no time.
     QDateTime Since() const {
-        const QDateTime time = http::ReadDate(since.data(), since.size());
+        QDateTime time = http::ReadDate(since.data(), since.size());
         if (!since.empty() && !time.isValid()) {
             throw UsageError(QStringLiteral("--since \"%1\": this is no time of the form 2026-11-20T10:15:30Z or "
                                             "\"Fri, 20 Nov 2026 10:15:30 GMT\"")
@@ -213,7 +213,8 @@ private:
 /// Whether a server that answered the request for a whole tree with `status` does not list trees at all.
 bool RefusesTrees(int status, const QString& answer) {
     if (status == 403) {
-        return answer.contains(QLatin1String("propfind-finite-depth"));
+        // Some servers name the condition propfind-finite-depth, others write a sentence about the depth.
+        return answer.contains(QLatin1String("depth"), Qt::CaseInsensitive);
     }
     return status >= 400 && status < 500 && status != 401 && status != 404;
 }
