@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Usage: bench/compare-clients.sh [FILES]
-# Lists one folder of FILES files (20,000 unless given) on Apache's WebDAV module with ovsync and other clients, side by side on
-# this machine, and prints a table. Every command runs seven times after one run that does not count; the table has medians.
+# Lists one folder of FILES files (20,000 unless given), and a tree of 10,000 files in 421 folders, on Apache's WebDAV module with
+# ovsync and other clients, side by side on this machine, and prints two tables. Every command runs seven times after one run that does not count; the table has medians.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 files=${1:-20000}
@@ -16,6 +16,12 @@ trap '[ ! -f "$work/pid" ] || kill "$(cat "$work/pid")"; sleep 0.2; rm -rf "$wor
 mkdir "$work/www" "$work/www/folder" "$work/config"
 for ((i = 1; i <= files; ++i)); do
     printf '%0*d' $((i % 100)) 0 >"$work/www/folder/$(printf 'file-%06d.txt' "$i")"
+done
+for folder in {01..20}/{01..20}; do
+    mkdir -p "$work/www/tree/$folder"
+    for ((i = 1; i <= 25; ++i)); do
+        echo "$i" >"$work/www/tree/$folder/file-$i.txt"
+    done
 done
 modules=/usr/lib/apache2/modules
 port=$((20000 + RANDOM % 20000))
@@ -36,12 +42,14 @@ DavLockDB $work/locks
 User $(if [ "$(id -u)" -eq 0 ]; then echo www-data; else id -un; fi)
 <Directory $work/www>
     Dav On
+    DavDepthInfinity On
     Require all granted
 </Directory>
 CONF
 chmod -R a+rX "$work"
 /usr/sbin/apache2 -f "$work/apache.conf" -k start
 url=http://127.0.0.1:$port/folder/
+tree=http://127.0.0.1:$port/tree/
 for _ in $(seq 50); do
     curl -fs -o /dev/null "$url" -X OPTIONS && break
     sleep 0.1
@@ -51,7 +59,6 @@ cat >"$work/propfind.xml" <<'XML'
 <?xml version="1.0" encoding="utf-8"?>
 <D:propfind xmlns:D="DAV:"><D:prop><D:resourcetype/><D:getcontentlength/><D:getlastmodified/><D:creationdate/></D:prop></D:propfind>
 XML
-sed 's|</D:prop>|<D:resourceclasstype/><D:syncproperties/></D:prop>|' "$work/propfind.xml" >"$work/propfind-own.xml"
 printf 'open %s\nls\nquit\n' "$url" >"$work/cadaver"
 : >"$work/config/rclone.conf"
 
@@ -80,9 +87,18 @@ echo "One folder of $files files on $(/usr/sbin/apache2 -v | sed -n 's/Server ve
 echo
 echo '| | wall | CPU | memory |'
 echo '|---|---|---|---|'
-row 'bare transfer, standard properties (curl)' "$files" "${propfind[@]}" --data-binary "@$work/propfind.xml" "$url"
-row 'bare transfer, the properties ovsync asks for (curl)' "$files" "${propfind[@]}" --data-binary "@$work/propfind-own.xml" "$url"
+row 'bare transfer of the properties (curl)' "$files" "${propfind[@]}" --data-binary "@$work/propfind.xml" "$url"
 row '`ovsync ls -l`' "$files" "$root/build/release/bin/ovsync" ls -l "$url"
 row '`davix-ls -l`' "$files" davix-ls -l "$url"
 row '`rclone lsf --format pst`' "$files" rclone --config "$work/config/rclone.conf" lsf --format pst --webdav-url "$url" :webdav:
 row '`cadaver` (ls)' "$files" cadaver
+
+propfind[4]='Depth: infinity'
+echo
+echo 'A tree of 10,000 files in 421 folders:'
+echo
+echo '| | wall | CPU | memory |'
+echo '|---|---|---|---|'
+row 'bare transfer of the properties (curl)' 10000 "${propfind[@]}" --data-binary "@$work/propfind.xml" "$tree"
+row '`ovsync tree`' 10000 "$root/build/release/bin/ovsync" tree "$tree"
+row '`rclone lsf -R`' 10000 rclone --config "$work/config/rclone.conf" lsf -R --webdav-url "$tree" :webdav:
