@@ -93,7 +93,7 @@ row '`davix-ls -l`' "$files" davix-ls -l "$url"
 row '`rclone lsf --format pst`' "$files" rclone --config "$work/config/rclone.conf" lsf --format pst --webdav-url "$url" :webdav:
 row '`cadaver` (ls)' "$files" cadaver
 
-propfind[4]='Depth: infinity'
+propfind[5]='Depth: infinity'
 echo
 echo 'A tree of 10,000 files in 421 folders:'
 echo

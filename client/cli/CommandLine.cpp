@@ -95,7 +95,7 @@ struct Arguments {
 using Command = std::function<void(Connection&, const Location&, const Arguments&, Output&)>;
 
 void Complain(const std::string& message) {
-    std::cerr << "ovsync: " << message << '\n';
+    std::cerr << "ovsync: " << message.substr(0, message.find_last_not_of('\n') + 1) << '\n';
 }
 
 /// The commands of the command line: how each is read into Arguments and what it then does.

@@ -14,6 +14,7 @@
 namespace {
 
 using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using tests::ProgramResult;
@@ -154,7 +155,8 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
         const ProgramResult result = RunOvsync(arguments);
         EXPECT_EQ(result.exitCode, 2) << arguments.join(QLatin1Char(' ')).toStdString();
         EXPECT_EQ(result.output, QByteArray());
-        EXPECT_THAT(ErrorsOf(result), HasSubstr(message));
+        EXPECT_THAT(ErrorsOf(result),
+                    AllOf(testing::StartsWith("ovsync: "), HasSubstr(message), Not(EndsWith("\n\n"))));
     };
     expect({}, "subcommand is required");
     expect({Text("frobnicate")}, "frobnicate");
