@@ -311,7 +311,7 @@ int DrovaneRemoteFolderManager::GetFolderSize(const QString& path, int folderSer
                                               std::shared_ptr<interf::ISyncFilter> fileFilter,
                                               std::shared_ptr<interf::ISyncFilter> folderFilter) {
     // The caller's text may be one that changes with the outputs.
-    const QString asked = path;
+    const QString asked = path;  // NOLINT(performance-unnecessary-copy-initialization)
     std::shared_ptr<QUrl> url;
     const std::shared_ptr<DAVPropfindRequest> request = _CreatePropfindRequest(
         asked, folderServerId, wholeTree ? DAVPropfindRequest::Tree : DAVPropfindRequest::Children, url);
@@ -367,9 +367,9 @@ void DrovaneRemoteFolderManager::RequestCompleted(std::tr1::shared_ptr<sync::int
     lastRequestState = state;
 }
 
-void DrovaneRemoteFolderManager::_Execute(std::shared_ptr<IHttpRequest> request, bool isObserved) {
+void DrovaneRemoteFolderManager::_Execute(const std::shared_ptr<IHttpRequest>& request, bool isObserved) {
     QList<std::shared_ptr<IHttpRequest>> requests;
-    requests.append(std::move(request));
+    requests.append(request);
     const std::shared_ptr<interf::IRequestExecutor> executor =
         httpFactory->CreateRequestExecutor(serverId, authenticatorFactory);
     if (isObserved) {

@@ -94,7 +94,7 @@ private:
 
     using Headers = QList<QPair<QByteArray, QByteArray>>;
 
-    void _Execute(std::shared_ptr<interf::IHttpRequest> request, bool isObserved);
+    void _Execute(const std::shared_ptr<interf::IHttpRequest>& request, bool isObserved);
     std::shared_ptr<http::DAVPropfindRequest> _CreatePropfindRequest(const QString& path, int folderServerId, int depth,
                                                                      std::shared_ptr<QUrl>& url);
 
