@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+
+namespace ovsync {
+namespace http {
+
+/// Receives the content of a file while it comes. What an operation throws ends the download and passes through it.
+class ContentSink {
+public:
+    virtual ~ContentSink() = default;
+
+    /// Before the first piece: whatever was received is to be forgotten, the content starts anew.
+    virtual void Restart() = 0;
+    virtual void Write(const char* bytes, size_t size) = 0;
+};
+
+}  // namespace http
+}  // namespace ovsync

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+
+namespace ovsync {
+namespace http {
+
+/// What a server says of the content of a file. A plain value.
+struct ContentVersion {
+    /// As it was sent, with its quotation marks; empty when there is none, and when it is a weak one.
+    QByteArray entityTag;
+    /// In bytes; -1 when the server does not say.
+    qint64 size = -1;
+    /// In UTC; invalid when the server does not say.
+    QDateTime lastModified;
+};
+
+}  // namespace http
+}  // namespace ovsync
