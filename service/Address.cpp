@@ -20,6 +20,12 @@ bool Address::IsById(std::string_view urlPath) {
     return service::IsById(SplitUrlPath(urlPath));
 }
 
+bool Address::IsOfSyncConfiguration(std::string_view urlPath) {
+    const std::vector<std::string_view> segments = SplitUrlPath(urlPath);
+    return segments.size() == 2 && DecodeSegment(segments[0]) == addressName &&
+           DecodeSegment(segments[1]) == "sync-config.xml";
+}
+
 Address Address::Parse(std::string_view urlPath) {
     const std::vector<std::string_view> segments = SplitUrlPath(urlPath);
     if (!service::IsById(segments)) {

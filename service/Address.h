@@ -11,6 +11,9 @@ struct Address {
     /// Whether the path of a URL is "/.ovs/folders/ID/" or "/.ovs/folders/ID/NAME/".
     static bool IsById(std::string_view urlPath);
 
+    /// Whether the path of a URL is "/.ovs/sync-config.xml", the one address that is of no resource.
+    static bool IsOfSyncConfiguration(std::string_view urlPath);
+
     /// Reads the path of a URL. An id that cannot be read is one that no folder has.
     /// Throws HttpError: as ParseUrlPath() does, and 403 for more than one name behind an id.
     static Address Parse(std::string_view urlPath);

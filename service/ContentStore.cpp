@@ -82,6 +82,23 @@ std::string ContentStore::OwnFile(std::string_view name) const {
     return ChildPath(_directory + "/" + std::string(reservedName), name);
 }
 
+std::optional<std::pair<FileDescriptor, std::uint64_t>> ContentStore::OpenOwn(std::string_view name) const try {
+    FileDescriptor file = Open(ChildPath(reservedName, name));
+    struct stat status {};
+    if (fstat(file.Get(), &status) != 0) {
+        ThrowErrno("Cannot look at", name);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return std::pair(std::move(file), static_cast<std::uint64_t>(status.st_size));
+} catch (const std::system_error& error) {
+    if (IsAbsent(error.code().value())) {
+        return std::nullopt;
+    }
+    throw;
+}
+
 FileDescriptor ContentStore::_OpenFolder(std::string_view path) const {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     FileDescriptor folder(openat(_root.Get(), ".", flags));

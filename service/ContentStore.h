@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "service/FileDescriptor.h"
@@ -41,6 +42,10 @@ public:
 
     /// The file of that name that belongs to the service, as a path that any process can open.
     std::string OwnFile(std::string_view name) const;
+
+    /// A file that belongs to the service, opened for reading, and its size in bytes; nothing when there is no such
+    /// file.
+    std::optional<std::pair<FileDescriptor, std::uint64_t>> OpenOwn(std::string_view name) const;
 
     /// What has this name; nothing when nothing has.
     std::optional<Entry> Find(std::string_view path) const;

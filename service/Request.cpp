@@ -51,6 +51,10 @@ bool Request::IsByFolderId() const {
     return Address::IsById(Split(target).second);
 }
 
+bool Request::IsForSyncConfiguration() const {
+    return Address::IsOfSyncConfiguration(Split(target).second);
+}
+
 bool Request::IsOfOwnClient() const {
     const std::string* version = Header("x-ovs-version");
     return version != nullptr && *version == "1";

@@ -38,6 +38,9 @@ public:
     /// Whether it is about a folder by its id, or something in one.
     bool IsByFolderId() const;
 
+    /// Whether it is about the sync configuration, which has no path.
+    bool IsForSyncConfiguration() const;
+
     /// Whether the client names itself as one of the service's own: the answers then differ from RFC 4918.
     bool IsOfOwnClient() const;
 

@@ -13,7 +13,7 @@ namespace service {
 /// The folder at the root that holds the service's own files. No request reaches it.
 inline constexpr std::string_view reservedName = ".ovsync-service";
 
-/// The name in the root that the addresses of folders by their ids begin with. Nothing is stored there.
+/// The name in the root that the addresses of what is no server path begin with. Nothing is stored there.
 inline constexpr std::string_view addressName = ".ovs";
 
 /// Whether `path` is or begins with one of the two names above.

@@ -296,6 +296,10 @@ std::pair<Resource, FileDescriptor> ServiceTree::Open(const std::string& path, c
     return {resource, resource.collection ? FileDescriptor() : _content.Open(path)};
 }
 
+std::optional<std::pair<FileDescriptor, std::uint64_t>> ServiceTree::OpenSyncConfiguration() const {
+    return _content.OpenOwn("sync-config.xml");
+}
+
 std::unique_ptr<UploadFile> ServiceTree::NewUpload() {
     return _content.MakeFile(_content.WorkPath());
 }

@@ -42,6 +42,9 @@ public:
     /// The resource at `path` and, if it is a file, the file opened for reading.
     std::pair<Resource, FileDescriptor> Open(const std::string& path, const Preconditions& preconditions);
 
+    /// The sync configuration, opened for reading, and its size in bytes; nothing when there is none.
+    std::optional<std::pair<FileDescriptor, std::uint64_t>> OpenSyncConfiguration() const;
+
     /// A file to be filled and given to Put().
     std::unique_ptr<UploadFile> NewUpload();
 

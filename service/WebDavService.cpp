@@ -28,6 +28,7 @@ constexpr std::array<const char*, 10> methods{"OPTIONS", "GET",  "HEAD", "PUT", 
 constexpr const char* xmlType = "application/xml; charset=\"utf-8\"";
 
 constexpr std::array<const char*, 3> methodsById{"DELETE", "MKCOL", "PROPFIND"};
+constexpr std::array<const char*, 2> methodsOfSyncConfiguration{"GET", "HEAD"};
 
 template <typename Methods>
 std::string AllBut(const Methods& offered, const std::string& refused) {
@@ -38,6 +39,14 @@ std::string AllBut(const Methods& offered, const std::string& refused) {
         }
     }
     return list;
+}
+
+// What may be asked instead of a method that the address of the request does not take.
+std::string AllowedInstead(const Request& request) {
+    if (request.IsForSyncConfiguration()) {
+        return AllBut(methodsOfSyncConfiguration, "");
+    }
+    return request.IsByFolderId() ? AllBut(methodsById, "") : AllBut(methods, request.method);
 }
 
 int StatusOf(const std::system_error& error) {
@@ -147,8 +156,7 @@ Answer WebDavService::Handle(Request& request) {
             answer.status = 400;
             answer.headers.emplace_back("x-ovs-reason-phrase", std::move(*reason));
         } else if (answer.status == notAllowed) {
-            answer.headers.emplace_back(
-                "Allow", request.IsByFolderId() ? AllBut(methodsById, "") : AllBut(methods, request.method));
+            answer.headers.emplace_back("Allow", AllowedInstead(request));
         }
         return answer;
     }
@@ -178,10 +186,28 @@ Answer WebDavService::_Dispatch(Request& request) {
     if (operation == operations.end()) {
         throw HttpError(notAllowed, "The service does not know the method " + request.method);
     }
+    if (request.IsForSyncConfiguration()) {
+        return _SyncConfiguration(request);
+    }
     if (request.IsByFolderId()) {
         RefuseByFolderId(request);
     }
     return (this->*operation->second)(request);
+}
+
+Answer WebDavService::_SyncConfiguration(const Request& request) {
+    if (request.method != "GET" && request.method != "HEAD") {
+        throw HttpError(notAllowed, "The sync configuration does not take " + request.method);
+    }
+    auto document = _tree.OpenSyncConfiguration();
+    if (!document) {
+        throw HttpError(404, "The service publishes no sync configuration");
+    }
+    Answer answer;
+    // The encoding is for the document to say.
+    answer.headers.emplace_back("Content-Type", "application/xml");
+    answer.body = std::make_unique<FileBody>(std::move(document->first), 0, document->second);
+    return answer;
 }
 
 Answer WebDavService::_Options(Request& request) {

@@ -30,6 +30,7 @@ public:
 
 private:
     Answer _Dispatch(Request& request);
+    Answer _SyncConfiguration(const Request& request);
     Answer _Options(Request& request);
     Answer _Get(Request& request);
     Answer _Put(Request& request);

@@ -35,6 +35,16 @@ TEST(Address, IdThatCannotBeReadIsNobodys) {
     EXPECT_EQ(Address::Parse("/.ovs/folders/..").folder, "..");
 }
 
+TEST(Address, OneIsTheSyncConfigurations) {
+    EXPECT_TRUE(Address::IsOfSyncConfiguration("/.ovs/sync-config.xml"));
+    EXPECT_TRUE(Address::IsOfSyncConfiguration("//%2eovs/sync%2Dconfig.xml/"));
+    EXPECT_FALSE(Address::IsOfSyncConfiguration("/.ovs"));
+    EXPECT_FALSE(Address::IsOfSyncConfiguration("/.ovs/sync-config.xml/a"));
+    EXPECT_FALSE(Address::IsOfSyncConfiguration("/a/sync-config.xml"));
+    EXPECT_FALSE(Address::IsOfSyncConfiguration("/.ovs%2Fsync-config.xml"));
+    EXPECT_EQ(StatusOf("/.ovs/sync-config.xml"), 403) << "it is no resource's";
+}
+
 TEST(Address, ThatCannotBeIsRefused) {
     EXPECT_EQ(StatusOf("/.ovs"), 403);
     EXPECT_EQ(StatusOf("/.ovs/other/1"), 403);
