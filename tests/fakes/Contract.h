@@ -10,6 +10,7 @@
 #include "host/interfaces/ISyncFilter.h"
 #include "host/interfaces/IUrlBuilder.h"
 #include "host/interfaces/factory/IHttpFactory.h"
+#include "host/interfaces/factory/IRemoteFileManagerFactory.h"
 
 /// Fakes of what a library is given by its host.
 
@@ -44,6 +45,24 @@ public:
 class MockRequestManager : public sync::interf::IRequestManager {
 public:
     MOCK_METHOD(void, Execute, (const QList<std::shared_ptr<sync::interf::IHttpRequest>>& requests), (override));
+};
+
+class MockRemoteFileManager : public sync::interf::IRemoteFileManager {
+public:
+    MOCK_METHOD(int, GetNameSortedFilesByFolder,
+                (sync::config::FolderConfiguration & folder,
+                 std::shared_ptr<QVector<sync::config::FileConfiguration>>& files),
+                (override));
+    MOCK_METHOD(bool, ShouldDownloadFile,
+                (const sync::config::FileConfiguration& remote, sync::config::FileConfiguration& local), (override));
+    MOCK_METHOD(const sync::config::FileConfiguration, GetFileByName,
+                (const sync::config::FolderConfiguration& folder, const QString& name), (override));
+};
+
+class MockRemoteFileManagerFactory : public sync::interf::factory::IRemoteFileManagerFactory {
+public:
+    MOCK_METHOD(std::shared_ptr<sync::interf::IRemoteFileManager>, CreateRemoteFileManager, (int serverKey),
+                (override));
 };
 
 class MockSyncFilter : public sync::interf::ISyncFilter {

@@ -1,0 +1,449 @@
+#include "dvsync/DrovaneCustomFileConfigUpdater.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QTemporaryFile>
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "host/http/HttpException.h"
+#include "tests/fakes/Contract.h"
+#include "tests/fakes/InstalledConfiguration.h"
+#include "tests/fakes/Text.h"
+
+namespace sync {
+namespace dv {
+namespace dvsync {
+
+class DrovaneCustomFileConfigUpdaterAccess {
+public:
+    static std::vector<const void*> Members(const DrovaneCustomFileConfigUpdater& updater) {
+        return {&updater.remoteFileManagerFactory, &updater.fileConfigManager};
+    }
+};
+
+}  // namespace dvsync
+}  // namespace dv
+}  // namespace sync
+
+namespace {
+
+using sync::config::FileConfiguration;
+using sync::config::FileLink;
+using sync::config::FolderConfiguration;
+using sync::core::SyncException;
+using sync::dv::dvsync::DrovaneCustomFileConfigUpdater;
+using sync::dv::dvsync::DrovaneCustomFileConfigUpdaterAccess;
+using testing::_;
+using testing::InSequence;
+using testing::NiceMock;
+using testing::Return;
+using testing::Throw;
+using tests::Text;
+
+const int ServerKey = 5;
+const int FolderServerId = 23;
+
+FileLink LinkTo(const char* path, const char* targetId = "") {
+    FileLink link;
+    link.path = Text(path);
+    link.targetId = Text(targetId);
+    return link;
+}
+
+FileConfiguration RecordWithItemId(const char* itemId) {
+    FileConfiguration record;
+    record.itemId = Text(itemId);
+    return record;
+}
+
+/// The updater on fakes: the service knows the file as `_remote`, and is asked for it in the folder `_asked`.
+class DrovaneCustomFileConfigUpdaterTest : public testing::Test {
+protected:
+    DrovaneCustomFileConfigUpdaterTest() {
+        ON_CALL(*_managerFactory, CreateRemoteFileManager(_)).WillByDefault(Return(_manager));
+        ON_CALL(*_manager, GetFileByName(_, _))
+            .WillByDefault([this](const FolderConfiguration& folder, const QString&) {
+                _asked = folder;
+                return _remote;
+            });
+        _folder.serverKey = ServerKey;
+        _folder.serverId = FolderServerId;
+        _folder.serverPath = Text("Projects/A");
+        _folder.companionServerPath = Text("companion");
+        _folder.localPath = Text("/w/A");
+        _file.name = Text("f.dwg");
+        _file.serverPath = Text("Projects/A/f.dwg");
+        _file.localPath = Text("/w/A/f.dwg");
+        _remote.name = Text("f.dwg");
+    }
+
+    void Upload(const QFileInfo& uploaded = QFileInfo()) {
+        _updater.UpdateCustomFileConfigAfterUpload(_folder, _file, uploaded);
+    }
+
+    /// The server path at which a file is looked up.
+    QString AskedServerPath(const char* folderPath, const char* filePath) {
+        _folder.serverPath = Text(folderPath);
+        _file.serverPath = Text(filePath);
+        Upload();
+        return _asked.serverPath;
+    }
+
+    QString AskedLocalPath(const char* folderPath, const char* filePath) {
+        _folder.localPath = Text(folderPath);
+        _file.localPath = Text(filePath);
+        Upload();
+        return _asked.localPath;
+    }
+
+    /// The version of the record after the upload of a file whose version the service names `remoteVersion`.
+    QString VersionAfterUpload(const char* remoteVersion) {
+        _remote.customProperties.insert(Text("version"), Text(remoteVersion));
+        Upload();
+        return _file.customProperties.value(Text("version"));
+    }
+
+    void ExpectLookupOf(const char* localPath, const char* itemId = "found") {
+        EXPECT_CALL(*_installed.FileConfigManager(), GetFileConfiguration(Text(localPath), ServerKey))
+            .WillOnce(Return(RecordWithItemId(itemId)));
+    }
+
+    const tests::InstalledConfiguration _installed;
+    const std::shared_ptr<NiceMock<tests::MockRemoteFileManager>> _manager =
+        std::make_shared<NiceMock<tests::MockRemoteFileManager>>();
+    const std::shared_ptr<NiceMock<tests::MockRemoteFileManagerFactory>> _managerFactory =
+        std::make_shared<NiceMock<tests::MockRemoteFileManagerFactory>>();
+    DrovaneCustomFileConfigUpdater _updater{_managerFactory};
+    FolderConfiguration _folder;
+    FolderConfiguration _asked;
+    FileConfiguration _file;
+    FileConfiguration _remote;
+};
+
+// --- The class
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, HasTheMetaObjectOfItsInterfaceAndNoneOfItsOwn) {
+    EXPECT_EQ(_updater.metaObject(), &sync::interf::ICustomFileConfigUpdater::staticMetaObject);
+    EXPECT_EQ(_updater.qt_metacast("sync::dv::dvsync::DrovaneCustomFileConfigUpdater"), nullptr);
+    EXPECT_EQ(_updater.qt_metacast("sync::interf::ICustomFileConfigUpdater"), &_updater);
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheMembersLieInTheirOrder) {
+    const std::vector<const void*> members = DrovaneCustomFileConfigUpdaterAccess::Members(_updater);
+    EXPECT_TRUE(std::is_sorted(members.begin(), members.end(), std::less<>()));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, CollaboratorsAreKeptForTheUpdatersLife) {
+    const std::weak_ptr<tests::MockFileConfigManager> records = _installed.FileConfigManager();
+    const long before = records.use_count();
+    {
+        auto factory = std::make_shared<NiceMock<tests::MockRemoteFileManagerFactory>>();
+        const std::weak_ptr<tests::MockRemoteFileManagerFactory> watched = factory;
+        auto updater = std::make_unique<DrovaneCustomFileConfigUpdater>(std::move(factory));
+        EXPECT_FALSE(watched.expired());
+        EXPECT_EQ(records.use_count(), before + 1);
+        updater.reset();
+        EXPECT_TRUE(watched.expired());
+    }
+    EXPECT_EQ(records.use_count(), before);
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, WithoutAnInstalledConfigurationConstructionFails) {
+    sync::factory::ConfigurationFactory::Install(nullptr);
+    EXPECT_THROW(DrovaneCustomFileConfigUpdater{_managerFactory}, SyncException);
+}
+
+// --- Which folder is asked
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AnUploadAsksAManagerMadeForTheServerKeyForTheFile) {
+    EXPECT_CALL(*_managerFactory, CreateRemoteFileManager(ServerKey)).Times(2);
+    EXPECT_CALL(*_manager, GetFileByName(_, Text("f.dwg"))).Times(2).WillRepeatedly(Return(_remote));
+    Upload();
+    Upload();
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileDirectlyInTheFolderIsLookedUpInTheFolderItself) {
+    EXPECT_EQ(AskedServerPath("Projects/A", "Projects/A/f.dwg"), Text("Projects/A"));
+    EXPECT_EQ(AskedServerPath("Projects/A", "PROJECTS/a/f.dwg"), Text("Projects/A"));
+    EXPECT_EQ(_asked.companionServerPath, Text("companion"));
+    EXPECT_EQ(AskedLocalPath("/w/A", "/w/a/f.dwg"), Text("/w/A"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileInASubFolderIsLookedUpThere) {
+    EXPECT_EQ(AskedServerPath("Projects/A", "projects/a/b/C/f.dwg"), Text("Projects/A/b/C"));
+    EXPECT_EQ(_asked.companionServerPath, Text("Projects/A/b/C"));
+    EXPECT_EQ(AskedLocalPath("/w/A", "/W/a/b/C/f.dwg"), Text("/w/A/b/C"));
+    EXPECT_EQ(_asked.serverKey, ServerKey);
+    EXPECT_EQ(_folder.serverPath, Text("Projects/A"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ASlashAtTheEndOfTheFolderIsNotDoubled) {
+    EXPECT_EQ(AskedServerPath("/A/", "/a/b/c.txt"), Text("/A/b"));
+    EXPECT_EQ(AskedLocalPath("/w/", "/w/b/c/f.dwg"), Text("/w/b/c"));
+    EXPECT_EQ(AskedLocalPath("/", "/b/f.dwg"), Text("/b"));
+    EXPECT_EQ(AskedLocalPath("/", "/f.dwg"), Text("/"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AFolderWithoutAPathStaysAsItIs) {
+    EXPECT_EQ(AskedServerPath("", "b/f.dwg"), Text(""));
+    EXPECT_EQ(AskedLocalPath("", "/w/A/b/f.dwg"), Text(""));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileElsewhereIsLookedUpInTheFolderItself) {
+    EXPECT_EQ(AskedServerPath("Projects/A", "Projects/B/f.dwg"), Text("Projects/A"));
+    EXPECT_EQ(AskedServerPath("Projects/A", "f.dwg"), Text("Projects/A"));
+    EXPECT_EQ(AskedServerPath("Projects/A", ""), Text("Projects/A"));
+    EXPECT_EQ(_asked.companionServerPath, Text("companion"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, OnlyTheCharactersOfTheFolderAreComparedAndNotItsLastComponent) {
+    EXPECT_EQ(AskedServerPath("Projects/A", "Projects/AB/f.dwg"), Text("Projects/A/B"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerSideAndTheLocalSideArePlacedApart) {
+    _file.serverPath = Text("Elsewhere/b/f.dwg");
+    _file.localPath = Text("/w/A/b/f.dwg");
+    Upload();
+    EXPECT_EQ(_asked.serverPath, Text("Projects/A"));
+    EXPECT_EQ(_asked.companionServerPath, Text("companion"));
+    EXPECT_EQ(_asked.localPath, Text("/w/A/b"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, LetterCaseIsIgnoredInEveryScript) {
+    EXPECT_EQ(AskedServerPath("\xC3\x84rger/\xCE\xA3", "\xC3\xA4RGER/\xCF\x82/b/f"), Text("\xC3\x84rger/\xCE\xA3/b"));
+    EXPECT_EQ(AskedServerPath("\xF0\x90\x90\x80", "\xF0\x90\x90\xA8/b/f"), Text("\xF0\x90\x90\x80/b"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, CaseFormsOfOtherLengthsAreOtherTexts) {
+    for (const auto& paths :
+         {std::make_pair("Stra\xC3\x9F\x65", "STRASSE/b/f"), std::make_pair("STRASSE", "stra\xC3\x9F\x65/b/f"),
+          std::make_pair("\xC4\xB0x", "i\xCC\x87x/b/f"), std::make_pair("\xEF\xAC\x81x", "FIx/b/f")}) {
+        EXPECT_EQ(AskedServerPath(paths.first, paths.second), Text(paths.first));
+    }
+    // A small and a capital sharp s have the same length.
+    EXPECT_EQ(AskedServerPath("Stra\xC3\x9F\x65", "STRA\xE1\xBA\x9E\x45/b/f"), Text("Stra\xC3\x9F\x65/b"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ACharacterIsNeverCutInTwo) {
+    // The folder's path ends in the first half of the character that the file's path has there.
+    const QString smile = Text("\xF0\x9F\x98\x80");
+    _folder.serverPath = Text("A/") + smile.left(1);
+    _file.serverPath = Text("A/") + smile + Text("/f");
+    Upload();
+    EXPECT_EQ(_asked.serverPath, _folder.serverPath);
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerIdOfTheFileReplacesThatOfTheFolderWhenThereIsOne) {
+    Upload();
+    EXPECT_EQ(_asked.serverId, FolderServerId);
+    _file.serverId = 0;
+    Upload();
+    EXPECT_EQ(_asked.serverId, 0);
+    _file.serverId = 99;
+    Upload();
+    EXPECT_EQ(_asked.serverId, 99);
+    EXPECT_EQ(_folder.serverId, FolderServerId);
+}
+
+// --- What an upload changes
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileThatTheServiceDoesNotKnowThrowsAndChangesNothing) {
+    _remote = FileConfiguration();
+    _remote.itemId = Text("new");
+    _remote.size = 7;
+    _file.localPath = Text("/w/%1/\xC3\xA4.dwg");
+    _file.itemId = Text("old");
+    _file.size = 3;
+    _file.links.append(LinkTo("x"));
+    EXPECT_CALL(*_installed.FileConfigManager(), GetFileConfiguration(_, _)).Times(0);
+    try {
+        Upload(QFileInfo(Text("/proc/self/exe")));
+        FAIL() << "nothing was thrown";
+    } catch (const SyncException& e) {
+        EXPECT_STREQ(e.what(), "Failed to update file config for /w/%1/\xC3\xA4.dwg");
+    }
+    EXPECT_EQ(_file.itemId, Text("old"));
+    EXPECT_EQ(_file.size, 3);
+    EXPECT_TRUE(_file.customProperties.isEmpty());
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ANameOrEitherPathIsEnoughToBeKnown) {
+    for (QString FileConfiguration::*field :
+         {&FileConfiguration::name, &FileConfiguration::localPath, &FileConfiguration::serverPath}) {
+        _remote = FileConfiguration();
+        _remote.*field = Text("x");
+        EXPECT_NO_THROW(Upload());
+    }
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, WhatTheLookupThrowsPassesThroughAndChangesNothing) {
+    EXPECT_CALL(*_manager, GetFileByName(_, _))
+        .WillOnce(Throw(sync::http::HttpException(Text("no answer"), 503, QUrl())));
+    _file.size = 3;
+    EXPECT_THROW(Upload(), sync::http::HttpException);
+    EXPECT_EQ(_file.size, 3);
+    EXPECT_TRUE(_file.customProperties.isEmpty());
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheSizeIsThatOfTheUploadedFile) {
+    QTemporaryFile uploaded;
+    ASSERT_TRUE(uploaded.open());
+    uploaded.write("12345");
+    uploaded.flush();
+    _remote.size = 99;
+    Upload(QFileInfo(uploaded.fileName()));
+    EXPECT_EQ(_file.size, 5);
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheVersionIsTheOneAfterTheServices) {
+    EXPECT_EQ(VersionAfterUpload("7"), Text("8"));
+    EXPECT_EQ(VersionAfterUpload("-1"), Text("0"));
+    EXPECT_EQ(VersionAfterUpload("2147483647"), Text("2147483648"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AVersionThatIsAbsentOrNoNumberCountsAsZero) {
+    Upload();
+    EXPECT_EQ(_file.customProperties.value(Text("version")), Text("1"));
+    EXPECT_EQ(VersionAfterUpload("abc"), Text("1"));
+    EXPECT_EQ(VersionAfterUpload("0x10"), Text("1"));
+    EXPECT_EQ(VersionAfterUpload("99999999999"), Text("1"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheVersionIdIsTakenOverAndCreatedWhenMissing) {
+    Upload();
+    ASSERT_TRUE(_file.customProperties.contains(Text("versionId")));
+    EXPECT_EQ(_file.customProperties.value(Text("versionId")), Text(""));
+    _remote.customProperties.insert(Text("versionId"), Text("v9"));
+    Upload();
+    EXPECT_EQ(_file.customProperties.value(Text("versionId")), Text("v9"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, WhatIdentifiesTheFileIsTakenOverAndNothingElse) {
+    _remote.ownerId = Text("owner");
+    _remote.ownerAttribute = 4;
+    _remote.itemId = Text("item");
+    _remote.versionId = Text("version");
+    _remote.md5Checksum = Text("md5");
+    _remote.localPath = Text("/remote");
+    _remote.serverPath = Text("remote");
+    _remote.serverId = 77;
+    _remote.stateCode = 2;
+    _remote.customProperties.insert(Text("visibility"), Text("hidden"));
+    Upload();
+    EXPECT_EQ(_file.ownerId, Text("owner"));
+    EXPECT_EQ(_file.ownerAttribute, 4);
+    EXPECT_EQ(_file.itemId, Text("item"));
+    EXPECT_EQ(_file.versionId, Text("version"));
+    EXPECT_EQ(_file.md5Checksum, Text("md5"));
+    EXPECT_EQ(_file.localPath, Text("/w/A/f.dwg"));
+    EXPECT_EQ(_file.serverPath, Text("Projects/A/f.dwg"));
+    EXPECT_EQ(_file.serverId, -1);
+    EXPECT_EQ(_file.stateCode, 0);
+    EXPECT_EQ(_file.customProperties.keys(), QStringList({Text("version"), Text("versionId")}));
+}
+
+// --- Links
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ARelativeLinkIsResolvedFromTheFilesDirectory) {
+    _file.localPath = Text("/w/s/f.dwg");
+    _file.links = {LinkTo("../x.dwg"), LinkTo("sub/./y.dwg"), LinkTo("%1/%2.dwg")};
+    const InSequence inOrder;
+    ExpectLookupOf("/w/x.dwg", "id-x");
+    ExpectLookupOf("/w/s/sub/y.dwg", "id-y");
+    ExpectLookupOf("/w/s/%1/%2.dwg", "id-z");
+    Upload();
+    EXPECT_EQ(_file.links.at(0).targetId, Text("id-x"));
+    EXPECT_EQ(_file.links.at(1).targetId, Text("id-y"));
+    EXPECT_EQ(_file.links.at(2).targetId, Text("id-z"));
+    EXPECT_EQ(_file.links.at(0).path, Text("../x.dwg"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, APlaceholderInTheFilesDirectoryStaysAsItIs) {
+    _file.localPath = Text("/w/%2/f.dwg");
+    _file.links = {LinkTo("x.dwg")};
+    ExpectLookupOf("/w/%2/x.dwg");
+    Upload();
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ARelativeLocalPathIsTakenFromTheCurrentDirectory) {
+    _file.localPath = Text("s/../f.dwg");
+    _file.links = {LinkTo("x.dwg")};
+    ExpectLookupOf((QDir::currentPath() + Text("/x.dwg")).toUtf8().constData());
+    Upload();
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AnAbsoluteLinkIsOnlyCleaned) {
+    _file.links = {LinkTo("/other//a/../x.dwg")};
+    ExpectLookupOf("/other/x.dwg");
+    Upload();
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, SymbolicLinksOnDiskAreNotFollowed) {
+    // Its target lies elsewhere, as does what would be reached through it.
+    _file.localPath = Text("/proc/self/cwd/s/f.dwg");
+    _file.links = {LinkTo("../x.dwg"), LinkTo("/proc/self/cwd/../y.dwg")};
+    ExpectLookupOf("/proc/self/cwd/x.dwg");
+    ExpectLookupOf("/proc/self/y.dwg");
+    Upload();
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ALinkWithATargetIsLeftAlone) {
+    _file.links = {LinkTo("x.dwg", "known")};
+    EXPECT_CALL(*_installed.FileConfigManager(), GetFileConfiguration(_, _)).Times(0);
+    Upload();
+    EXPECT_EQ(_file.links.at(0).targetId, Text("known"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ALinkWithoutALocalRecordIsTriedAgainAtTheNextUpload) {
+    _file.links = {LinkTo("x.dwg")};
+    EXPECT_CALL(*_installed.FileConfigManager(), GetFileConfiguration(Text("/w/A/x.dwg"), ServerKey))
+        .WillOnce(Return(FileConfiguration()))
+        .WillOnce(Return(RecordWithItemId("now there")));
+    Upload();
+    EXPECT_TRUE(_file.links.at(0).targetId.isEmpty());
+    Upload();
+    EXPECT_EQ(_file.links.at(0).targetId, Text("now there"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ACopyOfTheRecordKeepsItsOwnLinks) {
+    _file.links = {LinkTo("x.dwg")};
+    const FileConfiguration copy = _file;
+    ExpectLookupOf("/w/A/x.dwg");
+    Upload();
+    EXPECT_TRUE(copy.links.at(0).targetId.isEmpty());
+    EXPECT_EQ(_file.links.at(0).targetId, Text("found"));
+}
+
+// --- Before a download
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ADownloadTakesOverVersionResourceIdAndSizeAndNothingElse) {
+    _remote.customProperties.insert(Text("version"), Text("12"));
+    _remote.customProperties.insert(Text("resourceId"), Text("34"));
+    _remote.customProperties.insert(Text("versionId"), Text("56"));
+    _remote.size = 78;
+    _remote.itemId = Text("new");
+    _file.itemId = Text("old");
+    EXPECT_CALL(*_managerFactory, CreateRemoteFileManager(_)).Times(0);
+    _updater.UpdateCustomFileConfigBeforeDownload(_folder, _file, _remote);
+    EXPECT_EQ(_file.customProperties.value(Text("version")), Text("12"));
+    EXPECT_EQ(_file.customProperties.value(Text("resourceId")), Text("34"));
+    EXPECT_FALSE(_file.customProperties.contains(Text("versionId")));
+    EXPECT_EQ(_file.size, 78);
+    EXPECT_EQ(_file.itemId, Text("old"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ADownloadEmptiesThePropertiesThatTheServiceLacks) {
+    _file.customProperties.insert(Text("resourceId"), Text("34"));
+    _updater.UpdateCustomFileConfigBeforeDownload(_folder, _file, _remote);
+    for (const char* key : {"version", "resourceId"}) {
+        ASSERT_TRUE(_file.customProperties.contains(Text(key)));
+        EXPECT_EQ(_file.customProperties.value(Text(key)), Text(""));
+    }
+}
+
+}  // namespace
