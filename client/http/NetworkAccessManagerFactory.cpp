@@ -56,18 +56,22 @@ std::shared_ptr<QNetworkAccessManager> NetworkAccessManagerFactory::CreateNetwor
     }
     manager->setProxyFactory(new EnvironmentProxyFactory);
     manager->setTransferTimeout(static_cast<int>(_settings.silenceLimit.count()));
-    QObject::connect(
-        manager.get(), &QNetworkAccessManager::authenticationRequired,
-        [credentials = _credentials, account = _accountUrl](QNetworkReply* reply, QAuthenticator* authenticator) {
-            // Asked a second time: they were wrong. Left unanswered, the 401 becomes the reply's.
-            static const char* const answered = "ovsyncCredentialsGiven";
-            if (credentials.isNull() || reply->property(answered).toBool() || !IsSameServer(reply->url(), account)) {
-                return;
-            }
-            reply->setProperty(answered, true);
-            authenticator->setUser(credentials.user());
-            authenticator->setPassword(credentials.password());
-        });
+    const auto isTrusted = std::make_shared<bool>(true);
+    QObject::connect(manager.get(), &QNetworkAccessManager::sslErrors,
+                     [isTrusted](QNetworkReply*, const QList<QSslError>&) { *isTrusted = false; });
+    QObject::connect(manager.get(), &QNetworkAccessManager::authenticationRequired,
+                     [credentials = _credentials, account = _accountUrl, isTrusted](QNetworkReply* reply,
+                                                                                    QAuthenticator* authenticator) {
+                         // Asked a second time: they were wrong. Left unanswered, the 401 becomes the reply's.
+                         static const char* const answered = "ovsyncCredentialsGiven";
+                         if (credentials.isNull() || reply->property(answered).toBool() || !*isTrusted ||
+                             !IsSameServer(reply->url(), account)) {
+                             return;
+                         }
+                         reply->setProperty(answered, true);
+                         authenticator->setUser(credentials.user());
+                         authenticator->setPassword(credentials.password());
+                     });
     return manager;
 }
 
