@@ -8,7 +8,7 @@ namespace http {
 
 namespace {
 
-using Ending = ScriptedServer::Ending;
+using Ending = tests::ScriptedServer::Ending;
 
 const int Kilobyte = 1024;
 

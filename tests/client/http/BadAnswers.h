@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/ScriptedServer.h"
 
 namespace ovsync {
 namespace http {
@@ -18,7 +18,7 @@ struct BadAnswer {
     const char* reason;
     /// Whether its body alone gives it away, so that MultistatusReader has to see it.
     bool isForReader = true;
-    ScriptedServer::Ending ending = ScriptedServer::Ending::KeepOpen;
+    tests::ScriptedServer::Ending ending = tests::ScriptedServer::Ending::KeepOpen;
     int depth = 1;
     int fillSize = 0;
 };

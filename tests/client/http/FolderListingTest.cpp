@@ -9,10 +9,10 @@
 #include "client/http/UrlBuilder.h"
 #include "dvsync/DrovaneRemoteFolderManager.h"
 #include "tests/client/http/BadAnswers.h"
-#include "tests/client/http/CleanEnvironment.h"
 #include "tests/client/http/Fixtures.h"
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/InstalledConfiguration.h"
+#include "tests/fakes/ScriptedServer.h"
 
 namespace ovsync {
 namespace http {
@@ -23,6 +23,8 @@ using sync::config::FolderConfiguration;
 using testing::HasSubstr;
 using testing::NiceMock;
 using testing::Return;
+using tests::CleanEnvironment;
+using tests::ScriptedServer;
 
 /// The library's folder operations, asking a server of which every answer is known.
 class FolderListingTest : public testing::Test {

@@ -9,9 +9,9 @@
 #include "client/http/HttpFactory.h"
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "client/http/WholeAnswerRequest.h"
-#include "tests/client/http/CleanEnvironment.h"
 #include "tests/client/http/Fixtures.h"
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/ScriptedServer.h"
 
 namespace ovsync {
 namespace http {
@@ -23,6 +23,8 @@ using sync::interf::IRequestExecutor;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using tests::CleanEnvironment;
+using tests::ScriptedServer;
 
 using Ending = ScriptedServer::Ending;
 using Headers = QList<QPair<QByteArray, QByteArray>>;

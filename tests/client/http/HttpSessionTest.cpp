@@ -4,16 +4,16 @@
 
 #include <QCryptographicHash>
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 #include <chrono>
 #include <string>
 
 #include "client/http/ExchangeError.h"
 #include "client/http/PropfindRequest.h"
-#include "tests/client/http/CleanEnvironment.h"
 #include "tests/client/http/Fixtures.h"
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/SelfSignedCertificate.h"
 
 namespace ovsync {
 namespace http {
@@ -22,6 +22,8 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using tests::CleanEnvironment;
+using tests::ScriptedServer;
 
 using Ending = ScriptedServer::Ending;
 
@@ -299,21 +301,8 @@ TEST_F(HttpSessionTest, UnpacksACompressedListingAndRefusesHalfOfOne) {
 
 class SecureHttpSessionTest : public HttpSessionTest {
 protected:
-    SecureHttpSessionTest() {
-        QProcess openssl;
-        openssl.start(
-            QStringLiteral("openssl"),
-            {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("ec"),
-             QStringLiteral("-pkeyopt"), QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes"),
-             QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"), QStringLiteral("/CN=test"),
-             QStringLiteral("-addext"), QStringLiteral("subjectAltName=IP:127.0.0.1"), QStringLiteral("-keyout"),
-             certificate.keyFile, QStringLiteral("-out"), certificate.certificateFile});
-        openssl.waitForFinished();
-        EXPECT_EQ(openssl.exitCode(), 0) << openssl.readAllStandardError().toStdString();
-    }
-
-    const ScriptedServer::Certificate certificate{environment.HomeFile(QStringLiteral("certificate.pem")),
-                                                  environment.HomeFile(QStringLiteral("key.pem"))};
+    const tests::SelfSignedCertificate selfSigned;
+    const ScriptedServer::Certificate& certificate = selfSigned.Files();
 };
 
 TEST_F(SecureHttpSessionTest, TrustsACertificateOfTheCaFile) {

@@ -9,13 +9,16 @@
 #include <memory>
 
 #include "client/http/RequestAuthenticatorFactory.h"
-#include "tests/client/http/CleanEnvironment.h"
 #include "tests/client/http/Fixtures.h"
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/ScriptedServer.h"
 
 namespace ovsync {
 namespace http {
 namespace {
+
+using tests::CleanEnvironment;
+using tests::ScriptedServer;
 
 class NetworkAccessManagerFactoryTest : public testing::Test {
 protected:

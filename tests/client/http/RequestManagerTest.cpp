@@ -11,9 +11,9 @@
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "tests/client/http/BadAnswers.h"
-#include "tests/client/http/CleanEnvironment.h"
 #include "tests/client/http/Fixtures.h"
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/ScriptedServer.h"
 
 namespace ovsync {
 namespace http {
@@ -25,6 +25,8 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using tests::CleanEnvironment;
+using tests::ScriptedServer;
 
 using Ending = ScriptedServer::Ending;
 

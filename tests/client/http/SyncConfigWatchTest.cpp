@@ -11,18 +11,21 @@
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
-#include "tests/client/http/CleanEnvironment.h"
 #include "tests/client/http/Fixtures.h"
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/ScriptedServer.h"
 
 namespace ovsync {
 namespace http {
 namespace {
 
-using Ending = ScriptedServer::Ending;
 using testing::AllOf;
 using testing::HasSubstr;
+using tests::CleanEnvironment;
+using tests::ScriptedServer;
+
+using Ending = ScriptedServer::Ending;
 
 /// Fetches through a watch as a library does.
 class SyncConfigWatchTest : public testing::Test {

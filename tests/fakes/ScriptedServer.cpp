@@ -1,4 +1,4 @@
-#include "tests/client/http/ScriptedServer.h"
+#include "tests/fakes/ScriptedServer.h"
 
 #include <sys/socket.h>
 
@@ -11,8 +11,7 @@
 #include <future>
 #include <memory>
 
-namespace ovsync {
-namespace http {
+namespace tests {
 
 namespace {
 
@@ -173,5 +172,4 @@ void ScriptedServer::_Send(QTcpSocket& socket, const Step& step, const QByteArra
     }
 }
 
-}  // namespace http
-}  // namespace ovsync
+}  // namespace tests

@@ -3,8 +3,7 @@
 #include <QTemporaryDir>
 #include <QtGlobal>
 
-namespace ovsync {
-namespace http {
+namespace tests {
 
 /// Takes away what the surroundings of a test say about proxies and passwords, for the rest of the process.
 class CleanEnvironment {
@@ -24,5 +23,4 @@ private:
     const QTemporaryDir _home;
 };
 
-}  // namespace http
-}  // namespace ovsync
+}  // namespace tests

@@ -11,8 +11,7 @@
 
 class QTcpSocket;
 
-namespace ovsync {
-namespace http {
+namespace tests {
 
 /// A server that expects a fixed number of requests and answers each with given bytes, over a real socket on an
 /// ephemeral port of 127.0.0.1. Works in a thread of its own, on one connection at a time. What it saw is read after
@@ -76,5 +75,4 @@ private:
     std::thread _thread;
 };
 
-}  // namespace http
-}  // namespace ovsync
+}  // namespace tests
