@@ -56,6 +56,7 @@ void Describe(CLI::App& app, Arguments& arguments) {
     app.add_option("--seed-folder", arguments.seedFolder, "The name of the folder that --seed-files fills")
         ->capture_default_str();
     app.add_flag("--verbose", arguments.verbose, "Write a line for each request to standard error");
+    app.set_version_flag("--version", std::string("ovsync-service ") + OVSYNC_VERSION);
     app.footer("The service answers on 127.0.0.1 only. It keeps what it knows about the files in DIR/.ovsync-service.");
 }
 

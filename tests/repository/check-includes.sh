@@ -20,6 +20,13 @@ allow dvsync 'host/|dvsync/'
 allow client 'host/|dvsync/|client/'
 allow service 'service/'
 
+# A header of the library that exports nothing is its own affair, and is not installed.
+found=$(grep -rhoE '#include "dvsync/[^"]+' client | cut -d'"' -f2 | sort -u | xargs grep -L DVSYNC_EXPORT || true)
+if [ -n "$found" ]; then
+    printf 'client/ includes what is private to dvsync/:\n%s\n' "$found"
+    status=1
+fi
+
 # What dvsync/ and host/ may use of other libraries.
 found=$(grep -rnE '#include <(curl|expat|sqlite3|microhttpd|libxml|nlohmann|CLI|boost)' host dvsync || true)
 if [ -n "$found" ]; then

@@ -1,0 +1,10 @@
+#!/usr/bin/env bash
+# Usage: build-with-pkg-config.sh PREFIX COMPILER
+# Builds a program that uses every library with what pkg-config says of the copy under PREFIX, and runs it.
+set -euo pipefail
+prefix=$(realpath "$1")
+export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+read -ra flags < <(pkg-config --cflags --libs dvsync)
+"$2" -std=c++17 "$(dirname "$0")/consumer/EveryLibrary.cpp" "${flags[@]}" -o "$prefix-with-pkg-config"
+[ "$(LD_LIBRARY_PATH=$prefix/lib "$prefix-with-pkg-config")" = "plan.dwg" ]
+[ "$(pkg-config --modversion dvsync)" = "$("$prefix/bin/ovsync" --version | cut -d' ' -f2)" ]

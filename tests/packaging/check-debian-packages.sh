@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Usage: check-debian-packages.sh PREFIX BUILD
+# Makes the Debian packages of BUILD, and compares what is in them with what is installed under PREFIX.
+set -euo pipefail
+packages=$(realpath "$1")-packages
+rm -rf "$packages"
+cpack --config "$2/CPackConfig.cmake" -B "$packages" >/dev/null
+runtime=$(echo "$packages"/dvsync_*.deb)
+development=$(echo "$packages"/dvsync-dev_*.deb)
+
+dpkg-deb -x "$runtime" "$packages/root"
+status=0
+# What a program does not need to run.
+unwanted=$(cd "$packages/root/usr" && find . ! -type d | grep -E '^\./include|\.(so|cmake|pc)$' || true)
+[ -z "$unwanted" ] || {
+    printf '%s holds what only builds need:\n%s\n' "${runtime##*/}" "$unwanted"
+    status=1
+}
+bash "$(dirname "$0")/check-programs.sh" "$packages/root/usr" || status=1
+
+dpkg-deb -x "$development" "$packages/root"
+files() {
+    (cd "$1" && find . ! -type d | sort)
+}
+diff <(files "$1") <(files "$packages/root/usr") || {
+    echo "The packages (>) do not hold what is installed (<)."
+    status=1
+}
+
+# expect PACKAGE PATTERN: PACKAGE depends on what PATTERN matches.
+expect() {
+    local dependencies
+    dependencies=$(dpkg-deb -f "$1" Depends)
+    grep -qE "(^|, )$2(,|$)" <<<"$dependencies" || {
+        echo "${1##*/} does not depend on $2, but on $dependencies"
+        status=1
+    }
+}
+expect "$runtime" 'libqt5core5a[^,]*'
+expect "$runtime" 'libcurl4[^,]*'
+expect "$development" "dvsync \(= $(dpkg-deb -f "$runtime" Version)\)"
+exit $status

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Usage: check-programs.sh PREFIX
+# Runs the programs under PREFIX, which have to find the libraries under PREFIX.
+set -euo pipefail
+prefix=$(realpath "$1")
+unset LD_LIBRARY_PATH
+
+for program in ovsync ovsync-service; do
+    version=$("$prefix/bin/$program" --version)
+    [[ $version =~ ^$program\ [0-9]+\.[0-9]+\.[0-9]+$ ]] || {
+        echo "$program --version says: $version"
+        exit 1
+    }
+done
+# Other copies of the project's libraries must not be found in their place.
+found=$(ldd "$prefix/bin/ovsync" | sed -nE 's/^\tlib(dvsync|OvSync[A-Za-z]+)\.so\.[0-9]+ => (.*) \(.*/\2/p' | xargs realpath)
+expected=$(realpath "$prefix"/lib/lib{dvsync,OvSync*}.so.? | sort)
+diff <(echo "$expected") <(sort <<<"$found") || {
+    echo "ovsync finds other libraries (>) than those under $prefix (<)."
+    exit 1
+}
