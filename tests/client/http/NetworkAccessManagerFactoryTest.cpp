@@ -12,6 +12,7 @@
 #include "tests/client/http/Fixtures.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/SelfSignedCertificate.h"
 
 namespace ovsync {
 namespace http {
@@ -29,6 +30,7 @@ protected:
             account, settings);
         manager = factory.CreateNetworkAccessManager();
         std::unique_ptr<QNetworkReply> reply(manager->get(QNetworkRequest(url)));
+        QObject::connect(reply.get(), &QNetworkReply::sslErrors, reply.get(), [&] { reply->ignoreSslErrors(); });
         QEventLoop loop;
         QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
         loop.exec();
@@ -75,6 +77,19 @@ TEST_F(NetworkAccessManagerFactoryTest, GivesTheCredentialsToNoOtherServer) {
     EXPECT_EQ(StatusOf(*Get(server.Url(QStringLiteral("/x")), account)), 401);
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(NetworkAccessManagerFactoryTest, GivesTheCredentialsToNoServerThatIsNotTrusted) {
+    const tests::SelfSignedCertificate certificate;
+    ScriptedServer stranger({AnswerOf("statuses/unauthorized-basic-401")}, certificate.Files());
+    EXPECT_EQ(StatusOf(*Get(stranger.Url(QStringLiteral("/x")), stranger.Url(QStringLiteral("/")))), 401);
+    stranger.Stop();
+    EXPECT_TRUE(stranger.SawItsScript());
+
+    settings.caFile = certificate.Files().certificateFile;
+    ScriptedServer trusted({AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("bad/listing-with-200")},
+                           certificate.Files());
+    EXPECT_EQ(StatusOf(*Get(trusted.Url(QStringLiteral("/x")), trusted.Url(QStringLiteral("/")))), 200);
 }
 
 TEST_F(NetworkAccessManagerFactoryTest, TakesTheProxyFromTheEnvironment) {

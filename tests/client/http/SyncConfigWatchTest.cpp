@@ -15,6 +15,7 @@
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/SelfSignedCertificate.h"
 
 namespace ovsync {
 namespace http {
@@ -31,12 +32,13 @@ using Ending = ScriptedServer::Ending;
 class SyncConfigWatchTest : public testing::Test {
 protected:
     void Fetch(const QUrl& url) {
-        NetworkAccessManagerFactory factory(std::make_shared<RequestAuthenticatorFactory>(QString(), QString()), 0, url,
-                                            settings);
-        watch = std::make_unique<SyncConfigWatch>(
-            std::shared_ptr<NetworkAccessManagerFactory>(&factory, [](NetworkAccessManagerFactory*) {}));
+        watch = std::make_unique<SyncConfigWatch>(std::make_shared<NetworkAccessManagerFactory>(
+            std::make_shared<RequestAuthenticatorFactory>(QStringLiteral("alice"), QStringLiteral("sesame")), 0, url,
+            settings));
         const std::shared_ptr<QNetworkAccessManager> manager = watch->CreateNetworkAccessManager();
         QEventLoop loop;
+        QObject::connect(manager.get(), &QNetworkAccessManager::sslErrors,
+                         [](QNetworkReply* reply, const QList<QSslError>&) { reply->ignoreSslErrors(); });
         QObject::connect(manager.get(), &QNetworkAccessManager::finished, [&](QNetworkReply* reply) {
             if (reply->error() == QNetworkReply::NoError) {
                 body = reply->readAll();
@@ -99,6 +101,18 @@ TEST_F(SyncConfigWatchTest, ARefusalHasItsStatus) {
     }
     EXPECT_EQ(watch->LastAnswer().status, 404);
     EXPECT_THAT(watch->LastAnswer().Text().toStdString(), HasSubstr("the body begins: "));
+}
+
+TEST_F(SyncConfigWatchTest, ARefusalByAServerThatIsNotTrustedSaysSo) {
+    const tests::SelfSignedCertificate certificate;
+    ScriptedServer server(
+        {ScriptedServer::Answer(FixtureAnswer(QStringLiteral("statuses/unauthorized-basic-401")).Bytes()),
+         ScriptedServer::Answer(FixtureAnswer(QStringLiteral("settings/whole-200")).Bytes())},
+        certificate.Files());
+    Fetch(server.Url(QStringLiteral("/x")));
+    EXPECT_THAT(Problem(), AllOf(HasSubstr("refused: "), HasSubstr("401"), HasSubstr("certificate is not trusted")));
+    Fetch(server.Url(QStringLiteral("/x")));
+    EXPECT_EQ(Problem(), "none") << "the library takes any certificate";
 }
 
 TEST_F(SyncConfigWatchTest, NoAnswerIsNoDocument) {
