@@ -12,6 +12,11 @@ namespace http {
 namespace {
 
 const int FirstFailure = 400;
+const int DeepestElement = 100;
+
+bool IsRoot(const QXmlStreamReader& reader) {
+    return reader.name() == QLatin1String("SyncConfig") && reader.namespaceUri().isEmpty();
+}
 
 /// Why the body is no sync-configuration document; empty when it is one.
 QString ProblemOf(const QByteArray& body) {
@@ -22,12 +27,29 @@ QString ProblemOf(const QByteArray& body) {
         return QStringLiteral("the document is empty");
     }
     QXmlStreamReader reader(QString::fromLatin1(document));
-    if (reader.readNextStartElement() && reader.qualifiedName() != QLatin1String("SyncConfig")) {
-        return QStringLiteral("the document is no sync configuration, its root is <%1>")
-            .arg(reader.qualifiedName().toString().left(AnswerSummary::FirstBytesLimit));
-    }
+    int depth = 0;
     while (!reader.atEnd()) {
-        reader.readNext();
+        switch (reader.readNext()) {
+            case QXmlStreamReader::DTD:
+                return QStringLiteral("the document declares a document type, which no sync configuration does");
+            case QXmlStreamReader::StartElement:
+                if (depth == 0 && !IsRoot(reader)) {
+                    return QStringLiteral(
+                               "the document is no sync configuration, its root is <%1> in the namespace "
+                               "\"%2\"")
+                        .arg(reader.name().toString().left(AnswerSummary::FirstBytesLimit),
+                             reader.namespaceUri().toString().left(AnswerSummary::FirstBytesLimit));
+                }
+                if (++depth > DeepestElement) {
+                    return QStringLiteral("the document nests elements deeper than %1").arg(DeepestElement);
+                }
+                break;
+            case QXmlStreamReader::EndElement:
+                --depth;
+                break;
+            default:
+                break;
+        }
     }
     if (reader.hasError()) {
         return QStringLiteral("the document is not well-formed, line %1, column %2: %3")

@@ -151,7 +151,10 @@ TEST_P(NoSyncConfigTest, IsNamedWithWhatIsWrong) {
 
 INSTANTIATE_TEST_SUITE_P(
     Answers, NoSyncConfigTest,
-    testing::Values(NoDocument{"html-200", "its root is <html>"}, NoDocument{"login-page-200", "its root is <html>"},
+    testing::Values(NoDocument{"html-200", "its root is <html>"},
+                    NoDocument{"login-page-200", "declares a document type"},
+                    NoDocument{"foreign-namespace-200", "its root is <SyncConfig> in the namespace \"urn:other\""},
+                    NoDocument{"nested-too-deep-200", "deeper than 100"},
                     NoDocument{"empty-200", "the document is empty"}, NoDocument{"cut-off-200", "closed"},
                     NoDocument{"unended-200", "line 2, column"}, NoDocument{"mismatched-200", "line 2, column"},
                     NoDocument{"more-after-the-root-200", "line 2, column"},
