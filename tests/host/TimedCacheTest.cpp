@@ -1,0 +1,146 @@
+#include "host/core/TimedCache.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// A cache with a clock that stands still unless it is set.
+class CacheWithClock : public sync::core::TimedCache<int> {
+public:
+    using sync::core::TimedCache<int>::TimedCache;
+
+    QDateTime now = QDateTime(QDate(2020, 1, 1), QTime(12, 0));
+
+protected:
+    QDateTime _Now() const override { return now; }
+};
+
+class TimedCacheTest : public testing::Test {
+protected:
+    int runs = 0;
+    CacheWithClock cache{[this] { return ++runs; }, 1000, 0};
+};
+
+TEST_F(TimedCacheTest, TheFirstCallComputesTheValue) {
+    EXPECT_EQ(cache.Get(), 1);
+}
+
+TEST_F(TimedCacheTest, KeepsTheValueUntilMoreWholeSecondsHavePassedThanTheLimit) {
+    cache.Get();
+    EXPECT_EQ(cache.Get(), 1);
+    cache.now = cache.now.addMSecs(1999);
+    EXPECT_EQ(cache.Get(), 1);
+    cache.now = cache.now.addMSecs(1);
+    EXPECT_EQ(cache.Get(), 2);
+}
+
+TEST_F(TimedCacheTest, CountsTheTimeFromTheLastRefreshAndNotFromTheLastCall) {
+    cache.Get();
+    cache.now = cache.now.addMSecs(1500);
+    EXPECT_EQ(cache.Get(), 1);
+    cache.now = cache.now.addMSecs(1500);
+    EXPECT_EQ(cache.Get(), 2);
+}
+
+TEST_F(TimedCacheTest, AClockThatWasSetBackMakesTheValueTooOld) {
+    cache.Get();
+    cache.now = cache.now.addSecs(-2);
+    EXPECT_EQ(cache.Get(), 2);
+}
+
+TEST(TimedCacheLimitTest, ALimitBelowASecondKeepsTheValueForTheRestOfTheSecond) {
+    int runs = 0;
+    CacheWithClock cache([&runs] { return ++runs; }, 999);
+    cache.Get();
+    cache.now = cache.now.addMSecs(999);
+    EXPECT_EQ(cache.Get(), 1);
+    cache.now = cache.now.addMSecs(1);
+    EXPECT_EQ(cache.Get(), 2);
+}
+
+TEST(TimedCacheFailureTest, AnEmptyFunctionIsABadFunctionCall) {
+    CacheWithClock cache(std::function<int()>(), 1000);
+    EXPECT_THROW(cache.Get(), std::bad_function_call);
+}
+
+TEST(TimedCacheFailureTest, AFunctionThatThrewIsRunAgainByTheNextCall) {
+    bool fails = true;
+    CacheWithClock cache(
+        [&fails] {
+            if (fails) {
+                throw std::runtime_error("not now");
+            }
+            return 7;
+        },
+        1000);
+    EXPECT_THROW(cache.Get(), std::runtime_error);
+    fails = false;
+    EXPECT_EQ(cache.Get(), 7);
+}
+
+TEST(TimedCacheThreadsTest, NeverRunsTheFunctionTwiceAtOnceAndReturnsOnlyWhatItGave) {
+    const int threadCount = 8;
+    std::atomic<int> inside{0};
+    std::atomic<bool> twiceAtOnce{false};
+    int runs = 0;
+    // With a limit below zero every value is too old.
+    CacheWithClock cache(
+        [&] {
+            if (++inside > 1) {
+                twiceAtOnce = true;
+            }
+            ++runs;
+            --inside;
+            return runs;
+        },
+        -1000);
+
+    std::vector<int> last(threadCount);
+    std::vector<std::thread> threads;
+    for (int& value : last) {
+        threads.emplace_back([&cache, &value] {
+            for (int i = 0; i < 1000; ++i) {
+                value = cache.Get();
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+
+    EXPECT_FALSE(twiceAtOnce);
+    EXPECT_EQ(runs, 1000 * threadCount);
+    for (const int value : last) {
+        EXPECT_GE(value, 1000);
+        EXPECT_LE(value, runs);
+    }
+}
+
+TEST(TimedCacheThreadsTest, ThreadsThatFindItTooOldAtTheSameMomentAllGetTheNewValue) {
+    std::atomic<int> runs{0};
+    CacheWithClock cache(
+        [&runs] {
+            ++runs;
+            return 7;
+        },
+        1000);
+    std::vector<int> values(8);
+    std::vector<std::thread> threads;
+    for (int& value : values) {
+        threads.emplace_back([&cache, &value] { value = cache.Get(); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(values, std::vector<int>(8, 7));
+    EXPECT_GE(runs, 1);
+    EXPECT_LE(runs, 8);
+}
+
+}  // namespace
