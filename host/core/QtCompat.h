@@ -3,6 +3,7 @@
 #include "host/core/PosixSync.h"
 
 #include <QByteArray>
+#include <QProcess>
 #include <QRegExp>
 #include <QString>
 #include <QStringList>
@@ -44,6 +45,17 @@ inline QStringList SplitSkippingEmptyParts(const QString& text, const QRegExp& s
     return text.split(separator, Qt::SkipEmptyParts);
 #else
     return text.split(separator, QString::SkipEmptyParts);
+#endif
+}
+
+/// Starts the program that `commandLine` names, with the arguments in it, as a process that outlives this one, and
+/// returns whether it started. Quotes hold together what has blanks in it.
+inline bool StartDetached(const QString& commandLine) {
+#if QT_VERSION >= QT_VERSION_CHECK(5, 15, 0)
+    QStringList arguments = QProcess::splitCommand(commandLine);
+    return !arguments.isEmpty() && QProcess::startDetached(arguments.takeFirst(), arguments);
+#else
+    return QProcess::startDetached(commandLine);
 #endif
 }
 

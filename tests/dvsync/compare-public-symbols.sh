@@ -6,7 +6,7 @@ set -euo pipefail
 export LC_ALL=C
 
 actual=$(nm --dynamic --demangle --defined-only "$1" | cut -d' ' -f3- |
-    grep -vE '^(((vtable|VTT|typeinfo|typeinfo name|guard variable) for |void |non-virtual thunk to )?(std|Q[A-Za-z]+|log4cplus)\b|__odr_asan|_init$|_fini$)' | sort -u)
+    grep -vE '^(((vtable|VTT|typeinfo|typeinfo name|guard variable) for |non-virtual thunk to |([a-z]+ )+)?(std|Q[A-Za-z]+|log4cplus)\b|__odr_asan|_init$|_fini$)' | sort -u)
 expected=$(sort -u "$2")
 
 if ! diff <(echo "$expected") <(echo "$actual"); then
