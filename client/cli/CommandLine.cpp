@@ -16,8 +16,10 @@
 #include <string>
 #include <vector>
 
+#include "client/cli/AgentCommand.h"
 #include "client/cli/Connection.h"
 #include "client/cli/ListCommand.h"
+#include "client/cli/LoggedErrors.h"
 #include "client/cli/MakeFolderCommand.h"
 #include "client/cli/MoveCommand.h"
 #include "client/cli/Progress.h"
@@ -40,6 +42,8 @@ const char* const Footer =
     "Exit status: 0 done, 1 the service said no, 2 wrong usage, 3 the service could not be reached or understood.\n"
     "The password of a user comes from the environment variable OVSYNC_PASSWORD, from ~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";
+
+const char* const AgentFooter = "Exit status: 0 it runs, 1 it does not, 2 wrong usage.";
 
 /// What the options of a command write to.
 struct Arguments {
@@ -93,6 +97,8 @@ struct Arguments {
 };
 
 using Command = std::function<void(Connection&, const Location&, const Arguments&, Output&)>;
+/// A command that needs no service.
+using LocalCommand = std::function<ExitCode(const Arguments&, Output&)>;
 
 void Complain(const std::string& message) {
     std::cerr << "ovsync: " << message.substr(0, message.find_last_not_of('\n') + 1) << '\n';
@@ -163,10 +169,20 @@ public:
                  });
         _AddUrl(command, "FROM", "The folder, for example http://host/folder/", _arguments.url);
         _AddUrl(command, "TO", "Its new URL, for example http://host/elsewhere/name/", _arguments.destination);
+
+        CLI::App* const agent =
+            _app.add_subcommand("agent", "Looks after the application that stays and synchronises.");
+        agent->require_subcommand(1);
+        agent->footer(AgentFooter);
+        _AddLocal(*agent, "status", "Says whether it runs.",
+                  [](const Arguments& given, Output& output) { return ShowAgent(given.isJson, output); });
+        _AddLocal(*agent, "start", "Starts it unless it runs already, and says whether it runs then.",
+                  [](const Arguments& given, Output& output) { return StartAgent(given.isJson, output); });
     }
 
-    /// What the command line, once it was read, asks for.
-    const Command& Parsed() const { return _actions.at(_app.get_subcommands().front()); }
+    /// What the command line, once it was read, asks for: null when that is a local command.
+    const Command* Parsed() const { return _ParsedOf(_actions); }
+    const LocalCommand* ParsedLocal() const { return _ParsedOf(_localActions); }
 
     /// Whether that needs a listing of a whole tree.
     bool ListsTree() const {
@@ -178,7 +194,7 @@ private:
     CLI::App* _Add(const char* name, const char* description, const Command& action) {
         CLI::App* const command = _app.add_subcommand(name, description);
         command->add_option("-u,--user", _arguments.user, "Name to log in with")->type_name("USER");
-        command->add_flag("--json", _arguments.isJson, "Print JSON");
+        _AddJson(command);
         command
             ->add_option("--ca-file", _arguments.caFile, "Trust the PEM certificates in FILE in place of the system's")
             ->type_name("FILE")
@@ -192,6 +208,22 @@ private:
         _actions.emplace(command, action);
         return command;
     }
+
+    void _AddLocal(CLI::App& group, const char* name, const char* description, const LocalCommand& action) {
+        CLI::App* const command = group.add_subcommand(name, description);
+        _AddJson(command);
+        command->footer(AgentFooter);
+        _localActions.emplace(command, action);
+    }
+
+    template <typename Action>
+    static const Action* _ParsedOf(const std::map<const CLI::App*, Action>& actions) {
+        const auto parsed = std::find_if(actions.begin(), actions.end(),
+                                         [](const auto& commandAndAction) { return commandAndAction.first->parsed(); });
+        return parsed == actions.end() ? nullptr : &parsed->second;
+    }
+
+    void _AddJson(CLI::App* command) { command->add_flag("--json", _arguments.isJson, "Print JSON"); }
 
     static void _AddUrl(CLI::App* command, const char* name, const char* description, std::string& url) {
         command->add_option(name, url, description)->required();
@@ -207,6 +239,7 @@ private:
     CLI::App& _app;
     Arguments& _arguments;
     std::map<const CLI::App*, Command> _actions;
+    std::map<const CLI::App*, LocalCommand> _localActions;
     std::vector<const CLI::App*> _treeCommands;
 };
 
@@ -222,8 +255,10 @@ bool RefusesTrees(int status, const QString& answer) {
 }  // namespace
 
 ExitCode RunCommandLine(int argc, const char* const* argv) {
-    // What the library logs is for a client that keeps a log; what matters to a user comes as an exception.
-    log4cplus::Logger::getRoot().setLogLevel(log4cplus::OFF_LOG_LEVEL);
+    log4cplus::Logger log = log4cplus::Logger::getRoot();
+    log.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
+    const LoggedErrors loggedErrors(
+        log, [](const QString& message) { Complain(Output::WithoutControlCharacters(message).toStdString()); });
     std::optional<Connection> connection;
     CLI::App app("Lists, looks up and changes what lies on a Drovane service or any other WebDAV server.", "ovsync");
     Arguments arguments;
@@ -238,16 +273,23 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             std::ostringstream errors;
             const bool isDone = app.exit(e, std::cout, errors) == 0;
             if (!isDone) {
-                const std::vector<std::string> unknown = app.remaining();
-                Complain((unknown.empty() ? "" : unknown.front() + ": unknown command. ") + errors.str());
+                // Whatever is missing is named before anything that is too much.
+                const bool misses = dynamic_cast<const CLI::RequiredError*>(&e) != nullptr;
+                const std::vector<std::string> unknown = misses ? app.remaining(true) : std::vector<std::string>();
+                Complain((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str());
             }
             return isDone ? Done : WrongUsage;
         }
 
+        Output output;
+        if (const LocalCommand* const command = commands.ParsedLocal()) {
+            const ExitCode code = (*command)(arguments, output);
+            output.Flush();
+            return code;
+        }
         const Location location = Location::FromUrl(QString::fromStdString(arguments.url));
         connection.emplace(location, arguments.Connecting());
-        Output output;
-        commands.Parsed()(*connection, location, arguments, output);
+        (*commands.Parsed())(*connection, location, arguments, output);
         output.Flush();
         return Done;
     } catch (const UsageError& e) {

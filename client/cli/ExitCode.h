@@ -6,7 +6,7 @@ namespace cli {
 /// What `ovsync` exits with.
 enum ExitCode {
     Done = 0,
-    /// The service answered that it will not or cannot do it.
+    /// The service answered that it will not or cannot do it; of the sync application, that it does not run.
     Refused = 1,
     WrongUsage = 2,
     /// The service could not be reached or understood.

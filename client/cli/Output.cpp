@@ -21,16 +21,17 @@ Output::Output() : _isTerminal(isatty(STDOUT_FILENO) == 1) {
 }
 
 QByteArray Output::Shown(const QString& text) const {
-    if (!_isTerminal) {
-        return text.toUtf8();
-    }
+    return (_isTerminal ? WithoutControlCharacters(text) : text).toUtf8();
+}
+
+QString Output::WithoutControlCharacters(const QString& text) {
     QString shown = text;
     for (QChar& character : shown) {
         if (character.category() == QChar::Other_Control) {
             character = QLatin1Char('?');
         }
     }
-    return shown.toUtf8();
+    return shown;
 }
 
 void Output::Write(const QByteArray& bytes) {

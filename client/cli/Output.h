@@ -17,6 +17,9 @@ public:
     /// `text` as it may be shown to whoever reads the output.
     QByteArray Shown(const QString& text) const;
 
+    /// `text` with a '?' for each control character.
+    static QString WithoutControlCharacters(const QString& text);
+
     /// Throws SyncException when the output cannot be written.
     void Write(const QByteArray& bytes);
 
