@@ -24,7 +24,8 @@ inline QString DecodedPath(const QByteArray& encoded) {
         return QString();
     }
 #if QT_VERSION >= QT_VERSION_CHECK(5, 0, 0)
-    return url.path(QUrl::FullyDecoded);
+    // Not QUrl::FullyDecoded, which takes an escaped noncharacter, such as U+FFFF, for bytes that are not UTF-8.
+    return QUrl::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
 #else
     return url.path();
 #endif

@@ -199,6 +199,12 @@ TEST(BuildFileConfigFromFindResponseTest, ThePathOfAnAbsoluteHrefIsTaken) {
     EXPECT_EQ(ServerPathOf("http://service.test"), Text(""));
 }
 
+TEST(BuildFileConfigFromFindResponseTest, NonCharactersAreDecodedInEveryFormOfAnHref) {
+    EXPECT_EQ(ServerPathOf("/a%EF%BF%BF"), Text("a\xEF\xBF\xBF"));
+    EXPECT_EQ(ServerPathOf("/a b%EF%BF%BF"), Text("a b\xEF\xBF\xBF"));
+    EXPECT_EQ(ServerPathOf("http://service.test/%F2%BF%BF%BF"), Text("\xF2\xBF\xBF\xBF"));
+}
+
 TEST(BuildFileConfigFromFindResponseTest, AnInvalidHrefGivesEmptyPaths) {
     FolderConfiguration folder;
     folder.localPath = Text("");
