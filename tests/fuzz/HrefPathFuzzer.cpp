@@ -1,0 +1,25 @@
+#include "dvsync/HrefPath.h"
+
+#include <QUrl>
+
+#include "host/core/QtCompat.h"
+#include "tests/fuzz/Fuzzing.h"
+
+using fuzz::Require;
+using sync::dv::dvsync::PathOfHref;
+using sync::dv::dvsync::PercentDecoded;
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const QString text = QString::fromUtf8(fuzz::BytesOf(data, size));
+    const QString encoded = QString::fromLatin1(QUrl::toPercentEncoding(text));
+    Require(PercentDecoded(encoded) == text, "what was encoded is decoded to the same");
+    Require(PathOfHref(QLatin1Char('/') + encoded) == QLatin1Char('/') + text, "a path is decoded");
+    Require(PathOfHref(QLatin1String("http://host:8080/") + encoded) == QLatin1Char('/') + text,
+            "a path is decoded in a whole URL too");
+    if (text.startsWith(QLatin1Char('/')) && !text.startsWith(QLatin1String("//"))) {
+        Require(PathOfHref(text) == sync::core::compat::DecodedPath(text.toUtf8()), "the short cut changes nothing");
+        Require(PathOfHref(QLatin1Char('/') + text) == QLatin1Char('/') + PathOfHref(text),
+                "two slashes at the front are part of the path");
+    }
+    return 0;
+}
