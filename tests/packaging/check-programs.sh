@@ -12,6 +12,10 @@ for program in ovsync ovsync-service; do
         exit 1
     }
 done
+[ -x "$prefix/lib/OvSync.exe" ] || {
+    echo "The agent is not beside the libraries."
+    exit 1
+}
 # Other copies of the project's libraries must not be found in their place.
 found=$(ldd "$prefix/bin/ovsync" | sed -nE 's/^\tlib(dvsync|OvSync[A-Za-z]+)\.so\.[0-9]+ => (.*) \(.*/\2/p' | xargs realpath)
 expected=$(realpath "$prefix"/lib/lib{dvsync,OvSync*}.so.? | sort)
