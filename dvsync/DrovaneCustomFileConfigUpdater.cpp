@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <utility>
 
+#include "dvsync/Filled.h"
 #include "host/configurationfactory/ConfigurationFactory.h"
 #include "host/core/SyncException.h"
 
@@ -68,7 +69,7 @@ QString LinkTarget(const QString& linkPath, const QString& filePath) {
         return QDir::cleanPath(linkPath);
     }
     const QString directory = QDir::cleanPath(QFileInfo(filePath).absolutePath());
-    return QDir::cleanPath(QString(QLatin1String("%1/%2")).arg(directory, linkPath));
+    return QDir::cleanPath(Filled("%1/%2", directory, linkPath));
 }
 
 QString VersionKey() {
@@ -95,7 +96,7 @@ void DrovaneCustomFileConfigUpdater::UpdateCustomFileConfigAfterUpload(const Fol
         remoteFileManagerFactory->CreateRemoteFileManager(folder.serverKey);
     const FileConfiguration remote = remoteFiles->GetFileByName(FolderOf(folder, file), file.name);
     if (remote.name.isEmpty() && remote.localPath.isEmpty() && remote.serverPath.isEmpty()) {
-        throw core::SyncException(QString(QLatin1String("Failed to update file config for %0")).arg(file.localPath));
+        throw core::SyncException(Filled("Failed to update file config for %0", file.localPath));
     }
 
     const QString versionIdKey = QLatin1String("versionId");

@@ -6,9 +6,9 @@
 #include <QUrl>
 #include <utility>
 
+#include "dvsync/HttpFailure.h"
 #include "dvsync/ResourceMapping.h"
 #include "host/configurationfactory/ConfigurationFactory.h"
-#include "host/http/HttpException.h"
 
 namespace sync {
 namespace dv {
@@ -18,29 +18,10 @@ using config::FileConfiguration;
 using config::FolderConfiguration;
 using http::DAVPropfindRequest;
 using http::DAVPropfindResult;
-using http::HttpException;
 
 namespace {
 
-const int FoundStatus = 302;
-const int NotModifiedStatus = 304;
-const int BadRequestStatus = 400;
-const int NotFoundStatus = 404;
-
 const int FileOnDiskSyncMode = 2;
-
-bool IsPropfindFailure(int status) {
-    return status >= BadRequestStatus || status == FoundStatus;
-}
-
-// All placeholders are filled at once, so that a URL that looks like one stays as it is.
-QString FailureMessage(const char* text, const QUrl& url, int status) {
-    return QString(QLatin1String(text)).arg(url.toString(), QString::number(status));
-}
-
-QUrl ValueOf(const std::shared_ptr<QUrl>& url) {
-    return url ? *url : QUrl();
-}
 
 bool FileChangedSince(const QDateTime& recordTime, const QString& localPath) {
     const QFileInfo file(localPath);
@@ -84,9 +65,7 @@ int DrovaneRemoteFileManager::GetNameSortedFilesByFolder(FolderConfiguration& fo
         return NotFoundStatus;
     }
     if (IsPropfindFailure(status)) {
-        throw HttpException(
-            FailureMessage("GetNameSortedFilesByFolder with url %0 failed with error code %1", ValueOf(url), status),
-            status, QUrl());
+        throw Failure("GetNameSortedFilesByFolder with url %0 failed with error code %1", ValueOf(url), status);
     }
     const std::shared_ptr<DAVPropfindResult> result = _ProcessPropfindResult(request);
     if (result && result->serverTime.isValid()) {
@@ -126,8 +105,7 @@ const FileConfiguration DrovaneRemoteFileManager::GetFileByName(  // NOLINT(read
 
     const int status = request->GetStatusCode();
     if (status >= BadRequestStatus) {
-        throw HttpException(FailureMessage("GetFileByName with url %0 failed with error code %1", ValueOf(url), status),
-                            status, QUrl());
+        throw Failure("GetFileByName with url %0 failed with error code %1", ValueOf(url), status);
     }
     const std::shared_ptr<DAVPropfindResult> result = request->GetResult();
     if (!result) {
@@ -153,7 +131,7 @@ std::shared_ptr<DAVPropfindResult> DrovaneRemoteFileManager::_ProcessPropfindRes
     const int status = request->GetStatusCode();
     if (IsPropfindFailure(status)) {
         const QUrl url = request->GetUrl();
-        throw HttpException(FailureMessage("PROPFIND with url %0 failed with error code %1", url, status), status, url);
+        throw Failure("PROPFIND with url %0 failed with error code %1", url, status, url);
     }
     return request->GetResult();
 }

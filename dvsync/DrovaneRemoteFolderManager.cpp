@@ -12,12 +12,13 @@
 #include <utility>
 
 #include "dvsync/Exclusion.h"
+#include "dvsync/Filled.h"
 #include "dvsync/HrefPath.h"
+#include "dvsync/HttpFailure.h"
 #include "dvsync/Log.h"
 #include "dvsync/ResourceMapping.h"
 #include "dvsync/XmlDocument.h"
 #include "host/core/QtCompat.h"
-#include "host/http/HttpException.h"
 
 namespace sync {
 namespace dv {
@@ -36,33 +37,13 @@ using interf::factory::IHttpFactory;
 
 namespace {
 
-const int OkStatus = 200;
-const int FoundStatus = 302;
-const int NotModifiedStatus = 304;
-const int BadRequestStatus = 400;
-const int NotFoundStatus = 404;
-const int ServiceUnavailableStatus = 503;
-
 // What the user may do with a folder that he has made: everything.
 const int FullAccessMask = 31;
 
 #define FOLDER_MANAGER_LOG(level, text) DVSYNC_LOG(_logger, level, "DrovaneRemoteFolderManager", text)
 
-bool IsPropfindFailure(int status) {
-    return status >= BadRequestStatus || status == FoundStatus;
-}
-
 SyncResults ResultsOf(SyncResults::ResultType type) {
     return SyncResults(type, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0);
-}
-
-QUrl ValueOf(const std::shared_ptr<QUrl>& url) {
-    return url ? *url : QUrl();
-}
-
-// The placeholders of a text are filled all at once, so that a value that looks like one stays as it is.
-QString Filled(const char* text, const QString& value) {
-    return QString(QLatin1String(text)).arg(value);
 }
 
 // Names are asked for as {namespace}prefix:name.
@@ -73,11 +54,6 @@ QStringList FolderSizePropertyNames() {
         names.append(QLatin1Char('{') + davNamespace + QLatin1String(rest));
     }
     return names;
-}
-
-HttpException Failure(const char* text, const QUrl& url, int status, const QUrl& exceptionUrl = QUrl()) {
-    return HttpException(QString(QLatin1String(text)).arg(url.toString(), QString::number(status)), status,
-                         exceptionUrl);
 }
 
 bool IsHeader(const QPair<QByteArray, QByteArray>& header, const char* name) {
@@ -192,8 +168,8 @@ SyncResults DrovaneRemoteFolderManager::MoveFolder(const FolderConfiguration& fr
 
     const int status = request->GetStatusCode();
     if (status >= BadRequestStatus || (status == 0 && lastRequestState == IHttpRequest::StateFailed)) {
-        throw HttpException(QString(QLatin1String("MoveFolder failed. From Url: %0 To Url: %1. Error code: %2."))
-                                .arg(ValueOf(source).path(), ValueOf(destination).path(), QString::number(status)),
+        throw HttpException(Filled("MoveFolder failed. From Url: %0 To Url: %1. Error code: %2.",
+                                   ValueOf(source).path(), ValueOf(destination).path(), QString::number(status)),
                             status, QUrl());
     }
     return ResultsOf(SyncResults::FolderMoved);
@@ -475,11 +451,10 @@ bool DrovaneRemoteFolderManager::_UpdateFolderConfig(const QByteArray& body, Fol
     if (!ReadXmlDocument(body, document, error)) {
         FOLDER_MANAGER_LOG(
             log4cplus::ERROR_LOG_LEVEL,
-            QString(
-                QLatin1String("Failed to update folder config after creating folder %1. Error parsing response xml: "
-                              "%2 at line %3, column %4, body = %5"))
-                .arg(folder.serverPath, error.message, QString::number(error.line), QString::number(error.column),
-                     QString::fromUtf8(body)));
+            Filled("Failed to update folder config after creating folder %1. Error parsing response xml: "
+                   "%2 at line %3, column %4, body = %5",
+                   folder.serverPath, error.message, QString::number(error.line), QString::number(error.column),
+                   QString::fromUtf8(body)));
         return false;
     }
     const QDomElement response = document.elementsByTagName(QLatin1String("Response")).item(0).toElement();
