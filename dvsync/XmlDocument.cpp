@@ -10,8 +10,9 @@ namespace {
 
 const int MaximumDepth = 100;
 
-// Reads the document once without building anything.
-bool IsSafe(const QByteArray& body, XmlError& error) {
+}  // namespace
+
+bool IsSafeXml(const QByteArray& body, XmlError& error) {
     QXmlStreamReader reader(body);
     // Prefixes are the business of the real parser.
     reader.setNamespaceProcessing(false);
@@ -42,10 +43,8 @@ bool IsSafe(const QByteArray& body, XmlError& error) {
     return false;
 }
 
-}  // namespace
-
 bool ReadXmlDocument(const QByteArray& body, QDomDocument& document, XmlError& error) {
-    return IsSafe(body, error) && document.setContent(body, true, &error.message, &error.line, &error.column);
+    return IsSafeXml(body, error) && document.setContent(body, true, &error.message, &error.line, &error.column);
 }
 
 }  // namespace dvsync

@@ -15,9 +15,13 @@ struct XmlError {
     int column = 0;
 };
 
-/// Reads `body` into `document` with namespaces on. False, with `error` filled in, for a body that is not well-formed,
-/// declares a document type (whose entities could grow without bound), or nests elements deeper than 100 (a document's
-/// destruction recurses once per level). Thread-safe.
+/// False, with `error` filled in, for a body that is not well-formed, declares a document type (whose entities could
+/// grow without bound), or nests elements deeper than 100 (a document's destruction recurses once per level). Takes
+/// every prefix for declared. Thread-safe.
+bool IsSafeXml(const QByteArray& body, XmlError& error);
+
+/// Reads `body` into `document` with namespaces on. False, with `error` filled in, when it is not safe or uses a prefix
+/// that it does not declare. Thread-safe.
 bool ReadXmlDocument(const QByteArray& body, QDomDocument& document, XmlError& error);
 
 }  // namespace dvsync

@@ -27,6 +27,14 @@ if [ -n "$found" ]; then
     status=1
 fi
 
+# An interface returns a value of the library's, and for that host/ names the library once.
+found=$(grep -rnE 'namespace dvsync|dvsync::' host --include='*.h' --include='*.cpp' | grep -v '^host/interfaces/IExternalSyncConfigManager.h:' || true)
+header=$(grep -cE '^class ExternalSyncConfig;$' host/interfaces/IExternalSyncConfigManager.h || true)
+if [ -n "$found" ] || [ "$header" != 1 ]; then
+    printf 'host/ knows dvsync/ by one forward declaration, in IExternalSyncConfigManager.h:\n%s\n' "$found"
+    status=1
+fi
+
 # What dvsync/ and host/ may use of other libraries.
 found=$(grep -rnE '#include <(curl|expat|sqlite3|microhttpd|libxml|nlohmann|CLI|boost)' host dvsync || true)
 if [ -n "$found" ]; then

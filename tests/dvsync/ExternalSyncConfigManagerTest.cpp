@@ -1,0 +1,478 @@
+#include "dvsync/ExternalSyncConfigManager.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QDomDocument>
+#include <QFile>
+#include <QMetaMethod>
+#include <QNetworkAccessManager>
+#include <QTimer>
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/core/SyncException.h"
+#include "tests/dvsync/LogRecorder.h"
+#include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/SelfSignedCertificate.h"
+#include "tests/fakes/Text.h"
+
+namespace sync {
+namespace dv {
+namespace dvsync {
+
+class ExternalSyncConfigManagerAccess {
+public:
+    static std::vector<const void*> Members(const ExternalSyncConfigManager& manager) {
+        return {&manager.eventLoop, &manager.config, &manager.responseText, &manager.http,
+                &manager.networkAccessManagerFactory};
+    }
+    static const QString& ResponseText(const ExternalSyncConfigManager& manager) { return manager.responseText; }
+    static ExternalSyncConfig& Config(ExternalSyncConfigManager& manager) { return manager.config; }
+    static int RunEventLoop(ExternalSyncConfigManager& manager) { return manager.eventLoop.exec(); }
+    static void ReplyFinished(ExternalSyncConfigManager& manager, QNetworkReply* reply) {
+        manager._ReplyFinished(reply);
+    }
+    static void ParseVersion(ExternalSyncConfigManager& manager, const QDomDocument& document) {
+        manager._ParseVersionFromResponse(document);
+    }
+    static void ParseSyncFrequency(ExternalSyncConfigManager& manager, const QDomDocument& document) {
+        manager._ParseSyncFrequencyFromResponse(document);
+    }
+};
+
+}  // namespace dvsync
+}  // namespace dv
+}  // namespace sync
+
+namespace {
+
+using sync::dv::dvsync::ExternalSyncConfig;
+using sync::dv::dvsync::ExternalSyncConfigManager;
+using testing::ElementsAre;
+using testing::Field;
+using testing::IsEmpty;
+using tests::LogRecord;
+using tests::ScriptedServer;
+using tests::Text;
+using Access = sync::dv::dvsync::ExternalSyncConfigManagerAccess;
+using Ending = ScriptedServer::Ending;
+
+const int ErrorLevel = 40000;
+const int DebugLevel = 10000;
+
+class FakeDrovaneHttp : public sync::interf::dv::IDrovaneHttp {
+public:
+    std::shared_ptr<QUrl> GetServiceUrl() override { throw std::logic_error("not to be asked for"); }
+    std::shared_ptr<QUrl> GetSyncConfigUrl() override {
+        if (onAsked) {
+            onAsked();
+        }
+        return url;
+    }
+
+    std::shared_ptr<QUrl> url;
+    std::function<void()> onAsked;
+};
+
+class FakeNetworkAccessManagerFactory : public sync::interf::factory::INetworkAccessManagerFactory {
+public:
+    std::shared_ptr<QNetworkAccessManager> CreateNetworkAccessManager() override {
+        auto manager = std::make_shared<QNetworkAccessManager>();
+        manager->setTransferTimeout(transferTimeout);
+        made.push_back(manager);
+        return manager;
+    }
+
+    int transferTimeout = 0;
+    std::vector<std::weak_ptr<QNetworkAccessManager>> made;
+};
+
+QByteArray Document(const char* name) {
+    QFile file(Text(DVSYNC_FIXTURES "/sync-config/") + Text(name));
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
+    return file.readAll();
+}
+
+ScriptedServer::Step AnswerOf(const QByteArray& body, const char* statusLine = "HTTP/1.1 200 OK") {
+    return ScriptedServer::Answer(QByteArray(statusLine) + "\r\nContent-Type: text/xml\r\nContent-Length: " +
+                                  QByteArray::number(body.size()) + "\r\n\r\n" + body);
+}
+
+class ExternalSyncConfigManagerTest : public testing::Test {
+protected:
+    ExternalSyncConfig Fetch(const QUrl& url) {
+        _http->url = std::make_shared<QUrl>(url);
+        return _manager.GetExternalSyncConfig();
+    }
+
+    /// What comes out of one fetch that `server` answers.
+    ExternalSyncConfig FetchFrom(ScriptedServer& server) {
+        const ExternalSyncConfig config = Fetch(server.Url(Text("/sync-config.xml")));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+        return config;
+    }
+
+    ExternalSyncConfig FetchBody(const QByteArray& body) {
+        ScriptedServer server({AnswerOf(body)});
+        return FetchFrom(server);
+    }
+
+    static void ExpectWhole(const ExternalSyncConfig& config) {
+        EXPECT_EQ(config.mostCurrentVersion, Text("KQ51_1001_WIN"));
+        EXPECT_EQ(config.installerUrl, Text("https://service.test/setup.exe"));
+        EXPECT_EQ(config.syncFrequency, 60);
+    }
+
+    static void ExpectDefaults(const ExternalSyncConfig& config) {
+        EXPECT_EQ(config.mostCurrentVersion, Text("0.0.0.0"));
+        EXPECT_EQ(config.installerUrl, Text(""));
+        EXPECT_EQ(config.syncFrequency, 180);
+    }
+
+    void ExpectOneError(const std::string& text) const {
+        ASSERT_EQ(_log.Records().size(), 1U);
+        EXPECT_EQ(_log.Records().front().level, ErrorLevel);
+        EXPECT_EQ(_log.Records().front().text, text);
+    }
+
+    void ExpectNetworkError(QNetworkReply::NetworkError error) const {
+        ExpectOneError("Unable to retrieve sync configuration from remote server.  QNetworkReply::NetworkError code: " +
+                       std::to_string(error));
+    }
+
+    int _argumentCount = 1;
+    char _programName[5] = "test";
+    char* _arguments[2] = {_programName, nullptr};
+    const QCoreApplication _application{_argumentCount, _arguments};
+    const std::shared_ptr<FakeDrovaneHttp> _http = std::make_shared<FakeDrovaneHttp>();
+    const std::shared_ptr<FakeNetworkAccessManagerFactory> _factory =
+        std::make_shared<FakeNetworkAccessManagerFactory>();
+    ExternalSyncConfigManager _manager{_http, _factory};
+    const tests::LogRecorder _log{LOG4CPLUS_TEXT("config")};
+};
+
+// --- The class
+
+TEST_F(ExternalSyncConfigManagerTest, TheMetaObjectHasTwoPrivateSlotsAndNothingElse) {
+    const QMetaObject& meta = ExternalSyncConfigManager::staticMetaObject;
+    EXPECT_STREQ(meta.className(), "sync::dv::dvsync::ExternalSyncConfigManager");
+    EXPECT_STREQ(meta.superClass()->className(), "sync::interf::IExternalSyncConfigManager");
+    ASSERT_EQ(meta.methodCount() - meta.methodOffset(), 2);
+    EXPECT_EQ(meta.propertyCount(), meta.propertyOffset());
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        EXPECT_EQ(meta.method(i).methodType(), QMetaMethod::Slot);
+        EXPECT_EQ(meta.method(i).access(), QMetaMethod::Private);
+    }
+    EXPECT_EQ(meta.indexOfSlot("_SslErrors(QNetworkReply*,QList<QSslError>)"), meta.methodOffset());
+    EXPECT_EQ(meta.indexOfSlot("_ReplyFinished(QNetworkReply*)"), meta.methodOffset() + 1);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, TheMembersLieInTheirOrder) {
+    const std::vector<const void*> members = Access::Members(_manager);
+    EXPECT_TRUE(std::is_sorted(members.begin(), members.end(), std::less<>()));
+}
+
+TEST_F(ExternalSyncConfigManagerTest, NothingIsFetchedAtConstruction) {
+    _http->onAsked = [] { FAIL() << "asked for the URL"; };
+    const ExternalSyncConfigManager manager(_http, _factory);
+    EXPECT_THAT(_factory->made, IsEmpty());
+}
+
+// --- The fetch
+
+TEST_F(ExternalSyncConfigManagerTest, AFetchIsOneGetOfTheUrlThroughAManagerMadeForIt) {
+    ScriptedServer server({AnswerOf(Document("whole.xml"))});
+    ExpectWhole(FetchFrom(server));
+    EXPECT_EQ(server.Requests().first().method, "GET");
+    EXPECT_EQ(server.Requests().first().target, "/sync-config.xml");
+    ASSERT_EQ(_factory->made.size(), 1U);
+    EXPECT_TRUE(_factory->made.front().expired());
+}
+
+TEST_F(ExternalSyncConfigManagerTest, EveryCallFetchesAnew) {
+    ScriptedServer server({AnswerOf(Document("whole.xml")), AnswerOf(Document("frequency-15.xml"))});
+    const QUrl url = server.Url(Text("/"));
+    EXPECT_EQ(Fetch(url).syncFrequency, 60);
+    EXPECT_EQ(Fetch(url).syncFrequency, 15);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AFailureAfterASuccessGivesTheDefaultsAndTheNextSuccessIsRead) {
+    ScriptedServer server(
+        {AnswerOf(Document("whole.xml")), AnswerOf("gone", "HTTP/1.1 404 Not Found"), AnswerOf(Document("whole.xml"))});
+    const QUrl url = server.Url(Text("/"));
+    ExpectWhole(Fetch(url));
+    ExpectDefaults(Fetch(url));
+    EXPECT_TRUE(Access::ResponseText(_manager).isEmpty());
+    ExpectWhole(Fetch(url));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AnAnswerThatTricklesInIsReadWhole) {
+    ScriptedServer::Step slow = AnswerOf(Document("whole.xml"));
+    slow.millisecondsPerByte = 1;
+    ScriptedServer server({slow});
+    ExpectWhole(FetchFrom(server));
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AnEmptyBodyGivesTheDefaultsAndLogsNothing) {
+    ExpectDefaults(FetchBody(QByteArray()));
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AServerErrorGivesTheDefaultsEvenWithAGoodBody) {
+    ScriptedServer server({AnswerOf(Document("whole.xml"), "HTTP/1.1 500 Internal Server Error")});
+    ExpectDefaults(FetchFrom(server));
+    ExpectNetworkError(QNetworkReply::InternalServerError);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AMissingDocumentGivesTheDefaults) {
+    ScriptedServer server({AnswerOf("gone", "HTTP/1.1 404 Not Found")});
+    ExpectDefaults(FetchFrom(server));
+    ExpectNetworkError(QNetworkReply::ContentNotFoundError);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AnAnswerThatIsCutOffGivesTheDefaults) {
+    ScriptedServer server({ScriptedServer::Answer(
+        "HTTP/1.1 200 OK\r\nContent-Length: 9999\r\n\r\n" + Document("whole.xml"), Ending::Close)});
+    ExpectDefaults(FetchFrom(server));
+    ExpectNetworkError(QNetworkReply::RemoteHostClosedError);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AConnectionThatIsResetGivesTheDefaults) {
+    ScriptedServer server({ScriptedServer::Answer("HTTP/1.1 200 OK\r\nContent-Length: 9999\r\n\r\n", Ending::Reset)});
+    ExpectDefaults(FetchFrom(server));
+    ExpectNetworkError(QNetworkReply::RemoteHostClosedError);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, ASilentServerIsWaitedForAsLongAsTheManagerOfTheHostDoes) {
+    _factory->transferTimeout = 100;
+    ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Stall)});
+    ExpectDefaults(FetchFrom(server));
+    ExpectNetworkError(QNetworkReply::OperationCanceledError);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AServerThatIsNotThereGivesTheDefaults) {
+    ScriptedServer server({});
+    const QUrl url = server.Url(Text("/"));
+    server.Stop();
+    ExpectDefaults(Fetch(url));
+    ExpectNetworkError(QNetworkReply::ConnectionRefusedError);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, NoUrlGivesTheDefaults) {
+    ExpectDefaults(_manager.GetExternalSyncConfig());
+    ExpectNetworkError(QNetworkReply::ProtocolUnknownError);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, ACertificateThatNobodyVouchesForIsAccepted) {
+    const tests::SelfSignedCertificate certificate;
+    ScriptedServer server({AnswerOf(Document("whole.xml"))}, certificate.Files());
+    ExpectWhole(FetchFrom(server));
+}
+
+TEST_F(ExternalSyncConfigManagerTest, ACertificateForAnotherHostIsAccepted) {
+    const tests::SelfSignedCertificate certificate;
+    ScriptedServer server({AnswerOf(Document("whole.xml"))}, certificate.Files());
+    QUrl url = server.Url(Text("/"));
+    url.setHost(Text("localhost"));
+    ExpectWhole(Fetch(url));
+}
+
+TEST_F(ExternalSyncConfigManagerTest, WhatACollaboratorThrowsGivesTheDefaultsAndIsLogged) {
+    _http->onAsked = [] { throw sync::core::SyncException(Text("no address f\xC3\xBCr %1")); };
+    ExpectDefaults(_manager.GetExternalSyncConfig());
+    ExpectOneError("no address f\xC3\xBCr %1");
+}
+
+TEST_F(ExternalSyncConfigManagerTest, WhateverACollaboratorThrowsGivesTheDefaultsAndIsLogged) {
+    _http->onAsked = [] { throw 1; };
+    ExpectDefaults(_manager.GetExternalSyncConfig());
+    ExpectOneError("Caught unknown, unexpected exception.  Swallowing exception.");
+}
+
+/// A reply that fails when it is read.
+class ThrowingReply : public QNetworkReply {
+public:
+    ThrowingReply() { open(QIODevice::ReadOnly); }
+    void abort() override {}
+
+protected:
+    qint64 readData(char*, qint64) override { throw std::runtime_error("unreadable"); }
+};
+
+TEST_F(ExternalSyncConfigManagerTest, TheEventLoopIsLeftWhenAnExceptionPasses) {
+    ThrowingReply reply;
+    QTimer::singleShot(0, [&] { EXPECT_THROW(Access::ReplyFinished(_manager, &reply), std::runtime_error); });
+    EXPECT_EQ(Access::RunEventLoop(_manager), 0);
+}
+
+// --- What documents say
+
+struct DocumentCase {
+    const char* file;
+    const char* version = "";
+    const char* url = "";
+    int frequency = 180;
+};
+
+void PrintTo(const DocumentCase& document, std::ostream* stream) {
+    *stream << document.file;
+}
+
+const char* const WholeVersion = "KQ51_1001_WIN";
+const char* const WholeUrl = "https://service.test/setup.exe";
+
+class SyncConfigDocumentTest : public ExternalSyncConfigManagerTest,
+                               public testing::WithParamInterface<DocumentCase> {};
+
+TEST_P(SyncConfigDocumentTest, IsReadForWhatItSays) {
+    testing::internal::CaptureStderr();
+    const ExternalSyncConfig config = FetchBody(Document(GetParam().file));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(config.mostCurrentVersion, Text(GetParam().version));
+    EXPECT_EQ(config.installerUrl, Text(GetParam().url));
+    EXPECT_EQ(config.syncFrequency, GetParam().frequency);
+    const char* const frequencyText = config.syncFrequency == 180 ? "Default sync Frequency %1 is set."
+                                                                  : "Sync Frequency %1 retrieved from remote server.";
+    const std::vector<std::string> texts = {
+        std::string("Version ") + GetParam().version + " retrieved from remote server.",
+        std::string("Installer Url ") + GetParam().url + " retrieved from remote server.",
+        Text(frequencyText).arg(config.syncFrequency).toStdString()};
+    ASSERT_EQ(_log.Records().size(), texts.size());
+    for (size_t i = 0; i < texts.size(); ++i) {
+        EXPECT_EQ(_log.Records()[i].level, DebugLevel);
+        EXPECT_EQ(_log.Records()[i].text, texts[i]);
+    }
+}
+
+std::string TestNameOf(const testing::TestParamInfo<DocumentCase>& info) {
+    std::string name = info.param.file;
+    std::replace_if(
+        name.begin(), name.end(), [](char c) { return c == '-' || c == '.'; }, '_');
+    return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Good, SyncConfigDocumentTest,
+                         testing::Values(DocumentCase{"whole.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"declaration.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"declared-utf-8.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"declared-utf-16.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"declared-unknown-encoding.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"byte-order-mark.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"blank-first-line.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"mark-blank-line-and-declaration.xml", WholeVersion, WholeUrl,
+                                                      60},
+                                         DocumentCase{"comment-and-instruction-first.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"other-children.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"other-order.xml", WholeVersion, WholeUrl, 60},
+                                         DocumentCase{"text-after-nul.xml", WholeVersion, WholeUrl, 60}),
+                         TestNameOf);
+
+INSTANTIATE_TEST_SUITE_P(
+    Values, SyncConfigDocumentTest,
+    testing::Values(DocumentCase{"escapes-and-cdata.xml", "KQ51<%1>", "https://service.test/%1?a=1&b=2", 60},
+                    DocumentCase{"blanks-around-values.xml", "\n KQ51_1001_WIN ", WholeUrl, 60},
+                    DocumentCase{"nested-in-a-value.xml", "KQ51_1", WholeUrl, 60},
+                    DocumentCase{"two-versions.xml", WholeVersion, WholeUrl, 60},
+                    // Every byte is one character.
+                    DocumentCase{"latin-1.xml", "Gr\xC3\xB6\xC3\x9F\x65", WholeUrl, 60},
+                    DocumentCase{"utf-8-letters.xml", "Gr\xC3\x83\xC2\xB6\xC3\x83\xC2\x9F\x65", WholeUrl, 60},
+                    DocumentCase{"query-in-a-value.xml", "{doc('file:///etc/passwd')}", WholeUrl, 60},
+                    DocumentCase{"inclusion.xml", "", WholeUrl, 60},
+                    DocumentCase{"without-version.xml", "", WholeUrl, 60},
+                    DocumentCase{"without-url.xml", WholeVersion, "", 60},
+                    DocumentCase{"without-frequency.xml", WholeVersion, WholeUrl, 180},
+                    DocumentCase{"empty-elements.xml"}),
+    TestNameOf);
+
+INSTANTIATE_TEST_SUITE_P(Frequencies, SyncConfigDocumentTest,
+                         testing::Values(DocumentCase{"frequency-14.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-15.xml", WholeVersion, WholeUrl, 15},
+                                         DocumentCase{"frequency--60.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-abc.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-60.5.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-2147483647.xml", WholeVersion, WholeUrl, 2147483647},
+                                         DocumentCase{"frequency-2147483648.xml", WholeVersion, WholeUrl, 180}),
+                         TestNameOf);
+
+INSTANTIATE_TEST_SUITE_P(Unreadable, SyncConfigDocumentTest,
+                         testing::Values(DocumentCase{"login-page.html"}, DocumentCase{"other-root.xml"},
+                                         DocumentCase{"root-in-other-case.xml"}, DocumentCase{"other-namespace.xml"},
+                                         DocumentCase{"prefix-undeclared.xml"}, DocumentCase{"text.txt"},
+                                         DocumentCase{"blank.xml"}, DocumentCase{"unended.xml"},
+                                         DocumentCase{"declaration-unended.xml"}, DocumentCase{"mismatched.xml"},
+                                         DocumentCase{"more-after-the-root.xml"}, DocumentCase{"utf-16.xml"},
+                                         DocumentCase{"nul-inside.xml"}, DocumentCase{"control-character.xml"},
+                                         DocumentCase{"undeclared-entity.xml"}, DocumentCase{"document-type.xml"},
+                                         DocumentCase{"external-entity.xml"}, DocumentCase{"external-subset.xml"},
+                                         DocumentCase{"billion-laughs.xml"}),
+                         TestNameOf);
+
+TEST_F(ExternalSyncConfigManagerTest, AHugeDocumentIsRead) {
+    const QByteArray filler = "<Other>" + QByteArray("<e a=\"b\">text</e>\n").repeated(100000) + "</Other>";
+    ExpectWhole(FetchBody(Document("whole.xml").replace("</SyncConfig>", filler + "</SyncConfig>")));
+}
+
+TEST_F(ExternalSyncConfigManagerTest, ADocumentNestedTooDeeplyIsNotRead) {
+    const int depth = 200000;
+    const ExternalSyncConfig config = FetchBody(
+        Document("whole.xml")
+            .replace("KQ51_1001_WIN", QByteArray("<a>").repeated(depth) + QByteArray("</a>").repeated(depth)));
+    EXPECT_EQ(config.mostCurrentVersion, Text(""));
+    EXPECT_EQ(config.installerUrl, Text(""));
+    EXPECT_EQ(config.syncFrequency, 180);
+}
+
+TEST_F(ExternalSyncConfigManagerTest, RecordsNameTheirSourceAndTheirFunction) {
+    FetchBody(Document("whole.xml"));
+    const LogRecord& record = _log.Records().front();
+    EXPECT_EQ(record.logger, "config");
+    EXPECT_EQ(record.file, "ExternalSyncConfigManager");
+    EXPECT_GT(record.line, 0);
+    EXPECT_THAT(record.function, testing::HasSubstr("ExternalSyncConfigManager::_ParseConfigFromResponse"));
+}
+
+// --- The readers of whole documents
+
+QDomDocument Parsed(const char* xml) {
+    QDomDocument document;
+    EXPECT_TRUE(document.setContent(QByteArray(xml)));
+    return document;
+}
+
+TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderTakesTheFirstVersionAnywhere) {
+    Access::ParseVersion(_manager, Parsed("<a><b><Version64>one</Version64></b><Version64>two</Version64></a>"));
+    EXPECT_EQ(Access::Config(_manager).mostCurrentVersion, Text("one"));
+}
+
+TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderKeepsTheVersionWhenThereIsNone) {
+    for (const char* xml :
+         {"<a/>", "<Version64/>", "<Version64><b>inner</b></Version64>", "<version64>v</version64>"}) {
+        Access::ParseVersion(_manager, Parsed(xml));
+        EXPECT_EQ(Access::Config(_manager).mostCurrentVersion, Text("0.0.0.0")) << xml;
+    }
+}
+
+TEST_F(ExternalSyncConfigManagerTest, TheFrequencyReaderTakesTheFirstFrequencyOf15OrMore) {
+    Access::ParseSyncFrequency(_manager, Parsed("<a><b><syncFrequency>15</syncFrequency></b></a>"));
+    EXPECT_EQ(Access::Config(_manager).syncFrequency, 15);
+    for (const char* xml : {"<a/>", "<SyncFrequency>30</SyncFrequency>", "<syncFrequency>14</syncFrequency>",
+                            "<syncFrequency>abc</syncFrequency>", "<syncFrequency/>"}) {
+        Access::ParseSyncFrequency(_manager, Parsed(xml));
+        EXPECT_EQ(Access::Config(_manager).syncFrequency, 15) << xml;
+    }
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+}  // namespace
