@@ -3,8 +3,8 @@
 #include <QByteArray>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
+#include <iostream>
 
 /// What a fuzzer tries: it is called with one input after the other, and ends the process when a property does not
 /// hold.
@@ -15,7 +15,7 @@ namespace fuzz {
 /// Ends the process, naming `property`, unless it holds.
 inline void Require(bool holds, const char* property) {
     if (!holds) {
-        std::fprintf(stderr, "Does not hold: %s\n", property);
+        std::cerr << "Does not hold: " << property << std::endl;
         std::abort();
     }
 }
