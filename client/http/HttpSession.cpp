@@ -4,6 +4,7 @@
 
 #include <QHostAddress>
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <exception>
 
@@ -18,6 +19,9 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 const long ReceiveBufferSize = 256L * 1024L;
+const long SendBufferSize = 256L * 1024L;
+/// Sending so much in vain costs more than asking first.
+const qint64 AskBeforeSending = qint64(1024) * 1024;
 const std::chrono::milliseconds ProgressInterval(200);
 
 struct CurlDeleter {
@@ -78,6 +82,7 @@ public:
         _Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
         _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(settings.connectLimit.count()));
         _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
+        _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
         _Set(CURLOPT_SSL_VERIFYPEER, 1L);
         _Set(CURLOPT_SSL_VERIFYHOST, 2L);
         if (!settings.caFile.isEmpty()) {
@@ -97,6 +102,10 @@ public:
         _Set(CURLOPT_HEADERDATA, this);
         _Set(CURLOPT_WRITEFUNCTION, &_OnBody);
         _Set(CURLOPT_WRITEDATA, this);
+        _Set(CURLOPT_READFUNCTION, &_OnRead);
+        _Set(CURLOPT_READDATA, this);
+        _Set(CURLOPT_SEEKFUNCTION, &_OnRewind);
+        _Set(CURLOPT_SEEKDATA, this);
     }
 
     void Perform(Exchange& exchange) {
@@ -131,6 +140,11 @@ public:
 
     const AnswerSummary& Answer() const { return _answer; }
 
+    void Cancel() {
+        _isCancelled = true;
+        curl_multi_wakeup(_multi.get());
+    }
+
 private:
     template <typename Value>
     void _Set(CURLoption option, Value value) {
@@ -147,8 +161,11 @@ private:
         const QUrl url = _exchange->Url();
         const QByteArray method = _exchange->Method();
         const QByteArray body = _exchange->RequestBody();
-        // Without an empty Expect the library waits for permission to send a large body.
-        std::unique_ptr<curl_slist, CurlDeleter> headers(curl_slist_append(nullptr, "Expect:"));
+        ContentSource* const stream = _exchange->StreamedBody();
+        const bool asksFirst = stream != nullptr && _exchange->StreamedBodySize() > AskBeforeSending;
+        // Without an empty Expect the library asks before it sends any stream.
+        std::unique_ptr<curl_slist, CurlDeleter> headers(
+            curl_slist_append(nullptr, asksFirst ? "Expect: 100-continue" : "Expect:"));
         for (const auto& header : _exchange->RequestHeaders()) {
             const QByteArray line = header.first + ": " + header.second;
             curl_slist* const longer = curl_slist_append(headers.get(), line.constData());
@@ -159,8 +176,16 @@ private:
             headers.reset(longer);
         }
         _Set(CURLOPT_URL, url.toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment).constData());
+        _Set(CURLOPT_UPLOAD, 0L);
         if (method == "HEAD") {
             _Set(CURLOPT_NOBODY, 1L);
+        } else if (stream != nullptr) {
+            _HandOn([stream] { stream->Restart(); });
+            if (_refusal) {
+                return QString();
+            }
+            _Set(CURLOPT_UPLOAD, 1L);
+            _Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(_exchange->StreamedBodySize()));
         } else if (body.isEmpty()) {
             _Set(CURLOPT_HTTPGET, 1L);
         } else {
@@ -171,7 +196,8 @@ private:
         _Set(CURLOPT_CUSTOMREQUEST, method.constData());
         _Set(CURLOPT_HTTPHEADER, headers.get());
         // Within one machine compressing takes longer than sending.
-        _Set(CURLOPT_ACCEPT_ENCODING, IsLoopback(url) ? static_cast<const char*>(nullptr) : "gzip");
+        const bool mayComeCompressed = _exchange->MayComeCompressed() && !IsLoopback(url);
+        _Set(CURLOPT_ACCEPT_ENCODING, mayComeCompressed ? "gzip" : static_cast<const char*>(nullptr));
 
         curl_multi_add_handle(_multi.get(), _easy.get());
         QString failure = _Run();
@@ -183,15 +209,15 @@ private:
     }
 
     QString _Run() {
-        Clock::time_point lastSign = Clock::now();
+        _lastSign = Clock::now();
         int running = 0;
-        for (;;) {
+        while (!_isCancelled) {
             CURLMcode result = curl_multi_perform(_multi.get(), &running);
             if (result == CURLM_OK && running == 0) {
                 return _Outcome();
             }
-            const auto silence = [&lastSign] {
-                return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - lastSign);
+            const auto silence = [this] {
+                return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - _lastSign);
             };
             int active = 0;
             if (result == CURLM_OK) {
@@ -206,12 +232,13 @@ private:
                 return QString::fromUtf8(curl_multi_strerror(result));
             }
             if (active > 0) {
-                lastSign = Clock::now();
+                _lastSign = Clock::now();
             } else if (silence() >= _silenceLimit) {
                 return QStringLiteral("nothing was received or sent for %1 s")
                     .arg(static_cast<double>(_silenceLimit.count()) / 1000.0);
             }
         }
+        return QStringLiteral("it was cancelled");
     }
 
     QString _Outcome() {
@@ -304,6 +331,26 @@ private:
         }
     }
 
+    static size_t _OnRead(char* bytes, size_t /*unit*/, size_t size, void* self) {
+        auto* const transfer = static_cast<Transfer*>(self);
+        size_t count = CURL_READFUNC_ABORT;
+        transfer->_HandOn([&] { count = transfer->_exchange->StreamedBody()->Read(bytes, size); });
+        // That it took long is not the server's silence.
+        transfer->_lastSign = Clock::now();
+        return count;
+    }
+
+    /// To the beginning, the only place that the HTTP library goes back to when a request has to be sent again.
+    static int _OnRewind(void* self, curl_off_t /*offset*/, int /*origin*/) {
+        auto* const transfer = static_cast<Transfer*>(self);
+        int result = CURL_SEEKFUNC_FAIL;
+        transfer->_HandOn([&] {
+            transfer->_exchange->StreamedBody()->Restart();
+            result = CURL_SEEKFUNC_OK;
+        });
+        return result;
+    }
+
     static size_t _OnHeaderLine(char* bytes, size_t /*unit*/, size_t size, void* self) {
         static_cast<Transfer*>(self)->_TakeHeaderLine(QByteArray(bytes, static_cast<int>(size)).trimmed());
         return size;
@@ -323,7 +370,9 @@ private:
     std::unique_ptr<CURLM, MultiDeleter> _multi;
     std::unique_ptr<CURL, CurlDeleter> _easy;
     char _detail[CURL_ERROR_SIZE] = {};
+    std::atomic<bool> _isCancelled{false};
 
+    Clock::time_point _lastSign;
     Exchange* _exchange = nullptr;
     AnswerSummary _answer;
     qint64 _bodySize = 0;
@@ -340,6 +389,10 @@ HttpSession::~HttpSession() = default;
 
 void HttpSession::Perform(Exchange& exchange) {
     _transfer->Perform(exchange);
+}
+
+void HttpSession::Cancel() {
+    _transfer->Cancel();
 }
 
 const AnswerSummary& HttpSession::LastAnswer() const {

@@ -10,7 +10,8 @@
 namespace ovsync {
 namespace http {
 
-/// Sends requests over HTTP/1.1, one after the other, and keeps connections open in between. Not thread-safe.
+/// Sends requests over HTTP/1.1, one after the other, and keeps connections open in between. Not thread-safe, but for
+/// Cancel.
 ///
 /// Credentials are sent as Basic or Digest once a server asked for them, only to the host of the request. Without
 /// credentials those in ~/.netrc are used. The certificate and the name of a server are verified. Proxies are taken
@@ -24,8 +25,12 @@ public:
     HttpSession& operator=(const HttpSession&) = delete;
 
     /// Returns when the answer came whole and `exchange` took it. Throws ExchangeError when no answer came, when it was
-    /// cut off, when the server was silent for too long and when `exchange` refused what came.
+    /// cut off, when the server was silent for too long, when `exchange` refused what came or broke its body off, and
+    /// after Cancel.
     void Perform(Exchange& exchange);
+
+    /// Ends the exchange under way, and each to come before anything is sent. May be called by any thread.
+    void Cancel();
 
     /// Of the last exchange, whether it succeeded or not.
     const AnswerSummary& LastAnswer() const;

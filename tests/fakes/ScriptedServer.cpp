@@ -61,7 +61,8 @@ ScriptedServer::ScriptedServer(const QList<Step>& steps, const Certificate& cert
         server.listen(QHostAddress::LocalHost);
         port.set_value(server.serverPort());
         while (!_stopping) {
-            if (server.waitForNewConnection(WaitMilliseconds)) {
+            // Two that come at once count as one new connection.
+            if (server.hasPendingConnections() || server.waitForNewConnection(WaitMilliseconds)) {
                 const std::unique_ptr<QTcpSocket> socket(server.nextPendingConnection());
                 ++_connections;
                 _ServeConnection(*socket);
@@ -96,13 +97,17 @@ void ScriptedServer::Stop() {
 
 void ScriptedServer::_ServeConnection(QTcpSocket& socket) {
     Request request;
-    while (_ReadRequest(socket, request)) {
+    while (_ReadHead(socket, request)) {
         if (_requests.size() == _steps.size()) {
             ++_unexpectedRequests;
             return;
         }
         request.connection = _connections;
         const Step& step = _steps[_requests.size()];
+        if (step.takesBody && !_ReadBody(socket, step, request)) {
+            _brokenOff.append(request);
+            return;
+        }
         _requests.append(request);
         _Send(socket, step, step.answer(request));
         switch (step.ending) {
@@ -126,7 +131,7 @@ void ScriptedServer::_ServeConnection(QTcpSocket& socket) {
     }
 }
 
-bool ScriptedServer::_ReadRequest(QTcpSocket& socket, Request& request) {
+bool ScriptedServer::_ReadHead(QTcpSocket& socket, Request& request) {
     QByteArray head;
     while (!head.endsWith("\r\n\r\n")) {
         if (socket.bytesAvailable() == 0 && !_WaitForBytes(socket)) {
@@ -142,6 +147,14 @@ bool ScriptedServer::_ReadRequest(QTcpSocket& socket, Request& request) {
     for (const QByteArray& line : qAsConst(lines)) {
         const int colon = line.indexOf(':');
         request.headers.insert(line.left(colon).toLower(), line.mid(colon + 1).trimmed());
+    }
+    return true;
+}
+
+bool ScriptedServer::_ReadBody(QTcpSocket& socket, const Step& step, Request& request) {
+    if (step.saysGoOn && request.headers.value("expect") == "100-continue") {
+        socket.write("HTTP/1.1 100 Continue\r\n\r\n");
+        socket.flush();
     }
     const int bodySize = request.headers.value("content-length").toInt();
     while (request.body.size() < bodySize) {

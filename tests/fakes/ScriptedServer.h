@@ -36,6 +36,10 @@ public:
         Ending ending = Ending::KeepOpen;
         /// The pause after each byte of the answer; without one it is sent in one piece.
         int millisecondsPerByte = 0;
+        /// Whether the request's body is received, after a word to go on where the request asks for one. Otherwise the
+        /// answer goes out before it.
+        bool takesBody = true;
+        bool saysGoOn = true;
     };
 
     struct Certificate {
@@ -56,12 +60,15 @@ public:
     void Stop();
     /// Those that were expected and came.
     const QList<Request>& Requests() const { return _requests; }
-    /// Whether every expected request came, and no other.
+    /// Those whose connection ended before all of their body came.
+    const QList<Request>& BrokenOff() const { return _brokenOff; }
+    /// Whether every expected request came whole, and no other.
     bool SawItsScript() const { return _requests.size() == _steps.size() && _unexpectedRequests == 0; }
 
 private:
     void _ServeConnection(QTcpSocket& socket);
-    bool _ReadRequest(QTcpSocket& socket, Request& request);
+    bool _ReadHead(QTcpSocket& socket, Request& request);
+    bool _ReadBody(QTcpSocket& socket, const Step& step, Request& request);
     bool _WaitForBytes(QTcpSocket& socket);
     void _Send(QTcpSocket& socket, const Step& step, const QByteArray& bytes);
 
@@ -72,6 +79,7 @@ private:
     int _connections = 0;
     int _unexpectedRequests = 0;
     QList<Request> _requests;
+    QList<Request> _brokenOff;
     std::thread _thread;
 };
 

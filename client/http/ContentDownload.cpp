@@ -1,0 +1,24 @@
+#include "client/http/ContentDownload.h"
+
+namespace ovsync {
+namespace http {
+
+ContentDownload::ContentDownload(const QUrl& url, ContentSink& sink) : ContentExchange("GET", url), _sink(sink) {}
+
+void ContentDownload::OnHeaders(int status, const Headers& headers) {
+    ContentExchange::OnHeaders(status, headers);
+    if (status == 200) {
+        Guard([this] { _sink.Restart(); });
+    }
+}
+
+void ContentDownload::OnBody(const char* bytes, size_t size) {
+    if (StatusCode() == 200) {
+        Guard([&] { _sink.Write(bytes, size); });
+    } else {
+        ContentExchange::OnBody(bytes, size);
+    }
+}
+
+}  // namespace http
+}  // namespace ovsync

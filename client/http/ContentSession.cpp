@@ -1,0 +1,92 @@
+#include "client/http/ContentSession.h"
+
+#include "client/http/ContentDownload.h"
+#include "client/http/ContentUpload.h"
+#include "client/http/ExchangeError.h"
+#include "host/http/HttpException.h"
+
+namespace ovsync {
+namespace http {
+
+namespace {
+
+const int Ok = 200;
+const int Created = 201;
+const int NoContent = 204;
+const int NotFound = 404;
+const int Gone = 410;
+const int PreconditionFailed = 412;
+
+}  // namespace
+
+ContentSession::ContentSession(const HttpSessionSettings& settings, const QAuthenticator& credentials)
+    : _session(settings, credentials) {}
+
+std::optional<ContentVersion> ContentSession::Look(const QUrl& url) {
+    ContentExchange query("HEAD", url);
+    _Perform(query);
+    switch (query.StatusCode()) {
+        case Ok:
+            return query.Version();
+        case NotFound:
+        case Gone:
+            return std::nullopt;
+        default:
+            _ThrowRefusal(query);
+    }
+}
+
+ContentVersion ContentSession::Download(const QUrl& url, ContentSink& sink) {
+    ContentDownload download(url, sink);
+    _Perform(download);
+    if (download.StatusCode() != Ok) {
+        _ThrowRefusal(download);
+    }
+    return download.Version();
+}
+
+UploadOutcome ContentSession::Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+                                     const QByteArray& entityTag) {
+    if (condition == UploadCondition::Unchanged && entityTag.isEmpty()) {
+        throw sync::core::SyncException(
+            QStringLiteral("%1 cannot be replaced only if it is unchanged: the server gave no entity tag for it")
+                .arg(url.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo)));
+    }
+    ContentUpload upload(url, source, size,
+                         condition == UploadCondition::New ? qMakePair(QByteArray("If-None-Match"), QByteArray("*"))
+                                                           : qMakePair(QByteArray("If-Match"), entityTag));
+    _Perform(upload);
+    switch (upload.StatusCode()) {
+        case Ok:
+        case Created:
+        case NoContent:
+            return UploadOutcome::Stored;
+        case PreconditionFailed:
+            return UploadOutcome::Refused;
+        default:
+            _ThrowRefusal(upload);
+    }
+}
+
+void ContentSession::Cancel() {
+    _session.Cancel();
+}
+
+void ContentSession::_Perform(ContentExchange& exchange) {
+    try {
+        _session.Perform(exchange);
+    } catch (const ExchangeError&) {
+        exchange.RethrowFailure();
+        throw;
+    }
+}
+
+void ContentSession::_ThrowRefusal(const ContentExchange& exchange) const {
+    const int status = exchange.StatusCode();
+    const ExchangeError error(exchange.Method(), exchange.Url(),
+                              QStringLiteral("the service answered with %1").arg(status), _session.LastAnswer());
+    throw sync::http::HttpException(error.Message(), status, exchange.Url());
+}
+
+}  // namespace http
+}  // namespace ovsync

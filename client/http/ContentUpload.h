@@ -1,0 +1,34 @@
+#pragma once
+
+#include "client/http/ContentExchange.h"
+#include "client/http/ContentSource.h"
+
+namespace ovsync {
+namespace http {
+
+/// Stores the content of a file on a condition. A source that does not have just the announced size breaks the exchange
+/// off before the server was sent as much as was announced, so that it has nothing whole to store. Not thread-safe.
+class ContentUpload : public ContentExchange, private ContentSource {
+public:
+    /// Sends `condition` among the headers. `source` has to outlive this object.
+    ContentUpload(const QUrl& url, ContentSource& source, qint64 size, const QPair<QByteArray, QByteArray>& condition);
+
+    Headers RequestHeaders() const override;
+    ContentSource* StreamedBody() override;
+    qint64 StreamedBodySize() const override;
+    void OnEnd() override;
+
+private:
+    void Restart() override;
+    size_t Read(char* bytes, size_t size) override;
+    size_t _ReadSource(char* bytes, size_t size);
+    void _CheckThatSourceEnds();
+
+    ContentSource& _source;
+    const qint64 _size;
+    const QPair<QByteArray, QByteArray> _condition;
+    qint64 _sent = 0;
+};
+
+}  // namespace http
+}  // namespace ovsync
