@@ -1,15 +1,25 @@
 #!/usr/bin/env bash
-# Usage: compare-public-symbols.sh LIBRARY LIST
-# Compares the part of what LIBRARY exports that is the project's own with LIST, one demangled symbol a line. The rest are
-# instances of templates and inline functions of the libraries it is built with.
+# Usage: compare-public-symbols.sh LIST LIBRARY
+#        compare-public-symbols.sh LIST OBJECT.obj...
+# Compares the part of what LIBRARY exports, or what a DLL made of the objects would, that is the project's own with LIST,
+# one demangled symbol a line. The rest are instances of templates and inline functions of the libraries it is built with.
 set -euo pipefail
 export LC_ALL=C
+list=$1
+shift
 
-actual=$(nm --dynamic --demangle --defined-only "$1" | cut -d' ' -f3- |
-    grep -vE '^(((vtable|VTT|typeinfo|typeinfo name|guard variable) for |non-virtual thunk to |([a-z]+ )+)?(std|Q[A-Za-z]+|log4cplus)\b|__odr_asan|_init$|_fini$)' | sort -u)
-expected=$(sort -u "$2")
+expected=$(sort -u "$list")
+if [[ $1 == *.obj ]]; then
+    actual=$(cat "$@" | grep -aoE -- '-export:"[^"]+"' | cut -d'"' -f2 | c++filt)
+    # Exported with their class alone, and the names of types with the types.
+    actual=$(grep -vE '::qt_static_metacall\(' <<<"$actual")
+    expected=$(grep -vE '^typeinfo name for ' <<<"$expected")
+else
+    actual=$(nm --dynamic --demangle --defined-only "$1" | cut -d' ' -f3-)
+fi
+actual=$(grep -vE '^(((vtable|VTT|typeinfo|typeinfo name|guard variable) for |non-virtual thunk to |([a-z]+ )+)?(std|Q[A-Za-z]+|log4cplus)\b|__odr_asan|_init$|_fini$)' <<<"$actual" | sort -u)
 
 if ! diff <(echo "$expected") <(echo "$actual"); then
-    echo "The library's public symbols (>) are not those of ${2##*/} (<)."
+    echo "The library's public symbols (>) are not those of ${list##*/} (<)."
     exit 1
 fi
