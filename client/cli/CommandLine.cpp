@@ -24,10 +24,12 @@
 #include "client/cli/MoveCommand.h"
 #include "client/cli/Progress.h"
 #include "client/cli/RemoveCommand.h"
+#include "client/cli/SettingsCommand.h"
 #include "client/cli/SizeCommand.h"
 #include "client/cli/StatCommand.h"
 #include "client/cli/TreeCommand.h"
 #include "client/cli/UsageError.h"
+#include "client/cli/VersionCommand.h"
 #include "client/http/DateReader.h"
 #include "host/http/HttpException.h"
 
@@ -169,6 +171,18 @@ public:
                  });
         _AddUrl(command, "FROM", "The folder, for example http://host/folder/", _arguments.url);
         _AddUrl(command, "TO", "Its new URL, for example http://host/elsewhere/name/", _arguments.destination);
+
+        command = _Add("settings", "Shows how synchronisation is tuned, and what the service publishes about it.",
+                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                           ShowSettings(connection, location, given.isJson, output);
+                       });
+        _AddUrl(command, "URL", "The service, for example http://host/", _arguments.url);
+
+        command = _Add("version", "Shows the application's version and the newest one that the service offers.",
+                       [](Connection& connection, const Location&, const Arguments& given, Output& output) {
+                           ShowVersions(connection, given.isJson, output);
+                       });
+        _AddUrl(command, "URL", "The service, for example http://host/", _arguments.url);
 
         CLI::App* const agent =
             _app.add_subcommand("agent", "Looks after the application that stays and synchronises.");

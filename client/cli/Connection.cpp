@@ -1,13 +1,18 @@
 #include "client/cli/Connection.h"
 
+#include <QCoreApplication>
+
 #include "client/cli/Password.h"
+#include "client/cli/PublishedConfig.h"
 #include "client/http/AccountSessions.h"
+#include "client/http/DrovaneHttp.h"
 #include "client/http/HttpFactory.h"
-#include "client/http/NetworkAccessManagerFactory.h"
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "client/http/RequestManager.h"
 #include "client/http/ServerConfigManager.h"
+#include "client/http/SyncConfigWatch.h"
 #include "client/http/UrlBuilder.h"
+#include "dvsync/ExternalSyncConfigManager.h"
 #include "host/configurationfactory/ConfigurationFactory.h"
 #include "host/core/SyncException.h"
 
@@ -21,7 +26,7 @@ const int TheServerId = 1;
 
 class ConnectionConfiguration : public sync::interf::factory::IConfigurationFactory {
 public:
-    explicit ConnectionConfiguration(const QUrl& baseUrl) { _account.baseUrl = baseUrl; }
+    explicit ConnectionConfiguration(const sync::config::ServerConfiguration& account) : _account(account) {}
 
     std::shared_ptr<sync::interf::IServerConfigManager> CreateServerConfigManager() override {
         return std::make_shared<http::ServerConfigManager>(
@@ -33,7 +38,7 @@ public:
     }
 
 private:
-    sync::config::ServerConfiguration _account;
+    const sync::config::ServerConfiguration _account;
 };
 
 }  // namespace
@@ -46,20 +51,34 @@ Connection::Connection(const Location& location, const ConnectionOptions& option
     const auto sessions = std::make_shared<http::AccountSessions>(options.session);
     const auto httpFactory = std::make_shared<http::HttpFactory>(sessions);
     const auto urlBuilder = std::make_shared<http::UrlBuilder>();
-    const auto configuration = std::make_shared<ConnectionConfiguration>(location.baseUrl);
+    _account.baseUrl = location.baseUrl;
+    const auto configuration = std::make_shared<ConnectionConfiguration>(_account);
     _session = sessions->Of(TheServerId, *authenticators);
+    _networkAccess = std::make_shared<http::NetworkAccessManagerFactory>(authenticators, TheServerId, location.baseUrl,
+                                                                         options.session);
     sync::factory::ConfigurationFactory::Install(configuration);
     _files = std::make_unique<sync::dv::dvsync::DrovaneRemoteFileManager>(
         urlBuilder, std::make_shared<http::RequestManager>(_session), TheServerId, authenticators, httpFactory,
-        std::make_shared<http::NetworkAccessManagerFactory>(authenticators, TheServerId, location.baseUrl,
-                                                            options.session),
-        nullptr);
+        _networkAccess, nullptr);
     _folders = std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(urlBuilder, TheServerId, authenticators,
                                                                               httpFactory, configuration);
 }
 
 Connection::~Connection() {
     sync::factory::ConfigurationFactory::Install(nullptr);
+}
+
+std::shared_ptr<sync::interf::IExternalSyncConfigManager> Connection::FetchSyncConfig() {
+    int argumentCount = 1;
+    char programName[] = "ovsync";
+    char* arguments[] = {programName, nullptr};
+    const QCoreApplication application(argumentCount, arguments);
+    const auto watch = std::make_shared<http::SyncConfigWatch>(_networkAccess);
+    sync::dv::dvsync::ExternalSyncConfigManager manager(std::make_shared<http::DrovaneHttp>(_account), watch);
+    auto published = std::make_shared<PublishedConfig>(manager.GetExternalSyncConfig());
+    _configAnswer = watch->LastAnswer().Text();
+    watch->RequireDocument();
+    return published;
 }
 
 sync::config::FolderConfiguration Connection::Folder(const QString& serverPath) const {

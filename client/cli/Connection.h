@@ -6,8 +6,10 @@
 #include "client/cli/Location.h"
 #include "client/http/AccountSession.h"
 #include "client/http/HttpSessionSettings.h"
+#include "client/http/NetworkAccessManagerFactory.h"
 #include "dvsync/DrovaneRemoteFileManager.h"
 #include "dvsync/DrovaneRemoteFolderManager.h"
+#include "host/interfaces/IExternalSyncConfigManager.h"
 
 namespace ovsync {
 namespace cli {
@@ -35,14 +37,22 @@ public:
     sync::interf::IRemoteFileManager& Files() { return *_files; }
     sync::interf::IRemoteFolderManager& Folders() { return *_folders; }
 
+    /// What the service publishes, as the library reads it, at this moment. Throws HttpException when the service
+    /// refuses it, ExchangeError when the service cannot be reached or answers with something else. Makes the process's
+    /// QCoreApplication, and takes it away again: there must be none.
+    std::shared_ptr<sync::interf::IExternalSyncConfigManager> FetchSyncConfig();
+
     /// The next listing also answers the one after it, if that asks the same.
     void ShareNextListing() { _session->ShareNextListing(); }
 
     /// One line on what the server answered last.
-    QString LastAnswer() const { return _session->LastAnswer(); }
+    QString LastAnswer() const { return _configAnswer.isEmpty() ? _session->LastAnswer() : _configAnswer; }
 
 private:
+    sync::config::ServerConfiguration _account;
     std::shared_ptr<http::AccountSession> _session;
+    std::shared_ptr<http::NetworkAccessManagerFactory> _networkAccess;
+    QString _configAnswer;
     std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFileManager> _files;
     std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFolderManager> _folders;
 };

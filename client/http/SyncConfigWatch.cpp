@@ -64,7 +64,7 @@ SyncConfigWatch::SyncConfigWatch(const std::shared_ptr<sync::interf::factory::IN
     : _managers(managers) {}
 
 std::shared_ptr<QNetworkAccessManager> SyncConfigWatch::CreateNetworkAccessManager() {
-    const std::shared_ptr<QNetworkAccessManager> manager = _managers->CreateNetworkAccessManager();
+    std::shared_ptr<QNetworkAccessManager> manager = _managers->CreateNetworkAccessManager();
     QObject::connect(manager.get(), &QNetworkAccessManager::sslErrors,
                      [seen = _seen](QNetworkReply*, const QList<QSslError>&) { seen->isTrusted = false; });
     // Connected before the library's, so the body is still to be had.

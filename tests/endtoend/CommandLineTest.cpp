@@ -186,6 +186,7 @@ TEST_F(CommandLineTest, EveryCommandHasHelp) {
           QStringList({Text("tree"), Text("--help")}), QStringList({Text("du"), Text("--help")}),
           QStringList({Text("stat"), Text("--help")}), QStringList({Text("mkdir"), Text("--help")}),
           QStringList({Text("rm"), Text("--help")}), QStringList({Text("mv"), Text("--help")}),
+          QStringList({Text("settings"), Text("--help")}), QStringList({Text("version"), Text("--help")}),
           QStringList({Text("agent"), Text("--help")}), QStringList({Text("agent"), Text("start"), Text("--help")})}) {
         const ProgramResult result = RunOvsync(arguments);
         EXPECT_EQ(result.exitCode, 0);
