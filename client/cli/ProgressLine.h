@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QByteArray>
+#include <chrono>
+
+#include "client/sync/SyncProgress.h"
+
+namespace ovsync {
+namespace cli {
+
+/// How far transfers have come after `elapsed`, in one line: a bar, files, bytes, the rate and the time left.
+QByteArray ProgressLine(const syncing::SyncProgress& progress, std::chrono::milliseconds elapsed);
+
+/// For people: "999 B", "1.5 KiB".
+QByteArray SizeText(qint64 bytes);
+
+}  // namespace cli
+}  // namespace ovsync

@@ -1,0 +1,113 @@
+#include "client/cli/SyncRun.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "client/cli/GlobFilter.h"
+#include "client/cli/Interruption.h"
+#include "client/cli/SyncOutput.h"
+#include "client/cli/UsageError.h"
+#include "client/store/FileConfigManager.h"
+#include "client/sync/LocalTree.h"
+
+namespace ovsync {
+namespace cli {
+
+using store::RecordDatabase;
+using syncing::SyncOutcome;
+
+namespace {
+
+struct Freer {
+    void operator()(char* text) const { std::free(text); }
+};
+
+QString AbsolutePath(const QString& directory) {
+    const std::unique_ptr<char, Freer> path(realpath(directory.toUtf8().constData(), nullptr));
+    if (!path) {
+        throw UsageError(QStringLiteral("%1: %2").arg(directory, QString::fromLocal8Bit(std::strerror(errno))));
+    }
+    return QString::fromUtf8(path.get());
+}
+
+/// The same for every spelling of one URL.
+QString AddressOf(const Location& location) {
+    QUrl url = location.baseUrl;
+    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
+        url.setPort(-1);
+    }
+    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
+    return url.toString(QUrl::FullyEncoded);
+}
+
+SyncOutput::Format FormatOf(const SyncArguments& arguments) {
+    if (arguments.isJson) {
+        return SyncOutput::Format::Json;
+    }
+    return isatty(STDERR_FILENO) == 1 ? SyncOutput::Format::Bar : SyncOutput::Format::Lines;
+}
+
+ExitCode ExitCodeOf(SyncOutcome outcome) {
+    switch (outcome) {
+        case SyncOutcome::InStep:
+            return Done;
+        case SyncOutcome::LeftSome:
+            return Refused;
+        case SyncOutcome::Failed:
+            return Unreachable;
+        case SyncOutcome::Stopped:
+            return Interrupted;
+    }
+    return Unreachable;
+}
+
+}  // namespace
+
+ExitCode RunPass(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output,
+                 const std::function<SyncOutcome(syncing::PassContext&)>& pass) {
+    const Interruption interruption;
+    const QString root = AbsolutePath(arguments.directory);
+
+    syncing::SyncOptions options;
+    options.deletes = arguments.deletes;
+    options.isTrial = arguments.isTrial;
+    options.transfers = arguments.transfers;
+    options.filter = std::make_shared<GlobFilter>(arguments.excluded);
+    options.filterText = arguments.excluded.join(QLatin1Char('/'));
+    options.isStopped = &Interruption::IsWished();
+
+    syncing::LocalTree tree(root);
+    const auto records = std::make_shared<RecordDatabase>(
+        root, arguments.isTrial ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
+
+    syncing::ServiceFolder service;
+    service.folder = connection.Folder(location.serverPath);
+    service.folder.localPath = root;
+    service.address = AddressOf(location);
+    const auto updater =
+        connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
+    service.folders = &connection.Folders();
+    service.files = &connection.Files();
+    service.updater = updater.get();
+    service.newSession = [&connection] { return connection.NewContentSession(); };
+    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
+
+    SyncOutput observer(output, FormatOf(arguments), arguments.isTrial);
+    syncing::PassContext context(service, tree, *records, options, observer);
+    try {
+        const SyncOutcome outcome = pass(context);
+        observer.Summarise(outcome);
+        return ExitCodeOf(outcome);
+    } catch (...) {
+        observer.Summarise(SyncOutcome::Failed);
+        throw;
+    }
+}
+
+}  // namespace cli
+}  // namespace ovsync

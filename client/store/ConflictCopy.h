@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+namespace ovsync {
+namespace store {
+
+/// A version of the service that was put beside a local file, because that had changed too. A plain value; the paths
+/// are below the synced folder.
+struct ConflictCopy {
+    QString copy;
+    /// Of the file that it is a version of.
+    QString path;
+    /// Tells the versions of the service's file apart.
+    QString identity;
+};
+
+}  // namespace store
+}  // namespace ovsync

@@ -1,0 +1,100 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <map>
+#include <memory>
+#include <optional>
+
+#include "client/store/ConflictCopy.h"
+#include "client/store/FileRecord.h"
+#include "client/store/Placement.h"
+#include "client/store/Statement.h"
+
+struct sqlite3;
+
+namespace ovsync {
+namespace store {
+
+/// What is remembered of a synced folder from one pass to the next: an SQLite database in its hidden folder. One object
+/// at a time, in all processes, can be open. What a committed transaction wrote survives a crash of the program and of
+/// the system. Every operation throws StoreError. Not thread-safe.
+class RecordDatabase {
+public:
+    enum class Access {
+        /// Makes hidden folder and database where they are missing.
+        Change,
+        /// Changes nothing in the folder: works on a copy of the database, or on an empty one, which goes when this
+        /// object does.
+        Try
+    };
+
+    /// The name of the hidden folder.
+    static QString HiddenFolder();
+
+    /// Opens the database of the synced folder at the absolute path `root`. Throws when another process has it open,
+    /// when it is damaged, and when a newer program wrote it; nothing is changed then.
+    RecordDatabase(const QString& root, Access access);
+    ~RecordDatabase();
+    RecordDatabase(const RecordDatabase&) = delete;
+    RecordDatabase& operator=(const RecordDatabase&) = delete;
+
+    /// Undoes everything since it was made, unless it was committed.
+    class Transaction {
+    public:
+        explicit Transaction(RecordDatabase& database);
+        ~Transaction();
+        Transaction(const Transaction&) = delete;
+        Transaction& operator=(const Transaction&) = delete;
+
+        void Commit();
+
+    private:
+        RecordDatabase& _database;
+        bool _isOpen = true;
+    };
+
+    std::optional<FileRecord> FindFile(const QString& path);
+    /// In no order.
+    QStringList FilePaths();
+    void WriteFile(const FileRecord& record);
+    void ForgetFile(const QString& path);
+
+    /// The folders that the service had when the last pass ended. A folder comes before those in it.
+    QStringList Folders();
+    void WriteFolder(const QString& path);
+    void ForgetFolder(const QString& path);
+
+    QList<Placement> Placements();
+    void WritePlacement(const Placement& placement);
+    void ForgetPlacement(const Placement& placement);
+
+    QList<ConflictCopy> Copies();
+    void WriteCopy(const ConflictCopy& copy);
+    void ForgetCopy(const ConflictCopy& copy);
+
+    /// Empty when it was never written.
+    QString Setting(const QString& name);
+    void WriteSetting(const QString& name, const QString& value);
+
+private:
+    struct Closer {
+        void operator()(sqlite3* handle) const;
+    };
+
+    void _Open(const QString& file, int flags);
+    void _TakeCopy(const QString& file);
+    void _Prepare();
+    void _Execute(const char* sql);
+    Statement& _Statement(const QByteArray& sql);
+
+    std::unique_ptr<QTemporaryDir> _copyFolder;
+    int _lock = -1;
+    std::unique_ptr<sqlite3, Closer> _handle;
+    std::map<QByteArray, Statement> _statements;
+};
+
+}  // namespace store
+}  // namespace ovsync

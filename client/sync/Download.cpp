@@ -1,0 +1,65 @@
+#include "client/sync/Download.h"
+
+#include <utility>
+
+#include "client/sync/LocalError.h"
+#include "client/sync/Names.h"
+
+namespace ovsync {
+namespace syncing {
+
+Download::Download(ILocalTree& tree, PullOrder order, const QUrl& url, std::atomic<qint64>& bytes)
+    : _tree(tree), _order(std::move(order)), _url(url), _bytes(bytes) {}
+
+Download::~Download() {
+    if (_temporary.isEmpty()) {
+        return;
+    }
+    _file.reset();
+    try {
+        _tree.Remove(_temporary);
+    } catch (const LocalError&) {
+        // The next pass tries again.
+    }
+}
+
+void Download::Run(http::IContentSession& session) noexcept {
+    try {
+        const QString temporary = TemporaryBeside(_order.path);
+        _file = _tree.Create(temporary);
+        _temporary = temporary;
+        _version = session.Download(_url, *this);
+        _file->SetModified(_order.remote.lastModifiedDate);
+        if (_order.target == PullOrder::Target::Replace) {
+            _file->SetMode(_order.here->mode);
+        }
+        _file->Sync();
+        _fresh = _file->Look();
+        _file.reset();
+        _md5Text = QString::fromLatin1(_md5.result().toHex());
+    } catch (...) {
+        _error = std::current_exception();
+        _file.reset();
+    }
+}
+
+QString Download::GiveTemporary() {
+    return std::exchange(_temporary, QString());
+}
+
+void Download::Restart() {
+    _bytes -= _size;
+    _size = 0;
+    _md5.reset();
+    _file->Truncate();
+}
+
+void Download::Write(const char* bytes, size_t size) {
+    _file->Write(bytes, size);
+    _md5.addData(bytes, static_cast<int>(size));
+    _size += static_cast<qint64>(size);
+    _bytes += static_cast<qint64>(size);
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QCryptographicHash>
+#include <QString>
+#include <QUrl>
+#include <atomic>
+#include <exception>
+#include <memory>
+
+#include "client/http/IContentSession.h"
+#include "client/sync/ILocalTree.h"
+#include "client/sync/PullOrder.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// Fetches one file into a temporary file beside its place, and onto the disk. Run by one thread, used by another one
+/// afterwards.
+class Download : private http::ContentSink {
+public:
+    /// `bytes` counts what came.
+    Download(ILocalTree& tree, PullOrder order, const QUrl& url, std::atomic<qint64>& bytes);
+    /// Removes the temporary file, unless it was given away.
+    ~Download() override;
+
+    void Run(http::IContentSession& session) noexcept;
+
+    const PullOrder& Order() const { return _order; }
+    /// The temporary file; the caller takes care of it from now on.
+    QString GiveTemporary();
+
+    /// Null when it succeeded, and then the rest is there.
+    std::exception_ptr Error() const { return _error; }
+    const store::Fingerprint& Fresh() const { return _fresh; }
+    /// In hexadecimal.
+    const QString& Md5() const { return _md5Text; }
+    /// What the server said of the content that it sent.
+    const http::ContentVersion& Version() const { return _version; }
+
+private:
+    void Restart() override;
+    void Write(const char* bytes, size_t size) override;
+
+    ILocalTree& _tree;
+    const PullOrder _order;
+    const QUrl _url;
+    std::atomic<qint64>& _bytes;
+    qint64 _size = 0;
+    QString _temporary;
+    std::unique_ptr<IWritableFile> _file;
+    QCryptographicHash _md5{QCryptographicHash::Md5};
+
+    std::exception_ptr _error;
+    store::Fingerprint _fresh;
+    QString _md5Text;
+    http::ContentVersion _version;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

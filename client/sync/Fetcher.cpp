@@ -1,0 +1,204 @@
+#include "client/sync/Fetcher.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "client/sync/LocalError.h"
+#include "client/sync/Names.h"
+#include "client/sync/Stopped.h"
+#include "client/sync/Version.h"
+
+namespace ovsync {
+namespace syncing {
+
+using sync::config::FileConfiguration;
+
+namespace {
+
+const std::chrono::milliseconds ProgressInterval(200);
+
+// So that there is always one waiting for a thread, and that small files come to be placed many at a time.
+const int MaxUnfinished = 64;
+
+const int MaxAttempts = 3;
+
+/// Whether the content came that the listing describes.
+bool HasCome(const Download& download) {
+    if (download.Error()) {
+        return false;
+    }
+    const FileConfiguration& remote = download.Order().remote;
+    const QDateTime& sent = download.Version().lastModified;
+    const bool hasDates = sent.isValid() && remote.lastModifiedDate.isValid();
+    return IsContentOf(remote, download.Fresh().size, download.Md5()) &&
+           (!remote.md5Checksum.isEmpty() || !hasDates || sent == remote.lastModifiedDate);
+}
+
+QString VersionNote(const FileConfiguration& remote) {
+    return QStringLiteral("from the service") +
+           (remote.lastModifiedDate.isValid()
+                ? remote.lastModifiedDate.toUTC().toString(QStringLiteral(", yyyy-MM-dd HH.mm.ss"))
+                : QString());
+}
+
+}  // namespace
+
+void Fetcher::Run(std::deque<PullOrder> orders) {
+    if (orders.empty()) {
+        return;
+    }
+    _orders = std::move(orders);
+    _progress.allFiles = static_cast<int>(_orders.size());
+    for (const PullOrder& order : _orders) {
+        _progress.allBytes += LikelySize(order.remote.size);
+    }
+    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
+    while (!_orders.empty() || pool.Unfinished() > 0) {
+        while (!_orders.empty() && pool.Unfinished() < MaxUnfinished) {
+            _Start(pool);
+        }
+        std::vector<std::unique_ptr<Download>> finished = pool.TakeFinished(ProgressInterval);
+        if (*_context.Options().isStopped) {
+            pool.Cancel();
+            while (pool.Unfinished() > 0) {
+                for (std::unique_ptr<Download>& download : pool.TakeFinished(ProgressInterval)) {
+                    finished.push_back(std::move(download));
+                }
+            }
+            const auto isUnfit = [](const std::unique_ptr<Download>& download) { return !HasCome(*download); };
+            finished.erase(std::remove_if(finished.begin(), finished.end(), isUnfit), finished.end());
+            _Take(std::move(finished));
+            throw Stopped();
+        }
+        _Take(std::move(finished));
+        _progress.doneBytes = _bytes;
+        _context.ReportProgress(_progress);
+    }
+}
+
+void Fetcher::_Start(Pool& pool) {
+    PullOrder order = std::move(_orders.front());
+    _orders.pop_front();
+    const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
+    if (url.isEmpty()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path, QStringLiteral("there is no URL for such a path"));
+        return;
+    }
+    order.record = _context.RecordOf(order.path, order.remote);
+    pool.Start(std::make_unique<Download>(_context.Tree(), std::move(order), url, _bytes));
+}
+
+void Fetcher::_Take(std::vector<std::unique_ptr<Download>> downloads) {
+    QVector<Placer::Request> requests;
+    std::vector<const PullOrder*> orders;
+    std::vector<const Download*> others;
+    for (const std::unique_ptr<Download>& download : downloads) {
+        ++_progress.doneFiles;
+        if (HasCome(*download)) {
+            _context.ReportSuccess();
+            _TakeContent(*download, requests, orders);
+        } else {
+            others.push_back(download.get());
+        }
+    }
+    // First what came as it should: a failure may end the pass.
+    if (!requests.isEmpty()) {
+        _context.Placing().Carry(requests);
+    }
+    for (int i = 0; i < requests.size(); ++i) {
+        _TakePlaced(requests[i], *orders[static_cast<size_t>(i)]);
+    }
+    for (const Download* download : others) {
+        if (download->Error()) {
+            _context.ReportFailure(download->Order().path, download->Error());
+        } else {
+            _TakeSurprise(*download);
+        }
+    }
+}
+
+void Fetcher::_TakeContent(Download& download, QVector<Placer::Request>& requests,
+                           std::vector<const PullOrder*>& orders) {
+    const PullOrder& order = download.Order();
+    LocalFileState here;
+    here.entry = order.here;
+    here.md5 = order.md5Here;
+    if (order.target == PullOrder::Target::Beside && here.md5.isEmpty()) {
+        _context.Read(order.path, here);
+    }
+    if (here.md5 == download.Md5()) {
+        _context.Adopt(order.path, order.remote, here);
+        return;
+    }
+    if (order.target == PullOrder::Target::Beside) {
+        _PutBeside(order, download.GiveTemporary());
+        return;
+    }
+    Placer::Request request;
+    request.placement.record = order.record;
+    request.placement.record.local = download.Fresh();
+    request.placement.record.contentMd5 = download.Md5();
+    request.placement.temporary = download.GiveTemporary();
+    if (order.here) {
+        request.placement.old = order.here->fingerprint;
+    }
+    requests.append(request);
+    orders.push_back(&order);
+}
+
+void Fetcher::_TakeSurprise(const Download& download) {
+    PullOrder order = download.Order();
+    const QString path = order.path;
+    try {
+        const FileConfiguration now =
+            _context.Service().files->GetFileByName(_context.Service().FolderAt(FolderOf(path)), NameOf(path));
+        if (++order.attempts < MaxAttempts && IdentityOf(now) != IdentityOf(order.remote)) {
+            order.remote = now;
+            _orders.push_back(std::move(order));
+            ++_progress.allFiles;
+            return;
+        }
+        throw sync::core::SyncException(
+            QStringLiteral("what came is not the file that the service describes: %1 bytes with the MD5 %2 in place of "
+                           "%3 bytes (as far as 32 bits tell) with %4")
+                .arg(QString::number(download.Fresh().size), download.Md5(), QString::number(now.size),
+                     now.md5Checksum.isEmpty() ? QStringLiteral("any") : now.md5Checksum));
+    } catch (const std::exception&) {
+        _context.ReportFailure(path, std::current_exception());
+    }
+}
+
+void Fetcher::_TakePlaced(const Placer::Request& request, const PullOrder& order) {
+    switch (request.result) {
+        case Placer::Result::Done:
+            _context.Report(
+                order.target == PullOrder::Target::New ? SyncEvent::Kind::Fetched : SyncEvent::Kind::Updated,
+                order.path, QString(), request.placement.record.local.size);
+            break;
+        case Placer::Result::Occupied:
+            _PutBeside(order, request.placement.temporary);
+            break;
+        case Placer::Result::Failed:
+            _context.Report(SyncEvent::Kind::Refused, order.path, request.error);
+            break;
+    }
+    if (!request.aside.isEmpty()) {
+        _context.Report(
+            SyncEvent::Kind::Conflict, order.path,
+            QStringLiteral("it was changed here while it was replaced: that is in \"%1\"").arg(request.aside));
+    }
+}
+
+void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary) {
+    try {
+        const QString copy = _context.Placing().PutBeside(temporary, order.path, VersionNote(order.remote));
+        _context.Records().WriteCopy({copy, order.path, IdentityOf(order.remote)});
+        _context.Report(SyncEvent::Kind::Conflict, order.path,
+                        QStringLiteral("it changed here and on the service, whose version is in \"%1\"").arg(copy));
+    } catch (const LocalError&) {
+        _context.ReportFailure(order.path, std::current_exception());
+    }
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <vector>
+
+#include "client/sync/Download.h"
+#include "client/sync/PassContext.h"
+#include "client/sync/TransferPool.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// Fetches files of the service, several at once, checks what came, and puts it in place. For one run. Not thread-safe.
+class Fetcher {
+public:
+    explicit Fetcher(PassContext& context) : _context(context) {}
+
+    /// Throws Stopped, when what is finished is in place, and what PassContext::ReportFailure throws.
+    void Run(std::deque<PullOrder> orders);
+
+private:
+    using Pool = TransferPool<Download>;
+
+    void _Start(Pool& pool);
+    void _Take(std::vector<std::unique_ptr<Download>> downloads);
+    /// What came is what the service describes. Joins `requests` when it is to be placed.
+    void _TakeContent(Download& download, QVector<Placer::Request>& requests, std::vector<const PullOrder*>& orders);
+    /// What came is something else: the file may have changed after it was listed.
+    void _TakeSurprise(const Download& download);
+    void _TakePlaced(const Placer::Request& request, const PullOrder& order);
+    void _PutBeside(const PullOrder& order, const QString& temporary);
+
+    PassContext& _context;
+    std::deque<PullOrder> _orders;
+    std::atomic<qint64> _bytes{0};
+    SyncProgress _progress;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

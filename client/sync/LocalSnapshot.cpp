@@ -1,0 +1,59 @@
+#include "client/sync/LocalSnapshot.h"
+
+#include <cerrno>
+
+#include "client/store/RecordDatabase.h"
+#include "client/sync/LocalError.h"
+#include "client/sync/Names.h"
+
+namespace ovsync {
+namespace syncing {
+
+namespace {
+
+QVector<NamedLocalEntry> ListUnlessGone(ILocalTree& tree, const QString& folder) {
+    try {
+        return tree.List(folder);
+    } catch (const LocalError& e) {
+        if (!folder.isEmpty() && (e.Code() == ENOENT || e.Code() == ENOTDIR)) {
+            return {};
+        }
+        throw;
+    }
+}
+
+}  // namespace
+
+LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
+    LocalSnapshot snapshot;
+    QStringList folders(QString{});
+    while (!folders.isEmpty()) {
+        const QString folder = folders.takeLast();
+        const QString prefix = folder.isEmpty() ? folder : folder + QLatin1Char('/');
+        for (const NamedLocalEntry& entry : ListUnlessGone(tree, folder)) {
+            const QString path = prefix + entry.name;
+            const bool isFolder = entry.kind == LocalEntry::Kind::Folder;
+            if (entry.kind == LocalEntry::Kind::File && entry.isUtf8 && IsTemporaryName(entry.name)) {
+                snapshot.temporaryFiles.append(path);
+                continue;
+            }
+            if (entry.name == store::RecordDatabase::HiddenFolder() ||
+                (isFolder ? exclusion.HasFolder(entry.name) : exclusion.HasFile(entry.name))) {
+                continue;
+            }
+            const QString reason = entry.isUtf8 ? ReasonAgainst(entry.name) : QStringLiteral("the name is not UTF-8");
+            if (!reason.isEmpty()) {
+                snapshot.refused.append({SyncEvent::Kind::Refused, path, reason});
+                continue;
+            }
+            snapshot.entries.insert(path, entry);
+            if (isFolder) {
+                folders.append(path);
+            }
+        }
+    }
+    return snapshot;
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include "client/sync/Exclusion.h"
+#include "client/sync/ILocalTree.h"
+#include "client/sync/SyncEvent.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// What lay in a synced folder when it was looked through. A plain value.
+struct LocalSnapshot {
+    /// By their paths; without what is excluded, temporary and hidden.
+    QHash<QString, LocalEntry> entries;
+    /// Leftovers of a pass that died, and of nobody else.
+    QStringList temporaryFiles;
+    /// What no pass can sync, with the reason.
+    QVector<SyncEvent> refused;
+
+    /// Throws LocalError.
+    static LocalSnapshot Of(ILocalTree& tree, const Exclusion& exclusion);
+};
+
+}  // namespace syncing
+}  // namespace ovsync

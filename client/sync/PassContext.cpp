@@ -1,0 +1,235 @@
+#include "client/sync/PassContext.h"
+
+#include "client/store/StoreError.h"
+#include "client/sync/LocalContent.h"
+#include "client/sync/LocalError.h"
+#include "client/sync/Names.h"
+#include "client/sync/Stopped.h"
+#include "client/sync/Version.h"
+#include "client/sync/WrongFolder.h"
+#include "host/http/HttpException.h"
+
+namespace ovsync {
+namespace syncing {
+
+using store::FileRecord;
+using sync::config::FileConfiguration;
+using sync::config::FolderConfiguration;
+using sync::http::HttpException;
+
+namespace {
+
+const int Unauthorized = 401;
+const int NotFound = 404;
+const int ProxyAuthenticationRequired = 407;
+
+const int PatienceWithFailures = 3;
+
+QString AddressSetting() {
+    return QStringLiteral("address");
+}
+
+}  // namespace
+
+PassContext::PassContext(const ServiceFolder& service, ILocalTree& tree, store::RecordDatabase& records,
+                         const SyncOptions& options, ISyncObserver& observer)
+    : _service(service),
+      _tree(tree),
+      _records(records),
+      _options(options),
+      _exclusion(options.filter),
+      _placer(tree, records),
+      _observer(observer) {}
+
+void PassContext::ThrowIfStopped() const {
+    Stopped::ThrowIf(*_options.isStopped);
+}
+
+LocalSnapshot PassContext::Begin() {
+    _CheckAddress();
+    if (!_options.isTrial) {
+        for (const SyncEvent& event : _placer.Recover()) {
+            Report(event);
+        }
+    }
+    LocalSnapshot snapshot = LocalSnapshot::Of(_tree, _exclusion);
+    if (!_options.isTrial) {
+        for (const QString& leftover : snapshot.temporaryFiles) {
+            _tree.Remove(leftover);
+        }
+    }
+    return snapshot;
+}
+
+void PassContext::_CheckAddress() {
+    const QString known = _records.Setting(AddressSetting());
+    if (!known.isEmpty() && known != _service.address) {
+        throw WrongFolder(QStringLiteral("%1 is in step with %2 and cannot be synced with %3")
+                              .arg(_service.folder.localPath, known, _service.address));
+    }
+}
+
+std::optional<RemoteTree> PassContext::List(const QDateTime& since, const LocalSnapshot& snapshot) {
+    FolderConfiguration folder = _service.folder;
+    folder.setLastSyncTime(since);
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files;
+    const int status = _service.folders->GetAllFilesAndSubFoldersByFolder(folder, folders, files);
+    ThrowIfStopped();
+    if (status == NotFound) {
+        throw HttpException(QStringLiteral("There is no folder %1").arg(_service.address), status, QUrl());
+    }
+    _listedAt = folder.getLastServerSyncRequestTime();
+    if (status != 0) {
+        return std::nullopt;
+    }
+    RemoteTree tree(_service, *folders, *files, _exclusion);
+    if (!_options.isTrial) {
+        _records.WriteSetting(AddressSetting(), _service.address);
+        tree.RefuseClashes(snapshot.entries.keys(), _tree.TellsCaseApart(), _tree.TellsUnicodeFormsApart());
+    }
+    for (const SyncEvent& event : tree.Refused()) {
+        Report(event);
+    }
+    return tree;
+}
+
+LocalFileState PassContext::Compare(const QString& path, const LocalSnapshot& snapshot,
+                                    std::optional<FileRecord>& record) {
+    LocalFileState file;
+    const auto found = snapshot.entries.find(path);
+    if (found == snapshot.entries.end()) {
+        return file;
+    }
+    file.entry = *found;
+    if (found->kind != LocalEntry::Kind::File) {
+        file.state = found->kind == LocalEntry::Kind::Folder ? LocalState::Folder : LocalState::Other;
+        return file;
+    }
+    if (!record) {
+        file.state = LocalState::Unknown;
+        return file;
+    }
+    if (found->fingerprint.IsUnchangedSince(record->local)) {
+        file.state = LocalState::Unchanged;
+        file.md5 = record->contentMd5;
+        return file;
+    }
+    file.state = LocalState::Changed;
+    if (found->fingerprint.size != record->local.size) {
+        return file;
+    }
+    Read(path, file);
+    if (!file.md5.isEmpty() && file.md5 == record->contentMd5) {
+        file.state = LocalState::Unchanged;
+        record->local = Recordable(file.entry->fingerprint);
+        if (!_options.isTrial) {
+            _records.WriteFile(*record);
+        }
+    }
+    return file;
+}
+
+void PassContext::Read(const QString& path, LocalFileState& file) {
+    try {
+        if (const std::optional<LocalContent> content = LocalContent::Of(_tree, path, *_options.isStopped)) {
+            file.md5 = content->md5;
+            file.entry->fingerprint = content->fingerprint;
+        }
+    } catch (const LocalError& e) {
+        // What cannot be read counts as changed, and so stays as it is.
+        if (e.ConcernsWholeDisk()) {
+            throw;
+        }
+    }
+}
+
+bool PassContext::HasContentOf(const QString& path, const FileConfiguration& remote, LocalFileState& file) {
+    if (!IsContentOf(remote, file.entry->fingerprint.size, QString())) {
+        return false;
+    }
+    if (remote.md5Checksum.isEmpty()) {
+        // Only for a file that nobody knows yet: a date and a size do not tell versions of one file apart for sure.
+        const qint64 seconds = file.entry->fingerprint.modified / 1000000000;
+        return file.state == LocalState::Unknown && remote.lastModifiedDate.isValid() &&
+               remote.lastModifiedDate.toSecsSinceEpoch() == seconds;
+    }
+    if (file.md5.isEmpty()) {
+        Read(path, file);
+    }
+    return !file.md5.isEmpty() && IsContentOf(remote, file.entry->fingerprint.size, file.md5);
+}
+
+bool PassContext::IsNew(const FileConfiguration& remote, const FileRecord& record) {
+    // The size is compared as listings have it: the library also records the true one, which needs more bits.
+    FileConfiguration local = record.file;
+    local.size = ListedSize(local.size);
+    return IdentityOf(remote) != IdentityOf(record.file) || _service.files->ShouldDownloadFile(remote, local);
+}
+
+FileRecord PassContext::RecordOf(const QString& path, const FileConfiguration& remote) {
+    FileRecord record;
+    record.path = path;
+    record.file = remote;
+    _service.updater->UpdateCustomFileConfigBeforeDownload(_service.FolderAt(FolderOf(path)), record.file, remote);
+    return record;
+}
+
+void PassContext::Adopt(const QString& path, const FileConfiguration& remote, LocalFileState& file) {
+    if (_options.isTrial) {
+        return;
+    }
+    if (file.md5.isEmpty()) {
+        Read(path, file);
+    }
+    if (file.md5.isEmpty()) {
+        return;
+    }
+    FileRecord record = RecordOf(path, remote);
+    record.local = Recordable(file.entry->fingerprint);
+    record.contentMd5 = file.md5;
+    _records.WriteFile(record);
+}
+
+void PassContext::Report(const SyncEvent& event) {
+    _hasProblems = _hasProblems || event.IsProblem();
+    _hasFailed = _hasFailed || event.kind == SyncEvent::Kind::Failed;
+    _observer.OnEvent(event);
+}
+
+void PassContext::Report(SyncEvent::Kind kind, const QString& path, const QString& detail, qint64 bytes) {
+    Report({kind, path, detail, bytes});
+}
+
+void PassContext::ReportFailure(const QString& path, const std::exception_ptr& error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (const HttpException& e) {
+        if (e.StatusCode() == Unauthorized || e.StatusCode() == ProxyAuthenticationRequired) {
+            throw;
+        }
+        Report(SyncEvent::Kind::Refused, path, e.Message());
+    } catch (const store::StoreError&) {
+        throw;
+    } catch (const LocalError& e) {
+        if (e.ConcernsWholeDisk()) {
+            throw;
+        }
+        Report(SyncEvent::Kind::Refused, path, e.Message());
+    } catch (const sync::core::SyncException& e) {
+        Report(SyncEvent::Kind::Failed, path, e.Message());
+        if (++_failuresInARow == PatienceWithFailures) {
+            throw;
+        }
+    }
+}
+
+SyncOutcome PassContext::Outcome() const {
+    if (_hasFailed) {
+        return SyncOutcome::Failed;
+    }
+    return _hasProblems ? SyncOutcome::LeftSome : SyncOutcome::InStep;
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+#include <optional>
+
+#include "client/store/RecordDatabase.h"
+#include "client/sync/Exclusion.h"
+#include "client/sync/ILocalTree.h"
+#include "client/sync/ISyncObserver.h"
+#include "client/sync/LocalSnapshot.h"
+#include "client/sync/LocalState.h"
+#include "client/sync/Placer.h"
+#include "client/sync/RemoteTree.h"
+#include "client/sync/ServiceFolder.h"
+#include "client/sync/SyncOptions.h"
+#include "client/sync/SyncOutcome.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// A file of this side, seen beside its record. A plain value.
+struct LocalFileState {
+    LocalState state = LocalState::Nothing;
+    std::optional<LocalEntry> entry;
+    /// Of the content, in hexadecimal, where it was known or had to be read.
+    QString md5;
+};
+
+/// What the parts of a pass share: both sides, the records, and who is told. For one pass. Not thread-safe.
+class PassContext {
+public:
+    /// The arguments outlive this object.
+    PassContext(const ServiceFolder& service, ILocalTree& tree, store::RecordDatabase& records,
+                const SyncOptions& options, ISyncObserver& observer);
+
+    const ServiceFolder& Service() const { return _service; }
+    ILocalTree& Tree() { return _tree; }
+    store::RecordDatabase& Records() { return _records; }
+    const SyncOptions& Options() const { return _options; }
+    const Exclusion& Excluded() const { return _exclusion; }
+    Placer& Placing() { return _placer; }
+    void ThrowIfStopped() const;
+
+    /// Checks that the folder belongs to the service's folder, clears up after a pass that died, and looks through the
+    /// folder. Throws WrongFolder, LocalError and StoreError.
+    LocalSnapshot Begin();
+
+    /// What the service has; none when nothing changed since `since`, if that is valid. Throws what the library throws,
+    /// and HttpException of status 404 when there is no such folder.
+    std::optional<RemoteTree> List(const QDateTime& since, const LocalSnapshot& snapshot);
+    /// The service's time of the last listing.
+    const QDateTime& ListedAt() const { return _listedAt; }
+
+    /// Reads the file where only its content can tell, and renews the record of one that was only touched.
+    LocalFileState Compare(const QString& path, const LocalSnapshot& snapshot,
+                           std::optional<store::FileRecord>& record);
+    /// Reads the content of the file, which is left without a checksum when it cannot be read or is being written.
+    void Read(const QString& path, LocalFileState& file);
+    /// Whether the file here has the content of the service's file; reads it where it must.
+    bool HasContentOf(const QString& path, const sync::config::FileConfiguration& remote, LocalFileState& file);
+    /// Whether `remote` is another file or version than that of the record.
+    bool IsNew(const sync::config::FileConfiguration& remote, const store::FileRecord& record);
+
+    /// A record of `remote`, brought up to date by the library. Its local part is left open.
+    store::FileRecord RecordOf(const QString& path, const sync::config::FileConfiguration& remote);
+    /// Writes down that the file here has the content of the service's file. A file that is being written is left to
+    /// the next pass.
+    void Adopt(const QString& path, const sync::config::FileConfiguration& remote, LocalFileState& file);
+
+    void Report(const SyncEvent& event);
+    void Report(SyncEvent::Kind kind, const QString& path, const QString& detail = QString(), qint64 bytes = 0);
+    /// Tells why a transfer failed. Throws on what concerns all transfers: the credentials, the disk, and when the
+    /// service fails again and again.
+    void ReportFailure(const QString& path, const std::exception_ptr& error);
+    void ReportSuccess() { _failuresInARow = 0; }
+    void ReportProgress(const SyncProgress& progress) { _observer.OnProgress(progress); }
+    SyncOutcome Outcome() const;
+
+private:
+    void _CheckAddress();
+
+    const ServiceFolder& _service;
+    ILocalTree& _tree;
+    store::RecordDatabase& _records;
+    const SyncOptions& _options;
+    const Exclusion _exclusion;
+    Placer _placer;
+    ISyncObserver& _observer;
+    QDateTime _listedAt;
+    bool _hasProblems = false;
+    bool _hasFailed = false;
+    int _failuresInARow = 0;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

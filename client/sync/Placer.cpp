@@ -1,0 +1,202 @@
+#include "client/sync/Placer.h"
+
+#include <QSet>
+#include <atomic>
+
+#include "client/sync/LocalContent.h"
+#include "client/sync/LocalError.h"
+#include "client/sync/Names.h"
+
+namespace ovsync {
+namespace syncing {
+
+using store::Fingerprint;
+using store::Placement;
+
+namespace {
+
+bool IsFile(const std::optional<LocalEntry>& entry) {
+    return entry && entry->kind == LocalEntry::Kind::File;
+}
+
+bool IsFile(const std::optional<LocalEntry>& entry, const Fingerprint& fingerprint) {
+    return IsFile(entry) && entry->fingerprint.IsSameFileAs(fingerprint);
+}
+
+bool ReplacesSomething(const Placement& placement) {
+    return placement.old.size >= 0;
+}
+
+QString TimeNote(const QString& what, const Fingerprint& fingerprint) {
+    return what + QDateTime::fromMSecsSinceEpoch(fingerprint.modified / 1000000, Qt::UTC)
+                      .toString(QStringLiteral(", yyyy-MM-dd HH.mm.ss"));
+}
+
+}  // namespace
+
+void Placer::Carry(QVector<Request>& requests) {
+    {
+        store::RecordDatabase::Transaction transaction(_records);
+        for (const Request& request : requests) {
+            _records.WritePlacement(request.placement);
+        }
+        transaction.Commit();
+    }
+    QSet<QString> folders;
+    for (Request& request : requests) {
+        _Carry(request);
+        folders.insert(FolderOf(request.placement.record.path));
+    }
+    for (const QString& folder : folders) {
+        _tree.SyncFolder(folder);
+    }
+    store::RecordDatabase::Transaction transaction(_records);
+    for (Request& request : requests) {
+        const Placement& placement = request.placement;
+        if (request.result == Result::Done && placement.isRemoval) {
+            _records.ForgetFile(placement.record.path);
+        } else if (request.result == Result::Done) {
+            _records.WriteFile(placement.record);
+        }
+        if (request.result != Result::Failed) {
+            _records.ForgetPlacement(placement);
+        }
+    }
+    transaction.Commit();
+}
+
+void Placer::_Carry(Request& request) {
+    try {
+        request.result = request.placement.isRemoval ? _Remove(request) : _Place(request);
+    } catch (const LocalError& e) {
+        request.result = Result::Failed;
+        request.error = e.Message();
+        if (e.ConcernsWholeDisk()) {
+            throw;
+        }
+    }
+}
+
+Placer::Result Placer::_Place(Request& request) {
+    Placement& placement = request.placement;
+    const QString& target = placement.record.path;
+    const std::optional<LocalEntry> here = _tree.Look(target);
+    if (!here) {
+        if (!_tree.Move(placement.temporary, target)) {
+            return Result::Occupied;
+        }
+    } else {
+        if (!ReplacesSomething(placement) || !IsFile(here) || !here->fingerprint.IsUnchangedSince(placement.old)) {
+            return Result::Occupied;
+        }
+        if (_tree.Exchange(placement.temporary, target)) {
+            if (IsFile(_tree.Look(placement.temporary), placement.old)) {
+                _tree.Remove(placement.temporary);
+            } else {
+                request.aside = _PutAside(placement.temporary, target);
+            }
+        } else {
+            _tree.Replace(placement.temporary, target);
+        }
+    }
+    placement.record.local = _Placed(target, placement.record.local);
+    return Result::Done;
+}
+
+Placer::Result Placer::_Remove(Request& request) {
+    const Placement& placement = request.placement;
+    const QString& target = placement.record.path;
+    const std::optional<LocalEntry> here = _tree.Look(target);
+    if (!IsFile(here) || !here->fingerprint.IsUnchangedSince(placement.old) ||
+        !_tree.Move(target, placement.temporary)) {
+        return Result::Occupied;
+    }
+    if (IsFile(_tree.Look(placement.temporary), placement.old)) {
+        _tree.Remove(placement.temporary);
+        return Result::Done;
+    }
+    if (!_tree.Move(placement.temporary, target)) {
+        request.aside = _PutAside(placement.temporary, target);
+    }
+    return Result::Occupied;
+}
+
+QVector<SyncEvent> Placer::Recover() {
+    QVector<SyncEvent> events;
+    for (const Placement& placement : _records.Placements()) {
+        _Recover(placement, events);
+    }
+    return events;
+}
+
+void Placer::_Recover(const Placement& placement, QVector<SyncEvent>& events) {
+    const QString& target = placement.record.path;
+    const std::optional<LocalEntry> temporary = _tree.Look(placement.temporary);
+    // Once something was exchanged, moved or taken away, the temporary file is no longer the new content.
+    const bool isBegun = placement.isRemoval ? temporary || !IsFile(_tree.Look(target), placement.old)
+                                             : !IsFile(temporary, placement.record.local);
+    QString aside;
+    if (temporary && (!isBegun || IsFile(temporary, placement.old))) {
+        _tree.Remove(placement.temporary);
+    } else if (temporary && !(placement.isRemoval && _tree.Move(placement.temporary, target))) {
+        aside = _PutAside(placement.temporary, target);
+    }
+    if (!aside.isEmpty()) {
+        events.append(
+            {SyncEvent::Kind::Conflict, target,
+             QStringLiteral("it was changed here while an earlier pass replaced it: that is in \"%1\"").arg(aside)});
+    }
+    _tree.SyncFolder(FolderOf(target));
+    store::RecordDatabase::Transaction transaction(_records);
+    if (isBegun && placement.isRemoval) {
+        _records.ForgetFile(target);
+    } else if (isBegun) {
+        store::FileRecord record = placement.record;
+        record.local = _Placed(target, record.local);
+        _records.WriteFile(record);
+    }
+    _records.ForgetPlacement(placement);
+    transaction.Commit();
+}
+
+QString Placer::PutBeside(const QString& temporary, const QString& path, const QString& note) {
+    for (int number = 1;; ++number) {
+        const QString beside = PathWithNote(path, note, number);
+        const std::optional<LocalEntry> there = _tree.Look(beside);
+        if (!there && _tree.Move(temporary, beside)) {
+            _tree.SyncFolder(FolderOf(path));
+            return beside;
+        }
+        if (IsFile(there) && _HasSameContent(temporary, beside)) {
+            _tree.Remove(temporary);
+            return beside;
+        }
+    }
+}
+
+QString Placer::_PutAside(const QString& temporary, const QString& path) {
+    const std::optional<LocalEntry> entry = _tree.Look(temporary);
+    return PutBeside(temporary, path,
+                     TimeNote(QStringLiteral("changed here"), entry ? entry->fingerprint : Fingerprint()));
+}
+
+bool Placer::_HasSameContent(const QString& a, const QString& b) {
+    const std::atomic<bool> isStopped(false);
+    const std::optional<LocalContent> first = LocalContent::Of(_tree, a, isStopped);
+    const std::optional<LocalContent> second = LocalContent::Of(_tree, b, isStopped);
+    return first && second && first->md5 == second->md5 && first->fingerprint.size == second->fingerprint.size;
+}
+
+Fingerprint Placer::_Placed(const QString& path, const Fingerprint& fresh) {
+    const std::optional<LocalEntry> now = _tree.Look(path);
+    if (IsFile(now, fresh)) {
+        return Recordable(now->fingerprint);
+    }
+    // Written again already: the record is that of what was put there.
+    Fingerprint placed = fresh;
+    placed.changed = 0;
+    return placed;
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,192 @@
+#include "client/sync/PullPass.h"
+
+#include "client/sync/Fetcher.h"
+#include "client/sync/LocalError.h"
+#include "client/sync/Stopped.h"
+#include "client/sync/Version.h"
+
+namespace ovsync {
+namespace syncing {
+
+using store::RecordDatabase;
+
+namespace {
+
+const int RemovalsAtOnce = 256;
+
+QString LastPassSetting() {
+    return QStringLiteral("last complete pull");
+}
+
+QString LastFilterSetting() {
+    return QStringLiteral("excluded from it");
+}
+
+}  // namespace
+
+SyncOutcome PullPass::Run() {
+    try {
+        _Pull();
+        return _context.Outcome();
+    } catch (const Stopped&) {
+        return SyncOutcome::Stopped;
+    }
+}
+
+void PullPass::_Pull() {
+    LocalSnapshot snapshot = _context.Begin();
+    const std::optional<RemoteTree> remote = _List(snapshot);
+    if (!remote) {
+        return;
+    }
+    PullPlan plan(_context);
+    PullPlan::Gone inTheWay;
+    PullPlan::Gone others;
+    plan.FindGone(*remote, snapshot, inTheWay, others);
+    if (_context.Options().deletes) {
+        _Delete(inTheWay, snapshot);
+    } else {
+        _Keep(inTheWay, QString());
+    }
+    const std::deque<PullOrder> orders = plan.FindOrders(*remote, snapshot);
+    if (_context.Options().isTrial) {
+        _TellOrders(orders);
+    } else {
+        Fetcher(_context).Run(orders);
+    }
+    // What came under another name, or elsewhere, has to be here before it goes.
+    if (!_context.Options().deletes) {
+        _Keep(others, QString());
+    } else if (_context.Outcome() == SyncOutcome::Failed) {
+        _Keep(others, QStringLiteral(", because not everything could be fetched"));
+    } else {
+        _Delete(others, snapshot);
+    }
+    if (!_context.Options().isTrial) {
+        plan.ForgetCopies(snapshot);
+        _WriteLastPass(_context.Outcome() == SyncOutcome::InStep ? _context.ListedAt() : QDateTime());
+    }
+}
+
+std::optional<RemoteTree> PullPass::_List(const LocalSnapshot& snapshot) {
+    const QDateTime lastPass = QDateTime::fromString(_context.Records().Setting(LastPassSetting()), Qt::ISODate);
+    const bool isSameFilter = _context.Records().Setting(LastFilterSetting()) == _context.Options().filterText;
+    if (lastPass.isValid() && isSameFilter && _IsAllHere(snapshot)) {
+        std::optional<RemoteTree> remote = _context.List(lastPass, snapshot);
+        if (!remote && !_context.Options().isTrial && _context.ListedAt().isValid()) {
+            _WriteLastPass(_context.ListedAt());
+        }
+        return remote;
+    }
+    return _context.List(QDateTime(), snapshot);
+}
+
+bool PullPass::_IsAllHere(const LocalSnapshot& snapshot) {
+    const auto isHere = [&snapshot](const QString& path, LocalEntry::Kind kind) {
+        const auto entry = snapshot.entries.find(path);
+        return entry != snapshot.entries.end() && entry->kind == kind;
+    };
+    for (const QString& path : _context.Records().FilePaths()) {
+        if (!isHere(path, LocalEntry::Kind::File) && !_context.Excluded().HasFileAt(path)) {
+            return false;
+        }
+    }
+    for (const QString& path : _context.Records().Folders()) {
+        if (!isHere(path, LocalEntry::Kind::Folder) && !_context.Excluded().HasFolderAt(path)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void PullPass::_TellOrders(const std::deque<PullOrder>& orders) {
+    for (const PullOrder& order : orders) {
+        if (order.target == PullOrder::Target::Beside) {
+            _context.Report(SyncEvent::Kind::Conflict, order.path,
+                            QStringLiteral("it changed here and on the service, whose version is put beside it"));
+        } else {
+            _context.Report(
+                order.target == PullOrder::Target::New ? SyncEvent::Kind::Fetched : SyncEvent::Kind::Updated,
+                order.path, QString(), LikelySize(order.remote.size));
+        }
+    }
+}
+
+void PullPass::_Delete(const PullPlan::Gone& gone, LocalSnapshot& snapshot) {
+    _DeleteFiles(gone.files, snapshot);
+    _DeleteFolders(gone.folders, snapshot);
+}
+
+void PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot) {
+    for (int start = 0; start < files.size(); start += RemovalsAtOnce) {
+        _context.ThrowIfStopped();
+        QVector<Placer::Request> requests;
+        for (const store::Placement& removal : files.mid(start, RemovalsAtOnce)) {
+            Placer::Request request;
+            request.placement = removal;
+            request.result = Placer::Result::Done;
+            requests.append(request);
+        }
+        if (!_context.Options().isTrial) {
+            _context.Placing().Carry(requests);
+        }
+        for (const Placer::Request& request : requests) {
+            const QString& path = request.placement.record.path;
+            switch (request.result) {
+                case Placer::Result::Done:
+                    snapshot.entries.remove(path);
+                    _context.Report(SyncEvent::Kind::Deleted, path);
+                    break;
+                case Placer::Result::Occupied:
+                    _context.Report(SyncEvent::Kind::Kept, path,
+                                    QStringLiteral("it was deleted on the service, but has just changed here"));
+                    break;
+                case Placer::Result::Failed:
+                    _context.Report(SyncEvent::Kind::Refused, path, request.error);
+                    break;
+            }
+        }
+    }
+}
+
+void PullPass::_DeleteFolders(const QStringList& folders, LocalSnapshot& snapshot) {
+    if (_context.Options().isTrial) {
+        // Whether they are empty by then shows when it is done.
+        return;
+    }
+    RecordDatabase::Transaction transaction(_context.Records());
+    for (int i = folders.size() - 1; i >= 0; --i) {
+        const QString& path = folders[i];
+        try {
+            if (_context.Tree().RemoveFolder(path)) {
+                snapshot.entries.remove(path);
+                _context.Report(SyncEvent::Kind::Deleted, path);
+            }
+            // One that still holds something is this side's own from now on.
+            _context.Records().ForgetFolder(path);
+        } catch (const LocalError&) {
+            _context.ReportFailure(path, std::current_exception());
+        }
+    }
+    transaction.Commit();
+}
+
+void PullPass::_Keep(const PullPlan::Gone& gone, const QString& reason) {
+    const QString detail = QStringLiteral("it was deleted on the service") + reason;
+    for (const QString& folder : gone.folders) {
+        _context.Report(SyncEvent::Kind::Kept, folder, detail);
+    }
+    for (const store::Placement& file : gone.files) {
+        _context.Report(SyncEvent::Kind::Kept, file.record.path, detail);
+    }
+}
+
+void PullPass::_WriteLastPass(const QDateTime& time) {
+    RecordDatabase::Transaction transaction(_context.Records());
+    _context.Records().WriteSetting(LastPassSetting(), time.toUTC().toString(Qt::ISODate));
+    _context.Records().WriteSetting(LastFilterSetting(), _context.Options().filterText);
+    transaction.Commit();
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "client/sync/PassContext.h"
+#include "client/sync/PullPlan.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// Brings a synced folder in step with the service's folder. docs/sync.md tells what it does with every file.
+/// For one run. Not thread-safe.
+class PullPass {
+public:
+    /// `context` outlives this object.
+    explicit PullPass(PassContext& context) : _context(context) {}
+
+    /// Throws what the library throws when it cannot list the folder, WrongFolder, LocalError when the disk fails,
+    /// StoreError, HttpException when the service wants other credentials, and the last error when transfers fail again
+    /// and again. What was finished before is recorded.
+    SyncOutcome Run();
+
+private:
+    void _Pull();
+    /// The service's tree; none when nothing is to be done.
+    std::optional<RemoteTree> _List(const LocalSnapshot& snapshot);
+    bool _IsAllHere(const LocalSnapshot& snapshot);
+    void _TellOrders(const std::deque<PullOrder>& orders);
+    /// Deletes what is gone, or tells that it was kept, and takes what is deleted out of `snapshot`.
+    void _Delete(const PullPlan::Gone& gone, LocalSnapshot& snapshot);
+    void _DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot);
+    void _DeleteFolders(const QStringList& folders, LocalSnapshot& snapshot);
+    void _Keep(const PullPlan::Gone& gone, const QString& reason);
+    void _WriteLastPass(const QDateTime& time);
+
+    PassContext& _context;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

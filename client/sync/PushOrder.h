@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+#include "host/configuration/FileConfiguration.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// A file that is to be sent. A plain value.
+struct PushOrder {
+    QString path;
+    /// Whether the service has no such file.
+    bool isNew = true;
+    /// What the service has otherwise, and is to be replaced.
+    sync::config::FileConfiguration remote;
+    /// Of the local file when it was looked at, in bytes.
+    qint64 size = 0;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

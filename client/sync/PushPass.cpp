@@ -1,0 +1,37 @@
+#include "client/sync/PushPass.h"
+
+#include "client/sync/PushPlan.h"
+#include "client/sync/Sender.h"
+#include "client/sync/Stopped.h"
+
+namespace ovsync {
+namespace syncing {
+
+SyncOutcome PushPass::Run() {
+    try {
+        _Push();
+        return _context.Outcome();
+    } catch (const Stopped&) {
+        return SyncOutcome::Stopped;
+    }
+}
+
+void PushPass::_Push() {
+    const LocalSnapshot snapshot = _context.Begin();
+    for (const SyncEvent& event : snapshot.refused) {
+        _context.Report(event);
+    }
+    // Without a condition, which always gives a listing.
+    const std::optional<RemoteTree> remote = _context.List(QDateTime(), snapshot);
+    std::deque<PushOrder> orders = PushPlan(_context, *remote, snapshot).FindOrders();
+    if (!_context.Options().isTrial) {
+        Sender(_context).Run(std::move(orders));
+        return;
+    }
+    for (const PushOrder& order : orders) {
+        _context.Report(SyncEvent::Kind::Sent, order.path, QString(), order.size);
+    }
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,209 @@
+#include "client/sync/PushPlan.h"
+
+#include <algorithm>
+#include <set>
+
+#include "client/sync/Names.h"
+#include "client/sync/PushDecision.h"
+#include "client/sync/Version.h"
+
+namespace ovsync {
+namespace syncing {
+
+using store::ConflictCopy;
+using store::FileRecord;
+using store::RecordDatabase;
+using sync::config::FileConfiguration;
+using sync::config::FolderConfiguration;
+
+PushPlan::PushPlan(PassContext& context, const RemoteTree& remote, const LocalSnapshot& snapshot)
+    : _context(context), _remote(remote), _snapshot(snapshot) {
+    for (const ConflictCopy& copy : _context.Records().Copies()) {
+        _copies.insert(copy.copy);
+        _copiesOf.insert(copy.path, copy);
+    }
+    for (const QString& folder : _context.Records().Folders()) {
+        _knownFolders.insert(folder);
+    }
+}
+
+std::deque<PushOrder> PushPlan::FindOrders() {
+    std::set<QString> paths;
+    for (auto entry = _snapshot.entries.begin(); entry != _snapshot.entries.end(); ++entry) {
+        paths.insert(entry.key());
+    }
+    for (const QString& path : _context.Records().FilePaths()) {
+        if (!_context.Excluded().HasFileAt(path)) {
+            paths.insert(path);
+        }
+    }
+    {
+        RecordDatabase::Transaction transaction(_context.Records());
+        for (const QString& path : paths) {
+            if (!_remote.IsRefused(path)) {
+                _Decide(path);
+                _context.ThrowIfStopped();
+            }
+        }
+        _TellDeletedFolders();
+        transaction.Commit();
+    }
+    _MakeFolders();
+    const auto isBlocked = [this](const PushOrder& order) { return _blockedFolders.contains(FolderOf(order.path)); };
+    _orders.erase(std::remove_if(_orders.begin(), _orders.end(), isBlocked), _orders.end());
+    return std::move(_orders);
+}
+
+void PushPlan::_Decide(const QString& path) {
+    std::optional<FileRecord> record = _context.Records().FindFile(path);
+    LocalFileState here = _context.Compare(path, _snapshot, record);
+    if (here.state == LocalState::Other) {
+        _context.Report(SyncEvent::Kind::Refused, path, QStringLiteral("it is neither a file nor a folder"));
+        return;
+    }
+    if (here.state == LocalState::Unknown && _copies.contains(path)) {
+        return;
+    }
+    const bool isFileThere = _remote.HasFile(path);
+    const FileConfiguration remote = _remote.AllFiles().value(path);
+    PushSituation situation;
+    situation.here = here.state;
+    situation.hasRecord = record.has_value();
+    if (isFileThere) {
+        situation.there = record && !_context.IsNew(remote, *record) ? RemoteState::Same : RemoteState::New;
+    } else if (_remote.HasFolder(path)) {
+        situation.there = RemoteState::Folder;
+    }
+    if (situation.there == RemoteState::New && here.entry && here.entry->kind == LocalEntry::Kind::File) {
+        situation.isSameContent = _context.HasContentOf(path, remote, here);
+        situation.isResolved = _IsResolved(path, remote);
+    }
+
+    switch (DecidePush(situation)) {
+        case PushStep::SendNew:
+        case PushStep::SendChanged:
+            _Order(path, *here.entry);
+            break;
+        case PushStep::Record:
+            _context.Adopt(path, remote, here);
+            break;
+        case PushStep::ForgetRecord:
+            _context.Records().ForgetFile(path);
+            break;
+        case PushStep::TellDeletedHere:
+            _context.Report(SyncEvent::Kind::DeletedHere, path);
+            break;
+        case PushStep::TellNewerThere:
+            _context.Report(SyncEvent::Kind::NewerThere, path);
+            break;
+        case PushStep::TellGone:
+            _context.Report(SyncEvent::Kind::Kept, path,
+                            QStringLiteral("it was deleted on the service, and is not sent again"));
+            break;
+        case PushStep::Conflict:
+            _context.Report(SyncEvent::Kind::Conflict, path,
+                            QStringLiteral("it changed here and on the service, whose version a pull brings"));
+            break;
+        case PushStep::ConflictWithDeletion:
+            _context.Report(SyncEvent::Kind::Conflict, path,
+                            QStringLiteral("it changed here, and was deleted on the service"));
+            break;
+        case PushStep::Blocked:
+            _context.Report(SyncEvent::Kind::Refused, path,
+                            here.state == LocalState::Folder
+                                ? QStringLiteral("it is a folder here and a file on the service")
+                                : QStringLiteral("it is a file here and a folder on the service"));
+            _blockedFolders.insert(path);
+            break;
+        case PushStep::Nothing:
+            break;
+    }
+}
+
+void PushPlan::_Order(const QString& path, const LocalEntry& here) {
+    PushOrder order;
+    order.path = path;
+    order.isNew = !_remote.HasFile(path);
+    order.remote = _remote.AllFiles().value(path);
+    order.size = here.fingerprint.size;
+    _orders.push_back(order);
+    _NeedFoldersOf(path);
+}
+
+bool PushPlan::_IsResolved(const QString& path, const FileConfiguration& remote) const {
+    const QList<ConflictCopy> copies = _copiesOf.values(path);
+    return std::any_of(copies.begin(), copies.end(), [&](const ConflictCopy& copy) {
+        return copy.identity == IdentityOf(remote) && !_snapshot.entries.contains(copy.copy);
+    });
+}
+
+void PushPlan::_TellDeletedFolders() {
+    for (const QString& path : _knownFolders) {
+        if (_snapshot.entries.contains(path) || _context.Excluded().HasFolderAt(path)) {
+            continue;
+        }
+        if (_remote.HasFolder(path)) {
+            _context.Report(SyncEvent::Kind::DeletedHere, path);
+        } else if (!_remote.IsRefused(path)) {
+            _context.Records().ForgetFolder(path);
+        }
+    }
+}
+
+void PushPlan::_MakeFolders() {
+    std::set<QString> missing;
+    for (auto entry = _snapshot.entries.begin(); entry != _snapshot.entries.end(); ++entry) {
+        const QString& path = entry.key();
+        if (entry->kind != LocalEntry::Kind::Folder || _remote.HasFolder(path)) {
+            continue;
+        }
+        missing.insert(path);
+        if (!_knownFolders.contains(path)) {
+            _neededFolders.insert(path);
+            _NeedFoldersOf(path);
+        }
+    }
+    for (const QString& path : missing) {
+        if (_blockedFolders.contains(path) || _blockedFolders.contains(FolderOf(path)) || _remote.IsRefused(path)) {
+            _blockedFolders.insert(path);
+        } else if (!_neededFolders.contains(path)) {
+            _context.Report(SyncEvent::Kind::Kept, path,
+                            QStringLiteral("it was deleted on the service, and is not made again"));
+        } else if (!_MakeFolder(path)) {
+            _blockedFolders.insert(path);
+        }
+        _context.ThrowIfStopped();
+    }
+}
+
+bool PushPlan::_MakeFolder(const QString& path) {
+    if (!_context.Options().isTrial) {
+        try {
+            FolderConfiguration folder = _context.Service().FolderAt(path);
+            if (_context.Service().folders->FolderExists(folder)) {
+                _context.Report(
+                    SyncEvent::Kind::Refused, path,
+                    QStringLiteral("the service has something of this name that it does not list; what lies "
+                                   "in it stays here"));
+                return false;
+            }
+            _context.Service().folders->CreateFolder(folder, QString(), false);
+            _context.ReportSuccess();
+            _context.Records().WriteFolder(path);
+        } catch (const std::exception&) {
+            _context.ReportFailure(path, std::current_exception());
+            return false;
+        }
+    }
+    _context.Report(SyncEvent::Kind::FolderSent, path);
+    return true;
+}
+
+void PushPlan::_NeedFoldersOf(const QString& path) {
+    for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
+        _neededFolders.insert(folder);
+    }
+}
+
+}  // namespace syncing
+}  // namespace ovsync

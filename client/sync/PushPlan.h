@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QMultiHash>
+#include <QSet>
+#include <QString>
+#include <deque>
+
+#include "client/store/ConflictCopy.h"
+#include "client/sync/PassContext.h"
+#include "client/sync/PushOrder.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// What a push has to do, found out file by file as PushDecision says. What needs no transfer is done on the way:
+/// missing folders are made on the service, records written and forgotten, conflicts told of. Not thread-safe.
+class PushPlan {
+public:
+    /// The arguments outlive this object.
+    PushPlan(PassContext& context, const RemoteTree& remote, const LocalSnapshot& snapshot);
+
+    std::deque<PushOrder> FindOrders();
+
+private:
+    void _Decide(const QString& path);
+    void _Order(const QString& path, const LocalEntry& here);
+    bool _IsResolved(const QString& path, const sync::config::FileConfiguration& remote) const;
+    void _TellDeletedFolders();
+    void _MakeFolders();
+    /// False when it cannot be made.
+    bool _MakeFolder(const QString& path);
+    /// The folders above `path` have to be there.
+    void _NeedFoldersOf(const QString& path);
+
+    PassContext& _context;
+    const RemoteTree& _remote;
+    const LocalSnapshot& _snapshot;
+    QSet<QString> _copies;
+    QMultiHash<QString, store::ConflictCopy> _copiesOf;
+    QSet<QString> _knownFolders;
+    /// Those in which something new lies.
+    QSet<QString> _neededFolders;
+    QSet<QString> _blockedFolders;
+    std::deque<PushOrder> _orders;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace ovsync {
+namespace syncing {
+
+/// What the service has of a name, seen beside the record of the local file.
+enum class RemoteState {
+    Nothing,
+    /// The file that the record is of.
+    Same,
+    /// A file, and it is another version than that of the record, or there is no record.
+    New,
+    Folder
+};
+
+}  // namespace syncing
+}  // namespace ovsync

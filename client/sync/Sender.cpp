@@ -1,0 +1,167 @@
+#include "client/sync/Sender.h"
+
+#include <QFileInfo>
+#include <utility>
+
+#include "client/sync/LocalContent.h"
+#include "client/sync/Names.h"
+#include "client/sync/Stopped.h"
+#include "client/sync/Version.h"
+
+namespace ovsync {
+namespace syncing {
+
+using http::UploadOutcome;
+using store::FileRecord;
+using sync::config::FileConfiguration;
+
+namespace {
+
+const std::chrono::milliseconds ProgressInterval(200);
+
+// So that there is always one waiting for a thread.
+const int MaxUnfinished = 64;
+
+}  // namespace
+
+void Sender::Run(std::deque<PushOrder> orders) {
+    if (orders.empty()) {
+        return;
+    }
+    _orders = std::move(orders);
+    _progress.allFiles = static_cast<int>(_orders.size());
+    for (const PushOrder& order : _orders) {
+        _progress.allBytes += order.size;
+    }
+    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
+    while (!_orders.empty() || pool.Unfinished() > 0) {
+        while (!_orders.empty() && pool.Unfinished() < MaxUnfinished) {
+            _Start(pool);
+        }
+        std::vector<std::unique_ptr<Upload>> finished = pool.TakeFinished(ProgressInterval);
+        if (*_context.Options().isStopped) {
+            pool.Cancel();
+            while (pool.Unfinished() > 0) {
+                for (std::unique_ptr<Upload>& upload : pool.TakeFinished(ProgressInterval)) {
+                    finished.push_back(std::move(upload));
+                }
+            }
+            for (const std::unique_ptr<Upload>& upload : finished) {
+                if (!upload->Error() && !upload->IsToBeSent()) {
+                    _TakeSent(*upload);
+                }
+            }
+            throw Stopped();
+        }
+        for (std::unique_ptr<Upload>& upload : finished) {
+            _Take(std::move(upload), pool);
+        }
+        _progress.doneBytes = _bytes;
+        _context.ReportProgress(_progress);
+    }
+}
+
+void Sender::_Start(Pool& pool) {
+    const PushOrder order = std::move(_orders.front());
+    _orders.pop_front();
+    const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
+    if (url.isEmpty()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path, QStringLiteral("there is no URL for such a path"));
+        return;
+    }
+    pool.Start(std::make_unique<Upload>(_context.Tree(), order, url, _bytes, *_context.Options().isStopped));
+}
+
+void Sender::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
+    const QString path = upload->Order().path;
+    try {
+        if (upload->Error()) {
+            std::rethrow_exception(upload->Error());
+        }
+        _context.ReportSuccess();
+        if (!upload->IsToBeSent()) {
+            ++_progress.doneFiles;
+            _TakeSent(*upload);
+        } else if (_IsStillKnown(*upload)) {
+            pool.Start(std::move(upload));
+        } else {
+            ++_progress.doneFiles;
+        }
+    } catch (const Stopped&) {
+        throw;
+    } catch (const std::exception&) {
+        ++_progress.doneFiles;
+        _context.ReportFailure(path, std::current_exception());
+    }
+}
+
+bool Sender::_IsStillKnown(const Upload& upload) {
+    const PushOrder& order = upload.Order();
+    if (upload.Version() && upload.Version()->entityTag.isEmpty()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path,
+                        QStringLiteral("the service gives the file no entity tag, without which a change that somebody "
+                                       "else makes meanwhile could be overwritten"));
+        return false;
+    }
+    // The tag is older than this answer: when this is still what was known, so was what the tag is of.
+    const bool isKnown = upload.Version() && IdentityOf(_context.Service().files->GetFileByName(
+                                                 _context.Service().FolderAt(FolderOf(order.path)),
+                                                 NameOf(order.path))) == IdentityOf(order.remote);
+    if (!isKnown) {
+        _context.Report(SyncEvent::Kind::Conflict, order.path,
+                        QStringLiteral("it changed here, and has just changed on the service"));
+    }
+    return isKnown;
+}
+
+void Sender::_TakeSent(const Upload& upload) {
+    const QString& path = upload.Order().path;
+    if (upload.Outcome() == UploadOutcome::Refused) {
+        _context.Report(SyncEvent::Kind::Conflict, path,
+                        upload.Order().isNew ? QStringLiteral("it is new here, and has just been made on the service")
+                                             : QStringLiteral("it changed here, and has just changed on the service"));
+        return;
+    }
+    const FileRecord record = _RecordOf(upload);
+    _context.Records().WriteFile(record);
+    _context.Report(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
+    if (record.local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
+        _context.Report(SyncEvent::Kind::Refused, path,
+                        QStringLiteral("it was written while it was sent, and has to be sent again"));
+    }
+}
+
+FileRecord Sender::_RecordOf(const Upload& upload) {
+    const PushOrder& order = upload.Order();
+    const ServiceFolder& service = _context.Service();
+    FileRecord record;
+    record.path = order.path;
+    record.contentMd5 = upload.Md5();
+    record.local = Recordable(upload.Before());
+    if (!upload.After().IsUnchangedSince(upload.Before())) {
+        record.local.changed = 0;
+    }
+
+    FileConfiguration& file = record.file;
+    file = order.remote;
+    file.serverId = service.folder.serverId;
+    file.name = NameOf(order.path);
+    file.serverPath = service.ServerPath(order.path);
+    file.localPath = service.folder.localPath + QLatin1Char('/') + order.path;
+    service.updater->UpdateCustomFileConfigAfterUpload(service.FolderAt(FolderOf(order.path)), file,
+                                                       QFileInfo(file.localPath));
+    file.size = upload.Before().size;
+    file.lastModifiedDate = upload.Version() ? upload.Version()->lastModified : QDateTime();
+
+    const bool isOurs = upload.Version() && IsContentOf(file, upload.Version()->size, upload.Md5());
+    if (!isOurs) {
+        // Somebody was quick. The next pull has to take what is there for another version, whatever it looks like.
+        file.versionId.clear();
+        file.md5Checksum.clear();
+        file.lastModifiedDate = QDateTime();
+    }
+    return record;
+}
+
+}  // namespace syncing
+}  // namespace ovsync

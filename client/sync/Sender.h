@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <vector>
+
+#include "client/sync/PassContext.h"
+#include "client/sync/TransferPool.h"
+#include "client/sync/Upload.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// Sends files to the service, several at once, and records what it has then. Nothing there is overwritten that was not
+/// known. For one run. Not thread-safe.
+class Sender {
+public:
+    explicit Sender(PassContext& context) : _context(context) {}
+
+    /// Throws Stopped, when what is sent is recorded, and what PassContext::ReportFailure throws.
+    void Run(std::deque<PushOrder> orders);
+
+private:
+    using Pool = TransferPool<Upload>;
+
+    void _Start(Pool& pool);
+    void _Take(std::unique_ptr<Upload> upload, Pool& pool);
+    /// Whether what is to be replaced is still what the listing had.
+    bool _IsStillKnown(const Upload& upload);
+    void _TakeSent(const Upload& upload);
+    store::FileRecord _RecordOf(const Upload& upload);
+
+    PassContext& _context;
+    std::deque<PushOrder> _orders;
+    std::atomic<qint64> _bytes{0};
+    SyncProgress _progress;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QString>
+#include <atomic>
+#include <memory>
+
+#include "host/interfaces/ISyncFilter.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// How a pass works. A plain value.
+struct SyncOptions {
+    /// Whether a pull deletes what the service has deleted.
+    bool deletes = false;
+    /// Whether everything is only said, and nothing done.
+    bool isTrial = false;
+    /// How many files may be transferred at once.
+    int transfers = 4;
+    /// What is left alone on both sides; null for nothing.
+    std::shared_ptr<sync::interf::ISyncFilter> filter;
+    /// A text that differs when `filter` does.
+    QString filterText;
+    /// Becomes true when the pass is to end early. Must not be null; outlives the pass.
+    const std::atomic<bool>* isStopped = nullptr;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <QCryptographicHash>
+#include <QString>
+#include <QUrl>
+#include <atomic>
+#include <exception>
+#include <memory>
+#include <optional>
+
+#include "client/http/IContentSession.h"
+#include "client/sync/ILocalTree.h"
+#include "client/sync/PushOrder.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// Sends one file, in two runs when it replaces another: the first asks for the entity tag of what is to be replaced,
+/// so that it can be looked at before the second. Run by one thread, used by another one in between and afterwards.
+class Upload : private http::ContentSource {
+public:
+    /// `bytes` counts what was sent; `isStopped` ends waiting.
+    Upload(ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,
+           const std::atomic<bool>& isStopped);
+
+    void Run(http::IContentSession& session) noexcept;
+
+    const PushOrder& Order() const { return _order; }
+    /// Whether only the first of two runs is over.
+    bool IsToBeSent() const { return _isToBeSent; }
+    /// Null when the last run succeeded, and then the rest is there.
+    std::exception_ptr Error() const { return _error; }
+    /// What the service has now: before the file was sent, or afterwards. None when it has no such file.
+    const std::optional<http::ContentVersion>& Version() const { return _version; }
+
+    http::UploadOutcome Outcome() const { return _outcome; }
+    /// Of what was sent, in hexadecimal.
+    const QString& Md5() const { return _md5Text; }
+    /// Of the local file before and after it was sent.
+    const store::Fingerprint& Before() const { return _before; }
+    const store::Fingerprint& After() const { return _after; }
+
+private:
+    void Restart() override;
+    size_t Read(char* bytes, size_t size) override;
+    std::optional<http::ContentVersion> _LookForTag(http::IContentSession& session);
+    void _Send(http::IContentSession& session);
+
+    ILocalTree& _tree;
+    const PushOrder _order;
+    const QUrl _url;
+    std::atomic<qint64>& _bytes;
+    const std::atomic<bool>& _isStopped;
+    qint64 _size = 0;
+    std::unique_ptr<IReadableFile> _file;
+    QCryptographicHash _md5{QCryptographicHash::Md5};
+
+    bool _isToBeSent = false;
+    std::exception_ptr _error;
+    std::optional<http::ContentVersion> _version;
+    http::UploadOutcome _outcome = http::UploadOutcome::Refused;
+    QString _md5Text;
+    store::Fingerprint _before;
+    store::Fingerprint _after;
+};
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,36 @@
+#include "client/sync/Version.h"
+
+#include <limits>
+
+namespace ovsync {
+namespace syncing {
+
+using sync::config::FileConfiguration;
+
+QString IdentityOf(const FileConfiguration& file) {
+    if (!file.versionId.isEmpty() || !file.md5Checksum.isEmpty()) {
+        return file.itemId + QLatin1Char('\n') + file.versionId + QLatin1Char('\n') + file.md5Checksum.toLower();
+    }
+    return QString::number(file.lastModifiedDate.isValid() ? file.lastModifiedDate.toMSecsSinceEpoch() : -1) +
+           QLatin1Char('\n') + QString::number(ListedSize(file.size));
+}
+
+qint64 ListedSize(qint64 size) {
+    if (size > std::numeric_limits<quint32>::max()) {
+        return -1;
+    }
+    return size > std::numeric_limits<qint32>::max() ? size - (Q_INT64_C(1) << 32) : size;
+}
+
+qint64 LikelySize(qint64 listed) {
+    return listed < 0 ? listed + (Q_INT64_C(1) << 32) : listed;
+}
+
+bool IsContentOf(const FileConfiguration& file, qint64 size, const QString& md5) {
+    const bool isSized = ListedSize(size) == ListedSize(file.size);
+    return isSized &&
+           (md5.isEmpty() || file.md5Checksum.isEmpty() || md5.compare(file.md5Checksum, Qt::CaseInsensitive) == 0);
+}
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+#include "host/configuration/FileConfiguration.h"
+
+/// How one version of a service's file is known from another. Thread-safe.
+
+namespace ovsync {
+namespace syncing {
+
+/// Differs between two versions of a file, and between a file and one that was made in its place later. On a server
+/// that names neither versions nor checksums, the date and the size have to do.
+QString IdentityOf(const sync::config::FileConfiguration& file);
+
+/// A size as a listing has it, in 32 bits with a sign: negative from 2 GiB on, -1 from 4 GiB on.
+qint64 ListedSize(qint64 size);
+
+/// The smallest size that a listing has as `listed`.
+qint64 LikelySize(qint64 listed);
+
+/// Whether content of `size` bytes can be what a listing describes as `file`; an empty `md5` is not looked at.
+bool IsContentOf(const sync::config::FileConfiguration& file, qint64 size, const QString& md5);
+
+}  // namespace syncing
+}  // namespace ovsync

@@ -1,0 +1,261 @@
+#include "client/store/RecordDatabase.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "client/store/FileConfigManager.h"
+#include "client/store/StoreError.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using ovsync::store::ConflictCopy;
+using ovsync::store::FileConfigManager;
+using ovsync::store::FileRecord;
+using ovsync::store::Placement;
+using ovsync::store::RecordDatabase;
+using ovsync::store::StoreError;
+using testing::HasSubstr;
+
+QString Text(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
+FileRecord Record(const char* path) {
+    FileRecord record;
+    record.path = Text(path);
+    record.file.serverId = 3;
+    record.file.name = Text("n\xC3\xA9");
+    record.file.serverPath = Text("S/x");
+    record.file.attribute = Text("a");
+    record.file.md5Checksum = Text("0cc175b9c0f1b6a831c399e269772661");
+    record.file.createdDate = QDateTime::fromMSecsSinceEpoch(-5, Qt::UTC);
+    record.file.lastModifiedDate = QDateTime::fromMSecsSinceEpoch(1234567890123, Qt::UTC);
+    record.file.size = -2;
+    for (const char* key : {"version", "versionId", "resourceId", "visibility"}) {
+        record.file.customProperties.insert(Text(key), Text(key));
+    }
+    record.file.ownerId = Text("ann");
+    record.file.itemId = Text("i-1");
+    record.file.versionId = Text("i-1-2");
+    record.file.setPrivileges(Text("rw"));
+    record.file.setSyncOptionPersistentAcrossMachines({Text("a"), Text("b")});
+    record.local.inode = ~quint64(0);
+    record.local.size = Q_INT64_C(5000000000);
+    record.local.modified = 1;
+    record.local.changed = 2;
+    record.contentMd5 = Text("m");
+    return record;
+}
+
+class RecordDatabaseTest : public testing::Test {
+protected:
+    QString Root() const { return _folder.path(); }
+    QString File() const { return Root() + Text("/.ovsync/records.db"); }
+
+    std::string ErrorOfOpening(RecordDatabase::Access access = RecordDatabase::Access::Change) {
+        try {
+            const RecordDatabase database(Root(), access);
+        } catch (const StoreError& e) {
+            return e.what();
+        }
+        return "none";
+    }
+
+    void Run(const char* sql) {
+        sqlite3* handle = nullptr;
+        ASSERT_EQ(sqlite3_open(File().toUtf8().constData(), &handle), SQLITE_OK);
+        EXPECT_EQ(sqlite3_exec(handle, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
+        sqlite3_close(handle);
+    }
+
+    QByteArray Bytes() {
+        QFile file(File());
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    }
+
+private:
+    QTemporaryDir _folder;
+};
+
+TEST_F(RecordDatabaseTest, ARecordComesBackAsItWas) {
+    RecordDatabase(Root(), RecordDatabase::Access::Change).WriteFile(Record("a/\xC3\xA9"));
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    const FileRecord written = Record("a/\xC3\xA9");
+    const std::optional<FileRecord> read = database.FindFile(written.path);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->path, written.path);
+    EXPECT_EQ(read->file.serverId, written.file.serverId);
+    EXPECT_EQ(read->file.name, written.file.name);
+    EXPECT_EQ(read->file.serverPath, written.file.serverPath);
+    EXPECT_EQ(read->file.attribute, written.file.attribute);
+    EXPECT_EQ(read->file.md5Checksum, written.file.md5Checksum);
+    EXPECT_EQ(read->file.createdDate, written.file.createdDate);
+    EXPECT_EQ(read->file.lastModifiedDate, written.file.lastModifiedDate);
+    EXPECT_EQ(read->file.size, written.file.size);
+    EXPECT_EQ(read->file.customProperties, written.file.customProperties);
+    EXPECT_EQ(read->file.ownerId, written.file.ownerId);
+    EXPECT_EQ(read->file.itemId, written.file.itemId);
+    EXPECT_EQ(read->file.versionId, written.file.versionId);
+    EXPECT_FALSE(read->file.linksExtractedAtTime.isValid());
+    EXPECT_EQ(read->file.getPrivileges(), written.file.getPrivileges());
+    EXPECT_EQ(read->file.getSyncOptionPersistentAcrossMachines(), written.file.getSyncOptionPersistentAcrossMachines());
+    EXPECT_EQ(read->local.inode, written.local.inode);
+    EXPECT_EQ(read->local.size, written.local.size);
+    EXPECT_EQ(read->local.modified, written.local.modified);
+    EXPECT_EQ(read->local.changed, written.local.changed);
+    EXPECT_EQ(read->contentMd5, written.contentMd5);
+}
+
+TEST_F(RecordDatabaseTest, ARecordIsReplacedAndForgotten) {
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    database.WriteFile(Record("a"));
+    FileRecord changed = Record("a");
+    changed.file.size = 7;
+    database.WriteFile(changed);
+    EXPECT_EQ(database.FilePaths(), QStringList(Text("a")));
+    EXPECT_EQ(database.FindFile(Text("a"))->file.size, 7);
+    EXPECT_FALSE(database.FindFile(Text("A")));
+    database.ForgetFile(Text("a"));
+    EXPECT_FALSE(database.FindFile(Text("a")));
+}
+
+TEST_F(RecordDatabaseTest, PlacementsCopiesFoldersAndSettingsComeBack) {
+    Placement placement;
+    placement.temporary = Text("t");
+    placement.record = Record("p");
+    placement.isRemoval = true;
+    placement.old.inode = 1;
+    placement.old.size = 2;
+    placement.old.modified = 3;
+    {
+        RecordDatabase database(Root(), RecordDatabase::Access::Change);
+        database.WritePlacement(placement);
+        database.WriteCopy({Text("copy"), Text("path"), Text("identity\n1")});
+        database.WriteFolder(Text("f/g"));
+        database.WriteFolder(Text("f"));
+        database.WriteFolder(Text("f"));
+        database.WriteSetting(Text("s"), Text("1"));
+        database.WriteSetting(Text("s"), Text("2"));
+    }
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    ASSERT_EQ(database.Placements().size(), 1);
+    const Placement read = database.Placements().first();
+    EXPECT_EQ(read.temporary, placement.temporary);
+    EXPECT_EQ(read.record.path, placement.record.path);
+    EXPECT_EQ(read.record.contentMd5, placement.record.contentMd5);
+    EXPECT_TRUE(read.isRemoval);
+    EXPECT_EQ(read.old.inode, 1U);
+    EXPECT_EQ(read.old.size, 2);
+    EXPECT_EQ(read.old.modified, 3);
+    ASSERT_EQ(database.Copies().size(), 1);
+    EXPECT_EQ(database.Copies().first().identity, Text("identity\n1"));
+    EXPECT_EQ(database.Folders(), QStringList({Text("f"), Text("f/g")}));
+    EXPECT_EQ(database.Setting(Text("s")), Text("2"));
+    EXPECT_EQ(database.Setting(Text("other")), QString());
+
+    database.ForgetPlacement(read);
+    database.ForgetCopy(database.Copies().first());
+    database.ForgetFolder(Text("f"));
+    EXPECT_TRUE(database.Placements().isEmpty());
+    EXPECT_TRUE(database.Copies().isEmpty());
+    EXPECT_EQ(database.Folders(), QStringList(Text("f/g")));
+}
+
+TEST_F(RecordDatabaseTest, WhatWasNotCommittedIsUndone) {
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    {
+        const RecordDatabase::Transaction transaction(database);
+        database.WriteFile(Record("a"));
+    }
+    EXPECT_FALSE(database.FindFile(Text("a")));
+    {
+        RecordDatabase::Transaction transaction(database);
+        database.WriteFile(Record("a"));
+        transaction.Commit();
+    }
+    EXPECT_TRUE(database.FindFile(Text("a")));
+}
+
+TEST_F(RecordDatabaseTest, OnlyOneCanBeOpen) {
+    {
+        const RecordDatabase database(Root(), RecordDatabase::Access::Change);
+        EXPECT_THAT(ErrorOfOpening(), HasSubstr("another process"));
+        EXPECT_THAT(ErrorOfOpening(RecordDatabase::Access::Try), HasSubstr("another process"));
+    }
+    EXPECT_EQ(ErrorOfOpening(), "none");
+}
+
+TEST_F(RecordDatabaseTest, AProgramThatReadsTheDatabaseIsInTheWay) {
+    ErrorOfOpening();
+    sqlite3* other = nullptr;
+    ASSERT_EQ(sqlite3_open(File().toUtf8().constData(), &other), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(other, "BEGIN; SELECT * FROM files", nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_THAT(ErrorOfOpening(), HasSubstr("another process"));
+    sqlite3_close(other);
+    EXPECT_EQ(ErrorOfOpening(), "none");
+}
+
+TEST_F(RecordDatabaseTest, ANewerFormatIsRefusedAndLeftAsItIs) {
+    ErrorOfOpening();
+    Run("PRAGMA user_version = 2");
+    const QByteArray before = Bytes();
+    EXPECT_THAT(ErrorOfOpening(), HasSubstr("newer version"));
+    EXPECT_THAT(ErrorOfOpening(RecordDatabase::Access::Try), HasSubstr("newer version"));
+    EXPECT_EQ(Bytes(), before);
+}
+
+TEST_F(RecordDatabaseTest, ADamagedDatabaseIsNamed) {
+    ASSERT_TRUE(QDir(Root()).mkdir(Text(".ovsync")));
+    QFile file(File());
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray(10000, 'x'));
+    file.close();
+    EXPECT_THAT(ErrorOfOpening(), HasSubstr("records.db: file is not a database"));
+    EXPECT_EQ(Bytes(), QByteArray(10000, 'x'));
+}
+
+TEST_F(RecordDatabaseTest, ALinkInPlaceOfTheHiddenFolderIsNotFollowed) {
+    const QTemporaryDir elsewhere;
+    ASSERT_TRUE(QFile::link(elsewhere.path(), Root() + Text("/.ovsync")));
+    EXPECT_THAT(ErrorOfOpening(), HasSubstr(".ovsync: "));
+    EXPECT_TRUE(QDir(elsewhere.path()).isEmpty());
+}
+
+TEST_F(RecordDatabaseTest, ATrialLeavesNoTrace) {
+    {
+        RecordDatabase trial(Root(), RecordDatabase::Access::Try);
+        trial.WriteFile(Record("a"));
+        EXPECT_TRUE(trial.FindFile(Text("a")));
+    }
+    EXPECT_TRUE(QDir(Root()).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot));
+
+    RecordDatabase(Root(), RecordDatabase::Access::Change).WriteFile(Record("b"));
+    const QByteArray before = Bytes();
+    {
+        RecordDatabase trial(Root(), RecordDatabase::Access::Try);
+        EXPECT_TRUE(trial.FindFile(Text("b")));
+        trial.ForgetFile(Text("b"));
+    }
+    EXPECT_EQ(Bytes(), before);
+    EXPECT_EQ(QDir(Root() + Text("/.ovsync")).entryList(QDir::Files), QStringList(Text("records.db")));
+}
+
+TEST_F(RecordDatabaseTest, ALibraryFindsARecordByItsLocalPathAndServer) {
+    const auto database = std::make_shared<RecordDatabase>(Root(), RecordDatabase::Access::Change);
+    database->WriteFile(Record("a/b"));
+    FileConfigManager manager(database, Root(), 1);
+    EXPECT_EQ(manager.GetFileConfiguration(Root() + Text("/a/b"), 1).itemId, Text("i-1"));
+    EXPECT_EQ(manager.GetFileConfiguration(Root() + Text("/a/b"), 1).localPath, Root() + Text("/a/b"));
+    EXPECT_EQ(manager.GetFileConfiguration(Root() + Text("/a/b"), 2).itemId, QString());
+    EXPECT_EQ(manager.GetFileConfiguration(Root() + Text("/a"), 1).itemId, QString());
+    EXPECT_EQ(manager.GetFileConfiguration(Text("/a/b"), 1).itemId, QString());
+}
+
+}  // namespace
