@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <QTextCodec>
 #include <algorithm>
 #include <chrono>
 #include <exception>
@@ -23,6 +24,8 @@
 #include "client/cli/MakeFolderCommand.h"
 #include "client/cli/MoveCommand.h"
 #include "client/cli/Progress.h"
+#include "client/cli/PullCommand.h"
+#include "client/cli/PushCommand.h"
 #include "client/cli/RemoveCommand.h"
 #include "client/cli/SettingsCommand.h"
 #include "client/cli/SizeCommand.h"
@@ -31,6 +34,9 @@
 #include "client/cli/UsageError.h"
 #include "client/cli/VersionCommand.h"
 #include "client/http/DateReader.h"
+#include "client/store/StoreError.h"
+#include "client/sync/LocalError.h"
+#include "client/sync/WrongFolder.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
@@ -41,7 +47,9 @@ namespace {
 using sync::http::HttpException;
 
 const char* const Footer =
-    "Exit status: 0 done, 1 the service said no, 2 wrong usage, 3 the service could not be reached or understood.\n"
+    "Exit status: 0 done, 1 the service said no or something was left to be done, 2 wrong usage, 3 the service could "
+    "not "
+    "be reached or understood.\n"
     "The password of a user comes from the environment variable OVSYNC_PASSWORD, from ~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";
 
@@ -51,6 +59,7 @@ const char* const AgentFooter = "Exit status: 0 it runs, 1 it does not, 2 wrong 
 struct Arguments {
     std::string url;
     std::string destination;
+    std::string directory;
     std::string user;
     std::string caFile;
     std::string since;
@@ -59,6 +68,9 @@ struct Arguments {
     bool isLong = false;
     bool isJson = false;
     bool withParents = false;
+    bool deletes = false;
+    bool isTrial = false;
+    int transfers = 4;
 
     ConnectionOptions Connecting() const {
         ConnectionOptions options;
@@ -96,9 +108,15 @@ struct Arguments {
         }
         return globs;
     }
+
+    SyncArguments Syncing() const {
+        return {QString::fromStdString(directory), Excluded(), deletes, isTrial, isJson, transfers};
+    }
 };
 
-using Command = std::function<void(Connection&, const Location&, const Arguments&, Output&)>;
+using Command = std::function<ExitCode(Connection&, const Location&, const Arguments&, Output&)>;
+/// A command that is done when it does not throw.
+using Action = std::function<void(Connection&, const Location&, const Arguments&, Output&)>;
 /// A command that needs no service.
 using LocalCommand = std::function<ExitCode(const Arguments&, Output&)>;
 
@@ -135,13 +153,7 @@ public:
                            MeasureTree(connection, location, given.Excluded(), given.isJson, output);
                        });
         _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
-        command
-            ->add_option(
-                "--exclude", _arguments.excluded,
-                "Leave out files, and folders with what lies in them, whose name GLOB matches; can be repeated")
-            ->type_name("GLOB")
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        _AddExclude(command);
         _treeCommands.push_back(command);
 
         command = _Add("stat", "Prints what the service knows of one folder or file.",
@@ -171,6 +183,22 @@ public:
                  });
         _AddUrl(command, "FROM", "The folder, for example http://host/folder/", _arguments.url);
         _AddUrl(command, "TO", "Its new URL, for example http://host/elsewhere/name/", _arguments.destination);
+
+        command = _AddCommand("pull", "Brings a local folder in step with a folder of the service.",
+                              [](Connection& connection, const Location& location, const Arguments& given,
+                                 Output& output) { return Pull(connection, location, given.Syncing(), output); });
+        _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
+        _AddUrl(command, "DIR", "The local folder, which must be there", _arguments.directory);
+        command->add_flag("--delete", _arguments.deletes,
+                          "Delete here what the service has deleted, unless it was changed here");
+        _AddPassOptions(command);
+
+        command = _AddCommand("push", "Brings a folder of the service in step with a local folder; deletes nothing.",
+                              [](Connection& connection, const Location& location, const Arguments& given,
+                                 Output& output) { return Push(connection, location, given.Syncing(), output); });
+        _AddUrl(command, "DIR", "The local folder, which must be there", _arguments.directory);
+        _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
+        _AddPassOptions(command);
 
         command = _Add("settings", "Shows how synchronisation is tuned, and what the service publishes about it.",
                        [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
@@ -205,7 +233,16 @@ public:
     }
 
 private:
-    CLI::App* _Add(const char* name, const char* description, const Command& action) {
+    CLI::App* _Add(const char* name, const char* description, const Action& action) {
+        return _AddCommand(
+            name, description,
+            [action](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                action(connection, location, given, output);
+                return Done;
+            });
+    }
+
+    CLI::App* _AddCommand(const char* name, const char* description, const Command& action) {
         CLI::App* const command = _app.add_subcommand(name, description);
         command->add_option("-u,--user", _arguments.user, "Name to log in with")->type_name("USER");
         _AddJson(command);
@@ -243,6 +280,25 @@ private:
         command->add_option(name, url, description)->required();
     }
 
+    void _AddExclude(CLI::App* command) {
+        command
+            ->add_option(
+                "--exclude", _arguments.excluded,
+                "Leave out files, and folders with what lies in them, whose name GLOB matches; can be repeated")
+            ->type_name("GLOB")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+
+    void _AddPassOptions(CLI::App* command) {
+        _AddExclude(command);
+        command->add_flag("-n,--dry-run", _arguments.isTrial, "Only say what would be done, and change nothing");
+        command->add_option("-j,--transfers", _arguments.transfers, "Transfer up to N files at once (4 unless given)")
+            ->type_name("N")
+            ->check(CLI::Range(1, 64));
+        _treeCommands.push_back(command);
+    }
+
     void _AddLong(CLI::App* command) {
         command
             ->add_flag("-l,--long", _arguments.isLong,
@@ -269,6 +325,8 @@ bool RefusesTrees(int status, const QString& answer) {
 }  // namespace
 
 ExitCode RunCommandLine(int argc, const char* const* argv) {
+    // Names of files are UTF-8, whatever the locale is.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     log4cplus::Logger log = log4cplus::Logger::getRoot();
     log.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
     const LoggedErrors loggedErrors(
@@ -303,12 +361,21 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         }
         const Location location = Location::FromUrl(QString::fromStdString(arguments.url));
         connection.emplace(location, arguments.Connecting());
-        (*commands.Parsed())(*connection, location, arguments, output);
+        const ExitCode exitCode = (*commands.Parsed())(*connection, location, arguments, output);
         output.Flush();
-        return Done;
+        return exitCode;
     } catch (const UsageError& e) {
         Complain(e.what());
         return WrongUsage;
+    } catch (const syncing::WrongFolder& e) {
+        Complain(e.what());
+        return WrongUsage;
+    } catch (const syncing::LocalError& e) {
+        Complain(e.what());
+        return Refused;
+    } catch (const store::StoreError& e) {
+        Complain(e.what());
+        return Refused;
     } catch (const HttpException& e) {
         const QString answer = connection->LastAnswer();
         Complain(e.what());

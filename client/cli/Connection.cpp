@@ -1,10 +1,13 @@
 #include "client/cli/Connection.h"
 
 #include <QCoreApplication>
+#include <utility>
 
 #include "client/cli/Password.h"
 #include "client/cli/PublishedConfig.h"
+#include "client/cli/RemoteFileManagerFactory.h"
 #include "client/http/AccountSessions.h"
+#include "client/http/ContentSession.h"
 #include "client/http/DrovaneHttp.h"
 #include "client/http/HttpFactory.h"
 #include "client/http/RequestAuthenticatorFactory.h"
@@ -12,6 +15,7 @@
 #include "client/http/ServerConfigManager.h"
 #include "client/http/SyncConfigWatch.h"
 #include "client/http/UrlBuilder.h"
+#include "dvsync/DrovaneCustomFileConfigUpdater.h"
 #include "dvsync/ExternalSyncConfigManager.h"
 #include "host/configurationfactory/ConfigurationFactory.h"
 #include "host/core/SyncException.h"
@@ -24,9 +28,11 @@ namespace {
 // The command line knows one server at a time.
 const int TheServerId = 1;
 
-class ConnectionConfiguration : public sync::interf::factory::IConfigurationFactory {
+}  // namespace
+
+class Connection::Configuration : public sync::interf::factory::IConfigurationFactory {
 public:
-    explicit ConnectionConfiguration(const sync::config::ServerConfiguration& account) : _account(account) {}
+    explicit Configuration(const sync::config::ServerConfiguration& account) : _account(account) {}
 
     std::shared_ptr<sync::interf::IServerConfigManager> CreateServerConfigManager() override {
         return std::make_shared<http::ServerConfigManager>(
@@ -34,34 +40,38 @@ public:
     }
 
     std::shared_ptr<sync::interf::IFileConfigManager> CreateFileConfigManager() override {
-        throw sync::core::SyncException(QStringLiteral("There are no records of synced files here."));
+        if (!_records) {
+            throw sync::core::SyncException(QStringLiteral("There are no records of synced files here."));
+        }
+        return _records;
     }
+
+    void SetRecords(std::shared_ptr<sync::interf::IFileConfigManager> records) { _records = std::move(records); }
 
 private:
     const sync::config::ServerConfiguration _account;
+    std::shared_ptr<sync::interf::IFileConfigManager> _records;
 };
 
-}  // namespace
-
-Connection::Connection(const Location& location, const ConnectionOptions& options) {
+Connection::Connection(const Location& location, const ConnectionOptions& options) : _settings(options.session) {
     const QString user = options.user.isEmpty() ? location.user : options.user;
     const QString password = user.isEmpty() ? QString() : FindPassword(user, location.baseUrl.host());
-    const auto authenticators = std::make_shared<http::RequestAuthenticatorFactory>(user, password);
+    _authenticators = std::make_shared<http::RequestAuthenticatorFactory>(user, password);
 
     const auto sessions = std::make_shared<http::AccountSessions>(options.session);
     const auto httpFactory = std::make_shared<http::HttpFactory>(sessions);
     const auto urlBuilder = std::make_shared<http::UrlBuilder>();
     _account.baseUrl = location.baseUrl;
-    const auto configuration = std::make_shared<ConnectionConfiguration>(_account);
-    _session = sessions->Of(TheServerId, *authenticators);
-    _networkAccess = std::make_shared<http::NetworkAccessManagerFactory>(authenticators, TheServerId, location.baseUrl,
+    _configuration = std::make_shared<Configuration>(_account);
+    _session = sessions->Of(TheServerId, *_authenticators);
+    _networkAccess = std::make_shared<http::NetworkAccessManagerFactory>(_authenticators, TheServerId, location.baseUrl,
                                                                          options.session);
-    sync::factory::ConfigurationFactory::Install(configuration);
-    _files = std::make_unique<sync::dv::dvsync::DrovaneRemoteFileManager>(
-        urlBuilder, std::make_shared<http::RequestManager>(_session), TheServerId, authenticators, httpFactory,
-        _networkAccess, nullptr);
-    _folders = std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(urlBuilder, TheServerId, authenticators,
-                                                                              httpFactory, configuration);
+    sync::factory::ConfigurationFactory::Install(_configuration);
+    _fileManagers = std::make_shared<RemoteFileManagerFactory>(
+        urlBuilder, std::make_shared<http::RequestManager>(_session), _authenticators, httpFactory, _networkAccess);
+    _files = _fileManagers->CreateRemoteFileManager(TheServerId);
+    _folders = std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(urlBuilder, TheServerId, _authenticators,
+                                                                              httpFactory, _configuration);
 }
 
 Connection::~Connection() {
@@ -81,8 +91,27 @@ std::shared_ptr<sync::interf::IExternalSyncConfigManager> Connection::FetchSyncC
     return published;
 }
 
+std::unique_ptr<sync::interf::ICustomFileConfigUpdater> Connection::NewUpdater(
+    std::shared_ptr<sync::interf::IFileConfigManager> records) {
+    _configuration->SetRecords(std::move(records));
+    return std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
+}
+
+std::unique_ptr<http::IContentSession> Connection::NewContentSession() const {
+    http::HttpSessionSettings settings = _settings;
+    // What is shown of several transfers at once is not for one of them to say.
+    settings.onProgress = nullptr;
+    return std::make_unique<http::ContentSession>(settings, _authenticators->CreateAuthenticator(TheServerId));
+}
+
+QUrl Connection::UrlOf(const QString& serverPath) const {
+    const std::shared_ptr<QUrl> url = http::UrlBuilder().BuildUrl(_account, serverPath);
+    return url ? *url : QUrl();
+}
+
 sync::config::FolderConfiguration Connection::Folder(const QString& serverPath) const {
     sync::config::FolderConfiguration folder;
+    folder.serverKey = TheServerId;
     folder.serverId = TheServerId;
     folder.name = serverPath.mid(serverPath.lastIndexOf(QLatin1Char('/')) + 1);
     folder.serverPath = serverPath;

@@ -6,10 +6,15 @@
 #include "client/cli/Location.h"
 #include "client/http/AccountSession.h"
 #include "client/http/HttpSessionSettings.h"
+#include "client/http/IContentSession.h"
 #include "client/http/NetworkAccessManagerFactory.h"
-#include "dvsync/DrovaneRemoteFileManager.h"
 #include "dvsync/DrovaneRemoteFolderManager.h"
+#include "host/interfaces/ICustomFileConfigUpdater.h"
 #include "host/interfaces/IExternalSyncConfigManager.h"
+#include "host/interfaces/IFileConfigManager.h"
+#include "host/interfaces/IRemoteFileManager.h"
+#include "host/interfaces/factory/IRemoteFileManagerFactory.h"
+#include "host/interfaces/factory/IRequestAuthenticatorFactory.h"
 
 namespace ovsync {
 namespace cli {
@@ -42,6 +47,16 @@ public:
     /// QCoreApplication, and takes it away again: there must be none.
     std::shared_ptr<sync::interf::IExternalSyncConfigManager> FetchSyncConfig();
 
+    /// What keeps the library's file records true around transfers. `records` are those that it looks links up in.
+    std::unique_ptr<sync::interf::ICustomFileConfigUpdater> NewUpdater(
+        std::shared_ptr<sync::interf::IFileConfigManager> records);
+
+    /// A session of its own for content, for another thread.
+    std::unique_ptr<http::IContentSession> NewContentSession() const;
+
+    /// The URL of a server path; empty when there is none for it.
+    QUrl UrlOf(const QString& serverPath) const;
+
     /// The next listing also answers the one after it, if that asks the same.
     void ShareNextListing() { _session->ShareNextListing(); }
 
@@ -49,11 +64,17 @@ public:
     QString LastAnswer() const { return _configAnswer.isEmpty() ? _session->LastAnswer() : _configAnswer; }
 
 private:
+    class Configuration;
+
+    const http::HttpSessionSettings _settings;
     sync::config::ServerConfiguration _account;
+    std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> _authenticators;
     std::shared_ptr<http::AccountSession> _session;
     std::shared_ptr<http::NetworkAccessManagerFactory> _networkAccess;
     QString _configAnswer;
-    std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFileManager> _files;
+    std::shared_ptr<Configuration> _configuration;
+    std::shared_ptr<sync::interf::factory::IRemoteFileManagerFactory> _fileManagers;
+    std::shared_ptr<sync::interf::IRemoteFileManager> _files;
     std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFolderManager> _folders;
 };
 
