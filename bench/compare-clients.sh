@@ -1,28 +1,39 @@
 #!/usr/bin/env bash
-# Usage: bench/compare-clients.sh [FILES]
-# Lists one folder of FILES files (20,000 unless given), and a tree of 10,000 files in 421 folders, on Apache's WebDAV module with
-# ovsync and other clients, side by side on this machine, and prints two tables. Every command runs seven times after one run that does not count; the table has medians.
+# Usage: bench/compare-clients.sh [PERCENT]
+# Lets ovsync and other clients do the same on this machine, on Apache's WebDAV module, and prints a table for each task: list one
+# folder of 20,000 files, list a tree of 10,000 files, pull 5,000 files of 4 KiB, pull one file of 1 GiB. PERCENT makes all of it
+# smaller, to try the script. Every command runs seven times after one run that does not count; the tables have medians.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-files=${1:-20000}
+percent=${1:-100}
+files=$((20000 * percent / 100))
+folders=$((20 * percent / 100 > 0 ? 20 * percent / 100 : 1))
+treeFiles=$((folders * 20 * 25))
+small=$((50 * percent / 100 > 0 ? 50 * percent / 100 : 1))
+mebibytes=$((1024 * percent / 100))
 runs=7
 
 "$root/scripts/install-packages.sh"
 "$root/scripts/install-packages.sh" "$root/bench/packages.txt"
-(cd "$root" && cmake --preset release >/dev/null && cmake --build --preset release >/dev/null)
+(cd "$root" && cmake --preset release >/dev/null && cmake --build --preset release --target ovsync >/dev/null)
 
 work=$(mktemp -d)
 trap '[ ! -f "$work/pid" ] || kill "$(cat "$work/pid")"; sleep 0.2; rm -rf "$work"' EXIT
-mkdir "$work/www" "$work/www/folder" "$work/config"
+mkdir -p "$work"/www/{folder,small,large} "$work/config"
 for ((i = 1; i <= files; ++i)); do
     printf '%0*d' $((i % 100)) 0 >"$work/www/folder/$(printf 'file-%06d.txt' "$i")"
 done
-for folder in {01..20}/{01..20}; do
+for folder in $(for ((i = 1; i <= folders; ++i)); do echo $i/{01..20}; done); do
     mkdir -p "$work/www/tree/$folder"
     for ((i = 1; i <= 25; ++i)); do
         echo "$i" >"$work/www/tree/$folder/file-$i.txt"
     done
 done
+for ((i = 1; i <= small; ++i)); do
+    mkdir "$work/www/small/$i"
+    head -c 400K /dev/urandom | split -b 4K -a 2 -d - "$work/www/small/$i/file-"
+done
+head -c "${mebibytes}M" /dev/urandom >"$work/www/large/file.bin"
 modules=/usr/lib/apache2/modules
 port=$((20000 + RANDOM % 20000))
 cat >"$work/apache.conf" <<CONF
@@ -48,8 +59,9 @@ User $(if [ "$(id -u)" -eq 0 ]; then echo www-data; else id -un; fi)
 CONF
 chmod -R a+rX "$work"
 /usr/sbin/apache2 -f "$work/apache.conf" -k start
-url=http://127.0.0.1:$port/folder/
-tree=http://127.0.0.1:$port/tree/
+base=http://127.0.0.1:$port
+url=$base/folder/
+tree=$base/tree/
 for _ in $(seq 50); do
     curl -fs -o /dev/null "$url" -X OPTIONS && break
     sleep 0.1
@@ -64,7 +76,23 @@ printf 'open %s\nls\nquit\n' "$url" >"$work/cadaver"
 
 median() { sort -n | awk '{ v[NR] = $1 } END { print v[int((NR + 1) / 2)] }'; }
 
-# row NAME EXPECTED COMMAND...: runs COMMAND, whose output must have EXPECTED lines at least.
+# heading TEXT
+heading() {
+    printf '\n%s\n\n| | wall | CPU | memory |\n|---|---|---|---|\n' "$1"
+}
+
+# measure NAME COMMAND...: runs COMMAND, after `prepare`, and prints a line of the table.
+measure() {
+    : >"$work/times"
+    for _ in $(seq $runs); do
+        prepare
+        /usr/bin/time -a -o "$work/times" -f '%e %U %S %M' "${@:2}" >/dev/null 2>&1 <"$work/cadaver"
+    done
+    printf '| %s | %s s | %s s | %s MiB |\n' "$1" "$(cut -d' ' -f1 "$work/times" | median)" \
+        "$(awk '{ print $2 + $3 }' "$work/times" | median)" "$(awk '{ printf "%.0f\n", $4 / 1024 }' "$work/times" | median)"
+}
+
+# row NAME EXPECTED COMMAND...: measures COMMAND, whose output must have EXPECTED lines at least.
 row() {
     local name=$1 expected=$2
     shift 2
@@ -74,31 +102,52 @@ row() {
         echo "$name printed $lines lines where $expected were expected" >&2
         exit 1
     fi
-    : >"$work/times"
-    for _ in $(seq $runs); do
-        /usr/bin/time -a -o "$work/times" -f '%e %U %S %M' "$@" >/dev/null 2>&1 <"$work/cadaver"
-    done
-    printf '| %s | %s s | %s s | %s MiB |\n' "$name" "$(cut -d' ' -f1 "$work/times" | median)" \
-        "$(awk '{ print $2 + $3 }' "$work/times" | median)" "$(awk '{ printf "%.0f\n", $4 / 1024 }' "$work/times" | median)"
+    prepare() { :; }
+    measure "$name" "$@"
+}
+
+# pull_row NAME FOLDER COMMAND...: measures COMMAND, which must bring all of FOLDER to $work/pulled.
+pull_row() {
+    local name=$1 folder=$2
+    shift 2
+    prepare() {
+        rm -rf "$work/pulled"
+        mkdir "$work/pulled"
+    }
+    prepare
+    "$@" >/dev/null 2>&1
+    diff -r --exclude=.ovsync "$work/www/$folder" "$work/pulled" >&2 || {
+        echo "$name did not pull all of it" >&2
+        exit 1
+    }
+    measure "$name" "$@"
 }
 
 propfind=(curl -s -X PROPFIND -H 'Depth: 1' -H 'Content-Type: application/xml')
-echo "One folder of $files files on $(/usr/sbin/apache2 -v | sed -n 's/Server version: //p'), $(nproc) cores, medians of $runs runs:"
-echo
-echo '| | wall | CPU | memory |'
-echo '|---|---|---|---|'
+ovsync=$root/build/release/bin/ovsync
+rclone=(rclone --config "$work/config/rclone.conf")
+echo "$(/usr/sbin/apache2 -v | sed -n 's/Server version: //p'), $(nproc) cores, medians of $runs runs"
+
+heading "One folder of $files files:"
 row 'bare transfer of the properties (curl)' "$files" "${propfind[@]}" --data-binary "@$work/propfind.xml" "$url"
-row '`ovsync ls -l`' "$files" "$root/build/release/bin/ovsync" ls -l "$url"
+row '`ovsync ls -l`' "$files" "$ovsync" ls -l "$url"
 row '`davix-ls -l`' "$files" davix-ls -l "$url"
-row '`rclone lsf --format pst`' "$files" rclone --config "$work/config/rclone.conf" lsf --format pst --webdav-url "$url" :webdav:
+row '`rclone lsf --format pst`' "$files" "${rclone[@]}" lsf --format pst --webdav-url "$url" :webdav:
 row '`cadaver` (ls)' "$files" cadaver
 
 propfind[5]='Depth: infinity'
-echo
-echo 'A tree of 10,000 files in 421 folders:'
-echo
-echo '| | wall | CPU | memory |'
-echo '|---|---|---|---|'
-row 'bare transfer of the properties (curl)' 10000 "${propfind[@]}" --data-binary "@$work/propfind.xml" "$tree"
-row '`ovsync tree`' 10000 "$root/build/release/bin/ovsync" tree "$tree"
-row '`rclone lsf -R`' 10000 rclone --config "$work/config/rclone.conf" lsf -R --webdav-url "$tree" :webdav:
+heading "A tree of $treeFiles files in $((folders * 21 + 1)) folders:"
+row 'bare transfer of the properties (curl)' "$treeFiles" "${propfind[@]}" --data-binary "@$work/propfind.xml" "$tree"
+row '`ovsync tree`' "$treeFiles" "$ovsync" tree "$tree"
+row '`rclone lsf -R`' "$treeFiles" "${rclone[@]}" lsf -R --webdav-url "$tree" :webdav:
+
+(cd "$work/www/small" && find . -type f | sed "s|^\./\(.*\)|url = $base/small/\1\noutput = $work/pulled/\1|") >"$work/urls"
+heading "Pulling $((small * 100)) files of 4 KiB in $small folders:"
+pull_row 'bare transfer of the files (curl)' small curl -fs --create-dirs --parallel --parallel-max 4 --config "$work/urls"
+pull_row '`ovsync pull`' small "$ovsync" pull "$base/small/" "$work/pulled"
+pull_row '`rclone copy`' small "${rclone[@]}" copy --webdav-url "$base/small/" :webdav: "$work/pulled"
+
+heading "Pulling one file of $mebibytes MiB:"
+pull_row 'bare transfer of the file (curl)' large curl -fs -o "$work/pulled/file.bin" "$base/large/file.bin"
+pull_row '`ovsync pull`' large "$ovsync" pull "$base/large/" "$work/pulled"
+pull_row '`rclone copy`' large "${rclone[@]}" copy --webdav-url "$base/large/" :webdav: "$work/pulled"
