@@ -36,6 +36,7 @@
 #include "client/http/DateReader.h"
 #include "client/store/StoreError.h"
 #include "client/sync/LocalError.h"
+#include "client/sync/SyncOptions.h"
 #include "client/sync/WrongFolder.h"
 #include "host/http/HttpException.h"
 
@@ -70,7 +71,7 @@ struct Arguments {
     bool withParents = false;
     bool deletes = false;
     bool isTrial = false;
-    int transfers = 4;
+    int transfers = syncing::SyncOptions().transfers;
 
     ConnectionOptions Connecting() const {
         ConnectionOptions options;

@@ -1,23 +1,24 @@
 #pragma once
 
+#include "client/sync/SyncOptions.h"
 #include "dvsync/DrovaneSyncServiceManager.h"
 
 namespace ovsync {
 namespace syncing {
 
-/// How this client synchronises: what the library says, and of its own the numbers below. Thread-safe.
+/// How this client synchronises: what the library says, and of its own what its passes do. Thread-safe.
 class SyncConfiguration : public sync::dv::dvsync::DrovaneSyncServiceManager {
 public:
     using DrovaneSyncServiceManager::DrovaneSyncServiceManager;
 
-    /// 4: more at once gain little against one server, and take its connections from others.
-    int GetMaxParallelTransfers() override { return 4; }
+    /// Unless the user says otherwise.
+    int GetMaxParallelTransfers() override { return SyncOptions().transfers; }
 
-    /// 2, which outlasts a server that restarts, and not one that is down.
-    int GetMaxTransferRetries() override { return 2; }
+    /// 0: what failed is left to the next pass.
+    int GetMaxTransferRetries() override { return 0; }
 
-    /// 3
-    int GetMaxFailedPasses() override { return 3; }
+    /// 0: each pass tells at its end what failed.
+    int GetMaxFailedPasses() override { return 0; }
 };
 
 }  // namespace syncing

@@ -66,7 +66,7 @@ TEST(SettingsCommandTest, JsonHasEveryValueOfBothSides) {
             "syncFrequency": 180, "incrementalSync": true, "incrementalSyncOfPath": true,
             "minIncrementalFileSize": 102400, "maxIncrementalChange": 0.5, "maxIncrementalDelta": 0.7,
             "uploadFinishedLimits": null, "referenceChangeLimits": null, "referenceQueryLimits": null,
-            "maxParallelTransfers": 4, "maxTransferRetries": 2, "delayAfterServerError": 0, "maxFailedPasses": 3
+            "maxParallelTransfers": 4, "maxTransferRetries": 0, "delayAfterServerError": 0, "maxFailedPasses": 0
         },
         "service": {
             "syncFrequency": 60, "mostCurrentVersion": "KQ52_1040_WIN",
