@@ -39,13 +39,12 @@ public:
     /// deeper than 100 come an empty version, an empty URL and the default frequency.
     ExternalSyncConfig GetExternalSyncConfig() override;
 
-private Q_SLOTS:
-    void _SslErrors(QNetworkReply* reply, const QList<QSslError>& errors);
-    void _ReplyFinished(QNetworkReply* reply);
-
 private:
     // The way in for tests to what no public operation reaches.
     friend class ExternalSyncConfigManagerAccess;
+
+    Q_SLOT void _SslErrors(QNetworkReply* reply, const QList<QSslError>& errors);
+    Q_SLOT void _ReplyFinished(QNetworkReply* reply);
 
     ExternalSyncConfig _GetExternalConfig();
     void _ExitEventLoop();

@@ -5,7 +5,6 @@
 
 #include <QFileInfo>
 #include <QTemporaryFile>
-#include <QUrl>
 #include <algorithm>
 #include <functional>
 #include <initializer_list>
@@ -15,8 +14,7 @@
 #include <vector>
 
 #include "host/http/HttpException.h"
-#include "tests/fakes/Contract.h"
-#include "tests/fakes/InstalledConfiguration.h"
+#include "tests/dvsync/RemoteManagerTest.h"
 
 namespace sync {
 namespace dv {
@@ -50,7 +48,6 @@ public:
 namespace {
 
 using sync::config::FileConfiguration;
-using sync::config::FolderConfiguration;
 using sync::config::ServerConfiguration;
 using sync::core::SyncException;
 using sync::dv::dvsync::DrovaneRemoteFileManager;
@@ -65,17 +62,13 @@ using testing::ElementsAre;
 using testing::Field;
 using testing::InSequence;
 using testing::NiceMock;
-using testing::Return;
 using testing::Throw;
+using tests::FolderServerId;
+using tests::ServerId;
+using tests::Text;
 
-const int ServerId = 7;
-const int FolderServerId = 23;
 const QDateTime SyncTime = QDateTime::fromMSecsSinceEpoch(1600000000000);
 const QDateTime ServerTime = QDateTime::fromMSecsSinceEpoch(1700000000000);
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 std::shared_ptr<DAVPropfindResult> ResultWithFiles(std::initializer_list<const char*> names) {
     auto result = std::make_shared<DAVPropfindResult>();
@@ -88,32 +81,18 @@ std::shared_ptr<DAVPropfindResult> ResultWithFiles(std::initializer_list<const c
     return result;
 }
 
-class DrovaneRemoteFileManagerTest : public testing::Test {
+class DrovaneRemoteFileManagerTest : public tests::RemoteManagerTest {
 protected:
-    DrovaneRemoteFileManagerTest() {
-        ON_CALL(*_urlBuilder, BuildUrl(_, _)).WillByDefault(Return(_url));
-        ON_CALL(*_httpFactory, CreatePropfindRequest(_, _, _)).WillByDefault(Return(_request));
-        _folder.serverPath = Text("folder");
-        _folder.serverId = FolderServerId;
-        _folder.setLastSyncTime(SyncTime);
-    }
+    DrovaneRemoteFileManagerTest() : RemoteManagerTest("folder") { _folder.setLastSyncTime(SyncTime); }
 
     void AnswerWith(int status, std::shared_ptr<DAVPropfindResult> result = nullptr) {
-        _request->statusCode = status;
-        _request->result = std::move(result);
+        _propfind->statusCode = status;
+        _propfind->result = std::move(result);
     }
 
-    const tests::InstalledConfiguration _installed;
-    const std::shared_ptr<QUrl> _url = std::make_shared<QUrl>(Text("http://service.test/folder"));
-    const std::shared_ptr<NiceMock<tests::MockUrlBuilder>> _urlBuilder =
-        std::make_shared<NiceMock<tests::MockUrlBuilder>>();
-    const std::shared_ptr<NiceMock<tests::MockHttpFactory>> _httpFactory =
-        std::make_shared<NiceMock<tests::MockHttpFactory>>();
     const std::shared_ptr<NiceMock<tests::MockRequestManager>> _requestManager =
         std::make_shared<NiceMock<tests::MockRequestManager>>();
-    const std::shared_ptr<tests::FakePropfindRequest> _request = std::make_shared<tests::FakePropfindRequest>();
     DrovaneRemoteFileManager _manager{_urlBuilder, _requestManager, ServerId, nullptr, _httpFactory, nullptr, nullptr};
-    FolderConfiguration _folder;
     std::shared_ptr<QVector<FileConfiguration>> _files;
 };
 
@@ -171,9 +150,9 @@ TEST_F(DrovaneRemoteFileManagerTest, AListingAsksForTheFoldersChildrenSinceItsLa
     EXPECT_CALL(*_urlBuilder,
                 BuildUrl(Field(&ServerConfiguration::baseUrl, QUrl(Text("http://service.test/"))), Text("folder")));
     EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 1));
-    EXPECT_CALL(*_requestManager, Execute(ElementsAre(_request)))
+    EXPECT_CALL(*_requestManager, Execute(ElementsAre(_propfind)))
         .WillOnce([this](const QList<std::shared_ptr<IHttpRequest>>&) {
-            EXPECT_EQ(_request->modifiedSinceTime, SyncTime);
+            EXPECT_EQ(_propfind->modifiedSinceTime, SyncTime);
             AnswerWith(207, ResultWithFiles({"b", "a"}));
         });
     EXPECT_EQ(_manager.GetNameSortedFilesByFolder(_folder, _files), 0);
@@ -287,9 +266,9 @@ TEST_F(DrovaneRemoteFileManagerTest, ALookupAsksForTheFileItselfUnconditionally)
     const InSequence inOrder;
     EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("folder/a b.txt")));
     EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 0));
-    EXPECT_CALL(*_requestManager, Execute(ElementsAre(_request)));
+    EXPECT_CALL(*_requestManager, Execute(ElementsAre(_propfind)));
     _manager.GetFileByName(_folder, Text("a b.txt"));
-    EXPECT_FALSE(_request->modifiedSinceTime.isValid());
+    EXPECT_FALSE(_propfind->modifiedSinceTime.isValid());
 }
 
 TEST_F(DrovaneRemoteFileManagerTest, ANameWithASlashIsAppendedAsItStands) {
@@ -363,24 +342,24 @@ INSTANTIATE_TEST_SUITE_P(Statuses, LookupFailureTest, testing::Values(400, 401, 
 TEST_F(DrovaneRemoteFileManagerTest, ProcessingAGoodAnswerGivesItsResult) {
     for (const int status : {0, 200, 207, 304, 399}) {
         AnswerWith(status, ResultWithFiles({}));
-        EXPECT_EQ(DrovaneRemoteFileManagerAccess::ProcessPropfindResult(_manager, _request), _request->result);
+        EXPECT_EQ(DrovaneRemoteFileManagerAccess::ProcessPropfindResult(_manager, _propfind), _propfind->result);
     }
     AnswerWith(207);
-    EXPECT_FALSE(DrovaneRemoteFileManagerAccess::ProcessPropfindResult(_manager, _request));
+    EXPECT_FALSE(DrovaneRemoteFileManagerAccess::ProcessPropfindResult(_manager, _propfind));
 }
 
 TEST_F(DrovaneRemoteFileManagerTest, ProcessingABadAnswerThrowsWithTheRequestsUrl) {
-    _request->url = QUrl(Text("http://service.test/requested"));
+    _propfind->url = QUrl(Text("http://service.test/requested"));
     for (const int status : {302, 400, 404, 500}) {
         AnswerWith(status);
         try {
-            DrovaneRemoteFileManagerAccess::ProcessPropfindResult(_manager, _request);
+            DrovaneRemoteFileManagerAccess::ProcessPropfindResult(_manager, _propfind);
             FAIL() << "nothing was thrown";
         } catch (const HttpException& e) {
             EXPECT_EQ(e.what(), "PROPFIND with url http://service.test/requested failed with error code " +
                                     std::to_string(status));
             EXPECT_EQ(e.StatusCode(), status);
-            EXPECT_EQ(e.Url(), _request->url);
+            EXPECT_EQ(e.Url(), _propfind->url);
         }
     }
 }

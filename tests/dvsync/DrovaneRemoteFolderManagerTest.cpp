@@ -15,8 +15,7 @@
 
 #include "host/http/HttpException.h"
 #include "tests/dvsync/LogRecorder.h"
-#include "tests/fakes/Contract.h"
-#include "tests/fakes/InstalledConfiguration.h"
+#include "tests/dvsync/RemoteManagerTest.h"
 
 namespace sync {
 namespace dv {
@@ -91,20 +90,17 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::NiceMock;
 using testing::Return;
+using tests::DebugLevel;
+using tests::ErrorLevel;
+using tests::FolderServerId;
+using tests::InfoLevel;
+using tests::ServerId;
+using tests::Text;
 using Access = sync::dv::dvsync::DrovaneRemoteFolderManagerAccess;
 using Headers = QList<QPair<QByteArray, QByteArray>>;
 
-const int ServerId = 7;
-const int FolderServerId = 23;
-const int ErrorLevel = 40000;
-const int InfoLevel = 20000;
-const int DebugLevel = 10000;
 const char* const Slot =
     "RequestCompleted(std::tr1::shared_ptr<sync::interf::IHttpRequest>,sync::interf::IHttpRequest::RequestState)";
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 Headers Reason(const char* text) {
     return {{"X-OVS-Reason-Phrase", text}};
@@ -126,21 +122,17 @@ const char* const Folder = "drovane.objects.Folder";
 const char* const Project = "drovane.objects.Project";
 const char* const Form = "drovane.objects.Form";
 
-/// The manager on fakes: every request gets `_request` or `_propfind`, and ends in the state of `_executor`.
-class DrovaneRemoteFolderManagerTest : public testing::Test {
+/// The manager on fakes: every request but a listing gets `_request`, and ends in the state of `_executor`.
+class DrovaneRemoteFolderManagerTest : public tests::RemoteManagerTest {
 protected:
-    DrovaneRemoteFolderManagerTest() {
-        ON_CALL(*_urlBuilder, BuildUrl(_, _)).WillByDefault(Return(_url));
+    DrovaneRemoteFolderManagerTest() : RemoteManagerTest("Projects/A") {
         ON_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).WillByDefault(Return(_url));
-        ON_CALL(*_httpFactory, CreatePropfindRequest(_, _, _)).WillByDefault(Return(_propfind));
         ON_CALL(*_httpFactory, CreateFolderRequest(_, _, _)).WillByDefault(Return(_request));
         ON_CALL(*_httpFactory, CreateFileRequest(_, _, _)).WillByDefault(Return(_request));
         ON_CALL(*_httpFactory, CreateMoveRequest(_, _, _)).WillByDefault(Return(_request));
         ON_CALL(*_httpFactory, CreateRequestExecutor(_, _)).WillByDefault(Return(_executor));
-        _folder.serverPath = Text("Projects/A");
         _folder.companionServerPath = Text("companion");
         _folder.serverRootPath = Text("Projects");
-        _folder.serverId = FolderServerId;
         _folder.setServerFolderId(Text("id-A"));
         _folder.ownerId = Text("owner-A");
         _folder.accessMask = 5;
@@ -153,20 +145,12 @@ protected:
         _propfind->statusCode = status;
     }
 
-    const tests::InstalledConfiguration _installed;
-    const std::shared_ptr<QUrl> _url = std::make_shared<QUrl>(Text("http://service.test/Projects/A"));
-    const std::shared_ptr<NiceMock<tests::MockUrlBuilder>> _urlBuilder =
-        std::make_shared<NiceMock<tests::MockUrlBuilder>>();
-    const std::shared_ptr<NiceMock<tests::MockHttpFactory>> _httpFactory =
-        std::make_shared<NiceMock<tests::MockHttpFactory>>();
     const std::shared_ptr<tests::FakeHttpRequest> _request = std::make_shared<tests::FakeHttpRequest>();
-    const std::shared_ptr<tests::FakePropfindRequest> _propfind = std::make_shared<tests::FakePropfindRequest>();
     const std::shared_ptr<tests::FakeRequestExecutor> _executor = std::make_shared<tests::FakeRequestExecutor>();
     const std::shared_ptr<tests::FakeConfigurationFactory> _configurationFactory =
         std::make_shared<tests::FakeConfigurationFactory>(_installed.ServerConfigManager(),
                                                           _installed.FileConfigManager());
     DrovaneRemoteFolderManager _manager{_urlBuilder, ServerId, nullptr, _httpFactory, _configurationFactory};
-    FolderConfiguration _folder;
     const tests::LogRecorder _log{LOG4CPLUS_TEXT("DrovaneSyncSupport")};
 };
 

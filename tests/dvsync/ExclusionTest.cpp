@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/fakes/Contract.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -13,10 +14,7 @@ using testing::_;
 using testing::InSequence;
 using testing::Return;
 using testing::StrictMock;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class ExclusionTest : public testing::Test {
 protected:

@@ -55,17 +55,14 @@ namespace {
 
 using sync::dv::dvsync::ExternalSyncConfig;
 using sync::dv::dvsync::ExternalSyncConfigManager;
-using testing::ElementsAre;
-using testing::Field;
 using testing::IsEmpty;
+using tests::DebugLevel;
+using tests::ErrorLevel;
 using tests::LogRecord;
 using tests::ScriptedServer;
 using tests::Text;
 using Access = sync::dv::dvsync::ExternalSyncConfigManagerAccess;
 using Ending = ScriptedServer::Ending;
-
-const int ErrorLevel = 40000;
-const int DebugLevel = 10000;
 
 class FakeDrovaneHttp : public sync::interf::dv::IDrovaneHttp {
 public:

@@ -1,11 +1,18 @@
 #include "tests/dvsync/LogRecorder.h"
 
+#include <QString>
+
 namespace tests {
 
 namespace {
 
+// log4cplus itself would narrow a text by the locale and lose letters.
 std::string Narrow(const log4cplus::tstring& text) {
-    return log4cplus::helpers::tostring(text);
+#ifdef UNICODE
+    return QString::fromStdWString(text).toStdString();
+#else
+    return text;
+#endif
 }
 
 }  // namespace

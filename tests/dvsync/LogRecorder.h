@@ -9,7 +9,12 @@
 
 namespace tests {
 
-/// A record that a logger wrote.
+/// The levels, by the numbers that hosts know them by.
+const int DebugLevel = 10000;
+const int InfoLevel = 20000;
+const int ErrorLevel = 40000;
+
+/// A record that a logger wrote. Texts are UTF-8.
 struct LogRecord {
     std::string logger;
     int level = 0;

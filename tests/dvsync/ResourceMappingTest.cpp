@@ -6,6 +6,7 @@
 #include <QDateTime>
 
 #include "host/core/QtCompat.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -19,10 +20,7 @@ using sync::dv::dvsync::IsFormClassType;
 using sync::http::DAVPropfindProperties;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 DAVPropfindResponse ResponseOfClass(const char* classType, const char* href = "/a/b.txt") {
     DAVPropfindProperties properties;

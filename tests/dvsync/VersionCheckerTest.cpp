@@ -33,11 +33,10 @@ using testing::IsEmpty;
 using testing::NiceMock;
 using testing::Return;
 using testing::Throw;
+using tests::ErrorLevel;
+using tests::InfoLevel;
 using tests::Text;
 using Access = sync::dv::dvsync::VersionCheckerAccess;
-
-const int ErrorLevel = 40000;
-const int InfoLevel = 20000;
 
 class MockVersionManager : public sync::interf::IVersionManager {
 public:
@@ -143,13 +142,17 @@ TEST_F(VersionCheckerTest, DottedVersionsOfOtherLengthsAreRejected) {
         const tests::LogRecorder log(LOG4CPLUS_TEXT("version"));
         EXPECT_FALSE(Access::CompareDotted(_checker, Text(text), Text("5.1.1.0")));
         EXPECT_FALSE(Access::CompareDotted(_checker, Text("5.1.1.0"), Text(text)));
-        const std::string quoted = std::string("<") + text + ">";
         ASSERT_EQ(log.Records().size(), 2U);
-        EXPECT_EQ(log.Records()[0].text, "Comparing two versions, \"versionA\" " + quoted +
-                                             " and \"versionB\" <5.1.1.0>.  \"versionA\" " + quoted +
-                                             " is the incorrect length.");
-        EXPECT_EQ(log.Records()[1].text, "Comparing two versions, \"versionA\" <5.1.1.0> and \"versionB\" " + quoted +
-                                             ".  \"versionB\" " + quoted + " is the incorrect length.");
+        EXPECT_EQ(
+            Text(log.Records()[0].text.c_str()),
+            Text("Comparing two versions, \"versionA\" <%1> and \"versionB\" <5.1.1.0>.  \"versionA\" <%1> is the "
+                 "incorrect length.")
+                .arg(Text(text)));
+        EXPECT_EQ(
+            Text(log.Records()[1].text.c_str()),
+            Text("Comparing two versions, \"versionA\" <5.1.1.0> and \"versionB\" <%1>.  \"versionB\" <%1> is the "
+                 "incorrect length.")
+                .arg(Text(text)));
         EXPECT_EQ(log.Records()[1].level, ErrorLevel);
     }
 }

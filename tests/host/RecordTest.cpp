@@ -10,6 +10,7 @@
 #include "host/configuration/ServerConfiguration.h"
 #include "host/core/SyncResults.h"
 #include "host/http/DAVPropfindResult.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -20,10 +21,7 @@ using sync::core::SyncResults;
 using sync::http::DAVPropfindProperties;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 testing::AssertionResult LieInThisOrder(const std::vector<const void*>& addresses) {
     for (size_t i = 1; i < addresses.size(); ++i) {
