@@ -142,7 +142,7 @@ TEST_P(CrashPointsTest, ChangeIsWhollyMadeOrNotAtAll) {
         service.reset();
         bool acknowledged = false;
         try {
-            ServiceProcess doomed({folder.Path()}, {{"LD_PRELOAD", CRASH_POINT_LIBRARY},
+            ServiceProcess doomed({folder.Path()}, {{"LD_PRELOAD", DISK_TROUBLE_LIBRARY},
                                                     {"CRASH_POINT", std::to_string(point)},
                                                     {"ASAN_OPTIONS", "verify_asan_link_order=0"}});
             HttpClient other(doomed.Port());

@@ -1,10 +1,12 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
+
+#include "tests/service/CapturedText.h"
+#include "tests/service/ChildProcess.h"
 
 namespace service::test {
 
@@ -28,6 +30,8 @@ public:
     int Port() const { return _port; }
     /// The line it wrote when it was ready.
     const std::string& FirstLine() const { return _firstLine; }
+    /// What it wrote to standard error.
+    std::string Log() const { return _log.Text(); }
 
     /// Sends the signal and returns the exit code, or the negative number of the signal that ended the program.
     int End(int signal);
@@ -37,7 +41,8 @@ public:
                       const std::map<std::string, std::string>& environment = {});
 
 private:
-    pid_t _process = -1;
+    CapturedText _log;
+    std::unique_ptr<ChildProcess> _process;
     int _output = -1;
     int _port = 0;
     std::string _firstLine;
