@@ -13,6 +13,8 @@ struct ConflictCopy {
     QString path;
     /// Tells the versions of the service's file apart.
     QString identity;
+    /// The MD5 of the content, in hexadecimal, to know whether somebody wrote it since.
+    QString contentMd5;
 };
 
 }  // namespace store

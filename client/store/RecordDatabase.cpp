@@ -35,7 +35,7 @@ const char Schema[] =
     "CREATE TABLE files (" RECORD_COLUMNS
     ") WITHOUT ROWID;"
     "CREATE TABLE folders (path TEXT PRIMARY KEY) WITHOUT ROWID;"
-    "CREATE TABLE copies (copy TEXT PRIMARY KEY, path TEXT NOT NULL, identity TEXT NOT NULL) WITHOUT ROWID;"
+    "CREATE TABLE copies (copy TEXT PRIMARY KEY, path TEXT NOT NULL, identity TEXT NOT NULL, content_md5 TEXT NOT NULL) WITHOUT ROWID;"
     "CREATE TABLE placements (" RECORD_COLUMNS
     ", temporary TEXT NOT NULL, is_removal INTEGER NOT NULL, old_inode INTEGER, old_size INTEGER, old_modified INTEGER)"
     " WITHOUT ROWID;";
@@ -321,18 +321,19 @@ void RecordDatabase::ForgetPlacement(const Placement& placement) {
 
 QList<ConflictCopy> RecordDatabase::Copies() {
     QList<ConflictCopy> copies;
-    Statement& statement = _Statement("SELECT copy, path, identity FROM copies");
+    Statement& statement = _Statement("SELECT copy, path, identity, content_md5 FROM copies");
     while (statement.Step()) {
-        copies.append({statement.Text(0), statement.Text(1), statement.Text(2)});
+        copies.append({statement.Text(0), statement.Text(1), statement.Text(2), statement.Text(3)});
     }
     return copies;
 }
 
 void RecordDatabase::WriteCopy(const ConflictCopy& copy) {
-    _Statement("INSERT OR REPLACE INTO copies VALUES (?, ?, ?)")
+    _Statement("INSERT OR REPLACE INTO copies VALUES (?, ?, ?, ?)")
         .Bind(copy.copy)
         .Bind(copy.path)
         .Bind(copy.identity)
+        .Bind(copy.contentMd5)
         .Run();
 }
 

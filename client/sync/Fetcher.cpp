@@ -131,7 +131,7 @@ void Fetcher::_TakeContent(Download& download, QVector<Placer::Request>& request
         return;
     }
     if (order.target == PullOrder::Target::Beside) {
-        _PutBeside(order, download.GiveTemporary());
+        _PutBeside(order, download.GiveTemporary(), download.Md5());
         return;
     }
     Placer::Request request;
@@ -176,7 +176,7 @@ void Fetcher::_TakePlaced(const Placer::Request& request, const PullOrder& order
                 order.path, QString(), request.placement.record.local.size);
             break;
         case Placer::Result::Occupied:
-            _PutBeside(order, request.placement.temporary);
+            _PutBeside(order, request.placement.temporary, request.placement.record.contentMd5);
             break;
         case Placer::Result::Failed:
             _context.Report(SyncEvent::Kind::Refused, order.path, request.error);
@@ -189,10 +189,10 @@ void Fetcher::_TakePlaced(const Placer::Request& request, const PullOrder& order
     }
 }
 
-void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary) {
+void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary, const QString& md5) {
     try {
         const QString copy = _context.Placing().PutBeside(temporary, order.path, VersionNote(order.remote));
-        _context.Records().WriteCopy({copy, order.path, IdentityOf(order.remote)});
+        _context.Records().WriteCopy({copy, order.path, IdentityOf(order.remote), md5});
         _context.Report(SyncEvent::Kind::Conflict, order.path,
                         QStringLiteral("it changed here and on the service, whose version is in \"%1\"").arg(copy));
     } catch (const LocalError&) {

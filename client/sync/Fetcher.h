@@ -32,7 +32,7 @@ private:
     /// What came is something else: the file may have changed after it was listed.
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const Placer::Request& request, const PullOrder& order);
-    void _PutBeside(const PullOrder& order, const QString& temporary);
+    void _PutBeside(const PullOrder& order, const QString& temporary, const QString& md5);
 
     PassContext& _context;
     std::deque<PullOrder> _orders;

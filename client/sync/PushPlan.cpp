@@ -19,7 +19,7 @@ using sync::config::FolderConfiguration;
 PushPlan::PushPlan(PassContext& context, const RemoteTree& remote, const LocalSnapshot& snapshot)
     : _context(context), _remote(remote), _snapshot(snapshot) {
     for (const ConflictCopy& copy : _context.Records().Copies()) {
-        _copies.insert(copy.copy);
+        _copies.insert(copy.copy, copy.contentMd5);
         _copiesOf.insert(copy.path, copy);
     }
     for (const QString& folder : _context.Records().Folders()) {
@@ -62,7 +62,11 @@ void PushPlan::_Decide(const QString& path) {
         return;
     }
     if (here.state == LocalState::Unknown && _copies.contains(path)) {
-        return;
+        _context.Read(path, here);
+        // Once somebody wrote into it, it is a file of this side.
+        if (here.md5 == _copies.value(path)) {
+            return;
+        }
     }
     const bool isFileThere = _remote.HasFile(path);
     const FileConfiguration remote = _remote.AllFiles().value(path);

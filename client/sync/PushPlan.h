@@ -35,7 +35,7 @@ private:
     PassContext& _context;
     const RemoteTree& _remote;
     const LocalSnapshot& _snapshot;
-    QSet<QString> _copies;
+    QHash<QString, QString> _copies;
     QMultiHash<QString, store::ConflictCopy> _copiesOf;
     QSet<QString> _knownFolders;
     /// Those in which something new lies.

@@ -137,7 +137,7 @@ TEST_F(RecordDatabaseTest, PlacementsCopiesFoldersAndSettingsComeBack) {
     {
         RecordDatabase database(Root(), RecordDatabase::Access::Change);
         database.WritePlacement(placement);
-        database.WriteCopy({Text("copy"), Text("path"), Text("identity\n1")});
+        database.WriteCopy({Text("copy"), Text("path"), Text("identity\n1"), Text("md5")});
         database.WriteFolder(Text("f/g"));
         database.WriteFolder(Text("f"));
         database.WriteFolder(Text("f"));
@@ -156,6 +156,7 @@ TEST_F(RecordDatabaseTest, PlacementsCopiesFoldersAndSettingsComeBack) {
     EXPECT_EQ(read.old.modified, 3);
     ASSERT_EQ(database.Copies().size(), 1);
     EXPECT_EQ(database.Copies().first().identity, Text("identity\n1"));
+    EXPECT_EQ(database.Copies().first().contentMd5, Text("md5"));
     EXPECT_EQ(database.Folders(), QStringList({Text("f"), Text("f/g")}));
     EXPECT_EQ(database.Setting(Text("s")), Text("2"));
     EXPECT_EQ(database.Setting(Text("other")), QString());

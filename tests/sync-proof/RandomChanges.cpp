@@ -1,0 +1,224 @@
+#include "tests/sync-proof/RandomChanges.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace syncproof {
+namespace {
+
+namespace fs = std::filesystem;
+
+const char* const Names[] = {"a",
+                             "b",
+                             "c",
+                             "notes.txt",
+                             "Notes.txt",
+                             "report (1).pdf",
+                             "caf\xC3\xA9",
+                             "cafe\xCC\x81",
+                             "\xE6\x97\xA5\xE6\x9C\xAC",
+                             "\xF0\x9F\x93\x81",
+                             "100%",
+                             "a%2Fb",
+                             "%2e%2e",
+                             "q?x=1&y=2",
+                             "#1",
+                             "semi;colon",
+                             "it's \"quoted\"",
+                             "<&>]]>",
+                             "back\\slash",
+                             " leading",
+                             "trailing ",
+                             "trailing.",
+                             ".hidden",
+                             "two\nlines",
+                             "tab\there",
+                             "plus+and&",
+                             "a:b|c*d",
+                             "~",
+                             "-rf",
+                             "archive.tar.gz"};
+
+/// As long as a name may be.
+const std::string LongName = std::string(251, 'n') + ".txt";
+
+/// Enough for every kind of change to be possible, few enough for changes of both sides to meet.
+const size_t UsualFileCount = 60;
+const size_t UsualFolderCount = 15;
+const size_t DepthLimit = 4;
+
+size_t DepthOf(const std::string& path) {
+    return static_cast<size_t>(std::count(path.begin(), path.end(), '/'));
+}
+
+}  // namespace
+
+RandomChanges::RandomChanges(const std::string& folder, const std::string& side, Random& random)
+    : _folder(folder), _side(side), _random(random) {}
+
+void RandomChanges::Change() {
+    const Tree tree = _Look();
+    switch (_Below(20)) {
+        case 0:
+        case 1:
+        case 2:
+        case 3:
+        case 4:
+            return tree.files.size() < UsualFileCount ? _MakeFile(tree) : _Delete(tree);
+        case 5:
+            return tree.folders.size() < UsualFolderCount ? _MakeFolder(tree) : _DeleteFolder(tree);
+        case 6:
+        case 7:
+        case 8:
+        case 9:
+            return _Modify(tree, false);
+        case 10:
+        case 11:
+            return _Modify(tree, true);
+        case 12:
+        case 13:
+            return _Touch(tree);
+        case 14:
+        case 15:
+            return _Delete(tree);
+        case 16:
+        case 17:
+            return _Rename(tree);
+        case 18:
+            return _FileToFolder(tree);
+        default:
+            return _FolderToFile(tree);
+    }
+}
+
+RandomChanges::Tree RandomChanges::_Look() const {
+    Tree tree;
+    tree.folders.emplace_back();
+    for (auto entry = fs::recursive_directory_iterator(_folder); entry != fs::recursive_directory_iterator(); ++entry) {
+        const std::string path = entry->path().string().substr(_folder.size() + 1);
+        if (path == ".ovsync" || path == ".ovsync-service") {
+            entry.disable_recursion_pending();
+        } else if (entry->is_directory()) {
+            tree.folders.push_back(path);
+        } else {
+            tree.files.push_back(path);
+        }
+    }
+    // The order of a folder on the disk is nobody's, and a seed has to give the same again.
+    std::sort(tree.files.begin(), tree.files.end());
+    std::sort(tree.folders.begin(), tree.folders.end());
+    return tree;
+}
+
+size_t RandomChanges::_Below(size_t limit) {
+    return std::uniform_int_distribution<size_t>(0, limit - 1)(_random);
+}
+
+std::string RandomChanges::_AnyOf(const std::vector<std::string>& paths) {
+    return paths.empty() ? std::string() : paths[_Below(paths.size())];
+}
+
+std::string RandomChanges::_FreePath(const Tree& tree) {
+    const std::string folder = _AnyOf(tree.folders);
+    const size_t number = _Below(std::size(Names) + 1);
+    const std::string name = number < std::size(Names) ? Names[number] : LongName;
+    const std::string path = folder.empty() ? name : folder + "/" + name;
+    return DepthOf(path) > DepthLimit || fs::exists(fs::symlink_status(_At(path))) ? std::string() : path;
+}
+
+std::string RandomChanges::_NewContent(size_t size) {
+    std::string content = _side + " " + std::to_string(++_number) + " ";
+    content.resize(std::max(content.size(), size), '.');
+    return content;
+}
+
+void RandomChanges::_Write(const std::string& path, const std::string& content) const {
+    std::ofstream(_At(path), std::ios::binary) << content;
+}
+
+void RandomChanges::_Retire(const std::string& path) {
+    std::ifstream file(_At(path), std::ios::binary);
+    _retired.emplace(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+void RandomChanges::_MakeFile(const Tree& tree) {
+    if (const std::string path = _FreePath(tree); !path.empty()) {
+        const size_t kind = _Below(10);
+        _Write(path, kind == 0 ? "" : _NewContent(kind == 1 ? 70000 : _Below(200)));
+    }
+}
+
+void RandomChanges::_MakeFolder(const Tree& tree) {
+    if (const std::string path = _FreePath(tree); !path.empty()) {
+        fs::create_directory(_At(path));
+    }
+}
+
+void RandomChanges::_Modify(const Tree& tree, bool keepsSize) {
+    const std::string path = _AnyOf(tree.files);
+    if (path.empty()) {
+        return;
+    }
+    _Retire(path);
+    const size_t size = fs::file_size(_At(path));
+    const bool becomesEmpty = !keepsSize && _Below(10) == 0;
+    _Write(path, becomesEmpty ? "" : _NewContent(keepsSize ? size : size / 2 + _Below(100)));
+}
+
+void RandomChanges::_Touch(const Tree& tree) {
+    if (const std::string path = _AnyOf(tree.files); !path.empty()) {
+        const auto age = std::chrono::seconds(_Below(100000));
+        fs::last_write_time(_At(path), fs::file_time_type::clock::now() - age);
+    }
+}
+
+void RandomChanges::_Delete(const Tree& tree) {
+    if (const std::string path = _AnyOf(tree.files); !path.empty()) {
+        _Retire(path);
+        fs::remove(_At(path));
+    }
+}
+
+void RandomChanges::_DeleteFolder(const Tree& tree) {
+    const std::string folder = _AnyOf(tree.folders);
+    if (folder.empty()) {
+        return;
+    }
+    for (const std::string& path : tree.files) {
+        if (path.compare(0, folder.size() + 1, folder + "/") == 0) {
+            _Retire(path);
+        }
+    }
+    fs::remove_all(_At(folder));
+}
+
+void RandomChanges::_Rename(const Tree& tree) {
+    const std::string from = _Below(4) == 0 ? _AnyOf(tree.folders) : _AnyOf(tree.files);
+    const std::string to = _FreePath(tree);
+    const bool isInItself = to.compare(0, from.size() + 1, from + "/") == 0;
+    if (!from.empty() && !to.empty() && !isInItself) {
+        fs::rename(_At(from), _At(to));
+    }
+}
+
+void RandomChanges::_FileToFolder(const Tree& tree) {
+    const std::string path = _AnyOf(tree.files);
+    if (!path.empty() && DepthOf(path) < DepthLimit) {
+        _Retire(path);
+        fs::remove(_At(path));
+        fs::create_directory(_At(path));
+        _Write(path + "/inside", _NewContent(0));
+    }
+}
+
+void RandomChanges::_FolderToFile(const Tree& tree) {
+    if (const std::string path = _AnyOf(tree.folders); !path.empty() && _Below(3) == 0) {
+        _DeleteFolder({tree.files, {path}});
+        _Write(path, _NewContent(0));
+    }
+}
+
+}  // namespace syncproof

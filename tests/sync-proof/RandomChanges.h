@@ -1,0 +1,59 @@
+#pragma once
+
+#include <functional>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace syncproof {
+
+/// Changes what lies in a folder at random, the way people do: files and folders come, go, change, are renamed, take
+/// each other's places, get other times, have awkward names. Each content that is written is written nowhere else.
+class RandomChanges {
+public:
+    using Random = std::mt19937;
+
+    /// `side` is part of each content.
+    RandomChanges(const std::string& folder, const std::string& side, Random& random);
+
+    void Change();
+
+    /// The contents that were changed, overwritten or deleted.
+    const std::set<std::string>& Retired() const { return _retired; }
+
+private:
+    /// Paths below the folder; "" is the folder itself.
+    struct Tree {
+        std::vector<std::string> files;
+        std::vector<std::string> folders;
+    };
+
+    Tree _Look() const;
+    std::string _At(const std::string& path) const { return _folder + "/" + path; }
+    size_t _Below(size_t limit);
+    std::string _AnyOf(const std::vector<std::string>& paths);
+    /// A path at which there is nothing; empty when none was found.
+    std::string _FreePath(const Tree& tree);
+    std::string _NewContent(size_t size);
+    void _Write(const std::string& path, const std::string& content) const;
+    void _Retire(const std::string& path);
+
+    void _MakeFile(const Tree& tree);
+    void _MakeFolder(const Tree& tree);
+    void _Modify(const Tree& tree, bool keepsSize);
+    void _Touch(const Tree& tree);
+    void _Delete(const Tree& tree);
+    void _DeleteFolder(const Tree& tree);
+    void _Rename(const Tree& tree);
+    void _FileToFolder(const Tree& tree);
+    void _FolderToFile(const Tree& tree);
+
+    const std::string _folder;
+    const std::string _side;
+    Random& _random;
+    int _number = 0;
+    std::set<std::string> _retired;
+};
+
+}  // namespace syncproof

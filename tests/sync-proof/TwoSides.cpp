@@ -1,0 +1,78 @@
+#include "tests/sync-proof/TwoSides.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace syncproof {
+namespace {
+
+/// The service is reached as a proxy, so that a folder is synced with one URL whatever the port is.
+const char* const Url = "http://service.invalid/";
+
+Pass::Environment WithDiskTrouble(Pass::Environment environment) {
+    environment["LD_PRELOAD"] = DISK_TROUBLE_LIBRARY;
+    environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+    return environment;
+}
+
+}  // namespace
+
+void TwoSides::StartService(const Words& options, const Pass::Environment& environment) {
+    StopService();
+    Words arguments{there.Path(), "--verbose"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    _service = std::make_unique<service::test::ServiceProcess>(arguments, environment);
+}
+
+int TwoSides::Requests() const {
+    const std::string log = _service->Log();
+    return static_cast<int>(std::count(log.begin(), log.end(), '\n'));
+}
+
+bool TwoSides::MetFault() const {
+    return _service->Log().find("(with a fault)") != std::string::npos;
+}
+
+std::unique_ptr<Pass> TwoSides::Pull(const Words& options, const Pass::Environment& environment) const {
+    return _Run({"pull", Url, here.Path()}, options, environment);
+}
+
+std::unique_ptr<Pass> TwoSides::Push(const Words& options, const Pass::Environment& environment) const {
+    return _Run({"push", here.Path(), Url}, options, environment);
+}
+
+std::unique_ptr<Pass> TwoSides::_Run(Words arguments, const Words& options, Pass::Environment environment) const {
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    environment["http_proxy"] =
+        _service ? "http://127.0.0.1:" + std::to_string(_service->Port()) : "http://127.0.0.1:1";
+    environment["no_proxy"] = "";
+    return std::make_unique<Pass>(arguments, environment);
+}
+
+std::string TwoSides::Leftovers() const {
+    namespace fs = std::filesystem;
+    std::string found;
+    const auto add = [&found](const std::string& folder, auto isExpected) {
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            const std::string name = entry.path().filename().string();
+            if (!isExpected(name)) {
+                found += entry.path().string() + "\n";
+            }
+        }
+    };
+    add(here / ".ovsync", [](const std::string& name) { return name.find("case-") != 0 && name.find("form-") != 0; });
+    add(there / ".ovsync-service/work", [](const std::string&) { return false; });
+    return found;
+}
+
+Pass::Environment TwoSides::KilledAt(int point) {
+    return WithDiskTrouble({{"CRASH_POINT", std::to_string(point)}});
+}
+
+Pass::Environment TwoSides::FailingAt(int point, int error, bool lasts) {
+    return WithDiskTrouble({{"FAILURE_POINT", std::to_string(point)},
+                            {"FAILURE_ERROR", std::to_string(error)},
+                            {"FAILURE_LASTS", lasts ? "1" : "0"}});
+}
+
+}  // namespace syncproof
