@@ -19,6 +19,7 @@
 
 #include "client/cli/AgentCommand.h"
 #include "client/cli/Connection.h"
+#include "client/cli/Interruption.h"
 #include "client/cli/ListCommand.h"
 #include "client/cli/LoggedErrors.h"
 #include "client/cli/MakeFolderCommand.h"
@@ -361,7 +362,16 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             return code;
         }
         const Location location = Location::FromUrl(QString::fromStdString(arguments.url));
-        connection.emplace(location, arguments.Connecting());
+        ConnectionOptions options = arguments.Connecting();
+        options.session.onProgress = [shown = options.session.onProgress, &connection](qint64 bytes, bool isOver) {
+            if (Interruption::IsWished()) {
+                connection->Cancel();
+            }
+            if (shown) {
+                shown(bytes, isOver);
+            }
+        };
+        connection.emplace(location, options);
         const ExitCode exitCode = (*commands.Parsed())(*connection, location, arguments, output);
         output.Flush();
         return exitCode;

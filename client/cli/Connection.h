@@ -60,6 +60,9 @@ public:
     /// The next listing also answers the one after it, if that asks the same.
     void ShareNextListing() { _session->ShareNextListing(); }
 
+    /// Ends what the library asks at this moment, and what it asks later, with an ExchangeError.
+    void Cancel() { _session->Cancel(); }
+
     /// One line on what the server answered last.
     QString LastAnswer() const { return _configAnswer.isEmpty() ? _session->LastAnswer() : _configAnswer; }
 

@@ -38,6 +38,9 @@ public:
     /// when a request was not made by a HttpFactory.
     void Execute(const QList<Request>& requests, const Completion& completed);
 
+    /// Ends the request under way, and each to come, with an ExchangeError.
+    void Cancel() { _session.Cancel(); }
+
     /// From now on the answer to the next listing also answers the one after it, if that asks the same, and that one is
     /// not sent. Once: the library lists a folder's files and its sub-folders by two equal requests.
     void ShareNextListing();

@@ -231,5 +231,18 @@ SyncOutcome PassContext::Outcome() const {
     return _hasProblems ? SyncOutcome::LeftSome : SyncOutcome::InStep;
 }
 
+SyncOutcome PassContext::Run(const std::function<void()>& pass) const {
+    try {
+        pass();
+        return Outcome();
+    } catch (const std::exception&) {
+        // Whatever is under way ends with an error of its own when it is stopped.
+        if (*_options.isStopped) {
+            return SyncOutcome::Stopped;
+        }
+        throw;
+    }
+}
+
 }  // namespace syncing
 }  // namespace ovsync

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <QString>
+#include <functional>
 #include <optional>
 
 #include "client/store/RecordDatabase.h"
@@ -76,6 +77,9 @@ public:
     void ReportSuccess() { _failuresInARow = 0; }
     void ReportProgress(const SyncProgress& progress) { _observer.OnProgress(progress); }
     SyncOutcome Outcome() const;
+
+    /// Carries `pass` out and tells how it ended.
+    SyncOutcome Run(const std::function<void()>& pass) const;
 
 private:
     void _CheckAddress();

@@ -1,8 +1,10 @@
 #include "client/sync/PullPass.h"
 
+#include <QSet>
+
 #include "client/sync/Fetcher.h"
 #include "client/sync/LocalError.h"
-#include "client/sync/Stopped.h"
+#include "client/sync/Names.h"
 #include "client/sync/Version.h"
 
 namespace ovsync {
@@ -25,12 +27,7 @@ QString LastFilterSetting() {
 }  // namespace
 
 SyncOutcome PullPass::Run() {
-    try {
-        _Pull();
-        return _context.Outcome();
-    } catch (const Stopped&) {
-        return SyncOutcome::Stopped;
-    }
+    return _context.Run([this] { _Pull(); });
 }
 
 void PullPass::_Pull() {
@@ -151,7 +148,7 @@ void PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snap
 
 void PullPass::_DeleteFolders(const QStringList& folders, LocalSnapshot& snapshot) {
     if (_context.Options().isTrial) {
-        // Whether they are empty by then shows when it is done.
+        _TryDeletingFolders(folders, snapshot);
         return;
     }
     RecordDatabase::Transaction transaction(_context.Records());
@@ -169,6 +166,22 @@ void PullPass::_DeleteFolders(const QStringList& folders, LocalSnapshot& snapsho
         }
     }
     transaction.Commit();
+}
+
+void PullPass::_TryDeletingFolders(const QStringList& folders, LocalSnapshot& snapshot) {
+    QSet<QString> gone(folders.begin(), folders.end());
+    for (auto entry = snapshot.entries.begin(); entry != snapshot.entries.end(); ++entry) {
+        const bool goes = entry->kind == LocalEntry::Kind::Folder && gone.contains(entry.key());
+        for (QString above = goes ? QString() : FolderOf(entry.key()); !above.isEmpty(); above = FolderOf(above)) {
+            gone.remove(above);
+        }
+    }
+    for (int i = folders.size() - 1; i >= 0; --i) {
+        if (gone.contains(folders[i])) {
+            snapshot.entries.remove(folders[i]);
+            _context.Report(SyncEvent::Kind::Deleted, folders[i]);
+        }
+    }
 }
 
 void PullPass::_Keep(const PullPlan::Gone& gone, const QString& reason) {

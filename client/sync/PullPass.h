@@ -28,6 +28,8 @@ private:
     void _Delete(const PullPlan::Gone& gone, LocalSnapshot& snapshot);
     void _DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot);
     void _DeleteFolders(const QStringList& folders, LocalSnapshot& snapshot);
+    /// Tells which of the folders would be empty.
+    void _TryDeletingFolders(const QStringList& folders, LocalSnapshot& snapshot);
     void _Keep(const PullPlan::Gone& gone, const QString& reason);
     void _WriteLastPass(const QDateTime& time);
 

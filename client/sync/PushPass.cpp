@@ -2,18 +2,12 @@
 
 #include "client/sync/PushPlan.h"
 #include "client/sync/Sender.h"
-#include "client/sync/Stopped.h"
 
 namespace ovsync {
 namespace syncing {
 
 SyncOutcome PushPass::Run() {
-    try {
-        _Push();
-        return _context.Outcome();
-    } catch (const Stopped&) {
-        return SyncOutcome::Stopped;
-    }
+    return _context.Run([this] { _Push(); });
 }
 
 void PushPass::_Push() {
