@@ -17,14 +17,16 @@ using Files = std::map<QString, QByteArray>;
 /// What a test throws in place of the end of the process.
 class Crash {};
 
-/// A pass that ends at one moment after the other, before every single operation on the disk; then one that does not.
+/// A pass that ends at one moment after the other, before every single operation that changes something
+/// on the disk; then one that does not.
 class CrashTest : public tests::SyncTest {
 protected:
     /// Whether the pass ended at its operation `number`, from which on the disk does nothing any more.
     bool CrashesAt(int number, const std::function<void()>& pass) {
         std::atomic<int> operations{0};
-        tree.before = [&operations, number](const char*, const QString& path) {
-            const int operation = ++operations;
+        tree.before = [&operations, number](const char* name, const QString& path) {
+            const bool changesSomething = qstrcmp(name, "Look") != 0 && qstrcmp(name, "List") != 0;
+            const int operation = changesSomething || operations >= number ? ++operations : 0;
             if (operation == number) {
                 throw Crash();
             }
@@ -93,7 +95,7 @@ TEST_F(CrashTest, APullThatDiesAtAnyMomentLosesNothingAndTheNextOneCompletesIt) 
         }
         ++moments;
     }
-    EXPECT_GT(moments, 20);
+    EXPECT_GT(moments, 15);
 }
 
 TEST_F(CrashTest, WhatIsWrittenBetweenADeadPullAndTheNextIsKept) {
@@ -135,7 +137,7 @@ TEST_F(CrashTest, APushThatDiesAtAnyMomentIsCompletedByTheNext) {
         }
         ++moments;
     }
-    EXPECT_GT(moments, 5);
+    EXPECT_GT(moments, 4);
 }
 
 }  // namespace
