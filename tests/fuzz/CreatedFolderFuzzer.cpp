@@ -1,41 +1,13 @@
-#include <log4cplus/logger.h>
-
 #include <QDomDocument>
+#include <algorithm>
 
-#include "dvsync/DrovaneRemoteFolderManager.h"
 #include "dvsync/XmlDocument.h"
-#include "tests/fakes/InstalledConfiguration.h"
+#include "tests/fuzz/FolderManager.h"
 #include "tests/fuzz/Fuzzing.h"
 
 using fuzz::Require;
-using sync::config::FolderConfiguration;
-using sync::dv::dvsync::DrovaneRemoteFolderManager;
-
-namespace sync {
-namespace dv {
-namespace dvsync {
-
-class DrovaneRemoteFolderManagerAccess {
-public:
-    static bool Update(DrovaneRemoteFolderManager& manager, const QByteArray& body, FolderConfiguration& folder) {
-        return manager._UpdateFolderConfig(body, folder);
-    }
-};
-
-}  // namespace dvsync
-}  // namespace dv
-}  // namespace sync
 
 namespace {
-
-std::unique_ptr<DrovaneRemoteFolderManager> MakeManager() {
-    log4cplus::Logger::getRoot().setLogLevel(log4cplus::OFF_LOG_LEVEL);
-    const tests::InstalledConfiguration installed;
-    return std::make_unique<DrovaneRemoteFolderManager>(
-        nullptr, 1, nullptr, nullptr,
-        std::make_shared<tests::FakeConfigurationFactory>(installed.ServerConfigManager(),
-                                                          installed.FileConfigManager()));
-}
 
 int DepthOf(const QDomNode& node) {
     int deepest = 0;
@@ -48,7 +20,7 @@ int DepthOf(const QDomNode& node) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    static const std::unique_ptr<DrovaneRemoteFolderManager> manager = MakeManager();
+    static const auto manager = fuzz::MakeFolderManager();
     const QByteArray body = fuzz::BodyOf(data, size);
 
     QDomDocument document;
@@ -63,11 +35,11 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Require(error.line >= 0 && error.column >= 0, "what is wrong has a place");
     }
 
-    FolderConfiguration folder;
+    sync::config::FolderConfiguration folder;
     folder.setServerFolderId(QString::fromLatin1("id"));
     folder.ownerId = QString::fromLatin1("owner");
     folder.accessMask = 5;
-    if (sync::dv::dvsync::DrovaneRemoteFolderManagerAccess::Update(*manager, body, folder)) {
+    if (fuzz::FolderManagerAccess::Update(*manager, body, folder)) {
         Require(isDocument, "only a document describes a folder");
         Require(folder.accessMask == 31, "a new folder is all its owner's");
         Require(!folder.getServerFolderId().isEmpty(), "an id is never lost");

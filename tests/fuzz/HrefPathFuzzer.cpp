@@ -12,7 +12,9 @@ using sync::dv::dvsync::PercentDecoded;
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const QString text = QString::fromUtf8(fuzz::BytesOf(data, size));
     const QString encoded = QString::fromLatin1(QUrl::toPercentEncoding(text));
-    Require(PercentDecoded(encoded) == text, "what was encoded is decoded to the same");
+    // Qt takes a byte-order mark in front for no part of the text.
+    Require(text.startsWith(QChar(QChar::ByteOrderMark)) || PercentDecoded(encoded) == text,
+            "what was encoded is decoded to the same");
     Require(PathOfHref(QLatin1Char('/') + encoded) == QLatin1Char('/') + text, "a path is decoded");
     Require(PathOfHref(QLatin1String("http://host:8080/") + encoded) == QLatin1Char('/') + text,
             "a path is decoded in a whole URL too");
