@@ -28,14 +28,16 @@ bool Becomes(const std::function<bool()>& condition) {
     return condition();
 }
 
-// The ids of the processes that run `program`.
-QList<pid_t> ProcessesOf(const QString& program) {
+// The ids of the processes that run `program` with `mark` in their environment.
+QList<pid_t> ProcessesOf(const QString& program, const QByteArray& mark) {
     QList<pid_t> ids;
     const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
     for (const QString& entry : entries) {
         bool isNumber = false;
         const int id = entry.toInt(&isNumber);
-        if (isNumber && QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(id)) == program) {
+        QFile environment(QStringLiteral("/proc/%1/environ").arg(id));
+        if (isNumber && QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(id)) == program &&
+            environment.open(QIODevice::ReadOnly) && environment.readAll().contains(mark)) {
             ids.append(id);
         }
     }
@@ -44,27 +46,30 @@ QList<pid_t> ProcessesOf(const QString& program) {
 
 class StartedAgentTest : public testing::Test {
 protected:
-    ~StartedAgentTest() override {
-        const QList<pid_t> ids = ProcessesOf(program);
+    StartedAgentTest() { qputenv("OVSYNC_AGENT_TEST", mark); }
+    ~StartedAgentTest() override { EndWith(SIGKILL); }
+
+    // Of the agents on this machine, those that this test has started.
+    QList<pid_t> Started() const { return ProcessesOf(program, mark); }
+
+    void EndWith(int signal) const {
+        const QList<pid_t> ids = Started();
         for (const pid_t id : ids) {
-            kill(id, SIGKILL);
+            EXPECT_EQ(kill(id, signal), 0);
         }
     }
 
     const QString program = QFileInfo(QStringLiteral(OVSYNC_AGENT_PROGRAM)).canonicalFilePath();
+    const QByteArray mark = QUuid::createUuid().toByteArray();
 };
 
 TEST_F(StartedAgentTest, IsStartedByTheLibraryFoundByItAndEnds) {
     EXPECT_EQ(QFileInfo(program).fileName(), sync::core::GetSyncAppName());
     ASSERT_TRUE(StartSyncService());
-    ASSERT_TRUE(Becomes([this] { return !ProcessesOf(program).isEmpty(); }));
+    ASSERT_TRUE(Becomes([this] { return Started().size() == 1; }));
     EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(QStringLiteral("OvSync.exe")));
-
-    const QList<pid_t> ids = ProcessesOf(program);
-    for (const pid_t id : ids) {
-        ASSERT_EQ(kill(id, SIGTERM), 0);
-    }
-    EXPECT_TRUE(Becomes([this] { return ProcessesOf(program).isEmpty(); }));
+    EndWith(SIGTERM);
+    EXPECT_TRUE(Becomes([this] { return Started().isEmpty(); }));
 }
 
 // A copy of the agent, under a name that no other process on this machine has.
