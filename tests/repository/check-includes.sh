@@ -47,6 +47,14 @@ if [ -n "$found" ]; then
     status=1
 fi
 
+# Systems are told apart in one folder, and by one header.
+found=$(grep -rnE '#include <(windows|psapi|link|dlfcn|unistd|sys/[a-z]+)\.h>' host dvsync |
+    grep -vE '^(dvsync/platform/|host/core/PosixSync.h:)' || true)
+if [ -n "$found" ]; then
+    printf 'Only dvsync/platform knows the operating system:\n%s\n' "$found"
+    status=1
+fi
+
 # Qt versions are told apart in one header.
 found=$(grep -rlE 'QT_VERSION' host dvsync | grep -v '^host/core/QtCompat.h$' || true)
 if [ -n "$found" ]; then
