@@ -24,7 +24,7 @@ bool DrovaneSyncServiceManager::IsIncrementalSyncEnabledForFile(const QString& /
 }
 
 qint64 DrovaneSyncServiceManager::GetMinFileSizeForIncrementalSync() {
-    return 100 * 1024;
+    return 102400;
 }
 
 float DrovaneSyncServiceManager::GetMaxChangeForIncrementalSync() {

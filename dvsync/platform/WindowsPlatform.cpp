@@ -46,7 +46,7 @@ std::optional<std::u16string> ProcessName(std::uint32_t processId) {
     // The first module is the executable, and there is room for no other.
     HMODULE executable = nullptr;
     DWORD size = 0;
-    if (K32EnumProcessModules(process, &executable, sizeof(executable), &size)) {
+    if (K32EnumProcessModules(process, &executable, sizeof(HMODULE), &size)) {
         length = K32GetModuleBaseNameW(process, executable, name, NameLimit);
     }
     CloseHandle(process);

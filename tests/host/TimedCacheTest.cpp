@@ -84,6 +84,18 @@ TEST(TimedCacheFailureTest, AFunctionThatThrewIsRunAgainByTheNextCall) {
     EXPECT_EQ(cache.Get(), 7);
 }
 
+// Runs `operation` with every value, each in a thread of its own.
+void InThreads(std::vector<int>& values, const std::function<void(int&)>& operation) {
+    std::vector<std::thread> threads;
+    threads.reserve(values.size());
+    for (int& value : values) {
+        threads.emplace_back([&operation, &value] { operation(value); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
 TEST(TimedCacheThreadsTest, NeverRunsTheFunctionTwiceAtOnceAndReturnsOnlyWhatItGave) {
     const int threadCount = 8;
     std::atomic<int> inside{0};
@@ -102,17 +114,11 @@ TEST(TimedCacheThreadsTest, NeverRunsTheFunctionTwiceAtOnceAndReturnsOnlyWhatItG
         -1000);
 
     std::vector<int> last(threadCount);
-    std::vector<std::thread> threads;
-    for (int& value : last) {
-        threads.emplace_back([&cache, &value] {
-            for (int i = 0; i < 1000; ++i) {
-                value = cache.Get();
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    InThreads(last, [&cache](int& value) {
+        for (int i = 0; i < 1000; ++i) {
+            value = cache.Get();
+        }
+    });
 
     EXPECT_FALSE(twiceAtOnce);
     EXPECT_EQ(runs, 1000 * threadCount);
@@ -131,13 +137,7 @@ TEST(TimedCacheThreadsTest, ThreadsThatFindItTooOldAtTheSameMomentAllGetTheNewVa
         },
         1000);
     std::vector<int> values(8);
-    std::vector<std::thread> threads;
-    for (int& value : values) {
-        threads.emplace_back([&cache, &value] { value = cache.Get(); });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    InThreads(values, [&cache](int& value) { value = cache.Get(); });
     EXPECT_EQ(values, std::vector<int>(8, 7));
     EXPECT_GE(runs, 1);
     EXPECT_LE(runs, 8);
