@@ -1,0 +1,180 @@
+#include <gmock/gmock.h>
+#include <signal.h>
+
+#include <chrono>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <thread>
+
+#include "tests/sync-proof/Changes.h"
+#include "tests/sync-proof/Setting.h"
+#include "tests/sync-proof/TwoSides.h"
+
+namespace syncproof {
+namespace {
+
+using testing::AnyOf;
+using testing::HasSubstr;
+
+class KillTest : public testing::Test {
+protected:
+    KillTest() {
+        sides.StartService();
+        sides.there.Write("both", "both");
+        changes.Settle();
+    }
+
+    /// A pull after one that was killed.
+    void ExpectPullToFinish() {
+        changes.ExpectOldOrNew(changes.HereBefore(), sides.ImageHere());
+        const auto pull = sides.Pull({"--delete"});
+        EXPECT_EQ(pull->ExitCode(), 1) << pull->Text();
+        changes.ExpectPulled();
+    }
+
+    /// A push after one that was killed, or that lost the service.
+    void ExpectPushToFinish() {
+        EXPECT_EQ(Differences(sides.ImageHere(), changes.HereBefore()), "");
+        changes.ExpectOldOrNew(changes.ThereBefore(), sides.ImageThere());
+        const auto push = sides.Push();
+        EXPECT_EQ(push->ExitCode(), 1) << push->Text();
+        changes.ExpectPushed();
+    }
+
+    TwoSides sides;
+    Changes changes{sides};
+    const unsigned seed = std::random_device()();
+    std::mt19937 random{seed};
+};
+
+/// Each test kills at every so many steps; over several runs at all of them, because the first is drawn.
+class StepKillTest : public KillTest {
+protected:
+    const int stride = Setting("OVSYNC_PROOF_STRIDE", 5);
+    int point = 1 + static_cast<int>(random() % static_cast<unsigned>(stride));
+};
+
+TEST_F(StepKillTest, APullThatIsKilledBeforeAnyStepIsFinishedByTheNext) {
+    int exitCode = -SIGKILL;
+    for (; exitCode == -SIGKILL && !HasFailure(); point += stride) {
+        SCOPED_TRACE("before step " + std::to_string(point));
+        changes.MakeForPull();
+        exitCode = sides.Pull({"--delete", "-j", "1"}, TwoSides::KilledAt(point))->ExitCode();
+        ExpectPullToFinish();
+        changes.Settle();
+    }
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_GT(point, 50);
+}
+
+TEST_F(StepKillTest, APushThatIsKilledBeforeAnyStepIsFinishedByTheNext) {
+    int exitCode = -SIGKILL;
+    for (; exitCode == -SIGKILL && !HasFailure(); point += stride) {
+        SCOPED_TRACE("before step " + std::to_string(point));
+        changes.MakeForPush();
+        exitCode = sides.Push({"-j", "1"}, TwoSides::KilledAt(point))->ExitCode();
+        ExpectPushToFinish();
+        changes.Settle();
+    }
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_GT(point, 20);
+}
+
+TEST_F(StepKillTest, APushWhoseServiceIsKilledBeforeAnyStepIsFinishedByTheNext) {
+    int killed = 0;
+    bool isOver = false;
+    for (; !isOver && !HasFailure(); point += stride) {
+        SCOPED_TRACE("before step " + std::to_string(point));
+        changes.MakeForPush();
+        try {
+            sides.StartService({}, TwoSides::KilledAt(point));
+        } catch (const std::runtime_error&) {
+            // Killed before it served.
+            sides.StartService();
+            ExpectPushToFinish();
+            changes.Settle();
+            continue;
+        }
+        const auto push = sides.Push({"-j", "1"});
+        isOver = push->ExitCode() == 1;
+        killed += isOver ? 0 : 1;
+        EXPECT_TRUE(isOver || push->ExitCode() == 3) << push->Text();
+        if (!isOver) {
+            EXPECT_THAT(push->Text(), AnyOf(HasSubstr("\"event\":\"failed\""), HasSubstr("ovsync: ")));
+        }
+        sides.StartService();
+        ExpectPushToFinish();
+        changes.Settle();
+    }
+    EXPECT_GT(killed, 20 / stride);
+}
+
+class RandomKillTest : public KillTest {
+protected:
+    template <typename Action>
+    void Measure(Action action) {
+        const auto start = std::chrono::steady_clock::now();
+        action();
+        duration = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
+    }
+
+    std::chrono::microseconds duration{0};
+    const int times = Setting("OVSYNC_PROOF_KILLS", 10);
+};
+
+TEST_F(RandomKillTest, APullThatIsKilledAtAnyMomentIsFinishedByTheNext) {
+    changes.MakeForPull();
+    Measure([this] { sides.Pull({"--delete"})->ExitCode(); });
+    changes.Settle();
+    int killed = 0;
+    for (int i = 1; i <= times && !HasFailure(); ++i) {
+        SCOPED_TRACE("the kill number " + std::to_string(i));
+        changes.MakeForPull();
+        const auto pull = sides.Pull({"--delete"});
+        std::this_thread::sleep_for(duration * (random() % 1000) / 1000);
+        pull->Signal(SIGKILL);
+        killed += pull->ExitCode() == -SIGKILL ? 1 : 0;
+        ExpectPullToFinish();
+        changes.Settle();
+    }
+    EXPECT_GT(killed, times / 4);
+}
+
+TEST_F(RandomKillTest, APushThatIsKilledAtAnyMomentIsFinishedByTheNext) {
+    changes.MakeForPush();
+    Measure([this] { sides.Push()->ExitCode(); });
+    changes.Settle();
+    int killed = 0;
+    for (int i = 1; i <= times && !HasFailure(); ++i) {
+        SCOPED_TRACE("the kill number " + std::to_string(i));
+        changes.MakeForPush();
+        const auto push = sides.Push();
+        std::this_thread::sleep_for(duration * (random() % 1000) / 1000);
+        push->Signal(SIGKILL);
+        killed += push->ExitCode() == -SIGKILL ? 1 : 0;
+        ExpectPushToFinish();
+        changes.Settle();
+    }
+    EXPECT_GT(killed, times / 4);
+}
+
+TEST_F(RandomKillTest, APushWhoseServiceIsKilledAtAnyMomentIsFinishedByTheNext) {
+    changes.MakeForPush();
+    Measure([this] { sides.Push()->ExitCode(); });
+    changes.Settle();
+    for (int i = 1; i <= times && !HasFailure(); ++i) {
+        SCOPED_TRACE("the kill number " + std::to_string(i));
+        changes.MakeForPush();
+        const auto push = sides.Push();
+        std::this_thread::sleep_for(duration * (random() % 1000) / 1000);
+        sides.Service().End(SIGKILL);
+        EXPECT_THAT(push->ExitCode(), AnyOf(1, 3)) << push->Text();
+        sides.StartService();
+        ExpectPushToFinish();
+        changes.Settle();
+    }
+}
+
+}  // namespace
+}  // namespace syncproof
