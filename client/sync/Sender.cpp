@@ -122,16 +122,22 @@ void Sender::_TakeSent(const Upload& upload) {
                                              : QStringLiteral("it changed here, and has just changed on the service"));
         return;
     }
-    const FileRecord record = _RecordOf(upload);
-    _context.Records().WriteFile(record);
+    const std::optional<FileRecord> record = _RecordOf(upload);
+    if (!record) {
+        // What is recorded stays what both sides had before: both differ from it now, and nobody overwrites the other.
+        _context.Report(SyncEvent::Kind::Conflict, path,
+                        QStringLiteral("it was sent, but what the service has is something else"));
+        return;
+    }
+    _context.Records().WriteFile(*record);
     _context.Report(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
-    if (record.local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
+    if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
         _context.Report(SyncEvent::Kind::Refused, path,
                         QStringLiteral("it was written while it was sent, and has to be sent again"));
     }
 }
 
-FileRecord Sender::_RecordOf(const Upload& upload) {
+std::optional<FileRecord> Sender::_RecordOf(const Upload& upload) {
     const PushOrder& order = upload.Order();
     const ServiceFolder& service = _context.Service();
     FileRecord record;
@@ -154,13 +160,7 @@ FileRecord Sender::_RecordOf(const Upload& upload) {
     file.lastModifiedDate = upload.Version() ? upload.Version()->lastModified : QDateTime();
 
     const bool isOurs = upload.Version() && IsContentOf(file, upload.Version()->size, upload.Md5());
-    if (!isOurs) {
-        // Somebody was quick. The next pull has to take what is there for another version, whatever it looks like.
-        file.versionId.clear();
-        file.md5Checksum.clear();
-        file.lastModifiedDate = QDateTime();
-    }
-    return record;
+    return isOurs ? std::make_optional(record) : std::nullopt;
 }
 
 }  // namespace syncing

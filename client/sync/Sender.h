@@ -4,6 +4,7 @@
 #include <atomic>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "client/sync/PassContext.h"
@@ -30,7 +31,8 @@ private:
     /// Whether what is to be replaced is still what the listing had.
     bool _IsStillKnown(const Upload& upload);
     void _TakeSent(const Upload& upload);
-    store::FileRecord _RecordOf(const Upload& upload);
+    /// None when the service has something else than what was sent.
+    std::optional<store::FileRecord> _RecordOf(const Upload& upload);
 
     PassContext& _context;
     std::deque<PushOrder> _orders;

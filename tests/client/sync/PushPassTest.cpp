@@ -148,17 +148,33 @@ TEST_F(PushPassTest, AFileThatIsMadeOnTheServiceMeanwhileIsAConflict) {
     EXPECT_EQ(Contents().size(), 2U);
 }
 
-TEST_F(PushPassTest, AChangeOnTheServiceRightAfterIsFetchedByTheNextPull) {
+TEST_F(PushPassTest, WhatIsSomethingElseRightAfterItWasSentIsAConflict) {
     for (const bool isPlain : {false, true}) {
         service.isPlain = isPlain;
         const char* const name = isPlain ? "b" : "a";
         Write(name, "mine");
         Before("SENT", [this, name] { service.Put(Text(name), "theirs, longer"); });
-        EXPECT_EQ(Push(), SyncOutcome::InStep);
-        EXPECT_EQ(Pull(), SyncOutcome::InStep);
-        EXPECT_EQ(Content(name), QByteArray("theirs, longer"));
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Told(), QStringList({Text("Conflict ") + QLatin1String(name)}));
+        EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Content(name), QByteArray("mine"));
         Remove(name);
         service.Remove(Text(name));
+    }
+}
+
+TEST_F(PushPassTest, AnUploadThatTheServiceOnlySeemedToStoreIsAConflict) {
+    Write("a", "1");
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    for (const char* changed : {"2", "longer"}) {
+        Write("a", changed);
+        Before("SENT", [this] { service.Put(Text("a"), "1"); });
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Told(), QStringList({Text("Conflict a")}));
+        EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Content("a"), QByteArray(changed));
+        service.Put(Text("a"), changed);
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
     }
 }
 
