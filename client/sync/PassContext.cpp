@@ -19,11 +19,20 @@ using sync::http::HttpException;
 
 namespace {
 
+const int BadRequest = 400;
 const int Unauthorized = 401;
 const int NotFound = 404;
 const int ProxyAuthenticationRequired = 407;
+const int BadGateway = 502;
+const int ServiceUnavailable = 503;
+const int GatewayTimeout = 504;
 
 const int PatienceWithFailures = 3;
+
+/// Whether such an answer says no to what was asked. Others mean that the service itself did not answer.
+bool IsRefusal(int status) {
+    return status >= BadRequest && status != BadGateway && status != ServiceUnavailable && status != GatewayTimeout;
+}
 
 QString AddressSetting() {
     return QStringLiteral("address");
@@ -208,7 +217,11 @@ void PassContext::ReportFailure(const QString& path, const std::exception_ptr& e
         if (e.StatusCode() == Unauthorized || e.StatusCode() == ProxyAuthenticationRequired) {
             throw;
         }
-        Report(SyncEvent::Kind::Refused, path, e.Message());
+        if (IsRefusal(e.StatusCode())) {
+            Report(SyncEvent::Kind::Refused, path, e.Message());
+        } else if (_IsTooMuch(path, e.Message())) {
+            throw;
+        }
     } catch (const store::StoreError&) {
         throw;
     } catch (const LocalError& e) {
@@ -217,11 +230,15 @@ void PassContext::ReportFailure(const QString& path, const std::exception_ptr& e
         }
         Report(SyncEvent::Kind::Refused, path, e.Message());
     } catch (const sync::core::SyncException& e) {
-        Report(SyncEvent::Kind::Failed, path, e.Message());
-        if (++_failuresInARow == PatienceWithFailures) {
+        if (_IsTooMuch(path, e.Message())) {
             throw;
         }
     }
+}
+
+bool PassContext::_IsTooMuch(const QString& path, const QString& failure) {
+    Report(SyncEvent::Kind::Failed, path, failure);
+    return ++_failuresInARow == PatienceWithFailures;
 }
 
 SyncOutcome PassContext::Outcome() const {

@@ -83,6 +83,8 @@ public:
 
 private:
     void _CheckAddress();
+    /// Tells of the failure. True when so many came in a row that the pass is to end.
+    bool _IsTooMuch(const QString& path, const QString& failure);
 
     const ServiceFolder& _service;
     ILocalTree& _tree;
