@@ -43,9 +43,9 @@ QString VersionNote(const FileConfiguration& remote) {
 
 }  // namespace
 
-void Fetcher::Run(std::deque<PullOrder> orders) {
+bool Fetcher::Run(std::deque<PullOrder> orders) {
     if (orders.empty()) {
-        return;
+        return true;
     }
     _orders = std::move(orders);
     _progress.allFiles = static_cast<int>(_orders.size());
@@ -74,6 +74,7 @@ void Fetcher::Run(std::deque<PullOrder> orders) {
         _progress.doneBytes = _bytes;
         _context.ReportProgress(_progress);
     }
+    return _hasAll;
 }
 
 void Fetcher::_Start(Pool& pool) {
@@ -81,7 +82,7 @@ void Fetcher::_Start(Pool& pool) {
     _orders.pop_front();
     const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
     if (url.isEmpty()) {
-        _context.Report(SyncEvent::Kind::Refused, order.path, QStringLiteral("there is no URL for such a path"));
+        _Refuse(order.path, QStringLiteral("there is no URL for such a path"));
         return;
     }
     order.record = _context.RecordOf(order.path, order.remote);
@@ -110,7 +111,7 @@ void Fetcher::_Take(std::vector<std::unique_ptr<Download>> downloads) {
     }
     for (const Download* download : others) {
         if (download->Error()) {
-            _context.ReportFailure(download->Order().path, download->Error());
+            _ReportFailure(download->Order().path, download->Error());
         } else {
             _TakeSurprise(*download);
         }
@@ -164,7 +165,7 @@ void Fetcher::_TakeSurprise(const Download& download) {
                 .arg(QString::number(download.Fresh().size), download.Md5(), QString::number(now.size),
                      now.md5Checksum.isEmpty() ? QStringLiteral("any") : now.md5Checksum));
     } catch (const std::exception&) {
-        _context.ReportFailure(path, std::current_exception());
+        _ReportFailure(path, std::current_exception());
     }
 }
 
@@ -179,7 +180,7 @@ void Fetcher::_TakePlaced(const Placer::Request& request, const PullOrder& order
             _PutBeside(order, request.placement.temporary, request.placement.record.contentMd5);
             break;
         case Placer::Result::Failed:
-            _context.Report(SyncEvent::Kind::Refused, order.path, request.error);
+            _Refuse(order.path, request.error);
             break;
     }
     if (!request.aside.isEmpty()) {
@@ -196,8 +197,18 @@ void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary, const
         _context.Report(SyncEvent::Kind::Conflict, order.path,
                         QStringLiteral("it changed here and on the service, whose version is in \"%1\"").arg(copy));
     } catch (const LocalError&) {
-        _context.ReportFailure(order.path, std::current_exception());
+        _ReportFailure(order.path, std::current_exception());
     }
+}
+
+void Fetcher::_Refuse(const QString& path, const QString& reason) {
+    _hasAll = false;
+    _context.Report(SyncEvent::Kind::Refused, path, reason);
+}
+
+void Fetcher::_ReportFailure(const QString& path, const std::exception_ptr& error) {
+    _hasAll = false;
+    _context.ReportFailure(path, error);
 }
 
 }  // namespace syncing

@@ -4,6 +4,7 @@
 #include <QVector>
 #include <atomic>
 #include <deque>
+#include <exception>
 #include <memory>
 #include <vector>
 
@@ -19,8 +20,9 @@ class Fetcher {
 public:
     explicit Fetcher(PassContext& context) : _context(context) {}
 
-    /// Throws Stopped, when what is finished is in place, and what PassContext::ReportFailure throws.
-    void Run(std::deque<PullOrder> orders);
+    /// True when everything came. Throws Stopped, when what is finished is in place, and what
+    /// PassContext::ReportFailure throws.
+    bool Run(std::deque<PullOrder> orders);
 
 private:
     using Pool = TransferPool<Download>;
@@ -33,11 +35,14 @@ private:
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const Placer::Request& request, const PullOrder& order);
     void _PutBeside(const PullOrder& order, const QString& temporary, const QString& md5);
+    void _Refuse(const QString& path, const QString& reason);
+    void _ReportFailure(const QString& path, const std::exception_ptr& error);
 
     PassContext& _context;
     std::deque<PullOrder> _orders;
     std::atomic<qint64> _bytes{0};
     SyncProgress _progress;
+    bool _hasAll = true;
 };
 
 }  // namespace syncing

@@ -46,15 +46,16 @@ void PullPass::_Pull() {
         _Keep(inTheWay, QString());
     }
     const std::deque<PullOrder> orders = plan.FindOrders(*remote, snapshot);
+    bool hasAll = true;
     if (_context.Options().isTrial) {
         _TellOrders(orders);
     } else {
-        Fetcher(_context).Run(orders);
+        hasAll = Fetcher(_context).Run(orders);
     }
     // What came under another name, or elsewhere, has to be here before it goes.
     if (!_context.Options().deletes) {
         _Keep(others, QString());
-    } else if (_context.Outcome() == SyncOutcome::Failed) {
+    } else if (!hasAll) {
         _Keep(others, QStringLiteral(", because not everything could be fetched"));
     } else {
         _Delete(others, snapshot);
@@ -69,11 +70,9 @@ std::optional<RemoteTree> PullPass::_List(const LocalSnapshot& snapshot) {
     const QDateTime lastPass = QDateTime::fromString(_context.Records().Setting(LastPassSetting()), Qt::ISODate);
     const bool isSameFilter = _context.Records().Setting(LastFilterSetting()) == _context.Options().filterText;
     if (lastPass.isValid() && isSameFilter && _IsAllHere(snapshot)) {
-        std::optional<RemoteTree> remote = _context.List(lastPass, snapshot);
-        if (!remote && !_context.Options().isTrial && _context.ListedAt().isValid()) {
-            _WriteLastPass(_context.ListedAt());
-        }
-        return remote;
+        // When nothing changed the time stays as it is: a wrong answer then costs one pass, and not every change up to
+        // it.
+        return _context.List(lastPass, snapshot);
     }
     return _context.List(QDateTime(), snapshot);
 }
