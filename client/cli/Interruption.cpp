@@ -38,7 +38,8 @@ Interruption::~Interruption() {
         struct sigaction now {};
         sigaction(signal, nullptr, &now);
         if (now.sa_handler == &OnSignal) {
-            std::signal(signal, SIG_DFL);
+            now.sa_handler = SIG_DFL;
+            sigaction(signal, &now, nullptr);
         }
     }
 }

@@ -14,7 +14,7 @@ namespace {
 const size_t BufferSize = 256UL * 1024UL;
 
 // Longer than a tick of any file system's clock but those that count in seconds.
-const qint64 YoungInNanoseconds = 100 * 1000 * 1000;
+const qint64 YoungInNanoseconds = 100000000;
 
 }  // namespace
 

@@ -161,7 +161,7 @@ void Placer::_Recover(const Placement& placement, QVector<SyncEvent>& events) {
 
 QString Placer::PutBeside(const QString& temporary, const QString& path, const QString& note) {
     for (int number = 1;; ++number) {
-        const QString beside = PathWithNote(path, note, number);
+        QString beside = PathWithNote(path, note, number);
         const std::optional<LocalEntry> there = _tree.Look(beside);
         if (!there && _tree.Move(temporary, beside)) {
             _tree.SyncFolder(FolderOf(path));

@@ -168,12 +168,12 @@ void PushPlan::_MakeFolders() {
         }
     }
     for (const QString& path : missing) {
-        if (_blockedFolders.contains(path) || _blockedFolders.contains(FolderOf(path)) || _remote.IsRefused(path)) {
-            _blockedFolders.insert(path);
-        } else if (!_neededFolders.contains(path)) {
+        const bool isBlocked =
+            _blockedFolders.contains(path) || _blockedFolders.contains(FolderOf(path)) || _remote.IsRefused(path);
+        if (!isBlocked && !_neededFolders.contains(path)) {
             _context.Report(SyncEvent::Kind::Kept, path,
                             QStringLiteral("it was deleted on the service, and is not made again"));
-        } else if (!_MakeFolder(path)) {
+        } else if (isBlocked || !_MakeFolder(path)) {
             _blockedFolders.insert(path);
         }
         _context.ThrowIfStopped();

@@ -1,13 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
-#include <QEventLoop>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QNetworkRequest>
 #include <QThread>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
@@ -47,25 +41,6 @@ protected:
         EXPECT_EQ(result.exitCode, exitCode) << command.first().toStdString() << ' ' << path;
         EXPECT_EQ(result.output, QByteArray());
         EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr(message), Not(HasSubstr("log4cplus"))));
-    }
-
-    /// Only the service itself can make a folder a form.
-    void MakeForm(const char* path) {
-        int argc = 1;
-        char name[] = "test";
-        char* argv[] = {name, nullptr};
-        const QCoreApplication application(argc, argv);
-        QNetworkAccessManager network;
-        QNetworkRequest request(QUrl(_service.Url() + Text(path)));
-        request.setHeader(QNetworkRequest::ContentTypeHeader, Text("application/xml"));
-        const QByteArray body =
-            "<D:propertyupdate xmlns:D=\"DAV:\"><D:set><D:prop><D:resourceclasstype>drovane.objects.Form"
-            "</D:resourceclasstype></D:prop></D:set></D:propertyupdate>";
-        const std::unique_ptr<QNetworkReply> reply(network.sendCustomRequest(request, "PROPPATCH", body));
-        QEventLoop loop;
-        QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
-        loop.exec();
-        ASSERT_EQ(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 207);
     }
 
     Service _service;
@@ -221,7 +196,7 @@ TEST_F(FolderCommandsTest, TheSizeOfATreeLeavesOutWhatIsExcluded) {
 TEST_F(FolderCommandsTest, WhatLiesInAFormIsNeitherListedNorMeasured) {
     _service.AddFile(Text("A/form/answer.txt"), "12345");
     _service.AddFile(Text("A/plain.txt"), "1");
-    MakeForm("A/form/");
+    _service.MakeForm(Text("A/form/"));
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/plain.txt\n"));
     EXPECT_EQ(OutputOf({Text("du")}, ""), QByteArray("1 files, 1 bytes\n"));
     EXPECT_EQ(OutputOf({Text("ls")}, "A"), QByteArray("plain.txt\n"));

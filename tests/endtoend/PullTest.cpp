@@ -196,7 +196,7 @@ TEST_F(PullTest, AFolderBelongsToOneFolderOfAService) {
 
 TEST_F(PullTest, WhatCannotBeSyncedIsNamed) {
     _service.AddFile(Text("a"), "1");
-    const auto errorOf = [this](const QString& url, const QString& folder, int exitCode) {
+    const auto errorOf = [](const QString& url, const QString& folder, int exitCode) {
         const ProgramResult result = RunOvsync({Text("pull"), url, folder});
         EXPECT_EQ(result.exitCode, exitCode) << result.errors.toStdString();
         return result.errors.toStdString();

@@ -2,10 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
 #include <QProcessEnvironment>
+#include <memory>
 #include <stdexcept>
 
 namespace tests {
@@ -54,6 +60,28 @@ void Service::AddFolder(const QString& path) {
 
 void Service::Remove(const QString& path) {
     ASSERT_TRUE(QFile::remove(_directory.filePath(path)));
+}
+
+bool Service::HasFile(const QString& path) const {
+    return QFile::exists(_directory.filePath(path));
+}
+
+void Service::MakeForm(const QString& path) {
+    int argc = 1;
+    char name[] = "test";
+    char* argv[] = {name, nullptr};
+    const QCoreApplication application(argc, argv);
+    QNetworkAccessManager network;
+    QNetworkRequest request(QUrl(_url + path));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/xml"));
+    const QByteArray body =
+        "<D:propertyupdate xmlns:D=\"DAV:\"><D:set><D:prop><D:resourceclasstype>drovane.objects.Form"
+        "</D:resourceclasstype></D:prop></D:set></D:propertyupdate>";
+    const std::unique_ptr<QNetworkReply> reply(network.sendCustomRequest(request, "PROPPATCH", body));
+    QEventLoop loop;
+    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec();
+    ASSERT_EQ(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 207);
 }
 
 ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment) {

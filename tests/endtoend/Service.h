@@ -25,6 +25,9 @@ public:
     void AddFile(const QString& path, const QByteArray& content);
     void AddFolder(const QString& path);
     void Remove(const QString& path);
+    bool HasFile(const QString& path) const;
+    /// Makes the folder at the percent-encoded `path` a form, which only the service itself can do.
+    void MakeForm(const QString& path);
 
 private:
     QTemporaryDir _directory;

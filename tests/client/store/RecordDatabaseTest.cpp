@@ -14,7 +14,6 @@
 
 namespace {
 
-using ovsync::store::ConflictCopy;
 using ovsync::store::FileConfigManager;
 using ovsync::store::FileRecord;
 using ovsync::store::Placement;

@@ -1,6 +1,8 @@
 #include "client/sync/PushPass.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QFile>
 
@@ -26,9 +28,9 @@ protected:
 
     /// Right before the first request of `method`, once, `happens`.
     void Before(const char* method, const std::function<void()>& happens) {
-        service.onRequest = [=](const QString& met, const QString&) {
-            if (met == Text(method)) {
-                service.onRequest = nullptr;
+        service.onRequest = [method, happens, isOver = false](const QString& met, const QString&) mutable {
+            if (!isOver && met == Text(method)) {
+                isOver = true;
                 happens();
             }
         };
@@ -255,13 +257,11 @@ TEST_F(PushPassTest, LinksAndUnreadableNamesAreToldOf) {
     ASSERT_TRUE(QFile::link(Text("/etc/passwd"), Path("link")));
     ASSERT_TRUE(QFile::link(Text("/etc"), Path("folder")));
     const QByteArray name = folder.path().toUtf8() + "/\xFF";
-    FILE* const file = std::fopen(name.constData(), "w");
-    ASSERT_NE(file, nullptr);
-    std::fclose(file);
+    ASSERT_EQ(mknod(name.constData(), S_IFREG | 0600, 0), 0);
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList({Text("Refused folder"), Text("Refused link"), Text("Refused \xEF\xBF\xBD")}));
     EXPECT_TRUE(service.Contents().empty());
-    std::remove(name.constData());
+    EXPECT_EQ(unlink(name.constData()), 0);
 }
 
 TEST_F(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
