@@ -35,7 +35,8 @@ const char Schema[] =
     "CREATE TABLE files (" RECORD_COLUMNS
     ") WITHOUT ROWID;"
     "CREATE TABLE folders (path TEXT PRIMARY KEY) WITHOUT ROWID;"
-    "CREATE TABLE copies (copy TEXT PRIMARY KEY, path TEXT NOT NULL, identity TEXT NOT NULL, content_md5 TEXT NOT NULL) WITHOUT ROWID;"
+    "CREATE TABLE copies (copy TEXT PRIMARY KEY, path TEXT NOT NULL, identity TEXT NOT NULL, content_md5 TEXT NOT "
+    "NULL) WITHOUT ROWID;"
     "CREATE TABLE placements (" RECORD_COLUMNS
     ", temporary TEXT NOT NULL, is_removal INTEGER NOT NULL, old_inode INTEGER, old_size INTEGER, old_modified INTEGER)"
     " WITHOUT ROWID;";
