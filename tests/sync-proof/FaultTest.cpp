@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <chrono>
 #include <filesystem>
 #include <ostream>
 #include <string>
+#include <thread>
 
 #include "tests/sync-proof/TwoSides.h"
 
@@ -63,6 +65,10 @@ protected:
         EXPECT_THAT(exitCode, AnyOf(0, 1, 3)) << pass->Text();
         if (exitCode != 0) {
             EXPECT_THAT(pass->Text(), testing::ContainsRegex("ovsync: .+|\"detail\":\".+\"")) << exitCode;
+        }
+        // The service takes back what it has of an upload once it notices that the client is gone.
+        for (int i = 0; i < 1000 && !sides.Leftovers().empty(); ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         EXPECT_EQ(sides.Leftovers(), "");
     }
