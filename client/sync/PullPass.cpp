@@ -109,11 +109,12 @@ void PullPass::_TellOrders(const std::deque<PullOrder>& orders) {
 }
 
 void PullPass::_Delete(const PullPlan::Gone& gone, LocalSnapshot& snapshot) {
-    _DeleteFiles(gone.files, snapshot);
-    _DeleteFolders(gone.folders, snapshot);
+    const QSet<QString> unfinished = _DeleteFiles(gone.files, snapshot);
+    _DeleteFolders(gone.folders, unfinished, snapshot);
 }
 
-void PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot) {
+QSet<QString> PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot) {
+    QSet<QString> unfinished;
     for (int start = 0; start < files.size(); start += RemovalsAtOnce) {
         _context.ThrowIfStopped();
         QVector<Placer::Request> requests;
@@ -139,13 +140,17 @@ void PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snap
                     break;
                 case Placer::Result::Failed:
                     _context.Report(SyncEvent::Kind::Refused, path, request.error);
+                    for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
+                        unfinished.insert(folder);
+                    }
                     break;
             }
         }
     }
+    return unfinished;
 }
 
-void PullPass::_DeleteFolders(const QStringList& folders, LocalSnapshot& snapshot) {
+void PullPass::_DeleteFolders(const QStringList& folders, const QSet<QString>& unfinished, LocalSnapshot& snapshot) {
     if (_context.Options().isTrial) {
         _TryDeletingFolders(folders, snapshot);
         return;
@@ -158,8 +163,10 @@ void PullPass::_DeleteFolders(const QStringList& folders, LocalSnapshot& snapsho
                 snapshot.entries.remove(path);
                 _context.Report(SyncEvent::Kind::Deleted, path);
             }
-            // One that still holds something is this side's own from now on.
-            _context.Records().ForgetFolder(path);
+            // One that still holds something else is this side's own from now on.
+            if (!unfinished.contains(path)) {
+                _context.Records().ForgetFolder(path);
+            }
         } catch (const LocalError&) {
             _context.ReportFailure(path, std::current_exception());
         }

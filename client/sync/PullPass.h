@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QSet>
+
 #include "client/sync/PassContext.h"
 #include "client/sync/PullPlan.h"
 
@@ -26,8 +28,9 @@ private:
     void _TellOrders(const std::deque<PullOrder>& orders);
     /// Deletes what is gone, or tells that it was kept, and takes what is deleted out of `snapshot`.
     void _Delete(const PullPlan::Gone& gone, LocalSnapshot& snapshot);
-    void _DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot);
-    void _DeleteFolders(const QStringList& folders, LocalSnapshot& snapshot);
+    /// Returns the folders in which a file is left that could not be deleted.
+    QSet<QString> _DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot);
+    void _DeleteFolders(const QStringList& folders, const QSet<QString>& unfinished, LocalSnapshot& snapshot);
     /// Tells which of the folders would be empty.
     void _TryDeletingFolders(const QStringList& folders, LocalSnapshot& snapshot);
     void _Keep(const PullPlan::Gone& gone, const QString& reason);

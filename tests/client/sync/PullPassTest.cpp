@@ -350,6 +350,24 @@ TEST_F(PullPassTest, FoldersThatAreGoneGoWithTheirFilesUnlessSomethingIsLeftInTh
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
 }
 
+TEST_F(PullPassTest, AFolderWhoseFileCannotBeDeletedGoesWithItTheNextTime) {
+    options.deletes = true;
+    service.Put(Text("f/g/a"), "1");
+    Pull();
+    service.Remove(Text("f"));
+    service.Put(Text("f"), "2");
+    tree.before = [](const char* operation, const QString& path) {
+        if (qstrcmp(operation, "Move") == 0 && path.startsWith(Text("f/g/"))) {
+            throw LocalError(path, EACCES);
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), Files({{Text("f/g/a"), "1"}}));
+    tree.before = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("f"), "2"}}));
+}
+
 TEST_F(PullPassTest, AFileBecomesAFolderAndAFolderAFile) {
     service.Put(Text("a"), "1");
     service.Put(Text("f/b"), "2");
