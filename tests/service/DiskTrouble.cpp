@@ -3,6 +3,7 @@
 // CRASH_POINT=N kills it before call N.
 // FAILURE_POINT=N makes call N fail with the error number FAILURE_ERROR, and with FAILURE_LASTS=1 all after it that
 // could need space.
+// CALL_COUNT=FILE writes into FILE, in the end, how many calls there were.
 
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -12,6 +13,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 
 namespace {
@@ -21,13 +23,14 @@ long NumberFrom(const char* variable) {
     return text == nullptr ? 0 : std::strtol(text, nullptr, 10);
 }
 
+std::atomic<long> calls{0};
+
 /// Whether the call is to fail.
 bool Count(bool couldNeedSpace) {
     static const long crashPoint = NumberFrom("CRASH_POINT");
     static const long failurePoint = NumberFrom("FAILURE_POINT");
     static const int error = static_cast<int>(NumberFrom("FAILURE_ERROR"));
     static const bool lasts = NumberFrom("FAILURE_LASTS") != 0;
-    static std::atomic<long> calls{0};
     const long call = ++calls;
     if (call == crashPoint) {
         static_cast<void>(raise(SIGKILL));
@@ -37,6 +40,14 @@ bool Count(bool couldNeedSpace) {
     }
     errno = error;
     return true;
+}
+
+__attribute__((destructor)) void WriteCount() {
+    const char* const name = std::getenv("CALL_COUNT");
+    if (std::FILE* const file = name == nullptr ? nullptr : std::fopen(name, "w")) {
+        std::fprintf(file, "%ld", calls.load());
+        std::fclose(file);
+    }
 }
 
 bool IsOnDisk(int descriptor) {

@@ -69,6 +69,10 @@ Pass::Environment TwoSides::KilledAt(int point) {
     return WithDiskTrouble({{"CRASH_POINT", std::to_string(point)}});
 }
 
+Pass::Environment TwoSides::CountingInto(const std::string& file) {
+    return WithDiskTrouble({{"CALL_COUNT", file}});
+}
+
 Pass::Environment TwoSides::FailingAt(int point, int error, bool lasts) {
     return WithDiskTrouble({{"FAILURE_POINT", std::to_string(point)},
                             {"FAILURE_ERROR", std::to_string(error)},

@@ -40,6 +40,8 @@ public:
     /// For a pass or a service that is troubled by its disk at a point; see DiskTrouble.cpp.
     static Pass::Environment KilledAt(int point);
     static Pass::Environment FailingAt(int point, int error, bool lasts);
+    /// Writes into `file` how many points there are.
+    static Pass::Environment CountingInto(const std::string& file);
 
     const service::test::TemporaryFolder here;
     const service::test::TemporaryFolder there;
