@@ -38,6 +38,16 @@ bool HasVersion(const FileConfiguration& file) {
     return !file.versionId.isEmpty() || Property(file, "version") != QLatin1String("0");
 }
 
+// Columns of a long listing. A line is made for every file, and formatted output of the C library costs three times
+// this.
+void AppendRightAligned(QByteArray& line, const QByteArray& text, int width) {
+    line.append(qMax(0, width - text.size()), ' ').append(text);
+}
+
+void AppendLeftAligned(QByteArray& line, const QByteArray& text, int width) {
+    line.append(text).append(qMax(0, width - text.size()), ' ');
+}
+
 }  // namespace
 
 QByteArray LongLine(const FileConfiguration& file, const Output& output) {
@@ -45,13 +55,15 @@ QByteArray LongLine(const FileConfiguration& file, const Output& output) {
     const QByteArray version = file.customProperties.value(versionKey).toLatin1();
     const bool hasVersion = !file.versionId.isEmpty() || version != "0";
     const QByteArray date = DateText(file.lastModifiedDate);
-    char columns[128];
-    const int size = std::snprintf(columns, sizeof(columns), "%12s  %-20s %5s  ", SizeText(file).constData(),
-                                   date.isEmpty() ? "-" : date.constData(), hasVersion ? version.constData() : "-");
     const QByteArray name = output.Shown(file.name);
     QByteArray line;
-    line.reserve(size + name.size() + 1);
-    line.append(columns, size).append(name).append('\n');
+    line.reserve(64 + name.size());
+    AppendRightAligned(line, SizeText(file), 12);
+    line.append("  ");
+    AppendLeftAligned(line, date.isEmpty() ? QByteArrayLiteral("-") : date, 20);
+    line.append(' ');
+    AppendRightAligned(line, hasVersion ? version : QByteArrayLiteral("-"), 5);
+    line.append("  ").append(name).append('\n');
     return line;
 }
 
