@@ -56,8 +56,8 @@ size_t DepthOf(const std::string& path) {
 
 }  // namespace
 
-RandomChanges::RandomChanges(const std::string& folder, const std::string& side, Random& random)
-    : _folder(folder), _side(side), _random(random) {}
+RandomChanges::RandomChanges(const std::string& folder, const std::string& side, Random& random, Writing writing)
+    : _folder(folder), _side(side), _random(random), _writing(writing) {}
 
 void RandomChanges::Change() {
     const Tree tree = _Look();
@@ -101,6 +101,9 @@ RandomChanges::Tree RandomChanges::_Look() const {
         const std::string path = entry->path().string().substr(_folder.size() + 1);
         if (path == ".ovsync" || path == ".ovsync-service") {
             entry.disable_recursion_pending();
+        } else if (path.find(".{SyncTemp}") != std::string::npos) {
+            // No file of a person.
+            continue;
         } else if (entry->is_directory()) {
             tree.folders.push_back(path);
         } else {
@@ -135,8 +138,15 @@ std::string RandomChanges::_NewContent(size_t size) {
     return content;
 }
 
-void RandomChanges::_Write(const std::string& path, const std::string& content) const {
-    std::ofstream(_At(path), std::ios::binary) << content;
+void RandomChanges::_Write(const std::string& path, const std::string& content) {
+    const std::string file = _writing == Writing::InPlace ? _At(path) : _folder + ".new";
+    std::ofstream(file, std::ios::binary) << content;
+    if (_writing == Writing::Aside) {
+        fs::rename(file, _At(path));
+    }
+    if (!content.empty()) {
+        _written.insert(content);
+    }
 }
 
 void RandomChanges::_Retire(const std::string& path) {

@@ -14,10 +14,18 @@ class RandomChanges {
 public:
     using Random = std::mt19937;
 
-    /// `side` is part of each content.
-    RandomChanges(const std::string& folder, const std::string& side, Random& random);
+    /// How a file is written: into itself, or elsewhere and then moved into its place.
+    enum class Writing { InPlace, Aside };
 
+    /// `side` is part of each content.
+    RandomChanges(const std::string& folder, const std::string& side, Random& random,
+                  Writing writing = Writing::InPlace);
+
+    /// Throws std::filesystem::filesystem_error when something else changes the folder meanwhile.
     void Change();
+
+    /// All contents that were written.
+    const std::set<std::string>& Written() const { return _written; }
 
     /// The contents that were changed, overwritten or deleted.
     const std::set<std::string>& Retired() const { return _retired; }
@@ -36,7 +44,7 @@ private:
     /// A path at which there is nothing; empty when none was found.
     std::string _FreePath(const Tree& tree);
     std::string _NewContent(size_t size);
-    void _Write(const std::string& path, const std::string& content) const;
+    void _Write(const std::string& path, const std::string& content);
     void _Retire(const std::string& path);
 
     void _MakeFile(const Tree& tree);
@@ -52,7 +60,9 @@ private:
     const std::string _folder;
     const std::string _side;
     Random& _random;
+    const Writing _writing;
     int _number = 0;
+    std::set<std::string> _written;
     std::set<std::string> _retired;
 };
 

@@ -3,8 +3,11 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <atomic>
+#include <chrono>
+#include <filesystem>
 #include <random>
+#include <thread>
 
 #include "tests/sync-proof/Setting.h"
 #include "tests/sync-proof/TwoSides.h"
@@ -31,6 +34,19 @@ std::string Lost(const FolderImage& before, const FolderImage& here, const Folde
 class RandomChangesTest : public testing::Test {
 protected:
     RandomChangesTest() { sides.StartService(); }
+
+    /// What nobody changed or deleted, and is nowhere.
+    std::string LostInTheEnd(const RandomChanges& changes, const std::set<std::string>& retired) const {
+        std::set<std::string> left = ContentsOf(sides.ImageHere());
+        left.merge(ContentsOf(sides.ImageThere()));
+        std::string lost;
+        for (const std::string& content : changes.Written()) {
+            if (left.count(content) + retired.count(content) + changesThere.Retired().count(content) == 0) {
+                lost += content.substr(0, 40) + "\n";
+            }
+        }
+        return lost;
+    }
 
     /// Nothing moves on the service, nothing that only this side had goes, and what is not in step is told.
     void PullAndCheck(const TwoSides::Words& options) {
@@ -106,6 +122,8 @@ TEST_F(RandomChangesTest, NoContentThatOnlyOneSideHadIsEverLost) {
         ASSERT_NO_FATAL_FAILURE(PullAndCheck(random() % 2 == 0 ? TwoSides::Words{"--delete"} : TwoSides::Words{}));
         ASSERT_NO_FATAL_FAILURE(PushAndCheck());
     }
+    ASSERT_EQ(LostInTheEnd(changesHere, changesHere.Retired()), "");
+    ASSERT_EQ(LostInTheEnd(changesThere, changesHere.Retired()), "");
     // Without new changes both sides settle, and what still differs is a conflict that is told each time.
     for (int i = 0; i < 3; ++i) {
         ASSERT_NO_FATAL_FAILURE(PullAndCheck({"--delete"}));
@@ -126,6 +144,38 @@ TEST_F(RandomChangesTest, NoContentThatOnlyOneSideHadIsEverLost) {
         EXPECT_TRUE(pull->SpokeOf(path) || push->SpokeOf(path) || IsCopy(path, here)) << path << "\n"
                                                                                       << pull->Text() << push->Text();
     }
+}
+
+TEST_F(RandomChangesTest, WhatIsWrittenWhilePassesRunIsNotLost) {
+    SCOPED_TRACE("again with OVSYNC_PROOF_SEED=" + std::to_string(seed));
+    RandomChanges::Random randomOfWriter{seed + 1};
+    RandomChanges writer(sides.here.Path(), "meanwhile", randomOfWriter, RandomChanges::Writing::Aside);
+    std::atomic<bool> isOver{false};
+    std::thread writing([&] {
+        while (!isOver) {
+            try {
+                writer.Change();
+            } catch (const std::filesystem::filesystem_error&) {
+                // A pass was quicker.
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    const int rounds = Setting("OVSYNC_PROOF_ROUNDS", 15);
+    for (int round = 1; round <= rounds; ++round) {
+        for (int i = 0; i < 30; ++i) {
+            changesThere.Change();
+        }
+        const auto pull = sides.Pull({"--delete"});
+        EXPECT_THAT(pull->ExitCode(), AnyOf(0, 1)) << pull->Text();
+        const auto push = sides.Push();
+        EXPECT_THAT(push->ExitCode(), AnyOf(0, 1)) << push->Text();
+    }
+    isOver = true;
+    writing.join();
+    EXPECT_EQ(LostInTheEnd(writer, writer.Retired()), "");
+    EXPECT_EQ(LostInTheEnd(changesThere, writer.Retired()), "");
+    EXPECT_GT(writer.Written().size(), 50U);
 }
 
 }  // namespace
