@@ -13,8 +13,8 @@
 
 #include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
 
 namespace {
 
@@ -44,9 +44,8 @@ bool Count(bool couldNeedSpace) {
 
 __attribute__((destructor)) void WriteCount() {
     const char* const name = std::getenv("CALL_COUNT");
-    if (std::FILE* const file = name == nullptr ? nullptr : std::fopen(name, "w")) {
-        std::fprintf(file, "%ld", calls.load());
-        std::fclose(file);
+    if (name != nullptr) {
+        std::ofstream(name) << calls.load();
     }
 }
 

@@ -25,7 +25,6 @@ using sync::core::SyncException;
 using sync::http::HttpException;
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 using tests::CleanEnvironment;
 using tests::ScriptedServer;
 
