@@ -2,14 +2,14 @@
 
 #include <iostream>
 
+#include "client/cli/ProgressLine.h"
+
 namespace ovsync {
 namespace cli {
 
 namespace {
 
 const qint64 PatienceInMilliseconds = 1000;
-const char* const LineStart = "\r\x1B[K";
-
 }  // namespace
 
 void Progress::Show(qint64 bytes, bool isOver) {

@@ -8,6 +8,9 @@
 namespace ovsync {
 namespace cli {
 
+/// Takes back the line that the cursor of a terminal is on.
+const char* const LineStart = "\r\x1B[K";
+
 /// How far transfers have come after `elapsed`, in one line: a bar, files, bytes, the rate and the time left.
 QByteArray ProgressLine(const syncing::SyncProgress& progress, std::chrono::milliseconds elapsed);
 

@@ -15,8 +15,6 @@ using Kind = SyncEvent::Kind;
 
 namespace {
 
-const char* const LineStart = "\r\x1B[K";
-
 struct KindText {
     Kind kind;
     /// In JSON.

@@ -3,21 +3,11 @@
 #include "client/http/ContentDownload.h"
 #include "client/http/ContentUpload.h"
 #include "client/http/ExchangeError.h"
+#include "client/http/HttpStatus.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace http {
-
-namespace {
-
-const int Ok = 200;
-const int Created = 201;
-const int NoContent = 204;
-const int NotFound = 404;
-const int Gone = 410;
-const int PreconditionFailed = 412;
-
-}  // namespace
 
 ContentSession::ContentSession(const HttpSessionSettings& settings, const QAuthenticator& credentials)
     : _session(settings, credentials) {}
@@ -26,10 +16,10 @@ std::optional<ContentVersion> ContentSession::Look(const QUrl& url) {
     ContentExchange query("HEAD", url);
     _Perform(query);
     switch (query.StatusCode()) {
-        case Ok:
+        case HttpStatus::Ok:
             return query.Version();
-        case NotFound:
-        case Gone:
+        case HttpStatus::NotFound:
+        case HttpStatus::Gone:
             return std::nullopt;
         default:
             _ThrowRefusal(query);
@@ -39,7 +29,7 @@ std::optional<ContentVersion> ContentSession::Look(const QUrl& url) {
 ContentVersion ContentSession::Download(const QUrl& url, ContentSink& sink) {
     ContentDownload download(url, sink);
     _Perform(download);
-    if (download.StatusCode() != Ok) {
+    if (download.StatusCode() != HttpStatus::Ok) {
         _ThrowRefusal(download);
     }
     return download.Version();
@@ -57,11 +47,11 @@ UploadOutcome ContentSession::Upload(const QUrl& url, ContentSource& source, qin
                                                            : qMakePair(QByteArray("If-Match"), entityTag));
     _Perform(upload);
     switch (upload.StatusCode()) {
-        case Ok:
-        case Created:
-        case NoContent:
+        case HttpStatus::Ok:
+        case HttpStatus::Created:
+        case HttpStatus::NoContent:
             return UploadOutcome::Stored;
-        case PreconditionFailed:
+        case HttpStatus::PreconditionFailed:
             return UploadOutcome::Refused;
         default:
             _ThrowRefusal(upload);

@@ -4,6 +4,7 @@
 
 #include "client/http/FolderProtocol.h"
 #include "client/http/Href.h"
+#include "client/http/HttpStatus.h"
 #include "client/http/Printable.h"
 #include "host/core/SyncException.h"
 
@@ -13,8 +14,6 @@ namespace http {
 using sync::core::SyncException;
 
 namespace {
-
-const int Created = 201;
 
 /// The id in Response/Folders/Folder/id; empty when there is none. Throws SyncException when the document is not
 /// complete.
@@ -66,7 +65,7 @@ QByteArray MadeUpBody(const QUrl& url) {
 FolderCreationRequest::FolderCreationRequest(const QUrl& url) : WholeAnswerRequest("MKCOL", url) {}
 
 void FolderCreationRequest::OnEnd() {
-    if (GetStatusCode() != Created) {
+    if (GetStatusCode() != HttpStatus::Created) {
         return;
     }
     if (ValueOf(GetResponseHeaders(), IdHeader).isEmpty()) {
@@ -77,7 +76,7 @@ void FolderCreationRequest::OnEnd() {
 }
 
 bool FolderCreationRequest::IsAnswer(int status) const {
-    return status == Created;
+    return status == HttpStatus::Created;
 }
 
 }  // namespace http

@@ -1,22 +1,16 @@
 #include "client/http/FolderQueryRequest.h"
 
 #include "client/http/FolderProtocol.h"
+#include "client/http/HttpStatus.h"
 
 namespace ovsync {
 namespace http {
-
-namespace {
-
-const int MultiStatus = 207;
-const int NotFound = 404;
-
-}  // namespace
 
 FolderQueryRequest::FolderQueryRequest(const QUrl& url, HrefScope scope) : PropfindRequest(url, Resource, scope) {}
 
 int FolderQueryRequest::GetStatusCode() {
     const int status = PropfindRequest::GetStatusCode();
-    return status == MultiStatus && !_HasFolder() ? NotFound : status;
+    return status == HttpStatus::MultiStatus && !_HasFolder() ? HttpStatus::NotFound : status;
 }
 
 QList<QPair<QByteArray, QByteArray>> FolderQueryRequest::GetResponseHeaders() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/http/HttpStatus.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -14,8 +15,6 @@ namespace {
 const size_t HrefLimit = 16UL * 1024UL;
 const size_t ValueLimit = 64UL * 1024UL;
 const size_t EntryLimit = 1024UL * 1024UL;
-
-const int NotFound = 404;
 
 struct PropertyName {
     const char* text;
@@ -140,7 +139,7 @@ void MultistatusEntry::StartPropstat() {
 void MultistatusEntry::EndPropstat() {
     _isInPropstat = false;
     ++_propstatCount;
-    if (_propstatStatus == NotFound) {
+    if (_propstatStatus == HttpStatus::NotFound) {
         return;
     }
     if (!IsSuccess(_propstatStatus)) {

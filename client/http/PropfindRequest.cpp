@@ -4,6 +4,7 @@
 #include <QRegularExpression>
 
 #include "client/http/DateReader.h"
+#include "client/http/HttpStatus.h"
 #include "client/http/MultistatusEntry.h"
 #include "client/http/Printable.h"
 #include "host/core/SyncException.h"
@@ -15,11 +16,6 @@ using sync::core::SyncException;
 using sync::http::DAVPropfindResult;
 
 namespace {
-
-const int MultiStatus = 207;
-const int Found = 302;
-const int NotModified = 304;
-const int BadRequest = 400;
 
 QStringList DefaultProperties() {
     return {
@@ -178,7 +174,7 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
     _headers = headers;
     const QByteArray date = ValueOf(headers, "date");
     _serverTime = ReadDate(date.constData(), static_cast<size_t>(date.size()));
-    if (status == MultiStatus) {
+    if (status == HttpStatus::MultiStatus) {
         const QByteArray contentType = ValueOf(headers, "content-type");
         if (!IsXml(contentType)) {
             throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
@@ -186,8 +182,9 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
         _reader = std::make_unique<MultistatusReader>(_url, _depth, _scope);
         return;
     }
-    const bool isMeaningful = status >= BadRequest || (status == NotModified && !_modifiedSince.isEmpty()) ||
-                              (status == Found && _depth != Resource);
+    const bool isMeaningful = status >= HttpStatus::BadRequest ||
+                              (status == HttpStatus::NotModified && !_modifiedSince.isEmpty()) ||
+                              (status == HttpStatus::Found && _depth != Resource);
     if (!isMeaningful) {
         throw SyncException(QStringLiteral("the status is no answer to this request"));
     }
@@ -203,7 +200,7 @@ void PropfindRequest::OnEnd() {
     if (_reader) {
         _result = _reader->Finish();
         _reader.reset();
-    } else if (_status == NotModified) {
+    } else if (_status == HttpStatus::NotModified) {
         _result = std::make_shared<DAVPropfindResult>();
     }
     if (_result) {

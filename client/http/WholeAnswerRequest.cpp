@@ -1,6 +1,7 @@
 #include "client/http/WholeAnswerRequest.h"
 
 #include "client/http/FolderProtocol.h"
+#include "client/http/HttpStatus.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -8,18 +9,10 @@ namespace http {
 
 using sync::core::SyncException;
 
-namespace {
-
-const int MultiStatus = 207;
-const int BadRequest = 400;
-const int FailedDependency = 424;
-
-}  // namespace
-
 WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url) : _method(method), _url(url) {}
 
 int WholeAnswerRequest::GetStatusCode() {
-    return _status == MultiStatus ? FailedDependency : _status;
+    return _status == HttpStatus::MultiStatus ? HttpStatus::FailedDependency : _status;
 }
 
 QUrl WholeAnswerRequest::GetUrl() {
@@ -57,7 +50,7 @@ void WholeAnswerRequest::Forget() {
 }
 
 void WholeAnswerRequest::OnHeaders(int status, const Headers& headers) {
-    if (status < BadRequest && !IsAnswer(status)) {
+    if (status < HttpStatus::BadRequest && !IsAnswer(status)) {
         throw SyncException(QStringLiteral("the status is no answer to this request"));
     }
     _status = status;

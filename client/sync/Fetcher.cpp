@@ -15,11 +15,6 @@ using sync::config::FileConfiguration;
 
 namespace {
 
-const std::chrono::milliseconds ProgressInterval(200);
-
-// So that there is always one waiting for a thread, and that small files come to be placed many at a time.
-const int MaxUnfinished = 64;
-
 const int MaxAttempts = 3;
 
 /// Whether the content came that the listing describes.
@@ -54,14 +49,14 @@ bool Fetcher::Run(std::deque<PullOrder> orders) {
     }
     Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
     while (!_orders.empty() || pool.Unfinished() > 0) {
-        while (!_orders.empty() && pool.Unfinished() < MaxUnfinished) {
+        while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
             _Start(pool);
         }
-        std::vector<std::unique_ptr<Download>> finished = pool.TakeFinished(ProgressInterval);
+        std::vector<std::unique_ptr<Download>> finished = pool.TakeFinished(Pool::ProgressInterval);
         if (*_context.Options().isStopped) {
             pool.Cancel();
             while (pool.Unfinished() > 0) {
-                for (std::unique_ptr<Download>& download : pool.TakeFinished(ProgressInterval)) {
+                for (std::unique_ptr<Download>& download : pool.TakeFinished(Pool::ProgressInterval)) {
                     finished.push_back(std::move(download));
                 }
             }

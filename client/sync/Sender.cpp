@@ -15,15 +15,6 @@ using http::UploadOutcome;
 using store::FileRecord;
 using sync::config::FileConfiguration;
 
-namespace {
-
-const std::chrono::milliseconds ProgressInterval(200);
-
-// So that there is always one waiting for a thread.
-const int MaxUnfinished = 64;
-
-}  // namespace
-
 void Sender::Run(std::deque<PushOrder> orders) {
     if (orders.empty()) {
         return;
@@ -35,14 +26,14 @@ void Sender::Run(std::deque<PushOrder> orders) {
     }
     Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
     while (!_orders.empty() || pool.Unfinished() > 0) {
-        while (!_orders.empty() && pool.Unfinished() < MaxUnfinished) {
+        while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
             _Start(pool);
         }
-        std::vector<std::unique_ptr<Upload>> finished = pool.TakeFinished(ProgressInterval);
+        std::vector<std::unique_ptr<Upload>> finished = pool.TakeFinished(Pool::ProgressInterval);
         if (*_context.Options().isStopped) {
             pool.Cancel();
             while (pool.Unfinished() > 0) {
-                for (std::unique_ptr<Upload>& upload : pool.TakeFinished(ProgressInterval)) {
+                for (std::unique_ptr<Upload>& upload : pool.TakeFinished(Pool::ProgressInterval)) {
                     finished.push_back(std::move(upload));
                 }
             }

@@ -20,6 +20,12 @@ namespace syncing {
 template <typename Transfer>
 class TransferPool {
 public:
+    /// How many to have started and not taken back: there is always one waiting for a thread, and small files come to
+    /// be placed many at a time.
+    static constexpr int MaxUnfinished = 64;
+    /// How long to wait for one that finished, so that progress can be told.
+    static constexpr std::chrono::milliseconds ProgressInterval{200};
+
     TransferPool(int threads, const std::function<std::unique_ptr<http::IContentSession>()>& newSession) {
         for (int i = 0; i < threads; ++i) {
             _sessions.push_back(newSession());

@@ -46,7 +46,7 @@ using testing::Throw;
 using tests::Text;
 
 const int ServerKey = 5;
-const int FolderServerId = 23;
+const int UpdatedServerId = 23;
 
 FileLink LinkTo(const char* path, const char* targetId = "") {
     FileLink link;
@@ -72,7 +72,7 @@ protected:
                 return _remote;
             });
         _folder.serverKey = ServerKey;
-        _folder.serverId = FolderServerId;
+        _folder.serverId = UpdatedServerId;
         _folder.serverPath = Text("Projects/A");
         _folder.companionServerPath = Text("companion");
         _folder.localPath = Text("/w/A");
@@ -240,14 +240,14 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, ACharacterIsNeverCutInTwo) {
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerIdOfTheFileReplacesThatOfTheFolderWhenThereIsOne) {
     Upload();
-    EXPECT_EQ(_asked.serverId, FolderServerId);
+    EXPECT_EQ(_asked.serverId, UpdatedServerId);
     _file.serverId = 0;
     Upload();
     EXPECT_EQ(_asked.serverId, 0);
     _file.serverId = 99;
     Upload();
     EXPECT_EQ(_asked.serverId, 99);
-    EXPECT_EQ(_folder.serverId, FolderServerId);
+    EXPECT_EQ(_folder.serverId, UpdatedServerId);
 }
 
 // --- What an upload changes

@@ -96,7 +96,7 @@ using tests::FolderServerId;
 using tests::InfoLevel;
 using tests::ServerId;
 using tests::Text;
-using Access = sync::dv::dvsync::DrovaneRemoteFolderManagerAccess;
+using FolderManagerAccess = sync::dv::dvsync::DrovaneRemoteFolderManagerAccess;
 using Headers = QList<QPair<QByteArray, QByteArray>>;
 
 const char* const Slot =
@@ -175,7 +175,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, InvokingTheFirstMethodStoresTheState) {
     const int offset = DrovaneRemoteFolderManager::staticMetaObject.methodOffset();
     const long before = request.use_count();
     EXPECT_LT(_manager.qt_metacall(QMetaObject::InvokeMetaMethod, offset, arguments), 0);
-    EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateAborted);
+    EXPECT_EQ(FolderManagerAccess::LastRequestState(_manager), IHttpRequest::StateAborted);
     EXPECT_EQ(request.use_count(), before);
 }
 
@@ -188,7 +188,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, OtherIdsAndOtherKindsOfCallsPassThrough) 
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, TheMembersLieInTheirOrder) {
-    const std::vector<const void*> members = Access::Members(_manager);
+    const std::vector<const void*> members = FolderManagerAccess::Members(_manager);
     EXPECT_TRUE(std::is_sorted(members.begin(), members.end(), std::less<>()));
 }
 
@@ -204,8 +204,10 @@ TEST_F(DrovaneRemoteFolderManagerTest, TheStateIsResetBeforeEveryRequest) {
     _executor->state = IHttpRequest::StateFailed;
     AnswerWith(200, {{"a", "b"}});
     _manager.FolderExists(_folder);
-    EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateFailed);
-    _executor->onExecute = [this] { EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateNone); };
+    EXPECT_EQ(FolderManagerAccess::LastRequestState(_manager), IHttpRequest::StateFailed);
+    _executor->onExecute = [this] {
+        EXPECT_EQ(FolderManagerAccess::LastRequestState(_manager), IHttpRequest::StateNone);
+    };
     _manager.FolderExists(_folder);
     _manager.FileExists(FileConfiguration());
 }
@@ -432,7 +434,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, ThePropertiesOfAFolderAreTheFolderAndTheA
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, EmptyHeaderValuesChangeNothing) {
-    EXPECT_TRUE(Access::UpdateFromHeaders(_manager, {{"x-ovs-id", ""}, {"x-ovs-ownerid", ""}}, _folder));
+    EXPECT_TRUE(FolderManagerAccess::UpdateFromHeaders(_manager, {{"x-ovs-id", ""}, {"x-ovs-ownerid", ""}}, _folder));
     EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
     EXPECT_EQ(_folder.ownerId, Text("owner-A"));
 }
@@ -473,7 +475,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, TheRequestForAFileIsNotObserved) {
     _executor->state = IHttpRequest::StateFailed;
     AnswerWith(200);
     _manager.FileExists(FileConfiguration());
-    EXPECT_EQ(Access::LastRequestState(_manager), IHttpRequest::StateNone);
+    EXPECT_EQ(FolderManagerAccess::LastRequestState(_manager), IHttpRequest::StateNone);
 }
 
 // --- Creation
@@ -517,9 +519,9 @@ TEST_F(DrovaneRemoteFolderManagerTest, WithoutAUrlAFolderIsNotCreated) {
 TEST_F(DrovaneRemoteFolderManagerTest, ACreationWithoutAnAnswerIs503OnlyInStateFive) {
     AnswerWith(0);
     _executor->state = IHttpRequest::StateFailed;
-    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 503);
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 503);
     _executor->state = IHttpRequest::StateAnswered;
-    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 0);
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 0);
 }
 
 class ExistingFolderTest : public DrovaneRemoteFolderManagerTest {
@@ -538,7 +540,7 @@ TEST_F(ExistingFolderTest, ItsPropertiesAreFetchedInPlaceOfAFailure) {
          {"Existing file: already exists", "exists already file existing", "FILE.EXISTS:ALREADY\tEXISTING and more"}) {
         AnswerWith(400, Reason(reason));
         _folder.setServerFolderId(Text("id-A"));
-        EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 200) << reason;
+        EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 200) << reason;
         EXPECT_EQ(_folder.getServerFolderId(), Text("existing-id"));
         EXPECT_EQ(_folder.ownerId, Text("existing-owner"));
         EXPECT_EQ(_folder.accessMask, 5);
@@ -555,19 +557,19 @@ TEST_F(ExistingFolderTest, AReasonThatLacksAWordIsAFailure) {
     for (const char* reason : {"file already exists", "existing already exists", "existing file exists",
                                "existing file already", "existingfile already exists", ""}) {
         AnswerWith(400, Reason(reason));
-        EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 400) << reason;
+        EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 400) << reason;
     }
     AnswerWith(401, Reason("existing file already exists"));
-    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 401);
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 401);
     EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
 }
 
 TEST_F(ExistingFolderTest, OneWhosePropertiesCannotBeHadIsAFailure) {
     AnswerWith(400, Reason("existing file already exists"));
     _query->answer.statusCode = 404;
-    EXPECT_EQ(Access::CreateFolder(_manager, _folder, QString()), 400);
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 400);
     _query->answer.statusCode = 500;
-    EXPECT_THROW(Access::CreateFolder(_manager, _folder, QString()), HttpException);
+    EXPECT_THROW(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), HttpException);
 }
 
 class CreateParentsTest : public DrovaneRemoteFolderManagerTest {
@@ -681,7 +683,7 @@ TEST_F(CreateParentsTest, AFailureStopsTheWalk) {
 
 class CreateAnswerTest : public DrovaneRemoteFolderManagerTest {
 protected:
-    bool Update(const QByteArray& body) { return Access::UpdateFromBody(_manager, body, _folder); }
+    bool Update(const QByteArray& body) { return FolderManagerAccess::UpdateFromBody(_manager, body, _folder); }
 
     void ExpectFailure(const QByteArray& body, const std::string& text) {
         const size_t before = _log.Records().size();
@@ -864,7 +866,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, AFolderRecordHasEveryFieldFromItsEntry) {
     DAVPropfindResponse response(Text("/Projects/a%20b/"), properties);
     response.resourceId = -17;
 
-    const FolderConfiguration folder = Access::BuildFolderConfig(_manager, parent, response);
+    const FolderConfiguration folder = FolderManagerAccess::BuildFolderConfig(_manager, parent, response);
     EXPECT_EQ(folder.name, Text("a%20b"));
     EXPECT_EQ(folder.lastModifiedDate, QDateTime::fromMSecsSinceEpoch(1000));
     EXPECT_EQ(folder.resourceId, Text("-17"));
@@ -882,7 +884,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, AFolderRecordHasEveryFieldFromItsEntry) {
 
 TEST_F(DrovaneRemoteFolderManagerTest, OneSlashIsRemovedAtEitherEndOfAFoldersPath) {
     const auto pathOf = [this](const char* href) {
-        return Access::BuildFolderConfig(_manager, FolderConfiguration(), Entry(Folder, href)).serverPath;
+        return FolderManagerAccess::BuildFolderConfig(_manager, FolderConfiguration(), Entry(Folder, href)).serverPath;
     };
     EXPECT_EQ(pathOf("/Projects/A/"), Text("Projects/A"));
     EXPECT_EQ(pathOf("/Projects/A"), Text("Projects/A"));
@@ -898,12 +900,12 @@ TEST_F(DrovaneRemoteFolderManagerTest, FoldersAndProjectsAreListedAndEveryOtherC
     result->collectionResponses.insert(Text("b"), Entry(Form, "/b/", 3));
     result->collectionResponses.insert(Text("a"), Entry("", "/a/", 4));
     QSet<int> ignored;
-    const auto folders = Access::BuildFolderConfigs(_manager, _folder, result, ignored);
+    const auto folders = FolderManagerAccess::BuildFolderConfigs(_manager, _folder, result, ignored);
     ASSERT_EQ(folders->size(), 2);
     EXPECT_EQ(folders->at(0).serverPath, Text("c"));
     EXPECT_EQ(folders->at(1).serverPath, Text("d"));
     EXPECT_EQ(ignored, QSet<int>() << 3 << 4);
-    EXPECT_TRUE(Access::BuildFolderConfigs(_manager, _folder, nullptr, ignored)->isEmpty());
+    EXPECT_TRUE(FolderManagerAccess::BuildFolderConfigs(_manager, _folder, nullptr, ignored)->isEmpty());
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, WhatLiesDirectlyInAnIgnoredContainerIsRemoved) {
@@ -916,7 +918,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, WhatLiesDirectlyInAnIgnoredContainerIsRem
     result->fileResponses.insert(Text("form"), Entry("DROVANE.objects.form", "/form", 5, 1));
     QSet<int> ignored;
     ignored << 7;
-    Access::IgnoreByClassTypeOfParent(_manager, result, ignored);
+    FolderManagerAccess::IgnoreByClassTypeOfParent(_manager, result, ignored);
     EXPECT_EQ(result->fileResponses.keys(), QList<QString>()
                                                 << Text("b in folder") << Text("d in form's file") << Text("form"));
     EXPECT_EQ(ignored, QSet<int>() << 5 << 7);
@@ -928,14 +930,14 @@ TEST_F(DrovaneRemoteFolderManagerTest, ACopyOfTheEntriesHeldElsewhereStaysWhole)
     result->fileResponses.insert(Text("form"), Entry(Form, "/form", 5, 1));
     const QMap<QString, DAVPropfindResponse> copy = result->fileResponses;
     QSet<int> ignored;
-    Access::IgnoreByClassTypeOfParent(_manager, result, ignored);
+    FolderManagerAccess::IgnoreByClassTypeOfParent(_manager, result, ignored);
     EXPECT_EQ(copy.size(), 2);
     EXPECT_EQ(result->fileResponses.size(), 1);
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, AChildOfAFormHasItsPathAsItsParent) {
     const auto isChild = [this](const char* path, const char* form) {
-        return Access::ChildOfForm(_manager, Text(path), QSet<QString>() << Text(form));
+        return FolderManagerAccess::ChildOfForm(_manager, Text(path), QSet<QString>() << Text(form));
     };
     EXPECT_TRUE(isChild("a/b/c", "a/b"));
     EXPECT_FALSE(isChild("a/b/c", "a"));
@@ -991,14 +993,14 @@ TEST_F(DrovaneRemoteFolderManagerTest, ProcessingABadAnswerThrowsWithTheRequests
     _propfind->url = QUrl(Text("http://service.test/requested"));
     _propfind->statusCode = 302;
     try {
-        Access::ProcessPropfindResult(_manager, _propfind);
+        FolderManagerAccess::ProcessPropfindResult(_manager, _propfind);
         FAIL() << "nothing was thrown";
     } catch (const HttpException& e) {
         EXPECT_EQ(e.Message(), Text("PROPFIND failed for url http://service.test/requested. Error code: 302."));
         EXPECT_EQ(e.Url(), _propfind->url);
     }
     _propfind->statusCode = 304;
-    EXPECT_EQ(Access::ProcessPropfindResult(_manager, _propfind), _propfind->result);
+    EXPECT_EQ(FolderManagerAccess::ProcessPropfindResult(_manager, _propfind), _propfind->result);
 }
 
 std::shared_ptr<DAVPropfindResult> Tree() {

@@ -61,7 +61,7 @@ using tests::ErrorLevel;
 using tests::LogRecord;
 using tests::ScriptedServer;
 using tests::Text;
-using Access = sync::dv::dvsync::ExternalSyncConfigManagerAccess;
+using ConfigAccess = sync::dv::dvsync::ExternalSyncConfigManagerAccess;
 using Ending = ScriptedServer::Ending;
 
 class FakeDrovaneHttp : public sync::interf::dv::IDrovaneHttp {
@@ -173,7 +173,7 @@ TEST_F(ExternalSyncConfigManagerTest, TheMetaObjectHasTwoPrivateSlotsAndNothingE
 }
 
 TEST_F(ExternalSyncConfigManagerTest, TheMembersLieInTheirOrder) {
-    const std::vector<const void*> members = Access::Members(_manager);
+    const std::vector<const void*> members = ConfigAccess::Members(_manager);
     EXPECT_TRUE(std::is_sorted(members.begin(), members.end(), std::less<>()));
 }
 
@@ -209,7 +209,7 @@ TEST_F(ExternalSyncConfigManagerTest, AFailureAfterASuccessGivesTheDefaultsAndTh
     const QUrl url = server.Url(Text("/"));
     ExpectWhole(Fetch(url));
     ExpectDefaults(Fetch(url));
-    EXPECT_TRUE(Access::ResponseText(_manager).isEmpty());
+    EXPECT_TRUE(ConfigAccess::ResponseText(_manager).isEmpty());
     ExpectWhole(Fetch(url));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
@@ -310,8 +310,8 @@ protected:
 
 TEST_F(ExternalSyncConfigManagerTest, TheEventLoopIsLeftWhenAnExceptionPasses) {
     ThrowingReply reply;
-    QTimer::singleShot(0, [&] { EXPECT_THROW(Access::ReplyFinished(_manager, &reply), std::runtime_error); });
-    EXPECT_EQ(Access::RunEventLoop(_manager), 0);
+    QTimer::singleShot(0, [&] { EXPECT_THROW(ConfigAccess::ReplyFinished(_manager, &reply), std::runtime_error); });
+    EXPECT_EQ(ConfigAccess::RunEventLoop(_manager), 0);
 }
 
 // --- What documents say
@@ -449,25 +449,25 @@ QDomDocument Parsed(const char* xml) {
 }
 
 TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderTakesTheFirstVersionAnywhere) {
-    Access::ParseVersion(_manager, Parsed("<a><b><Version64>one</Version64></b><Version64>two</Version64></a>"));
-    EXPECT_EQ(Access::Config(_manager).mostCurrentVersion, Text("one"));
+    ConfigAccess::ParseVersion(_manager, Parsed("<a><b><Version64>one</Version64></b><Version64>two</Version64></a>"));
+    EXPECT_EQ(ConfigAccess::Config(_manager).mostCurrentVersion, Text("one"));
 }
 
 TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderKeepsTheVersionWhenThereIsNone) {
     for (const char* xml :
          {"<a/>", "<Version64/>", "<Version64><b>inner</b></Version64>", "<version64>v</version64>"}) {
-        Access::ParseVersion(_manager, Parsed(xml));
-        EXPECT_EQ(Access::Config(_manager).mostCurrentVersion, Text("0.0.0.0")) << xml;
+        ConfigAccess::ParseVersion(_manager, Parsed(xml));
+        EXPECT_EQ(ConfigAccess::Config(_manager).mostCurrentVersion, Text("0.0.0.0")) << xml;
     }
 }
 
 TEST_F(ExternalSyncConfigManagerTest, TheFrequencyReaderTakesTheFirstFrequencyOf15OrMore) {
-    Access::ParseSyncFrequency(_manager, Parsed("<a><b><syncFrequency>15</syncFrequency></b></a>"));
-    EXPECT_EQ(Access::Config(_manager).syncFrequency, 15);
+    ConfigAccess::ParseSyncFrequency(_manager, Parsed("<a><b><syncFrequency>15</syncFrequency></b></a>"));
+    EXPECT_EQ(ConfigAccess::Config(_manager).syncFrequency, 15);
     for (const char* xml : {"<a/>", "<SyncFrequency>30</SyncFrequency>", "<syncFrequency>14</syncFrequency>",
                             "<syncFrequency>abc</syncFrequency>", "<syncFrequency/>"}) {
-        Access::ParseSyncFrequency(_manager, Parsed(xml));
-        EXPECT_EQ(Access::Config(_manager).syncFrequency, 15) << xml;
+        ConfigAccess::ParseSyncFrequency(_manager, Parsed(xml));
+        EXPECT_EQ(ConfigAccess::Config(_manager).syncFrequency, 15) << xml;
     }
     EXPECT_THAT(_log.Records(), IsEmpty());
 }

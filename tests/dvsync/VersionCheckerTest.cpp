@@ -36,7 +36,7 @@ using testing::Throw;
 using tests::ErrorLevel;
 using tests::InfoLevel;
 using tests::Text;
-using Access = sync::dv::dvsync::VersionCheckerAccess;
+using CheckerAccess = sync::dv::dvsync::VersionCheckerAccess;
 
 class MockVersionManager : public sync::interf::IVersionManager {
 public:
@@ -140,8 +140,8 @@ TEST_F(VersionCheckerTest, RecordsNameTheirSource) {
 TEST_F(VersionCheckerTest, DottedVersionsOfOtherLengthsAreRejected) {
     for (const char* text : {"5.1.1", "5.1.1.0.0", "", "%1"}) {
         const tests::LogRecorder log(LOG4CPLUS_TEXT("version"));
-        EXPECT_FALSE(Access::CompareDotted(_checker, Text(text), Text("5.1.1.0")));
-        EXPECT_FALSE(Access::CompareDotted(_checker, Text("5.1.1.0"), Text(text)));
+        EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text(text), Text("5.1.1.0")));
+        EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.0"), Text(text)));
         ASSERT_EQ(log.Records().size(), 2U);
         EXPECT_EQ(
             Text(log.Records()[0].text.c_str()),
@@ -158,25 +158,25 @@ TEST_F(VersionCheckerTest, DottedVersionsOfOtherLengthsAreRejected) {
 }
 
 TEST_F(VersionCheckerTest, PartsOfDottedVersionsThatAreNoNumbersAreRejected) {
-    EXPECT_FALSE(Access::CompareDotted(_checker, Text("5.1.x.0"), Text("5.1.1.0")));
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.x.0"), Text("5.1.1.0")));
     ExpectError(0,
                 "Comparing two versions, \"versionA\" <5.1.x.0> and \"versionB\" <5.1.1.0>.  Cannot convert part of "
                 "\"versionA\" <5.1.x.0> to an int.");
-    EXPECT_FALSE(Access::CompareDotted(_checker, Text("5.1.1.0"), Text("5.1..0")));
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.0"), Text("5.1..0")));
     ExpectError(1,
                 "Comparing two versions, \"versionA\" <5.1.1.0> and \"versionB\" <5.1..0>.  Cannot convert part of "
                 "\"versionB\" <5.1..0> to an int.");
 }
 
 TEST_F(VersionCheckerTest, PartsAfterTheFirstDifferenceAreNotLookedAt) {
-    EXPECT_TRUE(Access::CompareDotted(_checker, Text("6.x.x.x"), Text("5.1.1.0")));
-    EXPECT_FALSE(Access::CompareDotted(_checker, Text("5.1.1.0"), Text("5.2.x.0")));
+    EXPECT_TRUE(CheckerAccess::CompareDotted(_checker, Text("6.x.x.x"), Text("5.1.1.0")));
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.0"), Text("5.2.x.0")));
     EXPECT_THAT(_log.Records(), IsEmpty());
 }
 
 TEST_F(VersionCheckerTest, AllFourPartsOfDottedVersionsCount) {
-    EXPECT_TRUE(Access::CompareDotted(_checker, Text("5.1.1.1"), Text("5.1.1.0")));
-    EXPECT_FALSE(Access::CompareDotted(_checker, Text("5.1.1.1"), Text("5.1.1.1")));
+    EXPECT_TRUE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.1"), Text("5.1.1.0")));
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.1"), Text("5.1.1.1")));
 }
 
 // --- The check

@@ -6,15 +6,13 @@
 
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 using tests::ProgramResult;
 using tests::RunOvsync;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 // What a shell writes that sees no other processes than its own, which all end with it; "$0" is ovsync. Nothing when
 // this system does not let the test make such a shell.

@@ -10,6 +10,7 @@
 
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -17,17 +18,11 @@ using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
+using tests::ErrorsOf;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::Service;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
-
-std::string ErrorsOf(const ProgramResult& result) {
-    return result.errors.toStdString();
-}
+using tests::Text;
 
 class CommandLineTest : public testing::Test {
 protected:

@@ -8,6 +8,7 @@
 
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -17,10 +18,7 @@ using testing::Not;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::Service;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class FolderCommandsTest : public testing::Test {
 protected:
@@ -226,17 +224,17 @@ TEST(FolderRefusalTest, AServerThatListsNoTreesIsToldFromOthers) {
     }
 }
 
-struct Fault {
+struct FolderFault {
     const char* name;
     int exitCode;
 };
 
-void PrintTo(const Fault& fault, std::ostream* stream) {
+void PrintTo(const FolderFault& fault, std::ostream* stream) {
     *stream << fault.name;
 }
 
 /// Every new request met by every fault. An error, and nothing on standard output, whatever was done.
-class FolderFaultTest : public testing::TestWithParam<Fault> {};
+class FolderFaultTest : public testing::TestWithParam<FolderFault> {};
 
 TEST_P(FolderFaultTest, EndsInAnError) {
     const auto run = [](const char* method, const QStringList& command, const char* path, const char* destination) {
@@ -259,12 +257,14 @@ TEST_P(FolderFaultTest, EndsInAnError) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, FolderFaultTest,
-                         testing::Values(Fault{"cut=30", 3}, Fault{"hang", 3}, Fault{"reset", 3}, Fault{"reset=30", 3},
-                                         Fault{"redirect=301", 3}, Fault{"redirect=307", 3}, Fault{"error-page", 3},
-                                         Fault{"status=204", 3}, Fault{"status=500", 1}, Fault{"error-in-body=50", 3},
-                                         Fault{"content-length=+10", 3}, Fault{"content-length=-10", 3}));
+                         testing::Values(FolderFault{"cut=30", 3}, FolderFault{"hang", 3}, FolderFault{"reset", 3},
+                                         FolderFault{"reset=30", 3}, FolderFault{"redirect=301", 3},
+                                         FolderFault{"redirect=307", 3}, FolderFault{"error-page", 3},
+                                         FolderFault{"status=204", 3}, FolderFault{"status=500", 1},
+                                         FolderFault{"error-in-body=50", 3}, FolderFault{"content-length=+10", 3},
+                                         FolderFault{"content-length=-10", 3}));
 
-class FolderChangeFaultTest : public testing::TestWithParam<Fault> {};
+class FolderChangeFaultTest : public testing::TestWithParam<FolderFault> {};
 
 TEST_P(FolderChangeFaultTest, EndsInAnErrorThatNamesTheFolder) {
     for (const char* method : {"DELETE", "MOVE"}) {
@@ -282,8 +282,9 @@ TEST_P(FolderChangeFaultTest, EndsInAnErrorThatNamesTheFolder) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Faults, FolderChangeFaultTest,
-                         testing::Values(Fault{"hang", 3}, Fault{"reset", 3}, Fault{"redirect=301", 3},
-                                         Fault{"redirect=308", 3}, Fault{"status=206", 3}, Fault{"status=403", 1},
-                                         Fault{"status=404", 1}, Fault{"status=503", 1}));
+                         testing::Values(FolderFault{"hang", 3}, FolderFault{"reset", 3},
+                                         FolderFault{"redirect=301", 3}, FolderFault{"redirect=308", 3},
+                                         FolderFault{"status=206", 3}, FolderFault{"status=403", 1},
+                                         FolderFault{"status=404", 1}, FolderFault{"status=503", 1}));
 
 }  // namespace

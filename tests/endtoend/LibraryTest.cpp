@@ -7,6 +7,7 @@
 
 #include "client/cli/Connection.h"
 #include "tests/endtoend/Service.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -16,10 +17,7 @@ using ovsync::cli::Location;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 using tests::Service;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class LibraryTest : public testing::Test {
 protected:

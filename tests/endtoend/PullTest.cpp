@@ -8,6 +8,7 @@
 
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -17,10 +18,7 @@ using testing::Not;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::Service;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class PullTest : public testing::Test {
 protected:

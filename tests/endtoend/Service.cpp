@@ -84,6 +84,10 @@ void Service::MakeForm(const QString& path) {
     ASSERT_EQ(reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt(), 207);
 }
 
+std::string ErrorsOf(const ProgramResult& result) {
+    return result.errors.toStdString();
+}
+
 ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment) {
     QProcess process;
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();

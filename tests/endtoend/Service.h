@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <string>
 
 namespace tests {
 
@@ -41,6 +42,8 @@ struct ProgramResult {
     QByteArray output;
     QByteArray errors;
 };
+
+std::string ErrorsOf(const ProgramResult& result);
 
 /// Runs `ovsync` to its end, with `environment` ("NAME=value") added and without a terminal.
 ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment = QStringList());

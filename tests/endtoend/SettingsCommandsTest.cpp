@@ -9,20 +9,19 @@
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/ScriptedServer.h"
 #include "tests/fakes/SelfSignedCertificate.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using tests::ErrorsOf;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::ScriptedServer;
 using tests::Service;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 const char* const Document =
     "\xEF\xBB\xBF\n<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<SyncConfig>\n"
@@ -36,10 +35,6 @@ void Publish(Service& service, const QByteArray& document) {
 
 ProgramResult Ask(const char* command, const Service& service, const QStringList& options = QStringList()) {
     return RunOvsync(QStringList({Text(command), service.Url()}) + options);
-}
-
-std::string ErrorsOf(const ProgramResult& result) {
-    return result.errors.toStdString();
 }
 
 TEST(SettingsCommandTest, ShowsTheTuningNextToWhatIsPublished) {

@@ -7,7 +7,7 @@
 namespace service {
 namespace {
 
-int StatusOf(const std::string& urlPath) {
+int StatusOfAddress(const std::string& urlPath) {
     try {
         Address::Parse(urlPath);
         return 0;
@@ -42,16 +42,16 @@ TEST(Address, OneIsTheSyncConfigurations) {
     EXPECT_FALSE(Address::IsOfSyncConfiguration("/.ovs/sync-config.xml/a"));
     EXPECT_FALSE(Address::IsOfSyncConfiguration("/a/sync-config.xml"));
     EXPECT_FALSE(Address::IsOfSyncConfiguration("/.ovs%2Fsync-config.xml"));
-    EXPECT_EQ(StatusOf("/.ovs/sync-config.xml"), 403) << "it is no resource's";
+    EXPECT_EQ(StatusOfAddress("/.ovs/sync-config.xml"), 403) << "it is no resource's";
 }
 
 TEST(Address, ThatCannotBeIsRefused) {
-    EXPECT_EQ(StatusOf("/.ovs"), 403);
-    EXPECT_EQ(StatusOf("/.ovs/other/1"), 403);
-    EXPECT_EQ(StatusOf("/.ovs/folders/1/a/b"), 403);
-    EXPECT_EQ(StatusOf("/.ovs/folders/1/.."), 400);
-    EXPECT_EQ(StatusOf("/.ovs/folders/1/%"), 400);
-    EXPECT_EQ(StatusOf("/.ovs/folders/1/" + std::string(256, 'n')), 414);
+    EXPECT_EQ(StatusOfAddress("/.ovs"), 403);
+    EXPECT_EQ(StatusOfAddress("/.ovs/other/1"), 403);
+    EXPECT_EQ(StatusOfAddress("/.ovs/folders/1/a/b"), 403);
+    EXPECT_EQ(StatusOfAddress("/.ovs/folders/1/.."), 400);
+    EXPECT_EQ(StatusOfAddress("/.ovs/folders/1/%"), 400);
+    EXPECT_EQ(StatusOfAddress("/.ovs/folders/1/" + std::string(256, 'n')), 414);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 namespace service {
 namespace {
 
-std::string WhyNot(const std::string& text) {
+std::string WhyNoFault(const std::string& text) {
     try {
         Fault::Parse(text);
         return "";
@@ -41,21 +41,21 @@ TEST(Fault, IsReadInEveryKind) {
 }
 
 TEST(Fault, ThatIsNoneIsRefusedWithItsName) {
-    EXPECT_THAT(WhyNot("explode"), testing::HasSubstr("'explode' is no kind of fault"));
-    EXPECT_THAT(WhyNot(""), testing::HasSubstr("'' is no kind of fault"));
-    EXPECT_THAT(WhyNot("cut"), testing::HasSubstr("'cut' needs an argument"));
-    EXPECT_THAT(WhyNot("hang=1"), testing::HasSubstr("'hang' takes no argument"));
-    EXPECT_THAT(WhyNot("cut=x"), testing::HasSubstr("'x' is no number"));
-    EXPECT_THAT(WhyNot("cut=-1"), testing::HasSubstr("'-1' is no number from 0"));
-    EXPECT_THAT(WhyNot("cut=1x"), testing::HasSubstr("'1x'"));
-    EXPECT_THAT(WhyNot("redirect=303"), testing::HasSubstr("301, 302, 307 or 308"));
-    EXPECT_THAT(WhyNot("status=99"), testing::HasSubstr("'99'"));
-    EXPECT_THAT(WhyNot("content-type="), testing::HasSubstr("media type"));
-    EXPECT_THAT(WhyNot("hang,method=PROPFNID"), testing::HasSubstr("'PROPFNID' is no method"));
-    EXPECT_THAT(WhyNot("hang,method="), testing::HasSubstr("is no method"));
-    EXPECT_THAT(WhyNot("hang,request=0"), testing::HasSubstr("'0' is no number from 1"));
-    EXPECT_THAT(WhyNot("hang,often"), testing::HasSubstr("'often'"));
-    EXPECT_THAT(WhyNot("hang,"), testing::HasSubstr("''"));
+    EXPECT_THAT(WhyNoFault("explode"), testing::HasSubstr("'explode' is no kind of fault"));
+    EXPECT_THAT(WhyNoFault(""), testing::HasSubstr("'' is no kind of fault"));
+    EXPECT_THAT(WhyNoFault("cut"), testing::HasSubstr("'cut' needs an argument"));
+    EXPECT_THAT(WhyNoFault("hang=1"), testing::HasSubstr("'hang' takes no argument"));
+    EXPECT_THAT(WhyNoFault("cut=x"), testing::HasSubstr("'x' is no number"));
+    EXPECT_THAT(WhyNoFault("cut=-1"), testing::HasSubstr("'-1' is no number from 0"));
+    EXPECT_THAT(WhyNoFault("cut=1x"), testing::HasSubstr("'1x'"));
+    EXPECT_THAT(WhyNoFault("redirect=303"), testing::HasSubstr("301, 302, 307 or 308"));
+    EXPECT_THAT(WhyNoFault("status=99"), testing::HasSubstr("'99'"));
+    EXPECT_THAT(WhyNoFault("content-type="), testing::HasSubstr("media type"));
+    EXPECT_THAT(WhyNoFault("hang,method=PROPFNID"), testing::HasSubstr("'PROPFNID' is no method"));
+    EXPECT_THAT(WhyNoFault("hang,method="), testing::HasSubstr("is no method"));
+    EXPECT_THAT(WhyNoFault("hang,request=0"), testing::HasSubstr("'0' is no number from 1"));
+    EXPECT_THAT(WhyNoFault("hang,often"), testing::HasSubstr("'often'"));
+    EXPECT_THAT(WhyNoFault("hang,"), testing::HasSubstr("''"));
 }
 
 TEST(FaultPlan, CountsTheRequestsOfEachFaultBySeparateMethod) {

@@ -55,14 +55,14 @@ TEST_F(MethodsTest, PutMakesAndReplacesAFile) {
 }
 
 TEST_F(MethodsTest, PutTakesALargeFileAsItIs) {
-    std::string content(5000000, 'a');
-    for (std::size_t i = 0; i < content.size(); i += 997) {
-        content[i] = static_cast<char>(i);
+    std::string large(5000000, 'a');
+    for (std::size_t i = 0; i < large.size(); i += 997) {
+        large[i] = static_cast<char>(i);
     }
-    EXPECT_EQ(Status("PUT", "/large", {}, content), 201);
-    EXPECT_EQ(Send("GET", "/large").body, content);
-    EXPECT_EQ(Status("PUT", "/chunked", {"Transfer-Encoding: chunked"}, content), 201);
-    EXPECT_EQ(_folder.Read("chunked"), content);
+    EXPECT_EQ(Status("PUT", "/large", {}, large), 201);
+    EXPECT_EQ(Send("GET", "/large").body, large);
+    EXPECT_EQ(Status("PUT", "/chunked", {"Transfer-Encoding: chunked"}, large), 201);
+    EXPECT_EQ(_folder.Read("chunked"), large);
 }
 
 TEST_F(MethodsTest, PutIsRefusedWhereNoFileCanBe) {

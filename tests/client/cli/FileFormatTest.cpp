@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -14,10 +15,7 @@ using ovsync::cli::JsonObject;
 using ovsync::cli::LongLine;
 using ovsync::cli::Output;
 using sync::config::FileConfiguration;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 FileConfiguration File() {
     FileConfiguration file;

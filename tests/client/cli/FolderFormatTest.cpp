@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -13,10 +14,7 @@ using ovsync::cli::JsonObject;
 using ovsync::cli::LongLine;
 using ovsync::cli::Output;
 using sync::config::FolderConfiguration;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 FolderConfiguration Folder() {
     FolderConfiguration folder;

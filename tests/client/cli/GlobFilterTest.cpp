@@ -4,15 +4,13 @@
 
 #include "client/cli/UsageError.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 using ovsync::cli::GlobFilter;
 using ovsync::cli::UsageError;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 bool Excludes(const char* glob, const char* name) {
     GlobFilter filter({Text(glob)});

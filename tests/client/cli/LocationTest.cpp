@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "client/cli/UsageError.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -11,10 +12,7 @@ using ovsync::cli::Location;
 using ovsync::cli::UsageError;
 using testing::HasSubstr;
 using testing::Not;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 QString PathOf(const char* url) {
     return Location::FromUrl(Text(url)).serverPath;

@@ -12,15 +12,13 @@
 #include <QTemporaryDir>
 
 #include "client/cli/UsageError.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 using ovsync::cli::FindPassword;
 using ovsync::cli::UsageError;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class PasswordTest : public testing::Test {
 protected:

@@ -14,6 +14,7 @@
 #include "client/http/ExchangeError.h"
 #include "host/http/HttpException.h"
 #include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/ScriptedServer.h"
 
@@ -102,10 +103,6 @@ QAuthenticator Credentials() {
 }
 
 const QByteArray Authorization = "Basic " + QByteArray("alice:sesame").toBase64();
-
-Step AnswerOf(const char* name, Ending ending = Ending::KeepOpen) {
-    return ScriptedServer::Answer(FixtureAnswer(QLatin1String(name)).Bytes(), ending);
-}
 
 Step HeadOf(const char* name) {
     return ScriptedServer::Answer(FixtureAnswer(QLatin1String(name)).head);

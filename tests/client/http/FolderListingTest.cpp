@@ -10,6 +10,7 @@
 #include "dvsync/DrovaneRemoteFolderManager.h"
 #include "tests/client/http/BadAnswers.h"
 #include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/InstalledConfiguration.h"
 #include "tests/fakes/ScriptedServer.h"
@@ -45,10 +46,6 @@ protected:
         FolderConfiguration folder;
         folder.serverPath = QStringLiteral("Projects/A");
         return folder;
-    }
-
-    static ScriptedServer::Step OptionsStep() {
-        return ScriptedServer::Answer(FixtureAnswer(QStringLiteral("statuses/options-service-200")).Bytes());
     }
 
     const CleanEnvironment environment;

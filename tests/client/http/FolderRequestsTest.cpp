@@ -10,6 +10,7 @@
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "client/http/WholeAnswerRequest.h"
 #include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/ScriptedServer.h"
 
@@ -156,8 +157,7 @@ TEST_F(FolderRequestsTest, OnlyAFolderThatIsAskedForByItsIdMayBeAnywhere) {
 }
 
 TEST_F(FolderRequestsTest, AnIdThatWasMadeUpNamesAPath) {
-    ScriptedServer server(
-        {ScriptedServer::Answer(FixtureAnswer(QStringLiteral("folders/found-elsewhere-207")).Bytes())});
+    ScriptedServer server({AnswerOf("folders/found-elsewhere-207")});
     FolderConfiguration folder;
     folder.setServerFolderId(QStringLiteral("path:Projects/A"));
     EXPECT_THAT(ErrorOfExecuting(factory.CreateFolderRequest(HttpFactory::FolderQuery,
@@ -201,8 +201,7 @@ TEST_F(FolderRequestsTest, AnIncompleteDescriptionOfANewFolderIsNoAnswer) {
 }
 
 TEST_F(FolderRequestsTest, AnAnswerThatIsCutOffIsNone) {
-    ScriptedServer server(
-        {ScriptedServer::Answer(FixtureAnswer(QStringLiteral("folders/created-cut-201")).Bytes(), Ending::Close)});
+    ScriptedServer server({AnswerOf("folders/created-cut-201", Ending::Close)});
     EXPECT_THAT(ErrorOfExecuting(RequestOf(Kind::Creation, server.Url(FolderPath))), HasSubstr("cut off or damaged"));
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
 }
@@ -249,12 +248,9 @@ TEST_F(FolderRequestsTest, AMoveNamesWhereToAndOverwritesNothing) {
 }
 
 TEST_F(FolderRequestsTest, ExecutorsOfAnAccountShareItsConnection) {
-    const auto answer = [](const char* name) {
-        return ScriptedServer::Answer(FixtureAnswer(QLatin1String(name)).Bytes());
-    };
-    ScriptedServer server({answer("folders/found-207"), answer("folders/created-201"),
+    ScriptedServer server({AnswerOf("folders/found-207"), AnswerOf("folders/created-201"),
                            ScriptedServer::Answer(FixtureAnswer(QStringLiteral("folders/status-200")).head),
-                           answer("folders/status-204"), answer("folders/status-201")});
+                           AnswerOf("folders/status-204"), AnswerOf("folders/status-201")});
     for (const Kind kind : {Kind::Query, Kind::Creation, Kind::File, Kind::Deletion, Kind::Move}) {
         EXPECT_EQ(ErrorOfExecuting(RequestOf(kind, server.Url(FolderPath))), "");
     }
@@ -264,9 +260,7 @@ TEST_F(FolderRequestsTest, ExecutorsOfAnAccountShareItsConnection) {
 }
 
 TEST_F(FolderRequestsTest, ExecutorsOfTwoAccountsDoNotShareCredentials) {
-    const auto answer = [](const char* name) {
-        return ScriptedServer::Answer(FixtureAnswer(QLatin1String(name)).Bytes(), Ending::Close);
-    };
+    const auto answer = [](const char* name) { return AnswerOf(name, Ending::Close); };
     ScriptedServer server({answer("statuses/unauthorized-basic-401"), answer("folders/status-204"),
                            answer("statuses/unauthorized-basic-401"), answer("folders/status-204")});
     const auto deletion = RequestOf(Kind::Deletion, server.Url(FolderPath));
@@ -283,8 +277,7 @@ TEST_F(FolderRequestsTest, ExecutorsOfTwoAccountsDoNotShareCredentials) {
 }
 
 TEST_F(FolderRequestsTest, ARequestThatIsExecutedAgainForgetsItsFirstAnswer) {
-    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("folders/created-201")).Bytes()),
-                           ScriptedServer::Answer(FixtureAnswer(QStringLiteral("folders/status-302")).Bytes())});
+    ScriptedServer server({AnswerOf("folders/created-201"), AnswerOf("folders/status-302")});
     const auto request = RequestOf(Kind::Creation, server.Url(FolderPath));
     EXPECT_EQ(ErrorOfExecuting(request), "");
     EXPECT_NE(ErrorOfExecuting(request), "");

@@ -11,6 +11,7 @@
 #include "client/http/ExchangeError.h"
 #include "client/http/PropfindRequest.h"
 #include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/ScriptedServer.h"
 #include "tests/fakes/SelfSignedCertificate.h"
@@ -27,7 +28,7 @@ using tests::ScriptedServer;
 
 using Ending = ScriptedServer::Ending;
 
-const QString FolderPath = QStringLiteral("/Projects/A/");
+const QString ListedPath = QStringLiteral("/Projects/A/");
 const int FilesInListing = 2;
 
 QAuthenticator Credentials(const char* user, const char* password) {
@@ -39,10 +40,6 @@ QAuthenticator Credentials(const char* user, const char* password) {
 
 QByteArray Listing() {
     return ListingAnswer(QStringLiteral("apache.xml"));
-}
-
-ScriptedServer::Step AnswerOf(const char* name) {
-    return ScriptedServer::Answer(FixtureAnswer(QLatin1String(name)).Bytes());
 }
 
 QByteArray Md5(const QByteArray& text) {
@@ -94,8 +91,8 @@ TEST_F(HttpSessionTest, AnswersABasicChallenge) {
     };
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), {listing}, {listing}});
     HttpSession session(settings, Credentials("alice", "s\xC3\xA9same"));
-    ExpectListing(session, server.Url(FolderPath));
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_FALSE(server.Requests().first().headers.contains("authorization"));
@@ -111,8 +108,8 @@ TEST_F(HttpSessionTest, AnswersADigestChallenge) {
     };
     ScriptedServer server({AnswerOf("statuses/unauthorized-digest-401"), {listing}, {listing}});
     HttpSession session(settings, Credentials("alice", "sesame"));
-    ExpectListing(session, server.Url(FolderPath));
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_FALSE(server.Requests().last().headers.value("authorization").contains("sesame"));
@@ -122,7 +119,7 @@ TEST_F(HttpSessionTest, WrongCredentialsEndInA401) {
     for (const char* challenge : {"statuses/unauthorized-basic-401", "statuses/unauthorized-digest-401"}) {
         ScriptedServer server({AnswerOf(challenge), AnswerOf(challenge)});
         HttpSession session(settings, Credentials("alice", "wrong sesame"));
-        PropfindRequest request(server.Url(FolderPath), PropfindRequest::Children);
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
         EXPECT_EQ(ErrorOf(session, request), "");
         EXPECT_EQ(request.GetStatusCode(), 401);
         EXPECT_FALSE(request.GetResult());
@@ -136,7 +133,7 @@ TEST_F(HttpSessionTest, WrongCredentialsEndInA401) {
 TEST_F(HttpSessionTest, WithoutCredentialsA401IsTheAnswer) {
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401")});
     HttpSession session(settings, QAuthenticator());
-    PropfindRequest request(server.Url(FolderPath), PropfindRequest::Children);
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_EQ(ErrorOf(session, request), "");
     EXPECT_EQ(request.GetStatusCode(), 401);
     server.Stop();
@@ -150,7 +147,7 @@ TEST_F(HttpSessionTest, WithoutCredentialsTakesThoseOfNetrc) {
     netrc.close();
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), ScriptedServer::Answer(Listing())});
     HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_EQ(server.Requests().last().headers.value("authorization"), "Basic " + QByteArray("bob:hush").toBase64());
@@ -159,7 +156,7 @@ TEST_F(HttpSessionTest, WithoutCredentialsTakesThoseOfNetrc) {
 TEST_F(HttpSessionTest, NeverNamesTheCredentialsInAnError) {
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("bad/login-page-with-200")});
     HttpSession session(settings, Credentials("alice", "sesame"));
-    QUrl url = server.Url(FolderPath);
+    QUrl url = server.Url(ListedPath);
     url.setUserInfo(QStringLiteral("bob:hush"));
     PropfindRequest request(url, PropfindRequest::Children);
     const std::string error = ErrorOf(session, request);
@@ -186,7 +183,7 @@ TEST_F(HttpSessionTest, PassesInterimAnswersOver) {
     ScriptedServer server(
         {ScriptedServer::Answer(FixtureBytes(QStringLiteral("statuses/interim-103.txt")) + Listing())});
     HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
 }
 
 TEST_F(HttpSessionTest, TakesAChunkedListingAndOneThatEndsWithTheConnection) {
@@ -201,8 +198,8 @@ TEST_F(HttpSessionTest, TakesAChunkedListingAndOneThatEndsWithTheConnection) {
     ScriptedServer server({ScriptedServer::Answer(head + "Transfer-Encoding: chunked\r\n\r\n" + chunks + trailer),
                            ScriptedServer::Answer(head + "Connection: close\r\n\r\n" + body, Ending::Close)});
     HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(FolderPath));
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }
@@ -210,8 +207,8 @@ TEST_F(HttpSessionTest, TakesAChunkedListingAndOneThatEndsWithTheConnection) {
 TEST_F(HttpSessionTest, ConnectsAnewWhenTheServerClosedAnIdleConnection) {
     ScriptedServer server({ScriptedServer::Answer(Listing(), Ending::Close), ScriptedServer::Answer(Listing())});
     HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(FolderPath));
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_EQ(server.Requests().last().connection, 2);
@@ -220,9 +217,9 @@ TEST_F(HttpSessionTest, ConnectsAnewWhenTheServerClosedAnIdleConnection) {
 TEST_F(HttpSessionTest, WorksAgainAfterAnAnswerThatWasNone) {
     ScriptedServer server({AnswerOf("bad/entry-forbidden"), ScriptedServer::Answer(Listing())});
     HttpSession session(settings, QAuthenticator());
-    PropfindRequest request(server.Url(FolderPath), PropfindRequest::Children);
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_NE(ErrorOf(session, request), "");
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
 }
 
 TEST_F(HttpSessionTest, GivesUpAfterSilence) {
@@ -231,7 +228,7 @@ TEST_F(HttpSessionTest, GivesUpAfterSilence) {
     for (const int size : {0, 20, listing.size() - 10}) {
         ScriptedServer server({ScriptedServer::Answer(listing.left(size), Ending::Stall)});
         HttpSession session(settings, QAuthenticator());
-        PropfindRequest request(server.Url(FolderPath), PropfindRequest::Children);
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
         EXPECT_THAT(ErrorOf(session, request), HasSubstr("nothing was received or sent for 0.3 s")) << size;
         EXPECT_FALSE(request.GetResult());
     }
@@ -266,14 +263,14 @@ TEST_F(HttpSessionTest, GoesPastTheProxyWhereTheEnvironmentSaysSo) {
     qputenv("http_proxy", "http://proxy.invalid:1/");
     qputenv("no_proxy", "127.0.0.1");
     HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
 }
 
 TEST_F(HttpSessionTest, AsksForCompressionOnlyOutsideTheMachine) {
     ScriptedServer server({ScriptedServer::Answer(Listing())});
     ScriptedServer proxy({ScriptedServer::Answer(Listing())});
     HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
     qputenv("http_proxy", proxy.Url(QString()).toEncoded());
     ExpectListing(session, QUrl(QStringLiteral("http://files.invalid/Projects/A/")));
     server.Stop();
@@ -309,8 +306,8 @@ TEST_F(SecureHttpSessionTest, TrustsACertificateOfTheCaFile) {
     ScriptedServer server({ScriptedServer::Answer(Listing()), ScriptedServer::Answer(Listing())}, certificate);
     settings.caFile = certificate.certificateFile;
     HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(FolderPath));
-    ExpectListing(session, server.Url(FolderPath));
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_EQ(server.Requests().last().connection, 1);
@@ -319,7 +316,7 @@ TEST_F(SecureHttpSessionTest, TrustsACertificateOfTheCaFile) {
 TEST_F(SecureHttpSessionTest, RefusesACertificateThatNobodyVouchesFor) {
     ScriptedServer server({}, certificate);
     HttpSession session(settings, Credentials("alice", "sesame"));
-    PropfindRequest request(server.Url(FolderPath), PropfindRequest::Children);
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, request), AllOf(HasSubstr("the server's certificate is not trusted: "),
                                                  HasSubstr("self-signed certificate"), HasSubstr("no answer")));
     server.Stop();
@@ -330,7 +327,7 @@ TEST_F(SecureHttpSessionTest, RefusesACertificateForAnotherHost) {
     ScriptedServer server({}, certificate);
     settings.caFile = certificate.certificateFile;
     HttpSession session(settings, QAuthenticator());
-    QUrl url = server.Url(FolderPath);
+    QUrl url = server.Url(ListedPath);
     url.setHost(QStringLiteral("localhost"));
     PropfindRequest request(url, PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, request), HasSubstr("the server's certificate is not trusted: "));
@@ -345,7 +342,7 @@ TEST_F(SecureHttpSessionTest, RefusesAListingThatIsCutOffWithoutAWord) {
         certificate);
     settings.caFile = certificate.certificateFile;
     HttpSession session(settings, QAuthenticator());
-    PropfindRequest request(server.Url(FolderPath), PropfindRequest::Children);
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, request), HasSubstr("cut off or damaged"));
 }
 
@@ -354,7 +351,7 @@ TEST_F(SecureHttpSessionTest, NamesACaFileThatIsNotThere) {
     HttpSession session(settings, QAuthenticator());
     PropfindRequest request(QUrl(QStringLiteral("https://127.0.0.1:1/")), PropfindRequest::Children);
     ScriptedServer server({}, certificate);
-    PropfindRequest toServer(server.Url(FolderPath), PropfindRequest::Children);
+    PropfindRequest toServer(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, toServer), HasSubstr("missing.pem"));
 }
 

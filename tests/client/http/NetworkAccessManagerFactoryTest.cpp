@@ -10,6 +10,7 @@
 
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/ScriptedServer.h"
 #include "tests/fakes/SelfSignedCertificate.h"
@@ -39,10 +40,6 @@ protected:
 
     static int StatusOf(const QNetworkReply& reply) {
         return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    }
-
-    static ScriptedServer::Step AnswerOf(const char* name) {
-        return ScriptedServer::Answer(FixtureAnswer(QLatin1String(name)).Bytes());
     }
 
     int argumentCount = 1;

@@ -12,6 +12,7 @@
 #include "host/http/DAVPropfindRequest.h"
 #include "tests/client/http/BadAnswers.h"
 #include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/ScriptedServer.h"
 
@@ -35,15 +36,6 @@ const QString FolderPath = QStringLiteral("/Projects/A/");
 std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
     return HttpFactory(std::make_shared<AccountSessions>())
         .CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
-}
-
-ScriptedServer::Step AnswerOf(const QString& fixture) {
-    return ScriptedServer::Answer(FixtureAnswer(fixture).Bytes());
-}
-
-/// What a server is asked before its first listing.
-ScriptedServer::Step OptionsStep() {
-    return AnswerOf(QStringLiteral("statuses/options-service-200"));
 }
 
 class RequestManagerTest : public testing::Test {
@@ -95,7 +87,7 @@ TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
 
 TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
     ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
-                           AnswerOf(QStringLiteral("bad/found-302")),
+                           AnswerOf("bad/found-302"),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
     const auto first = RequestOf(server.Url(FolderPath));
     const auto second = RequestOf(server.Url(QStringLiteral("/B/")));
@@ -113,7 +105,7 @@ TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
 
 TEST_F(RequestManagerTest, ARequestThatIsExecutedAgainForgetsItsFirstAnswer) {
     ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
-                           AnswerOf(QStringLiteral("bad/entry-forbidden"))});
+                           AnswerOf("bad/entry-forbidden")});
     const auto request = RequestOf(server.Url(FolderPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_TRUE(request->GetResult());
@@ -138,7 +130,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
 }
 
 TEST_F(RequestManagerTest, FollowsNoRedirect) {
-    ScriptedServer server({OptionsStep(), AnswerOf(QStringLiteral("bad/found-302"))});
+    ScriptedServer server({OptionsStep(), AnswerOf("bad/found-302")});
     const auto request = RequestOf(server.Url(FolderPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_EQ(request->GetStatusCode(), 302);
@@ -148,7 +140,7 @@ TEST_F(RequestManagerTest, FollowsNoRedirect) {
 }
 
 TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
-    ScriptedServer server({OptionsStep(), AnswerOf(QStringLiteral("bad/not-modified-304"))});
+    ScriptedServer server({OptionsStep(), AnswerOf("bad/not-modified-304")});
     const auto request = RequestOf(server.Url(FolderPath));
     request->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
@@ -180,7 +172,7 @@ TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
 }
 
 TEST_F(RequestManagerTest, StopsAtTheFirstAnswerThatIsNone) {
-    ScriptedServer server({OptionsStep(), AnswerOf(QStringLiteral("bad/no-entries"))});
+    ScriptedServer server({OptionsStep(), AnswerOf("bad/no-entries")});
     const auto second = RequestOf(server.Url(FolderPath));
     EXPECT_NE(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), second}), "");
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
@@ -222,7 +214,7 @@ TEST_F(RequestManagerTest, AsksNothingBeforeASingleResource) {
 }
 
 TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOnly) {
-    ScriptedServer server({AnswerOf(QStringLiteral("statuses/options-foreign-200")),
+    ScriptedServer server({AnswerOf("statuses/options-foreign-200"),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
     const auto second = RequestOf(server.Url(FolderPath));
@@ -239,10 +231,10 @@ TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOn
 }
 
 TEST_F(RequestManagerTest, AsksEveryOtherServerForEverything) {
-    for (const char* options : {"options-service-200", "options-service-in-two-headers-200", "options-silent-200",
-                                "options-foreign-405", "not-found-404"}) {
-        ScriptedServer server({AnswerOf(QLatin1String("statuses/") + QLatin1String(options)),
-                               ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+    for (const char* options :
+         {"statuses/options-service-200", "statuses/options-service-in-two-headers-200", "statuses/options-silent-200",
+          "statuses/options-foreign-405", "statuses/not-found-404"}) {
+        ScriptedServer server({AnswerOf(options), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
         EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath))}), "") << options;
         server.Stop();
         EXPECT_TRUE(server.Requests().last().body.contains("<P:resourceclasstype/><P:syncproperties/>")) << options;

@@ -12,6 +12,7 @@
 #include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
 #include "tests/client/http/Fixtures.h"
+#include "tests/client/http/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/ScriptedServer.h"
@@ -89,7 +90,7 @@ TEST_F(SyncConfigWatchTest, ADocumentMayHoldNothingOrStartLate) {
 }
 
 TEST_F(SyncConfigWatchTest, ARefusalHasItsStatus) {
-    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("statuses/not-found-404")).Bytes())});
+    ScriptedServer server({AnswerOf("statuses/not-found-404")});
     Fetch(server.Url(QStringLiteral("/.ovs/sync-config.xml")));
     try {
         watch->RequireDocument();
@@ -105,10 +106,8 @@ TEST_F(SyncConfigWatchTest, ARefusalHasItsStatus) {
 
 TEST_F(SyncConfigWatchTest, ARefusalByAServerThatIsNotTrustedSaysSo) {
     const tests::SelfSignedCertificate certificate;
-    ScriptedServer server(
-        {ScriptedServer::Answer(FixtureAnswer(QStringLiteral("statuses/unauthorized-basic-401")).Bytes()),
-         ScriptedServer::Answer(FixtureAnswer(QStringLiteral("settings/whole-200")).Bytes())},
-        certificate.Files());
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("settings/whole-200")},
+                          certificate.Files());
     Fetch(server.Url(QStringLiteral("/x")));
     EXPECT_THAT(Problem(), AllOf(HasSubstr("refused: "), HasSubstr("401"), HasSubstr("certificate is not trusted")));
     Fetch(server.Url(QStringLiteral("/x")));
@@ -162,7 +161,7 @@ INSTANTIATE_TEST_SUITE_P(
                     NoDocument{"entity-unknown-200", "not well-formed, line 1"}));
 
 TEST_F(SyncConfigWatchTest, ARedirectIsNoDocument) {
-    ScriptedServer server({ScriptedServer::Answer(FixtureAnswer(QStringLiteral("bad/moved-301")).Bytes())});
+    ScriptedServer server({AnswerOf("bad/moved-301")});
     Fetch(server.Url(QStringLiteral("/x")));
     EXPECT_THAT(Problem(), AllOf(HasSubstr("no answer to the request"), HasSubstr("status 301")));
 }

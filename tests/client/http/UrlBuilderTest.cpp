@@ -80,17 +80,17 @@ QByteArray BuildForFolder(int kind, const QString& path, const QString& id, cons
     return url ? url->toEncoded() : QByteArray("none");
 }
 
-const QString FolderPath = QStringLiteral("Projects/New");
+const QString NewFolderPath = QStringLiteral("Projects/New");
 
 TEST(UrlBuilderTest, AFolderIsAddressedByItsId) {
     for (const int kind : {10, 13}) {
-        EXPECT_EQ(BuildForFolder(kind, FolderPath, QStringLiteral("50d9-12")),
+        EXPECT_EQ(BuildForFolder(kind, NewFolderPath, QStringLiteral("50d9-12")),
                   "http://host:8080/.ovs/folders/50d9-12/");
-        EXPECT_EQ(BuildForFolder(kind, FolderPath, QString::fromUtf8("a/b %\xC3\xA9#")),
+        EXPECT_EQ(BuildForFolder(kind, NewFolderPath, QString::fromUtf8("a/b %\xC3\xA9#")),
                   "http://host:8080/.ovs/folders/a%2Fb%20%25%C3%A9%23/");
-        EXPECT_EQ(BuildForFolder(kind, FolderPath, QString()), "none");
-        EXPECT_EQ(BuildForFolder(kind, FolderPath, QStringLiteral("..")), "none");
-        EXPECT_EQ(BuildForFolder(kind, FolderPath, QString(QChar(0xD800))), "none");
+        EXPECT_EQ(BuildForFolder(kind, NewFolderPath, QString()), "none");
+        EXPECT_EQ(BuildForFolder(kind, NewFolderPath, QStringLiteral("..")), "none");
+        EXPECT_EQ(BuildForFolder(kind, NewFolderPath, QString(QChar(0xD800))), "none");
     }
 }
 
@@ -117,18 +117,18 @@ TEST(UrlBuilderTest, AFolderIsAddressedByItsPath) {
 }
 
 TEST(UrlBuilderTest, AFolderIsCreatedInsideTheFolderWithTheId) {
-    EXPECT_EQ(BuildForFolder(12, FolderPath, QString(), QStringLiteral("id 4"), QStringLiteral("N/%")),
+    EXPECT_EQ(BuildForFolder(12, NewFolderPath, QString(), QStringLiteral("id 4"), QStringLiteral("N/%")),
               "http://host:8080/.ovs/folders/id%204/N%2F%25/");
-    EXPECT_EQ(BuildForFolder(12, FolderPath, QString(), QStringLiteral("path:A/B")), "http://host:8080/A/B/New/");
-    EXPECT_EQ(BuildForFolder(12, FolderPath, QString(), QStringLiteral("path:")), "http://host:8080/New/");
+    EXPECT_EQ(BuildForFolder(12, NewFolderPath, QString(), QStringLiteral("path:A/B")), "http://host:8080/A/B/New/");
+    EXPECT_EQ(BuildForFolder(12, NewFolderPath, QString(), QStringLiteral("path:")), "http://host:8080/New/");
     for (const QString& name : {QString(), QStringLiteral("."), QStringLiteral(".."), QString(QChar(0))}) {
-        EXPECT_EQ(BuildForFolder(12, FolderPath, QString(), QStringLiteral("id"), name), "none");
+        EXPECT_EQ(BuildForFolder(12, NewFolderPath, QString(), QStringLiteral("id"), name), "none");
     }
-    EXPECT_EQ(BuildForFolder(12, FolderPath, QString(), QStringLiteral("path:..")), "none");
+    EXPECT_EQ(BuildForFolder(12, NewFolderPath, QString(), QStringLiteral("path:..")), "none");
 }
 
 TEST(UrlBuilderTest, WithoutAnIdAFolderIsCreatedAtItsPath) {
-    EXPECT_EQ(BuildForFolder(12, FolderPath, QStringLiteral("its own id")), "http://host:8080/Projects/New/");
+    EXPECT_EQ(BuildForFolder(12, NewFolderPath, QStringLiteral("its own id")), "http://host:8080/Projects/New/");
     EXPECT_EQ(BuildForFolder(12, QString(), QString()), "none");
     EXPECT_EQ(BuildForFolder(12, QStringLiteral("/"), QString()), "none");
     EXPECT_EQ(BuildForFolder(12, QStringLiteral(".."), QString()), "none");
@@ -136,9 +136,9 @@ TEST(UrlBuilderTest, WithoutAnIdAFolderIsCreatedAtItsPath) {
 
 TEST(UrlBuilderTest, ThereAreNoOtherKindsOfFolderUrls) {
     for (const int kind : {0, 9, 14}) {
-        EXPECT_EQ(BuildForFolder(kind, FolderPath, QStringLiteral("id")), "none");
+        EXPECT_EQ(BuildForFolder(kind, NewFolderPath, QStringLiteral("id")), "none");
     }
-    EXPECT_EQ(BuildForFolder(10, FolderPath, QStringLiteral("id"), QString(), QString(), "ftp://h/"), "none");
+    EXPECT_EQ(BuildForFolder(10, NewFolderPath, QStringLiteral("id"), QString(), QString(), "ftp://h/"), "none");
 }
 
 }  // namespace

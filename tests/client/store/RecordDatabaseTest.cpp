@@ -11,6 +11,7 @@
 #include "client/store/FileConfigManager.h"
 #include "client/store/StoreError.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -20,10 +21,7 @@ using ovsync::store::Placement;
 using ovsync::store::RecordDatabase;
 using ovsync::store::StoreError;
 using testing::HasSubstr;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 FileRecord Record(const char* path) {
     FileRecord record;

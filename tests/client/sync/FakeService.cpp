@@ -6,6 +6,7 @@
 #include "client/sync/Names.h"
 #include "client/sync/Version.h"
 #include "host/http/HttpException.h"
+#include "tests/fakes/Text.h"
 
 namespace tests {
 
@@ -26,10 +27,6 @@ using Lock = std::lock_guard<std::mutex>;
 namespace {
 
 const char Root[] = "S/";
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 QString PathOf(const QString& serverPath) {
     return serverPath.mid(2);

@@ -10,16 +10,14 @@
 
 #include "client/sync/LocalError.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 using ovsync::syncing::LocalEntry;
 using ovsync::syncing::LocalError;
 using ovsync::syncing::LocalTree;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class LocalTreeTest : public testing::Test {
 protected:

@@ -3,14 +3,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 using namespace ovsync::syncing;  // NOLINT(google-build-using-namespace)
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 TEST(NamesTest, NamesThatCanBeStored) {
     for (const char* name :

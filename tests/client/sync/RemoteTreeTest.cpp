@@ -5,6 +5,7 @@
 
 #include "client/sync/WrongFolder.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -14,10 +15,7 @@ using ovsync::syncing::ServiceFolder;
 using ovsync::syncing::WrongFolder;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class RemoteTreeTest : public testing::Test {
 protected:

@@ -14,12 +14,9 @@
 #include "client/sync/PassContext.h"
 #include "tests/client/sync/FakeService.h"
 #include "tests/client/sync/FaultyTree.h"
+#include "tests/fakes/Text.h"
 
 namespace tests {
-
-inline QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
 
 /// A synced folder on the disk and a service in memory, and what passes between them told.
 class SyncTest : public testing::Test, private ovsync::syncing::ISyncObserver {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/fakes/Text.h"
+
 namespace {
 
 using ovsync::syncing::IdentityOf;
@@ -9,10 +11,7 @@ using ovsync::syncing::IsContentOf;
 using ovsync::syncing::LikelySize;
 using ovsync::syncing::ListedSize;
 using sync::config::FileConfiguration;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 const qint64 GiB = Q_INT64_C(1) << 30;
 
