@@ -11,6 +11,7 @@
 
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -19,12 +20,9 @@ using testing::StartsWith;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::Service;
+using tests::Text;
 
-const int LimitInMilliseconds = 30000;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+const int EndLimitInMilliseconds = 30000;
 
 class InterruptionTest : public testing::TestWithParam<int> {
 protected:
@@ -34,15 +32,15 @@ protected:
     ProgramResult Interrupt(const QStringList& arguments, const std::function<bool()>& isReady) {
         QProcess process;
         process.start(QStringLiteral(OVSYNC_PROGRAM), arguments);
-        EXPECT_TRUE(process.waitForStarted(LimitInMilliseconds));
+        EXPECT_TRUE(process.waitForStarted(EndLimitInMilliseconds));
         QElapsedTimer timer;
         timer.start();
-        while (!isReady() && timer.elapsed() < LimitInMilliseconds) {
+        while (!isReady() && timer.elapsed() < EndLimitInMilliseconds) {
             QThread::msleep(5);
         }
         EXPECT_TRUE(isReady());
         EXPECT_EQ(kill(static_cast<pid_t>(process.processId()), GetParam()), 0);
-        EXPECT_TRUE(process.waitForFinished(LimitInMilliseconds));
+        EXPECT_TRUE(process.waitForFinished(EndLimitInMilliseconds));
         ProgramResult result;
         result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
         result.output = process.readAllStandardOutput();

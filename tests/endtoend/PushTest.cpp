@@ -7,6 +7,7 @@
 
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
@@ -14,10 +15,7 @@ using testing::HasSubstr;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::Service;
-
-QString Text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using tests::Text;
 
 class PushTest : public testing::Test {
 protected:
