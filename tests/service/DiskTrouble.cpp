@@ -3,12 +3,14 @@
 // CRASH_POINT=N kills it before call N.
 // FAILURE_POINT=N makes call N fail with the error number FAILURE_ERROR, and with FAILURE_LASTS=1 all after it that
 // could need space.
+// MOVE_POINT=N moves the file MOVE_FROM to MOVE_TO before call N, as if somebody had done it.
 // CALL_COUNT=FILE writes into FILE, in the end, how many calls there were.
 
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -28,10 +30,14 @@ std::atomic<long> calls{0};
 /// Whether the call is to fail.
 bool Count(bool couldNeedSpace) {
     static const long crashPoint = NumberFrom("CRASH_POINT");
+    static const long movePoint = NumberFrom("MOVE_POINT");
     static const long failurePoint = NumberFrom("FAILURE_POINT");
     static const int error = static_cast<int>(NumberFrom("FAILURE_ERROR"));
     static const bool lasts = NumberFrom("FAILURE_LASTS") != 0;
     const long call = ++calls;
+    if (call == movePoint) {
+        static_cast<void>(syscall(SYS_renameat, AT_FDCWD, std::getenv("MOVE_FROM"), AT_FDCWD, std::getenv("MOVE_TO")));
+    }
     if (call == crashPoint) {
         static_cast<void>(raise(SIGKILL));
     }

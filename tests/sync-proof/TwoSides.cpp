@@ -73,6 +73,13 @@ Pass::Environment TwoSides::KilledAt(int point) {
     return WithDiskTrouble({{"CRASH_POINT", std::to_string(point)}});
 }
 
+Pass::Environment TwoSides::MovingAt(int point, const std::string& from, const std::string& to, int killPoint) {
+    return WithDiskTrouble({{"MOVE_POINT", std::to_string(point)},
+                            {"MOVE_FROM", from},
+                            {"MOVE_TO", to},
+                            {"CRASH_POINT", std::to_string(killPoint)}});
+}
+
 Pass::Environment TwoSides::CountingInto(const std::string& file) {
     return WithDiskTrouble({{"CALL_COUNT", file}});
 }

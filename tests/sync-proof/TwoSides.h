@@ -40,6 +40,8 @@ public:
     /// For a pass or a service that is troubled by its disk at a point; see DiskTrouble.cpp.
     static Pass::Environment KilledAt(int point);
     static Pass::Environment FailingAt(int point, int error, bool lasts);
+    /// Somebody moves the file `from` to `to` at the point; and the pass is killed at `killPoint`, unless that is 0.
+    static Pass::Environment MovingAt(int point, const std::string& from, const std::string& to, int killPoint);
     /// Writes into `file` how many points there are.
     static Pass::Environment CountingInto(const std::string& file);
 
