@@ -6,6 +6,14 @@
 namespace ovsync {
 namespace cli {
 
+namespace {
+
+QByteArray Counted(qint64 number, const char* unit) {
+    return QByteArray::number(number) + ' ' + unit + (number == 1 ? "" : "s");
+}
+
+}  // namespace
+
 void MeasureTree(Connection& connection, const Location& location, const QStringList& excluded, bool asJson,
                  Output& output) {
     const auto filter = std::make_shared<GlobFilter>(excluded);
@@ -16,10 +24,8 @@ void MeasureTree(Connection& connection, const Location& location, const QString
         404) {
         ThrowNoSuchFolder(location);
     }
-    const QByteArray files = QByteArray::number(count);
-    const QByteArray bytes = QByteArray::number(size);
-    output.Write(asJson ? "{\"files\":" + files + ",\"bytes\":" + bytes + "}\n"
-                        : files + " files, " + bytes + " bytes\n");
+    output.Write(asJson ? "{\"files\":" + QByteArray::number(count) + ",\"bytes\":" + QByteArray::number(size) + "}\n"
+                        : Counted(count, "file") + ", " + Counted(size, "byte") + '\n');
 }
 
 }  // namespace cli

@@ -183,9 +183,9 @@ TEST_F(FolderCommandsTest, TheSizeOfATreeLeavesOutWhatIsExcluded) {
     EXPECT_EQ(OutputOf({Text("du")}, "A"), QByteArray("5 files, 15 bytes\n"));
     EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("*.tmp")}, "A"), QByteArray("4 files, 13 bytes\n"));
     EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("c?che"), Text("--exclude"), Text("[ab].*")}, "A"),
-              QByteArray("1 files, 5 bytes\n"));
+              QByteArray("1 file, 5 bytes\n"));
     EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("?.txt"), Text("--exclude"), Text("A")}, "A"),
-              QByteArray("1 files, 2 bytes\n"));
+              QByteArray("1 file, 2 bytes\n"));
     EXPECT_EQ(OutputOf({Text("du"), Text("--json"), Text("--exclude"), Text("cach")}, "A/sub"),
               QByteArray("{\"files\":2,\"bytes\":9}\n"));
     ExpectFailure({Text("du")}, "gone", 1, "no folder /gone");
@@ -196,7 +196,7 @@ TEST_F(FolderCommandsTest, WhatLiesInAFormIsNeitherListedNorMeasured) {
     _service.AddFile(Text("A/plain.txt"), "1");
     _service.MakeForm(Text("A/form/"));
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/plain.txt\n"));
-    EXPECT_EQ(OutputOf({Text("du")}, ""), QByteArray("1 files, 1 bytes\n"));
+    EXPECT_EQ(OutputOf({Text("du")}, ""), QByteArray("1 file, 1 byte\n"));
     EXPECT_EQ(OutputOf({Text("ls")}, "A"), QByteArray("plain.txt\n"));
 }
 
