@@ -39,6 +39,7 @@
 #include "client/sync/LocalError.h"
 #include "client/sync/SyncOptions.h"
 #include "client/sync/WrongFolder.h"
+#include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
@@ -315,13 +316,17 @@ private:
     std::vector<const CLI::App*> _treeCommands;
 };
 
-/// Whether a server that answered the request for a whole tree with `status` does not list trees at all.
-bool RefusesTrees(int status, const QString& answer) {
-    if (status == 403) {
-        // Some servers name the condition propfind-finite-depth, others write a sentence about the depth.
-        return answer.contains(QLatin1String("depth"), Qt::CaseInsensitive);
+/// Whether a server that answered the request for the whole tree at `location` with `status` refuses that for any tree.
+bool RefusesTrees(int status, Connection& connection, const Location& location) {
+    if (status < 400 || status >= 500 || status == 401 || status == 404) {
+        return false;
     }
-    return status >= 400 && status < 500 && status != 401 && status != 404;
+    // Servers word it in too many ways, but one that shows the folder itself can only mean the depth.
+    try {
+        return connection.Folders().FolderExists(connection.Folder(location.serverPath));
+    } catch (const sync::core::SyncException&) {
+        return false;
+    }
 }
 
 }  // namespace
@@ -333,6 +338,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
     log.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
     const LoggedErrors loggedErrors(
         log, [](const QString& message) { Complain(Output::WithoutControlCharacters(message).toStdString()); });
+    Location location;
     std::optional<Connection> connection;
     CLI::App app("Lists, looks up and changes what lies on a Drovane service or any other WebDAV server.", "ovsync");
     Arguments arguments;
@@ -361,7 +367,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             output.Flush();
             return code;
         }
-        const Location location = Location::FromUrl(QString::fromStdString(arguments.url));
+        location = Location::FromUrl(QString::fromStdString(arguments.url));
         ConnectionOptions options = arguments.Connecting();
         options.session.onProgress = [shown = options.session.onProgress, &connection](qint64 bytes, bool isOver) {
             if (Interruption::IsWished()) {
@@ -388,13 +394,12 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         Complain(e.what());
         return Refused;
     } catch (const HttpException& e) {
-        const QString answer = connection->LastAnswer();
         Complain(e.what());
-        Complain("The answer was " + answer.toStdString());
+        Complain("The answer was " + connection->LastAnswer().toStdString());
         if (e.StatusCode() == 401) {
             Complain("Give a user name with -u.");
         }
-        if (commands.ListsTree() && RefusesTrees(e.StatusCode(), answer)) {
+        if (commands.ListsTree() && RefusesTrees(e.StatusCode(), *connection, location)) {
             Complain(
                 "This server does not list a whole tree at once (Depth: infinity). List it folder by folder with ls.");
         }

@@ -1,22 +1,27 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QTemporaryDir>
 #include <QThread>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 
+#include "tests/client/http/Fixtures.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/ScriptedServer.h"
 #include "tests/fakes/Text.h"
 
 namespace {
 
+using ovsync::http::FixtureAnswer;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using tests::ProgramResult;
 using tests::RunOvsync;
+using tests::ScriptedServer;
 using tests::Service;
 using tests::Text;
 
@@ -208,20 +213,60 @@ TEST_F(FolderCommandsTest, StatShowsAFolder) {
     EXPECT_THAT(OutputOf({Text("stat")}, "").toStdString(), HasSubstr("Name              /\n"));
 }
 
-TEST(FolderRefusalTest, AServerThatListsNoTreesIsToldFromOthers) {
-    for (const char* status : {"400", "405", "412"}) {
-        Service service({Text("--fault"), Text("status=") + Text(status) + Text(",method=PROPFIND")});
-        for (const char* command : {"tree", "du"}) {
-            const ProgramResult result = RunOvsync({Text(command), service.Url()});
-            EXPECT_EQ(result.exitCode, 1);
-            EXPECT_THAT(result.errors.toStdString(), HasSubstr("does not list a whole tree at once"));
+ScriptedServer::Step Answer(const char* fixture) {
+    return ScriptedServer::Answer(FixtureAnswer(Text(fixture)).Bytes());
+}
+
+const char* const NoTrees = "does not list a whole tree at once";
+
+TEST(TreeRefusalTest, IsToldFromARefusalOfTheFolder) {
+    for (const char* status : {"400", "403", "412"}) {
+        const QString refusal = Text("status=") + Text(status) + Text(",method=PROPFIND");
+        const QTemporaryDir folder;
+        for (const QStringList& command :
+             {QStringList(Text("tree")), QStringList(Text("du")), QStringList({Text("pull"), folder.path()})}) {
+            const auto errorsOf = [&command](const QString& fault, const char* path) {
+                Service service({Text("--fault"), fault});
+                service.AddFile(Text("A/b.txt"), "b");
+                QStringList arguments = command;
+                arguments.insert(1, service.Url() + Text(path));
+                const ProgramResult result = RunOvsync(arguments);
+                EXPECT_EQ(result.exitCode, 1) << result.errors.toStdString();
+                return result.errors.toStdString();
+            };
+            EXPECT_THAT(errorsOf(refusal + Text(",request=1"), "A/"), HasSubstr(NoTrees)) << status;
+            EXPECT_THAT(errorsOf(refusal, "A/"), Not(HasSubstr(NoTrees))) << status;
+            EXPECT_THAT(errorsOf(refusal + Text(",request=1"), "A/b.txt"), Not(HasSubstr(NoTrees))) << status;
         }
-        EXPECT_THAT(RunOvsync({Text("ls"), service.Url()}).errors.toStdString(), Not(HasSubstr("whole tree")));
     }
-    for (const char* status : {"403", "500"}) {
-        Service service({Text("--fault"), Text("status=") + Text(status) + Text(",method=PROPFIND")});
-        EXPECT_THAT(RunOvsync({Text("tree"), service.Url()}).errors.toStdString(), Not(HasSubstr("whole tree")));
+}
+
+TEST(TreeRefusalTest, IsNotAFailureOfTheServer) {
+    const Service service({Text("--fault"), Text("status=500,method=PROPFIND,request=1")});
+    EXPECT_THAT(RunOvsync({Text("tree"), service.Url()}).errors.toStdString(), Not(HasSubstr(NoTrees)));
+}
+
+TEST(TreeRefusalTest, IsUnderstoodInWhateverWords) {
+    for (const char* refusal : {"statuses/no-trees-apache-403", "statuses/no-trees-condition-403"}) {
+        for (const char* command : {"tree", "du"}) {
+            ScriptedServer server(
+                {Answer("statuses/options-foreign-200"), Answer(refusal), Answer("folders/found-without-headers-207")});
+            const ProgramResult result = RunOvsync({Text(command), server.Url(Text("/Projects/A/")).toString()});
+            EXPECT_EQ(result.exitCode, 1);
+            EXPECT_EQ(result.output, QByteArray());
+            EXPECT_THAT(result.errors.toStdString(), HasSubstr(NoTrees));
+            server.Stop();
+            EXPECT_TRUE(server.SawItsScript());
+        }
     }
+}
+
+TEST(TreeRefusalTest, IsNotReadOutOfAName) {
+    const ScriptedServer server({Answer("statuses/options-foreign-200"), Answer("statuses/forbidden-in-depth-403"),
+                                 Answer("statuses/forbidden-in-depth-403")});
+    const ProgramResult result = RunOvsync({Text("tree"), server.Url(Text("/Projects/In-depth/")).toString()});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(result.errors.toStdString(), Not(HasSubstr(NoTrees)));
 }
 
 struct FolderFault {
