@@ -55,7 +55,8 @@ TEST_F(FolderCommandsTest, ANewFolderIsThereAndHasTheIdThatItWasGiven) {
     EXPECT_EQ(folder["serverPath"], "A #\xC3\xA9");
     EXPECT_NE(folder["folderId"], "");
     EXPECT_EQ(OutputOf({Text("ls")}, ""), QByteArray("A #\xC3\xA9/\n"));
-    EXPECT_EQ(OutputOf({Text("stat"), Text("--json")}, "A%20%23%C3%A9/"), made);
+    const QByteArray shown = OutputOf({Text("stat"), Text("--json")}, "A%20%23%C3%A9/");
+    EXPECT_EQ(nlohmann::json::parse(shown.constData())["folderId"], folder["folderId"]);
     EXPECT_EQ(OutputOf({Text("mkdir")}, "A%20%23%C3%A9/inside/"), QByteArray());
     EXPECT_EQ(OutputOf({Text("ls")}, "A%20%23%C3%A9"), QByteArray("inside/\n"));
 }
@@ -205,12 +206,43 @@ TEST_F(FolderCommandsTest, WhatLiesInAFormIsNeitherListedNorMeasured) {
     EXPECT_EQ(OutputOf({Text("ls")}, "A"), QByteArray("plain.txt\n"));
 }
 
-TEST_F(FolderCommandsTest, StatShowsAFolder) {
-    OutputOf({Text("mkdir")}, "A");
-    EXPECT_THAT(OutputOf({Text("stat")}, "A").toStdString(),
-                AllOf(HasSubstr("Name              A/\n"), HasSubstr("Server path       A\n"),
-                      HasSubstr("Folder id         "), HasSubstr("Owner             anonymous\n")));
-    EXPECT_THAT(OutputOf({Text("stat")}, "").toStdString(), HasSubstr("Name              /\n"));
+TEST_F(FolderCommandsTest, StatShowsOfAFolderWhatItsListingShows) {
+    _service.AddFolder(Text("A/b \xC3\xA9"));
+    _service.AddFolder(Text("A/c"));
+    EXPECT_THAT(OutputOf({Text("stat")}, "A/b%20%C3%A9/").toStdString(),
+                testing::MatchesRegex("Name              b \xC3\xA9/\n"
+                                      "Server path       A/b \xC3\xA9\n"
+                                      "Modified          20[0-9TZ:-]+\n"
+                                      "Resource id       [0-9]+\n"
+                                      "Folder id         [^\n]+\n"
+                                      "Owner             anonymous\n"
+                                      "Privileges        rw\n"));
+    for (const char* path : {"A", "A/c"}) {
+        const QByteArray shown = OutputOf({Text("stat"), Text("--json")}, path);
+        const QByteArray listed = OutputOf({Text("ls"), Text("--json")}, path == Text("A") ? "" : "A");
+        EXPECT_EQ(nlohmann::json::parse(shown.constData()), nlohmann::json::parse(listed.constData()).back());
+    }
+}
+
+TEST_F(FolderCommandsTest, StatShowsOfTheRootWhatItTellsItself) {
+    const ProgramResult result = Run({Text("stat")}, "");
+    EXPECT_THAT(result.output.toStdString(),
+                testing::MatchesRegex("Name              /\nFolder id         [^\n]+\nOwner             anonymous\n"));
+    EXPECT_EQ(result.errors, QByteArray());
+}
+
+TEST(StatTest, ShowsWhatThereIsOfAFolderWhenTheOneAboveCannotBeListed) {
+    for (const char* fault : {"status=403", "status=302", "error-page", "cut=100"}) {
+        Service service({Text("--fault"), Text(fault) + Text(",method=PROPFIND,request=2")});
+        service.AddFolder(Text("A/b"));
+        const ProgramResult result = RunOvsync({Text("stat"), service.Url() + Text("A/b")});
+        EXPECT_EQ(result.exitCode, 0) << fault;
+        EXPECT_THAT(result.output.toStdString(),
+                    AllOf(HasSubstr("Folder id         "), HasSubstr("Owner  "), Not(HasSubstr("Modified"))));
+        EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr("More of /A/b cannot be told"),
+                                                       testing::ContainsRegex("http://127.0.0.1:[0-9]+/A[/.]")))
+            << fault;
+    }
 }
 
 ScriptedServer::Step Answer(const char* fixture) {
