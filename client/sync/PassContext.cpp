@@ -211,6 +211,9 @@ void PassContext::Report(SyncEvent::Kind kind, const QString& path, const QStrin
 }
 
 void PassContext::ReportFailure(const QString& path, const std::exception_ptr& error) {
+    if (*_options.isStopped) {
+        std::rethrow_exception(error);
+    }
     try {
         std::rethrow_exception(error);
     } catch (const HttpException& e) {

@@ -71,8 +71,8 @@ public:
 
     void Report(const SyncEvent& event);
     void Report(SyncEvent::Kind kind, const QString& path, const QString& detail = QString(), qint64 bytes = 0);
-    /// Tells why a transfer failed. Throws on what concerns all transfers: the credentials, the disk, and when the
-    /// service fails again and again.
+    /// Tells why a transfer failed. Throws on what concerns all transfers: the credentials, the disk, when the service
+    /// fails again and again, and when the pass is stopped, which ends what is under way with some error.
     void ReportFailure(const QString& path, const std::exception_ptr& error);
     void ReportSuccess() { _failuresInARow = 0; }
     void ReportProgress(const SyncProgress& progress) { _observer.OnProgress(progress); }

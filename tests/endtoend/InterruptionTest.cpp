@@ -82,6 +82,17 @@ TEST_P(InterruptionTest, EndsAPushInGoodOrder) {
     EXPECT_FALSE(service.HasFile(Text("b")));
 }
 
+TEST_P(InterruptionTest, IsNoFailureOfTheFileThatIsLookedUpAfterItWasSent) {
+    Service service({Text("--fault"), Text("hang,method=PROPFIND,request=2")});
+    QFile file(_folder.filePath(Text("a")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    const ProgramResult result =
+        Interrupt({Text("push"), _folder.path(), service.Url()}, [&service] { return service.HasFile(Text("a")); });
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.errors, QByteArray());
+    EXPECT_EQ(result.output, QByteArray("Stopped: Nothing to do\n"));
+}
+
 TEST_P(InterruptionTest, EndsAListingThatDoesNotCome) {
     const Service service({Text("--fault"), Text("hang,method=PROPFIND")});
     const ProgramResult result = Interrupt({Text("pull"), service.Url(), _folder.path()}, [this] {
