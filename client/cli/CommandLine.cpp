@@ -191,7 +191,7 @@ public:
                               [](Connection& connection, const Location& location, const Arguments& given,
                                  Output& output) { return Pull(connection, location, given.Syncing(), output); });
         _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
-        _AddUrl(command, "DIR", "The local folder, which must be there", _arguments.directory);
+        _AddUrl(command, "DIR", "The local folder, made when it is missing", _arguments.directory);
         command->add_flag("--delete", _arguments.deletes,
                           "Delete here what the service has deleted, unless it was changed here");
         _AddPassOptions(command);

@@ -1,13 +1,48 @@
 #include "client/cli/PullCommand.h"
 
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "client/cli/ExistingFolder.h"
 #include "client/cli/SyncRun.h"
+#include "client/cli/UsageError.h"
 #include "client/sync/PullPass.h"
 
 namespace ovsync {
 namespace cli {
 
+namespace {
+
+/// Whether nothing is there, but a folder that it could lie in.
+bool IsMissing(const QString& directory) {
+    const QFileInfo place(QDir::cleanPath(directory));
+    return !place.exists() && !place.isSymLink() && QFileInfo(place.path()).isDir();
+}
+
+}  // namespace
+
 ExitCode Pull(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
-    return RunPass(connection, location, arguments, output,
+    SyncArguments used = arguments;
+    std::optional<QTemporaryDir> empty;
+    if (IsMissing(used.directory)) {
+        if (arguments.isTrial) {
+            used.directory = empty.emplace().path();
+        } else {
+            // So that a wrong URL leaves nothing behind.
+            FindFolder(connection, location, "pull");
+            if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
+                throw UsageError(
+                    QStringLiteral("%1: %2").arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
+            }
+        }
+    }
+    return RunPass(connection, location, used, output,
                    [](syncing::PassContext& context) { return syncing::PullPass(context).Run(); });
 }
 

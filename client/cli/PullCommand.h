@@ -8,7 +8,8 @@
 namespace ovsync {
 namespace cli {
 
-/// `ovsync pull`: brings a local folder in step with the one at `location`. Throws what RunPass throws.
+/// `ovsync pull`: brings a local folder in step with the one at `location`. Makes the local one when it is missing and
+/// its parent is not. Throws what FindFolder and RunPass throw, and UsageError when the folder cannot be made.
 ExitCode Pull(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output);
 
 }  // namespace cli

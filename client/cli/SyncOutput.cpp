@@ -21,7 +21,7 @@ struct KindText {
     const char* name;
     /// Before the path.
     const char* done;
-    /// After the number, in the summary.
+    /// After the number, in the summary; '*' stands where a plural has its 's'.
     const char* counted;
 };
 
@@ -29,9 +29,9 @@ const KindText Texts[] = {
     {Kind::Fetched, "fetched", "fetched", "fetched"},
     {Kind::Updated, "updated", "updated", "updated"},
     {Kind::Deleted, "deleted", "deleted", "deleted here"},
-    {Kind::FolderMade, "folderMade", "made", "folders made"},
+    {Kind::FolderMade, "folderMade", "made", "folder* made"},
     {Kind::Sent, "sent", "sent", "sent"},
-    {Kind::FolderSent, "folderSent", "made there", "folders made on the service"},
+    {Kind::FolderSent, "folderSent", "made there", "folder* made on the service"},
     {Kind::DeletedHere, "deletedHere", "only there", "deleted here and still on the service"},
     {Kind::NewerThere, "newerThere", "newer there", "newer on the service"},
     {Kind::Conflict, "conflict", "conflict", "in conflict"},
@@ -129,10 +129,16 @@ void SyncOutput::Summarise(SyncOutcome outcome) {
     QByteArray line;
     for (const KindText& text : Texts) {
         if (const int count = _counts[text.kind]) {
-            line += (line.isEmpty() ? "" : ", ") + QByteArray::number(count) + ' ' + text.counted;
+            line += (line.isEmpty() ? "" : ", ") + QByteArray::number(count) + ' ' +
+                    QByteArray(text.counted).replace('*', count == 1 ? "" : "s");
         }
     }
-    line = line.isEmpty() ? QByteArray("Nothing to do") : line;
+    if (line.isEmpty()) {
+        if (outcome == SyncOutcome::Failed) {
+            return;
+        }
+        line = "Nothing to do";
+    }
     if (_bytes > 0) {
         line += " (" + SizeText(_bytes) + ')';
     }

@@ -23,7 +23,7 @@ public:
     void OnEvent(const syncing::SyncEvent& event) override;
     void OnProgress(const syncing::SyncProgress& progress) override;
 
-    /// The last lines, after everything else.
+    /// The last line, after everything else; as text none after a failure before anything was done.
     void Summarise(syncing::SyncOutcome outcome);
 
 private:

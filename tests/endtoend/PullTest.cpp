@@ -137,7 +137,7 @@ TEST_F(PullTest, ADryRunChangesNothing) {
     _service.AddFile(Text("a/b"), "1");
     const ProgramResult result = Pull({Text("--dry-run")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.output, QByteArray("made a\nfetched a/b\nWould be done: 1 fetched, 1 folders made (1 B)\n"));
+    EXPECT_EQ(result.output, QByteArray("made a\nfetched a/b\nWould be done: 1 fetched, 1 folder made (1 B)\n"));
     EXPECT_EQ(QDir(_folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
 }
 
@@ -192,16 +192,50 @@ TEST_F(PullTest, AFolderBelongsToOneFolderOfAService) {
     EXPECT_EQ(Names(), QStringList(Text("a")));
 }
 
+TEST_F(PullTest, AMissingFolderIsMade) {
+    _service.AddFile(Text("a/b"), "1");
+    const ProgramResult trial = RunOvsync({Text("pull"), Text("--dry-run"), _service.Url(), Path("new/")});
+    EXPECT_EQ(trial.exitCode, 0) << trial.errors.toStdString();
+    EXPECT_EQ(trial.output, QByteArray("made a\nfetched a/b\nWould be done: 1 fetched, 1 folder made (1 B)\n"));
+    EXPECT_EQ(Names(), QStringList());
+    const ProgramResult result = RunOvsync({Text("pull"), _service.Url(), Path("new/")});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    EXPECT_EQ(Content("new/a/b"), QByteArray("1"));
+}
+
+TEST_F(PullTest, NoFolderIsMadeForWhatCannotBePulled) {
+    _service.AddFile(Text("a"), "1");
+    Write("file", "2");
+    ASSERT_TRUE(QFile::link(Path("nowhere"), Path("link")));
+    const QStringList before = Names();
+    const auto expectError = [this](const char* url, const char* folder, int exitCode, const char* error) {
+        for (const QStringList& options : {QStringList(), QStringList(Text("--dry-run"))}) {
+            const ProgramResult result =
+                RunOvsync(QStringList({Text("pull"), _service.Url() + Text(url), Path(folder)}) + options);
+            EXPECT_EQ(result.exitCode, exitCode) << result.errors.toStdString();
+            EXPECT_EQ(result.output, QByteArray());
+            EXPECT_THAT(result.errors.toStdString(), HasSubstr(error));
+        }
+    };
+    expectError("gone", "new", 1, "no folder ");
+    expectError("a", "new", 2, "/a is a file");
+    expectError("", "gone/new", 2, "gone/new: No such file or directory");
+    expectError("", "file/new", 2, "file/new: Not a directory");
+    expectError("", "file", 1, "file: Not a directory");
+    expectError("", "link", 2, "link: No such file or directory");
+    EXPECT_EQ(Names(), before);
+}
+
 TEST_F(PullTest, WhatCannotBeSyncedIsNamed) {
     _service.AddFile(Text("a"), "1");
     const auto errorOf = [](const QString& url, const QString& folder, int exitCode) {
         const ProgramResult result = RunOvsync({Text("pull"), url, folder});
         EXPECT_EQ(result.exitCode, exitCode) << result.errors.toStdString();
+        EXPECT_EQ(result.output, QByteArray());
         return result.errors.toStdString();
     };
     EXPECT_THAT(errorOf(_service.Url() + Text("gone"), _folder.path(), 1), HasSubstr("There is no folder"));
     EXPECT_THAT(errorOf(_service.Url() + Text("a"), _folder.path(), 2), HasSubstr("/a is a file"));
-    EXPECT_THAT(errorOf(_service.Url(), Path("gone"), 2), HasSubstr("gone: No such file or directory"));
     EXPECT_EQ(Names(), QStringList());
 }
 

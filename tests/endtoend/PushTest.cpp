@@ -46,7 +46,7 @@ TEST_F(PushTest, WhatIsPushedIsNotPulledAgainAndCanBeChangedFromBothSides) {
     Write("f/\xC3\xA9 %#.txt", "1");
     Write("big", QByteArray(3000000, 'x'));
     Write("empty", "");
-    ExpectPush(0, "3 sent, 1 folders made on the service (2.9 MiB)");
+    ExpectPush(0, "3 sent, 1 folder made on the service (2.9 MiB)");
     ExpectPull(0, "Nothing to do");
     ExpectPush(0, "Nothing to do");
     Write("f/\xC3\xA9 %#.txt", "22");
