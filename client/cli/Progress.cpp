@@ -10,6 +10,7 @@ namespace cli {
 namespace {
 
 const qint64 PatienceInMilliseconds = 1000;
+
 }  // namespace
 
 void Progress::Show(qint64 bytes, bool isOver) {
