@@ -13,9 +13,8 @@ small=$((50 * percent / 100 > 0 ? 50 * percent / 100 : 1))
 mebibytes=$((1024 * percent / 100))
 runs=7
 
-"$root/scripts/install-packages.sh"
-"$root/scripts/install-packages.sh" "$root/bench/packages.txt"
-(cd "$root" && cmake --preset release >/dev/null && cmake --build --preset release --target ovsync >/dev/null)
+"$root/scripts/install-packages.sh" build benchmarks
+"$root/scripts/build-release.sh" ovsync
 
 work=$(mktemp -d)
 trap '[ ! -f "$work/pid" ] || kill "$(cat "$work/pid")"; sleep 0.2; rm -rf "$work"' EXIT

@@ -13,9 +13,8 @@ for size in 1000 3000 10000 30000 100000; do
     sizes+=($((size * percent / 100)))
 done
 
-"$root/scripts/install-packages.sh"
-"$root/scripts/install-packages.sh" "$root/bench/packages.txt"
-(cd "$root" && cmake --preset release >/dev/null && cmake --build --preset release --target ovsync ovsync-service >/dev/null)
+"$root/scripts/install-packages.sh" build benchmarks
+"$root/scripts/build-release.sh" ovsync ovsync-service
 ovsync=$root/build/release/bin/ovsync
 
 work=$(mktemp -d)

@@ -16,6 +16,17 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
 
+# What gcc says of one source that is about another.
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-Wno-shadow -Wno-subobject-linkage)
+endif()
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER "${CCACHE}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+endif()
+
 set(DVSYNC_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 if(DVSYNC_SANITIZE)
   add_compile_options(-fsanitize=${DVSYNC_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

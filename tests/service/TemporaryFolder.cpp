@@ -2,18 +2,17 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace service::test {
 namespace {
 
-std::string ReadFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
+std::string Require(const std::string& path) {
+    std::optional<std::string> content = ReadFile(path);
+    if (!content) {
         throw std::runtime_error("Cannot read " + path);
     }
-    return std::string(std::istreambuf_iterator<char>(file), {});
+    return *std::move(content);
 }
 
 }  // namespace
@@ -40,15 +39,28 @@ void TemporaryFolder::Write(const std::string& name, const std::string& content)
 }
 
 std::string TemporaryFolder::Read(const std::string& name) const {
-    return ReadFile(*this / name);
+    return Require(*this / name);
 }
 
 bool TemporaryFolder::Has(const std::string& name) const {
     return std::filesystem::exists(*this / name);
 }
 
+std::optional<std::string> ReadFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary | std::ios::ate);
+    const std::streamoff size = file.tellg();
+    if (size < 0) {
+        return std::nullopt;
+    }
+    // In one piece: instrumented iterators take a hundred times as long.
+    std::string content(static_cast<std::size_t>(size), '\0');
+    file.seekg(0).read(content.data(), size);
+    content.resize(static_cast<std::size_t>(file.gcount()));
+    return content;
+}
+
 std::string Fixture(const std::string& name) {
-    return ReadFile(std::string(FIXTURES) + "/" + name);
+    return Require(std::string(FIXTURES) + "/" + name);
 }
 
 }  // namespace service::test

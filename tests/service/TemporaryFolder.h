@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace service::test {
@@ -24,6 +25,9 @@ public:
 private:
     std::string _path;
 };
+
+/// The content of a file; none when it cannot be read.
+std::optional<std::string> ReadFile(const std::string& path);
 
 /// The content of a file in tests/service/fixtures.
 std::string Fixture(const std::string& name);

@@ -63,7 +63,7 @@ protected:
     std::mt19937 random{std::random_device()()};
     const service::test::TemporaryFolder count;
     const Pass::Environment counting = TwoSides::CountingInto(count / "count");
-    const int stride = Setting("OVSYNC_PROOF_STRIDE", 5);
+    const int stride = StepStride();
     const int first = 1 + static_cast<int>(random() % static_cast<unsigned>(stride));
 };
 

@@ -1,18 +1,13 @@
 #include "tests/sync-proof/FolderImage.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+
+#include "tests/service/TemporaryFolder.h"
 
 namespace syncproof {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string ReadFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
-}
 
 /// `text` for a message.
 std::string Short(const std::string& text) {
@@ -32,7 +27,7 @@ FolderImage ReadFolder(const std::string& folder) {
         } else if (entry->is_directory()) {
             image[path + "/"] = "";
         } else {
-            image[path] = ReadFile(entry->path());
+            image[path] = service::test::ReadFile(entry->path()).value_or("");
         }
     }
     return image;

@@ -51,7 +51,7 @@ protected:
 /// Each test kills at every so many steps; over several runs at all of them, because the first is drawn.
 class StepKillTest : public KillTest {
 protected:
-    const int stride = Setting("OVSYNC_PROOF_STRIDE", 5);
+    const int stride = StepStride();
     int point = 1 + static_cast<int>(random() % static_cast<unsigned>(stride));
 };
 

@@ -46,7 +46,7 @@ protected:
     const service::test::TemporaryFolder aside;
     const Pass::Environment counting = TwoSides::CountingInto(aside / "count");
     std::mt19937 random{std::random_device()()};
-    const int stride = Setting("OVSYNC_PROOF_STRIDE", 5);
+    const int stride = StepStride();
     const int first = 1 + static_cast<int>(random() % static_cast<unsigned>(stride));
 };
 

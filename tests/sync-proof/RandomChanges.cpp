@@ -4,7 +4,8 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+
+#include "tests/service/TemporaryFolder.h"
 
 namespace syncproof {
 namespace {
@@ -150,8 +151,7 @@ void RandomChanges::_Write(const std::string& path, const std::string& content) 
 }
 
 void RandomChanges::_Retire(const std::string& path) {
-    std::ifstream file(_At(path), std::ios::binary);
-    _retired.emplace(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    _retired.insert(service::test::ReadFile(_At(path)).value_or(""));
 }
 
 void RandomChanges::_MakeFile(const Tree& tree) {

@@ -11,4 +11,14 @@ inline int Setting(const char* name, int otherwise) {
     return text == nullptr ? otherwise : std::stoi(text);
 }
 
+/// A test that tries something at each step of a pass takes one of so many.
+inline int StepStride() {
+    return Setting("OVSYNC_PROOF_STRIDE", STEP_STRIDE);
+}
+
+/// A test that tries something at each request of a pass takes one of so many.
+inline int RequestStride() {
+    return Setting("OVSYNC_PROOF_STRIDE", REQUEST_STRIDE);
+}
+
 }  // namespace syncproof

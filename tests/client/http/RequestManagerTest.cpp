@@ -31,7 +31,7 @@ using tests::ScriptedServer;
 
 using Ending = ScriptedServer::Ending;
 
-const QString FolderPath = QStringLiteral("/Projects/A/");
+const QString QueriedPath = QStringLiteral("/Projects/A/");
 
 std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
     return HttpFactory(std::make_shared<AccountSessions>())
@@ -66,7 +66,7 @@ protected:
 
 TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
     ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
-    const auto request = RequestOf(server.Url(FolderPath));
+    const auto request = RequestOf(server.Url(QueriedPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     ASSERT_TRUE(request->GetResult());
     EXPECT_EQ(request->GetStatusCode(), 207);
@@ -89,9 +89,9 @@ TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
     ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
                            AnswerOf("bad/found-302"),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
-    const auto first = RequestOf(server.Url(FolderPath));
+    const auto first = RequestOf(server.Url(QueriedPath));
     const auto second = RequestOf(server.Url(QStringLiteral("/B/")));
-    const auto third = RequestOf(server.Url(FolderPath));
+    const auto third = RequestOf(server.Url(QueriedPath));
     EXPECT_EQ(ErrorOfExecuting({first, second}), "");
     EXPECT_EQ(ErrorOfExecuting({third}), "");
     EXPECT_EQ(first->GetResult()->collectionResponses.size(), 1);
@@ -106,7 +106,7 @@ TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
 TEST_F(RequestManagerTest, ARequestThatIsExecutedAgainForgetsItsFirstAnswer) {
     ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
                            AnswerOf("bad/entry-forbidden")});
-    const auto request = RequestOf(server.Url(FolderPath));
+    const auto request = RequestOf(server.Url(QueriedPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_TRUE(request->GetResult());
     EXPECT_NE(ErrorOfExecuting({request}), "");
@@ -117,7 +117,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
     for (const char* name : {"bad-request-400", "forbidden-403", "not-found-404", "locked-423", "broken-500"}) {
         const QByteArray answer = FixtureAnswer(QStringLiteral("statuses/") + QLatin1String(name)).Bytes();
         ScriptedServer server({OptionsStep(), ScriptedServer::Answer(answer)});
-        const auto request = RequestOf(server.Url(FolderPath));
+        const auto request = RequestOf(server.Url(QueriedPath));
         EXPECT_EQ(ErrorOfExecuting({request}), "");
         EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
         EXPECT_FALSE(request->GetResult());
@@ -131,7 +131,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
 
 TEST_F(RequestManagerTest, FollowsNoRedirect) {
     ScriptedServer server({OptionsStep(), AnswerOf("bad/found-302")});
-    const auto request = RequestOf(server.Url(FolderPath));
+    const auto request = RequestOf(server.Url(QueriedPath));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_EQ(request->GetStatusCode(), 302);
     EXPECT_FALSE(request->GetResult());
@@ -141,7 +141,7 @@ TEST_F(RequestManagerTest, FollowsNoRedirect) {
 
 TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
     ScriptedServer server({OptionsStep(), AnswerOf("bad/not-modified-304")});
-    const auto request = RequestOf(server.Url(FolderPath));
+    const auto request = RequestOf(server.Url(QueriedPath));
     request->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
     EXPECT_EQ(ErrorOfExecuting({request}), "");
     EXPECT_EQ(request->GetStatusCode(), 304);
@@ -162,7 +162,7 @@ TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
     };
     ScriptedServer server({});
     try {
-        manager.Execute({RequestOf(server.Url(FolderPath)), std::make_shared<ForeignRequest>()});
+        manager.Execute({RequestOf(server.Url(QueriedPath)), std::make_shared<ForeignRequest>()});
         FAIL();
     } catch (const sync::core::SyncException& error) {
         EXPECT_THAT(error.Utf8Message(), HasSubstr("Request 2 of 2 was not made by this client's HTTP factory"));
@@ -173,8 +173,8 @@ TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
 
 TEST_F(RequestManagerTest, StopsAtTheFirstAnswerThatIsNone) {
     ScriptedServer server({OptionsStep(), AnswerOf("bad/no-entries")});
-    const auto second = RequestOf(server.Url(FolderPath));
-    EXPECT_NE(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), second}), "");
+    const auto second = RequestOf(server.Url(QueriedPath));
+    EXPECT_NE(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), second}), "");
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
     EXPECT_EQ(second->GetStatusCode(), 0);
     server.Stop();
@@ -185,7 +185,7 @@ TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
     QUrl url;
     {
         const ScriptedServer gone({});
-        url = gone.Url(FolderPath);
+        url = gone.Url(QueriedPath);
     }
     const auto request = RequestOf(url, DAVPropfindRequest::Resource);
     EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
@@ -197,7 +197,7 @@ TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
 TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {
     ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), RequestOf(server.Url(FolderPath), 2)}), "");
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath), 2)}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_EQ(server.Requests().first().method, "OPTIONS");
@@ -207,7 +207,7 @@ TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {
 
 TEST_F(RequestManagerTest, AsksNothingBeforeASingleResource) {
     ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("empty-folder.xml")))});
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath), 0)}), "");
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath), 0)}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_TRUE(server.Requests().last().body.contains("syncproperties"));
@@ -217,10 +217,10 @@ TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOn
     ScriptedServer server({AnswerOf("statuses/options-foreign-200"),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
-    const auto second = RequestOf(server.Url(FolderPath));
+    const auto second = RequestOf(server.Url(QueriedPath));
     second->SetProperties({QStringLiteral("{DAV:}P:version"), QStringLiteral("{DAV:}D:getetag"),
                            QStringLiteral("{urn:other}O:version"), QStringLiteral("{DAV:}P:attribute")});
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), second}), "");
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), second}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_THAT(
@@ -235,7 +235,7 @@ TEST_F(RequestManagerTest, AsksEveryOtherServerForEverything) {
          {"statuses/options-service-200", "statuses/options-service-in-two-headers-200", "statuses/options-silent-200",
           "statuses/options-foreign-405", "statuses/not-found-404"}) {
         ScriptedServer server({AnswerOf(options), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
-        EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath))}), "") << options;
+        EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}), "") << options;
         server.Stop();
         EXPECT_TRUE(server.Requests().last().body.contains("<P:resourceclasstype/><P:syncproperties/>")) << options;
     }
@@ -243,7 +243,7 @@ TEST_F(RequestManagerTest, AsksEveryOtherServerForEverything) {
 
 TEST_F(RequestManagerTest, ListsNothingFromAServerThatDoesNotAnswerWhatItKnows) {
     ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Close)});
-    const auto request = RequestOf(server.Url(FolderPath));
+    const auto request = RequestOf(server.Url(QueriedPath));
     EXPECT_THAT(ErrorOfExecuting({request}), HasSubstr("/Projects/A/ failed: Empty reply"));
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
     server.Stop();
@@ -254,17 +254,17 @@ TEST_F(RequestManagerTest, ASharedListingAnswersTheNextOneThatAsksTheSameOnce) {
     const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
     ScriptedServer server({OptionsStep(), listing, listing});
     session->ShareNextListing();
-    const auto first = RequestOf(server.Url(FolderPath));
+    const auto first = RequestOf(server.Url(QueriedPath));
     EXPECT_EQ(ErrorOfExecuting({first}), "");
     const QStringList whole = Describe(*first->GetResult());
     first->GetResult()->fileResponses.clear();
-    const auto second = RequestOf(server.Url(FolderPath));
+    const auto second = RequestOf(server.Url(QueriedPath));
     EXPECT_EQ(ErrorOfExecuting({second}), "");
     EXPECT_EQ(second->GetStatusCode(), 207);
     EXPECT_EQ(Describe(*second->GetResult()), whole);
     EXPECT_EQ(second->GetResponseHeaders(), first->GetResponseHeaders());
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateAnswered, IHttpRequest::StateAnswered));
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath))}), "");
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }
@@ -272,14 +272,14 @@ TEST_F(RequestManagerTest, ASharedListingAnswersTheNextOneThatAsksTheSameOnce) {
 TEST_F(RequestManagerTest, NoListingIsSharedUnlessAskedForAndTheSame) {
     const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
     ScriptedServer server({OptionsStep(), listing, listing, listing, listing, listing, listing, listing});
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), RequestOf(server.Url(FolderPath))}), "");
-    const auto conditional = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath))}), "");
+    const auto conditional = RequestOf(server.Url(QueriedPath));
     conditional->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
     session->ShareNextListing();
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), conditional}), "");
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), conditional}), "");
     session->ShareNextListing();
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(FolderPath)), RequestOf(server.Url(FolderPath), 2)}), "");
-    const auto named = RequestOf(server.Url(FolderPath));
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath), 2)}), "");
+    const auto named = RequestOf(server.Url(QueriedPath));
     named->SetProperties({QStringLiteral("{DAV:}D:getetag")});
     EXPECT_EQ(ErrorOfExecuting({named}), "");
     server.Stop();
@@ -296,10 +296,10 @@ TEST_P(BadAnswerTest, EndsInAnErrorThatSaysWhatCame) {
         steps.prepend(OptionsStep());
     }
     ScriptedServer server(steps);
-    const auto request = RequestOf(server.Url(FolderPath), bad.depth);
+    const auto request = RequestOf(server.Url(QueriedPath), bad.depth);
     const std::string error = ErrorOfExecuting({request});
 
-    EXPECT_THAT(error, HasSubstr("PROPFIND " + server.Url(FolderPath).toString().toStdString() + " failed: "));
+    EXPECT_THAT(error, HasSubstr("PROPFIND " + server.Url(QueriedPath).toString().toStdString() + " failed: "));
     EXPECT_THAT(error, HasSubstr(bad.reason));
     const QByteArray status = answer.head.split(' ').value(1);
     if (answer.head.endsWith("\r\n\r\n") && bad.ending != Ending::Reset) {
