@@ -72,6 +72,9 @@ struct Arguments {
     bool isJson = false;
     bool withParents = false;
     bool deletes = false;
+    std::string maxDelete;
+    int daysKept = syncing::Trash::DefaultDays;
+    bool isStrict = false;
     bool isTrial = false;
     int transfers = syncing::SyncOptions().transfers;
 
@@ -113,7 +116,31 @@ struct Arguments {
     }
 
     SyncArguments Syncing() const {
-        return {QString::fromStdString(directory), Excluded(), deletes, isTrial, isJson, transfers};
+        return {QString::fromStdString(directory),
+                Excluded(),
+                deletes,
+                isTrial,
+                isJson,
+                transfers,
+                isStrict,
+                Limit(),
+                daysKept};
+    }
+
+    /// Throws UsageError when it is no limit.
+    syncing::DeletionLimit Limit() const {
+        if (maxDelete.empty()) {
+            return {};
+        }
+        const std::optional<syncing::DeletionLimit> limit =
+            syncing::DeletionLimit::Read(QString::fromStdString(maxDelete));
+        if (!limit) {
+            throw UsageError(
+                QStringLiteral(
+                    "--max-delete \"%1\": this is neither a number of files, as 12, nor a part of them, as 30%")
+                    .arg(QString::fromStdString(maxDelete)));
+        }
+        return *limit;
     }
 };
 
@@ -194,6 +221,17 @@ public:
         _AddUrl(command, "DIR", "The local folder, made when it is missing", _arguments.directory);
         command->add_flag("--delete", _arguments.deletes,
                           "Delete here what the service has deleted, unless it was changed here");
+        command
+            ->add_option("--max-delete", _arguments.maxDelete,
+                         "Delete nothing when it would be more than N files, or N% of them (half of ten and more, and "
+                         "never all, unless given)")
+            ->type_name("N");
+        command
+            ->add_option(
+                "--keep-deleted", _arguments.daysKept,
+                "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
+            ->type_name("DAYS")
+            ->check(CLI::Range(0, 36500));
         _AddPassOptions(command);
 
         command = _AddCommand("push", "Brings a folder of the service in step with a local folder; deletes nothing.",
@@ -299,6 +337,8 @@ private:
         command->add_option("-j,--transfers", _arguments.transfers, "Transfer up to N files at once (4 unless given)")
             ->type_name("N")
             ->check(CLI::Range(1, 64));
+        command->add_flag("--strict", _arguments.isStrict,
+                          "Exit with 1 also for links and other things that are never synced");
         _treeCommands.push_back(command);
     }
 

@@ -3,6 +3,9 @@
 #include <QString>
 #include <QStringList>
 
+#include "client/sync/DeletionLimit.h"
+#include "client/sync/Trash.h"
+
 namespace ovsync {
 namespace cli {
 
@@ -14,6 +17,9 @@ struct SyncArguments {
     bool isTrial = false;
     bool isJson = false;
     int transfers = 4;
+    bool isStrict = false;
+    syncing::DeletionLimit deletionLimit;
+    int daysKept = syncing::Trash::DefaultDays;
 };
 
 }  // namespace cli

@@ -34,6 +34,7 @@ const KindText Texts[] = {
     {Kind::FolderSent, "folderSent", "made there", "folder* made on the service"},
     {Kind::DeletedHere, "deletedHere", "only there", "deleted here and still on the service"},
     {Kind::NewerThere, "newerThere", "newer there", "newer on the service"},
+    {Kind::Skipped, "skipped", "skipped", "skipped"},
     {Kind::Conflict, "conflict", "conflict", "in conflict"},
     {Kind::Kept, "kept", "kept", "kept"},
     {Kind::Refused, "refused", "refused", "refused"},

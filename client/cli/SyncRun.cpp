@@ -77,6 +77,9 @@ ExitCode RunPass(Connection& connection, const Location& location, const SyncArg
     options.deletes = arguments.deletes;
     options.isTrial = arguments.isTrial;
     options.transfers = arguments.transfers;
+    options.isStrict = arguments.isStrict;
+    options.deletionLimit = arguments.deletionLimit;
+    options.daysKept = arguments.daysKept;
     options.filter = std::make_shared<GlobFilter>(arguments.excluded);
     options.filterText = arguments.excluded.join(QLatin1Char('/'));
     options.isStopped = &Interruption::IsWished();

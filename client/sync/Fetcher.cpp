@@ -189,8 +189,7 @@ void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary, const
     try {
         const QString copy = _context.Placing().PutBeside(temporary, order.path, VersionNote(order.remote));
         _context.Records().WriteCopy({copy, order.path, IdentityOf(order.remote), md5});
-        _context.Report(SyncEvent::Kind::Conflict, order.path,
-                        QStringLiteral("it changed here and on the service, whose version is in \"%1\"").arg(copy));
+        _context.Report(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
     } catch (const LocalError&) {
         _ReportFailure(order.path, std::current_exception());
     }

@@ -60,8 +60,6 @@ public:
     virtual bool Move(const QString& from, const QString& to) = 0;
     /// Lets the two change places, in one step. False, and nothing done, when the file system cannot do it.
     virtual bool Exchange(const QString& a, const QString& b) = 0;
-    /// Renames `from` to `to`, in one step, and so removes what is there.
-    virtual void Replace(const QString& from, const QString& to) = 0;
     /// Of a file; nothing happens when there is none.
     virtual void Remove(const QString& path) = 0;
     /// False, and nothing done, when there is something in it.

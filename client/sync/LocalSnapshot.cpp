@@ -1,5 +1,6 @@
 #include "client/sync/LocalSnapshot.h"
 
+#include <algorithm>
 #include <cerrno>
 
 #include "client/store/RecordDatabase.h"
@@ -22,6 +23,32 @@ QVector<NamedLocalEntry> ListUnlessGone(ILocalTree& tree, const QString& folder)
     }
 }
 
+bool IsSyncedFolder(const QVector<NamedLocalEntry>& entries) {
+    return std::any_of(entries.begin(), entries.end(), [](const NamedLocalEntry& entry) {
+        return entry.name == store::RecordDatabase::HiddenFolder() && entry.kind == LocalEntry::Kind::Folder;
+    });
+}
+
+/// What lies in the folder; none, and the reason in `closed`, when it is to be left alone.
+QVector<NamedLocalEntry> ListUnlessClosed(ILocalTree& tree, const QString& folder, QVector<SyncEvent>& closed) {
+    try {
+        QVector<NamedLocalEntry> entries = ListUnlessGone(tree, folder);
+        if (folder.isEmpty() || !IsSyncedFolder(entries)) {
+            return entries;
+        }
+        closed.append({SyncEvent::Kind::Refused, folder,
+                       QStringLiteral("it is a synced folder of its own and left alone; --exclude it, or remove the "
+                                      "hidden folder \"%1\" in it")
+                           .arg(store::RecordDatabase::HiddenFolder())});
+    } catch (const LocalError& e) {
+        if (folder.isEmpty() || e.ConcernsWholeDisk()) {
+            throw;
+        }
+        closed.append({SyncEvent::Kind::Refused, folder, QStringLiteral("it cannot be read: ") + e.Message()});
+    }
+    return {};
+}
+
 }  // namespace
 
 LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
@@ -30,7 +57,7 @@ LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
     while (!folders.isEmpty()) {
         const QString folder = folders.takeLast();
         const QString prefix = folder.isEmpty() ? folder : folder + QLatin1Char('/');
-        for (const NamedLocalEntry& entry : ListUnlessGone(tree, folder)) {
+        for (const NamedLocalEntry& entry : ListUnlessClosed(tree, folder, snapshot.closed)) {
             const QString path = prefix + entry.name;
             const bool isFolder = entry.kind == LocalEntry::Kind::Folder;
             if (entry.kind == LocalEntry::Kind::File && entry.isUtf8 && IsTemporaryName(entry.name)) {

@@ -20,6 +20,8 @@ struct LocalSnapshot {
     QStringList temporaryFiles;
     /// What no pass can sync, with the reason.
     QVector<SyncEvent> refused;
+    /// The folders that no pass looks into, with the reason: nobody knows what lies in them.
+    QVector<SyncEvent> closed;
 
     /// Throws LocalError.
     static LocalSnapshot Of(ILocalTree& tree, const Exclusion& exclusion);

@@ -214,17 +214,11 @@ bool LocalTree::Exchange(const QString& a, const QString& b) {
     return false;
 }
 
-void LocalTree::Replace(const QString& from, const QString& to) {
-    const Place source(*this, from);
-    const Place target(*this, to);
-    source.Check(true);
-    target.Check(true);
-    target.Check(renameat(source.Folder(), source.Name(), target.Folder(), target.Name()) == 0);
-}
-
 void LocalTree::Remove(const QString& path) {
     const Place place(*this, path);
-    place.Check(unlinkat(place.Folder(), place.Name(), 0) == 0 || errno == ENOENT);
+    if (place.Error() != ENOENT) {
+        place.Check(unlinkat(place.Folder(), place.Name(), 0) == 0 || errno == ENOENT);
+    }
 }
 
 bool LocalTree::RemoveFolder(const QString& path) {

@@ -21,7 +21,6 @@ public:
     void MakeFolder(const QString& path) override;
     bool Move(const QString& from, const QString& to) override;
     bool Exchange(const QString& a, const QString& b) override;
-    void Replace(const QString& from, const QString& to) override;
     void Remove(const QString& path) override;
     bool RemoveFolder(const QString& path) override;
     void SyncFolder(const QString& folder) override;

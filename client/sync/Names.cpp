@@ -69,6 +69,14 @@ QString PathWithNote(const QString& path, const QString& note, int number) {
     return folder + (folder.isEmpty() ? QString() : QString(Slash)) + stem + mark + ending;
 }
 
+QString ConflictText(const QString& copy) {
+    return QStringLiteral(
+               "it changed here and on the service, whose version is in \"%1\". Delete that one to keep yours with the "
+               "next "
+               "push, or your own to take it with the next pull")
+        .arg(copy);
+}
+
 QString FolderOf(const QString& path) {
     return path.left(qMax(0, path.lastIndexOf(Slash)));
 }

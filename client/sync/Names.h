@@ -20,6 +20,9 @@ bool IsTemporaryName(const QString& name);
 QString PathWithNote(const QString& path, const QString& note, int number);
 
 /// The folder that `path` lies in, empty for the synced folder itself; and its last segment.
+/// What to tell of a file whose other version lies at `copy`.
+QString ConflictText(const QString& copy);
+
 QString FolderOf(const QString& path);
 QString NameOf(const QString& path);
 

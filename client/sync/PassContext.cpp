@@ -47,7 +47,8 @@ PassContext::PassContext(const ServiceFolder& service, ILocalTree& tree, store::
       _records(records),
       _options(options),
       _exclusion(options.filter),
-      _placer(tree, records),
+      _trash(tree, QDateTime::currentDateTimeUtc(), options.daysKept),
+      _placer(tree, records, _trash),
       _observer(observer) {}
 
 void PassContext::ThrowIfStopped() const {
@@ -64,8 +65,15 @@ LocalSnapshot PassContext::Begin() {
     LocalSnapshot snapshot = LocalSnapshot::Of(_tree, _exclusion);
     if (!_options.isTrial) {
         for (const QString& leftover : snapshot.temporaryFiles) {
-            _tree.Remove(leftover);
+            try {
+                _placer.ClearUp(leftover);
+            } catch (const LocalError&) {
+                ReportFailure(leftover, std::current_exception());
+            }
         }
+    }
+    for (const SyncEvent& event : snapshot.closed) {
+        Report(event);
     }
     return snapshot;
 }
@@ -99,6 +107,9 @@ std::optional<RemoteTree> PassContext::List(const QDateTime& since, const LocalS
     }
     for (const SyncEvent& event : tree.Refused()) {
         Report(event);
+    }
+    for (const SyncEvent& closed : snapshot.closed) {
+        tree.LeaveOut(closed.path);
     }
     return tree;
 }
@@ -158,10 +169,8 @@ bool PassContext::HasContentOf(const QString& path, const FileConfiguration& rem
         return false;
     }
     if (remote.md5Checksum.isEmpty()) {
-        // Only for a file that nobody knows yet: a date and a size do not tell versions of one file apart for sure.
-        const qint64 seconds = file.entry->fingerprint.modified / 1000000000;
-        return file.state == LocalState::Unknown && remote.lastModifiedDate.isValid() &&
-               remote.lastModifiedDate.toSecsSinceEpoch() == seconds;
+        // A date and a size tell nothing for sure.
+        return false;
     }
     if (file.md5.isEmpty()) {
         Read(path, file);
@@ -169,11 +178,19 @@ bool PassContext::HasContentOf(const QString& path, const FileConfiguration& rem
     return !file.md5.isEmpty() && IsContentOf(remote, file.entry->fingerprint.size, file.md5);
 }
 
-bool PassContext::IsNew(const FileConfiguration& remote, const FileRecord& record) {
+RemoteState PassContext::StateOf(const FileConfiguration& remote, const std::optional<FileRecord>& record) {
+    if (!record) {
+        return RemoteState::New;
+    }
+    if (IsOlder(remote, record->file)) {
+        return RemoteState::Older;
+    }
     // The size is compared as listings have it: the library also records the true one, which needs more bits.
-    FileConfiguration local = record.file;
+    FileConfiguration local = record->file;
     local.size = ListedSize(local.size);
-    return IdentityOf(remote) != IdentityOf(record.file) || _service.files->ShouldDownloadFile(remote, local);
+    const bool isNew =
+        IdentityOf(remote) != IdentityOf(record->file) || _service.files->ShouldDownloadFile(remote, local);
+    return isNew ? RemoteState::New : RemoteState::Same;
 }
 
 FileRecord PassContext::RecordOf(const QString& path, const FileConfiguration& remote) {
@@ -201,7 +218,7 @@ void PassContext::Adopt(const QString& path, const FileConfiguration& remote, Lo
 }
 
 void PassContext::Report(const SyncEvent& event) {
-    _hasProblems = _hasProblems || event.IsProblem();
+    _hasProblems = _hasProblems || event.IsProblem() || (_options.isStrict && event.kind == SyncEvent::Kind::Skipped);
     _hasFailed = _hasFailed || event.kind == SyncEvent::Kind::Failed;
     _observer.OnEvent(event);
 }
@@ -241,7 +258,7 @@ void PassContext::ReportFailure(const QString& path, const std::exception_ptr& e
 
 bool PassContext::_IsTooMuch(const QString& path, const QString& failure) {
     Report(SyncEvent::Kind::Failed, path, failure);
-    return ++_failuresInARow == PatienceWithFailures;
+    return ++_failuresInARow >= PatienceWithFailures;
 }
 
 SyncOutcome PassContext::Outcome() const {

@@ -12,6 +12,7 @@
 #include "client/sync/LocalSnapshot.h"
 #include "client/sync/LocalState.h"
 #include "client/sync/Placer.h"
+#include "client/sync/RemoteState.h"
 #include "client/sync/RemoteTree.h"
 #include "client/sync/ServiceFolder.h"
 #include "client/sync/SyncOptions.h"
@@ -58,10 +59,10 @@ public:
                            std::optional<store::FileRecord>& record);
     /// Reads the content of the file, which is left without a checksum when it cannot be read or is being written.
     void Read(const QString& path, LocalFileState& file);
-    /// Whether the file here has the content of the service's file; reads it where it must.
+    /// Whether the file here is known to have the content of the service's file; reads it where it must.
     bool HasContentOf(const QString& path, const sync::config::FileConfiguration& remote, LocalFileState& file);
-    /// Whether `remote` is another file or version than that of the record.
-    bool IsNew(const sync::config::FileConfiguration& remote, const store::FileRecord& record);
+    /// What the service's file is beside the record of that path.
+    RemoteState StateOf(const sync::config::FileConfiguration& remote, const std::optional<store::FileRecord>& record);
 
     /// A record of `remote`, brought up to date by the library. Its local part is left open.
     store::FileRecord RecordOf(const QString& path, const sync::config::FileConfiguration& remote);
@@ -91,6 +92,7 @@ private:
     store::RecordDatabase& _records;
     const SyncOptions& _options;
     const Exclusion _exclusion;
+    Trash _trash;
     Placer _placer;
     ISyncObserver& _observer;
     QDateTime _listedAt;

@@ -1,6 +1,5 @@
 #include "client/sync/Placer.h"
 
-#include <QSet>
 #include <atomic>
 
 #include "client/sync/LocalContent.h"
@@ -42,14 +41,10 @@ void Placer::Carry(QVector<Request>& requests) {
         }
         transaction.Commit();
     }
-    QSet<QString> folders;
     for (Request& request : requests) {
         _Carry(request);
-        folders.insert(FolderOf(request.placement.record.path));
     }
-    for (const QString& folder : folders) {
-        _tree.SyncFolder(folder);
-    }
+    _SyncFolders(requests);
     store::RecordDatabase::Transaction transaction(_records);
     for (Request& request : requests) {
         const Placement& placement = request.placement;
@@ -63,6 +58,29 @@ void Placer::Carry(QVector<Request>& requests) {
         }
     }
     transaction.Commit();
+}
+
+void Placer::_SyncFolders(QVector<Request>& requests) {
+    QHash<QString, QString> errors;
+    for (Request& request : requests) {
+        const QString folder = FolderOf(request.placement.record.path);
+        if (!errors.contains(folder)) {
+            try {
+                _tree.SyncFolder(folder);
+                errors.insert(folder, QString());
+            } catch (const LocalError& e) {
+                if (e.ConcernsWholeDisk()) {
+                    throw;
+                }
+                errors.insert(folder, e.Message());
+            }
+        }
+        // Somebody took the folder away. Whatever was done in it, the next Recover sees what is there.
+        if (request.result == Result::Done && !errors[folder].isEmpty()) {
+            request.result = Result::Failed;
+            request.error = errors[folder];
+        }
+    }
 }
 
 void Placer::_Carry(Request& request) {
@@ -91,12 +109,15 @@ Placer::Result Placer::_Place(Request& request) {
         }
         if (_tree.Exchange(placement.temporary, target)) {
             if (IsFile(_tree.Look(placement.temporary), placement.old)) {
-                _tree.Remove(placement.temporary);
+                _trash.Take(placement.temporary, target);
             } else {
                 request.aside = _PutAside(placement.temporary, target);
             }
         } else {
-            _tree.Replace(placement.temporary, target);
+            _trash.Take(target, target);
+            if (!_tree.Move(placement.temporary, target)) {
+                return Result::Occupied;
+            }
         }
     }
     placement.record.local = _Placed(target, placement.record.local);
@@ -112,7 +133,7 @@ Placer::Result Placer::_Remove(Request& request) {
         return Result::Occupied;
     }
     if (IsFile(_tree.Look(placement.temporary), placement.old)) {
-        _tree.Remove(placement.temporary);
+        _trash.Take(placement.temporary, target);
         return Result::Done;
     }
     if (!_tree.Move(placement.temporary, target)) {
@@ -124,39 +145,58 @@ Placer::Result Placer::_Remove(Request& request) {
 QVector<SyncEvent> Placer::Recover() {
     QVector<SyncEvent> events;
     for (const Placement& placement : _records.Placements()) {
-        _Recover(placement, events);
+        const QString& target = placement.record.path;
+        try {
+            const QString aside = _Recover(placement);
+            if (!aside.isEmpty()) {
+                events.append(
+                    {SyncEvent::Kind::Conflict, target,
+                     QStringLiteral("it was changed here while an earlier pass replaced it: that is in \"%1\"")
+                         .arg(aside)});
+            }
+        } catch (const LocalError& e) {
+            if (e.ConcernsWholeDisk()) {
+                throw;
+            }
+            events.append({SyncEvent::Kind::Refused, target,
+                           QStringLiteral("what an earlier pass began could not be finished: ") + e.Message()});
+        }
+        _records.ForgetPlacement(placement);
     }
     return events;
 }
 
-void Placer::_Recover(const Placement& placement, QVector<SyncEvent>& events) {
+QString Placer::_Recover(const Placement& placement) {
     const QString& target = placement.record.path;
     const std::optional<LocalEntry> temporary = _tree.Look(placement.temporary);
-    // Once something was exchanged, moved or taken away, the temporary file is no longer the new content.
-    const bool isBegun = placement.isRemoval ? temporary || !IsFile(_tree.Look(target), placement.old)
-                                             : !IsFile(temporary, placement.record.local);
+    const bool isOldTakenOut = IsFile(temporary, placement.old);
+    const bool isPlaced = !placement.isRemoval && IsFile(_tree.Look(target), placement.record.local);
     QString aside;
-    if (temporary && (!isBegun || IsFile(temporary, placement.old))) {
+    if (!temporary) {
+        _lost.insert(NameOf(placement.temporary), target);
+    } else if (!placement.isRemoval && IsFile(temporary, placement.record.local)) {
         _tree.Remove(placement.temporary);
-    } else if (temporary && !(placement.isRemoval && _tree.Move(placement.temporary, target))) {
+    } else if (isOldTakenOut && (isPlaced || !_tree.Move(placement.temporary, target))) {
+        _trash.Take(placement.temporary, target);
+    } else if (!isOldTakenOut && !_tree.Move(placement.temporary, target)) {
         aside = _PutAside(placement.temporary, target);
     }
-    if (!aside.isEmpty()) {
-        events.append(
-            {SyncEvent::Kind::Conflict, target,
-             QStringLiteral("it was changed here while an earlier pass replaced it: that is in \"%1\"").arg(aside)});
-    }
-    _tree.SyncFolder(FolderOf(target));
-    store::RecordDatabase::Transaction transaction(_records);
-    if (isBegun && placement.isRemoval) {
-        _records.ForgetFile(target);
-    } else if (isBegun) {
+    if (isPlaced) {
+        _tree.SyncFolder(FolderOf(target));
         store::FileRecord record = placement.record;
         record.local = _Placed(target, record.local);
         _records.WriteFile(record);
     }
-    _records.ForgetPlacement(placement);
-    transaction.Commit();
+    return aside;
+}
+
+void Placer::ClearUp(const QString& temporary) {
+    const auto target = _lost.constFind(NameOf(temporary));
+    if (target == _lost.constEnd()) {
+        _tree.Remove(temporary);
+    } else {
+        _trash.Take(temporary, *target);
+    }
 }
 
 QString Placer::PutBeside(const QString& temporary, const QString& path, const QString& note) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QVector>
 #include <optional>
@@ -8,6 +9,7 @@
 #include "client/store/RecordDatabase.h"
 #include "client/sync/ILocalTree.h"
 #include "client/sync/SyncEvent.h"
+#include "client/sync/Trash.h"
 
 namespace ovsync {
 namespace syncing {
@@ -35,14 +37,21 @@ public:
         QString error;
     };
 
-    Placer(ILocalTree& tree, store::RecordDatabase& records) : _tree(tree), _records(records) {}
+    /// The arguments outlive this object.
+    Placer(ILocalTree& tree, store::RecordDatabase& records, Trash& trash)
+        : _tree(tree), _records(records), _trash(trash) {}
 
     /// Carries the requests out and updates the records of those that are done. Throws LocalError only when the disk as
     /// a whole fails.
     void Carry(QVector<Request>& requests);
 
-    /// Finishes or takes back what a pass that died had begun. Returns what a person should know. Throws LocalError.
+    /// Finishes or takes back what a pass that died had begun. Only what lies in its place counts as done: what is not
+    /// there proves nothing. Returns what a person should know. Throws LocalError when the disk as a whole fails.
     QVector<SyncEvent> Recover();
+
+    /// Takes away a temporary file that nobody waits for any more. What may be more than a part of a download goes to
+    /// the trash. Throws LocalError.
+    void ClearUp(const QString& temporary);
 
     /// Gives the file at `temporary` a name that says that it is a version, described by `note`, of the one at `path`.
     /// Returns that name; it may be one that a file with the same content had already. Throws LocalError.
@@ -50,16 +59,22 @@ public:
 
 private:
     void _Carry(Request& request);
+    /// Brings the names in the folders onto the disk that something was done in.
+    void _SyncFolders(QVector<Request>& requests);
     Result _Place(Request& request);
     Result _Remove(Request& request);
     QString _PutAside(const QString& temporary, const QString& path);
-    void _Recover(const store::Placement& placement, QVector<SyncEvent>& events);
+    /// Returns the name that a file was given that somebody wrote meanwhile; empty mostly.
+    QString _Recover(const store::Placement& placement);
     bool _HasSameContent(const QString& a, const QString& b);
     /// The fingerprint to be recorded of the file at `path`, whose content `fresh` was put there.
     store::Fingerprint _Placed(const QString& path, const store::Fingerprint& fresh);
 
     ILocalTree& _tree;
     store::RecordDatabase& _records;
+    Trash& _trash;
+    /// Of temporary files that are not where a pass that died had them, by their names: where they were to be placed.
+    QHash<QString, QString> _lost;
 };
 
 }  // namespace syncing

@@ -43,6 +43,10 @@ PullStep DecidePull(const PullSituation& situation) {
             if (situation.there == RemoteState::Same) {
                 return PullStep::Nothing;
             }
+            // The newest content may be here alone.
+            if (situation.there == RemoteState::Older) {
+                return DecideConflict(situation);
+            }
             return situation.isSameContent ? PullStep::Record : PullStep::Replace;
         case LocalState::Changed:
             return situation.there == RemoteState::Same ? PullStep::Nothing : DecideConflict(situation);

@@ -13,9 +13,9 @@ struct PullSituation {
     LocalState here = LocalState::Nothing;
     RemoteState there = RemoteState::Nothing;
     bool hasRecord = false;
-    /// Whether the file here has the content of the service's New file.
+    /// Whether the file here has the content of the service's New or Older file.
     bool isSameContent = false;
-    /// Whether the service's New version was put beside the file here by an earlier pass.
+    /// Whether the service's New or Older version was put beside the file here by an earlier pass.
     bool isBesideAlready = false;
 };
 

@@ -1,10 +1,13 @@
 #include "client/sync/PullPass.h"
 
 #include <QSet>
+#include <algorithm>
+#include <utility>
 
 #include "client/sync/Fetcher.h"
 #include "client/sync/LocalError.h"
 #include "client/sync/Names.h"
+#include "client/sync/Stopped.h"
 #include "client/sync/Version.h"
 
 namespace ovsync {
@@ -40,10 +43,14 @@ void PullPass::_Pull() {
     PullPlan::Gone inTheWay;
     PullPlan::Gone others;
     plan.FindGone(*remote, snapshot, inTheWay, others);
-    if (_context.Options().deletes) {
-        _Delete(inTheWay, snapshot);
-    } else {
+    const bool deletes = _context.Options().deletes && _MayDelete(inTheWay.files.size() + others.files.size(), *remote);
+    if (!_context.Options().deletes) {
         _Keep(inTheWay, QString());
+        _Keep(others, QString());
+    }
+    GoneCheck check(_context.Service(), *remote);
+    if (deletes) {
+        _Delete(_Confirmed(std::move(inTheWay), check), snapshot);
     }
     const std::deque<PullOrder> orders = plan.FindOrders(*remote, snapshot);
     bool hasAll = true;
@@ -53,15 +60,13 @@ void PullPass::_Pull() {
         hasAll = Fetcher(_context).Run(orders);
     }
     // What came under another name, or elsewhere, has to be here before it goes.
-    if (!_context.Options().deletes) {
-        _Keep(others, QString());
-    } else if (!hasAll) {
+    if (deletes && hasAll) {
+        _Delete(_Confirmed(std::move(others), check), snapshot);
+    } else if (deletes) {
         _Keep(others, QStringLiteral(", because not everything could be fetched"));
-    } else {
-        _Delete(others, snapshot);
     }
     if (!_context.Options().isTrial) {
-        plan.ForgetCopies(snapshot);
+        plan.ForgetCopies();
         _WriteLastPass(_context.Outcome() == SyncOutcome::InStep ? _context.ListedAt() : QDateTime());
     }
 }
@@ -69,12 +74,49 @@ void PullPass::_Pull() {
 std::optional<RemoteTree> PullPass::_List(const LocalSnapshot& snapshot) {
     const QDateTime lastPass = QDateTime::fromString(_context.Records().Setting(LastPassSetting()), Qt::ISODate);
     const bool isSameFilter = _context.Records().Setting(LastFilterSetting()) == _context.Options().filterText;
-    if (lastPass.isValid() && isSameFilter && _IsAllHere(snapshot)) {
-        // When nothing changed the time stays as it is: a wrong answer then costs one pass, and not every change up to
-        // it.
-        return _context.List(lastPass, snapshot);
+    if (!lastPass.isValid() || !isSameFilter || !_IsAllHere(snapshot)) {
+        return _context.List(QDateTime(), snapshot);
     }
-    return _context.List(QDateTime(), snapshot);
+    // When nothing changed the time stays as it is: a wrong answer then costs one pass, and not every change up to it.
+    std::optional<RemoteTree> remote = _context.List(lastPass, snapshot);
+    const bool wasAhead = _context.ListedAt().isValid() && _context.ListedAt() < lastPass;
+    return remote || !wasAhead ? remote : _context.List(QDateTime(), snapshot);
+}
+
+bool PullPass::_MayDelete(int deletions, const RemoteTree& remote) {
+    const int files = _context.Records().FilePaths().size();
+    if (_context.Options().deletionLimit.Allows(deletions, files, !remote.AllFiles().isEmpty())) {
+        return true;
+    }
+    _context.Report(
+        SyncEvent::Kind::Kept, QStringLiteral("."),
+        QStringLiteral("the service lacks %1 of the %2 files here, which is too many to be deleted without a "
+                       "word; nothing is. Look whether they should go, and give --max-delete %1 then")
+            .arg(deletions)
+            .arg(files));
+    return false;
+}
+
+PullPlan::Gone PullPass::_Confirmed(PullPlan::Gone gone, GoneCheck& check) {
+    const auto isThere = [this, &check](const QString& path) {
+        try {
+            _context.ThrowIfStopped();
+            if (check.IsGone(path)) {
+                return false;
+            }
+            _context.Report(SyncEvent::Kind::Kept, path,
+                            QStringLiteral("the listing lacks it, but the service still has it"));
+        } catch (const Stopped&) {
+            throw;
+        } catch (const std::exception&) {
+            _context.ReportFailure(path, std::current_exception());
+        }
+        return true;
+    };
+    gone.folders.erase(std::remove_if(gone.folders.begin(), gone.folders.end(), isThere), gone.folders.end());
+    const auto isFileThere = [&isThere](const store::Placement& file) { return isThere(file.record.path); };
+    gone.files.erase(std::remove_if(gone.files.begin(), gone.files.end(), isFileThere), gone.files.end());
+    return gone;
 }
 
 bool PullPass::_IsAllHere(const LocalSnapshot& snapshot) {

@@ -2,6 +2,7 @@
 
 #include <QSet>
 
+#include "client/sync/GoneCheck.h"
 #include "client/sync/PassContext.h"
 #include "client/sync/PullPlan.h"
 
@@ -24,6 +25,10 @@ private:
     void _Pull();
     /// The service's tree; none when nothing is to be done.
     std::optional<RemoteTree> _List(const LocalSnapshot& snapshot);
+    /// Tells when it may not.
+    bool _MayDelete(int deletions, const RemoteTree& remote);
+    /// What of it the service says is not there when it is asked by name.
+    PullPlan::Gone _Confirmed(PullPlan::Gone gone, GoneCheck& check);
     bool _IsAllHere(const LocalSnapshot& snapshot);
     void _TellOrders(const std::deque<PullOrder>& orders);
     /// Deletes what is gone, or tells that it was kept, and takes what is deleted out of `snapshot`.

@@ -34,7 +34,7 @@ bool IsInTheWay(const RemoteTree& remote, const QString& path) {
 
 PullPlan::PullPlan(PassContext& context) : _context(context) {
     for (const ConflictCopy& copy : _context.Records().Copies()) {
-        _besideAlready.insert(copy.path, copy.identity);
+        _besideAlready[copy.path].insert(copy.identity, copy.copy);
     }
 }
 
@@ -146,10 +146,10 @@ void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, con
     PullSituation situation;
     situation.here = here.state;
     situation.hasRecord = record.has_value();
-    situation.there = record && !_context.IsNew(remote, *record) ? RemoteState::Same : RemoteState::New;
-    if (situation.there == RemoteState::New && here.entry && here.entry->kind == LocalEntry::Kind::File) {
+    situation.there = _context.StateOf(remote, record);
+    if (situation.there != RemoteState::Same && here.entry && here.entry->kind == LocalEntry::Kind::File) {
         situation.isSameContent = _context.HasContentOf(path, remote, here);
-        situation.isBesideAlready = _besideAlready.contains(path, IdentityOf(remote));
+        situation.isBesideAlready = _besideAlready.value(path).contains(IdentityOf(remote));
     }
 
     PullOrder order;
@@ -173,7 +173,7 @@ void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, con
         case PullStep::StillBeside:
             _inConflict.insert(path);
             _context.Report(SyncEvent::Kind::Conflict, path,
-                            QStringLiteral("it changed here and on the service, whose version was put beside it"));
+                            ConflictText(_besideAlready.value(path).value(IdentityOf(remote))));
             break;
         case PullStep::Record:
             _context.Adopt(path, remote, here);
@@ -189,10 +189,11 @@ void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, con
     }
 }
 
-void PullPlan::ForgetCopies(const LocalSnapshot& snapshot) {
+void PullPlan::ForgetCopies() {
     RecordDatabase::Transaction transaction(_context.Records());
     for (const ConflictCopy& copy : _context.Records().Copies()) {
-        if (!_inConflict.contains(copy.path) && !snapshot.entries.contains(copy.copy)) {
+        // The disk is asked, because the snapshot has no excluded files.
+        if (!_inConflict.contains(copy.path) && !_context.Tree().Look(copy.copy)) {
             _context.Records().ForgetCopy(copy);
         }
     }

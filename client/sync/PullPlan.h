@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QMultiHash>
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -36,7 +36,7 @@ public:
     std::deque<PullOrder> FindOrders(const RemoteTree& remote, LocalSnapshot& snapshot);
 
     /// Forgets the copies of conflicts that are over, and that nobody has here any more.
-    void ForgetCopies(const LocalSnapshot& snapshot);
+    void ForgetCopies();
 
 private:
     bool _IsAffected(const RemoteTree& remote, const QString& path) const;
@@ -48,8 +48,8 @@ private:
 
     PassContext& _context;
     QSet<QString> _blockedFolders;
-    /// Of the copies, by the paths of the files that they are versions of.
-    QMultiHash<QString, QString> _besideAlready;
+    /// The copies by their identities, by the paths of the files that they are versions of.
+    QHash<QString, QHash<QString, QString>> _besideAlready;
     QSet<QString> _inConflict;
 };
 

@@ -6,7 +6,7 @@ namespace syncing {
 namespace {
 
 bool IsFile(RemoteState state) {
-    return state == RemoteState::Same || state == RemoteState::New;
+    return state == RemoteState::Same || state == RemoteState::New || state == RemoteState::Older;
 }
 
 /// There is no file here.
@@ -35,7 +35,7 @@ PushStep DecideNew(const PushSituation& situation) {
     if (situation.isSameContent) {
         return PushStep::Record;
     }
-    if (situation.here == LocalState::Unchanged) {
+    if (situation.here == LocalState::Unchanged && situation.there == RemoteState::New) {
         return PushStep::TellNewerThere;
     }
     return situation.isResolved ? PushStep::SendChanged : PushStep::Conflict;
@@ -55,6 +55,7 @@ PushStep DecidePush(const PushSituation& situation) {
         case RemoteState::Same:
             return situation.here == LocalState::Changed ? PushStep::SendChanged : PushStep::Nothing;
         case RemoteState::New:
+        case RemoteState::Older:
             return DecideNew(situation);
         case RemoteState::Folder:
             return PushStep::Blocked;

@@ -13,9 +13,9 @@ struct PushSituation {
     LocalState here = LocalState::Nothing;
     RemoteState there = RemoteState::Nothing;
     bool hasRecord = false;
-    /// Whether the file here has the content of the service's New file.
+    /// Whether the file here has the content of the service's New or Older file.
     bool isSameContent = false;
-    /// Whether a pull put the service's New version beside the file here, and somebody has removed that since.
+    /// Whether a pull put the service's New or Older version beside the file here, and somebody has removed that since.
     bool isResolved = false;
 };
 

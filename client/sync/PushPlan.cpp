@@ -5,6 +5,7 @@
 
 #include "client/sync/Names.h"
 #include "client/sync/PushDecision.h"
+#include "client/sync/RemoteContent.h"
 #include "client/sync/Version.h"
 
 namespace ovsync {
@@ -58,7 +59,7 @@ void PushPlan::_Decide(const QString& path) {
     std::optional<FileRecord> record = _context.Records().FindFile(path);
     LocalFileState here = _context.Compare(path, _snapshot, record);
     if (here.state == LocalState::Other) {
-        _context.Report(SyncEvent::Kind::Refused, path, QStringLiteral("it is neither a file nor a folder"));
+        _context.Report(SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder"));
         return;
     }
     if (here.state == LocalState::Unknown && _copies.contains(path)) {
@@ -74,12 +75,13 @@ void PushPlan::_Decide(const QString& path) {
     situation.here = here.state;
     situation.hasRecord = record.has_value();
     if (isFileThere) {
-        situation.there = record && !_context.IsNew(remote, *record) ? RemoteState::Same : RemoteState::New;
+        situation.there = _context.StateOf(remote, record);
     } else if (_remote.HasFolder(path)) {
         situation.there = RemoteState::Folder;
     }
-    if (situation.there == RemoteState::New && here.entry && here.entry->kind == LocalEntry::Kind::File) {
-        situation.isSameContent = _context.HasContentOf(path, remote, here);
+    const bool isOther = situation.there == RemoteState::New || situation.there == RemoteState::Older;
+    if (isOther && here.entry && here.entry->kind == LocalEntry::Kind::File) {
+        situation.isSameContent = _context.HasContentOf(path, remote, here) || _HasFetchedContentOf(path, remote, here);
         situation.isResolved = _IsResolved(path, remote);
     }
 
@@ -105,8 +107,7 @@ void PushPlan::_Decide(const QString& path) {
                             QStringLiteral("it was deleted on the service, and is not sent again"));
             break;
         case PushStep::Conflict:
-            _context.Report(SyncEvent::Kind::Conflict, path,
-                            QStringLiteral("it changed here and on the service, whose version a pull brings"));
+            _context.Report(SyncEvent::Kind::Conflict, path, _ConflictText(path, remote));
             break;
         case PushStep::ConflictWithDeletion:
             _context.Report(SyncEvent::Kind::Conflict, path,
@@ -134,10 +135,36 @@ void PushPlan::_Order(const QString& path, const LocalEntry& here) {
     _NeedFoldersOf(path);
 }
 
+QString PushPlan::_ConflictText(const QString& path, const FileConfiguration& remote) const {
+    for (const ConflictCopy& copy : _copiesOf.values(path)) {
+        if (copy.identity == IdentityOf(remote)) {
+            return ConflictText(copy.copy);
+        }
+    }
+    return QStringLiteral("it changed here and on the service, whose version a pull puts beside it");
+}
+
+bool PushPlan::_HasFetchedContentOf(const QString& path, const FileConfiguration& remote, LocalFileState& here) {
+    const bool canTell = remote.md5Checksum.isEmpty() && here.state != LocalState::Unchanged &&
+                         IsContentOf(remote, here.entry->fingerprint.size, QString());
+    if (!canTell) {
+        return false;
+    }
+    try {
+        const QString md5 = Md5OnService(_context.Service(), path);
+        _context.Read(path, here);
+        return here.md5 == md5;
+    } catch (const std::exception&) {
+        _context.ReportFailure(path, std::current_exception());
+        return false;
+    }
+}
+
 bool PushPlan::_IsResolved(const QString& path, const FileConfiguration& remote) const {
     const QList<ConflictCopy> copies = _copiesOf.values(path);
     return std::any_of(copies.begin(), copies.end(), [&](const ConflictCopy& copy) {
-        return copy.identity == IdentityOf(remote) && !_snapshot.entries.contains(copy.copy);
+        // The disk is asked, because the snapshot has no excluded files.
+        return copy.identity == IdentityOf(remote) && !_context.Tree().Look(copy.copy);
     });
 }
 

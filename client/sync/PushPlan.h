@@ -24,6 +24,9 @@ public:
 private:
     void _Decide(const QString& path);
     void _Order(const QString& path, const LocalEntry& here);
+    QString _ConflictText(const QString& path, const sync::config::FileConfiguration& remote) const;
+    /// Compares with the content itself where the service has no checksums.
+    bool _HasFetchedContentOf(const QString& path, const sync::config::FileConfiguration& remote, LocalFileState& here);
     bool _IsResolved(const QString& path, const sync::config::FileConfiguration& remote) const;
     void _TellDeletedFolders();
     void _MakeFolders();

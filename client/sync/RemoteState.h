@@ -10,6 +10,8 @@ enum class RemoteState {
     Same,
     /// A file, and it is another version than that of the record, or there is no record.
     New,
+    /// A version of the file that the record is of that is older than that: the service was restored from a backup.
+    Older,
     Folder
 };
 

@@ -15,7 +15,7 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
                        const QVector<FileConfiguration>& files, const Exclusion& exclusion)
     : _prefix(service.ServerPath(QString()) + (service.folder.serverPath.isEmpty() ? QString() : QStringLiteral("/"))) {
     for (const FolderConfiguration& folder : folders) {
-        const QString path = exclusion.HasFolder(folder.name) ? QString() : _Accept(folder.serverPath, folder.name);
+        const QString path = exclusion.HasFolder(folder.name) ? QString() : _Accept(folder.serverPath, folder.name, exclusion);
         if (!path.isEmpty() && !_folders.insert(path).second) {
             _Refuse(path, QStringLiteral("the service has more than one entry of this name"));
         }
@@ -24,7 +24,7 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
         if (file.serverPath == service.folder.serverPath) {
             throw WrongFolder(QStringLiteral("/%1 is a file, and only folders can be synced").arg(file.serverPath));
         }
-        const QString path = exclusion.HasFile(file.name) ? QString() : _Accept(file.serverPath, file.name);
+        const QString path = exclusion.HasFile(file.name) ? QString() : _Accept(file.serverPath, file.name, exclusion);
         if (path.isEmpty()) {
             continue;
         }
@@ -62,6 +62,11 @@ void RemoteTree::RefuseClashes(const QStringList& local, bool tellsCaseApart, bo
     _RemoveRefused();
 }
 
+void RemoteTree::LeaveOut(const QString& path) {
+    _refusedPaths.insert(path);
+    _RemoveRefused();
+}
+
 bool RemoteTree::IsRefused(const QString& path) const {
     if (_refusedPaths.isEmpty()) {
         return false;
@@ -74,7 +79,7 @@ bool RemoteTree::IsRefused(const QString& path) const {
     return false;
 }
 
-QString RemoteTree::_Accept(const QString& serverPath, const QString& name) {
+QString RemoteTree::_Accept(const QString& serverPath, const QString& name, const Exclusion& exclusion) {
     if (!serverPath.startsWith(_prefix)) {
         _Refuse(serverPath, QStringLiteral("it does not lie below the folder that was listed"));
         return QString();
@@ -93,9 +98,15 @@ QString RemoteTree::_Accept(const QString& serverPath, const QString& name) {
         _Refuse(path, QStringLiteral("the name \"%1\" is not that of its place").arg(name));
         return QString();
     }
-    // What lies in a refused folder is told of with it; in a folder that the listing does not have, with nothing.
-    const bool isInTree = HasFolder(FolderOf(path)) && !IsRefused(FolderOf(path));
-    return isInTree ? path : QString();
+    // What lies in a refused folder is told of with it.
+    if (IsRefused(FolderOf(path)) || exclusion.HasFolderAt(FolderOf(path))) {
+        return QString();
+    }
+    if (!HasFolder(FolderOf(path))) {
+        _Refuse(path, QStringLiteral("the service lists it without the folder that it lies in"));
+        return QString();
+    }
+    return path;
 }
 
 void RemoteTree::_Refuse(const QString& path, const QString& reason) {

@@ -29,6 +29,9 @@ public:
     /// Takes out what, by its folded path, is the same as another entry or as a path in `local` that it does not equal.
     void RefuseClashes(const QStringList& local, bool tellsCaseApart, bool tellsFormsApart);
 
+    /// Takes out what lies at and below `path`: nobody knows what to make of it. Tells of nothing.
+    void LeaveOut(const QString& path);
+
     /// By their paths, in path order, so that a folder comes before what lies in it.
     const Files& AllFiles() const { return _files; }
     /// In path order. Without the service's folder itself.
@@ -43,7 +46,7 @@ public:
 
 private:
     /// The path below the service's folder of the entry `name` at `serverPath`; empty when it is left out.
-    QString _Accept(const QString& serverPath, const QString& name);
+    QString _Accept(const QString& serverPath, const QString& name, const Exclusion& exclusion);
     void _Refuse(const QString& path, const QString& reason);
     /// Takes out what was accepted before it turned out to be refused.
     void _RemoveRefused();

@@ -69,7 +69,6 @@ void Sender::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
         if (upload->Error()) {
             std::rethrow_exception(upload->Error());
         }
-        _context.ReportSuccess();
         if (!upload->IsToBeSent()) {
             ++_progress.doneFiles;
             _TakeSent(*upload);
@@ -121,6 +120,8 @@ void Sender::_TakeSent(const Upload& upload) {
         return;
     }
     _context.Records().WriteFile(*record);
+    // Only now: a server that takes files and never confirms them has failed.
+    _context.ReportSuccess();
     _context.Report(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
     if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
         _context.Report(SyncEvent::Kind::Refused, path,
@@ -147,11 +148,21 @@ std::optional<FileRecord> Sender::_RecordOf(const Upload& upload) {
     file.localPath = service.folder.localPath + QLatin1Char('/') + order.path;
     service.updater->UpdateCustomFileConfigAfterUpload(service.FolderAt(FolderOf(order.path)), file,
                                                        QFileInfo(file.localPath));
-    file.size = upload.Before().size;
+    const qint64 size = upload.Before().size;
+    const bool isOurs = upload.Version() && _HasSize(upload, size) && IsContentOf(file, file.size, upload.Md5());
+    file.size = size;
     file.lastModifiedDate = upload.Version() ? upload.Version()->lastModified : QDateTime();
-
-    const bool isOurs = upload.Version() && IsContentOf(file, upload.Version()->size, upload.Md5());
     return isOurs ? std::make_optional(record) : std::nullopt;
+}
+
+bool Sender::_HasSize(const Upload& upload, qint64 size) {
+    if (upload.Version()->size >= 0) {
+        return upload.Version()->size == size;
+    }
+    // Some servers name no length for an empty file. A listing does, in 32 bits.
+    const QString& path = upload.Order().path;
+    return ListedSize(size) ==
+           _context.Service().files->GetFileByName(_context.Service().FolderAt(FolderOf(path)), NameOf(path)).size;
 }
 
 }  // namespace syncing

@@ -31,6 +31,8 @@ private:
     /// Whether what is to be replaced is still what the listing had.
     bool _IsStillKnown(const Upload& upload);
     void _TakeSent(const Upload& upload);
+    /// Whether the service says that what it has now has `size` bytes.
+    bool _HasSize(const Upload& upload, qint64 size);
     /// None when the service has something else than what was sent.
     std::optional<store::FileRecord> _RecordOf(const Upload& upload);
 

@@ -22,6 +22,8 @@ struct SyncEvent {
         DeletedHere,
         /// The service has a newer version, which a pull will bring.
         NewerThere,
+        /// What is neither a file nor a folder, and no pass ever syncs.
+        Skipped,
         /// The kinds from here on tell of what is left to be done by somebody.
         /// Both sides changed the file.
         Conflict,

@@ -4,6 +4,8 @@
 #include <atomic>
 #include <memory>
 
+#include "client/sync/DeletionLimit.h"
+#include "client/sync/Trash.h"
 #include "host/interfaces/ISyncFilter.h"
 
 namespace ovsync {
@@ -13,8 +15,14 @@ namespace syncing {
 struct SyncOptions {
     /// Whether a pull deletes what the service has deleted.
     bool deletes = false;
+    /// For how many days what a pass replaces or deletes here is kept; 0 for not at all.
+    int daysKept = Trash::DefaultDays;
     /// Whether everything is only said, and nothing done.
     bool isTrial = false;
+    /// Whether what no pass ever syncs counts as left to somebody.
+    bool isStrict = false;
+    /// The most files that a pull deletes.
+    DeletionLimit deletionLimit;
     /// How many files may be transferred at once.
     int transfers = 4;
     /// What is left alone on both sides; null for nothing.

@@ -15,6 +15,16 @@ QString IdentityOf(const FileConfiguration& file) {
            QLatin1Char('\n') + QString::number(ListedSize(file.size));
 }
 
+bool IsOlder(const FileConfiguration& file, const FileConfiguration& known) {
+    const QString key = QStringLiteral("version");
+    bool hasNumber = false;
+    bool hasKnownNumber = false;
+    const qint64 number = file.customProperties.value(key).toLongLong(&hasNumber);
+    const qint64 knownNumber = known.customProperties.value(key).toLongLong(&hasKnownNumber);
+    return hasNumber && hasKnownNumber && number < knownNumber && !file.itemId.isEmpty() &&
+           file.itemId == known.itemId && IdentityOf(file) != IdentityOf(known);
+}
+
 qint64 ListedSize(qint64 size) {
     if (size > std::numeric_limits<quint32>::max()) {
         return -1;

@@ -13,6 +13,9 @@ namespace syncing {
 /// that names neither versions nor checksums, the date and the size have to do.
 QString IdentityOf(const sync::config::FileConfiguration& file);
 
+/// Whether `file` is another version of the file that `known` is one of, and has a lower number.
+bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);
+
 /// A size as a listing has it, in 32 bits with a sign: negative from 2 GiB on, -1 from 4 GiB on.
 qint64 ListedSize(qint64 size);
 

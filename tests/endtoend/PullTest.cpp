@@ -111,6 +111,7 @@ TEST_F(PullTest, FilesWithoutARecordAreAdoptedWhenTheyAreTheSame) {
 TEST_F(PullTest, WhatTheServiceDeletedGoesOnlyWhenAskedForAndUnchanged) {
     _service.AddFile(Text("f/a"), "1");
     _service.AddFile(Text("f/b"), "2");
+    _service.AddFile(Text("stays"), "3");
     ExpectPull(0);
     Write("f/b", "changed");
     Write("f/c", "mine");

@@ -45,6 +45,10 @@ std::unique_ptr<Pass> TwoSides::Push(const Words& options, const Pass::Environme
 
 std::unique_ptr<Pass> TwoSides::_Run(Words arguments, const Words& options, Pass::Environment environment) const {
     arguments.insert(arguments.end(), options.begin(), options.end());
+    if (std::count(options.begin(), options.end(), "--delete") != 0) {
+        // There are few files, and a test may delete most of them.
+        arguments.insert(arguments.end(), {"--max-delete", "100%"});
+    }
     environment["http_proxy"] =
         _service ? "http://127.0.0.1:" + std::to_string(_service->Port()) : "http://127.0.0.1:1";
     environment["no_proxy"] = "";
@@ -56,7 +60,7 @@ std::string TwoSides::Leftovers() const {
     std::string found;
     for (const auto& entry : fs::directory_iterator(here / ".ovsync")) {
         const std::string name = entry.path().filename().string();
-        if (name != "records.db" && name != "records.db-wal") {
+        if (name != "records.db" && name != "records.db-wal" && name != "trash") {
             found += name + "\n";
         }
     }

@@ -33,7 +33,7 @@ public:
     FolderImage ImageHere() const { return ReadFolder(here.Path()); }
     FolderImage ImageThere() const { return ReadFolder(there.Path()); }
 
-    /// What a client leaves behind besides the files and its records, and a service besides the files and its metadata;
+    /// What a client leaves behind besides the files, its records and its trash, and a service besides the files and its metadata;
     /// empty when that is nothing.
     std::string Leftovers() const;
 

@@ -70,12 +70,15 @@ public:
         _service._Meet("LIST", QString());
         const Lock lock(_service._mutex);
         _service._now = _service._now.addSecs(10);
-        folder.setLastServerSyncRequestTime(_service._now);
+        folder.setLastServerSyncRequestTime(_service._now.addSecs(_service.secondsAhead));
         if (folder.getLastSyncTime().isValid() && _service._changed < folder.getLastSyncTime()) {
             return 304;
         }
         folders = std::make_shared<QVector<FolderConfiguration>>();
         for (const QString& path : _service._folders) {
+            if (_service.forgotten.count(path) != 0) {
+                continue;
+            }
             FolderConfiguration listed;
             listed.name = NameOf(path);
             listed.serverPath = Text(Root) + path;
@@ -84,7 +87,9 @@ public:
         *folders += _service.extraFolders;
         files = std::make_shared<QVector<FileConfiguration>>();
         for (const auto& file : _service._files) {
-            files->append(_service._Describe(file.first, file.second));
+            if (_service.forgotten.count(file.first) == 0) {
+                files->append(_service._Describe(file.first, file.second));
+            }
         }
         *files += _service.extraFiles;
         return 0;
@@ -121,6 +126,9 @@ public:
         _service._Meet("FIND", path);
         const Lock lock(_service._mutex);
         const auto file = _service._files.find(path);
+        if (_service._folders.count(path) != 0) {
+            return FileConfiguration();
+        }
         if (file == _service._files.end()) {
             throw HttpException(Text("no such file"), 404, QUrl());
         }
@@ -232,6 +240,12 @@ void FakeService::Put(const QString& path, const QByteArray& content) {
     file.content = content;
     _now = _now.addSecs(1);
     _changed = file.modified = _now;
+}
+
+void FakeService::Restore(const QString& path, const QByteArray& content, int version) {
+    Put(path, content);
+    const Lock lock(_mutex);
+    _files[path].version = version;
 }
 
 void FakeService::Remove(const QString& path) {

@@ -31,6 +31,8 @@ public:
     /// Makes the file, or gives it a new version; and the folders above it.
     void Put(const QString& path, const QByteArray& content);
     void Remove(const QString& path);
+    /// Gives the file an earlier version back, as when the service is restored from a backup.
+    void Restore(const QString& path, const QByteArray& content, int version);
     void AddFolder(const QString& path);
     /// By path; "(none)" when there is no such file.
     QByteArray Content(const QString& path) const;
@@ -54,6 +56,10 @@ public:
     QByteArray contentInstead;
     /// These collections are there and not listed, as what lies in a form is not.
     std::set<QString> unlisted;
+    /// These files and folders are there, and no listing has them.
+    std::set<QString> forgotten;
+    /// By how much the service's clock is wrong.
+    int secondsAhead = 0;
     /// These are listed besides.
     QVector<sync::config::FolderConfiguration> extraFolders;
     QVector<sync::config::FileConfiguration> extraFiles;

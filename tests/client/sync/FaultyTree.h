@@ -45,10 +45,6 @@ public:
         _Meet("Exchange", b);
         return knowsExchange && _tree.Exchange(a, b);
     }
-    void Replace(const QString& from, const QString& to) override {
-        _Meet("Replace", to);
-        _tree.Replace(from, to);
-    }
     void Remove(const QString& path) override {
         _Meet("Remove", path);
         _tree.Remove(path);

@@ -66,9 +66,6 @@ TEST_F(LocalTreeTest, NothingIsMadeOverAnExistingFile) {
     EXPECT_TRUE(tree.Move(Text("b"), Text("c")));
     EXPECT_TRUE(tree.Exchange(Text("a"), Text("c")));
     EXPECT_EQ(Read("a"), QByteArray("2"));
-    tree.Replace(Text("c"), Text("a"));
-    EXPECT_EQ(Read("a"), QByteArray("1"));
-    EXPECT_FALSE(tree.Look(Text("c")));
 }
 
 TEST_F(LocalTreeTest, LinksAreNeverFollowed) {
@@ -86,7 +83,6 @@ TEST_F(LocalTreeTest, LinksAreNeverFollowed) {
     EXPECT_THROW(tree.Create(Text("link/y")), LocalError);
     EXPECT_THROW(tree.MakeFolder(Text("link/y")), LocalError);
     EXPECT_THROW(tree.Move(Text("a"), Text("link/y")), LocalError);
-    EXPECT_THROW(tree.Replace(Text("a"), Text("link/x")), LocalError);
     EXPECT_THROW(tree.Exchange(Text("a"), Text("link/x")), LocalError);
     EXPECT_THROW(tree.Remove(Text("link/x")), LocalError);
     EXPECT_THROW(tree.RemoveFolder(Text("link")), LocalError);

@@ -259,7 +259,7 @@ TEST_F(PushPassTest, LinksAndUnreadableNamesAreToldOf) {
     const QByteArray name = folder.path().toUtf8() + "/\xFF";
     ASSERT_EQ(mknod(name.constData(), S_IFREG | 0600, 0), 0);
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
-    EXPECT_EQ(Told(), QStringList({Text("Refused folder"), Text("Refused link"), Text("Refused \xEF\xBF\xBD")}));
+    EXPECT_EQ(Told(), QStringList({Text("Refused \xEF\xBF\xBD"), Text("Skipped folder"), Text("Skipped link")}));
     EXPECT_TRUE(service.Contents().empty());
     EXPECT_EQ(unlink(name.constData()), 0);
 }

@@ -19,14 +19,16 @@ using ovsync::syncing::SyncOutcome;
 
 namespace {
 
-const char* const KindNames[] = {"Fetched",     "Updated",    "Deleted",  "FolderMade", "Sent",    "FolderSent",
-                                 "DeletedHere", "NewerThere", "Conflict", "Kept",       "Refused", "Failed"};
+const char* const KindNames[] = {"Fetched",    "Updated",     "Deleted",    "FolderMade", "Sent",
+                                 "FolderSent", "DeletedHere", "NewerThere", "Skipped",    "Conflict",
+                                 "Kept",       "Refused",     "Failed"};
 
 }  // namespace
 
 SyncTest::SyncTest() : disk(folder.path()), tree(disk) {
     options.isStopped = &isStopped;
     options.transfers = 2;
+    options.deletionLimit = *ovsync::syncing::DeletionLimit::Read(Text("100%"));
 }
 
 SyncOutcome SyncTest::Pull() {

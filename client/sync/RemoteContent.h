@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+#include "client/sync/ServiceFolder.h"
+
+namespace ovsync {
+namespace syncing {
+
+/// The MD5 of what the service has at `path` below its folder, in hexadecimal. Reads all of it, and keeps nothing.
+/// Throws what IContentSession::Download throws.
+QString Md5OnService(const ServiceFolder& service, const QString& path);
+
+}  // namespace syncing
+}  // namespace ovsync

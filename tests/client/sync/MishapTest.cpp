@@ -1,0 +1,439 @@
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <cerrno>
+#include <memory>
+
+#include "client/http/ExchangeError.h"
+#include "client/sync/LocalError.h"
+#include "host/interfaces/ISyncFilter.h"
+#include "tests/client/sync/SyncTest.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using ovsync::http::ExchangeError;
+using ovsync::syncing::DeletionLimit;
+using ovsync::syncing::LocalError;
+using ovsync::syncing::SyncOutcome;
+using testing::ElementsAre;
+using tests::Text;
+using Files = std::map<QString, QByteArray>;
+
+/// In place of the end of the process.
+class Kill {};
+
+class NoCopies : public sync::interf::ISyncFilter {
+public:
+    bool IsFileExcluded(const QString& name, qint64, int) override { return name.contains(Text("from the service")); }
+    bool IsFolderExcluded(const QString&, int) override { return false; }
+};
+
+/// What users, cleaners and servers do while nobody looks.
+class MishapTest : public tests::SyncTest {
+protected:
+    MishapTest() {
+        options.deletes = true;
+        options.deletionLimit = DeletionLimit();
+    }
+
+    /// Something happens right before the pass does `operation` to `path`, once.
+    void Before(const char* operation, const char* path, const std::function<void()>& happens) {
+        tree.before = [this, operation = QByteArray(operation), path = Text(path), happens](const char* now,
+                                                                                            const QString& where) {
+            if (operation == now && where == path) {
+                // It goes with what it is called by.
+                const std::function<void()> event = happens;
+                tree.before = nullptr;
+                event();
+            }
+        };
+    }
+
+    void RemoveTemporaryFiles() const {
+        QDirIterator files(folder.path(), QStringList(Text(".*SyncTemp}")), QDir::Files | QDir::Hidden,
+                           QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            ASSERT_TRUE(QFile::remove(files.next()));
+        }
+    }
+
+    /// The content of what the trash has of `path`, in the order of the passes.
+    QList<QByteArray> InTrash(const char* path) const {
+        QList<QByteArray> contents;
+        const QDir trash(Path(".ovsync/trash"));
+        for (const QString& pass : trash.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+            QFile file(trash.filePath(pass) + QLatin1Char('/') + Text(path));
+            if (file.open(QIODevice::ReadOnly)) {
+                contents.append(file.readAll());
+            }
+        }
+        return contents;
+    }
+
+    void StartWith(const char* path, const QByteArray& content) {
+        service.Put(Text(path), content);
+        ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    }
+
+    /// After `count` files "0", "1" and so on were pulled.
+    void StartWithFiles(int count) {
+        for (int i = 0; i < count; ++i) {
+            service.Put(QString::number(i), QByteArray::number(i));
+        }
+        ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    }
+};
+
+TEST_F(MishapTest, ANewVersionWhoseTemporaryFileGoesIsNotHere) {
+    StartWith("a", "1");
+    service.Put(Text("a"), "2");
+    Before("Exchange", "a", [this] { RemoveTemporaryFiles(); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("1"));
+    Push();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ANewFileWhoseTemporaryFileGoesIsNotHere) {
+    StartWith("a", "1");
+    service.Put(Text("b"), "2");
+    Before("Move", "b", [this] { RemoveTemporaryFiles(); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("b"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, AfterAKillAndACleanerTheOldFileIsTheOldFile) {
+    StartWith("a", "1");
+    service.Put(Text("a"), "2");
+    Before("Exchange", "a", [] { throw Kill(); });
+    EXPECT_THROW(Pull(), Kill);
+    RemoveTemporaryFiles();
+    Push();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, AnOldFileCopiedBackIntoAFolderThatWasRenamedMeanwhileIsTheOldFile) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    Before("Exchange", "f/a", [this] {
+        ASSERT_TRUE(QDir().rename(Path("f"), Path("g")));
+        ASSERT_TRUE(QDir().mkdir(Path("f")));
+        ASSERT_TRUE(QFile::copy(Path("g/a"), Path("f/a")));
+    });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    Push();
+    EXPECT_EQ(service.Content(Text("f/a")), QByteArray("2"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/a"), QByteArray("2"));
+    EXPECT_EQ(Content("g/a"), QByteArray("1"));
+    EXPECT_FALSE(HasTemporaryFiles());
+}
+
+TEST_F(MishapTest, WhatASaveHadPutIntoATemporaryFileInARenamedFolderIsInTheTrash) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    // Saved right before the exchange; killed right after it, before anybody looked at what came out.
+    Before("Exchange", "f/a", [this] {
+        Remove("f/a");
+        Write("f/a", "saved");
+        tree.before = [](const char* operation, const QString& path) {
+            if (QByteArray(operation) == "Look" && path.contains(Text("SyncTemp"))) {
+                throw Kill();
+            }
+        };
+    });
+    EXPECT_THROW(Pull(), Kill);
+    tree.before = nullptr;
+    ASSERT_TRUE(QDir().rename(Path("f"), Path("g")));
+    Pull();
+    EXPECT_THAT(InTrash("f/a"), ElementsAre(QByteArray("saved")));
+}
+
+TEST_F(MishapTest, AFolderThatGoesDuringAPassStopsNoLaterOne) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    service.Put(Text("f/b"), "1");
+    service.Put(Text("other"), "1");
+    options.transfers = 1;
+    Before("Exchange", "f/a", [this] { ASSERT_TRUE(QDir(Path("f")).removeRecursively()); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("other"), QByteArray("1"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/a"), QByteArray("2"));
+    EXPECT_EQ(Content("f/b"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AFolderThatGoesRightAfterItsFileWasPlacedStopsNoLaterPass) {
+    StartWith("other", "1");
+    service.Put(Text("f/a"), "1");
+    Before("SyncFolder", "f", [this] { ASSERT_TRUE(QDir(Path("f")).removeRecursively()); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, ASyncedFolderInsideIsLeftAlone) {
+    StartWith("sub/a", "1");
+    const char* const itsTemporary = "sub/inner/.0123456789abcdef0123456789abcdef.{SyncTemp}";
+    Write(itsTemporary, "half");
+    Write("sub/.ovsync/records.db", "its own");
+    service.Put(Text("sub/a"), "2");
+    service.Put(Text("sub/b"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused sub")));
+    Write("sub/c", "1");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused sub")));
+    service.Remove(Text("sub"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content(itsTemporary), QByteArray("half"));
+    EXPECT_EQ(Content("sub/a"), QByteArray("1"));
+    EXPECT_EQ(Content("sub/b"), QByteArray("(none)"));
+}
+
+TEST_F(MishapTest, AFolderThatCannotBeReadIsToldOfAndLeftOut) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    service.Put(Text("other"), "1");
+    tree.before = [](const char* operation, const QString& path) {
+        if (QByteArray(operation) == "List" && path == Text("f")) {
+            throw LocalError(path, EACCES);
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused f")));
+    EXPECT_EQ(Content("other"), QByteArray("1"));
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused f")));
+    service.Remove(Text("f"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("f/a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AnOlderVersionOfTheServiceReplacesNothing) {
+    StartWith("a", "1");
+    service.Put(Text("a"), "2");
+    service.Put(Text("a"), "3");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Restore(Text("a"), "2", 2);
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("3"));
+    EXPECT_EQ(Contents().size(), 2U);
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 2U);
+    // To keep the newest, the older one goes.
+    for (const auto& file : Contents()) {
+        if (file.second == "2") {
+            Remove(file.first.toUtf8().constData());
+        }
+    }
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+}
+
+TEST_F(MishapTest, ACopyThatIsExcludedEndsNoConflict) {
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    options.filter = std::make_shared<NoCopies>();
+    options.filterText = Text("other");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+    Pull();
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+}
+
+TEST_F(MishapTest, AConflictNamesTheFileBesideAndTheWaysOut) {
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    for (const bool isPush : {false, false, true}) {
+        isPush ? Push() : Pull();
+        ASSERT_EQ(Details().size(), 1);
+        EXPECT_THAT(Details().first().toStdString(),
+                    testing::AllOf(testing::HasSubstr("a (from the service"), testing::HasSubstr("to keep yours"),
+                                   testing::HasSubstr("to take it")));
+    }
+}
+
+TEST_F(MishapTest, WhatTheListingLacksAndTheServiceStillHasIsNotDeleted) {
+    StartWith("a", "1");
+    service.Put(Text("f/b"), "1");
+    service.Put(Text("gone"), "1");
+    service.Put(Text("stays"), "1");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.forgotten = {Text("a"), Text("f"), Text("f/b")};
+    service.Remove(Text("gone"));
+    options.deletionLimit = *DeletionLimit::Read(Text("100%"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Deleted gone"), Text("Kept a"), Text("Kept f"), Text("Kept f/b")}));
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}, {Text("f/b"), "1"}, {Text("stays"), "1"}}));
+}
+
+TEST_F(MishapTest, WhatTheServiceDoesNotTellOfIsNotDeleted) {
+    StartWith("a", "1");
+    StartWith("stays", "1");
+    service.Remove(Text("a"));
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("FIND")) {
+            throw ExchangeError("GET", QUrl(), Text("no answer"), {});
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Content("a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AFolderThatIsGoneAnswersForWhatWasInIt) {
+    StartWith("stays", "1");
+    for (int i = 0; i < 5; ++i) {
+        service.Put(Text("f/g/") + QString::number(i), "1");
+    }
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Remove(Text("f"));
+    service.ForgetCounts();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("FIND"), 1);
+    EXPECT_EQ(Contents(), Files({{Text("stays"), "1"}}));
+}
+
+TEST_F(MishapTest, TooManyDeletionsAreNone) {
+    StartWithFiles(10);
+    for (int i = 0; i < 6; ++i) {
+        service.Remove(QString::number(i));
+    }
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Kept .")));
+    EXPECT_THAT(Details().first().toStdString(), testing::HasSubstr("--max-delete 6"));
+    EXPECT_EQ(Contents().size(), 10U);
+    options.deletionLimit = *DeletionLimit::Read(Text("6"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents().size(), 4U);
+}
+
+TEST_F(MishapTest, ThatEverythingIsGoneIsNotBelieved) {
+    StartWithFiles(2);
+    service.Remove(Text("0"));
+    service.Remove(Text("1"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 2U);
+    options.deletionLimit = *DeletionLimit::Read(Text("100%"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents().size(), 0U);
+}
+
+TEST_F(MishapTest, AFileIsToldOfAndKeptWhoseFolderIsNotListed) {
+    StartWith("stays", "1");
+    service.Put(Text("f/a"), "1");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.forgotten = {Text("f")};
+    service.Put(Text("stays"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_THAT(Told(), testing::Contains(Text("Refused f/a")));
+    EXPECT_EQ(Content("f/a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AClockThatWasAheadHidesNoChange) {
+    service.secondsAhead = 86400;
+    StartWith("a", "1");
+    service.secondsAhead = 0;
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, APushWhoseFilesAreNeverConfirmedEnds) {
+    for (int i = 0; i < 10; ++i) {
+        Write(QByteArray::number(i).constData(), "1");
+    }
+    options.transfers = 1;
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("FIND") || method == Text("HEAD")) {
+            throw ExchangeError("GET", QUrl(), Text("no answer"), {});
+        }
+    };
+    EXPECT_THROW(Push(), ExchangeError);
+    EXPECT_LT(service.Count("PUT"), 10);
+}
+
+TEST_F(MishapTest, WhatIsReplacedOrDeletedIsInTheTrash) {
+    StartWith("stays", "1");
+    service.Put(Text("f/a"), "1");
+    service.Put(Text("f/b"), "other");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Put(Text("f/a"), "2");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Remove(Text("f/a"));
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_THAT(InTrash("f/a"), ElementsAre(QByteArray("1"), QByteArray("2")));
+    EXPECT_THAT(InTrash("f/b"), ElementsAre());
+}
+
+TEST_F(MishapTest, WithoutDaysNothingIsInTheTrash) {
+    options.daysKept = 0;
+    StartWith("a", "1");
+    StartWith("a", "2");
+    EXPECT_FALSE(QDir(Path(".ovsync/trash")).exists());
+}
+
+TEST_F(MishapTest, ALinkIsToldOfAndLeavesBothSidesInStep) {
+    StartWith("a", "1");
+    ASSERT_TRUE(QFile::link(Path("a"), Path("link")));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("Skipped link")));
+    options.isStrict = true;
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+}
+
+TEST_F(MishapTest, WithoutChecksumsAPushComparesWhatBothSidesHad) {
+    service.isPlain = true;
+    service.Put(Text("same"), "1");
+    service.Put(Text("other"), "1");
+    Write("same", "1");
+    Write("other", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
+    EXPECT_EQ(service.Count("PUT"), 0);
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
+}
+
+struct LimitCase {
+    const char* text;
+    int deletions;
+    int files;
+    bool isAnyLeft;
+    bool isAllowed;
+};
+
+TEST(DeletionLimitTest, AllowsWhatItSays) {
+    const LimitCase cases[] = {{"", 4, 9, true, true},      {"", 9, 9, true, true},      {"", 1, 9, false, false},
+                               {"", 5, 10, true, true},     {"", 6, 10, true, false},    {"", 0, 0, false, true},
+                               {"", 1, 1, false, false},    {"3", 3, 3, false, true},    {"3", 4, 100, true, false},
+                               {"0", 1, 100, true, false},  {"0", 0, 100, true, true},   {"30%", 3, 10, true, true},
+                               {"30%", 4, 10, true, false}, {"100%", 7, 7, false, true}, {"0%", 1, 7, true, false}};
+    for (const LimitCase& limit : cases) {
+        const DeletionLimit used = *limit.text == 0 ? DeletionLimit() : *DeletionLimit::Read(Text(limit.text));
+        EXPECT_EQ(used.Allows(limit.deletions, limit.files, limit.isAnyLeft), limit.isAllowed)
+            << limit.text << ": " << limit.deletions << " of " << limit.files;
+    }
+}
+
+TEST(DeletionLimitTest, IsANumberOrAPart) {
+    for (const char* text : {"", "-1", "+1", "x", "1x", "101%", "%", "1.5", "99999999999"}) {
+        EXPECT_FALSE(DeletionLimit::Read(Text(text))) << text;
+    }
+}
+
+}  // namespace
