@@ -183,6 +183,12 @@ bool ListingBuilder::_IsInScope(const std::string& key) const {
     }
 }
 
+QString ListingBuilder::_StrongTag(const MultistatusEntry& entry) {
+    const QString tag = _Text(entry, Entry::EntityTag);
+    const bool isStrong = tag.size() > 2 && tag.startsWith(QLatin1Char('"')) && tag.endsWith(QLatin1Char('"'));
+    return isStrong ? tag : QString();
+}
+
 void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& classType, Form form,
                                DAVPropfindResponse& response) {
     static const QString fileClassType = QLatin1String(ClassTypePrefix) + QLatin1String("File");
@@ -205,6 +211,9 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
     properties.visibility = _Text(entry, Entry::Visibility);
     properties.checkSumMD5 = _Text(entry, Entry::CheckSumMd5);
     properties.syncOption = _Text(entry, Entry::SyncOption);
+    if (isFile && properties.versionId.isEmpty() && properties.checkSumMD5.isEmpty()) {
+        properties.versionId = _StrongTag(entry);
+    }
     properties.createdDate = _Date(entry, Entry::CreationDate);
     properties.lastModifiedDate = _Date(entry, Entry::LastModified);
     properties.linksExtractedAtFileTime = _Date(entry, Entry::LinksExtractedAt);

@@ -48,6 +48,8 @@ private:
     bool _IsInScope(const std::string& key) const;
     void _Describe(const MultistatusEntry& entry, const QString& classType, Form form,
                    sync::http::DAVPropfindResponse& response);
+    /// Empty when there is none that tells versions apart for sure.
+    QString _StrongTag(const MultistatusEntry& entry);
     const QString& _Text(const MultistatusEntry& entry, MultistatusEntry::Property property);
     const QDateTime& _Date(const MultistatusEntry& entry, MultistatusEntry::Property property);
 

@@ -28,10 +28,11 @@ constexpr PropertyName Name(const char (&text)[Size]) {
 
 /// In the order of Property.
 constexpr std::array<PropertyName, MultistatusEntry::PropertyCount> PropertyNames = {
-    Name("getcontentlength"), Name("getlastmodified"), Name("creationdate"),     Name("resourceclasstype"),
-    Name("resourceid"),       Name("parentid"),        Name("version"),          Name("versionid"),
-    Name("itemid"),           Name("ownerid"),         Name("privileges"),       Name("visibility"),
-    Name("checksummd5"),      Name("syncoption"),      Name("linksextractedat"), Name("attribute"),
+    Name("getcontentlength"),  Name("getlastmodified"), Name("creationdate"), Name("getetag"),
+    Name("resourceclasstype"), Name("resourceid"),      Name("parentid"),     Name("version"),
+    Name("versionid"),         Name("itemid"),          Name("ownerid"),      Name("privileges"),
+    Name("visibility"),        Name("checksummd5"),     Name("syncoption"),   Name("linksextractedat"),
+    Name("attribute"),
 };
 
 bool IsSuccess(int status) {
@@ -68,6 +69,7 @@ bool MultistatusEntry::IsOfService(const ByteSlice& localName) {
         case ContentLength:
         case LastModified:
         case CreationDate:
+        case EntityTag:
             return false;
         case PropertyCount: {
             const PropertyName container = Name("syncproperties");

@@ -23,6 +23,7 @@ public:
         ContentLength,
         LastModified,
         CreationDate,
+        EntityTag,
         ClassType,
         ResourceId,
         ParentId,

@@ -59,6 +59,10 @@ QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
         asksForResourceType =
             asksForResourceType || (nameSpace == davNamespace && localName == QLatin1String("resourcetype"));
     }
+    // What the service names versions by, others have only this for.
+    if (standardOnly && names == DefaultProperties()) {
+        elements += QLatin1String("<D:getetag/>");
+    }
     if (!asksForResourceType) {
         elements.prepend(QLatin1String("<D:resourcetype/>"));
     }

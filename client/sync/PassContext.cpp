@@ -4,6 +4,7 @@
 #include "client/sync/LocalContent.h"
 #include "client/sync/LocalError.h"
 #include "client/sync/Names.h"
+#include "client/sync/RemoteContent.h"
 #include "client/sync/Stopped.h"
 #include "client/sync/Version.h"
 #include "client/sync/WrongFolder.h"
@@ -178,7 +179,8 @@ bool PassContext::HasContentOf(const QString& path, const FileConfiguration& rem
     return !file.md5.isEmpty() && IsContentOf(remote, file.entry->fingerprint.size, file.md5);
 }
 
-RemoteState PassContext::StateOf(const FileConfiguration& remote, const std::optional<FileRecord>& record) {
+RemoteState PassContext::StateOf(const QString& path, const FileConfiguration& remote,
+                                 std::optional<FileRecord>& record) {
     if (!record) {
         return RemoteState::New;
     }
@@ -190,7 +192,34 @@ RemoteState PassContext::StateOf(const FileConfiguration& remote, const std::opt
     local.size = ListedSize(local.size);
     const bool isNew =
         IdentityOf(remote) != IdentityOf(record->file) || _service.files->ShouldDownloadFile(remote, local);
-    return isNew ? RemoteState::New : RemoteState::Same;
+    if (!isNew) {
+        return RemoteState::Same;
+    }
+    if (!_HasContentOfRecord(remote, *record)) {
+        return RemoteState::New;
+    }
+    FileRecord renewed = RecordOf(path, remote);
+    renewed.local = record->local;
+    renewed.contentMd5 = record->contentMd5;
+    record = renewed;
+    if (!_options.isTrial) {
+        _records.WriteFile(renewed);
+    }
+    return RemoteState::Same;
+}
+
+bool PassContext::_HasContentOfRecord(const FileConfiguration& remote, const FileRecord& record) {
+    const bool isInDoubt =
+        record.file.versionId.isEmpty() && record.file.md5Checksum.isEmpty() && !record.file.lastModifiedDate.isValid();
+    if (!isInDoubt || ListedSize(remote.size) != ListedSize(record.file.size)) {
+        return false;
+    }
+    try {
+        return Md5OnService(_service, record.path) == record.contentMd5;
+    } catch (const std::exception&) {
+        ReportFailure(record.path, std::current_exception());
+        return false;
+    }
 }
 
 FileRecord PassContext::RecordOf(const QString& path, const FileConfiguration& remote) {
@@ -198,6 +227,12 @@ FileRecord PassContext::RecordOf(const QString& path, const FileConfiguration& r
     record.path = path;
     record.file = remote;
     _service.updater->UpdateCustomFileConfigBeforeDownload(_service.FolderAt(FolderOf(path)), record.file, remote);
+    // By a date, a change within the second of the listing cannot be told from what was there before it.
+    const bool hasDateAlone = remote.versionId.isEmpty() && remote.md5Checksum.isEmpty();
+    if (hasDateAlone && _listedAt.isValid() && remote.lastModifiedDate.isValid() &&
+        remote.lastModifiedDate.toSecsSinceEpoch() >= _listedAt.toSecsSinceEpoch()) {
+        record.file.lastModifiedDate = QDateTime();
+    }
     return record;
 }
 

@@ -61,10 +61,13 @@ public:
     void Read(const QString& path, LocalFileState& file);
     /// Whether the file here is known to have the content of the service's file; reads it where it must.
     bool HasContentOf(const QString& path, const sync::config::FileConfiguration& remote, LocalFileState& file);
-    /// What the service's file is beside the record of that path.
-    RemoteState StateOf(const sync::config::FileConfiguration& remote, const std::optional<store::FileRecord>& record);
+    /// What the service's file is beside the record of that path. Where the record knows no version for sure, reads the
+    /// service's content, and renews the record when it is the same.
+    RemoteState StateOf(const QString& path, const sync::config::FileConfiguration& remote,
+                        std::optional<store::FileRecord>& record);
 
-    /// A record of `remote`, brought up to date by the library. Its local part is left open.
+    /// A record of `remote`, brought up to date by the library. Its local part is left open. When the next pass could
+    /// not tell another version from it, the date is left out, and so the content is compared then.
     store::FileRecord RecordOf(const QString& path, const sync::config::FileConfiguration& remote);
     /// Writes down that the file here has the content of the service's file. A file that is being written is left to
     /// the next pass.
@@ -84,6 +87,8 @@ public:
 
 private:
     void _CheckAddress();
+    /// Whether the service still has the content of the record, which knows no version.
+    bool _HasContentOfRecord(const sync::config::FileConfiguration& remote, const store::FileRecord& record);
     /// Tells of the failure. True when so many came in a row that the pass is to end.
     bool _IsTooMuch(const QString& path, const QString& failure);
 

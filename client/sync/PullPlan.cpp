@@ -146,7 +146,7 @@ void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, con
     PullSituation situation;
     situation.here = here.state;
     situation.hasRecord = record.has_value();
-    situation.there = _context.StateOf(remote, record);
+    situation.there = _context.StateOf(path, remote, record);
     if (situation.there != RemoteState::Same && here.entry && here.entry->kind == LocalEntry::Kind::File) {
         situation.isSameContent = _context.HasContentOf(path, remote, here);
         situation.isBesideAlready = _besideAlready.value(path).contains(IdentityOf(remote));

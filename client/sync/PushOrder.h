@@ -14,6 +14,9 @@ struct PushOrder {
     bool isNew = true;
     /// What the service has otherwise, and is to be replaced.
     sync::config::FileConfiguration remote;
+    /// Whether what the service has is looked at once more right before the file is sent, because the server may not
+    /// know conditions.
+    bool looksBefore = false;
     /// Of the local file when it was looked at, in bytes.
     qint64 size = 0;
 };

@@ -75,7 +75,7 @@ void PushPlan::_Decide(const QString& path) {
     situation.here = here.state;
     situation.hasRecord = record.has_value();
     if (isFileThere) {
-        situation.there = _context.StateOf(remote, record);
+        situation.there = _context.StateOf(path, remote, record);
     } else if (_remote.HasFolder(path)) {
         situation.there = RemoteState::Folder;
     }
@@ -130,6 +130,7 @@ void PushPlan::_Order(const QString& path, const LocalEntry& here) {
     order.path = path;
     order.isNew = !_remote.HasFile(path);
     order.remote = _remote.AllFiles().value(path);
+    order.looksBefore = !_remote.HasChecksums();
     order.size = here.fingerprint.size;
     _orders.push_back(order);
     _NeedFoldersOf(path);

@@ -1,6 +1,7 @@
 #include "client/sync/RemoteTree.h"
 
 #include <QHash>
+#include <algorithm>
 
 #include "client/sync/Names.h"
 #include "client/sync/WrongFolder.h"
@@ -15,7 +16,8 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
                        const QVector<FileConfiguration>& files, const Exclusion& exclusion)
     : _prefix(service.ServerPath(QString()) + (service.folder.serverPath.isEmpty() ? QString() : QStringLiteral("/"))) {
     for (const FolderConfiguration& folder : folders) {
-        const QString path = exclusion.HasFolder(folder.name) ? QString() : _Accept(folder.serverPath, folder.name, exclusion);
+        const QString path =
+            exclusion.HasFolder(folder.name) ? QString() : _Accept(folder.serverPath, folder.name, exclusion);
         if (!path.isEmpty() && !_folders.insert(path).second) {
             _Refuse(path, QStringLiteral("the service has more than one entry of this name"));
         }
@@ -65,6 +67,11 @@ void RemoteTree::RefuseClashes(const QStringList& local, bool tellsCaseApart, bo
 void RemoteTree::LeaveOut(const QString& path) {
     _refusedPaths.insert(path);
     _RemoveRefused();
+}
+
+bool RemoteTree::HasChecksums() const {
+    return std::any_of(_files.begin(), _files.end(),
+                       [](const FileConfiguration& file) { return !file.md5Checksum.isEmpty(); });
 }
 
 bool RemoteTree::IsRefused(const QString& path) const {

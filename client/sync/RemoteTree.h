@@ -37,6 +37,8 @@ public:
     /// In path order. Without the service's folder itself.
     const std::set<QString>& AllFolders() const { return _folders; }
 
+    /// Whether any file has a checksum, as the service's have.
+    bool HasChecksums() const;
     bool HasFile(const QString& path) const { return _files.contains(path); }
     bool HasFolder(const QString& path) const { return path.isEmpty() || _folders.count(path) != 0; }
     /// Whether the listing had something at `path`, or above it, that was refused: nobody knows what is there.

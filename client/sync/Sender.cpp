@@ -148,10 +148,12 @@ std::optional<FileRecord> Sender::_RecordOf(const Upload& upload) {
     file.localPath = service.folder.localPath + QLatin1Char('/') + order.path;
     service.updater->UpdateCustomFileConfigAfterUpload(service.FolderAt(FolderOf(order.path)), file,
                                                        QFileInfo(file.localPath));
+    const bool hasDateAlone = file.versionId.isEmpty() && file.md5Checksum.isEmpty();
     const qint64 size = upload.Before().size;
     const bool isOurs = upload.Version() && _HasSize(upload, size) && IsContentOf(file, file.size, upload.Md5());
     file.size = size;
-    file.lastModifiedDate = upload.Version() ? upload.Version()->lastModified : QDateTime();
+    // Another change could come within the same second, so without more than a date the next pass compares.
+    file.lastModifiedDate = upload.Version() && !hasDateAlone ? upload.Version()->lastModified : QDateTime();
     return isOurs ? std::make_optional(record) : std::nullopt;
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "client/sync/Stopped.h"
+#include "client/sync/Version.h"
 
 namespace ovsync {
 namespace syncing {
@@ -26,7 +27,7 @@ Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<q
 
 void Upload::Run(http::IContentSession& session) noexcept {
     try {
-        const bool isFirst = !_order.isNew && !_isToBeSent;
+        const bool isFirst = !_order.isNew && !_isToBeSent && EntityTagOf(_order.remote).isEmpty();
         _isToBeSent = isFirst;
         if (isFirst) {
             _version = _LookForTag(session);
@@ -53,7 +54,14 @@ std::optional<http::ContentVersion> Upload::_LookForTag(http::IContentSession& s
 }
 
 void Upload::_Send(http::IContentSession& session) {
-    const QByteArray tag = _order.isNew ? QByteArray() : _version->entityTag;
+    QByteArray tag = EntityTagOf(_order.remote);
+    if (!_order.isNew && tag.isEmpty()) {
+        tag = _version->entityTag;
+    }
+    if (_order.looksBefore && _IsForestalled(session, tag)) {
+        _outcome = UploadOutcome::Refused;
+        return;
+    }
     _file = _tree.Open(_order.path);
     _before = _file->Look();
     _outcome = session.Upload(_url, *this, _before.size,
@@ -64,6 +72,11 @@ void Upload::_Send(http::IContentSession& session) {
     _after = _file->Look();
     _md5Text = QString::fromLatin1(_md5.result().toHex());
     _version = session.Look(_url);
+}
+
+bool Upload::_IsForestalled(http::IContentSession& session, const QByteArray& tag) const {
+    const std::optional<http::ContentVersion> now = session.Look(_url);
+    return _order.isNew ? now.has_value() : !now || now->entityTag != tag;
 }
 
 void Upload::Restart() {

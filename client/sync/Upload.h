@@ -15,8 +15,9 @@
 namespace ovsync {
 namespace syncing {
 
-/// Sends one file, in two runs when it replaces another: the first asks for the entity tag of what is to be replaced,
-/// so that it can be looked at before the second. Run by one thread, used by another one in between and afterwards.
+/// Sends one file, in two runs when it replaces one whose entity tag the listing did not name: the first asks for the
+/// tag, so that the file can be looked at before the second. Run by one thread, used by another one in between and
+/// afterwards.
 class Upload : private http::ContentSource {
 public:
     /// `bytes` counts what was sent; `isStopped` ends waiting.
@@ -45,6 +46,8 @@ private:
     size_t Read(char* bytes, size_t size) override;
     std::optional<http::ContentVersion> _LookForTag(http::IContentSession& session);
     void _Send(http::IContentSession& session);
+    /// Whether the service has something else than what the upload is to replace.
+    bool _IsForestalled(http::IContentSession& session, const QByteArray& tag) const;
 
     ILocalTree& _tree;
     const PushOrder _order;

@@ -7,6 +7,11 @@ namespace syncing {
 
 using sync::config::FileConfiguration;
 
+QByteArray EntityTagOf(const FileConfiguration& file) {
+    const bool isTag = file.md5Checksum.isEmpty() && file.versionId.startsWith(QLatin1Char('"'));
+    return isTag ? file.versionId.toUtf8() : QByteArray();
+}
+
 QString IdentityOf(const FileConfiguration& file) {
     if (!file.versionId.isEmpty() || !file.md5Checksum.isEmpty()) {
         return file.itemId + QLatin1Char('\n') + file.versionId + QLatin1Char('\n') + file.md5Checksum.toLower();
@@ -21,7 +26,8 @@ bool IsOlder(const FileConfiguration& file, const FileConfiguration& known) {
     bool hasKnownNumber = false;
     const qint64 number = file.customProperties.value(key).toLongLong(&hasNumber);
     const qint64 knownNumber = known.customProperties.value(key).toLongLong(&hasKnownNumber);
-    return hasNumber && hasKnownNumber && number < knownNumber && !file.itemId.isEmpty() &&
+    // Servers without versions have all files at 0.
+    return hasNumber && hasKnownNumber && number > 0 && number < knownNumber && !file.itemId.isEmpty() &&
            file.itemId == known.itemId && IdentityOf(file) != IdentityOf(known);
 }
 

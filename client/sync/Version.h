@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include "host/configuration/FileConfiguration.h"
@@ -9,8 +10,12 @@
 namespace ovsync {
 namespace syncing {
 
+/// The strong entity tag by which a server knows the file's version that names neither versions nor checksums; empty
+/// when there is none.
+QByteArray EntityTagOf(const sync::config::FileConfiguration& file);
+
 /// Differs between two versions of a file, and between a file and one that was made in its place later. On a server
-/// that names neither versions nor checksums, the date and the size have to do.
+/// that names neither versions nor checksums nor strong entity tags, the date and the size have to do.
 QString IdentityOf(const sync::config::FileConfiguration& file);
 
 /// Whether `file` is another version of the file that `known` is one of, and has a lower number.

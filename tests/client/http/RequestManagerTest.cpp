@@ -223,9 +223,9 @@ TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOn
     EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), second}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
-    EXPECT_THAT(
-        server.Requests().value(1).body.toStdString(),
-        HasSubstr("<D:prop><D:resourcetype/><P:getcontentlength/><D:getlastmodified/><D:creationdate/></D:prop>"));
+    EXPECT_THAT(server.Requests().value(1).body.toStdString(),
+                HasSubstr("<D:prop><D:resourcetype/><P:getcontentlength/><D:getlastmodified/><D:creationdate/>"
+                          "<D:getetag/></D:prop>"));
     EXPECT_THAT(server.Requests().value(2).body.toStdString(),
                 HasSubstr("<D:prop><D:resourcetype/><D:getetag/><O:version/></D:prop>"));
 }

@@ -194,7 +194,9 @@ public:
             const Lock lock(_service._mutex);
             const auto there = _service._files.find(path);
             const bool isThere = there != _service._files.end();
-            if (condition == UploadCondition::New ? isThere : !isThere || _service._Tag(there->second) != entityTag) {
+            const bool isOther =
+                condition == UploadCondition::New ? isThere : !isThere || _service._Tag(there->second) != entityTag;
+            if (isOther && !_service.ignoresConditions) {
                 return UploadOutcome::Refused;
             }
         }
@@ -240,6 +242,13 @@ void FakeService::Put(const QString& path, const QByteArray& content) {
     file.content = content;
     _now = _now.addSecs(1);
     _changed = file.modified = _now;
+}
+
+void FakeService::Overwrite(const QString& path, const QByteArray& content) {
+    const QDateTime modified = _files.at(path).modified;
+    Put(path, content);
+    const Lock lock(_mutex);
+    _files[path].modified = modified;
 }
 
 void FakeService::Restore(const QString& path, const QByteArray& content, int version) {
@@ -336,6 +345,9 @@ FileConfiguration FakeService::_Describe(const QString& path, const File& file) 
     description.lastModifiedDate = file.modified;
     description.customProperties[Text("version")] = QString::number(isPlain ? 0 : file.version);
     description.itemId = Text("path:S/") + path;
+    if (listsTags) {
+        description.versionId = QString::fromUtf8(_Tag(file));
+    }
     if (!isPlain) {
         description.itemId = QString::number(file.item);
         description.versionId = QString::number(file.item) + QLatin1Char('-') + QString::number(file.version);

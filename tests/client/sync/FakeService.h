@@ -31,6 +31,8 @@ public:
     /// Makes the file, or gives it a new version; and the folders above it.
     void Put(const QString& path, const QByteArray& content);
     void Remove(const QString& path);
+    /// Gives the file another content within the same second.
+    void Overwrite(const QString& path, const QByteArray& content);
     /// Gives the file an earlier version back, as when the service is restored from a backup.
     void Restore(const QString& path, const QByteArray& content, int version);
     void AddFolder(const QString& path);
@@ -50,6 +52,10 @@ public:
 
     /// Knows neither versions nor checksums, as other WebDAV servers.
     bool isPlain = false;
+    /// Names strong entity tags in its listings, too.
+    bool listsTags = false;
+    /// Knows no conditions of an upload.
+    bool ignoresConditions = false;
     /// Names no strong entity tags.
     bool isWithoutTags = false;
     /// Sends this in place of every file's content, if it is not null.

@@ -409,6 +409,85 @@ TEST_F(MishapTest, WithoutChecksumsAPushComparesWhatBothSidesHad) {
     EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
 }
 
+TEST_F(MishapTest, AChangeOfTheSameSizeAndDateIsKnownByItsEntityTag) {
+    service.isPlain = true;
+    service.listsTags = true;
+    StartWith("a", "1");
+    service.Overwrite(Text("a"), "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("NewerThere a")));
+    Write("a", "mine");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    Remove("a");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, WithATagInTheListingNoneIsAskedForBeforeAChangedFileIsSent) {
+    service.isPlain = true;
+    service.listsTags = true;
+    StartWith("a", "1");
+    service.ForgetCounts();
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    // A look right before and one right after it was sent.
+    EXPECT_EQ(service.Count("HEAD"), 2);
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 0);
+}
+
+TEST_F(MishapTest, ByADateAloneAFileIsKnownOnlyOnceItsSecondIsOver) {
+    service.isPlain = true;
+    service.secondsAhead = -10;
+    StartWith("a", "1");
+    service.Overwrite(Text("a"), "2");
+    service.Put(Text("b"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ByADateAloneAFileThatWasSentIsComparedOnce) {
+    service.isPlain = true;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 1);
+    service.Put(Text("b"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 2);
+}
+
+TEST_F(MishapTest, ByADateAloneWhatReplacedASentFileInTheSameSecondIsSeen) {
+    service.isPlain = true;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    service.Overwrite(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, WithoutConditionsWhatIsMadeBeforeAnUploadIsSeen) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.ignoresConditions = true;
+    StartWith("changed", "1");
+    Write("changed", "mine");
+    Write("new", "mine");
+    options.transfers = 1;
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("HEAD") && service.Content(Text("new")) == "(none)") {
+            service.Put(Text("changed"), "theirs");
+            service.Put(Text("new"), "theirs");
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Conflict changed"), Text("Conflict new")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("changed"), "theirs"}, {Text("new"), "theirs"}}));
+}
+
 struct LimitCase {
     const char* text;
     int deletions;
