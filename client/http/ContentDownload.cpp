@@ -8,7 +8,7 @@ ContentDownload::ContentDownload(const QUrl& url, ContentSink& sink) : ContentEx
 void ContentDownload::OnHeaders(int status, const Headers& headers) {
     ContentExchange::OnHeaders(status, headers);
     if (status == 200) {
-        Guard([this] { _sink.Restart(); });
+        Guard([this] { _sink.Restart(Version().size); });
     }
 }
 

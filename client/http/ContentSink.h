@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGlobal>
 #include <cstddef>
 
 namespace ovsync {
@@ -10,8 +11,9 @@ class ContentSink {
 public:
     virtual ~ContentSink() = default;
 
-    /// Before the first piece: whatever was received is to be forgotten, the content starts anew.
-    virtual void Restart() = 0;
+    /// Before the first piece: whatever was received is to be forgotten, the content starts anew. `size` is what the
+    /// server announces, in bytes; -1 when it does not say.
+    virtual void Restart(qint64 size) = 0;
     virtual void Write(const char* bytes, size_t size) = 0;
 };
 

@@ -4,9 +4,16 @@
 
 #include "client/sync/LocalError.h"
 #include "client/sync/Names.h"
+#include "client/sync/Version.h"
 
 namespace ovsync {
 namespace syncing {
+
+namespace {
+
+struct TooLarge {};
+
+}  // namespace
 
 Download::Download(ILocalTree& tree, PullOrder order, const QUrl& url, std::atomic<qint64>& bytes)
     : _tree(tree), _order(std::move(order)), _url(url), _bytes(bytes) {}
@@ -37,6 +44,9 @@ void Download::Run(http::IContentSession& session) noexcept {
         _fresh = _file->Look();
         _file.reset();
         _md5Text = QString::fromLatin1(_md5.result().toHex());
+    } catch (const TooLarge&) {
+        _isTooLarge = true;
+        _file.reset();
     } catch (...) {
         _error = std::current_exception();
         _file.reset();
@@ -47,18 +57,27 @@ QString Download::GiveTemporary() {
     return std::exchange(_temporary, QString());
 }
 
-void Download::Restart() {
+void Download::Restart(qint64 size) {
     _bytes -= _size;
     _size = 0;
+    _announced = size;
     _md5.reset();
     _file->Truncate();
+    _CheckSize(size);
 }
 
 void Download::Write(const char* bytes, size_t size) {
+    _CheckSize(_size + static_cast<qint64>(size));
     _file->Write(bytes, size);
     _md5.addData(bytes, static_cast<int>(size));
     _size += static_cast<qint64>(size);
     _bytes += static_cast<qint64>(size);
+}
+
+void Download::_CheckSize(qint64 size) const {
+    if (size > SizeLimit(_order.remote.size, _announced)) {
+        throw TooLarge();
+    }
 }
 
 }  // namespace syncing

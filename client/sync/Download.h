@@ -29,28 +29,35 @@ public:
     /// The temporary file; the caller takes care of it from now on.
     QString GiveTemporary();
 
-    /// Null when it succeeded, and then the rest is there.
+    /// Null when it succeeded, and then the rest is there, unless it is too large.
     std::exception_ptr Error() const { return _error; }
     const store::Fingerprint& Fresh() const { return _fresh; }
     /// In hexadecimal.
     const QString& Md5() const { return _md5Text; }
+    /// Whether it was broken off, which is no error, because what came is larger than what was listed.
+    bool IsTooLarge() const { return _isTooLarge; }
+    /// What came, or what was announced if that is more, in bytes.
+    qint64 Size() const { return qMax(_size, _announced); }
     /// What the server said of the content that it sent.
     const http::ContentVersion& Version() const { return _version; }
 
 private:
-    void Restart() override;
+    void Restart(qint64 size) override;
     void Write(const char* bytes, size_t size) override;
+    void _CheckSize(qint64 size) const;
 
     ILocalTree& _tree;
     const PullOrder _order;
     const QUrl _url;
     std::atomic<qint64>& _bytes;
     qint64 _size = 0;
+    qint64 _announced = -1;
     QString _temporary;
     std::unique_ptr<IWritableFile> _file;
     QCryptographicHash _md5{QCryptographicHash::Md5};
 
     std::exception_ptr _error;
+    bool _isTooLarge = false;
     store::Fingerprint _fresh;
     QString _md5Text;
     http::ContentVersion _version;

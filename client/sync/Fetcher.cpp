@@ -19,7 +19,7 @@ const int MaxAttempts = 3;
 
 /// Whether the content came that the listing describes.
 bool HasCome(const Download& download) {
-    if (download.Error()) {
+    if (download.Error() || download.IsTooLarge()) {
         return false;
     }
     const FileConfiguration& remote = download.Order().remote;
@@ -154,10 +154,14 @@ void Fetcher::_TakeSurprise(const Download& download) {
             ++_progress.allFiles;
             return;
         }
+        const QString came = download.IsTooLarge()
+                                 ? QStringLiteral("at least %1 bytes, so that it was broken off,").arg(download.Size())
+                                 : QStringLiteral("%1 bytes with the MD5 %2")
+                                       .arg(QString::number(download.Fresh().size), download.Md5());
         throw sync::core::SyncException(
-            QStringLiteral("what came is not the file that the service describes: %1 bytes with the MD5 %2 in place of "
-                           "%3 bytes (as far as 32 bits tell) with %4")
-                .arg(QString::number(download.Fresh().size), download.Md5(), QString::number(now.size),
+            QStringLiteral("what came is not the file that the service describes: %1 in place of "
+                           "%2 bytes (as far as 32 bits tell) with %3")
+                .arg(came, QString::number(LikelySize(now.size)),
                      now.md5Checksum.isEmpty() ? QStringLiteral("any") : now.md5Checksum));
     } catch (const std::exception&) {
         _ReportFailure(path, std::current_exception());

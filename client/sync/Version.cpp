@@ -42,6 +42,16 @@ qint64 LikelySize(qint64 listed) {
     return listed < 0 ? listed + (Q_INT64_C(1) << 32) : listed;
 }
 
+qint64 SizeLimit(qint64 listed, qint64 announced) {
+    // Enough to tell that it is more.
+    const qint64 excess = qint64(64) * 1024;
+    if (announced >= 0 && ListedSize(announced) == ListedSize(listed)) {
+        return announced;
+    }
+    // Where a listing only says "4 GiB or more", there is nothing to go by.
+    return ListedSize(listed) == -1 ? std::numeric_limits<qint64>::max() : LikelySize(listed) + excess;
+}
+
 bool IsContentOf(const FileConfiguration& file, qint64 size, const QString& md5) {
     const bool isSized = ListedSize(size) == ListedSize(file.size);
     return isSized &&

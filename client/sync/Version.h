@@ -27,6 +27,10 @@ qint64 ListedSize(qint64 size);
 /// The smallest size that a listing has as `listed`.
 qint64 LikelySize(qint64 listed);
 
+/// After how many bytes content is broken off that is to be what a listing has as `listed`. `announced` is its size as
+/// the server announces it, -1 when it does not.
+qint64 SizeLimit(qint64 listed, qint64 announced);
+
 /// Whether content of `size` bytes can be what a listing describes as `file`; an empty `md5` is not looked at.
 bool IsContentOf(const sync::config::FileConfiguration& file, qint64 size, const QString& md5);
 

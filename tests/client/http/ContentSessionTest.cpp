@@ -43,8 +43,9 @@ struct DiskFull : std::runtime_error {
 
 class Sink : public ContentSink {
 public:
-    void Restart() override {
+    void Restart(qint64 size) override {
         ++restarts;
+        announced = size;
         content.clear();
     }
     void Write(const char* bytes, size_t size) override {
@@ -55,6 +56,7 @@ public:
     }
 
     QByteArray content;
+    qint64 announced = 0;
     int restarts = 0;
     std::function<void()> onWrite;
 };
@@ -139,6 +141,7 @@ TEST_F(ContentSessionTest, DownloadHandsOnTheContentAndWhatTheHeadersSayOfIt) {
     EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
     EXPECT_EQ(version.entityTag, "\"a-7, b\"");
     EXPECT_EQ(version.size, sink.content.size());
+    EXPECT_EQ(sink.announced, sink.content.size());
     EXPECT_EQ(version.lastModified, QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
@@ -177,6 +180,7 @@ TEST_F(ContentSessionTest, DownloadTakesContentOfUnknownSizeToItsCleanEnd) {
     for (int i = 0; i < 2; ++i) {
         Sink sink;
         EXPECT_EQ(session.Download(server.Url(FilePath), sink).size, -1);
+        EXPECT_EQ(sink.announced, -1);
         EXPECT_EQ(sink.content, FileText);
     }
     server.Stop();

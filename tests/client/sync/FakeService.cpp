@@ -171,10 +171,13 @@ public:
             file = found->second;
         }
         const QByteArray content = _service.contentInstead.isNull() ? file.content : _service.contentInstead;
-        sink.Restart();
+        const int pieceSize = 1000;
+        sink.Restart(-1);
         sink.Write("wrong", 5);
-        sink.Restart();
-        sink.Write(content.constData(), static_cast<size_t>(content.size()));
+        sink.Restart(_service.isWithoutSizes ? -1 : content.size());
+        for (int at = 0; at < content.size(); at += pieceSize) {
+            sink.Write(content.constData() + at, static_cast<size_t>(qMin(pieceSize, content.size() - at)));
+        }
         return _VersionOf(file);
     }
 

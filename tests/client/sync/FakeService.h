@@ -60,6 +60,8 @@ public:
     bool isWithoutTags = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
+    /// Announces no sizes of what it sends.
+    bool isWithoutSizes = false;
     /// These collections are there and not listed, as what lies in a form is not.
     std::set<QString> unlisted;
     /// These files and folders are there, and no listing has them.

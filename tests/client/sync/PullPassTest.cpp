@@ -240,6 +240,37 @@ TEST_F(PullPassTest, ContentThatIsNotWhatTheServiceDescribesIsNotPlaced) {
     EXPECT_EQ(Content("a"), QByteArray("2"));
 }
 
+TEST_F(PullPassTest, ContentBeyondTheListedSizeIsBrokenOff) {
+    service.Put(Text("a"), "12");
+    service.contentInstead = QByteArray(1000 * 1000, 'x');
+    service.isWithoutSizes = true;
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Told(), QStringList(Text("Failed a")));
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr("at least 65000 bytes, so that it was broken off, in place "
+                                                           "of 2 bytes"));
+    EXPECT_EQ(Contents(), Files());
+    EXPECT_FALSE(HasTemporaryFiles());
+    // Not a byte of it is taken where its size tells.
+    service.isWithoutSizes = false;
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr("at least 1000000 bytes, so that it was broken off"));
+}
+
+TEST_F(PullPassTest, AFileThatGrowsAfterItWasListedIsFetchedAgain) {
+    for (const bool isWithoutSizes : {false, true}) {
+        const QByteArray grown(isWithoutSizes ? 300000 : 200000, 'x');
+        service.Put(Text("a"), "1");
+        service.isWithoutSizes = isWithoutSizes;
+        service.onRequest = [&](const QString& method, const QString& path) {
+            if (method == Text("GET") && service.Content(path) == "1") {
+                service.Put(path, grown);
+            }
+        };
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
+        EXPECT_EQ(Content("a"), grown);
+    }
+}
+
 TEST_F(PullPassTest, AFileThatChangesAfterItWasListedIsFetchedAgain) {
     service.Put(Text("a"), "1");
     int changes = 1;

@@ -10,6 +10,7 @@ using ovsync::syncing::IdentityOf;
 using ovsync::syncing::IsContentOf;
 using ovsync::syncing::LikelySize;
 using ovsync::syncing::ListedSize;
+using ovsync::syncing::SizeLimit;
 using sync::config::FileConfiguration;
 using tests::Text;
 
@@ -24,6 +25,17 @@ TEST(VersionTest, SizesAreListedInThirtyTwoBitsWithASign) {
     EXPECT_EQ(ListedSize(400 * GiB), -1);
     EXPECT_EQ(ListedSize(-2 * GiB), -2 * GiB);
     EXPECT_EQ(LikelySize(ListedSize(3 * GiB)), 3 * GiB);
+}
+
+TEST(VersionTest, ContentEndsALittlePastTheListedSizeUnlessItsOwnSizeFitsTheListing) {
+    const qint64 excess = qint64(64) * 1024;
+    EXPECT_EQ(SizeLimit(2, -1), 2 + excess);
+    EXPECT_EQ(SizeLimit(2, 2), 2);
+    EXPECT_EQ(SizeLimit(2, 3), 2 + excess);
+    EXPECT_EQ(SizeLimit(-GiB, -1), 3 * GiB + excess);
+    EXPECT_EQ(SizeLimit(-GiB, 3 * GiB), 3 * GiB);
+    EXPECT_EQ(SizeLimit(-1, 5 * GiB), 5 * GiB);
+    EXPECT_GT(SizeLimit(-1, -1), 400 * GiB);
 }
 
 TEST(VersionTest, ContentIsComparedWithTheListedSizeAndTheChecksum) {
