@@ -58,6 +58,10 @@ const char* const Footer =
 
 const char* const AgentFooter = "Exit status: 0 it runs, 1 it does not, 2 wrong usage.";
 
+const char* const EntriesOption = "--max-listing-entries";
+const char* const BytesOption = "--max-listing-bytes";
+const int SilenceLimitsOfSlowness = 10;
+
 /// What the options of a command write to.
 struct Arguments {
     std::string url;
@@ -68,6 +72,8 @@ struct Arguments {
     std::string since;
     std::vector<std::string> excluded;
     double silenceLimit = 60;
+    qint64 maxListingEntries = http::ListingLimits().entries.value;
+    qint64 maxListingBytes = http::ListingLimits().bytes.value;
     bool isLong = false;
     bool isJson = false;
     bool withParents = false;
@@ -84,6 +90,9 @@ struct Arguments {
         options.session.caFile = QString::fromStdString(caFile);
         options.session.silenceLimit =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(silenceLimit));
+        options.session.slownessLimit = SilenceLimitsOfSlowness * options.session.silenceLimit;
+        options.session.listing.entries = {maxListingEntries, QString::fromLatin1(EntriesOption)};
+        options.session.listing.bytes = {maxListingBytes, QString::fromLatin1(BytesOption)};
         if (isatty(STDERR_FILENO) == 1) {
             const auto progress = std::make_shared<Progress>();
             options.session.onProgress = [progress](qint64 bytes, bool isOver) { progress->Show(bytes, isOver); };
@@ -296,6 +305,10 @@ private:
                          "Give up when nothing was heard for so many SECONDS (60 unless given)")
             ->type_name("SECONDS")
             ->check(CLI::Range(0.001, 86400.0));
+        _AddLimit(command, EntriesOption, "Refuse a listing of more than N entries (5000000 unless given)",
+                  _arguments.maxListingEntries);
+        _AddLimit(command, BytesOption, "Refuse a listing of more than N bytes, unpacked (4294967296 unless given)",
+                  _arguments.maxListingBytes);
         command->footer(Footer);
         _actions.emplace(command, action);
         return command;
@@ -319,6 +332,10 @@ private:
 
     static void _AddUrl(CLI::App* command, const char* name, const char* description, std::string& url) {
         command->add_option(name, url, description)->required();
+    }
+
+    static void _AddLimit(CLI::App* command, const char* name, const char* description, qint64& limit) {
+        command->add_option(name, limit, description)->type_name("N")->check(CLI::PositiveNumber);
     }
 
     void _AddExclude(CLI::App* command) {

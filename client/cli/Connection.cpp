@@ -101,6 +101,8 @@ std::unique_ptr<http::IContentSession> Connection::NewContentSession() const {
     http::HttpSessionSettings settings = _settings;
     // What is shown of several transfers at once is not for one of them to say.
     settings.onProgress = nullptr;
+    // Several transfers share a line that may be slow.
+    settings.leastRate = 0;
     return std::make_unique<http::ContentSession>(settings, _authenticators->CreateAuthenticator(TheServerId));
 }
 

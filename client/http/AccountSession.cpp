@@ -11,7 +11,7 @@ namespace http {
 using sync::interf::IHttpRequest;
 
 AccountSession::AccountSession(const HttpSessionSettings& settings, const QAuthenticator& credentials)
-    : _session(settings, credentials) {}
+    : _limits(settings.listing), _session(settings, credentials) {}
 
 void AccountSession::Execute(const QList<Request>& requests, const Completion& completed) {
     std::vector<Exchange*> exchanges;
@@ -50,6 +50,9 @@ QString AccountSession::LastAnswer() const {
 
 void AccountSession::_Perform(IHttpRequest& request, Exchange& exchange) {
     auto* const propfind = dynamic_cast<PropfindRequest*>(&request);
+    if (propfind != nullptr) {
+        propfind->SetLimits(_limits);
+    }
     if (propfind != nullptr && propfind->IsListing()) {
         _List(*propfind);
     } else {

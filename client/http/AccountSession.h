@@ -53,6 +53,7 @@ private:
     void _Perform(sync::interf::IHttpRequest& request, Exchange& exchange);
     void _List(PropfindRequest& listing);
 
+    const ListingLimits _limits;
     HttpSession _session;
     ServerCapabilities _capabilities{_session};
     bool _sharesNextListing = false;

@@ -66,7 +66,10 @@ QString TransportReason(CURLcode code, const char* detail) {
 class HttpSession::Transfer {
 public:
     Transfer(const HttpSessionSettings& settings, const QAuthenticator& credentials)
-        : _silenceLimit(settings.silenceLimit), _onProgress(settings.onProgress) {
+        : _silenceLimit(settings.silenceLimit),
+          _slownessLimit(settings.slownessLimit),
+          _leastRate(settings.leastRate),
+          _onProgress(settings.onProgress) {
         InitialiseCurl();
         _easy.reset(curl_easy_init());
         _multi.reset(curl_multi_init());
@@ -210,6 +213,8 @@ private:
 
     QString _Run() {
         _lastSign = Clock::now();
+        _lastProgress = _lastSign;
+        _sizeThen = 0;
         int running = 0;
         while (!_isCancelled) {
             CURLMcode result = curl_multi_perform(_multi.get(), &running);
@@ -237,8 +242,25 @@ private:
                 return QStringLiteral("nothing was received or sent for %1 s")
                     .arg(static_cast<double>(_silenceLimit.count()) / 1000.0);
             }
+            if (_IsTooSlow()) {
+                return QStringLiteral("less than %1 bytes a second were received for %2 s")
+                    .arg(_leastRate)
+                    .arg(static_cast<double>(_slownessLimit.count()) / 1000.0);
+            }
         }
         return QStringLiteral("it was cancelled");
+    }
+
+    bool _IsTooSlow() {
+        const auto now = Clock::now();
+        if (now - _lastProgress < _slownessLimit) {
+            return false;
+        }
+        const double seconds = std::chrono::duration<double>(now - _lastProgress).count();
+        const bool isTooSlow = static_cast<double>(_bodySize - _sizeThen) < static_cast<double>(_leastRate) * seconds;
+        _lastProgress = now;
+        _sizeThen = _bodySize;
+        return isTooSlow;
     }
 
     QString _Outcome() {
@@ -365,6 +387,8 @@ private:
     }
 
     const std::chrono::milliseconds _silenceLimit;
+    const std::chrono::milliseconds _slownessLimit;
+    const qint64 _leastRate;
     const std::function<void(qint64, bool)> _onProgress;
     // The connections live in the second, which the first has to be taken out of before it goes.
     std::unique_ptr<CURLM, MultiDeleter> _multi;
@@ -373,6 +397,9 @@ private:
     std::atomic<bool> _isCancelled{false};
 
     Clock::time_point _lastSign;
+    /// When it was last looked at how much came, and how much that was.
+    Clock::time_point _lastProgress;
+    qint64 _sizeThen = 0;
     Exchange* _exchange = nullptr;
     AnswerSummary _answer;
     qint64 _bodySize = 0;

@@ -25,8 +25,8 @@ public:
     HttpSession& operator=(const HttpSession&) = delete;
 
     /// Returns when the answer came whole and `exchange` took it. Throws ExchangeError when no answer came, when it was
-    /// cut off, when the server was silent for too long, when `exchange` refused what came or broke its body off, and
-    /// after Cancel.
+    /// cut off, when the server was silent or slow for too long, when `exchange` refused what came or broke its body
+    /// off, and after Cancel.
     void Perform(Exchange& exchange);
 
     /// Ends the exchange under way, and each to come before anything is sent. May be called by any thread.

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <functional>
 
+#include "client/http/ListingLimits.h"
+
 namespace ovsync {
 namespace http {
 
@@ -11,8 +13,13 @@ namespace http {
 struct HttpSessionSettings {
     /// A file of PEM certificates to trust in place of the system's; empty for the system's.
     QString caFile;
-    /// How long neither side may send a single byte. The length of an exchange as a whole is not limited.
+    /// How long neither side may send a single byte.
     std::chrono::milliseconds silenceLimit = std::chrono::seconds(60);
+    /// For how long an answer's body may come at less than `leastRate`, in bytes a second, uncompressed. An exchange
+    /// that comes faster may take as long as it likes. Zero bytes a second are no limit.
+    std::chrono::milliseconds slownessLimit = std::chrono::minutes(10);
+    qint64 leastRate = 1024;
+    ListingLimits listing;
     /// How long it may take to reach the server, TLS included.
     std::chrono::milliseconds connectLimit = std::chrono::seconds(30);
     /// Called several times a second while an answer is waited for and received, and once more when the exchange is

@@ -88,14 +88,23 @@ int MadeUpId(const std::string& key) {
 
 }  // namespace
 
-ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope)
-    : _depth(depth), _scope(scope), _href(asked), _result(std::make_shared<DAVPropfindResult>()) {
+ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope,
+                               const ListingLimits& limits)
+    : _depth(depth),
+      _scope(scope),
+      _limit(limits.entries),
+      _href(asked),
+      _result(std::make_shared<DAVPropfindResult>()) {
     const std::string path = asked.path(QUrl::FullyEncoded).toStdString();
     _href.Read(path.data(), path.size());
     _askedKey = _href.Key();
 }
 
 void ListingBuilder::Add(const MultistatusEntry& entry) {
+    if (++_count > _limit.value) {
+        throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
+                                .arg(QString::number(_limit.value), _limit.source));
+    }
     const ByteSlice href = entry.Href().Trimmed();
     if (href.size == 0) {
         throw SyncException(QStringLiteral("an entry has an empty href"));

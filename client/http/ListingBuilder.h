@@ -10,6 +10,7 @@
 
 #include "client/http/Href.h"
 #include "client/http/HrefScope.h"
+#include "client/http/ListingLimits.h"
 #include "client/http/MultistatusEntry.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "host/http/DAVPropfindResult.h"
@@ -23,10 +24,11 @@ namespace http {
 /// out to be a file; a file stands among the file-like entries too, whatever the depth. An asked container is in
 /// neither map. The hrefs of file-like entries end in no '/', those of forms neither, so that the path of a form is the
 /// path of what lies in it up to the last '/'. Throws SyncException for an entry that lies outside what was asked, that
-/// came before, or that has a number that is none.
+/// came before, that has a number that is none, or that is one more than the limit.
 class ListingBuilder {
 public:
-    ListingBuilder(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth, HrefScope scope);
+    ListingBuilder(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth, HrefScope scope,
+                   const ListingLimits& limits);
 
     void Add(const MultistatusEntry& entry);
 
@@ -55,6 +57,8 @@ private:
 
     const sync::http::DAVPropfindRequest::Depth _depth;
     const HrefScope _scope;
+    const ListingLimits::Limit _limit;
+    qint64 _count = 0;
     Href _href;
     std::string _askedKey;
     bool _ownSeen = false;

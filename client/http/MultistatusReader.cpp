@@ -72,7 +72,8 @@ struct ParserDeleter {
 /// The document while it is read.
 class MultistatusReader::Document {
 public:
-    Document(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope) : _listing(asked, depth, scope) {
+    Document(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope, const ListingLimits& limits)
+        : _listing(asked, depth, scope, limits) {
         xmlInitParser();
         xmlSAXHandler handlers = {};
         handlers.initialized = XML_SAX2_MAGIC;
@@ -325,8 +326,9 @@ private:
     ListingBuilder _listing;
 };
 
-MultistatusReader::MultistatusReader(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope)
-    : _document(std::make_unique<Document>(asked, depth, scope)) {}
+MultistatusReader::MultistatusReader(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope,
+                                     const ListingLimits& limits)
+    : _document(std::make_unique<Document>(asked, depth, scope, limits)) {}
 
 MultistatusReader::~MultistatusReader() = default;
 

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "client/http/HrefScope.h"
+#include "client/http/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "host/http/DAVPropfindResult.h"
 
@@ -16,8 +17,9 @@ namespace http {
 ///
 /// A document is a listing only when it is complete, well-formed, has a multistatus as its root and no document type
 /// declaration, and when every entry in it can be placed: it has one href, inside the scope of the request, that did
-/// not come before, and no status that says it could not be read; and when the asked resource is among the entries.
-/// Anything else throws a SyncException that says what is wrong, and nothing of the listing is handed out.
+/// not come before, and no status that says it could not be read; when the asked resource is among the entries; and
+/// when these are not more than the limit. Anything else throws a SyncException that says what is wrong, and nothing of
+/// the listing is handed out.
 ///
 /// Memory is bounded by the entry: an href above 16 KiB, a value above 64 KiB, values of one entry above 1 MiB, an
 /// attribute or a comment above 64 KiB and elements nested deeper than 64 are errors.
@@ -27,9 +29,9 @@ namespace http {
 /// They have 31 bits, so that among many thousand entries two can be equal; item ids never are.
 class MultistatusReader {
 public:
-    /// For the answer to a request of `asked` with `depth`.
+    /// For the answer to a request of `asked` with `depth`. Of the limits, only that of the entries counts here.
     MultistatusReader(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth,
-                      HrefScope scope = HrefScope::OfUrl);
+                      HrefScope scope = HrefScope::OfUrl, const ListingLimits& limits = ListingLimits());
     ~MultistatusReader();
     MultistatusReader(const MultistatusReader&) = delete;
     MultistatusReader& operator=(const MultistatusReader&) = delete;

@@ -1,5 +1,7 @@
 #include "client/http/OptionsRequest.h"
 
+#include "host/core/SyncException.h"
+
 namespace ovsync {
 namespace http {
 
@@ -24,6 +26,7 @@ QByteArray OptionsRequest::RequestBody() const {
 void OptionsRequest::Forget() {
     _status = 0;
     _davTokens.clear();
+    _bodySize = 0;
 }
 
 void OptionsRequest::OnHeaders(int status, const Headers& headers) {
@@ -36,7 +39,12 @@ void OptionsRequest::OnHeaders(int status, const Headers& headers) {
     }
 }
 
-void OptionsRequest::OnBody(const char* /*bytes*/, size_t /*size*/) {}
+void OptionsRequest::OnBody(const char* /*bytes*/, size_t size) {
+    _bodySize += static_cast<qint64>(size);
+    if (_bodySize > BodyLimit) {
+        throw sync::core::SyncException(QStringLiteral("the body of the answer is above %1 bytes").arg(BodyLimit));
+    }
+}
 
 void OptionsRequest::OnEnd() {}
 

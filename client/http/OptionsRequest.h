@@ -9,9 +9,13 @@
 namespace ovsync {
 namespace http {
 
-/// Asks a server what it knows. Takes every answer. Not thread-safe.
+/// Asks a server what it knows. Takes every answer whose body, which tells nothing, has at most BodyLimit. Not
+/// thread-safe.
 class OptionsRequest : public Exchange {
 public:
+    /// In bytes.
+    static constexpr qint64 BodyLimit = qint64(1024) * 1024;
+
     explicit OptionsRequest(const QUrl& url);
 
     int StatusCode() const { return _status; }
@@ -31,6 +35,7 @@ private:
     const QUrl _url;
     int _status = 0;
     QList<QByteArray> _davTokens;
+    qint64 _bodySize = 0;
 };
 
 }  // namespace http

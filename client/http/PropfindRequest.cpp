@@ -168,6 +168,7 @@ QByteArray PropfindRequest::RequestBody() const {
 void PropfindRequest::Forget() {
     _status = 0;
     _headers.clear();
+    _bodySize = 0;
     _serverTime = QDateTime();
     _reader.reset();
     _result.reset();
@@ -183,7 +184,7 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
         if (!IsXml(contentType)) {
             throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
         }
-        _reader = std::make_unique<MultistatusReader>(_url, _depth, _scope);
+        _reader = std::make_unique<MultistatusReader>(_url, _depth, _scope, _limits);
         return;
     }
     const bool isMeaningful = status >= HttpStatus::BadRequest ||
@@ -195,6 +196,11 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
 }
 
 void PropfindRequest::OnBody(const char* bytes, size_t size) {
+    _bodySize += static_cast<qint64>(size);
+    if (_bodySize > _limits.bytes.value) {
+        throw SyncException(QStringLiteral("the listing has more than %1 bytes, the limit set by %2")
+                                .arg(QString::number(_limits.bytes.value), _limits.bytes.source));
+    }
     if (_reader) {
         _reader->Feed(bytes, size);
     }

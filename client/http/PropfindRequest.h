@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "client/http/Exchange.h"
+#include "client/http/ListingLimits.h"
 #include "client/http/MultistatusReader.h"
 #include "host/http/DAVPropfindRequest.h"
 
@@ -16,8 +17,9 @@ namespace http {
 /// A PROPFIND that reads its answer while it arrives. Not thread-safe.
 ///
 /// Refuses as an answer: a 207 whose content type is not XML or whose document is no listing (see MultistatusReader), a
-/// 304 to an unconditional request, a 302 to Depth 0, and every other status below 400. All statuses from 400 and a 302
-/// to a deeper request are the library's to judge, which throws on them or takes 404 for what it says.
+/// 304 to an unconditional request, a 302 to Depth 0, every other status below 400, and a body above the limits. All
+/// statuses from 400 and a 302 to a deeper request are the library's to judge, which throws on them or takes 404 for
+/// what it says.
 class PropfindRequest : public sync::http::DAVPropfindRequest, public Exchange {
 public:
     /// `url` is sent as it is.
@@ -28,6 +30,8 @@ public:
     bool IsListing() const { return _depth != Resource; }
     /// Whether the properties that only the service knows are left out. They are not, unless set.
     void SetStandardPropertiesOnly(bool standardOnly) { _standardOnly = standardOnly; }
+
+    void SetLimits(const ListingLimits& limits) { _limits = limits; }
 
     /// Whether `other` would be sent with the same words.
     bool AsksTheSameAs(const PropfindRequest& other) const;
@@ -63,9 +67,11 @@ private:
     QByteArray _modifiedSince;
     QStringList _names;
     bool _standardOnly = false;
+    ListingLimits _limits;
 
     int _status = 0;
     Headers _headers;
+    qint64 _bodySize = 0;
     QDateTime _serverTime;
     std::unique_ptr<MultistatusReader> _reader;
     std::shared_ptr<sync::http::DAVPropfindResult> _result;

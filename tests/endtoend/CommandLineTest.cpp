@@ -62,6 +62,23 @@ TEST_F(CommandLineTest, AnEmptyFolderIsAnEmptyListing) {
     EXPECT_EQ(RunOvsync({Text("ls"), Text("--json"), service.Url() + Text("empty/")}).output, QByteArray("[]\n"));
 }
 
+TEST_F(CommandLineTest, AListingAboveALimitIsAnErrorThatNamesTheOption) {
+    Service service;
+    service.AddFile(Text("folder/a.txt"), "a");
+    service.AddFile(Text("folder/b.txt"), "b");
+    const auto list = [&](const char* option, const char* limit) {
+        return RunOvsync({Text("ls"), service.Url() + Text("folder/"), Text(option), Text(limit)});
+    };
+    EXPECT_EQ(list("--max-listing-entries", "3").output, QByteArray("a.txt\nb.txt\n"));
+    for (const char* option : {"--max-listing-entries", "--max-listing-bytes"}) {
+        const ProgramResult result = list(option, "2");
+        EXPECT_EQ(result.exitCode, 3);
+        EXPECT_EQ(result.output, QByteArray());
+        EXPECT_THAT(ErrorsOf(result), HasSubstr(std::string("the limit set by ") + option));
+    }
+    EXPECT_EQ(list("--max-listing-entries", "0").exitCode, 2);
+}
+
 TEST_F(CommandLineTest, NamesOfEveryKindComeThroughUnchanged) {
     Service service;
     const char* const names[] = {

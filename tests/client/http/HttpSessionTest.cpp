@@ -234,6 +234,46 @@ TEST_F(HttpSessionTest, GivesUpAfterSilence) {
     }
 }
 
+TEST_F(HttpSessionTest, GivesUpAnAnswerThatDrips) {
+    settings.slownessLimit = std::chrono::milliseconds(300);
+    const QByteArray listing = Listing();
+    ScriptedServer::Step step = ScriptedServer::Answer(listing);
+    step.millisecondsPerByte = 20;
+    ScriptedServer server({step});
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(session, request), HasSubstr("less than 1024 bytes a second were received for 0.3 s"));
+    EXPECT_FALSE(request.GetResult());
+}
+
+TEST_F(HttpSessionTest, OutlivesASlowAnswerThatKeepsComing) {
+    settings.slownessLimit = std::chrono::milliseconds(500);
+    settings.leastRate = 2;
+    ScriptedServer::Step step = ScriptedServer::Answer(ListingAnswer(QStringLiteral("file.xml")));
+    step.millisecondsPerByte = 2;
+    ScriptedServer server({step});
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(QStringLiteral("/Projects/A/b%20c.txt")), PropfindRequest::Resource);
+    EXPECT_EQ(ErrorOf(session, request), "");
+    EXPECT_TRUE(request.GetResult());
+}
+
+TEST_F(HttpSessionTest, RefusesAListingThatUnpacksToMoreThanTheLimit) {
+    const QByteArray packed = FixtureBytes(QStringLiteral("listings/apache.xml.gz"));
+    ScriptedServer proxy({ScriptedServer::Answer(
+        "HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\nContent-Encoding: gzip\r\nContent-Length: " +
+        QByteArray::number(packed.size()) + "\r\n\r\n" + packed)});
+    qputenv("http_proxy", proxy.Url(QString()).toEncoded());
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(QUrl(QStringLiteral("http://files.invalid/Projects/A/")), PropfindRequest::Children);
+    ListingLimits limits;
+    limits.bytes = {packed.size(), QStringLiteral("--bytes")};
+    request.SetLimits(limits);
+    EXPECT_THAT(ErrorOf(session, request), HasSubstr("the listing has more than " + std::to_string(packed.size()) +
+                                                     " bytes, the limit set by --bytes"));
+    EXPECT_FALSE(request.GetResult());
+}
+
 TEST_F(HttpSessionTest, OutlivesASlowAnswerThatIsNeverSilent) {
     settings.silenceLimit = std::chrono::milliseconds(250);
     ScriptedServer::Step step = ScriptedServer::Answer(ListingAnswer(QStringLiteral("file.xml")));

@@ -8,6 +8,7 @@
 
 #include "client/http/ExchangeError.h"
 #include "client/http/HttpFactory.h"
+#include "client/http/OptionsRequest.h"
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "tests/client/http/BadAnswers.h"
@@ -63,6 +64,45 @@ protected:
     RequestManager manager{session};
     std::vector<IHttpRequest::RequestState> states;
 };
+
+TEST(ListingLimitsTest, AnAnswerAboveALimitIsNoListing) {
+    const QByteArray listing = ListingAnswer(QStringLiteral("apache.xml"));
+    const int bodySize = FixtureBytes(QStringLiteral("listings/apache.xml")).size();
+    const auto errorOf = [&](const ListingLimits& limits) {
+        ScriptedServer server({OptionsStep(), ScriptedServer::Answer(listing)});
+        const CleanEnvironment environment;
+        HttpSessionSettings settings;
+        settings.listing = limits;
+        RequestAuthenticatorFactory nobody{QString(), QString()};
+        RequestManager manager(AccountSessions(settings).Of(0, nobody));
+        const auto request = RequestOf(server.Url(QueriedPath));
+        try {
+            manager.Execute({request});
+        } catch (const ExchangeError& error) {
+            EXPECT_FALSE(request->GetResult());
+            return error.Utf8Message();
+        }
+        return std::string();
+    };
+    ListingLimits limits;
+    limits.entries = {4, QStringLiteral("--entries")};
+    limits.bytes = {bodySize, QStringLiteral("--bytes")};
+    EXPECT_EQ(errorOf(limits), "");
+    limits.entries.value = 3;
+    EXPECT_THAT(errorOf(limits), HasSubstr("the listing has more than 3 entries, the limit set by --entries"));
+    limits.entries.value = 4;
+    limits.bytes.value = bodySize - 1;
+    EXPECT_THAT(errorOf(limits), HasSubstr("the listing has more than " + std::to_string(bodySize - 1) +
+                                           " bytes, the limit set by --bytes"));
+}
+
+TEST_F(RequestManagerTest, RefusesAnEndlessAnswerToTheQuestionWhatAServerKnows) {
+    const QByteArray body(OptionsRequest::BodyLimit + 1, 'x');
+    ScriptedServer server({ScriptedServer::Answer(
+        "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body)});
+    EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}),
+                HasSubstr("the body of the answer is above 1048576 bytes"));
+}
 
 TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
     ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
