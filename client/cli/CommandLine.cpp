@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "client/cli/AgentCommand.h"
+#include "client/cli/Complaint.h"
 #include "client/cli/Connection.h"
 #include "client/cli/Interruption.h"
 #include "client/cli/ListCommand.h"
@@ -31,6 +32,7 @@
 #include "client/cli/SettingsCommand.h"
 #include "client/cli/SizeCommand.h"
 #include "client/cli/StatCommand.h"
+#include "client/cli/TerminalText.h"
 #include "client/cli/TreeCommand.h"
 #include "client/cli/UsageError.h"
 #include "client/cli/VersionCommand.h"
@@ -159,8 +161,17 @@ using Action = std::function<void(Connection&, const Location&, const Arguments&
 /// A command that needs no service.
 using LocalCommand = std::function<ExitCode(const Arguments&, Output&)>;
 
-void Complain(const std::string& message) {
-    std::cerr << "ovsync: " << message.substr(0, message.find_last_not_of('\n') + 1) << '\n';
+void ComplainOf(const std::exception& error) {
+    Complain(QString::fromUtf8(error.what()));
+}
+
+/// `text` may have several lines.
+void ComplainOfUsage(const std::string& text) {
+    const QStringList lines = QString::fromStdString(text).trimmed().split(QLatin1Char('\n'));
+    Complain(lines.first());
+    for (const QString& line : lines.mid(1)) {
+        std::cerr << ShownInErrors(line).toStdString() + '\n';
+    }
 }
 
 /// The commands of the command line: how each is read into Arguments and what it then does.
@@ -393,8 +404,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     log4cplus::Logger log = log4cplus::Logger::getRoot();
     log.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
-    const LoggedErrors loggedErrors(
-        log, [](const QString& message) { Complain(Output::WithoutControlCharacters(message).toStdString()); });
+    const LoggedErrors loggedErrors(log, [](const QString& message) { Complain(TerminalText(message)); });
     Location location;
     std::optional<Connection> connection;
     CLI::App app("Lists, looks up and changes what lies on a Drovane service or any other WebDAV server.", "ovsync");
@@ -413,7 +423,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
                 // Whatever is missing is named before anything that is too much.
                 const bool misses = dynamic_cast<const CLI::RequiredError*>(&e) != nullptr;
                 const std::vector<std::string> unknown = misses ? app.remaining(true) : std::vector<std::string>();
-                Complain((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str());
+                ComplainOfUsage((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str());
             }
             return isDone ? Done : WrongUsage;
         }
@@ -439,30 +449,30 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         output.Flush();
         return exitCode;
     } catch (const UsageError& e) {
-        Complain(e.what());
+        ComplainOf(e);
         return WrongUsage;
     } catch (const syncing::WrongFolder& e) {
-        Complain(e.what());
+        ComplainOf(e);
         return WrongUsage;
     } catch (const syncing::LocalError& e) {
-        Complain(e.what());
+        ComplainOf(e);
         return Refused;
     } catch (const store::StoreError& e) {
-        Complain(e.what());
+        ComplainOf(e);
         return Refused;
     } catch (const HttpException& e) {
-        Complain(e.what());
-        Complain("The answer was " + connection->LastAnswer().toStdString());
+        ComplainOf(e);
+        Complain(QStringLiteral("The answer was ") + connection->LastAnswer());
         if (e.StatusCode() == 401) {
-            Complain("Give a user name with -u.");
+            Complain(QStringLiteral("Give a user name with -u."));
         }
         if (commands.ListsTree() && RefusesTrees(e.StatusCode(), *connection, location)) {
-            Complain(
-                "This server does not list a whole tree at once (Depth: infinity). List it folder by folder with ls.");
+            Complain(QStringLiteral(
+                "This server does not list a whole tree at once (Depth: infinity). List it folder by folder with ls."));
         }
         return Refused;
     } catch (const std::exception& e) {
-        Complain(e.what());
+        ComplainOf(e);
         return Unreachable;
     }
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "client/cli/TerminalText.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -21,24 +22,14 @@ Output::Output() : _isTerminal(isatty(STDOUT_FILENO) == 1) {
 }
 
 QByteArray Output::Shown(const QString& text) const {
-    return (_isTerminal ? WithoutControlCharacters(text) : text).toUtf8();
-}
-
-QString Output::WithoutControlCharacters(const QString& text) {
-    QString shown = text;
-    for (QChar& character : shown) {
-        if (character.category() == QChar::Other_Control) {
-            character = QLatin1Char('?');
-        }
-    }
-    return shown;
+    return (_isTerminal ? TerminalText(text) : text).toUtf8();
 }
 
 void Output::Write(const QByteArray& bytes) {
     if (_buffer.size() + bytes.size() > BufferSize) {
         Flush();
     }
-    _buffer.append(bytes);
+    _buffer.append(_isTerminal ? TerminalJson(bytes) : bytes);
 }
 
 void Output::Flush() {

@@ -6,21 +6,18 @@
 namespace ovsync {
 namespace cli {
 
-/// Standard output, buffered. On a terminal, control characters of what is shown become '?', so that a name cannot
-/// drive the terminal. Not thread-safe.
+/// Standard output, buffered. On a terminal nothing is written that could drive it. Not thread-safe.
 class Output {
 public:
     Output();
 
     bool IsTerminal() const { return _isTerminal; }
 
-    /// `text` as it may be shown to whoever reads the output.
+    /// `text` as it may be shown to whoever reads the output: on a terminal TerminalText.
     QByteArray Shown(const QString& text) const;
 
-    /// `text` with a '?' for each control character.
-    static QString WithoutControlCharacters(const QString& text);
-
-    /// Throws SyncException when the output cannot be written.
+    /// UTF-8; on a terminal TerminalJson of it, because JSON has its own way to write what is not shown. Throws
+    /// SyncException when the output cannot be written.
     void Write(const QByteArray& bytes);
 
     /// To be called when all is written. Throws SyncException when the output cannot be written.

@@ -1,8 +1,8 @@
 #include "client/cli/StatCommand.h"
 
 #include <algorithm>
-#include <iostream>
 
+#include "client/cli/Complaint.h"
 #include "client/cli/FileFormat.h"
 #include "client/cli/FolderFormat.h"
 #include "host/core/SyncException.h"
@@ -15,16 +15,14 @@ using sync::config::FolderConfiguration;
 namespace {
 
 /// Adds to `folder` what the service tells of a folder only where it lists the one above.
-void AddListedFields(Connection& connection, const Location& location, FolderConfiguration& folder,
-                     const Output& output) {
+void AddListedFields(Connection& connection, const Location& location, FolderConfiguration& folder) {
     FolderConfiguration parent = connection.Folder(location.ParentPath());
     std::shared_ptr<QVector<FolderConfiguration>> listed;
     try {
         listed = connection.Folders().GetNameSortedDirsByFolder(parent);
     } catch (const sync::core::SyncException& e) {
         // Whoever may see a folder need not see those beside it, and what lies above it may know no WebDAV.
-        std::cerr << "ovsync: More of /" << output.Shown(location.serverPath).constData()
-                  << " cannot be told: " << e.what() << '\n';
+        Complain(QStringLiteral("More of /%1 cannot be told: %2").arg(location.serverPath, e.Message()));
         return;
     }
     const auto found = std::find_if(listed->cbegin(), listed->cend(), [&folder](const FolderConfiguration& other) {
@@ -43,7 +41,7 @@ void ShowResource(Connection& connection, const Location& location, bool asJson,
     FolderConfiguration folder;
     if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
         if (!location.serverPath.isEmpty()) {
-            AddListedFields(connection, location, folder, output);
+            AddListedFields(connection, location, folder);
         }
         output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
         return;

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <nlohmann/json.hpp>
 
+#include "client/cli/Complaint.h"
 #include "client/cli/ProgressLine.h"
 
 namespace ovsync {
@@ -85,17 +86,14 @@ void SyncOutput::OnEvent(const SyncEvent& event) {
         _output.Write(LineOf(object));
         return;
     }
-    QByteArray line = QByteArray(text.done) + ' ' + _output.Shown(event.path);
-    if (!event.detail.isEmpty()) {
-        line += ": " + _output.Shown(event.detail);
-    }
-    line += '\n';
+    const QString line = QLatin1String(text.done) + QLatin1Char(' ') + event.path +
+                         (event.detail.isEmpty() ? QString() : QLatin1String(": ") + event.detail);
     if (event.IsProblem()) {
         _ClearBar();
         _output.Flush();
-        std::cerr << line.constData();
+        std::cerr << ShownInErrors(line).toStdString() + '\n';
     } else if (_format == Format::Lines || _isTrial) {
-        _output.Write(line);
+        _output.Write(_output.Shown(line) + '\n');
     }
 }
 

@@ -1,7 +1,6 @@
 #include "client/cli/TreeCommand.h"
 
-#include <iostream>
-
+#include "client/cli/Complaint.h"
 #include "client/cli/DateText.h"
 #include "client/cli/NoSuchFolder.h"
 
@@ -52,12 +51,12 @@ void ShowTree(Connection& connection, const Location& location, const QDateTime&
         return;
     }
     if (isUnchanged) {
-        std::cerr << "ovsync: nothing changed\n";
+        Complain(QStringLiteral("nothing changed"));
     } else {
         WriteEntries(*folders, *files, format, output);
     }
     if (!time.isEmpty()) {
-        std::cerr << "ovsync: the service's time is " << time.constData() << '\n';
+        Complain(QStringLiteral("the service's time is ") + QString::fromLatin1(time));
     }
 }
 

@@ -5,67 +5,53 @@
 #include <unistd.h>
 
 #include "host/core/SyncException.h"
+#include "tests/client/cli/Terminal.h"
 #include "tests/fakes/Printers.h"
 
 namespace {
 
 using ovsync::cli::Output;
 using sync::core::SyncException;
+using tests::Pipe;
+using tests::Redirection;
+using tests::Terminal;
 
-/// Standard output, put in another's place as long as this object lives.
-class RedirectedOutput {
-public:
-    explicit RedirectedOutput(int target) : _saved(dup(STDOUT_FILENO)) { dup2(target, STDOUT_FILENO); }
-    ~RedirectedOutput() {
-        dup2(_saved, STDOUT_FILENO);
-        close(_saved);
-    }
-    RedirectedOutput(const RedirectedOutput&) = delete;
-    RedirectedOutput& operator=(const RedirectedOutput&) = delete;
+const char* const Evil = "a\x1B[31mb\nc\xC3\xA9\xC2\x9B\xE2\x80\xAE\xE2\x81\xA6.\x7F";
 
-private:
-    const int _saved;
-};
+TEST(OutputTest, OnATerminalNothingIsShownThatCouldDriveIt) {
+    const Terminal terminal;
+    const Redirection redirection(STDOUT_FILENO, terminal.Descriptor());
+    const Output output;
+    EXPECT_TRUE(output.IsTerminal());
+    EXPECT_EQ(output.Shown(QString::fromUtf8(Evil)), QByteArray("a?[31mb?c\xC3\xA9???.?"));
+}
 
-TEST(OutputTest, OnATerminalControlCharactersAreNotPassedOn) {
-    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-    ASSERT_GE(terminal, 0);
-    ASSERT_EQ(grantpt(terminal), 0);
-    ASSERT_EQ(unlockpt(terminal), 0);
-    const int user = open(ptsname(terminal), O_RDWR | O_NOCTTY);
-    ASSERT_GE(user, 0);
-    QByteArray shown;
-    bool isTerminal = false;
+TEST(OutputTest, OnATerminalJsonIsWrittenWithEscapes) {
+    const Terminal terminal;
     {
-        const RedirectedOutput redirected(user);
-        const Output output;
-        isTerminal = output.IsTerminal();
-        shown = output.Shown(QString::fromUtf8("a\x1B[31mb\nc\xC3\xA9"));
+        const Redirection redirection(STDOUT_FILENO, terminal.Descriptor());
+        Output output;
+        output.Write(Evil);
+        output.Flush();
     }
-    close(user);
-    close(terminal);
-    EXPECT_TRUE(isTerminal);
-    EXPECT_EQ(shown, QByteArray("a?[31mb?c\xC3\xA9"));
+    EXPECT_EQ(terminal.Shown(), "a\\u001b[31mb\r\nc\xC3\xA9\\u009b\\u202e\\u2066.\\u007f");
 }
 
 TEST(OutputTest, ElsewhereNamesAreWrittenAsTheyAre) {
-    int pipeEnds[2];
-    ASSERT_EQ(pipe(pipeEnds), 0);
+    const Pipe pipe;
+    const Terminal terminal;
     QByteArray shown;
     {
-        const RedirectedOutput redirected(pipeEnds[1]);
+        const Redirection redirection(STDOUT_FILENO, pipe.Descriptor());
+        const Redirection other(STDERR_FILENO, terminal.Descriptor());
         Output output;
-        shown = output.Shown(QString::fromUtf8("a\x1B[31mb\nc"));
-        output.Write("first ");
+        shown = output.Shown(QString::fromUtf8(Evil));
+        output.Write(Evil);
         output.Write("second");
         output.Flush();
     }
-    close(pipeEnds[1]);
-    char read_[64] = {};
-    EXPECT_EQ(read(pipeEnds[0], read_, sizeof(read_)), 12);
-    close(pipeEnds[0]);
-    EXPECT_STREQ(read_, "first second");
-    EXPECT_EQ(shown, QByteArray("a\x1B[31mb\nc"));
+    EXPECT_EQ(pipe.Shown(), std::string(Evil) + "second");
+    EXPECT_EQ(shown, QByteArray(Evil));
 }
 
 TEST(OutputTest, AFullDiskIsAnError) {
@@ -73,7 +59,7 @@ TEST(OutputTest, AFullDiskIsAnError) {
     ASSERT_GE(full, 0);
     std::string error;
     {
-        const RedirectedOutput redirected(full);
+        const Redirection redirection(STDOUT_FILENO, full);
         Output output;
         output.Write("something");
         try {
