@@ -3,12 +3,14 @@
 #include <curl/curl.h>
 
 #include <QHostAddress>
+#include <QRegularExpression>
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <exception>
 
 #include "client/http/ExchangeError.h"
+#include "client/http/HttpStatus.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -66,49 +68,13 @@ QString TransportReason(CURLcode code, const char* detail) {
 class HttpSession::Transfer {
 public:
     Transfer(const HttpSessionSettings& settings, const QAuthenticator& credentials)
-        : _silenceLimit(settings.silenceLimit),
-          _slownessLimit(settings.slownessLimit),
-          _leastRate(settings.leastRate),
-          _onProgress(settings.onProgress) {
+        : _settings(settings), _credentials(credentials) {
         InitialiseCurl();
-        _easy.reset(curl_easy_init());
         _multi.reset(curl_multi_init());
-        if (!_easy || !_multi) {
+        if (!_multi) {
             throw std::bad_alloc();
         }
-        _Set(CURLOPT_PROTOCOLS_STR, "http,https");
-        _Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
-        _Set(CURLOPT_USERAGENT, "ovsync/" OVSYNC_VERSION);
-        _Set(CURLOPT_PATH_AS_IS, 1L);
-        _Set(CURLOPT_FOLLOWLOCATION, 0L);
-        _Set(CURLOPT_NOSIGNAL, 1L);
-        _Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-        _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(settings.connectLimit.count()));
-        _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
-        _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
-        _Set(CURLOPT_SSL_VERIFYPEER, 1L);
-        _Set(CURLOPT_SSL_VERIFYHOST, 2L);
-        if (!settings.caFile.isEmpty()) {
-            _Set(CURLOPT_CAINFO, settings.caFile.toUtf8().constData());
-            _Set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-        }
-        _Set(CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
-        _Set(CURLOPT_PROXYAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
-        if (credentials.isNull()) {
-            _Set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_OPTIONAL));
-        } else {
-            _Set(CURLOPT_USERNAME, credentials.user().toUtf8().constData());
-            _Set(CURLOPT_PASSWORD, credentials.password().toUtf8().constData());
-        }
-        _Set(CURLOPT_ERRORBUFFER, _detail);
-        _Set(CURLOPT_HEADERFUNCTION, &_OnHeaderLine);
-        _Set(CURLOPT_HEADERDATA, this);
-        _Set(CURLOPT_WRITEFUNCTION, &_OnBody);
-        _Set(CURLOPT_WRITEDATA, this);
-        _Set(CURLOPT_READFUNCTION, &_OnRead);
-        _Set(CURLOPT_READDATA, this);
-        _Set(CURLOPT_SEEKFUNCTION, &_OnRewind);
-        _Set(CURLOPT_SEEKDATA, this);
+        _Open();
     }
 
     void Perform(Exchange& exchange) {
@@ -118,9 +84,15 @@ public:
         _headers.clear();
         _headersEnded = false;
         _headersHandedOn = false;
+        _isDigestAsked = false;
         _refusal = nullptr;
         _detail[0] = '\0';
         exchange.Forget();
+        if (_knowsBasic && _settings.digestHosts->ForbidBasic(exchange.Url())) {
+            // It would send the password without being asked again.
+            _Open();
+            _knowsBasic = false;
+        }
 
         const QString failure = _Send();
         if (failure.isEmpty() && !_refusal) {
@@ -149,6 +121,46 @@ public:
     }
 
 private:
+    void _Open() {
+        _easy.reset(curl_easy_init());
+        if (!_easy) {
+            throw std::bad_alloc();
+        }
+        _Set(CURLOPT_PROTOCOLS_STR, "http,https");
+        _Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+        _Set(CURLOPT_USERAGENT, "ovsync/" OVSYNC_VERSION);
+        _Set(CURLOPT_PATH_AS_IS, 1L);
+        _Set(CURLOPT_FOLLOWLOCATION, 0L);
+        _Set(CURLOPT_NOSIGNAL, 1L);
+        _Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+        _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(_settings.connectLimit.count()));
+        _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
+        _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
+        _Set(CURLOPT_SSL_VERIFYPEER, 1L);
+        _Set(CURLOPT_SSL_VERIFYHOST, 2L);
+        if (!_settings.caFile.isEmpty()) {
+            _Set(CURLOPT_CAINFO, _settings.caFile.toUtf8().constData());
+            _Set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+        }
+        _Set(CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
+        _Set(CURLOPT_PROXYAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
+        if (_credentials.isNull()) {
+            _Set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_OPTIONAL));
+        } else {
+            _Set(CURLOPT_USERNAME, _credentials.user().toUtf8().constData());
+            _Set(CURLOPT_PASSWORD, _credentials.password().toUtf8().constData());
+        }
+        _Set(CURLOPT_ERRORBUFFER, _detail);
+        _Set(CURLOPT_HEADERFUNCTION, &_OnHeaderLine);
+        _Set(CURLOPT_HEADERDATA, this);
+        _Set(CURLOPT_WRITEFUNCTION, &_OnBody);
+        _Set(CURLOPT_WRITEDATA, this);
+        _Set(CURLOPT_READFUNCTION, &_OnRead);
+        _Set(CURLOPT_READDATA, this);
+        _Set(CURLOPT_SEEKFUNCTION, &_OnRewind);
+        _Set(CURLOPT_SEEKDATA, this);
+    }
+
     template <typename Value>
     void _Set(CURLoption option, Value value) {
         const CURLcode result = curl_easy_setopt(_easy.get(), option, value);
@@ -205,8 +217,8 @@ private:
         curl_multi_add_handle(_multi.get(), _easy.get());
         QString failure = _Run();
         curl_multi_remove_handle(_multi.get(), _easy.get());
-        if (_onProgress) {
-            _onProgress(_bodySize, true);
+        if (_settings.onProgress) {
+            _settings.onProgress(_bodySize, true);
         }
         return failure;
     }
@@ -226,9 +238,9 @@ private:
             };
             int active = 0;
             if (result == CURLM_OK) {
-                auto patience = std::max(_silenceLimit - silence(), std::chrono::milliseconds(0));
-                if (_onProgress) {
-                    _onProgress(_bodySize, false);
+                auto patience = std::max(_settings.silenceLimit - silence(), std::chrono::milliseconds(0));
+                if (_settings.onProgress) {
+                    _settings.onProgress(_bodySize, false);
                     patience = std::min(patience, ProgressInterval);
                 }
                 result = curl_multi_poll(_multi.get(), nullptr, 0, static_cast<int>(patience.count()), &active);
@@ -238,14 +250,14 @@ private:
             }
             if (active > 0) {
                 _lastSign = Clock::now();
-            } else if (silence() >= _silenceLimit) {
+            } else if (silence() >= _settings.silenceLimit) {
                 return QStringLiteral("nothing was received or sent for %1 s")
-                    .arg(static_cast<double>(_silenceLimit.count()) / 1000.0);
+                    .arg(static_cast<double>(_settings.silenceLimit.count()) / 1000.0);
             }
             if (_IsTooSlow()) {
                 return QStringLiteral("less than %1 bytes a second were received for %2 s")
-                    .arg(_leastRate)
-                    .arg(static_cast<double>(_slownessLimit.count()) / 1000.0);
+                    .arg(_settings.leastRate)
+                    .arg(static_cast<double>(_settings.slownessLimit.count()) / 1000.0);
             }
         }
         return QStringLiteral("it was cancelled");
@@ -253,11 +265,12 @@ private:
 
     bool _IsTooSlow() {
         const auto now = Clock::now();
-        if (now - _lastProgress < _slownessLimit) {
+        if (now - _lastProgress < _settings.slownessLimit) {
             return false;
         }
         const double seconds = std::chrono::duration<double>(now - _lastProgress).count();
-        const bool isTooSlow = static_cast<double>(_bodySize - _sizeThen) < static_cast<double>(_leastRate) * seconds;
+        const bool isTooSlow =
+            static_cast<double>(_bodySize - _sizeThen) < static_cast<double>(_settings.leastRate) * seconds;
         _lastProgress = now;
         _sizeThen = _bodySize;
         return isTooSlow;
@@ -312,6 +325,11 @@ private:
                 QStringLiteral("the answer was cut off or damaged: the connection ended inside its head"));
         }
         _CheckContentLength();
+        const bool isRefused =
+            _answer.status == HttpStatus::Unauthorized || _answer.status == HttpStatus::ProxyAuthenticationRequired;
+        if (_isDigestAsked && !isRefused) {
+            _settings.digestHosts->Add(_exchange->Url());
+        }
         _exchange->OnHeaders(_answer.status, _headers);
     }
 
@@ -333,11 +351,34 @@ private:
         }
         if (line.isEmpty()) {
             _headersEnded = true;
+            if (_Status() == HttpStatus::Unauthorized) {
+                _TakeChallenge();
+            }
         }
         const int colon = line.indexOf(':');
         // What follows the end is a trailer.
         if (colon > 0 && !_headersEnded) {
             _headers.append({line.left(colon), line.mid(colon + 1).trimmed()});
+        }
+    }
+
+    /// Before the HTTP library answers it. It answers with Digest wherever that is offered.
+    void _TakeChallenge() {
+        static const QRegularExpression quoted(QStringLiteral("\"([^\"\\\\]|\\\\.)*\""));
+        static const QRegularExpression digest(QStringLiteral("(^|,)\\s*digest[ \\t]"),
+                                               QRegularExpression::CaseInsensitiveOption);
+        QString challenges = QString::fromLatin1(Exchange::ValueOf(_headers, "www-authenticate"));
+        const bool mayBeBasic = challenges.contains(QLatin1String("basic"), Qt::CaseInsensitive);
+        _isDigestAsked = digest.match(challenges.replace(quoted, QStringLiteral("\"\""))).hasMatch();
+        if (_isDigestAsked || !mayBeBasic) {
+            return;
+        }
+        _knowsBasic = true;
+        if (_settings.digestHosts->ForbidBasic(_exchange->Url())) {
+            _answer.status = HttpStatus::Unauthorized;
+            throw sync::core::SyncException(
+                QStringLiteral("the password is asked for in clear, as Basic over http, although it was taken as "
+                               "Digest before: it was not sent"));
         }
     }
 
@@ -374,8 +415,13 @@ private:
     }
 
     static size_t _OnHeaderLine(char* bytes, size_t /*unit*/, size_t size, void* self) {
-        static_cast<Transfer*>(self)->_TakeHeaderLine(QByteArray(bytes, static_cast<int>(size)).trimmed());
-        return size;
+        auto* const transfer = static_cast<Transfer*>(self);
+        // A line that goes on with the one before could look like a header that the HTTP library does not see.
+        const bool goesOn = size > 0 && (*bytes == ' ' || *bytes == '\t');
+        if (!goesOn) {
+            transfer->_HandOn([&] { transfer->_TakeHeaderLine(QByteArray(bytes, static_cast<int>(size)).trimmed()); });
+        }
+        return transfer->_refusal ? 0 : size;
     }
 
     static size_t _OnBody(char* bytes, size_t /*unit*/, size_t size, void* self) {
@@ -386,10 +432,8 @@ private:
         return isOver ? 0 : size;
     }
 
-    const std::chrono::milliseconds _silenceLimit;
-    const std::chrono::milliseconds _slownessLimit;
-    const qint64 _leastRate;
-    const std::function<void(qint64, bool)> _onProgress;
+    const HttpSessionSettings _settings;
+    const QAuthenticator _credentials;
     // The connections live in the second, which the first has to be taken out of before it goes.
     std::unique_ptr<CURLM, MultiDeleter> _multi;
     std::unique_ptr<CURL, CurlDeleter> _easy;
@@ -406,6 +450,9 @@ private:
     Exchange::Headers _headers;
     bool _headersEnded = false;
     bool _headersHandedOn = false;
+    bool _isDigestAsked = false;
+    /// Whether the HTTP library may have answered somebody with Basic, and would do so again without being asked.
+    bool _knowsBasic = false;
     std::exception_ptr _refusal;
 };
 

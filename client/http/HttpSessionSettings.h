@@ -3,13 +3,15 @@
 #include <QString>
 #include <chrono>
 #include <functional>
+#include <memory>
 
+#include "client/http/DigestHosts.h"
 #include "client/http/ListingLimits.h"
 
 namespace ovsync {
 namespace http {
 
-/// How a HttpSession connects. A plain value.
+/// How a HttpSession connects. A plain value, but for the hosts, which its copies share.
 struct HttpSessionSettings {
     /// A file of PEM certificates to trust in place of the system's; empty for the system's.
     QString caFile;
@@ -22,6 +24,7 @@ struct HttpSessionSettings {
     ListingLimits listing;
     /// How long it may take to reach the server, TLS included.
     std::chrono::milliseconds connectLimit = std::chrono::seconds(30);
+    std::shared_ptr<DigestHosts> digestHosts = std::make_shared<DigestHosts>();
     /// Called several times a second while an answer is waited for and received, and once more when the exchange is
     /// over, on its thread, with the bytes of the body so far, uncompressed. May be empty; must not throw.
     std::function<void(qint64 bodyBytes, bool isOver)> onProgress;

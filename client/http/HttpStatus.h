@@ -14,7 +14,9 @@ const int Found = 302;
 const int NotModified = 304;
 /// The first that says no.
 const int BadRequest = 400;
+const int Unauthorized = 401;
 const int NotFound = 404;
+const int ProxyAuthenticationRequired = 407;
 const int Gone = 410;
 const int PreconditionFailed = 412;
 const int FailedDependency = 424;

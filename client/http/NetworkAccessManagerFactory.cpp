@@ -60,12 +60,12 @@ std::shared_ptr<QNetworkAccessManager> NetworkAccessManagerFactory::CreateNetwor
     QObject::connect(manager.get(), &QNetworkAccessManager::sslErrors,
                      [isTrusted](QNetworkReply*, const QList<QSslError>&) { *isTrusted = false; });
     QObject::connect(manager.get(), &QNetworkAccessManager::authenticationRequired,
-                     [credentials = _credentials, account = _accountUrl, isTrusted](QNetworkReply* reply,
-                                                                                    QAuthenticator* authenticator) {
+                     [credentials = _credentials, account = _accountUrl, digestHosts = _settings.digestHosts,
+                      isTrusted](QNetworkReply* reply, QAuthenticator* authenticator) {
                          // Asked a second time: they were wrong. Left unanswered, the 401 becomes the reply's.
                          static const char* const answered = "ovsyncCredentialsGiven";
                          if (credentials.isNull() || reply->property(answered).toBool() || !*isTrusted ||
-                             !IsSameServer(reply->url(), account)) {
+                             !IsSameServer(reply->url(), account) || digestHosts->ForbidBasic(account)) {
                              return;
                          }
                          reply->setProperty(answered, true);

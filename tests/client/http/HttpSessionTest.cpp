@@ -115,6 +115,67 @@ TEST_F(HttpSessionTest, AnswersADigestChallenge) {
     EXPECT_FALSE(server.Requests().last().headers.value("authorization").contains("sesame"));
 }
 
+const char* const InClear = "the password is asked for in clear, as Basic over http";
+
+TEST_F(HttpSessionTest, AfterDigestNoPasswordIsSentInClear) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-digest-401"), ScriptedServer::Answer(Listing()),
+                           AnswerOf("statuses/unauthorized-basic-401"),
+                           AnswerOf("statuses/unauthorized-basic-401", Ending::Close),
+                           AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("statuses/unauthorized-digest-401"),
+                           ScriptedServer::Answer(Listing())});
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    ExpectListing(session, server.Url(ListedPath));
+    for (int i = 0; i < 2; ++i) {
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+        EXPECT_THAT(ErrorOf(session, request), AllOf(HasSubstr(InClear), HasSubstr("status 401")));
+        EXPECT_FALSE(request.GetResult());
+    }
+    const HttpSessionSettings copy = settings;
+    HttpSession other(copy, Credentials("alice", "sesame"));
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(other, request), HasSubstr(InClear));
+    ExpectListing(other, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    for (const ScriptedServer::Request& seen : server.Requests()) {
+        EXPECT_FALSE(seen.headers.value("authorization").startsWith("Basic"));
+    }
+}
+
+TEST_F(HttpSessionTest, AfterDigestNoDisguiseOfBasicIsAnswered) {
+    settings.digestHosts->Add(QUrl(QStringLiteral("http://127.0.0.1/")));
+    const QByteArray challenges[] = {
+        "WWW-Authenticate: Basic realm=\"x, Digest y\"\r\n",
+        "WWW-Authenticate: basic realm=\"x\"\r\n\tWWW-Authenticate: Digest realm=\"x\", nonce=\"y\"\r\n",
+        "WWW-Authenticate: Other, BASIC realm=\"Digest\"\r\nX-Authenticate: Digest realm=\"x\"\r\n",
+        "X: y\r\nwww-authenticate: Basic realm=\"\\\", Digest realm=\"\r\n",
+    };
+    for (const QByteArray& challenge : challenges) {
+        ScriptedServer server(
+            {ScriptedServer::Answer("HTTP/1.1 401 Unauthorized\r\nContent-Length: 0\r\n" + challenge + "\r\n")});
+        HttpSession session(settings, Credentials("alice", "sesame"));
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+        EXPECT_THAT(ErrorOf(session, request), HasSubstr(InClear)) << challenge.constData();
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
+}
+
+TEST_F(HttpSessionTest, BasicIsForgottenWhereDigestWasTakenMeanwhile) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"),
+                           ScriptedServer::Answer(Listing(), Ending::Close),
+                           AnswerOf("statuses/unauthorized-digest-401"),
+                           ScriptedServer::Answer(Listing(), Ending::Close), ScriptedServer::Answer(Listing())});
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    ExpectListing(session, server.Url(ListedPath));
+    HttpSession other(settings, Credentials("alice", "sesame"));
+    ExpectListing(other, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_FALSE(server.Requests().last().headers.contains("authorization"));
+}
+
 TEST_F(HttpSessionTest, WrongCredentialsEndInA401) {
     for (const char* challenge : {"statuses/unauthorized-basic-401", "statuses/unauthorized-digest-401"}) {
         ScriptedServer server({AnswerOf(challenge), AnswerOf(challenge)});
@@ -351,6 +412,15 @@ TEST_F(SecureHttpSessionTest, TrustsACertificateOfTheCaFile) {
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_EQ(server.Requests().last().connection, 1);
+}
+
+TEST_F(SecureHttpSessionTest, AfterDigestAnswersABasicChallengeThatNobodyElseHears) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), ScriptedServer::Answer(Listing())},
+                          certificate);
+    settings.caFile = certificate.certificateFile;
+    settings.digestHosts->Add(server.Url(ListedPath));
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    ExpectListing(session, server.Url(ListedPath));
 }
 
 TEST_F(SecureHttpSessionTest, RefusesACertificateThatNobodyVouchesFor) {

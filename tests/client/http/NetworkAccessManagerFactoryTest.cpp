@@ -89,6 +89,14 @@ TEST_F(NetworkAccessManagerFactoryTest, GivesTheCredentialsToNoServerThatIsNotTr
     EXPECT_EQ(StatusOf(*Get(trusted.Url(QStringLiteral("/x")), trusted.Url(QStringLiteral("/")))), 200);
 }
 
+TEST_F(NetworkAccessManagerFactoryTest, GivesNoPasswordInClearToAHostThatTookItAsDigest) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401")});
+    settings.digestHosts->Add(server.Url(QStringLiteral("/x")));
+    EXPECT_EQ(StatusOf(*Get(server.Url(QStringLiteral("/x")), server.Url(QStringLiteral("/")))), 401);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
 TEST_F(NetworkAccessManagerFactoryTest, TakesTheProxyFromTheEnvironment) {
     ScriptedServer proxy({AnswerOf("bad/listing-with-200")});
     qputenv("http_proxy", proxy.Url(QString()).toEncoded());
