@@ -41,6 +41,14 @@ QString ReasonAgainst(const QString& name) {
     return QString();
 }
 
+QString ReasonAgainstPath(const QString& path) {
+    QString reason;
+    for (const QString& name : path.split(Slash)) {
+        reason = reason.isEmpty() ? ReasonAgainst(name) : reason;
+    }
+    return reason;
+}
+
 QString TemporaryBeside(const QString& path) {
     const QString folder = FolderOf(path);
     return folder + (folder.isEmpty() ? QString() : QString(Slash)) + QLatin1Char('.') +

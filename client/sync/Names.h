@@ -9,6 +9,8 @@ namespace syncing {
 
 /// Why nothing may be stored under `name`, the name of a file or a folder; empty when it may.
 QString ReasonAgainst(const QString& name);
+/// Why nothing may be stored at `path` below the synced folder; empty when it may.
+QString ReasonAgainstPath(const QString& path);
 
 /// A new name for a temporary file beside `path`, as a path.
 QString TemporaryBeside(const QString& path);

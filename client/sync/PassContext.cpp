@@ -62,6 +62,9 @@ LocalSnapshot PassContext::Begin() {
         for (const SyncEvent& event : _placer.Recover()) {
             Report(event);
         }
+        for (const SyncEvent& event : _trash.RemoveOld()) {
+            Report(event);
+        }
     }
     LocalSnapshot snapshot = LocalSnapshot::Of(_tree, _exclusion);
     if (!_options.isTrial) {

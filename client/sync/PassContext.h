@@ -44,8 +44,8 @@ public:
     Placer& Placing() { return _placer; }
     void ThrowIfStopped() const;
 
-    /// Checks that the folder belongs to the service's folder, clears up after a pass that died, and looks through the
-    /// folder. Throws WrongFolder, LocalError and StoreError.
+    /// Checks that the folder belongs to the service's folder, clears up after a pass that died and what is too old in
+    /// the trash, and looks through the folder. Throws WrongFolder, LocalError and StoreError.
     LocalSnapshot Begin();
 
     /// What the service has; none when nothing changed since `since`, if that is valid. Throws what the library throws,

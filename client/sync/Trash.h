@@ -2,14 +2,20 @@
 
 #include <QDateTime>
 #include <QString>
+#include <QVector>
+#include <functional>
+#include <optional>
 
 #include "client/sync/ILocalTree.h"
+#include "client/sync/SyncEvent.h"
+#include "client/sync/TrashEntry.h"
 
 namespace ovsync {
 namespace syncing {
 
 /// What passes replaced or deleted in a synced folder, kept in its hidden folder by the time of the pass and the path
-/// of the file. Putting something in is a rename, and takes no space. Throws LocalError. Not thread-safe.
+/// of the file. Putting something in and taking it out are renames, and take no space. What no pass put there is left
+/// alone. Throws LocalError. Not thread-safe.
 class Trash {
 public:
     static constexpr int DefaultDays = 30;
@@ -20,11 +26,30 @@ public:
     /// Takes in the file at `file`, which was at `path`.
     void Take(const QString& file, const QString& path);
 
+    /// In order of time and path.
+    QVector<TrashEntry> Entries();
+    /// The file that was at `path`: that of the folder `from`, or without one the newest.
+    std::optional<TrashEntry> Find(const QString& path, const std::optional<TrashTime>& from);
+    /// Brings the file to `path`, with the folders above it. Empty when it is there; else nothing was brought, and this
+    /// is the path, that one or one above it, where something else is in the way.
+    QString Restore(const TrashEntry& entry, const QString& path);
+
+    /// Removes what was taken in more than the days to keep ago. What could not be removed is told of.
+    QVector<SyncEvent> RemoveOld();
+    QVector<SyncEvent> RemoveAll();
+
 private:
-    /// False, and nothing done, when something is there already.
     bool _TakeInto(const QString& folder, const QString& file, const QString& path);
-    /// False when something else than a folder is in the way.
-    bool _MakeFolders(const QString& path);
+    /// Makes the folder and those above it. Empty, or the path where something else is in the way.
+    QString _MakeFolders(const QString& path);
+    /// The folders of the passes, in their order.
+    QVector<TrashTime> _Passes();
+    void _AddEntries(const TrashTime& pass, QVector<TrashEntry>& entries);
+    /// Whoever only reads the trash can be overtaken by one who empties it.
+    QVector<NamedLocalEntry> _ListUnlessGone(const QString& folder);
+    QVector<SyncEvent> _Remove(const std::function<bool(const TrashTime& pass)>& goes);
+    /// Empty, or why not all could be removed.
+    QString _RemoveWithContent(const QString& folder);
 
     ILocalTree& _tree;
     const QDateTime _now;
