@@ -218,7 +218,7 @@ bool PassContext::_HasContentOfRecord(const FileConfiguration& remote, const Fil
         return false;
     }
     try {
-        return Md5OnService(_service, record.path) == record.contentMd5;
+        return Md5OnService(_service, record.path, remote.size) == record.contentMd5;
     } catch (const std::exception&) {
         ReportFailure(record.path, std::current_exception());
         return false;

@@ -152,9 +152,9 @@ bool PushPlan::_HasFetchedContentOf(const QString& path, const FileConfiguration
         return false;
     }
     try {
-        const QString md5 = Md5OnService(_context.Service(), path);
+        const QString md5 = Md5OnService(_context.Service(), path, remote.size);
         _context.Read(path, here);
-        return here.md5 == md5;
+        return !md5.isEmpty() && here.md5 == md5;
     } catch (const std::exception&) {
         _context.ReportFailure(path, std::current_exception());
         return false;

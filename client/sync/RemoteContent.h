@@ -7,9 +7,9 @@
 namespace ovsync {
 namespace syncing {
 
-/// The MD5 of what the service has at `path` below its folder, in hexadecimal. Reads all of it, and keeps nothing.
-/// Throws what IContentSession::Download throws.
-QString Md5OnService(const ServiceFolder& service, const QString& path);
+/// The MD5 of what the service has at `path` below its folder and lists with the size `listed`, in hexadecimal; empty
+/// when there is more than that. Reads all of it, and keeps nothing. Throws what IContentSession::Download throws.
+QString Md5OnService(const ServiceFolder& service, const QString& path, qint64 listed);
 
 }  // namespace syncing
 }  // namespace ovsync
