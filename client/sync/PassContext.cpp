@@ -7,6 +7,7 @@
 #include "client/sync/RemoteContent.h"
 #include "client/sync/Stopped.h"
 #include "client/sync/Version.h"
+#include "client/sync/WholeTreeCheck.h"
 #include "client/sync/WrongFolder.h"
 #include "host/http/HttpException.h"
 
@@ -105,6 +106,7 @@ std::optional<RemoteTree> PassContext::List(const QDateTime& since, const LocalS
         return std::nullopt;
     }
     RemoteTree tree(_service, *folders, *files, _exclusion);
+    RequireWholeTree(_service, tree);
     if (!_options.isTrial) {
         _records.WriteSetting(AddressSetting(), _service.address);
         tree.RefuseClashes(snapshot.entries.keys(), _tree.TellsCaseApart(), _tree.TellsUnicodeFormsApart());

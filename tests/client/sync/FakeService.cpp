@@ -32,6 +32,11 @@ QString PathOf(const QString& serverPath) {
     return serverPath.mid(2);
 }
 
+/// Whether the path lies right in the folder.
+bool IsIn(const FolderConfiguration& folder, const QString& path) {
+    return FolderOf(path) == PathOf(folder.serverPath);
+}
+
 QString PathOf(const QUrl& url) {
     return PathOf(url.path(QUrl::FullyDecoded).mid(1));
 }
@@ -61,8 +66,16 @@ public:
     bool GetFolderProperties(const FolderConfiguration&, FolderConfiguration&) override {
         throw std::logic_error("not used");
     }
-    std::shared_ptr<QVector<FolderConfiguration>> GetNameSortedDirsByFolder(FolderConfiguration&) override {
-        throw std::logic_error("not used");
+    std::shared_ptr<QVector<FolderConfiguration>> GetNameSortedDirsByFolder(FolderConfiguration& folder) override {
+        _service._Meet("LIST", PathOf(folder.serverPath));
+        const Lock lock(_service._mutex);
+        auto folders = std::make_shared<QVector<FolderConfiguration>>();
+        for (const QString& path : _service._folders) {
+            if (Text(Root) + path != folder.serverPath && IsIn(folder, path)) {
+                folders->append(FolderConfiguration());
+            }
+        }
+        return folders;
     }
     int GetAllFilesAndSubFoldersByFolder(FolderConfiguration& folder,
                                          std::shared_ptr<QVector<FolderConfiguration>>& folders,
@@ -76,7 +89,7 @@ public:
         }
         folders = std::make_shared<QVector<FolderConfiguration>>();
         for (const QString& path : _service._folders) {
-            if (_service.forgotten.count(path) != 0) {
+            if (_service.forgotten.count(path) != 0 || path.count(QLatin1Char('/')) >= _service.levels) {
                 continue;
             }
             FolderConfiguration listed;
@@ -87,7 +100,7 @@ public:
         *folders += _service.extraFolders;
         files = std::make_shared<QVector<FileConfiguration>>();
         for (const auto& file : _service._files) {
-            if (_service.forgotten.count(file.first) == 0) {
+            if (_service.forgotten.count(file.first) == 0 && file.first.count(QLatin1Char('/')) < _service.levels) {
                 files->append(_service._Describe(file.first, file.second));
             }
         }
@@ -111,8 +124,17 @@ class FakeService::FileManager : public sync::interf::IRemoteFileManager {
 public:
     explicit FileManager(FakeService& service) : _service(service) {}
 
-    int GetNameSortedFilesByFolder(FolderConfiguration&, std::shared_ptr<QVector<FileConfiguration>>&) override {
-        throw std::logic_error("not used");
+    int GetNameSortedFilesByFolder(FolderConfiguration& folder,
+                                   std::shared_ptr<QVector<FileConfiguration>>& files) override {
+        _service._Meet("LIST", PathOf(folder.serverPath));
+        const Lock lock(_service._mutex);
+        files = std::make_shared<QVector<FileConfiguration>>();
+        for (const auto& file : _service._files) {
+            if (IsIn(folder, file.first)) {
+                files->append(_service._Describe(file.first, file.second));
+            }
+        }
+        return 0;
     }
     bool ShouldDownloadFile(const FileConfiguration& remote, FileConfiguration& local) override {
         const QString remoteVersion = remote.customProperties.value(Text("version"));
