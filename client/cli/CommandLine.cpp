@@ -28,11 +28,13 @@
 #include "client/cli/Progress.h"
 #include "client/cli/PullCommand.h"
 #include "client/cli/PushCommand.h"
+#include "client/cli/Refusal.h"
 #include "client/cli/RemoveCommand.h"
 #include "client/cli/SettingsCommand.h"
 #include "client/cli/SizeCommand.h"
 #include "client/cli/StatCommand.h"
 #include "client/cli/TerminalText.h"
+#include "client/cli/TrashCommand.h"
 #include "client/cli/TreeCommand.h"
 #include "client/cli/UsageError.h"
 #include "client/cli/VersionCommand.h"
@@ -58,17 +60,27 @@ const char* const Footer =
     "The password of a user comes from the environment variable OVSYNC_PASSWORD, from ~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";
 
+const int MostDays = 36500;
+
 const char* const AgentFooter = "Exit status: 0 it runs, 1 it does not, 2 wrong usage.";
 
 const char* const EntriesOption = "--max-listing-entries";
 const char* const BytesOption = "--max-listing-bytes";
 const int SilenceLimitsOfSlowness = 10;
+const char* const TrashFooter =
+    "Exit status: 0 done, 1 there is no such file in the trash, something is in the way or cannot be read or removed, "
+    "or "
+    "a pass has the folder open, 2 wrong usage.";
 
 /// What the options of a command write to.
 struct Arguments {
     std::string url;
     std::string destination;
     std::string directory;
+    std::string path;
+    std::optional<std::string> from;
+    std::optional<std::string> to;
+    std::optional<int> olderThan;
     std::string user;
     std::string caFile;
     std::string since;
@@ -116,6 +128,10 @@ struct Arguments {
                                  .arg(QString::fromStdString(since)));
         }
         return time;
+    }
+
+    static std::optional<QString> Given(const std::optional<std::string>& text) {
+        return text ? std::make_optional(QString::fromStdString(*text)) : std::nullopt;
     }
 
     QStringList Excluded() const {
@@ -246,12 +262,6 @@ public:
                          "Delete nothing when it would be more than N files, or N% of them (half of ten and more, and "
                          "never all, unless given)")
             ->type_name("N");
-        command
-            ->add_option(
-                "--keep-deleted", _arguments.daysKept,
-                "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
-            ->type_name("DAYS")
-            ->check(CLI::Range(0, 36500));
         _AddPassOptions(command);
 
         command = _AddCommand("push", "Brings a folder of the service in step with a local folder; deletes nothing.",
@@ -281,6 +291,43 @@ public:
                   [](const Arguments& given, Output& output) { return ShowAgent(given.isJson, output); });
         _AddLocal(*agent, "start", "Starts it unless it runs already, and says whether it runs then.",
                   [](const Arguments& given, Output& output) { return StartAgent(given.isJson, output); });
+
+        CLI::App* const trash =
+            _app.add_subcommand("trash", "Looks after what pulls replaced or deleted in a local folder.");
+        trash->require_subcommand(1);
+        trash->footer(TrashFooter);
+        command =
+            _AddLocal(*trash, "list", "Lists it, a line each with time, size and path, in order of time and path.",
+                      [](const Arguments& given, Output& output) {
+                          ListTrash(QString::fromStdString(given.directory), given.isJson, output);
+                          return Done;
+                      });
+        _AddUrl(command, "DIR", "The local folder", _arguments.directory);
+
+        command = _AddLocal(*trash, "restore", "Brings a file back to its place, unless something is there.",
+                            [](const Arguments& given, Output& output) {
+                                RestoreFromTrash(QString::fromStdString(given.directory),
+                                                 QString::fromStdString(given.path), Arguments::Given(given.from),
+                                                 Arguments::Given(given.to), given.isJson, output);
+                                return Done;
+                            });
+        _AddUrl(command, "DIR", "The local folder", _arguments.directory);
+        _AddUrl(command, "PATH", "The file, as list shows it", _arguments.path);
+        command
+            ->add_option("--from", _arguments.from,
+                         "Bring what was replaced or deleted at TIME, as list shows it (the newest unless given)")
+            ->type_name("TIME");
+        command->add_option("--to", _arguments.to, "Bring it to NAME, another path below DIR")->type_name("NAME");
+
+        command = _AddLocal(*trash, "empty", "Removes it for good.", [](const Arguments& given, Output& output) {
+            return EmptyTrash(QString::fromStdString(given.directory), given.olderThan, given.isJson, output);
+        });
+        _AddUrl(command, "DIR", "The local folder", _arguments.directory);
+        command
+            ->add_option("--older-than", _arguments.olderThan,
+                         "Remove only what was replaced or deleted more than DAYS ago")
+            ->type_name("DAYS")
+            ->check(CLI::Range(0, MostDays));
     }
 
     /// What the command line, once it was read, asks for: null when that is a local command.
@@ -325,11 +372,12 @@ private:
         return command;
     }
 
-    void _AddLocal(CLI::App& group, const char* name, const char* description, const LocalCommand& action) {
+    CLI::App* _AddLocal(CLI::App& group, const char* name, const char* description, const LocalCommand& action) {
         CLI::App* const command = group.add_subcommand(name, description);
         _AddJson(command);
-        command->footer(AgentFooter);
+        command->footer(group.get_footer());
         _localActions.emplace(command, action);
+        return command;
     }
 
     template <typename Action>
@@ -367,6 +415,12 @@ private:
             ->check(CLI::Range(1, 64));
         command->add_flag("--strict", _arguments.isStrict,
                           "Exit with 1 also for links and other things that are never synced");
+        command
+            ->add_option(
+                "--keep-deleted", _arguments.daysKept,
+                "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
+            ->type_name("DAYS")
+            ->check(CLI::Range(0, MostDays));
         _treeCommands.push_back(command);
     }
 
@@ -451,6 +505,9 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
     } catch (const UsageError& e) {
         ComplainOf(e);
         return WrongUsage;
+    } catch (const Refusal& e) {
+        ComplainOf(e);
+        return Refused;
     } catch (const syncing::WrongFolder& e) {
         ComplainOf(e);
         return WrongUsage;

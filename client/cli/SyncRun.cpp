@@ -2,16 +2,12 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
-#include <cstring>
 #include <memory>
 
+#include "client/cli/AbsolutePath.h"
 #include "client/cli/GlobFilter.h"
 #include "client/cli/Interruption.h"
 #include "client/cli/SyncOutput.h"
-#include "client/cli/UsageError.h"
 #include "client/store/FileConfigManager.h"
 #include "client/sync/LocalTree.h"
 
@@ -22,18 +18,6 @@ using store::RecordDatabase;
 using syncing::SyncOutcome;
 
 namespace {
-
-struct Freer {
-    void operator()(char* text) const { std::free(text); }
-};
-
-QString AbsolutePath(const QString& directory) {
-    const std::unique_ptr<char, Freer> path(realpath(directory.toUtf8().constData(), nullptr));
-    if (!path) {
-        throw UsageError(QStringLiteral("%1: %2").arg(directory, QString::fromLocal8Bit(std::strerror(errno))));
-    }
-    return QString::fromUtf8(path.get());
-}
 
 /// The same for every spelling of one URL.
 QString AddressOf(const Location& location) {

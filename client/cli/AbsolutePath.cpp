@@ -1,0 +1,31 @@
+#include "client/cli/AbsolutePath.h"
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "client/cli/UsageError.h"
+
+namespace ovsync {
+namespace cli {
+
+namespace {
+
+struct Freer {
+    void operator()(char* text) const { std::free(text); }
+};
+
+}  // namespace
+
+QString AbsolutePath(const QString& directory) {
+    const std::unique_ptr<char, Freer> path(realpath(directory.toUtf8().constData(), nullptr));
+    if (!path) {
+        throw UsageError(QStringLiteral("%1: %2").arg(directory, QString::fromLocal8Bit(std::strerror(errno))));
+    }
+    return QString::fromUtf8(path.get());
+}
+
+}  // namespace cli
+}  // namespace ovsync

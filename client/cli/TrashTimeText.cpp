@@ -1,0 +1,35 @@
+#include "client/cli/TrashTimeText.h"
+
+#include <QRegularExpression>
+
+#include "client/cli/DateText.h"
+#include "client/cli/UsageError.h"
+#include "client/http/DateReader.h"
+
+namespace ovsync {
+namespace cli {
+
+using syncing::TrashTime;
+
+QByteArray TrashTimeText(const TrashTime& time) {
+    const QByteArray text = DateText(time.time);
+    return time.number == 1 ? text : text + '-' + QByteArray::number(time.number);
+}
+
+TrashTime ReadTrashTime(const QString& text) {
+    static const QRegularExpression pattern(QStringLiteral("\\A(.*Z)(?:-([2-9]|[1-9][0-9]{1,8}))?\\z"));
+    const QRegularExpressionMatch match = pattern.match(text);
+    const QByteArray date = match.captured(1).toUtf8();
+    const QString number = match.captured(2);
+    const TrashTime time{http::ReadDate(date.constData(), static_cast<size_t>(date.size())),
+                         number.isEmpty() ? 1 : number.toInt()};
+    if (!time.time.isValid()) {
+        throw UsageError(QStringLiteral("--from \"%1\": this is no time as \"ovsync trash list\" shows it, such as "
+                                        "2026-11-20T10:15:30Z")
+                             .arg(text));
+    }
+    return time;
+}
+
+}  // namespace cli
+}  // namespace ovsync
