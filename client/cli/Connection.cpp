@@ -10,6 +10,7 @@
 #include "client/http/ContentSession.h"
 #include "client/http/DrovaneHttp.h"
 #include "client/http/HttpFactory.h"
+#include "client/http/Netrc.h"
 #include "client/http/RequestAuthenticatorFactory.h"
 #include "client/http/RequestManager.h"
 #include "client/http/ServerConfigManager.h"
@@ -54,9 +55,14 @@ private:
 };
 
 Connection::Connection(const Location& location, const ConnectionOptions& options) : _settings(options.session) {
+    const QString host = location.baseUrl.host();
     const QString user = options.user.isEmpty() ? location.user : options.user;
-    const QString password = user.isEmpty() ? QString() : FindPassword(user, location.baseUrl.host());
-    _authenticators = std::make_shared<http::RequestAuthenticatorFactory>(user, password);
+    if (user.isEmpty()) {
+        const QAuthenticator listed = http::NetrcCredentials(host);
+        _authenticators = std::make_shared<http::RequestAuthenticatorFactory>(listed.user(), listed.password());
+    } else {
+        _authenticators = std::make_shared<http::RequestAuthenticatorFactory>(user, FindPassword(user, host));
+    }
 
     const auto sessions = std::make_shared<http::AccountSessions>(options.session);
     const auto httpFactory = std::make_shared<http::HttpFactory>(sessions);

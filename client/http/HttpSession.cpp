@@ -1,7 +1,5 @@
 #include "client/http/HttpSession.h"
 
-#include <curl/curl.h>
-
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <algorithm>
@@ -9,6 +7,7 @@
 #include <chrono>
 #include <exception>
 
+#include "client/http/CurlHandle.h"
 #include "client/http/ExchangeError.h"
 #include "client/http/HttpStatus.h"
 #include "host/core/SyncException.h"
@@ -26,22 +25,9 @@ const long SendBufferSize = 256L * 1024L;
 const qint64 AskBeforeSending = qint64(1024) * 1024;
 const std::chrono::milliseconds ProgressInterval(200);
 
-struct CurlDeleter {
-    void operator()(CURL* easy) const { curl_easy_cleanup(easy); }
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
-
 struct MultiDeleter {
     void operator()(CURLM* multi) const { curl_multi_cleanup(multi); }
 };
-
-void InitialiseCurl() {
-    static const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
-    if (result != CURLE_OK) {
-        throw sync::core::SyncException(
-            QStringLiteral("The HTTP library cannot be used: %1").arg(QString::fromUtf8(curl_easy_strerror(result))));
-    }
-}
 
 bool IsLoopback(const QUrl& url) {
     return url.host() == QLatin1String("localhost") || QHostAddress(url.host()).isLoopback();
@@ -69,12 +55,11 @@ class HttpSession::Transfer {
 public:
     Transfer(const HttpSessionSettings& settings, const QAuthenticator& credentials)
         : _settings(settings), _credentials(credentials) {
-        InitialiseCurl();
+        _Open();
         _multi.reset(curl_multi_init());
         if (!_multi) {
             throw std::bad_alloc();
         }
-        _Open();
     }
 
     void Perform(Exchange& exchange) {
@@ -122,10 +107,7 @@ public:
 
 private:
     void _Open() {
-        _easy.reset(curl_easy_init());
-        if (!_easy) {
-            throw std::bad_alloc();
-        }
+        _easy = NewCurlHandle();
         _Set(CURLOPT_PROTOCOLS_STR, "http,https");
         _Set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
         _Set(CURLOPT_USERAGENT, "ovsync/" OVSYNC_VERSION);
@@ -144,9 +126,7 @@ private:
         }
         _Set(CURLOPT_HTTPAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
         _Set(CURLOPT_PROXYAUTH, CURLAUTH_BASIC | CURLAUTH_DIGEST);
-        if (_credentials.isNull()) {
-            _Set(CURLOPT_NETRC, static_cast<long>(CURL_NETRC_OPTIONAL));
-        } else {
+        if (!_credentials.isNull()) {
             _Set(CURLOPT_USERNAME, _credentials.user().toUtf8().constData());
             _Set(CURLOPT_PASSWORD, _credentials.password().toUtf8().constData());
         }
@@ -163,12 +143,7 @@ private:
 
     template <typename Value>
     void _Set(CURLoption option, Value value) {
-        const CURLcode result = curl_easy_setopt(_easy.get(), option, value);
-        if (result != CURLE_OK) {
-            throw sync::core::SyncException(QStringLiteral("The HTTP library refuses option %1: %2")
-                                                .arg(static_cast<int>(option))
-                                                .arg(QString::fromUtf8(curl_easy_strerror(result))));
-        }
+        SetCurlOption(_easy, option, value);
     }
 
     /// Returns what went wrong on the way; empty when nothing did.
@@ -179,8 +154,7 @@ private:
         ContentSource* const stream = _exchange->StreamedBody();
         const bool asksFirst = stream != nullptr && _exchange->StreamedBodySize() > AskBeforeSending;
         // Without an empty Expect the library asks before it sends any stream.
-        std::unique_ptr<curl_slist, CurlDeleter> headers(
-            curl_slist_append(nullptr, asksFirst ? "Expect: 100-continue" : "Expect:"));
+        CurlList headers(curl_slist_append(nullptr, asksFirst ? "Expect: 100-continue" : "Expect:"));
         for (const auto& header : _exchange->RequestHeaders()) {
             const QByteArray line = header.first + ": " + header.second;
             curl_slist* const longer = curl_slist_append(headers.get(), line.constData());
@@ -436,7 +410,7 @@ private:
     const QAuthenticator _credentials;
     // The connections live in the second, which the first has to be taken out of before it goes.
     std::unique_ptr<CURLM, MultiDeleter> _multi;
-    std::unique_ptr<CURL, CurlDeleter> _easy;
+    CurlHandle _easy;
     char _detail[CURL_ERROR_SIZE] = {};
     std::atomic<bool> _isCancelled{false};
 

@@ -14,7 +14,7 @@ namespace http {
 /// Cancel.
 ///
 /// Credentials are sent as Basic or Digest once a server asked for them, only to the host of the request, and over http
-/// never as Basic to a host that took them as Digest. Without credentials those in ~/.netrc are used. The certificate
+/// never as Basic to a host that took them as Digest. The certificate
 /// and the name of a server are verified. Proxies are taken from the environment (http_proxy, https_proxy, all_proxy,
 /// no_proxy). Redirects are not followed.
 class HttpSession {

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
@@ -156,6 +158,21 @@ TEST_P(ConfigCommandTest, TheAccountsPasswordIsGivenWhereItIsAskedFor) {
     const ProgramResult ann = RunOvsync(asAnn, {Text("OVSYNC_PASSWORD=secret")});
     EXPECT_EQ(ann.exitCode, 0) << ErrorsOf(ann);
     EXPECT_THAT(ann.output.toStdString(), HasSubstr("KQ52_1040_WIN"));
+}
+
+TEST_P(ConfigCommandTest, TheUserAndThePasswordComeFromNetrc) {
+    Service service({Text("--user"), Text("ann")}, Text("secret word"));
+    Publish(service, Document);
+    const QTemporaryDir folder;
+    QFile netrc(folder.filePath(Text("netrc")));
+    ASSERT_TRUE(netrc.open(QIODevice::WriteOnly));
+    netrc.write("machine 127.0.0.1 # of the tests\n password \"secret word\" login ann\n");
+    netrc.close();
+    const QStringList environment(Text("NETRC=") + netrc.fileName());
+    for (const char* command : {GetParam(), "ls"}) {
+        const ProgramResult result = RunOvsync({Text(command), service.Url()}, environment);
+        EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    }
 }
 
 TEST_P(ConfigCommandTest, AServiceThatIsNotThereCannotBeReached) {

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <QCryptographicHash>
-#include <QFile>
 #include <QRegularExpression>
 #include <chrono>
 #include <string>
@@ -199,19 +198,6 @@ TEST_F(HttpSessionTest, WithoutCredentialsA401IsTheAnswer) {
     EXPECT_EQ(request.GetStatusCode(), 401);
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
-}
-
-TEST_F(HttpSessionTest, WithoutCredentialsTakesThoseOfNetrc) {
-    QFile netrc(environment.HomeFile(QStringLiteral(".netrc")));
-    ASSERT_TRUE(netrc.open(QIODevice::WriteOnly));
-    netrc.write("machine 127.0.0.1 login bob password hush\nmachine elsewhere.invalid login eve password no\n");
-    netrc.close();
-    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), ScriptedServer::Answer(Listing())});
-    HttpSession session(settings, QAuthenticator());
-    ExpectListing(session, server.Url(ListedPath));
-    server.Stop();
-    EXPECT_TRUE(server.SawItsScript());
-    EXPECT_EQ(server.Requests().last().headers.value("authorization"), "Basic " + QByteArray("bob:hush").toBase64());
 }
 
 TEST_F(HttpSessionTest, NeverNamesTheCredentialsInAnError) {
