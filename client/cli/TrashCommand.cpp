@@ -2,10 +2,10 @@
 
 #include <QDateTime>
 #include <QFileInfo>
-#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "client/cli/AbsolutePath.h"
+#include "client/cli/Complaint.h"
 #include "client/cli/DateText.h"
 #include "client/cli/Refusal.h"
 #include "client/cli/TrashTimeText.h"
@@ -112,10 +112,7 @@ ExitCode EmptyTrash(const QString& directory, std::optional<int> days, bool asJs
     const QVector<SyncEvent> failures = days ? TrashOf(tree, *days).RemoveOld() : TrashOf(tree).RemoveAll();
     nlohmann::ordered_json left = nlohmann::ordered_json::array();
     for (const SyncEvent& failure : failures) {
-        std::cerr
-            << "ovsync: "
-            << Output::WithoutControlCharacters(failure.path + QStringLiteral(": ") + failure.detail).toStdString()
-            << '\n';
+        Complain(failure.path + QStringLiteral(": ") + failure.detail);
         left.push_back({{"path", failure.path.toStdString()}, {"detail", failure.detail.toStdString()}});
     }
     if (asJson) {
