@@ -105,8 +105,8 @@ std::optional<RemoteTree> PassContext::List(const QDateTime& since, const LocalS
     if (status != 0) {
         return std::nullopt;
     }
+    RequireWholeTree(_service, *folders, *files);
     RemoteTree tree(_service, *folders, *files, _exclusion);
-    RequireWholeTree(_service, tree);
     if (!_options.isTrial) {
         _records.WriteSetting(AddressSetting(), _service.address);
         tree.RefuseClashes(snapshot.entries.keys(), _tree.TellsCaseApart(), _tree.TellsUnicodeFormsApart());

@@ -12,24 +12,16 @@ using sync::config::FolderConfiguration;
 
 namespace {
 
-int LevelOf(const QString& path) {
-    return path.isEmpty() ? 0 : static_cast<int>(path.count(QLatin1Char('/'))) + 1;
+int LevelOf(const QString& serverPath) {
+    return static_cast<int>(serverPath.count(QLatin1Char('/')));
 }
 
-int LowestLevel(const RemoteTree& remote) {
-    int level = 0;
-    for (const QString& path : remote.AllFolders()) {
-        level = std::max(level, LevelOf(path));
-    }
-    const RemoteTree::Files& files = remote.AllFiles();
-    for (auto file = files.begin(); file != files.end(); ++file) {
-        level = std::max(level, LevelOf(file.key()));
-    }
-    return level;
+bool IsOfService(const FileConfiguration& file) {
+    return !file.md5Checksum.isEmpty();
 }
 
-bool HasSomething(const ServiceFolder& service, const QString& path) {
-    FolderConfiguration folder = service.FolderAt(path);
+bool HasSomething(const ServiceFolder& service, FolderConfiguration folder) {
+    folder.setLastSyncTime(QDateTime());
     const auto folders = service.folders->GetNameSortedDirsByFolder(folder);
     if (folders && !folders->isEmpty()) {
         return true;
@@ -40,22 +32,25 @@ bool HasSomething(const ServiceFolder& service, const QString& path) {
 
 }  // namespace
 
-void RequireWholeTree(const ServiceFolder& service, const RemoteTree& remote) {
-    if (remote.HasChecksums()) {
+void RequireWholeTree(const ServiceFolder& service, const QVector<FolderConfiguration>& folders,
+                      const QVector<FileConfiguration>& files) {
+    if (std::any_of(files.begin(), files.end(), IsOfService)) {
         return;
     }
-    const int lowest = LowestLevel(remote);
-    const auto require = [&service, lowest](const QString& path) {
-        if (LevelOf(path) == lowest && HasSomething(service, path)) {
+    int lowest = 0;
+    for (const FolderConfiguration& folder : folders) {
+        lowest = std::max(lowest, LevelOf(folder.serverPath));
+    }
+    for (const FileConfiguration& file : files) {
+        lowest = std::max(lowest, LevelOf(file.serverPath));
+    }
+    for (const FolderConfiguration& folder : folders) {
+        if (LevelOf(folder.serverPath) == lowest && HasSomething(service, folder)) {
             throw sync::core::SyncException(
-                QStringLiteral("The server lists only the upper %1 levels of %2 and leaves out what lies below, as in "
-                               "\"%3\". Such a folder cannot be synced as a whole; sync its sub-folders one by one")
-                    .arg(QString::number(lowest), service.address, path));
+                QStringLiteral("The server lists only the upper levels of %1 and leaves out what lies below, as in "
+                               "\"%2\". Such a folder cannot be synced as a whole; sync its sub-folders one by one")
+                    .arg(service.address, folder.serverPath));
         }
-    };
-    require(QString());
-    for (const QString& path : remote.AllFolders()) {
-        require(path);
     }
 }
 
