@@ -1,7 +1,6 @@
 #include "client/cli/AbsolutePath.h"
 
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>

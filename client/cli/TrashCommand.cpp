@@ -28,7 +28,7 @@ using syncing::TrashTime;
 namespace {
 
 QString SyncedFolder(const QString& directory) {
-    const QString root = AbsolutePath(directory);
+    QString root = AbsolutePath(directory);
     const QFileInfo hidden(root + QLatin1Char('/') + RecordDatabase::HiddenFolder());
     if (!hidden.isDir() || hidden.isSymLink()) {
         throw UsageError(QStringLiteral("%1 is no synced folder: it has no folder \"%2\" in it")

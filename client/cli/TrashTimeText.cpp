@@ -21,8 +21,8 @@ TrashTime ReadTrashTime(const QString& text) {
     const QRegularExpressionMatch match = pattern.match(text);
     const QByteArray date = match.captured(1).toUtf8();
     const QString number = match.captured(2);
-    const TrashTime time{http::ReadDate(date.constData(), static_cast<size_t>(date.size())),
-                         number.isEmpty() ? 1 : number.toInt()};
+    TrashTime time{http::ReadDate(date.constData(), static_cast<size_t>(date.size())),
+                   number.isEmpty() ? 1 : number.toInt()};
     if (!time.time.isValid()) {
         throw UsageError(QStringLiteral("--from \"%1\": this is no time as \"ovsync trash list\" shows it, such as "
                                         "2026-11-20T10:15:30Z")

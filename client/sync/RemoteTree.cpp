@@ -91,7 +91,7 @@ QString RemoteTree::_Accept(const QString& serverPath, const QString& name, cons
         _Refuse(serverPath, QStringLiteral("it does not lie below the folder that was listed"));
         return QString();
     }
-    const QString path = serverPath.mid(_prefix.size());
+    QString path = serverPath.mid(_prefix.size());
     const QStringList names = path.split(QLatin1Char('/'));
     for (const QString& segment : names) {
         const QString reason = ReasonAgainst(segment);

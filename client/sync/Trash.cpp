@@ -65,7 +65,7 @@ QString Trash::_MakeFolders(const QString& path) {
     if (const std::optional<LocalEntry> there = _tree.Look(path)) {
         return there->kind == LocalEntry::Kind::Folder ? QString() : path;
     }
-    const QString inTheWay = _MakeFolders(FolderOf(path));
+    QString inTheWay = _MakeFolders(FolderOf(path));
     if (inTheWay.isEmpty()) {
         _tree.MakeFolder(path);
     }
@@ -146,7 +146,7 @@ QString Trash::Restore(const TrashEntry& entry, const QString& path) {
     if (_tree.Look(path)) {
         return path;
     }
-    const QString inTheWay = _MakeFolders(FolderOf(path));
+    QString inTheWay = _MakeFolders(FolderOf(path));
     if (!inTheWay.isEmpty()) {
         return inTheWay;
     }

@@ -33,8 +33,8 @@ public:
     FolderImage ImageHere() const { return ReadFolder(here.Path()); }
     FolderImage ImageThere() const { return ReadFolder(there.Path()); }
 
-    /// What a client leaves behind besides the files, its records and its trash, and a service besides the files and its metadata;
-    /// empty when that is nothing.
+    /// What a client leaves behind besides the files, its records and its trash, and a service besides the files and
+    /// its metadata; empty when that is nothing.
     std::string Leftovers() const;
 
     /// For a pass or a service that is troubled by its disk at a point; see DiskTrouble.cpp.

@@ -62,7 +62,7 @@ public:
     std::string Shown() const { return Terminal::Read(_ends[0]); }
 
 private:
-    int _ends[2];
+    int _ends[2] = {};
 };
 
 /// Puts `target` in the place of `descriptor` as long as this object lives.
