@@ -54,6 +54,8 @@ public:
     bool isPlain = false;
     /// Names strong entity tags in its listings, too.
     bool listsTags = false;
+    /// Names no lengths where it is asked for one file.
+    bool isWithoutLengths = false;
     /// Knows no conditions of an upload.
     bool ignoresConditions = false;
     /// Names no strong entity tags.

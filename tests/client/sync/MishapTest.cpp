@@ -488,6 +488,22 @@ TEST_F(MishapTest, WithoutConditionsWhatIsMadeBeforeAnUploadIsSeen) {
     EXPECT_EQ(service.Contents(), Files({{Text("changed"), "theirs"}, {Text("new"), "theirs"}}));
 }
 
+TEST_F(MishapTest, WithoutALengthTheListingTellsWhetherAFileWasStored) {
+    service.isPlain = true;
+    service.isWithoutLengths = true;
+    Write("a", "");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("Sent a")));
+    Write("b", "12");
+    service.onRequest = [this](const QString& method, const QString& path) {
+        if (method == Text("SENT")) {
+            service.Put(path, "1");
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict b")));
+}
+
 TEST_F(MishapTest, AListingOfTheUpperLevelsIsAnError) {
     service.isPlain = true;
     StartWith("a", "1");
