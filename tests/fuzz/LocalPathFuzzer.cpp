@@ -43,7 +43,8 @@ void AddTo(ovsync::http::ListingBuilder& listing, const QByteArray& href) {
 /// is left out.
 std::shared_ptr<DAVPropfindResult> ListingOf(const QList<QByteArray>& hrefs) {
     static const QUrl asked(QString::fromLatin1("http://127.0.0.1:8080") + QString::fromLatin1(AskedPath));
-    ovsync::http::ListingBuilder listing(asked, sync::http::DAVPropfindRequest::Tree, ovsync::http::HrefScope::OfUrl);
+    ovsync::http::ListingBuilder listing(asked, sync::http::DAVPropfindRequest::Tree, ovsync::http::HrefScope::OfUrl,
+                                         {});
     AddTo(listing, AskedPath);
     QSet<QByteArray> seen;
     ovsync::http::Href reader(asked);

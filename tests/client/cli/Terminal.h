@@ -1,6 +1,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -28,8 +29,24 @@ public:
 
     /// What a program writes to.
     int Descriptor() const { return _user; }
-    /// What was written to it and not read yet, at most 1024 bytes, with the terminal's "\r\n" for '\n'.
-    std::string Shown() const { return Read(_master); }
+    /// What was written to it and not read yet, with the terminal's "\r\n" for '\n'.
+    std::string Shown() const {
+        // It comes out a little later than it was written, and in pieces.
+        const char mark = '\x1f';
+        if (write(_user, &mark, 1) != 1) {
+            throw std::runtime_error("the terminal takes nothing");
+        }
+        std::string shown;
+        while (shown.empty() || shown.back() != mark) {
+            pollfd readable{_master, POLLIN, 0};
+            if (poll(&readable, 1, 10000) != 1) {
+                throw std::runtime_error("the terminal shows nothing");
+            }
+            shown += Read(_master);
+        }
+        shown.pop_back();
+        return shown;
+    }
 
     static std::string Read(int descriptor) {
         char bytes[1024];
@@ -58,7 +75,7 @@ public:
     Pipe& operator=(const Pipe&) = delete;
 
     int Descriptor() const { return _ends[1]; }
-    /// As Terminal::Shown.
+    /// What was written to it and not read yet, at most 1024 bytes.
     std::string Shown() const { return Terminal::Read(_ends[0]); }
 
 private:

@@ -4,6 +4,7 @@
 #include <QDirIterator>
 #include <QFile>
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <memory>
 
@@ -44,12 +45,12 @@ protected:
 
     /// Something happens right before the pass does `operation` to `path`, once.
     void Before(const char* operation, const char* path, const std::function<void()>& happens) {
-        tree.before = [this, operation = QByteArray(operation), path = Text(path), happens](const char* now,
-                                                                                            const QString& where) {
-            if (operation == now && where == path) {
-                // It goes with what it is called by.
+        const auto hasHappened = std::make_shared<std::atomic<bool>>(false);
+        tree.before = [hasHappened, operation = QByteArray(operation), path = Text(path), happens](
+                          const char* now, const QString& where) {
+            if (operation == now && where == path && !hasHappened->exchange(true)) {
+                // It may put something else in the place of this.
                 const std::function<void()> event = happens;
-                tree.before = nullptr;
                 event();
             }
         };
