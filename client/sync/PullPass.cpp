@@ -27,6 +27,12 @@ QString LastFilterSetting() {
     return QStringLiteral("excluded from it");
 }
 
+void AddFoldersOf(const QString& path, QSet<QString>& folders) {
+    for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
+        folders.insert(folder);
+    }
+}
+
 }  // namespace
 
 SyncOutcome PullPass::Run() {
@@ -182,9 +188,7 @@ QSet<QString> PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnaps
                     break;
                 case Placer::Result::Failed:
                     _context.Report(SyncEvent::Kind::Refused, path, request.error);
-                    for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
-                        unfinished.insert(folder);
-                    }
+                    AddFoldersOf(path, unfinished);
                     break;
             }
         }
@@ -192,7 +196,7 @@ QSet<QString> PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnaps
     return unfinished;
 }
 
-void PullPass::_DeleteFolders(const QStringList& folders, const QSet<QString>& unfinished, LocalSnapshot& snapshot) {
+void PullPass::_DeleteFolders(const QStringList& folders, QSet<QString> unfinished, LocalSnapshot& snapshot) {
     if (_context.Options().isTrial) {
         _TryDeletingFolders(folders, snapshot);
         return;
@@ -210,6 +214,7 @@ void PullPass::_DeleteFolders(const QStringList& folders, const QSet<QString>& u
                 _context.Records().ForgetFolder(path);
             }
         } catch (const LocalError&) {
+            AddFoldersOf(path, unfinished);
             _context.ReportFailure(path, std::current_exception());
         }
     }

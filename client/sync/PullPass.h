@@ -35,7 +35,7 @@ private:
     void _Delete(const PullPlan::Gone& gone, LocalSnapshot& snapshot);
     /// Returns the folders in which a file is left that could not be deleted.
     QSet<QString> _DeleteFiles(QVector<store::Placement> files, LocalSnapshot& snapshot);
-    void _DeleteFolders(const QStringList& folders, const QSet<QString>& unfinished, LocalSnapshot& snapshot);
+    void _DeleteFolders(const QStringList& folders, QSet<QString> unfinished, LocalSnapshot& snapshot);
     /// Tells which of the folders would be empty.
     void _TryDeletingFolders(const QStringList& folders, LocalSnapshot& snapshot);
     void _Keep(const PullPlan::Gone& gone, const QString& reason);

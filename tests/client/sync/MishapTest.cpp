@@ -184,6 +184,16 @@ TEST_F(MishapTest, AFolderThatGoesRightAfterItsFileWasPlacedStopsNoLaterPass) {
     EXPECT_EQ(Content("f/a"), QByteArray("1"));
 }
 
+TEST_F(MishapTest, AFolderWhoseFolderCannotBeRemovedGoesWithItTheNextTime) {
+    StartWith("stays", "1");
+    StartWith("f/g/a", "1");
+    service.Remove(Text("f"));
+    Before("RemoveFolder", "f/g", [] { throw LocalError(Text("f/g"), EACCES); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_FALSE(disk.Look(Text("f")));
+}
+
 TEST_F(MishapTest, ASyncedFolderInsideIsLeftAlone) {
     StartWith("sub/a", "1");
     const char* const itsTemporary = "sub/inner/.0123456789abcdef0123456789abcdef.{SyncTemp}";
