@@ -39,6 +39,9 @@ protected:
     std::string LostInTheEnd(const RandomChanges& changes, const std::set<std::string>& retired) const {
         std::set<std::string> left = ContentsOf(sides.ImageHere());
         left.merge(ContentsOf(sides.ImageThere()));
+        if (const std::string trash = sides.here / ".ovsync/trash"; std::filesystem::exists(trash)) {
+            left.merge(ContentsOf(ReadFolder(trash)));
+        }
         std::string lost;
         for (const std::string& content : changes.Written()) {
             if (left.count(content) + retired.count(content) + changesThere.Retired().count(content) == 0) {
