@@ -1,11 +1,15 @@
 #include "tests/sync-proof/RandomChanges.h"
 
+#include <fcntl.h>
+#include <stdio.h>
+
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 
 #include "tests/service/TemporaryFolder.h"
+#include "tests/sync-proof/FolderImage.h"
 
 namespace syncproof {
 namespace {
@@ -55,6 +59,15 @@ size_t DepthOf(const std::string& path) {
     return static_cast<size_t>(std::count(path.begin(), path.end(), '/'));
 }
 
+bool IsOfAPass(const std::string& path) {
+    return path.find(".{SyncTemp}") != std::string::npos;
+}
+
+/// False when the names do not allow it, because something else changes the folder meanwhile.
+bool RenameAt(const std::string& from, const std::string& to, unsigned flags) {
+    return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
+}
+
 }  // namespace
 
 RandomChanges::RandomChanges(const std::string& folder, const std::string& side, Random& random, Writing writing)
@@ -102,7 +115,7 @@ RandomChanges::Tree RandomChanges::_Look() const {
         const std::string path = entry->path().string().substr(_folder.size() + 1);
         if (path == ".ovsync" || path == ".ovsync-service") {
             entry.disable_recursion_pending();
-        } else if (path.find(".{SyncTemp}") != std::string::npos) {
+        } else if (IsOfAPass(path)) {
             // No file of a person.
             continue;
         } else if (entry->is_directory()) {
@@ -140,18 +153,41 @@ std::string RandomChanges::_NewContent(size_t size) {
 }
 
 void RandomChanges::_Write(const std::string& path, const std::string& content) {
-    const std::string file = _writing == Writing::InPlace ? _At(path) : _folder + ".new";
-    std::ofstream(file, std::ios::binary) << content;
-    if (_writing == Writing::Aside) {
-        fs::rename(file, _At(path));
+    if (_writing == Writing::InPlace) {
+        std::ofstream(_At(path), std::ios::binary) << content;
+    } else {
+        std::ofstream(_Elsewhere(), std::ios::binary) << content;
+        // What comes out is what was overwritten, whoever put it there in the last moment.
+        if (RenameAt(_Elsewhere(), _At(path), RENAME_EXCHANGE)) {
+            _RetireElsewhere();
+        } else if (!RenameAt(_Elsewhere(), _At(path), RENAME_NOREPLACE)) {
+            fs::remove(_Elsewhere());
+            return;
+        }
     }
     if (!content.empty()) {
         _written.insert(content);
     }
 }
 
-void RandomChanges::_Retire(const std::string& path) {
-    _retired.insert(service::test::ReadFile(_At(path)).value_or(""));
+void RandomChanges::_Remove(const std::string& path) {
+    if (RenameAt(_At(path), _Elsewhere(), RENAME_NOREPLACE)) {
+        _RetireElsewhere();
+    }
+}
+
+void RandomChanges::_RetireElsewhere() {
+    if (fs::is_directory(_Elsewhere())) {
+        for (const auto& [path, content] : ReadFolder(_Elsewhere())) {
+            // The content that a pass was about to put in place is nobody's to delete.
+            if (!IsOfAPass(path) || content.rfind(_side + " ", 0) == 0) {
+                _retired.insert(content);
+            }
+        }
+    } else {
+        _retired.insert(service::test::ReadFile(_Elsewhere()).value_or(""));
+    }
+    fs::remove_all(_Elsewhere());
 }
 
 void RandomChanges::_MakeFile(const Tree& tree) {
@@ -172,7 +208,9 @@ void RandomChanges::_Modify(const Tree& tree, bool keepsSize) {
     if (path.empty()) {
         return;
     }
-    _Retire(path);
+    if (_writing == Writing::InPlace) {
+        _retired.insert(service::test::ReadFile(_At(path)).value_or(""));
+    }
     const size_t size = fs::file_size(_At(path));
     const bool becomesEmpty = !keepsSize && _Below(10) == 0;
     _Write(path, becomesEmpty ? "" : _NewContent(keepsSize ? size : size / 2 + _Below(100)));
@@ -187,22 +225,14 @@ void RandomChanges::_Touch(const Tree& tree) {
 
 void RandomChanges::_Delete(const Tree& tree) {
     if (const std::string path = _AnyOf(tree.files); !path.empty()) {
-        _Retire(path);
-        fs::remove(_At(path));
+        _Remove(path);
     }
 }
 
 void RandomChanges::_DeleteFolder(const Tree& tree) {
-    const std::string folder = _AnyOf(tree.folders);
-    if (folder.empty()) {
-        return;
+    if (const std::string folder = _AnyOf(tree.folders); !folder.empty()) {
+        _Remove(folder);
     }
-    for (const std::string& path : tree.files) {
-        if (path.compare(0, folder.size() + 1, folder + "/") == 0) {
-            _Retire(path);
-        }
-    }
-    fs::remove_all(_At(folder));
 }
 
 void RandomChanges::_Rename(const Tree& tree) {
@@ -210,15 +240,14 @@ void RandomChanges::_Rename(const Tree& tree) {
     const std::string to = _FreePath(tree);
     const bool isInItself = to.compare(0, from.size() + 1, from + "/") == 0;
     if (!from.empty() && !to.empty() && !isInItself) {
-        fs::rename(_At(from), _At(to));
+        RenameAt(_At(from), _At(to), RENAME_NOREPLACE);
     }
 }
 
 void RandomChanges::_FileToFolder(const Tree& tree) {
     const std::string path = _AnyOf(tree.files);
     if (!path.empty() && DepthOf(path) < DepthLimit) {
-        _Retire(path);
-        fs::remove(_At(path));
+        _Remove(path);
         fs::create_directory(_At(path));
         _Write(path + "/inside", _NewContent(0));
     }
@@ -226,7 +255,7 @@ void RandomChanges::_FileToFolder(const Tree& tree) {
 
 void RandomChanges::_FolderToFile(const Tree& tree) {
     if (const std::string path = _AnyOf(tree.folders); !path.empty() && _Below(3) == 0) {
-        _DeleteFolder({tree.files, {path}});
+        _Remove(path);
         _Write(path, _NewContent(0));
     }
 }

@@ -45,7 +45,12 @@ private:
     std::string _FreePath(const Tree& tree);
     std::string _NewContent(size_t size);
     void _Write(const std::string& path, const std::string& content);
-    void _Retire(const std::string& path);
+    /// Deletes the file or folder, and knows whatever went with it.
+    void _Remove(const std::string& path);
+    /// Retires and deletes what was moved out of the folder.
+    void _RetireElsewhere();
+    /// Beside the folder, so that a rename is enough.
+    std::string _Elsewhere() const { return _folder + ".elsewhere"; }
 
     void _MakeFile(const Tree& tree);
     void _MakeFolder(const Tree& tree);

@@ -51,6 +51,13 @@ protected:
         return lost;
     }
 
+    /// What a person changed or deleted. One content may lie at two paths, and each side have retired one of them.
+    std::set<std::string> Retired() const {
+        std::set<std::string> retired = changesHere.Retired();
+        retired.insert(changesThere.Retired().begin(), changesThere.Retired().end());
+        return retired;
+    }
+
     /// Nothing moves on the service, nothing that only this side had goes, and what is not in step is told.
     void PullAndCheck(const TwoSides::Words& options) {
         const FolderImage hereBefore = sides.ImageHere();
@@ -59,7 +66,7 @@ protected:
         ASSERT_THAT(pass->ExitCode(), AnyOf(0, 1)) << pass->Text();
         const FolderImage here = sides.ImageHere();
         ASSERT_EQ(Differences(thereBefore, sides.ImageThere()), "") << "a pull changed the service\n" << pass->Text();
-        ASSERT_EQ(Lost(hereBefore, here, thereBefore, changesThere.Retired()), "") << pass->Text();
+        ASSERT_EQ(Lost(hereBefore, here, thereBefore, Retired()), "") << pass->Text();
         for (const auto& [path, content] : here) {
             if (path.find(" (from the service, ") != std::string::npos && hereBefore.count(path) == 0) {
                 copies[path] = content;
@@ -81,7 +88,7 @@ protected:
         ASSERT_THAT(pass->ExitCode(), AnyOf(0, 1)) << pass->Text();
         const FolderImage there = sides.ImageThere();
         ASSERT_EQ(Differences(hereBefore, sides.ImageHere()), "") << "a push changed this side\n" << pass->Text();
-        ASSERT_EQ(Lost(thereBefore, hereBefore, there, changesHere.Retired()), "") << pass->Text();
+        ASSERT_EQ(Lost(thereBefore, hereBefore, there, Retired()), "") << pass->Text();
         for (const std::string& path : MissingFrom(there, hereBefore)) {
             ASSERT_TRUE(pass->SpokeOf(path) || IsCopy(path, hereBefore)) << path << " is another on the service\n"
                                                                          << pass->Text();
