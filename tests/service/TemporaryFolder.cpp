@@ -49,7 +49,9 @@ bool TemporaryFolder::Has(const std::string& name) const {
 std::optional<std::string> ReadFile(const std::string& path) {
     std::ifstream file(path, std::ios::binary | std::ios::ate);
     const std::streamoff size = file.tellg();
-    if (size < 0) {
+    // A folder can be opened, too, and its size is anything.
+    std::error_code ignored;
+    if (size < 0 || std::filesystem::is_directory(path, ignored)) {
         return std::nullopt;
     }
     // In one piece: instrumented iterators take a hundred times as long.

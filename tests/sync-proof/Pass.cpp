@@ -13,6 +13,10 @@ std::vector<std::string> WithJson(std::vector<std::string> arguments) {
 
 }  // namespace
 
+Pass::Environment Pass::ReachingPort(int port) {
+    return {{"http_proxy", "http://127.0.0.1:" + std::to_string(port)}, {"no_proxy", ""}};
+}
+
 Pass::Pass(const std::vector<std::string>& arguments, const Environment& environment)
     : _process(OVSYNC_PROGRAM, WithJson(arguments), environment, _output.Descriptor(), _errors.Descriptor()) {}
 

@@ -15,6 +15,11 @@ class Pass {
 public:
     using Environment = std::map<std::string, std::string>;
 
+    /// The service is reached as a proxy, so that a folder is synced with one URL whatever the port is.
+    static constexpr const char* Url = "http://service.invalid/";
+    /// Has the service at that port of this machine.
+    static Environment ReachingPort(int port);
+
     /// Starts `ovsync` with `arguments` and --json.
     Pass(const std::vector<std::string>& arguments, const Environment& environment);
 

@@ -1,15 +1,8 @@
 #include "tests/sync-proof/RandomChanges.h"
 
-#include <fcntl.h>
-#include <stdio.h>
-
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-
-#include "tests/service/TemporaryFolder.h"
-#include "tests/sync-proof/FolderImage.h"
 
 namespace syncproof {
 namespace {
@@ -39,13 +32,14 @@ const char* const Names[] = {"a",
                              "trailing ",
                              "trailing.",
                              ".hidden",
-                             "two\nlines",
-                             "tab\there",
                              "plus+and&",
                              "a:b|c*d",
                              "~",
                              "-rf",
-                             "archive.tar.gz"};
+                             "archive.tar.gz",
+                             "two\nlines",
+                             "tab\there"};
+const size_t NamesWithControlCharacters = 2;
 
 /// As long as a name may be.
 const std::string LongName = std::string(251, 'n') + ".txt";
@@ -59,19 +53,20 @@ size_t DepthOf(const std::string& path) {
     return static_cast<size_t>(std::count(path.begin(), path.end(), '/'));
 }
 
-bool IsOfAPass(const std::string& path) {
-    return path.find(".{SyncTemp}") != std::string::npos;
-}
-
-/// False when the names do not allow it, because something else changes the folder meanwhile.
-bool RenameAt(const std::string& from, const std::string& to, unsigned flags) {
-    return renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
+/// What a client or a server has made to be moved into its place.
+bool IsUnfinished(const std::string& path) {
+    return path.find(".{SyncTemp}") != std::string::npos || path.find(".davfs.tmp") != std::string::npos;
 }
 
 }  // namespace
 
-RandomChanges::RandomChanges(const std::string& folder, const std::string& side, Random& random, Writing writing)
-    : _folder(folder), _side(side), _random(random), _writing(writing) {}
+RandomChanges::RandomChanges(const std::string& folder, const std::string& side, Random& random,
+                             std::unique_ptr<IFolderWriter> writer)
+    : _folder(folder), _side(side), _random(random), _writer(std::move(writer)), _nameCount(std::size(Names)) {}
+
+void RandomChanges::LeaveControlCharactersOut() {
+    _nameCount = std::size(Names) - NamesWithControlCharacters;
+}
 
 void RandomChanges::Change() {
     const Tree tree = _Look();
@@ -113,9 +108,9 @@ RandomChanges::Tree RandomChanges::_Look() const {
     tree.folders.emplace_back();
     for (auto entry = fs::recursive_directory_iterator(_folder); entry != fs::recursive_directory_iterator(); ++entry) {
         const std::string path = entry->path().string().substr(_folder.size() + 1);
-        if (path == ".ovsync" || path == ".ovsync-service") {
+        if (path == ".ovsync" || path == ".ovsync-service" || fs::exists(entry->path() / ".ovsync")) {
             entry.disable_recursion_pending();
-        } else if (IsOfAPass(path)) {
+        } else if (IsUnfinished(path)) {
             // No file of a person.
             continue;
         } else if (entry->is_directory()) {
@@ -140,8 +135,8 @@ std::string RandomChanges::_AnyOf(const std::vector<std::string>& paths) {
 
 std::string RandomChanges::_FreePath(const Tree& tree) {
     const std::string folder = _AnyOf(tree.folders);
-    const size_t number = _Below(std::size(Names) + 1);
-    const std::string name = number < std::size(Names) ? Names[number] : LongName;
+    const size_t number = _Below(_nameCount + 1);
+    const std::string name = number < _nameCount ? Names[number] : LongName;
     const std::string path = folder.empty() ? name : folder + "/" + name;
     return DepthOf(path) > DepthLimit || fs::exists(fs::symlink_status(_At(path))) ? std::string() : path;
 }
@@ -153,41 +148,9 @@ std::string RandomChanges::_NewContent(size_t size) {
 }
 
 void RandomChanges::_Write(const std::string& path, const std::string& content) {
-    if (_writing == Writing::InPlace) {
-        std::ofstream(_At(path), std::ios::binary) << content;
-    } else {
-        std::ofstream(_Elsewhere(), std::ios::binary) << content;
-        // What comes out is what was overwritten, whoever put it there in the last moment.
-        if (RenameAt(_Elsewhere(), _At(path), RENAME_EXCHANGE)) {
-            _RetireElsewhere();
-        } else if (!RenameAt(_Elsewhere(), _At(path), RENAME_NOREPLACE)) {
-            fs::remove(_Elsewhere());
-            return;
-        }
-    }
-    if (!content.empty()) {
+    if (_writer->Write(path, content, _retired) && !content.empty()) {
         _written.insert(content);
     }
-}
-
-void RandomChanges::_Remove(const std::string& path) {
-    if (RenameAt(_At(path), _Elsewhere(), RENAME_NOREPLACE)) {
-        _RetireElsewhere();
-    }
-}
-
-void RandomChanges::_RetireElsewhere() {
-    if (fs::is_directory(_Elsewhere())) {
-        for (const auto& [path, content] : ReadFolder(_Elsewhere())) {
-            // The content that a pass was about to put in place is nobody's to delete.
-            if (!IsOfAPass(path) || content.rfind(_side + " ", 0) == 0) {
-                _retired.insert(content);
-            }
-        }
-    } else {
-        _retired.insert(service::test::ReadFile(_Elsewhere()).value_or(""));
-    }
-    fs::remove_all(_Elsewhere());
 }
 
 void RandomChanges::_MakeFile(const Tree& tree) {
@@ -199,7 +162,7 @@ void RandomChanges::_MakeFile(const Tree& tree) {
 
 void RandomChanges::_MakeFolder(const Tree& tree) {
     if (const std::string path = _FreePath(tree); !path.empty()) {
-        fs::create_directory(_At(path));
+        _writer->MakeFolder(path);
     }
 }
 
@@ -208,9 +171,6 @@ void RandomChanges::_Modify(const Tree& tree, bool keepsSize) {
     if (path.empty()) {
         return;
     }
-    if (_writing == Writing::InPlace) {
-        _retired.insert(service::test::ReadFile(_At(path)).value_or(""));
-    }
     const size_t size = fs::file_size(_At(path));
     const bool becomesEmpty = !keepsSize && _Below(10) == 0;
     _Write(path, becomesEmpty ? "" : _NewContent(keepsSize ? size : size / 2 + _Below(100)));
@@ -218,20 +178,19 @@ void RandomChanges::_Modify(const Tree& tree, bool keepsSize) {
 
 void RandomChanges::_Touch(const Tree& tree) {
     if (const std::string path = _AnyOf(tree.files); !path.empty()) {
-        const auto age = std::chrono::seconds(_Below(100000));
-        fs::last_write_time(_At(path), fs::file_time_type::clock::now() - age);
+        _writer->Touch(path, std::chrono::seconds(_Below(100000)));
     }
 }
 
 void RandomChanges::_Delete(const Tree& tree) {
     if (const std::string path = _AnyOf(tree.files); !path.empty()) {
-        _Remove(path);
+        Remove(path);
     }
 }
 
 void RandomChanges::_DeleteFolder(const Tree& tree) {
     if (const std::string folder = _AnyOf(tree.folders); !folder.empty()) {
-        _Remove(folder);
+        Remove(folder);
     }
 }
 
@@ -240,22 +199,22 @@ void RandomChanges::_Rename(const Tree& tree) {
     const std::string to = _FreePath(tree);
     const bool isInItself = to.compare(0, from.size() + 1, from + "/") == 0;
     if (!from.empty() && !to.empty() && !isInItself) {
-        RenameAt(_At(from), _At(to), RENAME_NOREPLACE);
+        _writer->Rename(from, to);
     }
 }
 
 void RandomChanges::_FileToFolder(const Tree& tree) {
     const std::string path = _AnyOf(tree.files);
     if (!path.empty() && DepthOf(path) < DepthLimit) {
-        _Remove(path);
-        fs::create_directory(_At(path));
+        Remove(path);
+        _writer->MakeFolder(path);
         _Write(path + "/inside", _NewContent(0));
     }
 }
 
 void RandomChanges::_FolderToFile(const Tree& tree) {
     if (const std::string path = _AnyOf(tree.folders); !path.empty() && _Below(3) == 0) {
-        _Remove(path);
+        Remove(path);
         _Write(path, _NewContent(0));
     }
 }

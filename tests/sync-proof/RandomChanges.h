@@ -1,10 +1,12 @@
 #pragma once
 
-#include <functional>
+#include <memory>
 #include <random>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "tests/sync-proof/IFolderWriter.h"
 
 namespace syncproof {
 
@@ -14,15 +16,17 @@ class RandomChanges {
 public:
     using Random = std::mt19937;
 
-    /// How a file is written: into itself, or elsewhere and then moved into its place.
-    enum class Writing { InPlace, Aside };
-
-    /// `side` is part of each content.
+    /// `writer` works in `folder`, which lies on this disk. Each content begins with `side`.
     RandomChanges(const std::string& folder, const std::string& side, Random& random,
-                  Writing writing = Writing::InPlace);
+                  std::unique_ptr<IFolderWriter> writer);
+
+    /// For a server that shows other names than it was given.
+    void LeaveControlCharactersOut();
 
     /// Throws std::filesystem::filesystem_error when something else changes the folder meanwhile.
     void Change();
+    /// Deletes a file, or a folder with everything in it.
+    void Remove(const std::string& path) { _writer->Remove(path, _retired); }
 
     /// All contents that were written.
     const std::set<std::string>& Written() const { return _written; }
@@ -45,12 +49,6 @@ private:
     std::string _FreePath(const Tree& tree);
     std::string _NewContent(size_t size);
     void _Write(const std::string& path, const std::string& content);
-    /// Deletes the file or folder, and knows whatever went with it.
-    void _Remove(const std::string& path);
-    /// Retires and deletes what was moved out of the folder.
-    void _RetireElsewhere();
-    /// Beside the folder, so that a rename is enough.
-    std::string _Elsewhere() const { return _folder + ".elsewhere"; }
 
     void _MakeFile(const Tree& tree);
     void _MakeFolder(const Tree& tree);
@@ -65,7 +63,8 @@ private:
     const std::string _folder;
     const std::string _side;
     Random& _random;
-    const Writing _writing;
+    const std::unique_ptr<IFolderWriter> _writer;
+    size_t _nameCount;
     int _number = 0;
     std::set<std::string> _written;
     std::set<std::string> _retired;

@@ -9,6 +9,7 @@
 #include <random>
 #include <thread>
 
+#include "tests/sync-proof/DiskWriter.h"
 #include "tests/sync-proof/Setting.h"
 #include "tests/sync-proof/TwoSides.h"
 
@@ -115,8 +116,8 @@ protected:
         static_cast<unsigned>(Setting("OVSYNC_PROOF_SEED", static_cast<int>(std::random_device()() >> 1U)));
     RandomChanges::Random random{seed};
     FolderImage copies;
-    RandomChanges changesHere{sides.here.Path(), "here", random};
-    RandomChanges changesThere{sides.there.Path(), "there", random};
+    RandomChanges changesHere{sides.here.Path(), "here", random, std::make_unique<DiskWriter>(sides.here.Path())};
+    RandomChanges changesThere{sides.there.Path(), "there", random, std::make_unique<DiskWriter>(sides.there.Path())};
 };
 
 TEST_F(RandomChangesTest, NoContentThatOnlyOneSideHadIsEverLost) {
@@ -159,7 +160,8 @@ TEST_F(RandomChangesTest, NoContentThatOnlyOneSideHadIsEverLost) {
 TEST_F(RandomChangesTest, WhatIsWrittenWhilePassesRunIsNotLost) {
     SCOPED_TRACE("again with OVSYNC_PROOF_SEED=" + std::to_string(seed));
     RandomChanges::Random randomOfWriter{seed + 1};
-    RandomChanges writer(sides.here.Path(), "meanwhile", randomOfWriter, RandomChanges::Writing::Aside);
+    RandomChanges writer(sides.here.Path(), "meanwhile", randomOfWriter,
+                         std::make_unique<DiskWriter>(sides.here.Path(), DiskWriter::Writing::Aside));
     std::atomic<bool> isOver{false};
     std::thread writing([&] {
         while (!isOver) {

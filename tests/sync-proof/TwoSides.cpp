@@ -8,9 +8,6 @@
 namespace syncproof {
 namespace {
 
-/// The service is reached as a proxy, so that a folder is synced with one URL whatever the port is.
-const char* const Url = "http://service.invalid/";
-
 Pass::Environment WithDiskTrouble(Pass::Environment environment) {
     environment["LD_PRELOAD"] = DISK_TROUBLE_LIBRARY;
     environment["ASAN_OPTIONS"] = "verify_asan_link_order=0";
@@ -36,11 +33,11 @@ bool TwoSides::MetFault() const {
 }
 
 std::unique_ptr<Pass> TwoSides::Pull(const Words& options, const Pass::Environment& environment) const {
-    return _Run({"pull", Url, here.Path()}, options, environment);
+    return _Run({"pull", Pass::Url, here.Path()}, options, environment);
 }
 
 std::unique_ptr<Pass> TwoSides::Push(const Words& options, const Pass::Environment& environment) const {
-    return _Run({"push", here.Path(), Url}, options, environment);
+    return _Run({"push", here.Path(), Pass::Url}, options, environment);
 }
 
 std::unique_ptr<Pass> TwoSides::_Run(Words arguments, const Words& options, Pass::Environment environment) const {
@@ -49,9 +46,7 @@ std::unique_ptr<Pass> TwoSides::_Run(Words arguments, const Words& options, Pass
         // There are few files, and a test may delete most of them.
         arguments.insert(arguments.end(), {"--max-delete", "100%"});
     }
-    environment["http_proxy"] =
-        _service ? "http://127.0.0.1:" + std::to_string(_service->Port()) : "http://127.0.0.1:1";
-    environment["no_proxy"] = "";
+    environment.merge(Pass::ReachingPort(_service ? _service->Port() : 1));
     return std::make_unique<Pass>(arguments, environment);
 }
 

@@ -1,0 +1,372 @@
+#include <gmock/gmock.h>
+
+#include <signal.h>
+
+#include <atomic>
+#include <filesystem>
+#include <iostream>
+#include <random>
+#include <thread>
+
+#include "tests/service/TemporaryFolder.h"
+#include "tests/sync-proof/DavServer.h"
+#include "tests/sync-proof/DiskWriter.h"
+#include "tests/sync-proof/FolderImage.h"
+#include "tests/sync-proof/Pass.h"
+#include "tests/sync-proof/RandomChanges.h"
+#include "tests/sync-proof/Setting.h"
+#include "tests/sync-proof/WebDavWriter.h"
+
+namespace syncproof {
+namespace {
+
+namespace fs = std::filesystem;
+using Words = std::vector<std::string>;
+
+/// So many rounds are made in the same folders.
+constexpr int RoundsOfALife = 40;
+/// So often people end all conflicts, and both sides have to become equal.
+constexpr int RoundsUntilSettled = 5;
+
+/// What happened in all, for people.
+struct Tally {
+    int rounds = 0;
+    int settled = 0;
+    std::map<std::string, int> mishaps;
+    std::map<int, int> exits;
+    size_t written = 0;
+    size_t inTrash = 0;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Tally& tally) {
+    stream << tally.rounds << " rounds, " << tally.settled << " times settled, " << tally.written
+           << " contents, of which " << tally.inTrash << " were found in the trash alone;";
+    for (const auto& [mishap, times] : tally.mishaps) {
+        stream << " " << mishap << " " << times << ",";
+    }
+    for (const auto& [exit, times] : tally.exits) {
+        stream << " exit " << exit << ": " << times << ",";
+    }
+    return stream;
+}
+
+/// Does something again and again beside what else happens, until it is destroyed.
+class Meanwhile {
+public:
+    Meanwhile(std::chrono::milliseconds pause, const std::function<void()>& action)
+        : _thread([this, pause, action] {
+              while (!_isOver) {
+                  try {
+                      action();
+                  } catch (const fs::filesystem_error&) {
+                      // Somebody else was quicker.
+                  }
+                  std::this_thread::sleep_for(pause);
+              }
+          }) {}
+    ~Meanwhile() {
+        _isOver = true;
+        _thread.join();
+    }
+    Meanwhile(const Meanwhile&) = delete;
+    Meanwhile& operator=(const Meanwhile&) = delete;
+
+private:
+    std::atomic<bool> _isOver{false};
+    std::thread _thread;
+};
+
+/// A folder here and one on a server, and in the one here another that is synced with another folder of that server.
+class RandomLife {
+public:
+    RandomLife(ServerKind kind, unsigned seed, Tally& tally) : _kind(kind), _random(seed), _tally(tally) {
+        fs::create_directories(_there / "outer");
+        fs::create_directories(_there / "inner");
+        _StartServer(0);
+        if (kind == ServerKind::Rclone) {
+            _changesHere.LeaveControlCharactersOut();
+            _changesThere.LeaveControlCharactersOut();
+            _changesOfInner.LeaveControlCharactersOut();
+        }
+        EXPECT_EQ(_Pull("inner", _Inner(), {})->ExitCode(), 0);
+    }
+
+    /// Returns what was lost.
+    std::string Round() {
+        ++_tally.rounds;
+        const size_t changes = 5 + _Below(25);
+        for (size_t i = 0; i < changes; ++i) {
+            _changesHere.Change();
+            _changesThere.Change();
+            if (i % 4 == 0) {
+                _changesOfInner.Change();
+            }
+        }
+        _MakeOrRestoreBackup();
+        if (_Happens("clock of the server", 20)) {
+            _StartServer(static_cast<int>(_Below(4 * 86400)) - 2 * 86400);
+        }
+        {
+            const auto inner = _Happens("inner pass meanwhile", 5) ? _Push("inner", _Inner(), {}) : nullptr;
+            const auto mishaps = _BeginMishaps(true);
+            _End(*_Pull("outer", _here.Path(), _Below(3) == 0 ? Words{} : Words{"--delete"}));
+            if (inner) {
+                EXPECT_THAT(inner->ExitCode(), testing::AnyOf(0, 1)) << inner->Text();
+            }
+        }
+        {
+            const auto inner = _Happens("inner pass meanwhile", 5) ? _Pull("inner", _Inner(), {"--delete"}) : nullptr;
+            // Between the last look and the request of a push, a server without conditions overwrites what another
+            // sends.
+            const auto mishaps = _BeginMishaps(_kind != ServerKind::Rclone);
+            _End(*_Push("outer", _here.Path(), {}));
+            if (inner) {
+                EXPECT_THAT(inner->ExitCode(), testing::AnyOf(0, 1)) << inner->Text();
+            }
+        }
+        return _Lost();
+    }
+
+    /// People end all conflicts here; then two passes that both say that all is well have to leave both sides equal.
+    /// Returns what is not as it has to be.
+    std::string Settle() {
+        ++_tally.settled;
+        std::string text;
+        for (int i = 0; i < 8; ++i) {
+            const auto pull = _Pull("outer", _here.Path(), {"--delete", "--exclude", "inner"});
+            const int pulled = pull->ExitCode();
+            const auto push = _Push("outer", _here.Path(), {"--exclude", "inner"});
+            const int pushed = push->ExitCode();
+            if (pulled == 0 && pushed == 0) {
+                return Differences(_ImageHere(), ReadFolder(_there / "outer")) + _Lost();
+            }
+            text = pull->Text() + push->Text();
+            _EndConflicts(*pull);
+            _EndConflicts(*push);
+        }
+        return "It does not settle:\n" + text + _server->Log();
+    }
+
+    ~RandomLife() {
+        for (const RandomChanges* changes : {&_changesHere, &_changesThere, &_changesOfInner}) {
+            _tally.written += changes->Written().size();
+        }
+    }
+    RandomLife(const RandomLife&) = delete;
+    RandomLife& operator=(const RandomLife&) = delete;
+
+private:
+    size_t _Below(size_t limit) { return std::uniform_int_distribution<size_t>(0, limit - 1)(_random); }
+
+    bool _Happens(const std::string& mishap, size_t oneOf) {
+        const bool happens = _Below(oneOf) == 0;
+        _tally.mishaps[mishap] += happens ? 1 : 0;
+        return happens;
+    }
+
+    std::string _Inner() const { return _here / "inner"; }
+
+    void _StartServer(int clockShift) {
+        _server.reset();
+        _server = StartDavServer(_kind, _there.Path(), clockShift);
+        _writerThere->Connect(_server->Port());
+    }
+
+    std::unique_ptr<Pass> _Run(const Words& arguments, const Words& options) {
+        Words words = arguments;
+        words.insert(words.end(), options.begin(), options.end());
+        auto environment = Pass::ReachingPort(_server->Port());
+        if (_Happens("clock here", 15)) {
+            environment.merge(WithClockShift(static_cast<int>(_Below(4 * 86400)) - 2 * 86400));
+        }
+        return std::make_unique<Pass>(words, environment);
+    }
+    std::unique_ptr<Pass> _Pull(const std::string& folder, const std::string& here, const Words& options) {
+        return _Run({"pull", Pass::Url + folder + "/", here, "--max-delete", "100%"}, options);
+    }
+    std::unique_ptr<Pass> _Push(const std::string& folder, const std::string& here, const Words& options) {
+        return _Run({"push", here, Pass::Url + folder + "/"}, options);
+    }
+
+    void _End(Pass& pass) {
+        if (_Happens("kill", 6)) {
+            std::this_thread::sleep_for(std::chrono::microseconds(_Below(80000)));
+            pass.Signal(SIGKILL);
+        }
+        const int exit = pass.ExitCode();
+        _tally.exits[exit]++;
+        EXPECT_THAT(exit, testing::AnyOf(0, 1, 3, -SIGKILL)) << pass.Text();
+    }
+
+    std::vector<std::unique_ptr<Meanwhile>> _BeginMishaps(bool canBeThere) {
+        std::vector<std::unique_ptr<Meanwhile>> mishaps;
+        const std::chrono::milliseconds pause(1 + _Below(10));
+        if (_Happens("writer here", 2)) {
+            mishaps.push_back(std::make_unique<Meanwhile>(pause, [this] { _changesHere.Change(); }));
+        }
+        if (canBeThere && _Happens("writer there", 2)) {
+            mishaps.push_back(std::make_unique<Meanwhile>(pause, [this] { _changesThere.Change(); }));
+        }
+        if (_Happens("cleaner", 5)) {
+            mishaps.push_back(std::make_unique<Meanwhile>(std::chrono::milliseconds(1), [this] { _Clean(); }));
+        }
+        return mishaps;
+    }
+
+    /// Removes the first temporary file that is found.
+    void _Clean() {
+        for (const auto& entry : fs::recursive_directory_iterator(_here.Path())) {
+            if (entry.path().string().find(".{SyncTemp}") != std::string::npos) {
+                const std::string cleaned = _here.Path() + ".cleaned";
+                fs::rename(entry.path(), cleaned);
+                _cleaned.insert(service::test::ReadFile(cleaned).value_or(""));
+                fs::remove(cleaned);
+                return;
+            }
+        }
+    }
+
+    void _MakeOrRestoreBackup() {
+        const std::string copy = _backup / "copy";
+        if (_Happens("backup", 8)) {
+            fs::remove_all(copy);
+            _server.reset();
+            fs::copy(_there.Path(), copy, fs::copy_options::recursive);
+            _StartServer(0);
+        } else if (fs::exists(copy) && _Happens("backup restored", 8)) {
+            _server.reset();
+            for (const auto& [path, content] : ReadFolder(_there.Path())) {
+                _restoredOver.insert(content);
+            }
+            for (const auto& entry : fs::directory_iterator(_there.Path())) {
+                fs::remove_all(entry.path());
+            }
+            fs::copy(copy, _there.Path(), fs::copy_options::recursive);
+            _StartServer(0);
+        }
+    }
+
+    /// Deletes here whatever a pass complains of, and all copies.
+    void _EndConflicts(const Pass& pass) {
+        for (const auto& [path, events] : pass.Events()) {
+            for (const char* event : {"conflict", "kept", "refused", "failed", "newerThere"}) {
+                if (events.count(event) != 0 && path != "inner" && !path.empty()) {
+                    _changesHere.Remove(path);
+                }
+            }
+        }
+        for (const auto& [path, content] : _ImageHere()) {
+            if (path.find(" (from the service, ") != std::string::npos ||
+                path.find(" (changed here, ") != std::string::npos) {
+                _changesHere.Remove(path);
+            }
+        }
+    }
+
+    FolderImage _ImageHere() const {
+        FolderImage image = ReadFolder(_here.Path());
+        for (auto file = image.begin(); file != image.end();) {
+            file = file->first.rfind("inner/", 0) == 0 ? image.erase(file) : std::next(file);
+        }
+        return image;
+    }
+
+    /// What somebody wrote, nobody changed or deleted, and is nowhere.
+    std::string _Lost() {
+        const std::set<std::string> left = _Left();
+        std::set<std::string> missing;
+        _AddMissing(_changesHere, left, missing);
+        _AddMissing(_changesThere, left, missing);
+        _AddMissing(_changesOfInner, left, missing);
+        if (missing.empty()) {
+            return "";
+        }
+        std::set<std::string> kept;
+        for (const std::string& trash : {_here / ".ovsync/trash", _Inner() + "/.ovsync/trash"}) {
+            if (fs::exists(trash)) {
+                kept.merge(ContentsOf(ReadFolder(trash)));
+            }
+        }
+        std::string lost;
+        for (const std::string& content : missing) {
+            const bool isKept = kept.count(content) != 0;
+            if (isKept) {
+                _tally.inTrash += _inTrash.insert(content).second ? 1 : 0;
+            } else {
+                lost += content.substr(0, 40) + "\n";
+            }
+        }
+        return lost.empty() ? "" : "Lost:\n" + lost;
+    }
+
+    std::set<std::string> _Left() const {
+        std::set<std::string> left = ContentsOf(ReadFolder(_here.Path()));
+        left.merge(ContentsOf(ReadFolder(_there.Path())));
+        return left;
+    }
+
+    void _AddMissing(const RandomChanges& changes, const std::set<std::string>& left,
+                     std::set<std::string>& missing) const {
+        for (const std::string& content : changes.Written()) {
+            const bool isOfThere = content.rfind("there ", 0) == 0;
+            // What this side wrote and the other one replaced has to be in the trash here.
+            const bool isRetired = _changesHere.Retired().count(content) != 0 ||
+                                   _changesOfInner.Retired().count(content) != 0 ||
+                                   (isOfThere && _changesThere.Retired().count(content) != 0) ||
+                                   (isOfThere ? _restoredOver : _cleaned).count(content) != 0;
+            if (!isRetired && left.count(content) == 0) {
+                missing.insert(content);
+            }
+        }
+    }
+
+    const ServerKind _kind;
+    RandomChanges::Random _random;
+    Tally& _tally;
+    const service::test::TemporaryFolder _here;
+    const service::test::TemporaryFolder _there;
+    const service::test::TemporaryFolder _backup;
+    std::unique_ptr<IDavServer> _server;
+    /// What ran beside a pass draws from numbers of its own, or no seed would give the same again.
+    RandomChanges::Random _randomHere{_random()};
+    RandomChanges::Random _randomThere{_random()};
+    WebDavWriter* _writerThere = new WebDavWriter("outer", _there / "outer");
+    RandomChanges _changesHere{_here.Path(), "here", _randomHere,
+                               std::make_unique<DiskWriter>(_here.Path(), DiskWriter::Writing::Aside)};
+    RandomChanges _changesThere{_there / "outer", "there", _randomThere, std::unique_ptr<IFolderWriter>(_writerThere)};
+    RandomChanges _changesOfInner{_Inner(), "inner", _random,
+                                  std::make_unique<DiskWriter>(_Inner(), DiskWriter::Writing::InPlace)};
+    /// What a cleaner removed here, and what the server had before it was restored.
+    std::set<std::string> _cleaned;
+    std::set<std::string> _restoredOver;
+    std::set<std::string> _inTrash;
+};
+
+class RandomMishapsTest : public testing::TestWithParam<ServerKind> {};
+
+TEST_P(RandomMishapsTest, LoseNothingAndLeaveBothSidesEqual) {
+    const int rounds = Setting("OVSYNC_PROOF_ROUNDS", 5);
+    auto seed = static_cast<unsigned>(Setting("OVSYNC_PROOF_SEED", static_cast<int>(std::random_device()() >> 1U)));
+    Tally tally;
+    std::unique_ptr<RandomLife> life;
+    for (int round = 0; round < rounds; ++round) {
+        if (round % RoundsOfALife == 0) {
+            life = std::make_unique<RandomLife>(GetParam(), ++seed, tally);
+        }
+        SCOPED_TRACE("OVSYNC_PROOF_SEED=" + std::to_string(seed - 1) + ", round " +
+                     std::to_string(round % RoundsOfALife));
+        ASSERT_EQ(life->Round(), "");
+        if (round % RoundsUntilSettled == RoundsUntilSettled - 1) {
+            ASSERT_EQ(life->Settle(), "");
+        }
+    }
+    life.reset();
+    std::cout << GetParam() << ": " << tally << "\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(On, RandomMishapsTest,
+                         testing::Values(ServerKind::StandIn, ServerKind::Apache, ServerKind::Rclone),
+                         testing::PrintToStringParamName());
+
+}  // namespace
+}  // namespace syncproof
