@@ -36,6 +36,7 @@ const KindText Texts[] = {
     {Kind::DeletedHere, "deletedHere", "only there", "deleted here and still on the service"},
     {Kind::NewerThere, "newerThere", "newer there", "newer on the service"},
     {Kind::Skipped, "skipped", "skipped", "skipped"},
+    {Kind::Noted, "noted", "note on", "note*"},
     {Kind::Conflict, "conflict", "conflict", "in conflict"},
     {Kind::Kept, "kept", "kept", "kept"},
     {Kind::Refused, "refused", "refused", "refused"},

@@ -64,6 +64,7 @@ void ContentExchange::OnHeaders(int status, const Headers& headers) {
     _status = status;
     const QByteArray modified = ValueOf(headers, "last-modified");
     _version.entityTag = StrongEntityTag(headers);
+    _version.hasWeakTag = ValueOf(headers, "etag").startsWith("W/");
     _version.size = AnnouncedSize(headers);
     _version.lastModified = ReadDate(modified.constData(), static_cast<size_t>(modified.size()));
 }

@@ -2,6 +2,7 @@
 
 #include "client/http/ContentDownload.h"
 #include "client/http/ContentUpload.h"
+#include "client/http/DateReader.h"
 #include "client/http/ExchangeError.h"
 #include "client/http/HttpStatus.h"
 #include "host/http/HttpException.h"
@@ -36,15 +37,19 @@ ContentVersion ContentSession::Download(const QUrl& url, ContentSink& sink) {
 }
 
 UploadOutcome ContentSession::Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
-                                     const QByteArray& entityTag) {
-    if (condition == UploadCondition::Unchanged && entityTag.isEmpty()) {
+                                     const ContentVersion& known) {
+    QPair<QByteArray, QByteArray> header("If-None-Match", "*");
+    if (condition == UploadCondition::Unchanged) {
+        header = known.entityTag.isEmpty() ? qMakePair(QByteArray("If-Unmodified-Since"), HttpDate(known.lastModified))
+                                           : qMakePair(QByteArray("If-Match"), known.entityTag);
+    }
+    if (header.second.isEmpty()) {
         throw sync::core::SyncException(
-            QStringLiteral("%1 cannot be replaced only if it is unchanged: the server gave no entity tag for it")
+            QStringLiteral("%1 cannot be replaced only if it is unchanged: the server gave neither an entity tag nor a "
+                           "date for it")
                 .arg(url.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo)));
     }
-    ContentUpload upload(url, source, size,
-                         condition == UploadCondition::New ? qMakePair(QByteArray("If-None-Match"), QByteArray("*"))
-                                                           : qMakePair(QByteArray("If-Match"), entityTag));
+    ContentUpload upload(url, source, size, header);
     _Perform(upload);
     switch (upload.StatusCode()) {
         case HttpStatus::Ok:

@@ -18,7 +18,7 @@ public:
     std::optional<ContentVersion> Look(const QUrl& url) override;
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
     UploadOutcome Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
-                         const QByteArray& entityTag) override;
+                         const ContentVersion& known) override;
     void Cancel() override;
 
 private:

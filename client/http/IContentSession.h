@@ -15,7 +15,7 @@ namespace http {
 enum class UploadCondition {
     /// There is no such file.
     New,
-    /// The file's entity tag is still the one that is given.
+    /// The file is still the version that is given: by its entity tag or, where it has none, by its date.
     Unchanged
 };
 
@@ -41,11 +41,11 @@ public:
     /// page that a server sends in its place is for the caller to check.
     virtual ContentVersion Download(const QUrl& url, ContentSink& sink) = 0;
 
-    /// Sends exactly `size` bytes; `entityTag` counts for UploadCondition::Unchanged only and must not be empty there.
+    /// Sends exactly `size` bytes; `known` counts for UploadCondition::Unchanged only and must have a tag or a date there.
     /// Throws ExchangeError also when `source` has fewer or more: then the server was given no whole content. After an
     /// error without an answer the server may have stored the content nonetheless.
     virtual UploadOutcome Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
-                                 const QByteArray& entityTag) = 0;
+                                 const ContentVersion& known) = 0;
 
     /// Ends the operation under way, and each to come, with an ExchangeError at once. May be called by any thread, any
     /// number of times.

@@ -17,6 +17,8 @@ struct PushOrder {
     /// Whether what the service has is looked at once more right before the file is sent, because the server may not
     /// know conditions.
     bool looksBefore = false;
+    /// Whether it is then sent a second time, to see whether the server refuses what its condition forbids.
+    bool triesConditions = false;
     /// Of the local file when it was looked at, in bytes.
     qint64 size = 0;
 };

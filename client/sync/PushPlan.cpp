@@ -17,6 +17,13 @@ using store::RecordDatabase;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 
+namespace {
+
+/// So much may be sent twice, in bytes.
+constexpr qint64 TrialSize = qint64(64) * 1024;
+
+}  // namespace
+
 PushPlan::PushPlan(PassContext& context, const RemoteTree& remote, const LocalSnapshot& snapshot)
     : _context(context), _remote(remote), _snapshot(snapshot) {
     for (const ConflictCopy& copy : _context.Records().Copies()) {
@@ -132,6 +139,9 @@ void PushPlan::_Order(const QString& path, const LocalEntry& here) {
     order.remote = _remote.AllFiles().value(path);
     order.looksBefore = !_remote.HasChecksums();
     order.size = here.fingerprint.size;
+    // An empty folder may be one of the service itself.
+    order.triesConditions =
+        order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;
     _orders.push_back(order);
     _NeedFoldersOf(path);
 }

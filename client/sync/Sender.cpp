@@ -15,11 +15,20 @@ using http::UploadOutcome;
 using store::FileRecord;
 using sync::config::FileConfiguration;
 
+namespace {
+
+QString ConditionsSetting() {
+    return QStringLiteral("uploadConditions");
+}
+
+}  // namespace
+
 void Sender::Run(std::deque<PushOrder> orders) {
     if (orders.empty()) {
         return;
     }
     _orders = std::move(orders);
+    _ChooseTrial();
     _progress.allFiles = static_cast<int>(_orders.size());
     for (const PushOrder& order : _orders) {
         _progress.allBytes += order.size;
@@ -49,6 +58,14 @@ void Sender::Run(std::deque<PushOrder> orders) {
         }
         _progress.doneBytes = _bytes;
         _context.ReportProgress(_progress);
+    }
+}
+
+void Sender::_ChooseTrial() {
+    bool isNeeded = _context.Records().Setting(ConditionsSetting()).isEmpty();
+    for (PushOrder& order : _orders) {
+        order.triesConditions = order.triesConditions && isNeeded;
+        isNeeded = isNeeded && !order.triesConditions;
     }
 }
 
@@ -87,10 +104,7 @@ void Sender::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
 
 bool Sender::_IsStillKnown(const Upload& upload) {
     const PushOrder& order = upload.Order();
-    if (upload.Version() && upload.Version()->entityTag.isEmpty()) {
-        _context.Report(SyncEvent::Kind::Refused, order.path,
-                        QStringLiteral("the service gives the file no entity tag, without which a change that somebody "
-                                       "else makes meanwhile could be overwritten"));
+    if (upload.Version() && upload.Version()->entityTag.isEmpty() && !_TellsByDate(order)) {
         return false;
     }
     // The tag is older than this answer: when this is still what was known, so was what the tag is of.
@@ -102,6 +116,24 @@ bool Sender::_IsStillKnown(const Upload& upload) {
                         QStringLiteral("it changed here, and has just changed on the service"));
     }
     return isKnown;
+}
+
+bool Sender::_TellsByDate(const PushOrder& order) {
+    const QDateTime& date = order.remote.lastModifiedDate;
+    const QDateTime& listed = _context.ListedAt();
+    if (!date.isValid() || !listed.isValid()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path,
+                        QStringLiteral("the service gives the file neither an entity tag nor a date, without which a "
+                                       "change that somebody else makes meanwhile could be overwritten"));
+        return false;
+    }
+    // Dates have whole seconds: within that of the change another one would not be seen.
+    if (date.toSecsSinceEpoch() >= listed.toSecsSinceEpoch()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path,
+                        QStringLiteral("it has just changed on the service; the next push sends it"));
+        return false;
+    }
+    return true;
 }
 
 void Sender::_TakeSent(const Upload& upload) {
@@ -123,6 +155,16 @@ void Sender::_TakeSent(const Upload& upload) {
     // Only now: a server that takes files and never confirms them has failed.
     _context.ReportSuccess();
     _context.Report(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
+    if (const std::optional<bool> knowsConditions = upload.KnowsConditions()) {
+        _context.Records().WriteSetting(ConditionsSetting(),
+                                        *knowsConditions ? QStringLiteral("known") : QStringLiteral("ignored"));
+        if (!*knowsConditions) {
+            _context.Report(
+                SyncEvent::Kind::Noted, path,
+                QStringLiteral("this server replaces files whatever conditions an upload has. What somebody "
+                               "else writes to a file in the very moment in which it is sent will be lost"));
+        }
+    }
     if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
         _context.Report(SyncEvent::Kind::Refused, path,
                         QStringLiteral("it was written while it was sent, and has to be sent again"));

@@ -26,10 +26,14 @@ public:
 private:
     using Pool = TransferPool<Upload>;
 
+    /// Lets at most one file try the conditions, and none once it is known.
+    void _ChooseTrial();
     void _Start(Pool& pool);
     void _Take(std::unique_ptr<Upload> upload, Pool& pool);
     /// Whether what is to be replaced is still what the listing had.
     bool _IsStillKnown(const Upload& upload);
+    /// Whether the file's date, in place of an entity tag, can tell what somebody else changes meanwhile.
+    bool _TellsByDate(const PushOrder& order);
     void _TakeSent(const Upload& upload);
     /// Whether the service says that what it has now has `size` bytes.
     bool _HasSize(const Upload& upload, qint64 size);

@@ -24,6 +24,8 @@ struct SyncEvent {
         NewerThere,
         /// What is neither a file nor a folder, and no pass ever syncs.
         Skipped,
+        /// What turned out when the file was transferred, and concerns all of them.
+        Noted,
         /// The kinds from here on tell of what is left to be done by somebody.
         /// Both sides changed the file.
         Conflict,

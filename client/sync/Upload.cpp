@@ -6,6 +6,7 @@
 
 #include "client/sync/Stopped.h"
 #include "client/sync/Version.h"
+#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace syncing {
@@ -42,7 +43,7 @@ void Upload::Run(http::IContentSession& session) noexcept {
 
 std::optional<http::ContentVersion> Upload::_LookForTag(http::IContentSession& session) {
     std::optional<http::ContentVersion> version = session.Look(_url);
-    if (!version || !version->entityTag.isEmpty()) {
+    if (!version || !version->hasWeakTag) {
         return version;
     }
     const auto end = std::chrono::steady_clock::now() + TagPatience;
@@ -54,29 +55,49 @@ std::optional<http::ContentVersion> Upload::_LookForTag(http::IContentSession& s
 }
 
 void Upload::_Send(http::IContentSession& session) {
-    QByteArray tag = EntityTagOf(_order.remote);
-    if (!_order.isNew && tag.isEmpty()) {
-        tag = _version->entityTag;
+    http::ContentVersion known = KnownVersionOf(_order.remote);
+    if (!_order.isNew && known.entityTag.isEmpty()) {
+        known.entityTag = _version->entityTag;
     }
-    if (_order.looksBefore && _IsForestalled(session, tag)) {
+    if (_order.looksBefore && _IsForestalled(session, known)) {
         _outcome = UploadOutcome::Refused;
         return;
     }
     _file = _tree.Open(_order.path);
     _before = _file->Look();
     _outcome = session.Upload(_url, *this, _before.size,
-                              _order.isNew ? UploadCondition::New : UploadCondition::Unchanged, tag);
+                              _order.isNew ? UploadCondition::New : UploadCondition::Unchanged, known);
     if (_outcome == UploadOutcome::Refused) {
         return;
     }
-    _after = _file->Look();
     _md5Text = QString::fromLatin1(_md5.result().toHex());
+    if (_order.triesConditions) {
+        _TryConditions(session);
+    }
+    _after = _file->Look();
     _version = session.Look(_url);
 }
 
-bool Upload::_IsForestalled(http::IContentSession& session, const QByteArray& tag) const {
+void Upload::_TryConditions(http::IContentSession& session) {
+    try {
+        _knowsConditions = session.Upload(_url, *this, _before.size, UploadCondition::New, http::ContentVersion()) ==
+                           UploadOutcome::Refused;
+    } catch (const sync::core::SyncException&) {
+        // Some other answer tells nothing, and the file is there already.
+        return;
+    }
+    if (!*_knowsConditions) {
+        _md5Text = QString::fromLatin1(_md5.result().toHex());
+    }
+}
+
+bool Upload::_IsForestalled(http::IContentSession& session, const http::ContentVersion& known) const {
     const std::optional<http::ContentVersion> now = session.Look(_url);
-    return _order.isNew ? now.has_value() : !now || now->entityTag != tag;
+    if (_order.isNew || !now) {
+        return _order.isNew == now.has_value();
+    }
+    const bool isSameDate = now->lastModified == known.lastModified;
+    return now->entityTag != known.entityTag || (known.entityTag.isEmpty() && !isSameDate);
 }
 
 void Upload::Restart() {

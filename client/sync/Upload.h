@@ -35,6 +35,8 @@ public:
     const std::optional<http::ContentVersion>& Version() const { return _version; }
 
     http::UploadOutcome Outcome() const { return _outcome; }
+    /// Whether the server refuses what a condition forbids; none when that was not tried or could not be found out.
+    const std::optional<bool>& KnowsConditions() const { return _knowsConditions; }
     /// Of what was sent, in hexadecimal.
     const QString& Md5() const { return _md5Text; }
     /// Of the local file before and after it was sent.
@@ -46,8 +48,10 @@ private:
     size_t Read(char* bytes, size_t size) override;
     std::optional<http::ContentVersion> _LookForTag(http::IContentSession& session);
     void _Send(http::IContentSession& session);
+    /// Sends the same once more, although it must not be there.
+    void _TryConditions(http::IContentSession& session);
     /// Whether the service has something else than what the upload is to replace.
-    bool _IsForestalled(http::IContentSession& session, const QByteArray& tag) const;
+    bool _IsForestalled(http::IContentSession& session, const http::ContentVersion& known) const;
 
     ILocalTree& _tree;
     const PushOrder _order;
@@ -62,6 +66,7 @@ private:
     std::exception_ptr _error;
     std::optional<http::ContentVersion> _version;
     http::UploadOutcome _outcome = http::UploadOutcome::Refused;
+    std::optional<bool> _knowsConditions;
     QString _md5Text;
     store::Fingerprint _before;
     store::Fingerprint _after;

@@ -12,6 +12,13 @@ QByteArray EntityTagOf(const FileConfiguration& file) {
     return isTag ? file.versionId.toUtf8() : QByteArray();
 }
 
+http::ContentVersion KnownVersionOf(const FileConfiguration& file) {
+    http::ContentVersion version;
+    version.entityTag = EntityTagOf(file);
+    version.lastModified = file.lastModifiedDate;
+    return version;
+}
+
 QString IdentityOf(const FileConfiguration& file) {
     if (!file.versionId.isEmpty() || !file.md5Checksum.isEmpty()) {
         return file.itemId + QLatin1Char('\n') + file.versionId + QLatin1Char('\n') + file.md5Checksum.toLower();

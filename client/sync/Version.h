@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include "client/http/ContentVersion.h"
 #include "host/configuration/FileConfiguration.h"
 
 /// How one version of a service's file is known from another. Thread-safe.
@@ -13,6 +14,9 @@ namespace syncing {
 /// The strong entity tag by which a server knows the file's version that names neither versions nor checksums; empty
 /// when there is none.
 QByteArray EntityTagOf(const sync::config::FileConfiguration& file);
+
+/// What an upload that replaces `file` can make its condition: its entity tag, else its date.
+http::ContentVersion KnownVersionOf(const sync::config::FileConfiguration& file);
 
 /// Differs between two versions of a file, and between a file and one that was made in its place later. On a server
 /// that names neither versions nor checksums nor strong entity tags, the date and the size have to do.

@@ -348,7 +348,8 @@ TEST_F(ContentSessionTest, NothingIsSentAfterCancel) {
     EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }), HasSubstr("cancelled"));
     EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Look(server.Url(FilePath)); }), HasSubstr("cancelled"));
     EXPECT_THAT(ErrorOf<ExchangeError>([&] {
-                    session.Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::New, QByteArray());
+                    session.Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::New,
+                                   ContentVersion());
                 }),
                 HasSubstr("cancelled"));
     server.Stop();
@@ -384,7 +385,7 @@ TEST_F(ContentSessionTest, LookTakesNothingElseForYesOrNo) {
 class ContentUploadTest : public ContentSessionTest {
 protected:
     UploadOutcome Upload(const ScriptedServer& server, Source& source, qint64 size) {
-        return session->Upload(server.Url(FilePath), source, size, UploadCondition::New, QByteArray());
+        return session->Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion());
     }
 
     UploadOutcome Upload(const ScriptedServer& server, Source& source) {
@@ -433,20 +434,40 @@ TEST_F(ContentUploadTest, ANewFileIsStoredOnlyWhereNoneIs) {
 TEST_F(ContentUploadTest, AFileIsReplacedOnlyIfItIsStillTheSame) {
     ScriptedServer server({AnswerOf("folders/status-204")});
     Source source(FileText);
-    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, "\"a-7, b\""),
+    ContentVersion known;
+    known.entityTag = "\"a-7, b\"";
+    known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
+    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known),
               UploadOutcome::Stored);
     server.Stop();
-    EXPECT_EQ(server.Requests().first().headers.value("if-match"), "\"a-7, b\"");
-    EXPECT_FALSE(server.Requests().first().headers.contains("if-none-match"));
+    const auto headers = server.Requests().first().headers;
+    EXPECT_EQ(headers.value("if-match"), "\"a-7, b\"");
+    EXPECT_FALSE(headers.contains("if-none-match"));
+    EXPECT_FALSE(headers.contains("if-unmodified-since"));
 }
 
-TEST_F(ContentUploadTest, NothingIsReplacedWithoutAnEntityTag) {
+TEST_F(ContentUploadTest, WithoutAnEntityTagAFileIsReplacedOnlyIfItsDateIsTheSame) {
+    ScriptedServer server({AnswerOf("folders/status-204")});
+    Source source(FileText);
+    ContentVersion known;
+    known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
+    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known),
+              UploadOutcome::Stored);
+    server.Stop();
+    const auto headers = server.Requests().first().headers;
+    EXPECT_EQ(headers.value("if-unmodified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
+    EXPECT_FALSE(headers.contains("if-match"));
+    EXPECT_FALSE(headers.contains("if-none-match"));
+}
+
+TEST_F(ContentUploadTest, NothingIsReplacedWithoutAnEntityTagAndADate) {
     ScriptedServer server({});
     Source source(FileText);
     EXPECT_THAT(ErrorOf<SyncException>([&] {
-                    session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, "");
+                    session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged,
+                                    ContentVersion());
                 }),
-                AllOf(HasSubstr(FilePath.toStdString()), HasSubstr("no entity tag")));
+                AllOf(HasSubstr(FilePath.toStdString()), HasSubstr("neither an entity tag nor a date")));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }

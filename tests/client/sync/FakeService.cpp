@@ -204,7 +204,7 @@ public:
     }
 
     UploadOutcome Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
-                         const QByteArray& entityTag) override {
+                         const ContentVersion& known) override {
         const QString path = PathOf(url);
         _Begin("PUT", url);
         QByteArray content(static_cast<int>(size) + 10, '\0');
@@ -220,7 +220,7 @@ public:
             const auto there = _service._files.find(path);
             const bool isThere = there != _service._files.end();
             const bool isOther =
-                condition == UploadCondition::New ? isThere : !isThere || _service._Tag(there->second) != entityTag;
+                condition == UploadCondition::New ? isThere : !isThere || !_IsKnown(there->second, known);
             if (isOther && !_service.ignoresConditions) {
                 return UploadOutcome::Refused;
             }
@@ -238,6 +238,10 @@ private:
         if (_isCancelled) {
             throw ExchangeError(method, url, Text("cancelled"), {});
         }
+    }
+
+    bool _IsKnown(const File& file, const ContentVersion& known) const {
+        return known.entityTag.isEmpty() ? file.modified <= known.lastModified : _service._Tag(file) == known.entityTag;
     }
 
     ContentVersion _VersionOf(const File& file) {
@@ -367,7 +371,7 @@ FileConfiguration FakeService::_Describe(const QString& path, const File& file) 
     description.name = NameOf(path);
     description.serverPath = Text(Root) + path;
     description.size = ListedSize(file.content.size());
-    description.lastModifiedDate = file.modified;
+    description.lastModifiedDate = isWithoutDates ? QDateTime() : file.modified;
     description.customProperties[Text("version")] = QString::number(isPlain ? 0 : file.version);
     description.itemId = Text("path:S/") + path;
     if (listsTags) {

@@ -60,6 +60,7 @@ public:
     bool ignoresConditions = false;
     /// Names no strong entity tags.
     bool isWithoutTags = false;
+    bool isWithoutDates = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
     /// Announces no sizes of what it sends.

@@ -507,6 +507,49 @@ TEST_F(MishapTest, ByADateAloneWhatReplacedASentFileInTheSameSecondIsSeen) {
     EXPECT_EQ(Content("a"), QByteArray("2"));
 }
 
+TEST_F(MishapTest, WithoutStrongTagsTheDateGuardsAChangedFile) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    StartWith("a", "1");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ByADateAloneAChangeRightBeforeAnUploadIsSeen) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    for (const char* request : {"HEAD", "FIND", "PUT"}) {
+        StartWith("a", "1");
+        Write("a", "mine");
+        service.onRequest = [this, request](const QString& method, const QString&) {
+            if (method == Text(request) && service.Content(Text("a")) != "theirs") {
+                service.Put(Text("a"), "theirs");
+            }
+        };
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome) << request;
+        EXPECT_EQ(Told(), QStringList(Text("Conflict a"))) << request;
+        EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs")) << request;
+        service.onRequest = nullptr;
+        Remove("a");
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    }
+}
+
+TEST_F(MishapTest, ByADateAloneNothingIsReplacedWithinTheSecondOfItsChange) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    service.secondsAhead = -30;
+    StartWith("a", "1");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
+    service.secondsAhead = 0;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
 TEST_F(MishapTest, WithoutConditionsWhatIsMadeBeforeAnUploadIsSeen) {
     service.isPlain = true;
     service.listsTags = true;
@@ -524,6 +567,63 @@ TEST_F(MishapTest, WithoutConditionsWhatIsMadeBeforeAnUploadIsSeen) {
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList({Text("Conflict changed"), Text("Conflict new")}));
     EXPECT_EQ(service.Contents(), Files({{Text("changed"), "theirs"}, {Text("new"), "theirs"}}));
+}
+
+TEST_F(MishapTest, WhetherAServerKnowsConditionsIsFoundOutOnce) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.Put(Text("theirs"), "1");
+    Write("empty", "");
+    Write("large", QByteArray(64 * 1024 + 1, 'x'));
+    Write("small", "1");
+    Write("small too", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 5);
+    Write("later", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 6);
+    EXPECT_THAT(Told(),
+                testing::Not(testing::Contains(testing::Property(&QString::toStdString, testing::HasSubstr("Noted")))));
+}
+
+TEST_F(MishapTest, AServerThatIgnoresConditionsIsToldOfOnce) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.Put(Text("theirs"), "1");
+    service.ignoresConditions = true;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("Noted a"), Text("Sent a")}));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
+    Write("b", "1");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("Sent a"), Text("Sent b")}));
+}
+
+TEST_F(MishapTest, AnErrorOfTheServerTellsNothingOfConditions) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.Put(Text("theirs"), "1");
+    for (const char* name : {"a", "b"}) {
+        Write(name, "1");
+        service.ForgetCounts();
+        service.onRequest = [this](const QString& method, const QString& path) {
+            if (method == Text("PUT") && service.Count("PUT") == 2) {
+                throw sync::http::HttpException(Text("busy"), 503, QUrl(path));
+            }
+        };
+        EXPECT_EQ(Push(), SyncOutcome::InStep);
+        EXPECT_EQ(Told(), QStringList(Text("Sent ") + Text(name)));
+        EXPECT_EQ(service.Count("PUT"), 2);
+    }
+}
+
+TEST_F(MishapTest, TheServiceItselfIsNotTried) {
+    service.Put(Text("theirs"), "1");
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 1);
 }
 
 TEST_F(MishapTest, WithoutALengthTheListingTellsWhetherAFileWasStored) {

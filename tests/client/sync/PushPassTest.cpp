@@ -235,9 +235,10 @@ TEST_F(PushPassTest, NothingIsPutWhereTheServiceHidesSomething) {
     EXPECT_EQ(service.Count("PUT") + service.Count("MKCOL"), 0);
 }
 
-TEST_F(PushPassTest, WithoutAnEntityTagNothingIsOverwritten) {
+TEST_F(PushPassTest, WithoutEntityTagsAndDatesNothingIsOverwritten) {
     PushOne();
     service.isWithoutTags = true;
+    service.isWithoutDates = true;
     Write("a", "2");
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList(Text("Refused a")));

@@ -19,9 +19,8 @@ using ovsync::syncing::SyncOutcome;
 
 namespace {
 
-const char* const KindNames[] = {"Fetched",    "Updated",     "Deleted",    "FolderMade", "Sent",
-                                 "FolderSent", "DeletedHere", "NewerThere", "Skipped",    "Conflict",
-                                 "Kept",       "Refused",     "Failed"};
+const char* const KindNames[] = {"Fetched",    "Updated", "Deleted", "FolderMade", "Sent", "FolderSent", "DeletedHere",
+                                 "NewerThere", "Skipped", "Noted",   "Conflict",   "Kept", "Refused",    "Failed"};
 
 }  // namespace
 
