@@ -247,7 +247,7 @@ private:
     ContentVersion _VersionOf(const File& file) {
         ContentVersion version;
         version.entityTag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
-        version.size = _service.isWithoutLengths ? -1 : file.content.size();
+        version.size = _service.isWithoutLengths ? -1 : file.content.size() + _service.excessOfLengths;
         version.lastModified = file.modified;
         return version;
     }

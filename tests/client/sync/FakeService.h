@@ -59,6 +59,8 @@ public:
     /// Knows no conditions of an upload.
     bool ignoresConditions = false;
     /// Names no strong entity tags.
+    /// What the announced lengths of contents are above the true ones.
+    qint64 excessOfLengths = 0;
     bool isWithoutTags = false;
     bool isWithoutDates = false;
     /// Sends this in place of every file's content, if it is not null.

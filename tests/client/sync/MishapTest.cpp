@@ -626,6 +626,14 @@ TEST_F(MishapTest, TheServiceItselfIsNotTried) {
     EXPECT_EQ(service.Count("PUT"), 1);
 }
 
+TEST_F(MishapTest, ASizeThatIsTheSameInThirtyTwoBitsIsAnotherSize) {
+    service.isPlain = true;
+    service.excessOfLengths = qint64(1) << 32;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+}
+
 TEST_F(MishapTest, WithoutALengthTheListingTellsWhetherAFileWasStored) {
     service.isPlain = true;
     service.isWithoutLengths = true;
