@@ -8,11 +8,11 @@
 #include <algorithm>
 #include <string>
 
-#include "client/http/MultistatusReader.h"
+#include "client/listing/MultistatusReader.h"
 
 namespace {
 
-using ovsync::http::MultistatusReader;
+using ovsync::listing::MultistatusReader;
 using sync::http::DAVPropfindRequest;
 
 const size_t PieceSize = 65536;

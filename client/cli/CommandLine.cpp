@@ -1,4 +1,5 @@
 #include "client/cli/CommandLine.h"
+#include "client/wire/HttpStatus.h"
 
 #include <log4cplus/logger.h>
 #include <unistd.h>
@@ -17,37 +18,70 @@
 #include <string>
 #include <vector>
 
-#include "client/cli/AgentCommand.h"
-#include "client/cli/Complaint.h"
-#include "client/cli/Connection.h"
-#include "client/cli/Interruption.h"
-#include "client/cli/ListCommand.h"
-#include "client/cli/LoggedErrors.h"
-#include "client/cli/MakeFolderCommand.h"
-#include "client/cli/MoveCommand.h"
-#include "client/cli/Progress.h"
-#include "client/cli/PullCommand.h"
-#include "client/cli/PushCommand.h"
-#include "client/cli/Refusal.h"
-#include "client/cli/RemoveCommand.h"
-#include "client/cli/SettingsCommand.h"
-#include "client/cli/SizeCommand.h"
-#include "client/cli/StatCommand.h"
-#include "client/cli/TerminalText.h"
-#include "client/cli/TrashCommand.h"
-#include "client/cli/TreeCommand.h"
-#include "client/cli/UsageError.h"
-#include "client/cli/VersionCommand.h"
-#include "client/http/DateReader.h"
+#include "client/cli/commands/AgentCommand.h"
+#include "client/cli/commands/ListCommand.h"
+#include "client/cli/commands/MakeFolderCommand.h"
+#include "client/cli/commands/MoveCommand.h"
+#include "client/cli/commands/PullCommand.h"
+#include "client/cli/commands/PushCommand.h"
+#include "client/cli/commands/RemoveCommand.h"
+#include "client/cli/commands/SettingsCommand.h"
+#include "client/cli/commands/SizeCommand.h"
+#include "client/cli/commands/StatCommand.h"
+#include "client/cli/commands/TrashCommand.h"
+#include "client/cli/commands/TreeCommand.h"
+#include "client/cli/commands/VersionCommand.h"
+#include "client/cli/input/Connection.h"
+#include "client/cli/input/Interruption.h"
+#include "client/cli/input/Refusal.h"
+#include "client/cli/input/UsageError.h"
+#include "client/cli/output/Complaint.h"
+#include "client/cli/output/LoggedErrors.h"
+#include "client/cli/output/Progress.h"
+#include "client/cli/output/TerminalText.h"
 #include "client/store/StoreError.h"
-#include "client/sync/LocalError.h"
-#include "client/sync/SyncOptions.h"
-#include "client/sync/WrongFolder.h"
+#include "client/sync/local/LocalError.h"
+#include "client/sync/pass/SyncOptions.h"
+#include "client/sync/pass/WrongFolder.h"
+#include "client/wire/DateReader.h"
 #include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace cli {
+
+using commands::EmptyTrash;
+using commands::ListFolder;
+using commands::ListTrash;
+using commands::MakeFolder;
+using commands::MeasureTree;
+using commands::MoveFolder;
+using commands::Pull;
+using commands::Push;
+using commands::RemoveFolder;
+using commands::RestoreFromTrash;
+using commands::ShowAgent;
+using commands::ShowResource;
+using commands::ShowSettings;
+using commands::ShowTree;
+using commands::ShowVersions;
+using commands::StartAgent;
+using input::Connection;
+using input::ConnectionOptions;
+using input::Interruption;
+using input::Location;
+using input::Refusal;
+using input::SyncArguments;
+using input::UsageError;
+using output::Complain;
+using output::ExitCode;
+using output::ListFormat;
+using output::LoggedErrors;
+using output::Output;
+using output::Progress;
+using output::ShownInErrors;
+using output::TerminalText;
+using wire::HttpStatus;
 
 namespace {
 
@@ -86,17 +120,17 @@ struct Arguments {
     std::string since;
     std::vector<std::string> excluded;
     double silenceLimit = 60;
-    qint64 maxListingEntries = http::ListingLimits().entries.value;
-    qint64 maxListingBytes = http::ListingLimits().bytes.value;
+    qint64 maxListingEntries = wire::ListingLimits().entries.value;
+    qint64 maxListingBytes = wire::ListingLimits().bytes.value;
     bool isLong = false;
     bool isJson = false;
     bool withParents = false;
     bool deletes = false;
     std::string maxDelete;
-    int daysKept = syncing::Trash::DefaultDays;
+    int daysKept = local::Trash::DefaultDays;
     bool isStrict = false;
     bool isTrial = false;
-    int transfers = syncing::SyncOptions().transfers;
+    int transfers = pass::SyncOptions().transfers;
 
     ConnectionOptions Connecting() const {
         ConnectionOptions options;
@@ -121,7 +155,7 @@ struct Arguments {
 
     /// Throws UsageError when it is no time.
     QDateTime Since() const {
-        QDateTime time = http::ReadDate(since.data(), since.size());
+        QDateTime time = wire::ReadDate(since.data(), since.size());
         if (!since.empty() && !time.isValid()) {
             throw UsageError(QStringLiteral("--since \"%1\": this is no time of the form 2026-11-20T10:15:30Z or "
                                             "\"Fri, 20 Nov 2026 10:15:30 GMT\"")
@@ -155,12 +189,11 @@ struct Arguments {
     }
 
     /// Throws UsageError when it is no limit.
-    syncing::DeletionLimit Limit() const {
+    pass::DeletionLimit Limit() const {
         if (maxDelete.empty()) {
             return {};
         }
-        const std::optional<syncing::DeletionLimit> limit =
-            syncing::DeletionLimit::Read(QString::fromStdString(maxDelete));
+        const std::optional<pass::DeletionLimit> limit = pass::DeletionLimit::Read(QString::fromStdString(maxDelete));
         if (!limit) {
             throw UsageError(
                 QStringLiteral(
@@ -300,7 +333,7 @@ public:
             _AddLocal(*trash, "list", "Lists it, a line each with time, size and path, in order of time and path.",
                       [](const Arguments& given, Output& output) {
                           ListTrash(QString::fromStdString(given.directory), given.isJson, output);
-                          return Done;
+                          return ExitCode::Done;
                       });
         _AddUrl(command, "DIR", "The local folder", _arguments.directory);
 
@@ -309,7 +342,7 @@ public:
                                 RestoreFromTrash(QString::fromStdString(given.directory),
                                                  QString::fromStdString(given.path), Arguments::Given(given.from),
                                                  Arguments::Given(given.to), given.isJson, output);
-                                return Done;
+                                return ExitCode::Done;
                             });
         _AddUrl(command, "DIR", "The local folder", _arguments.directory);
         _AddUrl(command, "PATH", "The file, as list shows it", _arguments.path);
@@ -346,7 +379,7 @@ private:
             name, description,
             [action](Connection& connection, const Location& location, const Arguments& given, Output& output) {
                 action(connection, location, given, output);
-                return Done;
+                return ExitCode::Done;
             });
     }
 
@@ -440,7 +473,8 @@ private:
 
 /// Whether a server that answered the request for the whole tree at `location` with `status` refuses that for any tree.
 bool RefusesTrees(int status, Connection& connection, const Location& location) {
-    if (status < 400 || status >= 500 || status == 401 || status == 404) {
+    if (status < HttpStatus::BadRequest || status >= HttpStatus::InternalServerError ||
+        status == HttpStatus::Unauthorized || status == HttpStatus::NotFound) {
         return false;
     }
     // Servers word it in too many ways, but one that shows the folder itself can only mean the depth.
@@ -479,7 +513,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
                 const std::vector<std::string> unknown = misses ? app.remaining(true) : std::vector<std::string>();
                 ComplainOfUsage((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str());
             }
-            return isDone ? Done : WrongUsage;
+            return isDone ? ExitCode::Done : ExitCode::WrongUsage;
         }
 
         Output output;
@@ -504,33 +538,33 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         return exitCode;
     } catch (const UsageError& e) {
         ComplainOf(e);
-        return WrongUsage;
+        return ExitCode::WrongUsage;
     } catch (const Refusal& e) {
         ComplainOf(e);
-        return Refused;
-    } catch (const syncing::WrongFolder& e) {
+        return ExitCode::Refused;
+    } catch (const pass::WrongFolder& e) {
         ComplainOf(e);
-        return WrongUsage;
-    } catch (const syncing::LocalError& e) {
+        return ExitCode::WrongUsage;
+    } catch (const local::LocalError& e) {
         ComplainOf(e);
-        return Refused;
+        return ExitCode::Refused;
     } catch (const store::StoreError& e) {
         ComplainOf(e);
-        return Refused;
+        return ExitCode::Refused;
     } catch (const HttpException& e) {
         ComplainOf(e);
         Complain(QStringLiteral("The answer was ") + connection->LastAnswer());
-        if (e.StatusCode() == 401) {
+        if (e.StatusCode() == HttpStatus::Unauthorized) {
             Complain(QStringLiteral("Give a user name with -u."));
         }
         if (commands.ListsTree() && RefusesTrees(e.StatusCode(), *connection, location)) {
             Complain(QStringLiteral(
                 "This server does not list a whole tree at once (Depth: infinity). List it folder by folder with ls."));
         }
-        return Refused;
+        return ExitCode::Refused;
     } catch (const std::exception& e) {
         ComplainOf(e);
-        return Unreachable;
+        return ExitCode::Unreachable;
     }
 }
 

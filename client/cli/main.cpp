@@ -1,5 +1,5 @@
 #include "client/cli/CommandLine.h"
 
 int main(int argc, char** argv) {
-    return ovsync::cli::RunCommandLine(argc, argv);
+    return static_cast<int>(ovsync::cli::RunCommandLine(argc, argv));
 }

@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string>
 
-#include "tests/client/http/Fixtures.h"
+#include "tests/client/Fixtures.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/ScriptedServer.h"
@@ -15,10 +15,10 @@
 
 namespace {
 
-using ovsync::http::FixtureAnswer;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using tests::FixtureAnswer;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::ScriptedServer;

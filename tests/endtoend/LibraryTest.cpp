@@ -5,15 +5,15 @@
 #include <QVector>
 #include <memory>
 
-#include "client/cli/Connection.h"
+#include "client/cli/input/Connection.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Text.h"
 
 namespace {
 
-using ovsync::cli::Connection;
-using ovsync::cli::ConnectionOptions;
-using ovsync::cli::Location;
+using ovsync::input::Connection;
+using ovsync::input::ConnectionOptions;
+using ovsync::input::Location;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 using tests::Service;

@@ -7,7 +7,7 @@
 #include <QTemporaryDir>
 #include <ostream>
 
-#include "tests/client/http/Fixtures.h"
+#include "tests/client/Fixtures.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/ScriptedServer.h"
@@ -57,7 +57,7 @@ protected:
                     const char* const fixture = script.value(key, nullptr);
                     return fixture == nullptr
                                ? "HTTP/1.1 500 Not in the script: " + key + "\r\nContent-Length: 0\r\n\r\n"
-                               : ovsync::http::FixtureAnswer(Text(fixture)).Bytes();
+                               : tests::FixtureAnswer(Text(fixture)).Bytes();
                 },
                 ScriptedServer::Ending::Close};
     }

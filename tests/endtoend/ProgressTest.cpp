@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/client/http/Fixtures.h"
+#include "tests/client/Fixtures.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/ScriptedServer.h"
@@ -22,9 +22,9 @@
 
 namespace {
 
-using ovsync::http::FixtureAnswer;
-using ovsync::http::ListingAnswer;
 using testing::HasSubstr;
+using tests::FixtureAnswer;
+using tests::ListingAnswer;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::ScriptedServer;

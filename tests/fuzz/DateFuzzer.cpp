@@ -1,9 +1,9 @@
-#include "client/http/DateReader.h"
+#include "client/wire/DateReader.h"
 
 #include "tests/fuzz/Fuzzing.h"
 
 using fuzz::Require;
-using ovsync::http::ReadDate;
+using ovsync::wire::ReadDate;
 
 namespace {
 
@@ -25,7 +25,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Require(!Read(text.left(length)).isValid(), "no beginning of a date is a date");
     }
     Require(!Read(text + '0').isValid(), "nothing follows a date");
-    const QByteArray httpDate = ovsync::http::HttpDate(time);
+    const QByteArray httpDate = ovsync::wire::HttpDate(time);
     Require(httpDate.isEmpty() || Read(httpDate) == time, "a date that is written is read as the same");
     const int year = time.date().year();
     Require(year < 0 || year > 9999 || Read(time.toString(Qt::ISODate).toLatin1()) == time,

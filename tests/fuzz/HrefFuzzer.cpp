@@ -1,4 +1,4 @@
-#include "client/http/Href.h"
+#include "client/listing/Href.h"
 
 #include <QList>
 #include <QUrl>
@@ -7,7 +7,7 @@
 #include "tests/fuzz/Fuzzing.h"
 
 using fuzz::Require;
-using ovsync::http::Href;
+using ovsync::listing::Href;
 
 int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const QUrl asked(QString::fromLatin1("http://127.0.0.1:8080/Projects/A/"));

@@ -1,10 +1,10 @@
 #include <QSet>
 #include <QUrl>
 
-#include "client/http/ListingBuilder.h"
+#include "client/listing/ListingBuilder.h"
 #include "client/store/RecordDatabase.h"
-#include "client/sync/Names.h"
-#include "client/sync/RemoteTree.h"
+#include "client/sync/local/Names.h"
+#include "client/sync/pass/RemoteTree.h"
 #include "dvsync/ResourceMapping.h"
 #include "dvsync/TransferTexts.h"
 #include "host/core/SyncException.h"
@@ -12,15 +12,15 @@
 #include "tests/fuzz/Fuzzing.h"
 
 using fuzz::Require;
-using ovsync::http::MultistatusEntry;
-using ovsync::syncing::RemoteTree;
+using ovsync::listing::MultistatusEntry;
+using ovsync::pass::RemoteTree;
 using sync::http::DAVPropfindResult;
 
 namespace {
 
 const char* const AskedPath = "/Projects/A/";
 
-void AddTo(ovsync::http::ListingBuilder& listing, const QByteArray& href) {
+void AddTo(ovsync::listing::ListingBuilder& listing, const QByteArray& href) {
     const QByteArray status("HTTP/1.1 200 OK");
     MultistatusEntry entry;
     entry.Start();
@@ -43,11 +43,11 @@ void AddTo(ovsync::http::ListingBuilder& listing, const QByteArray& href) {
 /// is left out.
 std::shared_ptr<DAVPropfindResult> ListingOf(const QList<QByteArray>& hrefs) {
     static const QUrl asked(QString::fromLatin1("http://127.0.0.1:8080") + QString::fromLatin1(AskedPath));
-    ovsync::http::ListingBuilder listing(asked, sync::http::DAVPropfindRequest::Tree, ovsync::http::HrefScope::OfUrl,
-                                         {});
+    ovsync::listing::ListingBuilder listing(asked, sync::http::DAVPropfindRequest::Tree,
+                                            ovsync::listing::HrefScope::OfUrl, {});
     AddTo(listing, AskedPath);
     QSet<QByteArray> seen;
-    ovsync::http::Href reader(asked);
+    ovsync::listing::Href reader(asked);
     for (const QByteArray& line : hrefs) {
         const QByteArray href = line.trimmed();
         try {
@@ -65,7 +65,7 @@ std::shared_ptr<DAVPropfindResult> ListingOf(const QList<QByteArray>& hrefs) {
 }
 
 void RequireIsLocal(const QString& path, const RemoteTree& tree) {
-    using namespace ovsync::syncing;
+    using namespace ovsync::local;
     for (const QString& segment : path.split(QLatin1Char('/'))) {
         const QByteArray bytes = segment.toUtf8();
         Require(!bytes.isEmpty() && bytes != "." && bytes != "..", "no segment leads elsewhere");
@@ -99,7 +99,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const auto manager = fuzz::MakeFolderManager();
     const std::shared_ptr<DAVPropfindResult> result = ListingOf(fuzz::BytesOf(data, size).split('\n'));
 
-    ovsync::syncing::ServiceFolder service;
+    ovsync::pass::ServiceFolder service;
     service.folder.serverPath = QString::fromLatin1("Projects/A");
     QSet<int> ignored;
     const auto folders = fuzz::FolderManagerAccess::Build(*manager, service.folder, result, ignored);
@@ -107,7 +107,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(folders->size() == result->collectionResponses.size() && files->size() == result->fileResponses.size(),
             "nothing that is listed is lost");
 
-    RemoteTree tree(service, *folders, *files, ovsync::syncing::Exclusion(nullptr));
+    RemoteTree tree(service, *folders, *files, ovsync::local::Exclusion(nullptr));
     RequireIsLocal(tree);
     for (const bool tellsCaseApart : {false, true}) {
         for (const bool tellsFormsApart : {false, true}) {
@@ -117,7 +117,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             QSet<QString> seen;
             for (const QString& path :
                  plain.AllFiles().keys() + QStringList(plain.AllFolders().begin(), plain.AllFolders().end())) {
-                const QString folded = ovsync::syncing::FoldedPath(path, tellsCaseApart, tellsFormsApart);
+                const QString folded = ovsync::local::FoldedPath(path, tellsCaseApart, tellsFormsApart);
                 Require(!seen.contains(folded), "no two paths are one on a disk that takes them for the same");
                 seen.insert(folded);
             }

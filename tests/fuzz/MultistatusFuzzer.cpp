@@ -1,4 +1,4 @@
-#include "client/http/MultistatusReader.h"
+#include "client/listing/MultistatusReader.h"
 
 #include <QUrl>
 #include <algorithm>
@@ -6,11 +6,11 @@
 #include <random>
 
 #include "host/core/SyncException.h"
-#include "tests/client/http/Fixtures.h"
+#include "tests/client/Fixtures.h"
 #include "tests/fuzz/Fuzzing.h"
 
 using fuzz::Require;
-using ovsync::http::MultistatusReader;
+using ovsync::listing::MultistatusReader;
 using sync::http::DAVPropfindRequest;
 using sync::http::DAVPropfindResult;
 
@@ -40,7 +40,7 @@ Result Read(const QByteArray& bytes, DAVPropfindRequest::Depth depth, int most) 
 }
 
 QStringList Describe(const Result& result) {
-    return result ? ovsync::http::Describe(*result) : QStringList();
+    return result ? tests::Describe(*result) : QStringList();
 }
 
 void RequireKeysInScope(const QMap<QString, sync::http::DAVPropfindResponse>& entries, bool isTree) {

@@ -17,6 +17,24 @@ allow() {
 
 allow host 'host/'
 allow dvsync 'host/|dvsync/'
+# Of the client's folders each knows the ones that it is built on, and no two know each other.
+client() {
+    allow "client/$1" "host/|client/($1${2:+|$2})/"
+}
+client wire ''
+client listing 'wire'
+client requests 'wire|listing'
+client content 'wire'
+client store ''
+client sync/report ''
+allow client/sync/local 'host/|dvsync/|client/(sync/(local|report)|store)/'
+allow client/library 'host/|dvsync/|client/(library|content|listing|requests|wire)/'
+allow client/sync/pass 'host/|dvsync/|client/(sync/(pass|local|report)|content|store|wire)/'
+client sync/pull 'sync/(pass|local|report)|content|store|wire'
+client sync/push 'sync/(pass|local|report)|content|store|wire'
+allow client/cli/output 'host/|dvsync/|client/(cli/output|sync/report|wire)/'
+allow client/cli/input 'host/|dvsync/|client/(cli/input|sync/(pass|local)|library|content|requests|wire)/'
+allow client/cli/commands 'host/|dvsync/|client/'
 allow client 'host/|dvsync/|client/'
 allow service 'service/'
 

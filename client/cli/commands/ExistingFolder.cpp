@@ -1,0 +1,35 @@
+#include "client/cli/commands/ExistingFolder.h"
+
+#include "client/cli/input/UsageError.h"
+#include "client/wire/HttpStatus.h"
+#include "host/http/HttpException.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::Connection;
+using input::Location;
+
+sync::config::FolderConfiguration FindFolder(Connection& connection, const Location& location, const char* command) {
+    const sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
+    sync::config::FolderConfiguration found;
+    if (connection.Folders().GetFolderProperties(folder, found)) {
+        return found;
+    }
+    sync::config::FileConfiguration file;
+    file.serverId = folder.serverId;
+    file.serverPath = folder.serverPath;
+    if (connection.Folders().FileExists(file)) {
+        throw input::UsageError(QStringLiteral("/%1 is a file, and %2 works on folders only")
+                                    .arg(folder.serverPath, QLatin1String(command)));
+    }
+    ThrowNoSuchFolder(location);
+}
+
+void ThrowNoSuchFolder(const Location& location) {
+    throw sync::http::HttpException(QStringLiteral("The service has no folder /%1").arg(location.serverPath),
+                                    wire::HttpStatus::NotFound, QUrl());
+}
+
+}  // namespace commands
+}  // namespace ovsync

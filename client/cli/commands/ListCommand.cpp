@@ -1,0 +1,33 @@
+#include "client/cli/commands/ListCommand.h"
+#include "client/wire/HttpStatus.h"
+
+#include "client/cli/commands/ExistingFolder.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::Connection;
+using input::Location;
+using output::ListFormat;
+using output::Output;
+using output::WriteEntries;
+using wire::HttpStatus;
+
+void ListFolder(Connection& connection, const Location& location, ListFormat format, Output& output) {
+    sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
+    // The library asks for folders and for files by the same listing, which is fetched once. The folders come first
+    // because they are few: whoever reads an answer first works on a copy of what it changes.
+    connection.ShareNextListing();
+    const auto folders = connection.Folders().GetNameSortedDirsByFolder(folder);
+    std::shared_ptr<QVector<sync::config::FileConfiguration>> files;
+    if (connection.Files().GetNameSortedFilesByFolder(folder, files) == HttpStatus::NotFound) {
+        ThrowNoSuchFolder(location);
+    }
+    WriteEntries(*folders, *files, format, output);
+    if (format == ListFormat::Json) {
+        output.Write("\n");
+    }
+}
+
+}  // namespace commands
+}  // namespace ovsync

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "client/cli/input/Connection.h"
+#include "client/cli/output/Entries.h"
+#include "client/cli/output/Output.h"
+
+namespace ovsync {
+namespace commands {
+
+/// `ovsync ls`: the sub-folders and the files of the folder at `location`, in one name order. Nothing is written unless
+/// the listing is whole. Throws what the library and the exchange with the service throw, and HttpException of status
+/// 404 when there is no such folder.
+void ListFolder(input::Connection& connection, const input::Location& location, output::ListFormat format,
+                output::Output& output);
+
+}  // namespace commands
+}  // namespace ovsync

@@ -1,0 +1,34 @@
+#include "client/cli/commands/MoveCommand.h"
+
+#include <nlohmann/json.hpp>
+
+#include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/input/UsageError.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::Connection;
+using input::Location;
+using input::UsageError;
+using output::Output;
+
+void MoveFolder(Connection& connection, const Location& from, const Location& to, bool asJson, Output& output) {
+    if (!from.IsOnServerOf(to)) {
+        throw UsageError(QStringLiteral("%1 and %2 are two servers, and a folder is moved within one")
+                             .arg(from.baseUrl.toString(), to.baseUrl.toString()));
+    }
+    if (from.serverPath.isEmpty() || to.serverPath.isEmpty()) {
+        throw UsageError(QStringLiteral("%1: the root can be neither moved nor replaced").arg(from.baseUrl.toString()));
+    }
+    const sync::config::FolderConfiguration folder = FindFolder(connection, from, "mv");
+    connection.Folders().MoveFolder(folder, connection.Folder(to.serverPath));
+    if (asJson) {
+        const nlohmann::ordered_json json = {{"from", from.serverPath.toStdString()},
+                                             {"to", to.serverPath.toStdString()}};
+        output.Write(QByteArray::fromStdString(json.dump()) + '\n');
+    }
+}
+
+}  // namespace commands
+}  // namespace ovsync

@@ -1,0 +1,57 @@
+#include "client/cli/commands/PullCommand.h"
+
+#include <sys/stat.h>
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/commands/SyncRun.h"
+#include "client/cli/input/UsageError.h"
+#include "client/sync/pull/PullPass.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::Connection;
+using input::Location;
+using input::SyncArguments;
+using input::UsageError;
+using output::ExitCode;
+using output::Output;
+
+namespace {
+
+/// Whether nothing is there, but a folder that it could lie in.
+bool IsMissing(const QString& directory) {
+    const QFileInfo place(QDir::cleanPath(directory));
+    return !place.exists() && !place.isSymLink() && QFileInfo(place.path()).isDir();
+}
+
+}  // namespace
+
+ExitCode Pull(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
+    SyncArguments used = arguments;
+    std::optional<QTemporaryDir> empty;
+    if (IsMissing(used.directory)) {
+        if (arguments.isTrial) {
+            used.directory = empty.emplace().path();
+        } else {
+            // So that a wrong URL leaves nothing behind.
+            FindFolder(connection, location, "pull");
+            if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
+                throw UsageError(
+                    QStringLiteral("%1: %2").arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
+            }
+        }
+    }
+    return RunPass(connection, location, used, output,
+                   [](pass::PassContext& context) { return pull::PullPass(context).Run(); });
+}
+
+}  // namespace commands
+}  // namespace ovsync

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "client/cli/input/Connection.h"
+#include "client/cli/output/Output.h"
+
+namespace ovsync {
+namespace commands {
+
+/// `ovsync settings`: how synchronisation is tuned for the path at `location`, next to what the service publishes.
+/// Throws what Connection::FetchSyncConfig throws.
+void ShowSettings(input::Connection& connection, const input::Location& location, bool asJson, output::Output& output);
+
+}  // namespace commands
+}  // namespace ovsync

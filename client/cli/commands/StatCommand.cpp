@@ -1,0 +1,61 @@
+#include "client/cli/commands/StatCommand.h"
+
+#include <algorithm>
+
+#include "client/cli/output/Complaint.h"
+#include "client/cli/output/FileFormat.h"
+#include "client/cli/output/FolderFormat.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::Connection;
+using input::Location;
+using output::Complain;
+using output::FieldLines;
+using output::JsonObject;
+using output::Output;
+using sync::config::FolderConfiguration;
+
+namespace {
+
+/// Adds to `folder` what the service tells of a folder only where it lists the one above.
+void AddListedFields(Connection& connection, const Location& location, FolderConfiguration& folder) {
+    FolderConfiguration parent = connection.Folder(location.ParentPath());
+    std::shared_ptr<QVector<FolderConfiguration>> listed;
+    try {
+        listed = connection.Folders().GetNameSortedDirsByFolder(parent);
+    } catch (const sync::core::SyncException& e) {
+        // Whoever may see a folder need not see those beside it, and what lies above it may know no WebDAV.
+        Complain(QStringLiteral("More of /%1 cannot be told: %2").arg(location.serverPath, e.Message()));
+        return;
+    }
+    const auto found = std::find_if(listed->cbegin(), listed->cend(), [&folder](const FolderConfiguration& other) {
+        return other.serverPath == folder.serverPath;
+    });
+    if (found != listed->cend()) {
+        folder.lastModifiedDate = found->lastModifiedDate;
+        folder.resourceId = found->resourceId;
+        folder.setPrivileges(found->getPrivileges());
+    }
+}
+
+}  // namespace
+
+void ShowResource(Connection& connection, const Location& location, bool asJson, Output& output) {
+    FolderConfiguration folder;
+    if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
+        if (!location.serverPath.isEmpty()) {
+            AddListedFields(connection, location, folder);
+        }
+        output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
+        return;
+    }
+    const sync::config::FileConfiguration file =
+        connection.Files().GetFileByName(connection.Folder(location.ParentPath()), location.Name());
+    output.Write(asJson ? JsonObject(file) + '\n' : FieldLines(file, output));
+}
+
+}  // namespace commands
+}  // namespace ovsync

@@ -1,0 +1,109 @@
+#include "client/cli/commands/SyncRun.h"
+
+#include <unistd.h>
+
+#include <memory>
+
+#include "client/cli/input/AbsolutePath.h"
+#include "client/cli/input/GlobFilter.h"
+#include "client/cli/input/Interruption.h"
+#include "client/cli/output/SyncOutput.h"
+#include "client/store/FileConfigManager.h"
+#include "client/sync/local/LocalTree.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::AbsolutePath;
+using input::Connection;
+using input::GlobFilter;
+using input::Interruption;
+using input::Location;
+using input::SyncArguments;
+using output::ExitCode;
+using output::Output;
+using output::SyncOutput;
+using report::SyncOutcome;
+using store::RecordDatabase;
+
+namespace {
+
+/// The same for every spelling of one URL.
+QString AddressOf(const Location& location) {
+    QUrl url = location.baseUrl;
+    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
+        url.setPort(-1);
+    }
+    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
+    return url.toString(QUrl::FullyEncoded);
+}
+
+SyncOutput::Format FormatOf(const SyncArguments& arguments) {
+    if (arguments.isJson) {
+        return SyncOutput::Format::Json;
+    }
+    return isatty(STDERR_FILENO) == 1 ? SyncOutput::Format::Bar : SyncOutput::Format::Lines;
+}
+
+ExitCode ExitCodeOf(SyncOutcome outcome) {
+    switch (outcome) {
+        case SyncOutcome::InStep:
+            return ExitCode::Done;
+        case SyncOutcome::LeftSome:
+            return ExitCode::Refused;
+        case SyncOutcome::Failed:
+            return ExitCode::Unreachable;
+        case SyncOutcome::Stopped:
+            return ExitCode::Interrupted;
+    }
+    return ExitCode::Unreachable;
+}
+
+}  // namespace
+
+ExitCode RunPass(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output,
+                 const std::function<SyncOutcome(pass::PassContext&)>& pass) {
+    const Interruption interruption;
+    const QString root = AbsolutePath(arguments.directory);
+
+    pass::SyncOptions options;
+    options.deletes = arguments.deletes;
+    options.isTrial = arguments.isTrial;
+    options.transfers = arguments.transfers;
+    options.isStrict = arguments.isStrict;
+    options.deletionLimit = arguments.deletionLimit;
+    options.daysKept = arguments.daysKept;
+    options.filter = std::make_shared<GlobFilter>(arguments.excluded);
+    options.filterText = arguments.excluded.join(QLatin1Char('/'));
+    options.isStopped = &Interruption::IsWished();
+
+    local::LocalTree tree(root);
+    const auto records = std::make_shared<RecordDatabase>(
+        root, arguments.isTrial ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
+
+    pass::ServiceFolder service;
+    service.folder = connection.Folder(location.serverPath);
+    service.folder.localPath = root;
+    service.address = AddressOf(location);
+    const auto updater =
+        connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
+    service.folders = &connection.Folders();
+    service.files = &connection.Files();
+    service.updater = updater.get();
+    service.newSession = [&connection] { return connection.NewContentSession(); };
+    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
+
+    SyncOutput observer(output, FormatOf(arguments), arguments.isTrial);
+    pass::PassContext context(service, tree, *records, options, observer);
+    try {
+        const SyncOutcome outcome = pass(context);
+        observer.Summarise(outcome);
+        return ExitCodeOf(outcome);
+    } catch (...) {
+        observer.Summarise(SyncOutcome::Failed);
+        throw;
+    }
+}
+
+}  // namespace commands
+}  // namespace ovsync

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+
+#include "client/cli/input/Connection.h"
+#include "client/cli/input/SyncArguments.h"
+#include "client/cli/output/ExitCode.h"
+#include "client/cli/output/Output.h"
+#include "client/sync/pass/PassContext.h"
+
+namespace ovsync {
+namespace commands {
+
+/// Runs `pass` between the folder at `location` and the local one, and tells what it does. Throws UsageError when there
+/// is no such local folder, and what the pass throws.
+output::ExitCode RunPass(input::Connection& connection, const input::Location& location,
+                         const input::SyncArguments& arguments, output::Output& output,
+                         const std::function<report::SyncOutcome(pass::PassContext&)>& pass);
+
+}  // namespace commands
+}  // namespace ovsync

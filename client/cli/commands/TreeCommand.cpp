@@ -1,0 +1,73 @@
+#include "client/cli/commands/TreeCommand.h"
+#include "client/wire/HttpStatus.h"
+
+#include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/output/Complaint.h"
+#include "client/cli/output/DateText.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::Connection;
+using input::Location;
+using output::Complain;
+using output::DateText;
+using output::ListFormat;
+using output::Output;
+using output::WriteEntries;
+using sync::config::FileConfiguration;
+using sync::config::FolderConfiguration;
+using wire::HttpStatus;
+
+namespace {
+
+/// A listed record is shown by its path below the listed folder; a file that was asked for itself by its name.
+template <typename Record>
+void NameByPathBelow(const QString& serverPath, QVector<Record>& records) {
+    const int skipped = serverPath.isEmpty() ? 0 : serverPath.size() + 1;
+    for (Record& record : records) {
+        if (record.serverPath.size() > skipped) {
+            record.name = record.serverPath.mid(skipped);
+        }
+    }
+}
+
+}  // namespace
+
+void ShowTree(Connection& connection, const Location& location, const QDateTime& since, ListFormat format,
+              Output& output) {
+    FolderConfiguration folder = connection.Folder(location.serverPath);
+    folder.setLastSyncTime(since);
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files;
+    const int status = connection.Folders().GetAllFilesAndSubFoldersByFolder(folder, folders, files);
+    if (status == HttpStatus::NotFound) {
+        ThrowNoSuchFolder(location);
+    }
+    const bool isUnchanged = status == HttpStatus::NotModified;
+    const QByteArray time = DateText(folder.getLastServerSyncRequestTime());
+    if (!isUnchanged) {
+        NameByPathBelow(location.serverPath, *folders);
+        NameByPathBelow(location.serverPath, *files);
+    }
+    if (format == ListFormat::Json) {
+        output.Write("{\"serverTime\":" + (time.isEmpty() ? "null" : '"' + time + '"') +
+                     (isUnchanged ? ",\"changed\":false" : ",\"changed\":true,\"entries\":"));
+        if (!isUnchanged) {
+            WriteEntries(*folders, *files, format, output);
+        }
+        output.Write("}\n");
+        return;
+    }
+    if (isUnchanged) {
+        Complain(QStringLiteral("nothing changed"));
+    } else {
+        WriteEntries(*folders, *files, format, output);
+    }
+    if (!time.isEmpty()) {
+        Complain(QStringLiteral("the service's time is ") + QString::fromLatin1(time));
+    }
+}
+
+}  // namespace commands
+}  // namespace ovsync

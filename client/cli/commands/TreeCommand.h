@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QDateTime>
+
+#include "client/cli/input/Connection.h"
+#include "client/cli/output/Entries.h"
+#include "client/cli/output/Output.h"
+
+namespace ovsync {
+namespace commands {
+
+/// `ovsync tree`: everything below the folder at `location` that the library lists, by the paths relative to it, in one
+/// order. With a valid `since` only if something changed since then. The service's time of the answer, which is what
+/// the next `since` can be, and that nothing changed go to standard error, or into the JSON object that holds the
+/// array.
+///
+/// Throws what the library and the exchange with the service throw, and HttpException of status 404 when there is no
+/// such folder.
+void ShowTree(input::Connection& connection, const input::Location& location, const QDateTime& since,
+              output::ListFormat format, output::Output& output);
+
+}  // namespace commands
+}  // namespace ovsync

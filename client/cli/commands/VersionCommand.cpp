@@ -1,0 +1,56 @@
+#include "client/cli/commands/VersionCommand.h"
+
+#include <nlohmann/json.hpp>
+
+#include "client/cli/output/LoggedErrors.h"
+#include "dvsync/VersionChecker.h"
+#include "dvsync/VersionManager.h"
+
+namespace ovsync {
+namespace commands {
+
+using input::Connection;
+using output::LoggedErrors;
+using output::Output;
+
+QByteArray VersionReport(const std::shared_ptr<sync::interf::IVersionManager>& versions, bool asJson,
+                         const Output& output) {
+    // The library answers "no" as well where it could not compare, and says so in its log alone.
+    bool isCompared = true;
+    const LoggedErrors errors(log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("version")),
+                              [&isCompared](const QString&) { isCompared = false; });
+    QString newest;
+    const bool isNew = sync::dv::dvsync::VersionChecker(versions).ThereIsANewAppVersion(newest);
+    const QString local = versions->GetLocalAppVersion();
+    const QString installer = versions->GetAppInstallerUrl();
+
+    if (asJson) {
+        const nlohmann::ordered_json json{{"local", local.toStdString()},
+                                          {"newest", newest.toStdString()},
+                                          {"installer", installer.toStdString()},
+                                          {"isNew", isNew},
+                                          {"isCompared", isCompared}};
+        return QByteArray::fromStdString(json.dump()) + '\n';
+    }
+    QByteArray lines;
+    const auto add = [&](const char* label, const QString& value) {
+        lines += QByteArray(label).leftJustified(18) + (value.isEmpty() ? "none" : output.Shown(value)) + '\n';
+    };
+    add("Local version", local);
+    add("Newest version", newest);
+    add("Installer", installer);
+    QString answer = isNew ? QStringLiteral("yes") : QStringLiteral("no");
+    if (!isCompared) {
+        answer += QStringLiteral(" (not compared: only versions of the form KQ51_1001_WIN are)");
+    }
+    add("New version", answer);
+    return lines;
+}
+
+void ShowVersions(Connection& connection, bool asJson, Output& output) {
+    const auto versions = std::make_shared<sync::dv::dvsync::VersionManager>(connection.FetchSyncConfig());
+    output.Write(VersionReport(versions, asJson, output));
+}
+
+}  // namespace commands
+}  // namespace ovsync

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <QString>
+#include <memory>
+
+#include "client/cli/input/Location.h"
+#include "client/content/IContentSession.h"
+#include "client/library/NetworkAccessManagerFactory.h"
+#include "client/requests/AccountSession.h"
+#include "client/wire/HttpSessionSettings.h"
+#include "dvsync/DrovaneRemoteFolderManager.h"
+#include "host/interfaces/ICustomFileConfigUpdater.h"
+#include "host/interfaces/IExternalSyncConfigManager.h"
+#include "host/interfaces/IFileConfigManager.h"
+#include "host/interfaces/IRemoteFileManager.h"
+#include "host/interfaces/factory/IRemoteFileManagerFactory.h"
+#include "host/interfaces/factory/IRequestAuthenticatorFactory.h"
+
+namespace ovsync {
+namespace input {
+
+/// Where to connect, and as whom. A plain value.
+struct ConnectionOptions {
+    /// Empty for the user in the URL, and for none when that has none either.
+    QString user;
+    wire::HttpSessionSettings session;
+};
+
+/// The library, loaded over real HTTP for one server. Installs the process's configuration factory for as long as it
+/// lives, so there can be one at a time. Not thread-safe.
+class Connection {
+public:
+    /// Asks for the password if there is a user. Throws UsageError when there is none to be had.
+    Connection(const Location& location, const ConnectionOptions& options);
+    ~Connection();
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+
+    /// The record from which the library lists and looks up at `serverPath`.
+    sync::config::FolderConfiguration Folder(const QString& serverPath) const;
+
+    sync::interf::IRemoteFileManager& Files() { return *_files; }
+    sync::interf::IRemoteFolderManager& Folders() { return *_folders; }
+
+    /// What the service publishes, as the library reads it, at this moment. Throws HttpException when the service
+    /// refuses it, ExchangeError when the service cannot be reached or answers with something else. Makes the process's
+    /// QCoreApplication, and takes it away again: there must be none.
+    std::shared_ptr<sync::interf::IExternalSyncConfigManager> FetchSyncConfig();
+
+    /// What keeps the library's file records true around transfers. `records` are those that it looks links up in.
+    std::unique_ptr<sync::interf::ICustomFileConfigUpdater> NewUpdater(
+        std::shared_ptr<sync::interf::IFileConfigManager> records);
+
+    /// A session of its own for content, for another thread.
+    std::unique_ptr<content::IContentSession> NewContentSession() const;
+
+    /// The URL of a server path; empty when there is none for it.
+    QUrl UrlOf(const QString& serverPath) const;
+
+    /// The next listing also answers the one after it, if that asks the same.
+    void ShareNextListing() { _session->ShareNextListing(); }
+
+    /// Ends what the library asks at this moment, and what it asks later, with an ExchangeError.
+    void Cancel() { _session->Cancel(); }
+
+    /// One line on what the server answered last.
+    QString LastAnswer() const { return _configAnswer.isEmpty() ? _session->LastAnswer() : _configAnswer; }
+
+private:
+    class Configuration;
+
+    const wire::HttpSessionSettings _settings;
+    sync::config::ServerConfiguration _account;
+    std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> _authenticators;
+    std::shared_ptr<requests::AccountSession> _session;
+    std::shared_ptr<library::NetworkAccessManagerFactory> _networkAccess;
+    QString _configAnswer;
+    std::shared_ptr<Configuration> _configuration;
+    std::shared_ptr<sync::interf::factory::IRemoteFileManagerFactory> _fileManagers;
+    std::shared_ptr<sync::interf::IRemoteFileManager> _files;
+    std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFolderManager> _folders;
+};
+
+}  // namespace input
+}  // namespace ovsync

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <map>
+
+#include "client/cli/output/Output.h"
+#include "client/sync/report/ISyncObserver.h"
+#include "client/sync/report/SyncOutcome.h"
+
+namespace ovsync {
+namespace output {
+
+/// Tells a person, or with JSON a program, what a pass does. What it did goes to standard output, a line each, and what
+/// is left to be done to standard error. On a terminal a bar stands for what was merely transferred. As JSON everything
+/// is an object on a line of standard output. Not thread-safe.
+class SyncOutput : public report::ISyncObserver {
+public:
+    enum class Format { Lines, Bar, Json };
+
+    /// `output` outlives this object. A trial's lines say what would be done, all of it.
+    SyncOutput(Output& output, Format format, bool isTrial);
+
+    void OnEvent(const report::SyncEvent& event) override;
+    void OnProgress(const report::SyncProgress& progress) override;
+
+    /// The last line, after everything else; as text none after a failure before anything was done.
+    void Summarise(report::SyncOutcome outcome);
+
+private:
+    void _ClearBar();
+
+    Output& _output;
+    const Format _format;
+    const bool _isTrial;
+    QElapsedTimer _timer;
+    bool _isBarShown = false;
+    std::map<report::SyncEvent::Kind, int> _counts;
+    qint64 _bytes = 0;
+};
+
+}  // namespace output
+}  // namespace ovsync

@@ -1,0 +1,71 @@
+#include "client/content/ContentUpload.h"
+
+#include <algorithm>
+
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace content {
+
+using sync::core::SyncException;
+using wire::ContentSource;
+using wire::Exchange;
+
+ContentUpload::ContentUpload(const QUrl& url, ContentSource& source, qint64 size,
+                             const QPair<QByteArray, QByteArray>& condition)
+    : ContentExchange("PUT", url), _source(source), _size(size), _condition(condition) {}
+
+Exchange::Headers ContentUpload::RequestHeaders() const {
+    return {_condition, {"Content-Type", "application/octet-stream"}};
+}
+
+ContentSource* ContentUpload::StreamedBody() {
+    return this;
+}
+
+qint64 ContentUpload::StreamedBodySize() const {
+    return _size;
+}
+
+void ContentUpload::OnEnd() {
+    if (StatusCode() < 300 && _sent != _size) {
+        throw SyncException(QStringLiteral("the server took it for done after %1 of %2 bytes").arg(_sent).arg(_size));
+    }
+}
+
+void ContentUpload::Restart() {
+    _sent = 0;
+    Guard([this] { _source.Restart(); });
+    if (_size == 0) {
+        _CheckThatSourceEnds();
+    }
+}
+
+size_t ContentUpload::Read(char* bytes, size_t size) {
+    const qint64 left = _size - _sent;
+    const size_t count = _ReadSource(bytes, std::min(size, static_cast<size_t>(left)));
+    if (count == 0 && left > 0) {
+        throw SyncException(QStringLiteral("the content ends after %1 of %2 bytes").arg(_sent).arg(_size));
+    }
+    _sent += static_cast<qint64>(count);
+    if (_sent == _size && left > 0) {
+        _CheckThatSourceEnds();
+    }
+    return count;
+}
+
+size_t ContentUpload::_ReadSource(char* bytes, size_t size) {
+    size_t count = 0;
+    Guard([&] { count = _source.Read(bytes, size); });
+    return count;
+}
+
+void ContentUpload::_CheckThatSourceEnds() {
+    char more = 0;
+    if (_ReadSource(&more, 1) > 0) {
+        throw SyncException(QStringLiteral("the content is longer than the announced %1 bytes").arg(_size));
+    }
+}
+
+}  // namespace content
+}  // namespace ovsync

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "client/content/ContentExchange.h"
+#include "client/wire/ContentSource.h"
+
+namespace ovsync {
+namespace content {
+
+/// Stores the content of a file on a condition. A source that does not have just the announced size breaks the exchange
+/// off before the server was sent as much as was announced, so that it has nothing whole to store. Not thread-safe.
+class ContentUpload : public ContentExchange, private wire::ContentSource {
+public:
+    /// Sends `condition` among the headers. `source` has to outlive this object.
+    ContentUpload(const QUrl& url, wire::ContentSource& source, qint64 size,
+                  const QPair<QByteArray, QByteArray>& condition);
+
+    Headers RequestHeaders() const override;
+    wire::ContentSource* StreamedBody() override;
+    qint64 StreamedBodySize() const override;
+    void OnEnd() override;
+
+private:
+    void Restart() override;
+    size_t Read(char* bytes, size_t size) override;
+    size_t _ReadSource(char* bytes, size_t size);
+    void _CheckThatSourceEnds();
+
+    wire::ContentSource& _source;
+    const qint64 _size;
+    const QPair<QByteArray, QByteArray> _condition;
+    qint64 _sent = 0;
+};
+
+}  // namespace content
+}  // namespace ovsync

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+
+namespace ovsync {
+namespace content {
+
+/// What a server says of the content of a file. A plain value.
+struct ContentVersion {
+    /// As it was sent, with its quotation marks; empty when there is none, and when it is a weak one.
+    QByteArray entityTag;
+    /// Whether there is a weak one. Some servers have no other for what was changed within the last second.
+    bool hasWeakTag = false;
+    /// In bytes; -1 when the server does not say.
+    qint64 size = -1;
+    /// In UTC; invalid when the server does not say.
+    QDateTime lastModified;
+};
+
+}  // namespace content
+}  // namespace ovsync

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QByteArray>
+#include <QUrl>
+#include <optional>
+
+#include "client/content/ContentSink.h"
+#include "client/content/ContentVersion.h"
+#include "client/wire/ContentSource.h"
+
+namespace ovsync {
+namespace content {
+
+/// What has to hold on the server for an upload to be stored.
+enum class UploadCondition {
+    /// There is no such file.
+    New,
+    /// The file is still the version that is given: by its entity tag or, where it has none, by its date.
+    Unchanged
+};
+
+enum class UploadOutcome {
+    Stored,
+    /// The condition did not hold: someone else changed or made the file. Nothing was stored.
+    Refused
+};
+
+/// Reads and writes the content of files. For one thread, but for Cancel.
+///
+/// An operation returns when the whole answer came. It throws HttpException for an answer whose status is not what the
+/// operation needs, with that status, and ExchangeError when no whole answer came. Both messages name the URL, the
+/// status, the content type and the first bytes of what came instead.
+class IContentSession {
+public:
+    virtual ~IContentSession() = default;
+
+    /// None when there is no such file.
+    virtual std::optional<ContentVersion> Look(const QUrl& url) = 0;
+
+    /// Returns when `sink` was given everything that the server announced. That it is the file's content and no error
+    /// page that a server sends in its place is for the caller to check.
+    virtual ContentVersion Download(const QUrl& url, ContentSink& sink) = 0;
+
+    /// Sends exactly `size` bytes; `known` counts for UploadCondition::Unchanged only and must have a tag or a date
+    /// there. Throws ExchangeError also when `source` has fewer or more: then the server was given no whole content.
+    /// After an error without an answer the server may have stored the content nonetheless.
+    virtual UploadOutcome Upload(const QUrl& url, wire::ContentSource& source, qint64 size, UploadCondition condition,
+                                 const ContentVersion& known) = 0;
+
+    /// Ends the operation under way, and each to come, with an ExchangeError at once. May be called by any thread, any
+    /// number of times.
+    virtual void Cancel() = 0;
+};
+
+}  // namespace content
+}  // namespace ovsync

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QAuthenticator>
+#include <QString>
+
+namespace ovsync {
+namespace library {
+
+/// The credentials for `host` in ~/.netrc, or in the file that the environment variable NETRC names, as the HTTP
+/// library reads it; with a `user`, that user's. Null when there are none, or none with a password. Throws
+/// SyncException when the file cannot be read. Thread-safe.
+QAuthenticator NetrcCredentials(const QString& host, const QString& user = QString());
+
+}  // namespace library
+}  // namespace ovsync

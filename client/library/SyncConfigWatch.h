@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QUrl>
+#include <memory>
+
+#include "client/wire/AnswerSummary.h"
+#include "host/interfaces/factory/INetworkAccessManagerFactory.h"
+
+namespace ovsync {
+namespace library {
+
+/// Hands out the managers of another factory to a library that fetches the sync configuration with them, and looks at
+/// the replies: the library takes whatever happens for a configuration. Not thread-safe.
+class SyncConfigWatch : public sync::interf::factory::INetworkAccessManagerFactory {
+public:
+    explicit SyncConfigWatch(const std::shared_ptr<sync::interf::factory::INetworkAccessManagerFactory>& managers);
+
+    std::shared_ptr<QNetworkAccessManager> CreateNetworkAccessManager() override;
+
+    /// What came to the last request of all the managers.
+    const wire::AnswerSummary& LastAnswer() const { return _seen->answer; }
+
+    /// Throws unless that was a sync-configuration document: HttpException for a status of 400 or above, ExchangeError
+    /// for anything else, no answer at all included.
+    void RequireDocument() const;
+
+private:
+    struct Seen {
+        QUrl url;
+        wire::AnswerSummary answer;
+        bool isTrusted = true;
+        /// Why there is no document; empty when there is one.
+        QString problem = QStringLiteral("nothing was asked");
+    };
+
+    static void _Look(QNetworkReply& reply, Seen& seen);
+
+    const std::shared_ptr<sync::interf::factory::INetworkAccessManagerFactory> _managers;
+    // The managers may live longer than this object.
+    const std::shared_ptr<Seen> _seen = std::make_shared<Seen>();
+};
+
+}  // namespace library
+}  // namespace ovsync

@@ -1,0 +1,270 @@
+#include "client/listing/ListingBuilder.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "client/listing/FolderProtocol.h"
+#include "client/wire/DateReader.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace listing {
+
+using sync::core::SyncException;
+using sync::http::DAVPropfindProperties;
+using sync::http::DAVPropfindRequest;
+using sync::http::DAVPropfindResponse;
+using sync::http::DAVPropfindResult;
+using wire::ByteSlice;
+using wire::ListingLimits;
+using wire::ReadDate;
+
+namespace {
+
+using Entry = MultistatusEntry;
+
+const char ClassTypePrefix[] = "drovane.objects.";
+
+QString FromUtf8(const std::string& text) {
+    return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
+}
+
+[[noreturn]] void FailNumber(const Entry& entry, Entry::Property property) {
+    entry.Fail(QStringLiteral("has the %1 \"%2\", which is no number in its range")
+                   .arg(QLatin1String(Entry::NameOf(property)), entry.Value(property).Trimmed().ToPrintable()));
+}
+
+/// 0 when the entry has no such property; the largest number when it is larger than that.
+uint64_t NumberOf(const Entry& entry, Entry::Property property) {
+    if (!entry.Found(property)) {
+        return 0;
+    }
+    const ByteSlice value = entry.Value(property).Trimmed();
+    const uint64_t max = std::numeric_limits<uint64_t>::max();
+    uint64_t number = 0;
+    for (size_t i = 0; i < value.size; ++i) {
+        if (value.text[i] < '0' || value.text[i] > '9') {
+            FailNumber(entry, property);
+        }
+        const auto digit = static_cast<uint64_t>(value.text[i] - '0');
+        number = number > (max - digit) / 10 ? max : number * 10 + digit;
+    }
+    if (value.size == 0) {
+        FailNumber(entry, property);
+    }
+    return number;
+}
+
+int IntOf(const Entry& entry, Entry::Property property) {
+    const uint64_t number = NumberOf(entry, property);
+    if (number > static_cast<uint64_t>(std::numeric_limits<int>::max())) {
+        FailNumber(entry, property);
+    }
+    return static_cast<int>(number);
+}
+
+int ContentLengthOf(const Entry& entry) {
+    // Some servers give collections an empty length.
+    if (entry.IsCollection() && entry.Value(Entry::ContentLength).Trimmed().size == 0) {
+        return 0;
+    }
+    const uint64_t size = NumberOf(entry, Entry::ContentLength);
+    return size > std::numeric_limits<uint32_t>::max() ? -1 : static_cast<int32_t>(static_cast<uint32_t>(size));
+}
+
+/// The character may be a space itself; around any other there may be white space.
+char AttributeOf(const Entry& entry) {
+    const ByteSlice raw = entry.Value(Entry::Attribute);
+    const ByteSlice value = raw.size == 1 ? raw : raw.Trimmed();
+    return value.size == 1 && value.text[0] >= 0x20 && value.text[0] <= 0x7e ? value.text[0] : '\0';
+}
+
+/// A positive number with 31 bits, the same on every machine and in every version: FNV-1a.
+int MadeUpId(const std::string& key) {
+    uint32_t hash = 2166136261U;
+    for (const char byte : key) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 16777619U;
+    }
+    return std::max(1, static_cast<int>(hash & 0x7fffffffU));
+}
+
+}  // namespace
+
+ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope,
+                               const ListingLimits& limits)
+    : _depth(depth),
+      _scope(scope),
+      _limit(limits.entries),
+      _href(asked),
+      _result(std::make_shared<DAVPropfindResult>()) {
+    const std::string path = asked.path(QUrl::FullyEncoded).toStdString();
+    _href.Read(path.data(), path.size());
+    _askedKey = _href.Key();
+}
+
+void ListingBuilder::Add(const MultistatusEntry& entry) {
+    if (++_count > _limit.value) {
+        throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
+                                .arg(QString::number(_limit.value), _limit.source));
+    }
+    const ByteSlice href = entry.Href().Trimmed();
+    if (href.size == 0) {
+        throw SyncException(QStringLiteral("an entry has an empty href"));
+    }
+    try {
+        _href.Read(href.text, href.size);
+    } catch (const SyncException& reason) {
+        entry.Fail(QLatin1String("has an href that cannot be taken: ") + reason.Message());
+    }
+    const std::string& key = _href.Key();
+    if (_scope == HrefScope::Any && !_ownSeen) {
+        _askedKey = key;
+    }
+    const QString classType = _Text(entry, Entry::ClassType);
+    const Form form = _FormOf(classType, entry.IsCollection());
+    if (key == _askedKey) {
+        if (_ownSeen) {
+            entry.Fail(QStringLiteral("came before"));
+        }
+        _ownSeen = true;
+        _Describe(entry, classType, form, _own);
+        _ownIsContainer = form != Form::File;
+        return;
+    }
+    if (!_IsInScope(key)) {
+        entry.Fail(QStringLiteral("lies outside what was asked"));
+    }
+    const bool isFolder = form == Form::Folder;
+    auto& map = isFolder ? _result->collectionResponses : _result->fileResponses;
+    const auto& otherMap = isFolder ? _result->fileResponses : _result->collectionResponses;
+    const QString mapKey = FromUtf8(key);
+    const int sizeBefore = map.size();
+    // Most services list in name order, in which every entry goes to the end. The response is filled in where it lies,
+    // because each is a QObject, which is costly to make twice.
+    const auto place = map.insert(map.constEnd(), mapKey, _blank);
+    const bool isInOtherMap = !otherMap.isEmpty() && !(otherMap.lastKey() < mapKey) && otherMap.contains(mapKey);
+    if (map.size() == sizeBefore || isInOtherMap) {
+        entry.Fail(QStringLiteral("came before"));
+    }
+    _Describe(entry, classType, form, place.value());
+}
+
+std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {
+    if (!_ownSeen) {
+        throw SyncException(QStringLiteral("the listing has no entry for what was asked"));
+    }
+    const bool isAlone = _result->collectionResponses.isEmpty() && _result->fileResponses.isEmpty();
+    const bool isFile = isAlone && !_ownIsContainer;
+    if (isFile) {
+        _result->fileResponses.insert(FromUtf8(_askedKey), _own);
+    }
+    if (isFile || _depth == DAVPropfindRequest::Resource) {
+        _result->isSingleResponse = true;
+        _result->singleResponse = _own;
+    }
+    return _result;
+}
+
+ListingBuilder::Form ListingBuilder::_FormOf(const QString& classType, bool isCollection) {
+    const auto is = [&classType](const char* name) {
+        const QLatin1String prefix(ClassTypePrefix);
+        return classType.startsWith(prefix, Qt::CaseInsensitive) &&
+               classType.midRef(prefix.size()).compare(QLatin1String(name), Qt::CaseInsensitive) == 0;
+    };
+    if (is("File")) {
+        return Form::File;
+    }
+    if (is("Form")) {
+        return Form::FormContainer;
+    }
+    return isCollection || is("Folder") || is("Project") ? Form::Folder : Form::File;
+}
+
+bool ListingBuilder::_IsInScope(const std::string& key) const {
+    const size_t prefix = _askedKey.empty() ? 0 : _askedKey.size() + 1;
+    const bool isBelow = key.size() > prefix && key.compare(0, _askedKey.size(), _askedKey) == 0 &&
+                         (prefix == 0 || key[prefix - 1] == '/');
+    switch (_depth) {
+        case DAVPropfindRequest::Resource:
+            return false;
+        case DAVPropfindRequest::Children:
+            return isBelow && key.find('/', prefix) == std::string::npos;
+        default:
+            return isBelow;
+    }
+}
+
+QString ListingBuilder::_StrongTag(const MultistatusEntry& entry) {
+    const QString tag = _Text(entry, Entry::EntityTag);
+    const bool isStrong = tag.size() > 2 && tag.startsWith(QLatin1Char('"')) && tag.endsWith(QLatin1Char('"'));
+    return isStrong ? tag : QString();
+}
+
+void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& classType, Form form,
+                               DAVPropfindResponse& response) {
+    static const QString fileClassType = QLatin1String(ClassTypePrefix) + QLatin1String("File");
+    static const QString folderClassType = QLatin1String(ClassTypePrefix) + QLatin1String("Folder");
+    const bool isFile = form == Form::File;
+    const std::string& key = _href.Key();
+    DAVPropfindProperties properties;
+    properties.filename = FromUtf8(isFile ? _href.EncodedName() : _href.DecodedName());
+    properties.resourceClassType = classType;
+    if (classType.isEmpty()) {
+        properties.resourceClassType = isFile ? fileClassType : folderClassType;
+    }
+    properties.versionId = _Text(entry, Entry::VersionId);
+    properties.itemId = _Text(entry, Entry::ItemId);
+    if (properties.itemId.isEmpty()) {
+        properties.itemId = FromUtf8(MadeUpIdPrefix + key);
+    }
+    properties.ownerId = _Text(entry, Entry::OwnerId);
+    properties.privileges = _Text(entry, Entry::Privileges);
+    properties.visibility = _Text(entry, Entry::Visibility);
+    properties.checkSumMD5 = _Text(entry, Entry::CheckSumMd5);
+    properties.syncOption = _Text(entry, Entry::SyncOption);
+    if (isFile && properties.versionId.isEmpty() && properties.checkSumMD5.isEmpty()) {
+        properties.versionId = _StrongTag(entry);
+    }
+    properties.createdDate = _Date(entry, Entry::CreationDate);
+    properties.lastModifiedDate = _Date(entry, Entry::LastModified);
+    properties.linksExtractedAtFileTime = _Date(entry, Entry::LinksExtractedAt);
+
+    QString href = FromUtf8(_href.Path());
+    if (form != Form::Folder && href.size() > 1 && href.endsWith(QLatin1Char('/'))) {
+        href.chop(1);
+    }
+    response.Describe(href, std::move(properties));
+    response.contentLength = ContentLengthOf(entry);
+    response.versionNumber = IntOf(entry, Entry::Version);
+    response.resourceId = IntOf(entry, Entry::ResourceId);
+    response.parentResourceId = IntOf(entry, Entry::ParentId);
+    if (!entry.Found(Entry::ResourceId)) {
+        response.resourceId = MadeUpId(key);
+        response.parentResourceId = key.empty() ? 0 : MadeUpId(Href::ParentKey(key));
+    }
+    response.attribute = AttributeOf(entry);
+}
+
+const QString& ListingBuilder::_Text(const MultistatusEntry& entry, MultistatusEntry::Property property) {
+    const ByteSlice text = entry.Value(property).Trimmed();
+    Remembered<QString>& last = _texts[property];
+    if (!text.Is(last.text.data(), last.text.size())) {
+        last.text.assign(text.text, text.size);
+        last.value = FromUtf8(last.text);
+    }
+    return last.value;
+}
+
+const QDateTime& ListingBuilder::_Date(const MultistatusEntry& entry, MultistatusEntry::Property property) {
+    const ByteSlice text = entry.Value(property).Trimmed();
+    Remembered<QDateTime>& last = _dates[property];
+    if (!text.Is(last.text.data(), last.text.size())) {
+        last.text.assign(text.text, text.size);
+        last.value = ReadDate(text.text, text.size);
+    }
+    return last.value;
+}
+
+}  // namespace listing
+}  // namespace ovsync

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QUrl>
+#include <cstddef>
+#include <memory>
+
+#include "client/listing/HrefScope.h"
+#include "client/wire/ListingLimits.h"
+#include "host/http/DAVPropfindRequest.h"
+#include "host/http/DAVPropfindResult.h"
+
+namespace ovsync {
+namespace listing {
+
+/// Reads the multistatus document that answers a PROPFIND, in pieces of any size as they arrive. Elements are matched
+/// by namespace and local name. Not thread-safe.
+///
+/// A document is a listing only when it is complete, well-formed, has a multistatus as its root and no document type
+/// declaration, and when every entry in it can be placed: it has one href, inside the scope of the request, that did
+/// not come before, and no status that says it could not be read; when the asked resource is among the entries; and
+/// when these are not more than the limit. Anything else throws a SyncException that says what is wrong, and nothing of
+/// the listing is handed out.
+///
+/// Memory is bounded by the entry: an href above 16 KiB, a value above 64 KiB, values of one entry above 1 MiB, an
+/// attribute or a comment above 64 KiB and elements nested deeper than 64 are errors.
+///
+/// A server that knows no class types is listed too: a collection is a folder and anything else a file, the item id is
+/// "path:" and the entry's key, and the resource id and the parent's are hashes of the keys, the same in every listing.
+/// They have 31 bits, so that among many thousand entries two can be equal; item ids never are.
+class MultistatusReader {
+public:
+    /// For the answer to a request of `asked` with `depth`. Of the limits, only that of the entries counts here.
+    MultistatusReader(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth,
+                      HrefScope scope = HrefScope::OfUrl, const wire::ListingLimits& limits = wire::ListingLimits());
+    ~MultistatusReader();
+    MultistatusReader(const MultistatusReader&) = delete;
+    MultistatusReader& operator=(const MultistatusReader&) = delete;
+
+    /// Throws SyncException; the reader is then good for nothing but destruction.
+    void Feed(const char* bytes, size_t size);
+
+    /// The listing, after the last byte; without a server time. To be called once. Throws SyncException.
+    std::shared_ptr<sync::http::DAVPropfindResult> Finish();
+
+private:
+    class Document;
+
+    std::unique_ptr<Document> _document;
+};
+
+}  // namespace listing
+}  // namespace ovsync

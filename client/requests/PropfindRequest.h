@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QStringList>
+#include <QUrl>
+#include <memory>
+
+#include "client/listing/MultistatusReader.h"
+#include "client/wire/Exchange.h"
+#include "client/wire/ListingLimits.h"
+#include "host/http/DAVPropfindRequest.h"
+
+namespace ovsync {
+namespace requests {
+
+/// A PROPFIND that reads its answer while it arrives. Not thread-safe.
+///
+/// Refuses as an answer: a 207 whose content type is not XML or whose document is no listing (see MultistatusReader), a
+/// 304 to an unconditional request, a 302 to Depth 0, every other status below 400, and a body above the limits. All
+/// statuses from 400 and a 302 to a deeper request are the library's to judge, which throws on them or takes 404 for
+/// what it says.
+class PropfindRequest : public sync::http::DAVPropfindRequest, public wire::Exchange {
+public:
+    /// `url` is sent as it is.
+    PropfindRequest(const QUrl& url, Depth depth, listing::HrefScope scope = listing::HrefScope::OfUrl);
+    ~PropfindRequest() override;
+
+    /// Whether the request lists what lies in a collection.
+    bool IsListing() const { return _depth != Resource; }
+    /// Whether the properties that only the service knows are left out. They are not, unless set.
+    void SetStandardPropertiesOnly(bool standardOnly) { _standardOnly = standardOnly; }
+
+    void SetLimits(const wire::ListingLimits& limits) { _limits = limits; }
+
+    /// Whether `other` would be sent with the same words.
+    bool AsksTheSameAs(const PropfindRequest& other) const;
+    /// A request of the same words with an answer of its own, equal to this one's.
+    std::unique_ptr<PropfindRequest> Copy() const;
+    /// As if this request had been sent and answered as `other` was.
+    void TakeAnswerOf(PropfindRequest& other);
+
+    int GetStatusCode() override;
+    QUrl GetUrl() override;
+    QList<QPair<QByteArray, QByteArray>> GetResponseHeaders() override;
+    QByteArray GetResponseBody() override;
+
+    void SetModifiedSinceTime(const QDateTime& time) override;
+    /// Throws SyncException when a name is not of the form "{namespace}prefix:name"; the list is then unchanged.
+    void SetProperties(const QStringList& names) override;
+    /// Of a 304, a result that holds the service's time alone.
+    std::shared_ptr<sync::http::DAVPropfindResult> GetResult() override;
+
+    QByteArray Method() const override;
+    QUrl Url() const override;
+    Headers RequestHeaders() const override;
+    QByteArray RequestBody() const override;
+    void Forget() override;
+    void OnHeaders(int status, const Headers& headers) override;
+    void OnBody(const char* bytes, size_t size) override;
+    void OnEnd() override;
+
+private:
+    const QUrl _url;
+    const Depth _depth;
+    const listing::HrefScope _scope;
+    QByteArray _modifiedSince;
+    QStringList _names;
+    bool _standardOnly = false;
+    wire::ListingLimits _limits;
+
+    int _status = 0;
+    Headers _headers;
+    qint64 _bodySize = 0;
+    QDateTime _serverTime;
+    std::unique_ptr<listing::MultistatusReader> _reader;
+    std::shared_ptr<sync::http::DAVPropfindResult> _result;
+};
+
+}  // namespace requests
+}  // namespace ovsync

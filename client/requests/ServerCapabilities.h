@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QMap>
+#include <QString>
+#include <QUrl>
+
+#include "client/wire/HttpSession.h"
+
+namespace ovsync {
+namespace requests {
+
+/// What is known of the servers that a session talks to. Not thread-safe.
+class ServerCapabilities {
+public:
+    /// `session` has to outlive this object.
+    explicit ServerCapabilities(wire::HttpSession& session);
+
+    /// Whether the server of `collection` is another WebDAV server than the service, which does not know the service's
+    /// own properties. Asks each server once, by OPTIONS of `collection`, and remembers what it said; a server that
+    /// does not say counts as the service. Throws ExchangeError when there is no answer.
+    bool IsForeign(const QUrl& collection);
+
+private:
+    wire::HttpSession& _session;
+    QMap<QString, bool> _foreignByServer;
+};
+
+}  // namespace requests
+}  // namespace ovsync

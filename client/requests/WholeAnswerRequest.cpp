@@ -1,0 +1,74 @@
+#include "client/requests/WholeAnswerRequest.h"
+
+#include "client/listing/FolderProtocol.h"
+#include "client/wire/HttpStatus.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace requests {
+
+using listing::ProtocolVersion;
+using listing::VersionHeader;
+using sync::core::SyncException;
+using wire::Exchange;
+using wire::HttpStatus;
+
+WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url) : _method(method), _url(url) {}
+
+int WholeAnswerRequest::GetStatusCode() {
+    return _status == HttpStatus::MultiStatus ? HttpStatus::FailedDependency : _status;
+}
+
+QUrl WholeAnswerRequest::GetUrl() {
+    return _url;
+}
+
+QList<QPair<QByteArray, QByteArray>> WholeAnswerRequest::GetResponseHeaders() {
+    return _headers;
+}
+
+QByteArray WholeAnswerRequest::GetResponseBody() {
+    return _body;
+}
+
+QByteArray WholeAnswerRequest::Method() const {
+    return _method;
+}
+
+QUrl WholeAnswerRequest::Url() const {
+    return _url;
+}
+
+Exchange::Headers WholeAnswerRequest::RequestHeaders() const {
+    return {{VersionHeader, ProtocolVersion}};
+}
+
+QByteArray WholeAnswerRequest::RequestBody() const {
+    return QByteArray();
+}
+
+void WholeAnswerRequest::Forget() {
+    _status = 0;
+    _headers.clear();
+    _body.clear();
+}
+
+void WholeAnswerRequest::OnHeaders(int status, const Headers& headers) {
+    if (status < HttpStatus::BadRequest && !IsAnswer(status)) {
+        throw SyncException(QStringLiteral("the status is no answer to this request"));
+    }
+    _status = status;
+    _headers = headers;
+}
+
+void WholeAnswerRequest::OnBody(const char* bytes, size_t size) {
+    if (size > static_cast<size_t>(BodyLimit - _body.size())) {
+        throw SyncException(QStringLiteral("the body of the answer is above %1 bytes").arg(BodyLimit));
+    }
+    _body.append(bytes, static_cast<int>(size));
+}
+
+void WholeAnswerRequest::OnEnd() {}
+
+}  // namespace requests
+}  // namespace ovsync

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QByteArray>
+#include <QUrl>
+
+#include "client/wire/Exchange.h"
+#include "host/interfaces/IHttpRequest.h"
+
+namespace ovsync {
+namespace requests {
+
+/// A request without a body by which the client names itself to the service, and whose answer is kept whole: status,
+/// headers and a body of at most BodyLimit. A subclass says which statuses below 400 are answers; all from 400 on are
+/// the library's to judge. Not thread-safe.
+class WholeAnswerRequest : public sync::interf::IHttpRequest, public wire::Exchange {
+public:
+    /// In bytes.
+    static constexpr int BodyLimit = 1024 * 1024;
+
+    /// 207 is given as 424: the library takes every status below 400 for success, and a part that failed is none.
+    int GetStatusCode() override;
+    QUrl GetUrl() override;
+    QList<QPair<QByteArray, QByteArray>> GetResponseHeaders() override;
+    QByteArray GetResponseBody() override;
+
+    QByteArray Method() const override;
+    QUrl Url() const override;
+    Headers RequestHeaders() const override;
+    QByteArray RequestBody() const override;
+    void Forget() override;
+    void OnHeaders(int status, const Headers& headers) override;
+    void OnBody(const char* bytes, size_t size) override;
+    void OnEnd() override;
+
+protected:
+    WholeAnswerRequest(const QByteArray& method, const QUrl& url);
+
+    /// Whether `status`, which is below 400, answers this request.
+    virtual bool IsAnswer(int status) const = 0;
+
+    void ReplaceBody(const QByteArray& body) { _body = body; }
+
+private:
+    const QByteArray _method;
+    const QUrl _url;
+    int _status = 0;
+    Headers _headers;
+    QByteArray _body;
+};
+
+}  // namespace requests
+}  // namespace ovsync

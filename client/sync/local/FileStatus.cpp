@@ -1,0 +1,33 @@
+#include "client/sync/local/FileStatus.h"
+
+namespace ovsync {
+namespace local {
+
+namespace {
+
+qint64 Nanoseconds(const timespec& time) {
+    return static_cast<qint64>(time.tv_sec) * 1000000000 + time.tv_nsec;
+}
+
+LocalEntry::Kind KindOf(mode_t mode) {
+    if (S_ISDIR(mode)) {
+        return LocalEntry::Kind::Folder;
+    }
+    return S_ISREG(mode) ? LocalEntry::Kind::File : LocalEntry::Kind::Other;
+}
+
+}  // namespace
+
+LocalEntry EntryOf(const struct stat& status) {
+    LocalEntry entry;
+    entry.kind = KindOf(status.st_mode);
+    entry.mode = status.st_mode & 0777U;
+    entry.fingerprint.inode = status.st_ino;
+    entry.fingerprint.size = status.st_size;
+    entry.fingerprint.modified = Nanoseconds(status.st_mtim);
+    entry.fingerprint.changed = Nanoseconds(status.st_ctim);
+    return entry;
+}
+
+}  // namespace local
+}  // namespace ovsync

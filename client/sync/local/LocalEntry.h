@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include "client/store/Fingerprint.h"
+
+namespace ovsync {
+namespace local {
+
+/// What lies at one place of the synced folder. A plain value.
+struct LocalEntry {
+    enum class Kind {
+        File,
+        Folder,
+        /// A symbolic link, a device and the like: never followed, read or replaced.
+        Other
+    };
+
+    Kind kind = Kind::Other;
+    store::Fingerprint fingerprint;
+    /// The permission bits.
+    unsigned mode = 0;
+};
+
+/// An entry by its name in its folder. A plain value.
+struct NamedLocalEntry : LocalEntry {
+    /// Where the name is not UTF-8, what can be shown of it.
+    QString name;
+    bool isUtf8 = true;
+};
+
+}  // namespace local
+}  // namespace ovsync

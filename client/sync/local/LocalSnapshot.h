@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include "client/sync/local/Exclusion.h"
+#include "client/sync/local/ILocalTree.h"
+#include "client/sync/report/SyncEvent.h"
+
+namespace ovsync {
+namespace local {
+
+/// What lay in a synced folder when it was looked through. A plain value.
+struct LocalSnapshot {
+    /// By their paths; without what is excluded, temporary and hidden.
+    QHash<QString, LocalEntry> entries;
+    /// Leftovers of a pass that died, and of nobody else.
+    QStringList temporaryFiles;
+    /// What no pass can sync, with the reason.
+    QVector<report::SyncEvent> refused;
+    /// The folders that no pass looks into, with the reason: nobody knows what lies in them.
+    QVector<report::SyncEvent> closed;
+
+    /// Throws LocalError.
+    static LocalSnapshot Of(ILocalTree& tree, const Exclusion& exclusion);
+};
+
+}  // namespace local
+}  // namespace ovsync

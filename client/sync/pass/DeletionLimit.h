@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+namespace ovsync {
+namespace pass {
+
+/// The most files that one pass may delete: a service that is half restored, or a listing that lies, deletes most of
+/// them. A plain value.
+class DeletionLimit {
+public:
+    /// Half of the files, from ten on.
+    DeletionLimit() = default;
+    /// "12" for so many files, "30%" for such a part of them. None for anything else.
+    static std::optional<DeletionLimit> Read(const QString& text);
+
+    /// `isAnyLeft`: whether the service has any file at all. That everything is gone is believed only of a limit that
+    /// was read.
+    bool Allows(int deletions, int files, bool isAnyLeft) const;
+
+private:
+    enum class Unit { None, Files, Percent };
+
+    Unit _unit = Unit::None;
+    int _number = 0;
+};
+
+}  // namespace pass
+}  // namespace ovsync

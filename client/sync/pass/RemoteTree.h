@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QMap>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+#include <set>
+
+#include "client/sync/local/Exclusion.h"
+#include "client/sync/pass/ServiceFolder.h"
+#include "client/sync/report/SyncEvent.h"
+#include "host/configuration/FileConfiguration.h"
+
+namespace ovsync {
+namespace pass {
+
+/// What a listing says lies in the service's folder, as far as it can lie in a synced folder: whatever a server sends,
+/// every path here leads to a place below it. Not thread-safe.
+class RemoteTree {
+public:
+    using Files = QMap<QString, sync::config::FileConfiguration>;
+
+    /// What lies in something that the listing does not have (a form) is left out. Throws SyncException when the
+    /// listing is that of a file.
+    RemoteTree(const ServiceFolder& service, const QVector<sync::config::FolderConfiguration>& folders,
+               const QVector<sync::config::FileConfiguration>& files, const local::Exclusion& exclusion);
+
+    /// Takes out what, by its folded path, is the same as another entry or as a path in `local` that it does not equal.
+    void RefuseClashes(const QStringList& local, bool tellsCaseApart, bool tellsFormsApart);
+
+    /// Takes out what lies at and below `path`: nobody knows what to make of it. Tells of nothing.
+    void LeaveOut(const QString& path);
+
+    /// By their paths, in path order, so that a folder comes before what lies in it.
+    const Files& AllFiles() const { return _files; }
+    /// In path order. Without the service's folder itself.
+    const std::set<QString>& AllFolders() const { return _folders; }
+
+    /// Whether any file has a checksum, as the service's have.
+    bool HasChecksums() const;
+    bool HasFile(const QString& path) const { return _files.contains(path); }
+    bool HasFolder(const QString& path) const { return path.isEmpty() || _folders.count(path) != 0; }
+    /// Whether the listing had something at `path`, or above it, that was refused: nobody knows what is there.
+    bool IsRefused(const QString& path) const;
+
+    const QVector<report::SyncEvent>& Refused() const { return _refused; }
+
+private:
+    /// The path below the service's folder of the entry `name` at `serverPath`; empty when it is left out.
+    QString _Accept(const QString& serverPath, const QString& name, const local::Exclusion& exclusion);
+    void _Refuse(const QString& path, const QString& reason);
+    /// Takes out what was accepted before it turned out to be refused.
+    void _RemoveRefused();
+
+    const QString _prefix;
+    Files _files;
+    std::set<QString> _folders;
+    QSet<QString> _refusedPaths;
+    QVector<report::SyncEvent> _refused;
+};
+
+}  // namespace pass
+}  // namespace ovsync

@@ -1,0 +1,26 @@
+#include "client/sync/pass/ServiceFolder.h"
+
+#include "client/sync/local/Names.h"
+
+namespace ovsync {
+namespace pass {
+
+using local::NameOf;
+
+QString ServiceFolder::ServerPath(const QString& path) const {
+    return folder.serverPath.isEmpty() || path.isEmpty() ? folder.serverPath + path
+                                                         : folder.serverPath + QLatin1Char('/') + path;
+}
+
+sync::config::FolderConfiguration ServiceFolder::FolderAt(const QString& path) const {
+    sync::config::FolderConfiguration below = folder;
+    if (!path.isEmpty()) {
+        below.name = NameOf(path);
+        below.serverPath = ServerPath(path);
+        below.localPath = folder.localPath + QLatin1Char('/') + path;
+    }
+    return below;
+}
+
+}  // namespace pass
+}  // namespace ovsync

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+#include <functional>
+#include <memory>
+
+#include "client/content/IContentSession.h"
+#include "host/configuration/FolderConfiguration.h"
+#include "host/interfaces/ICustomFileConfigUpdater.h"
+#include "host/interfaces/IRemoteFileManager.h"
+#include "host/interfaces/IRemoteFolderManager.h"
+
+namespace ovsync {
+namespace pass {
+
+/// The service's side of a pass: the library, which is only ever called on the pass's thread, and what transfers
+/// content. Does not own the library's objects. A plain value.
+struct ServiceFolder {
+    sync::interf::IRemoteFolderManager* folders = nullptr;
+    sync::interf::IRemoteFileManager* files = nullptr;
+    sync::interf::ICustomFileConfigUpdater* updater = nullptr;
+    /// A session for one thread.
+    std::function<std::unique_ptr<content::IContentSession>()> newSession;
+    /// The URL of a server path; empty when there is none for it.
+    std::function<QUrl(const QString& serverPath)> urlOf;
+    /// Names the folder to sync, and no other: its URL in one spelling.
+    QString address;
+    /// Its server path is that of the folder to sync, its local path that of the synced folder.
+    sync::config::FolderConfiguration folder;
+
+    /// The server path of what lies at `path` below the folder.
+    QString ServerPath(const QString& path) const;
+    /// The record from which the library works on the folder at `path` below the folder.
+    sync::config::FolderConfiguration FolderAt(const QString& path) const;
+};
+
+}  // namespace pass
+}  // namespace ovsync

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+#include <atomic>
+#include <memory>
+
+#include "client/sync/local/Trash.h"
+#include "client/sync/pass/DeletionLimit.h"
+#include "host/interfaces/ISyncFilter.h"
+
+namespace ovsync {
+namespace pass {
+
+/// How a pass works. A plain value.
+struct SyncOptions {
+    /// Whether a pull deletes what the service has deleted.
+    bool deletes = false;
+    /// For how many days what a pass replaces or deletes here is kept; 0 for not at all.
+    int daysKept = local::Trash::DefaultDays;
+    /// Whether everything is only said, and nothing done.
+    bool isTrial = false;
+    /// Whether what no pass ever syncs counts as left to somebody.
+    bool isStrict = false;
+    /// The most files that a pull deletes.
+    DeletionLimit deletionLimit;
+    /// How many files may be transferred at once.
+    int transfers = 4;
+    /// What is left alone on both sides; null for nothing.
+    std::shared_ptr<sync::interf::ISyncFilter> filter;
+    /// A text that differs when `filter` does.
+    QString filterText;
+    /// Becomes true when the pass is to end early. Must not be null; outlives the pass.
+    const std::atomic<bool>* isStopped = nullptr;
+};
+
+}  // namespace pass
+}  // namespace ovsync

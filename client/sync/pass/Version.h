@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include "client/content/ContentVersion.h"
+#include "host/configuration/FileConfiguration.h"
+
+/// How one version of a service's file is known from another. Thread-safe.
+
+namespace ovsync {
+namespace pass {
+
+/// The strong entity tag by which a server knows the file's version that names neither versions nor checksums; empty
+/// when there is none.
+QByteArray EntityTagOf(const sync::config::FileConfiguration& file);
+
+/// What an upload that replaces `file` can make its condition: its entity tag, else its date.
+content::ContentVersion KnownVersionOf(const sync::config::FileConfiguration& file);
+
+/// Differs between two versions of a file, and between a file and one that was made in its place later. On a server
+/// that names neither versions nor checksums nor strong entity tags, the date and the size have to do.
+QString IdentityOf(const sync::config::FileConfiguration& file);
+
+/// Whether `file` is another version of the file that `known` is one of, and has a lower number.
+bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);
+
+/// A size as a listing has it, in 32 bits with a sign: negative from 2 GiB on, -1 from 4 GiB on.
+qint64 ListedSize(qint64 size);
+
+/// The smallest size that a listing has as `listed`.
+qint64 LikelySize(qint64 listed);
+
+/// After how many bytes content is broken off that is to be what a listing has as `listed`. `announced` is its size as
+/// the server announces it, -1 when it does not.
+qint64 SizeLimit(qint64 listed, qint64 announced);
+
+/// Whether content of `size` bytes can be what a listing describes as `file`; an empty `md5` is not looked at.
+bool IsContentOf(const sync::config::FileConfiguration& file, qint64 size, const QString& md5);
+
+}  // namespace pass
+}  // namespace ovsync

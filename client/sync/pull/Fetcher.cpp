@@ -1,0 +1,224 @@
+#include "client/sync/pull/Fetcher.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "client/sync/local/LocalError.h"
+#include "client/sync/local/Names.h"
+#include "client/sync/pass/Version.h"
+#include "client/sync/report/Stopped.h"
+
+namespace ovsync {
+namespace pull {
+
+using local::ConflictText;
+using local::FolderOf;
+using local::LocalError;
+using local::NameOf;
+using local::Placer;
+using pass::IdentityOf;
+using pass::IsContentOf;
+using pass::LikelySize;
+using pass::LocalFileState;
+using report::Stopped;
+using report::SyncEvent;
+using sync::config::FileConfiguration;
+
+namespace {
+
+const int MaxAttempts = 3;
+
+/// Whether the content came that the listing describes.
+bool HasCome(const Download& download) {
+    if (download.Error() || download.IsTooLarge()) {
+        return false;
+    }
+    const FileConfiguration& remote = download.Order().remote;
+    const QDateTime& sent = download.Version().lastModified;
+    const bool hasDates = sent.isValid() && remote.lastModifiedDate.isValid();
+    return IsContentOf(remote, download.Fresh().size, download.Md5()) &&
+           (!remote.md5Checksum.isEmpty() || !hasDates || sent == remote.lastModifiedDate);
+}
+
+QString VersionNote(const FileConfiguration& remote) {
+    return QStringLiteral("from the service") +
+           (remote.lastModifiedDate.isValid()
+                ? remote.lastModifiedDate.toUTC().toString(QStringLiteral(", yyyy-MM-dd HH.mm.ss"))
+                : QString());
+}
+
+}  // namespace
+
+bool Fetcher::Run(std::deque<PullOrder> orders) {
+    if (orders.empty()) {
+        return true;
+    }
+    _orders = std::move(orders);
+    _progress.allFiles = static_cast<int>(_orders.size());
+    for (const PullOrder& order : _orders) {
+        _progress.allBytes += LikelySize(order.remote.size);
+    }
+    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
+    while (!_orders.empty() || pool.Unfinished() > 0) {
+        while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
+            _Start(pool);
+        }
+        std::vector<std::unique_ptr<Download>> finished = pool.TakeFinished(Pool::ProgressInterval);
+        if (*_context.Options().isStopped) {
+            pool.Cancel();
+            while (pool.Unfinished() > 0) {
+                for (std::unique_ptr<Download>& download : pool.TakeFinished(Pool::ProgressInterval)) {
+                    finished.push_back(std::move(download));
+                }
+            }
+            const auto isUnfit = [](const std::unique_ptr<Download>& download) { return !HasCome(*download); };
+            finished.erase(std::remove_if(finished.begin(), finished.end(), isUnfit), finished.end());
+            _Take(std::move(finished));
+            throw Stopped();
+        }
+        _Take(std::move(finished));
+        _progress.doneBytes = _bytes;
+        _context.ReportProgress(_progress);
+    }
+    return _hasAll;
+}
+
+void Fetcher::_Start(Pool& pool) {
+    PullOrder order = std::move(_orders.front());
+    _orders.pop_front();
+    const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
+    if (url.isEmpty()) {
+        _Refuse(order.path, QStringLiteral("there is no URL for such a path"));
+        return;
+    }
+    order.record = _context.RecordOf(order.path, order.remote);
+    pool.Start(std::make_unique<Download>(_context.Tree(), std::move(order), url, _bytes));
+}
+
+void Fetcher::_Take(std::vector<std::unique_ptr<Download>> downloads) {
+    QVector<Placer::Request> requests;
+    std::vector<const PullOrder*> orders;
+    std::vector<const Download*> others;
+    for (const std::unique_ptr<Download>& download : downloads) {
+        ++_progress.doneFiles;
+        if (HasCome(*download)) {
+            _context.ReportSuccess();
+            _TakeContent(*download, requests, orders);
+        } else {
+            others.push_back(download.get());
+        }
+    }
+    // First what came as it should: a failure may end the pass.
+    if (!requests.isEmpty()) {
+        _context.Placing().Carry(requests);
+    }
+    for (int i = 0; i < requests.size(); ++i) {
+        _TakePlaced(requests[i], *orders[static_cast<size_t>(i)]);
+    }
+    for (const Download* download : others) {
+        if (download->Error()) {
+            _ReportFailure(download->Order().path, download->Error());
+        } else {
+            _TakeSurprise(*download);
+        }
+    }
+}
+
+void Fetcher::_TakeContent(Download& download, QVector<Placer::Request>& requests,
+                           std::vector<const PullOrder*>& orders) {
+    const PullOrder& order = download.Order();
+    LocalFileState here;
+    here.entry = order.here;
+    here.md5 = order.md5Here;
+    if (order.target == PullOrder::Target::Beside && here.md5.isEmpty()) {
+        _context.Read(order.path, here);
+    }
+    if (here.md5 == download.Md5()) {
+        _context.Adopt(order.path, order.remote, here);
+        return;
+    }
+    if (order.target == PullOrder::Target::Beside) {
+        _PutBeside(order, download.GiveTemporary(), download.Md5());
+        return;
+    }
+    Placer::Request request;
+    request.placement.record = order.record;
+    request.placement.record.local = download.Fresh();
+    request.placement.record.contentMd5 = download.Md5();
+    request.placement.temporary = download.GiveTemporary();
+    if (order.here) {
+        request.placement.old = order.here->fingerprint;
+    }
+    requests.append(request);
+    orders.push_back(&order);
+}
+
+void Fetcher::_TakeSurprise(const Download& download) {
+    PullOrder order = download.Order();
+    const QString path = order.path;
+    try {
+        const FileConfiguration now =
+            _context.Service().files->GetFileByName(_context.Service().FolderAt(FolderOf(path)), NameOf(path));
+        if (++order.attempts < MaxAttempts && IdentityOf(now) != IdentityOf(order.remote)) {
+            order.remote = now;
+            _orders.push_back(std::move(order));
+            ++_progress.allFiles;
+            return;
+        }
+        const QString came = download.IsTooLarge()
+                                 ? QStringLiteral("at least %1 bytes, so that it was broken off,").arg(download.Size())
+                                 : QStringLiteral("%1 bytes with the MD5 %2")
+                                       .arg(QString::number(download.Fresh().size), download.Md5());
+        throw sync::core::SyncException(
+            QStringLiteral("what came is not the file that the service describes: %1 in place of "
+                           "%2 bytes (as far as 32 bits tell) with %3")
+                .arg(came, QString::number(LikelySize(now.size)),
+                     now.md5Checksum.isEmpty() ? QStringLiteral("any") : now.md5Checksum));
+    } catch (const std::exception&) {
+        _ReportFailure(path, std::current_exception());
+    }
+}
+
+void Fetcher::_TakePlaced(const Placer::Request& request, const PullOrder& order) {
+    switch (request.result) {
+        case Placer::Result::Done:
+            _context.Report(
+                order.target == PullOrder::Target::New ? SyncEvent::Kind::Fetched : SyncEvent::Kind::Updated,
+                order.path, QString(), request.placement.record.local.size);
+            break;
+        case Placer::Result::Occupied:
+            _PutBeside(order, request.placement.temporary, request.placement.record.contentMd5);
+            break;
+        case Placer::Result::Failed:
+            _Refuse(order.path, request.error);
+            break;
+    }
+    if (!request.aside.isEmpty()) {
+        _context.Report(
+            SyncEvent::Kind::Conflict, order.path,
+            QStringLiteral("it was changed here while it was replaced: that is in \"%1\"").arg(request.aside));
+    }
+}
+
+void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary, const QString& md5) {
+    try {
+        const QString copy = _context.Placing().PutBeside(temporary, order.path, VersionNote(order.remote));
+        _context.Records().WriteCopy({copy, order.path, IdentityOf(order.remote), md5});
+        _context.Report(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
+    } catch (const LocalError&) {
+        _ReportFailure(order.path, std::current_exception());
+    }
+}
+
+void Fetcher::_Refuse(const QString& path, const QString& reason) {
+    _hasAll = false;
+    _context.Report(SyncEvent::Kind::Refused, path, reason);
+}
+
+void Fetcher::_ReportFailure(const QString& path, const std::exception_ptr& error) {
+    _hasAll = false;
+    _context.ReportFailure(path, error);
+}
+
+}  // namespace pull
+}  // namespace ovsync

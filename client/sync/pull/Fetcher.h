@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+#include <atomic>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <vector>
+
+#include "client/sync/pass/PassContext.h"
+#include "client/sync/pass/TransferPool.h"
+#include "client/sync/pull/Download.h"
+
+namespace ovsync {
+namespace pull {
+
+/// Fetches files of the service, several at once, checks what came, and puts it in place. For one run. Not thread-safe.
+class Fetcher {
+public:
+    explicit Fetcher(pass::PassContext& context) : _context(context) {}
+
+    /// True when everything came. Throws Stopped, when what is finished is in place, and what
+    /// PassContext::ReportFailure throws.
+    bool Run(std::deque<PullOrder> orders);
+
+private:
+    using Pool = pass::TransferPool<Download>;
+
+    void _Start(Pool& pool);
+    void _Take(std::vector<std::unique_ptr<Download>> downloads);
+    /// What came is what the service describes. Joins `requests` when it is to be placed.
+    void _TakeContent(Download& download, QVector<local::Placer::Request>& requests,
+                      std::vector<const PullOrder*>& orders);
+    /// What came is something else: the file may have changed after it was listed.
+    void _TakeSurprise(const Download& download);
+    void _TakePlaced(const local::Placer::Request& request, const PullOrder& order);
+    void _PutBeside(const PullOrder& order, const QString& temporary, const QString& md5);
+    void _Refuse(const QString& path, const QString& reason);
+    void _ReportFailure(const QString& path, const std::exception_ptr& error);
+
+    pass::PassContext& _context;
+    std::deque<PullOrder> _orders;
+    std::atomic<qint64> _bytes{0};
+    report::SyncProgress _progress;
+    bool _hasAll = true;
+};
+
+}  // namespace pull
+}  // namespace ovsync

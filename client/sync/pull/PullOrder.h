@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+#include <optional>
+
+#include "client/store/FileRecord.h"
+#include "client/sync/local/LocalEntry.h"
+#include "host/configuration/FileConfiguration.h"
+
+namespace ovsync {
+namespace pull {
+
+/// A file that is to be fetched. A plain value.
+struct PullOrder {
+    enum class Target {
+        /// Nothing is there.
+        New,
+        /// In place of `here`, whose content is that of its record.
+        Replace,
+        /// Beside `here`, which holds what the service never had.
+        Beside
+    };
+
+    QString path;
+    sync::config::FileConfiguration remote;
+    /// What is to be recorded of it, its local part left open. Made when the transfer begins.
+    store::FileRecord record;
+    Target target = Target::New;
+    std::optional<local::LocalEntry> here;
+    /// Of the content of `here`, in hexadecimal; empty when nobody knows.
+    QString md5Here;
+    /// How many times it was fetched before, and had changed meanwhile.
+    int attempts = 0;
+};
+
+}  // namespace pull
+}  // namespace ovsync

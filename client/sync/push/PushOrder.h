@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+
+#include "host/configuration/FileConfiguration.h"
+
+namespace ovsync {
+namespace push {
+
+/// A file that is to be sent. A plain value.
+struct PushOrder {
+    QString path;
+    /// Whether the service has no such file.
+    bool isNew = true;
+    /// What the service has otherwise, and is to be replaced.
+    sync::config::FileConfiguration remote;
+    /// Whether what the service has is looked at once more right before the file is sent, because the server may not
+    /// know conditions.
+    bool looksBefore = false;
+    /// Whether it is then sent a second time, to see whether the server refuses what its condition forbids.
+    bool triesConditions = false;
+    /// Of the local file when it was looked at, in bytes.
+    qint64 size = 0;
+};
+
+}  // namespace push
+}  // namespace ovsync

@@ -1,0 +1,222 @@
+#include "client/sync/push/Sender.h"
+
+#include <QFileInfo>
+#include <utility>
+
+#include "client/sync/local/LocalContent.h"
+#include "client/sync/local/Names.h"
+#include "client/sync/pass/Version.h"
+#include "client/sync/report/Stopped.h"
+
+namespace ovsync {
+namespace push {
+
+using content::UploadOutcome;
+using local::FolderOf;
+using local::NameOf;
+using local::Recordable;
+using pass::IdentityOf;
+using pass::IsContentOf;
+using pass::ListedSize;
+using pass::ServiceFolder;
+using report::Stopped;
+using report::SyncEvent;
+using store::FileRecord;
+using sync::config::FileConfiguration;
+
+namespace {
+
+QString ConditionsSetting() {
+    return QStringLiteral("uploadConditions");
+}
+
+}  // namespace
+
+void Sender::Run(std::deque<PushOrder> orders) {
+    if (orders.empty()) {
+        return;
+    }
+    _orders = std::move(orders);
+    _ChooseTrial();
+    _progress.allFiles = static_cast<int>(_orders.size());
+    for (const PushOrder& order : _orders) {
+        _progress.allBytes += order.size;
+    }
+    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
+    while (!_orders.empty() || pool.Unfinished() > 0) {
+        while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
+            _Start(pool);
+        }
+        std::vector<std::unique_ptr<Upload>> finished = pool.TakeFinished(Pool::ProgressInterval);
+        if (*_context.Options().isStopped) {
+            pool.Cancel();
+            while (pool.Unfinished() > 0) {
+                for (std::unique_ptr<Upload>& upload : pool.TakeFinished(Pool::ProgressInterval)) {
+                    finished.push_back(std::move(upload));
+                }
+            }
+            for (const std::unique_ptr<Upload>& upload : finished) {
+                if (!upload->Error() && !upload->IsToBeSent()) {
+                    _TakeSent(*upload);
+                }
+            }
+            throw Stopped();
+        }
+        for (std::unique_ptr<Upload>& upload : finished) {
+            _Take(std::move(upload), pool);
+        }
+        _progress.doneBytes = _bytes;
+        _context.ReportProgress(_progress);
+    }
+}
+
+void Sender::_ChooseTrial() {
+    bool isNeeded = _context.Records().Setting(ConditionsSetting()).isEmpty();
+    for (PushOrder& order : _orders) {
+        order.triesConditions = order.triesConditions && isNeeded;
+        isNeeded = isNeeded && !order.triesConditions;
+    }
+}
+
+void Sender::_Start(Pool& pool) {
+    const PushOrder order = std::move(_orders.front());
+    _orders.pop_front();
+    const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
+    if (url.isEmpty()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path, QStringLiteral("there is no URL for such a path"));
+        return;
+    }
+    pool.Start(std::make_unique<Upload>(_context.Tree(), order, url, _bytes, *_context.Options().isStopped));
+}
+
+void Sender::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
+    const QString path = upload->Order().path;
+    try {
+        if (upload->Error()) {
+            std::rethrow_exception(upload->Error());
+        }
+        if (!upload->IsToBeSent()) {
+            ++_progress.doneFiles;
+            _TakeSent(*upload);
+        } else if (_IsStillKnown(*upload)) {
+            pool.Start(std::move(upload));
+        } else {
+            ++_progress.doneFiles;
+        }
+    } catch (const Stopped&) {
+        throw;
+    } catch (const std::exception&) {
+        ++_progress.doneFiles;
+        _context.ReportFailure(path, std::current_exception());
+    }
+}
+
+bool Sender::_IsStillKnown(const Upload& upload) {
+    const PushOrder& order = upload.Order();
+    if (upload.Version() && upload.Version()->entityTag.isEmpty() && !_TellsByDate(order)) {
+        return false;
+    }
+    // The tag is older than this answer: when this is still what was known, so was what the tag is of.
+    const bool isKnown = upload.Version() && IdentityOf(_context.Service().files->GetFileByName(
+                                                 _context.Service().FolderAt(FolderOf(order.path)),
+                                                 NameOf(order.path))) == IdentityOf(order.remote);
+    if (!isKnown) {
+        _context.Report(SyncEvent::Kind::Conflict, order.path,
+                        QStringLiteral("it changed here, and has just changed on the service"));
+    }
+    return isKnown;
+}
+
+bool Sender::_TellsByDate(const PushOrder& order) {
+    const QDateTime& date = order.remote.lastModifiedDate;
+    const QDateTime& listed = _context.ListedAt();
+    if (!date.isValid() || !listed.isValid()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path,
+                        QStringLiteral("the service gives the file neither an entity tag nor a date, without which a "
+                                       "change that somebody else makes meanwhile could be overwritten"));
+        return false;
+    }
+    // Dates have whole seconds: within that of the change another one would not be seen.
+    if (date.toSecsSinceEpoch() >= listed.toSecsSinceEpoch()) {
+        _context.Report(SyncEvent::Kind::Refused, order.path,
+                        QStringLiteral("it has just changed on the service; the next push sends it"));
+        return false;
+    }
+    return true;
+}
+
+void Sender::_TakeSent(const Upload& upload) {
+    const QString& path = upload.Order().path;
+    if (upload.Outcome() == UploadOutcome::Refused) {
+        _context.Report(SyncEvent::Kind::Conflict, path,
+                        upload.Order().isNew ? QStringLiteral("it is new here, and has just been made on the service")
+                                             : QStringLiteral("it changed here, and has just changed on the service"));
+        return;
+    }
+    const std::optional<FileRecord> record = _RecordOf(upload);
+    if (!record) {
+        // What is recorded stays what both sides had before: both differ from it now, and nobody overwrites the other.
+        _context.Report(SyncEvent::Kind::Conflict, path,
+                        QStringLiteral("it was sent, but what the service has is something else"));
+        return;
+    }
+    _context.Records().WriteFile(*record);
+    // Only now: a server that takes files and never confirms them has failed.
+    _context.ReportSuccess();
+    _context.Report(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
+    if (const std::optional<bool> knowsConditions = upload.KnowsConditions()) {
+        _context.Records().WriteSetting(ConditionsSetting(),
+                                        *knowsConditions ? QStringLiteral("known") : QStringLiteral("ignored"));
+        if (!*knowsConditions) {
+            _context.Report(
+                SyncEvent::Kind::Noted, path,
+                QStringLiteral("this server replaces files whatever conditions an upload has. What somebody "
+                               "else writes to a file in the very moment in which it is sent will be lost"));
+        }
+    }
+    if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
+        _context.Report(SyncEvent::Kind::Refused, path,
+                        QStringLiteral("it was written while it was sent, and has to be sent again"));
+    }
+}
+
+std::optional<FileRecord> Sender::_RecordOf(const Upload& upload) {
+    const PushOrder& order = upload.Order();
+    const ServiceFolder& service = _context.Service();
+    FileRecord record;
+    record.path = order.path;
+    record.contentMd5 = upload.Md5();
+    record.local = Recordable(upload.Before());
+    if (!upload.After().IsUnchangedSince(upload.Before())) {
+        record.local.changed = 0;
+    }
+
+    FileConfiguration& file = record.file;
+    file = order.remote;
+    file.serverId = service.folder.serverId;
+    file.name = NameOf(order.path);
+    file.serverPath = service.ServerPath(order.path);
+    file.localPath = service.folder.localPath + QLatin1Char('/') + order.path;
+    service.updater->UpdateCustomFileConfigAfterUpload(service.FolderAt(FolderOf(order.path)), file,
+                                                       QFileInfo(file.localPath));
+    const bool hasDateAlone = file.versionId.isEmpty() && file.md5Checksum.isEmpty();
+    const qint64 size = upload.Before().size;
+    const bool isOurs = upload.Version() && _HasSize(upload, size) && IsContentOf(file, file.size, upload.Md5());
+    file.size = size;
+    // Another change could come within the same second, so without more than a date the next pass compares.
+    file.lastModifiedDate = upload.Version() && !hasDateAlone ? upload.Version()->lastModified : QDateTime();
+    return isOurs ? std::make_optional(record) : std::nullopt;
+}
+
+bool Sender::_HasSize(const Upload& upload, qint64 size) {
+    if (upload.Version()->size >= 0) {
+        return upload.Version()->size == size;
+    }
+    // Some servers name no length for an empty file. A listing does, in 32 bits.
+    const QString& path = upload.Order().path;
+    return ListedSize(size) ==
+           _context.Service().files->GetFileByName(_context.Service().FolderAt(FolderOf(path)), NameOf(path)).size;
+}
+
+}  // namespace push
+}  // namespace ovsync

@@ -1,0 +1,123 @@
+#include "client/sync/push/Upload.h"
+
+#include <chrono>
+#include <thread>
+#include <utility>
+
+#include "client/sync/pass/Version.h"
+#include "client/sync/report/Stopped.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace push {
+
+using content::UploadCondition;
+using content::UploadOutcome;
+using local::ILocalTree;
+using pass::EntityTagOf;
+using pass::KnownVersionOf;
+using report::Stopped;
+
+namespace {
+
+// Some servers have no strong tag for what was changed within the last second.
+const std::chrono::milliseconds TagPatience(1200);
+const std::chrono::milliseconds WaitStep(50);
+
+}  // namespace
+
+Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,
+               const std::atomic<bool>& isStopped)
+    : _tree(tree), _order(std::move(order)), _url(url), _bytes(bytes), _isStopped(isStopped) {}
+
+void Upload::Run(content::IContentSession& session) noexcept {
+    try {
+        const bool isFirst = !_order.isNew && !_isToBeSent && EntityTagOf(_order.remote).isEmpty();
+        _isToBeSent = isFirst;
+        if (isFirst) {
+            _version = _LookForTag(session);
+        } else {
+            _Send(session);
+        }
+    } catch (...) {
+        _error = std::current_exception();
+    }
+    _file.reset();
+}
+
+std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentSession& session) {
+    std::optional<content::ContentVersion> version = session.Look(_url);
+    if (!version || !version->hasWeakTag) {
+        return version;
+    }
+    const auto end = std::chrono::steady_clock::now() + TagPatience;
+    while (std::chrono::steady_clock::now() < end) {
+        Stopped::ThrowIf(_isStopped);
+        std::this_thread::sleep_for(WaitStep);
+    }
+    return session.Look(_url);
+}
+
+void Upload::_Send(content::IContentSession& session) {
+    content::ContentVersion known = KnownVersionOf(_order.remote);
+    if (!_order.isNew && known.entityTag.isEmpty()) {
+        known.entityTag = _version->entityTag;
+    }
+    if (_order.looksBefore && _IsForestalled(session, known)) {
+        _outcome = UploadOutcome::Refused;
+        return;
+    }
+    _file = _tree.Open(_order.path);
+    _before = _file->Look();
+    _outcome = session.Upload(_url, *this, _before.size,
+                              _order.isNew ? UploadCondition::New : UploadCondition::Unchanged, known);
+    if (_outcome == UploadOutcome::Refused) {
+        return;
+    }
+    _md5Text = QString::fromLatin1(_md5.result().toHex());
+    if (_order.triesConditions) {
+        _TryConditions(session);
+    }
+    _after = _file->Look();
+    _version = session.Look(_url);
+}
+
+void Upload::_TryConditions(content::IContentSession& session) {
+    try {
+        _knowsConditions = session.Upload(_url, *this, _before.size, UploadCondition::New, content::ContentVersion()) ==
+                           UploadOutcome::Refused;
+    } catch (const sync::core::SyncException&) {
+        // Some other answer tells nothing, and the file is there already.
+        return;
+    }
+    if (!*_knowsConditions) {
+        _md5Text = QString::fromLatin1(_md5.result().toHex());
+    }
+}
+
+bool Upload::_IsForestalled(content::IContentSession& session, const content::ContentVersion& known) const {
+    const std::optional<content::ContentVersion> now = session.Look(_url);
+    if (_order.isNew || !now) {
+        return _order.isNew == now.has_value();
+    }
+    const bool isSameDate = now->lastModified == known.lastModified;
+    return now->entityTag != known.entityTag || (known.entityTag.isEmpty() && !isSameDate);
+}
+
+void Upload::Restart() {
+    _bytes -= _size;
+    _size = 0;
+    _md5.reset();
+    _file->Rewind();
+}
+
+size_t Upload::Read(char* bytes, size_t size) {
+    const size_t count = _file->Read(bytes, size);
+    _md5.addData(bytes, static_cast<int>(count));
+    _size += static_cast<qint64>(count);
+    _bytes += static_cast<qint64>(count);
+    return count;
+}
+
+}  // namespace push
+}  // namespace ovsync

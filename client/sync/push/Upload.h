@@ -1,0 +1,76 @@
+#pragma once
+
+#include <QCryptographicHash>
+#include <QString>
+#include <QUrl>
+#include <atomic>
+#include <exception>
+#include <memory>
+#include <optional>
+
+#include "client/content/IContentSession.h"
+#include "client/sync/local/ILocalTree.h"
+#include "client/sync/push/PushOrder.h"
+
+namespace ovsync {
+namespace push {
+
+/// Sends one file, in two runs when it replaces one whose entity tag the listing did not name: the first asks for the
+/// tag, so that the file can be looked at before the second. Run by one thread, used by another one in between and
+/// afterwards.
+class Upload : private wire::ContentSource {
+public:
+    /// `bytes` counts what was sent; `isStopped` ends waiting.
+    Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,
+           const std::atomic<bool>& isStopped);
+
+    void Run(content::IContentSession& session) noexcept;
+
+    const PushOrder& Order() const { return _order; }
+    /// Whether only the first of two runs is over.
+    bool IsToBeSent() const { return _isToBeSent; }
+    /// Null when the last run succeeded, and then the rest is there.
+    std::exception_ptr Error() const { return _error; }
+    /// What the service has now: before the file was sent, or afterwards. None when it has no such file.
+    const std::optional<content::ContentVersion>& Version() const { return _version; }
+
+    content::UploadOutcome Outcome() const { return _outcome; }
+    /// Whether the server refuses what a condition forbids; none when that was not tried or could not be found out.
+    const std::optional<bool>& KnowsConditions() const { return _knowsConditions; }
+    /// Of what was sent, in hexadecimal.
+    const QString& Md5() const { return _md5Text; }
+    /// Of the local file before and after it was sent.
+    const store::Fingerprint& Before() const { return _before; }
+    const store::Fingerprint& After() const { return _after; }
+
+private:
+    void Restart() override;
+    size_t Read(char* bytes, size_t size) override;
+    std::optional<content::ContentVersion> _LookForTag(content::IContentSession& session);
+    void _Send(content::IContentSession& session);
+    /// Sends the same once more, although it must not be there.
+    void _TryConditions(content::IContentSession& session);
+    /// Whether the service has something else than what the upload is to replace.
+    bool _IsForestalled(content::IContentSession& session, const content::ContentVersion& known) const;
+
+    local::ILocalTree& _tree;
+    const PushOrder _order;
+    const QUrl _url;
+    std::atomic<qint64>& _bytes;
+    const std::atomic<bool>& _isStopped;
+    qint64 _size = 0;
+    std::unique_ptr<local::IReadableFile> _file;
+    QCryptographicHash _md5{QCryptographicHash::Md5};
+
+    bool _isToBeSent = false;
+    std::exception_ptr _error;
+    std::optional<content::ContentVersion> _version;
+    content::UploadOutcome _outcome = content::UploadOutcome::Refused;
+    std::optional<bool> _knowsConditions;
+    QString _md5Text;
+    store::Fingerprint _before;
+    store::Fingerprint _after;
+};
+
+}  // namespace push
+}  // namespace ovsync

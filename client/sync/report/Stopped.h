@@ -1,0 +1,22 @@
+#pragma once
+
+#include <atomic>
+#include <exception>
+
+namespace ovsync {
+namespace report {
+
+/// Thrown inside a pass that was told to stop.
+class Stopped : public std::exception {
+public:
+    const char* what() const noexcept override { return "stopped"; }
+
+    static void ThrowIf(const std::atomic<bool>& isStopped) {
+        if (isStopped) {
+            throw Stopped();
+        }
+    }
+};
+
+}  // namespace report
+}  // namespace ovsync

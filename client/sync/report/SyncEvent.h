@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QString>
+
+namespace ovsync {
+namespace report {
+
+/// One thing that a pass did or found, or in a trial would have done. A plain value.
+struct SyncEvent {
+    enum class Kind {
+        /// A file of the service that was not here.
+        Fetched,
+        /// A file here was replaced by the service's newer version.
+        Updated,
+        /// A file or folder was deleted here, because the service deleted it.
+        Deleted,
+        FolderMade,
+        /// A file or folder of this side was brought to the service.
+        Sent,
+        FolderSent,
+        /// A file that was deleted here, which the service still has. Push deletes nothing there.
+        DeletedHere,
+        /// The service has a newer version, which a pull will bring.
+        NewerThere,
+        /// What is neither a file nor a folder, and no pass ever syncs.
+        Skipped,
+        /// What turned out when the file was transferred, and concerns all of them.
+        Noted,
+        /// The kinds from here on tell of what is left to be done by somebody.
+        /// Both sides changed the file.
+        Conflict,
+        /// The service deleted it; it was kept here.
+        Kept,
+        /// The file cannot be synced as it is.
+        Refused,
+        /// The service could not be reached or understood for this file.
+        Failed
+    };
+
+    Kind kind;
+    /// Below the synced folder.
+    QString path;
+    /// What a person should know besides; may be empty.
+    QString detail;
+    /// Of what was transferred.
+    qint64 bytes = 0;
+
+    bool IsProblem() const { return kind >= Kind::Conflict; }
+};
+
+}  // namespace report
+}  // namespace ovsync

@@ -1,0 +1,19 @@
+#pragma once
+
+namespace ovsync {
+namespace report {
+
+/// How a pass ended.
+enum class SyncOutcome {
+    /// Both sides are in step, as far as the pass's direction goes.
+    InStep,
+    /// Something was left to be done by somebody; the events say what.
+    LeftSome,
+    /// The service could not be reached or understood for some files.
+    Failed,
+    /// It was told to stop. What was finished is recorded.
+    Stopped
+};
+
+}  // namespace report
+}  // namespace ovsync

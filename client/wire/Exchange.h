@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QPair>
+#include <QUrl>
+#include <cstddef>
+
+#include "client/wire/ContentSource.h"
+
+namespace ovsync {
+namespace wire {
+
+/// One request as a HttpSession sends it, and the receiver of its answer. A kind of request is a class that implements
+/// this. Not thread-safe.
+///
+/// An operation that receives, or gives a body in pieces, may throw a SyncException whose message says what is wrong;
+/// the session then breaks the exchange off and ends it with an ExchangeError.
+class Exchange {
+public:
+    using Headers = QList<QPair<QByteArray, QByteArray>>;
+
+    virtual ~Exchange() = default;
+
+    virtual QByteArray Method() const = 0;
+    /// Absolute, http or https.
+    virtual QUrl Url() const = 0;
+    virtual Headers RequestHeaders() const = 0;
+    /// Empty when the request has none.
+    virtual QByteArray RequestBody() const = 0;
+    /// Where the body comes from when it is sent in pieces, in place of RequestBody; null when it is not.
+    virtual ContentSource* StreamedBody() { return nullptr; }
+    /// How many bytes StreamedBody gives.
+    virtual qint64 StreamedBodySize() const { return 0; }
+
+    /// Whether the body may come compressed. One that may not is handed on as it came.
+    virtual bool MayComeCompressed() const { return true; }
+
+    /// What an exchange left is to be forgotten: before anything is sent, and when what came is no answer.
+    virtual void Forget() = 0;
+    /// Once, with the final answer: neither an interim one nor one that only asked for credentials.
+    /// The headers are in the order in which they came, their names as they were sent.
+    virtual void OnHeaders(int status, const Headers& headers) = 0;
+    /// Any number of times after OnHeaders, the body in pieces, uncompressed where MayComeCompressed.
+    virtual void OnBody(const char* bytes, size_t size) = 0;
+    /// The body came whole.
+    virtual void OnEnd() = 0;
+
+    /// The value of the header `name`, in any letter case; of one that came more than once the values joined with ", ",
+    /// of one that did not come none.
+    static QByteArray ValueOf(const Headers& headers, const char* name);
+};
+
+}  // namespace wire
+}  // namespace ovsync

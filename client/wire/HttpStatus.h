@@ -1,0 +1,31 @@
+#pragma once
+
+namespace ovsync {
+namespace wire {
+
+/// The statuses of HTTP and WebDAV that are treated each in its own way.
+struct HttpStatus {
+    static constexpr int Ok = 200;
+    static constexpr int Created = 201;
+    static constexpr int Accepted = 202;
+    static constexpr int NoContent = 204;
+    static constexpr int MultiStatus = 207;
+    static constexpr int Found = 302;
+    static constexpr int NotModified = 304;
+    /// The first that says no.
+    static constexpr int BadRequest = 400;
+    static constexpr int Unauthorized = 401;
+    static constexpr int NotFound = 404;
+    static constexpr int ProxyAuthenticationRequired = 407;
+    static constexpr int Gone = 410;
+    static constexpr int PreconditionFailed = 412;
+    static constexpr int FailedDependency = 424;
+    /// The first that says that the server failed.
+    static constexpr int InternalServerError = 500;
+    static constexpr int BadGateway = 502;
+    static constexpr int ServiceUnavailable = 503;
+    static constexpr int GatewayTimeout = 504;
+};
+
+}  // namespace wire
+}  // namespace ovsync

@@ -1,0 +1,716 @@
+#include "client/content/ContentSession.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include "client/wire/ExchangeError.h"
+#include "host/http/HttpException.h"
+#include "tests/client/Fixtures.h"
+#include "tests/client/requests/ScriptedAnswers.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/ScriptedServer.h"
+
+namespace ovsync {
+namespace content {
+
+using wire::ContentSource;
+using wire::ExchangeError;
+using wire::HttpSessionSettings;
+namespace {
+
+using sync::core::SyncException;
+using sync::http::HttpException;
+using testing::AllOf;
+using testing::HasSubstr;
+using tests::AnswerOf;
+using tests::CleanEnvironment;
+using tests::FixtureAnswer;
+using tests::ScriptedServer;
+
+using Ending = ScriptedServer::Ending;
+using Step = ScriptedServer::Step;
+
+const QString FilePath = QStringLiteral("/Projects/A/b%20c.txt");
+const QByteArray FileText = "All that there is";
+/// So large that the client asks before it sends it.
+const int LargeSize = 1536 * 1024 + 7;
+
+struct DiskFull : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+class Sink : public ContentSink {
+public:
+    void Restart(qint64 size) override {
+        ++restarts;
+        announced = size;
+        content.clear();
+    }
+    void Write(const char* bytes, size_t size) override {
+        if (onWrite) {
+            onWrite();
+        }
+        content.append(bytes, static_cast<int>(size));
+    }
+
+    QByteArray content;
+    qint64 announced = 0;
+    int restarts = 0;
+    std::function<void()> onWrite;
+};
+
+class Source : public ContentSource {
+public:
+    explicit Source(const QByteArray& bytes) : content(bytes) {}
+
+    void Restart() override {
+        ++restarts;
+        _at = 0;
+    }
+    size_t Read(char* bytes, size_t size) override {
+        if (onRead) {
+            onRead(_at);
+        }
+        const int count = qMin(static_cast<int>(size), content.size() - _at);
+        std::copy_n(content.constData() + _at, count, bytes);
+        _at += count;
+        return static_cast<size_t>(count);
+    }
+
+    QByteArray content;
+    int restarts = 0;
+    std::function<void(int at)> onRead;
+
+private:
+    int _at = 0;
+};
+
+QByteArray Bytes(int size) {
+    QByteArray bytes(size, '\0');
+    unsigned state = 1;
+    for (char& byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = static_cast<char>(state >> 24U);
+    }
+    return bytes;
+}
+
+QAuthenticator Credentials() {
+    QAuthenticator credentials;
+    credentials.setUser(QStringLiteral("alice"));
+    credentials.setPassword(QStringLiteral("sesame"));
+    return credentials;
+}
+
+const QByteArray Authorization = "Basic " + QByteArray("alice:sesame").toBase64();
+
+Step HeadOf(const char* name) {
+    return ScriptedServer::Answer(FixtureAnswer(QLatin1String(name)).head);
+}
+
+/// Before the body came.
+Step AtOnce(Step step) {
+    step.takesBody = false;
+    return step;
+}
+
+/// The message of the `Error` that `action` throws; "" when it throws nothing.
+template <typename Error, typename Action>
+std::string ErrorOf(Action action) {
+    try {
+        action();
+    } catch (const Error& error) {
+        return error.what();
+    }
+    return "";
+}
+
+class ContentSessionTest : public testing::Test {
+protected:
+    const CleanEnvironment environment;
+    HttpSessionSettings settings;
+};
+
+TEST_F(ContentSessionTest, DownloadHandsOnTheContentAndWhatTheHeadersSayOfIt) {
+    ScriptedServer server({AnswerOf("contents/file-200")});
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    const ContentVersion version = session.Download(server.Url(FilePath), sink);
+    EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
+    EXPECT_EQ(version.entityTag, "\"a-7, b\"");
+    EXPECT_EQ(version.size, sink.content.size());
+    EXPECT_EQ(sink.announced, sink.content.size());
+    EXPECT_EQ(version.lastModified, QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().first().method, "GET");
+    EXPECT_EQ(server.Requests().first().target, FilePath.toLatin1());
+    EXPECT_TRUE(server.Requests().first().body.isEmpty());
+}
+
+TEST_F(ContentSessionTest, DownloadHandsOnEveryByteOfALargeFileInPieces) {
+    const QByteArray content = Bytes(LargeSize);
+    ScriptedServer server({ScriptedServer::Answer(
+        "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(content.size()) + "\r\n\r\n" + content)});
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    int pieces = 0;
+    sink.onWrite = [&pieces] { ++pieces; };
+    session.Download(server.Url(FilePath), sink);
+    EXPECT_EQ(sink.content, content);
+    EXPECT_GT(pieces, 1);
+}
+
+TEST_F(ContentSessionTest, DownloadOfNothingStillRestartsTheSink) {
+    ScriptedServer server({AnswerOf("contents/empty-200")});
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    sink.content = "left over";
+    EXPECT_EQ(session.Download(server.Url(FilePath), sink).size, 0);
+    EXPECT_EQ(sink.content, "");
+}
+
+TEST_F(ContentSessionTest, DownloadTakesContentOfUnknownSizeToItsCleanEnd) {
+    ScriptedServer server(
+        {AnswerOf("contents/chunked-200"),
+         ScriptedServer::Answer("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + FileText, Ending::Close)});
+    ContentSession session(settings, QAuthenticator());
+    for (int i = 0; i < 2; ++i) {
+        Sink sink;
+        EXPECT_EQ(session.Download(server.Url(FilePath), sink).size, -1);
+        EXPECT_EQ(sink.announced, -1);
+        EXPECT_EQ(sink.content, FileText);
+    }
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentSessionTest, DownloadKeepsNothingOfTheQuestionForCredentials) {
+    ScriptedServer server(
+        {AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("contents/file-200"), AnswerOf("contents/file-200")});
+    ContentSession session(settings, Credentials());
+    Sink sink;
+    session.Download(server.Url(FilePath), sink);
+    session.Download(server.Url(FilePath), sink);
+    EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
+    EXPECT_EQ(sink.restarts, 2);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests()[1].headers.value("authorization"), Authorization);
+    EXPECT_EQ(server.Requests()[2].headers.value("authorization"), Authorization);
+}
+
+TEST_F(ContentSessionTest, OnlyAStrongEntityTagCounts) {
+    for (const char* answer : {"contents/weakly-tagged-200", "contents/tagged-without-quotes-200",
+                               "contents/tagged-twice-200", "folders/status-200"}) {
+        ScriptedServer server({AnswerOf(answer)});
+        ContentSession session(settings, QAuthenticator());
+        Sink sink;
+        const ContentVersion version = session.Download(server.Url(FilePath), sink);
+        EXPECT_EQ(version.entityTag, "") << answer;
+        EXPECT_FALSE(version.lastModified.isValid()) << answer;
+    }
+}
+
+TEST_F(ContentSessionTest, DownloadTakesNoOtherStatusForContent) {
+    for (const char* answer : {"folders/status-201",     "folders/status-202",       "folders/status-203",
+                               "folders/status-204",     "folders/status-206",       "folders/status-207",
+                               "folders/status-300",     "folders/status-301",       "folders/status-302",
+                               "folders/status-303",     "folders/status-304",       "folders/status-307",
+                               "folders/status-308",     "statuses/bad-request-400", "statuses/unauthorized-basic-401",
+                               "statuses/forbidden-403", "statuses/not-found-404",   "folders/status-412",
+                               "statuses/broken-500",    "folders/status-507"}) {
+        SCOPED_TRACE(answer);
+        ScriptedServer server({AnswerOf(answer)});
+        ContentSession session(settings, QAuthenticator());
+        Sink sink;
+        try {
+            session.Download(server.Url(FilePath), sink);
+            ADD_FAILURE();
+        } catch (const HttpException& error) {
+            const std::string status = std::string(answer).substr(std::string(answer).size() - 3);
+            EXPECT_EQ(std::to_string(error.StatusCode()), status);
+            EXPECT_EQ(error.Url(), server.Url(FilePath));
+            EXPECT_THAT(error.Utf8Message(), AllOf(HasSubstr("GET http://127.0.0.1"), HasSubstr(FilePath.toStdString()),
+                                                   HasSubstr("status " + status)));
+        }
+        EXPECT_EQ(sink.restarts, 0);
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
+}
+
+TEST_F(ContentSessionTest, AnErrorShowsWhatCameInsteadOfContent) {
+    ScriptedServer server({AnswerOf("folders/status-206")});
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    EXPECT_THAT(
+        ErrorOf<HttpException>([&] { session.Download(server.Url(FilePath), sink); }),
+        HasSubstr("failed: the service answered with 206 (status 206, content type text/plain, the body begins: "
+                  "Because of this and that."));
+}
+
+struct BadContent {
+    const char* answer;
+    Ending ending;
+    const char* reason;
+};
+
+TEST_F(ContentSessionTest, DownloadTakesNoHalfAnswerForContent) {
+    const BadContent all[] = {
+        {"contents/shorter-than-announced-200", Ending::Close, "cut off or damaged"},
+        {"contents/shorter-than-announced-200", Ending::Reset, "cut off or damaged"},
+        {"contents/last-chunk-missing-200", Ending::Close, "cut off or damaged"},
+        {"contents/last-chunk-missing-200", Ending::Reset, "cut off or damaged"},
+        {"contents/head-cut-off-200", Ending::Close, "ended inside its head"},
+        {"contents/two-sizes-200", Ending::KeepOpen, "more than one size"},
+        {"bad/nothing", Ending::Close, "Empty reply"},
+        {"bad/nothing", Ending::Reset, "cut off or damaged"},
+    };
+    for (const BadContent& bad : all) {
+        SCOPED_TRACE(bad.answer);
+        ScriptedServer server({AnswerOf(bad.answer, bad.ending)});
+        ContentSession session(settings, QAuthenticator());
+        Sink sink;
+        EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }),
+                    AllOf(HasSubstr(bad.reason), HasSubstr(FilePath.toStdString())));
+    }
+}
+
+TEST_F(ContentSessionTest, ContentIsNeverUnpacked) {
+    ScriptedServer proxy({AnswerOf("contents/packed-200")});
+    qputenv("http_proxy", proxy.Url(QString()).toEncoded());
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    session.Download(QUrl(QStringLiteral("http://files.invalid/a.tar.gz")), sink);
+    EXPECT_EQ(sink.content, "Packed by whoever put it there");
+    proxy.Stop();
+    EXPECT_FALSE(proxy.Requests().first().headers.contains("accept-encoding"));
+}
+
+TEST_F(ContentSessionTest, AnEndlessErrorPageIsBrokenOff) {
+    ScriptedServer server({ScriptedServer::Answer(
+        FixtureAnswer(QStringLiteral("contents/endless-500"), static_cast<int>(ContentExchange::IgnoredBodyLimit))
+            .Bytes())});
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }),
+                AllOf(HasSubstr("above 1048576 bytes"), HasSubstr("status 500"), HasSubstr("<html>")));
+}
+
+TEST_F(ContentSessionTest, WhatTheSinkThrowsEndsTheDownloadAndPassesThrough) {
+    ScriptedServer server(
+        {AnswerOf("contents/file-200"), AnswerOf("contents/file-200"), AnswerOf("contents/file-200")});
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    sink.onWrite = [] { throw DiskFull("no space left"); };
+    EXPECT_THROW(session.Download(server.Url(FilePath), sink), DiskFull);
+    sink.onWrite = [] { throw SyncException(QStringLiteral("no space left")); };
+    EXPECT_EQ(ErrorOf<SyncException>([&] { session.Download(server.Url(FilePath), sink); }), "no space left");
+    sink.onWrite = nullptr;
+    session.Download(server.Url(FilePath), sink);
+    EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
+}
+
+TEST_F(ContentSessionTest, DownloadGivesUpAfterSilence) {
+    settings.silenceLimit = std::chrono::milliseconds(300);
+    ScriptedServer server({AnswerOf("contents/shorter-than-announced-200", Ending::Stall)});
+    ContentSession session(settings, QAuthenticator());
+    Sink sink;
+    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }),
+                HasSubstr("nothing was received or sent for 0.3 s"));
+}
+
+TEST_F(ContentSessionTest, AnotherThreadCancelsADownloadThatWaits) {
+    ScriptedServer server({AnswerOf("contents/shorter-than-announced-200", Ending::Stall)});
+    ContentSession session(settings, QAuthenticator());
+    std::promise<void> begun;
+    std::thread canceller([&] {
+        begun.get_future().wait();
+        session.Cancel();
+    });
+    Sink sink;
+    sink.onWrite = [&begun] { begun.set_value(); };
+    const std::string error = ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); });
+    canceller.join();
+    EXPECT_THAT(error, AllOf(HasSubstr("it was cancelled"), HasSubstr(FilePath.toStdString())));
+}
+
+TEST_F(ContentSessionTest, NothingIsSentAfterCancel) {
+    ScriptedServer server({});
+    ContentSession session(settings, QAuthenticator());
+    session.Cancel();
+    session.Cancel();
+    Sink sink;
+    Source source(FileText);
+    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }), HasSubstr("cancelled"));
+    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Look(server.Url(FilePath)); }), HasSubstr("cancelled"));
+    EXPECT_THAT(ErrorOf<ExchangeError>([&] {
+                    session.Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::New,
+                                   ContentVersion());
+                }),
+                HasSubstr("cancelled"));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentSessionTest, LookSaysWhatTheServerHas) {
+    ScriptedServer server({HeadOf("contents/file-200"), HeadOf("statuses/not-found-404"), HeadOf("contents/file-200")});
+    ContentSession session(settings, QAuthenticator());
+    const auto version = session.Look(server.Url(FilePath));
+    ASSERT_TRUE(version);
+    EXPECT_EQ(version->entityTag, "\"a-7, b\"");
+    EXPECT_EQ(version->size, 35);
+    EXPECT_TRUE(version->lastModified.isValid());
+    EXPECT_FALSE(session.Look(server.Url(FilePath)));
+    EXPECT_TRUE(session.Look(server.Url(FilePath)));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().first().method, "HEAD");
+}
+
+TEST_F(ContentSessionTest, LookTakesNothingElseForYesOrNo) {
+    for (const char* answer : {"folders/status-204", "folders/status-206", "folders/status-301", "folders/status-302",
+                               "statuses/unauthorized-basic-401", "statuses/forbidden-403", "statuses/broken-500"}) {
+        ScriptedServer server({HeadOf(answer)});
+        ContentSession session(settings, QAuthenticator());
+        EXPECT_THAT(ErrorOf<HttpException>([&] { session.Look(server.Url(FilePath)); }),
+                    AllOf(HasSubstr("HEAD http://"), HasSubstr("the service answered with")))
+            << answer;
+    }
+}
+
+class ContentUploadTest : public ContentSessionTest {
+protected:
+    UploadOutcome Upload(const ScriptedServer& server, Source& source, qint64 size) {
+        return session->Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion());
+    }
+
+    UploadOutcome Upload(const ScriptedServer& server, Source& source) {
+        return Upload(server, source, source.content.size());
+    }
+
+    /// What `server` is not to take for a whole upload.
+    template <typename Error>
+    std::string ErrorOfUpload(const ScriptedServer& server, Source& source, qint64 size) {
+        return ErrorOf<Error>([&] { Upload(server, source, size); });
+    }
+
+    /// Of what was broken off the server may not even have seen the beginning.
+    static void ExpectNothingWhole(const ScriptedServer& server) {
+        EXPECT_TRUE(server.Requests().isEmpty());
+        for (const ScriptedServer::Request& request : server.BrokenOff()) {
+            EXPECT_LT(request.body.size(), request.headers.value("content-length").toInt());
+        }
+    }
+
+    void Restart(const QAuthenticator& credentials) {
+        session = std::make_unique<ContentSession>(settings, credentials);
+    }
+
+    std::unique_ptr<ContentSession> session = std::make_unique<ContentSession>(settings, QAuthenticator());
+};
+
+TEST_F(ContentUploadTest, ANewFileIsStoredOnlyWhereNoneIs) {
+    ScriptedServer server({AnswerOf("folders/status-201")});
+    Source source("All \0 that there is");
+    source.content = Bytes(1000);
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    const ScriptedServer::Request& request = server.Requests().first();
+    EXPECT_EQ(request.method, "PUT");
+    EXPECT_EQ(request.target, FilePath.toLatin1());
+    EXPECT_EQ(request.headers.value("if-none-match"), "*");
+    EXPECT_FALSE(request.headers.contains("if-match"));
+    EXPECT_EQ(request.headers.value("content-length"), "1000");
+    EXPECT_FALSE(request.headers.contains("transfer-encoding"));
+    EXPECT_FALSE(request.headers.contains("expect"));
+    EXPECT_EQ(request.body, source.content);
+}
+
+TEST_F(ContentUploadTest, AFileIsReplacedOnlyIfItIsStillTheSame) {
+    ScriptedServer server({AnswerOf("folders/status-204")});
+    Source source(FileText);
+    ContentVersion known;
+    known.entityTag = "\"a-7, b\"";
+    known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
+    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known),
+              UploadOutcome::Stored);
+    server.Stop();
+    const auto headers = server.Requests().first().headers;
+    EXPECT_EQ(headers.value("if-match"), "\"a-7, b\"");
+    EXPECT_FALSE(headers.contains("if-none-match"));
+    EXPECT_FALSE(headers.contains("if-unmodified-since"));
+}
+
+TEST_F(ContentUploadTest, WithoutAnEntityTagAFileIsReplacedOnlyIfItsDateIsTheSame) {
+    ScriptedServer server({AnswerOf("folders/status-204")});
+    Source source(FileText);
+    ContentVersion known;
+    known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
+    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known),
+              UploadOutcome::Stored);
+    server.Stop();
+    const auto headers = server.Requests().first().headers;
+    EXPECT_EQ(headers.value("if-unmodified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
+    EXPECT_FALSE(headers.contains("if-match"));
+    EXPECT_FALSE(headers.contains("if-none-match"));
+}
+
+TEST_F(ContentUploadTest, NothingIsReplacedWithoutAnEntityTagAndADate) {
+    ScriptedServer server({});
+    Source source(FileText);
+    EXPECT_THAT(ErrorOf<SyncException>([&] {
+                    session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged,
+                                    ContentVersion());
+                }),
+                AllOf(HasSubstr(FilePath.toStdString()), HasSubstr("neither an entity tag nor a date")));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentUploadTest, AnEmptyFileIsSentAsSuch) {
+    ScriptedServer server({AnswerOf("folders/status-201")});
+    Source source("");
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_EQ(server.Requests().first().headers.value("content-length"), "0");
+}
+
+TEST_F(ContentUploadTest, TheServerMayAskForCredentialsAfterItTookTheContent) {
+    ScriptedServer server(
+        {AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("folders/status-201"), AnswerOf("folders/status-201")});
+    Restart(Credentials());
+    Source source(Bytes(300 * 1024));
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests()[1].body, source.content);
+    EXPECT_EQ(server.Requests()[1].headers.value("authorization"), Authorization);
+    EXPECT_EQ(server.Requests()[2].headers.value("authorization"), Authorization);
+    EXPECT_EQ(server.Requests()[2].body, source.content);
+}
+
+TEST_F(ContentUploadTest, ALargeFileIsSentOnlyOnceWhenTheServerAsksForCredentials) {
+    for (const char* challenge : {"statuses/unauthorized-basic-401", "statuses/unauthorized-digest-401"}) {
+        for (const Ending ending : {Ending::KeepOpen, Ending::Close}) {
+            ScriptedServer server(
+                {AtOnce(AnswerOf(challenge, ending)), AnswerOf("folders/status-201"), AnswerOf("folders/status-204")});
+            Restart(Credentials());
+            Source source(Bytes(LargeSize));
+            int readFromStart = 0;
+            source.onRead = [&readFromStart](int at) { readFromStart += at == 0 ? 1 : 0; };
+            EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+            EXPECT_EQ(readFromStart, 1);
+            EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+            server.Stop();
+            EXPECT_TRUE(server.SawItsScript());
+            EXPECT_FALSE(server.Requests()[0].headers.contains("authorization"));
+            for (const int i : {1, 2}) {
+                EXPECT_EQ(server.Requests()[i].headers.value("expect"), "100-continue");
+                EXPECT_TRUE(server.Requests()[i].headers.contains("authorization"));
+                EXPECT_EQ(server.Requests()[i].headers.value("content-length").toInt(), LargeSize);
+                EXPECT_TRUE(server.Requests()[i].body == source.content);
+            }
+        }
+    }
+}
+
+TEST_F(ContentUploadTest, AServerThatDoesNotSayGoOnGetsALargeFileToo) {
+    Step step = AnswerOf("folders/status-201");
+    step.saysGoOn = false;
+    ScriptedServer server({step});
+    Source source(Bytes(LargeSize));
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_TRUE(server.Requests().first().body == source.content);
+}
+
+TEST_F(ContentUploadTest, ARefusedConditionIsNoErrorAndALargeFileIsNotSentInVain) {
+    ScriptedServer server({AtOnce(AnswerOf("folders/status-412", Ending::Close)), AnswerOf("folders/status-412")});
+    Source large(Bytes(LargeSize));
+    large.onRead = [](int) { ADD_FAILURE(); };
+    EXPECT_EQ(Upload(server, large), UploadOutcome::Refused);
+    Source small(FileText);
+    EXPECT_EQ(Upload(server, small), UploadOutcome::Refused);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentUploadTest, OneSessionSendsAllKindsOfRequestsOverOneConnection) {
+    ScriptedServer server({AnswerOf("folders/status-201"), HeadOf("contents/file-200"), AnswerOf("contents/file-200"),
+                           AnswerOf("folders/status-204"), AnswerOf("contents/file-200")});
+    Source source(FileText);
+    Sink sink;
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    EXPECT_TRUE(session->Look(server.Url(FilePath)));
+    session->Download(server.Url(FilePath), sink);
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    session->Download(server.Url(FilePath), sink);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    QByteArray methods;
+    for (const ScriptedServer::Request& request : server.Requests()) {
+        methods += request.method + ' ';
+        EXPECT_EQ(request.body, request.method == "PUT" ? FileText : QByteArray());
+        EXPECT_EQ(request.connection, 1);
+    }
+    EXPECT_EQ(methods, "PUT HEAD GET PUT GET ");
+}
+
+TEST_F(ContentUploadTest, OnlyThreeStatusesMeanStored) {
+    for (const char* answer : {"folders/status-200", "folders/status-201", "folders/status-204"}) {
+        ScriptedServer server({AnswerOf(answer)});
+        Source source(FileText);
+        EXPECT_EQ(Upload(server, source), UploadOutcome::Stored) << answer;
+    }
+    for (const char* answer : {"folders/status-202",
+                               "folders/status-203",
+                               "folders/status-206",
+                               "folders/status-207",
+                               "folders/status-300",
+                               "folders/status-301",
+                               "folders/status-302",
+                               "folders/status-303",
+                               "folders/status-304",
+                               "folders/status-307",
+                               "folders/status-308",
+                               "statuses/bad-request-400",
+                               "statuses/unauthorized-basic-401",
+                               "statuses/forbidden-403",
+                               "statuses/not-found-404",
+                               "folders/status-405",
+                               "folders/status-409",
+                               "statuses/locked-423",
+                               "statuses/broken-500",
+                               "folders/status-507"}) {
+        SCOPED_TRACE(answer);
+        ScriptedServer server({AnswerOf(answer)});
+        Source source(FileText);
+        EXPECT_THAT(ErrorOfUpload<HttpException>(server, source, FileText.size()),
+                    AllOf(HasSubstr("PUT http://127.0.0.1"), HasSubstr("the service answered with")));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
+}
+
+TEST_F(ContentUploadTest, AnAnswerThatIsCutOffIsAnError) {
+    ScriptedServer server({AnswerOf("bad/nothing", Ending::Close)});
+    Source source(FileText);
+    EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, FileText.size()), HasSubstr("Empty reply"));
+}
+
+TEST_F(ContentUploadTest, ASourceThatEndsEarlyBreaksTheUploadOff) {
+    for (const int missing : {1, 400 * 1024}) {
+        ScriptedServer server({AnswerOf("folders/status-201")});
+        Source source(Bytes(400 * 1024));
+        EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, source.content.size() + missing),
+                    HasSubstr("the content ends after 409600 of"));
+        server.Stop();
+        ExpectNothingWhole(server);
+    }
+}
+
+TEST_F(ContentUploadTest, ASourceThatGrewBreaksTheUploadOff) {
+    for (const int size : {1, 400 * 1024}) {
+        ScriptedServer server({AnswerOf("folders/status-201")});
+        Source source(Bytes(size + 1));
+        EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, size), HasSubstr("longer than the announced"));
+        server.Stop();
+        ExpectNothingWhole(server);
+    }
+}
+
+TEST_F(ContentUploadTest, NothingIsSentOfASourceThatWasToBeEmpty) {
+    ScriptedServer server({});
+    Source source("a");
+    EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, 0), HasSubstr("longer than the announced 0 bytes"));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentUploadTest, WhatTheSourceThrowsBreaksTheUploadOffAndPassesThrough) {
+    ScriptedServer server({AnswerOf("folders/status-201")});
+    Source source(Bytes(1024 * 1024));
+    source.onRead = [](int at) {
+        if (at > 0) {
+            throw DiskFull("the disk is gone");
+        }
+    };
+    EXPECT_THROW(Upload(server, source), DiskFull);
+    source.onRead = nullptr;
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().first().connection, 2);
+}
+
+TEST_F(ContentUploadTest, ASlowSourceIsNotTheSilenceOfTheServer) {
+    settings.silenceLimit = std::chrono::seconds(1);
+    Restart(QAuthenticator());
+    Step step;
+    step.answer = [](const ScriptedServer::Request&) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return FixtureAnswer(QStringLiteral("folders/status-201")).Bytes();
+    };
+    ScriptedServer server({step});
+    Source source(FileText);
+    source.onRead = [](int at) {
+        if (at == 0) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+        }
+    };
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+}
+
+TEST_F(ContentUploadTest, ASuccessBeforeAllWasSentIsNone) {
+    ScriptedServer server({AtOnce(AnswerOf("folders/status-201", Ending::Close))});
+    Source source(Bytes(LargeSize));
+    EXPECT_NE(ErrorOfUpload<ExchangeError>(server, source, LargeSize), "");
+}
+
+TEST_F(ContentUploadTest, CancelBreaksTheUploadOff) {
+    ScriptedServer server({AnswerOf("folders/status-201")});
+    Source source(Bytes(LargeSize));
+    source.onRead = [&](int at) {
+        if (at > 0) {
+            session->Cancel();
+        }
+    };
+    EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, LargeSize), HasSubstr("it was cancelled"));
+    server.Stop();
+    ExpectNothingWhole(server);
+}
+
+TEST_F(ContentUploadTest, AnotherThreadCancelsAnUploadThatWaits) {
+    ScriptedServer server({AtOnce(ScriptedServer::Answer(QByteArray(), Ending::Stall))});
+    Source source(FileText);
+    std::promise<void> begun;
+    std::thread canceller([&] {
+        begun.get_future().wait();
+        session->Cancel();
+    });
+    source.onRead = [&begun, isFirst = true](int) mutable {
+        if (isFirst) {
+            begun.set_value();
+        }
+        isFirst = false;
+    };
+    const std::string error = ErrorOfUpload<ExchangeError>(server, source, FileText.size());
+    canceller.join();
+    EXPECT_THAT(error, HasSubstr("it was cancelled"));
+}
+
+}  // namespace
+}  // namespace content
+}  // namespace ovsync

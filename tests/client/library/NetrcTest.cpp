@@ -1,0 +1,107 @@
+#include "client/library/Netrc.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <string>
+
+#include "host/core/SyncException.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/Text.h"
+
+namespace ovsync {
+namespace library {
+
+namespace {
+
+using tests::CleanEnvironment;
+using tests::Text;
+
+class NetrcTest : public testing::Test {
+protected:
+    NetrcTest() { qunsetenv("NETRC"); }
+    ~NetrcTest() override { qunsetenv("NETRC"); }
+
+    void Write(const char* text, const char* name = ".netrc") {
+        QFile file(environment.HomeFile(Text(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+
+    /// "user:password"; "none" when there are none.
+    static std::string Found(const char* host, const char* user = "") {
+        const QAuthenticator found = NetrcCredentials(Text(host), Text(user));
+        return found.isNull() ? "none" : (found.user() + Text(":") + found.password()).toStdString();
+    }
+
+    const CleanEnvironment environment;
+};
+
+TEST_F(NetrcTest, NamesTheUserAndThePasswordOfAHost) {
+    EXPECT_EQ(Found("h.test"), "none");
+    EXPECT_EQ(Found("h.test", "ann"), "none");
+    Write(
+        "machine other.test login ann password wrong1\n"
+        "machine h.test\n  login bob\n  password right1\n"
+        "machine h.test login ann password right2\n"
+        "machine 127.0.0.1 login eve password right3\n");
+    EXPECT_EQ(Found("h.test"), "bob:right1");
+    EXPECT_EQ(Found("H.TEST", "bob"), "bob:right1");
+    EXPECT_EQ(Found("h.test", "ann"), "ann:right2");
+    EXPECT_EQ(Found("h.test", "eve"), "none");
+    EXPECT_EQ(Found("127.0.0.1", "eve"), "eve:right3");
+    EXPECT_EQ(Found("third.test"), "none");
+}
+
+TEST_F(NetrcTest, ReadsQuotesCommentsAccountsAndMacros) {
+    Write(
+        "# machine h.test login ann password wrong1\n"
+        "macdef init\nmachine h.test login ann password wrong2\n\n"
+        "machine h.test login \"ann b\" account some password \"a \\\"quoted\\\" # \\\\ word\" # rest\n"
+        "machine i.test login bob password pass#word:2\n");
+    EXPECT_EQ(Found("h.test"), "ann b:a \"quoted\" # \\ word");
+    EXPECT_EQ(Found("h.test", "ann b"), "ann b:a \"quoted\" # \\ word");
+    EXPECT_EQ(Found("i.test", "bob"), "bob:pass#word:2");
+}
+
+TEST_F(NetrcTest, TakesTheDefaultForOtherHosts) {
+    Write("machine h.test login ann password right1\ndefault login anyone password s\xC3\xA9same\n");
+    EXPECT_EQ(Found("h.test"), "ann:right1");
+    EXPECT_EQ(Found("i.test"), "anyone:s\xC3\xA9same");
+    EXPECT_EQ(Found("i.test", "anyone"), "anyone:s\xC3\xA9same");
+}
+
+TEST_F(NetrcTest, TakesThePasswordBeforeTheUser) {
+    Write("machine h.test password right login ann\n");
+    EXPECT_EQ(Found("h.test"), "ann:right");
+    EXPECT_EQ(Found("h.test", "ann"), "ann:right");
+}
+
+TEST_F(NetrcTest, TakesUsersWhoseNamesAreNoPartOfAUrl) {
+    Write("machine h.test login a:b@c/%41 password right\nmachine i.test login s\xC3\xA9 password right\n");
+    EXPECT_EQ(Found("h.test", "a:b@c/%41"), "a:b@c/%41:right");
+    EXPECT_EQ(Found("i.test", "s\xC3\xA9"), "s\xC3\xA9:right");
+}
+
+TEST_F(NetrcTest, ReadsTheFileThatTheEnvironmentNames) {
+    Write("machine h.test login ann password wrong\n");
+    Write("machine h.test login ann password right\n", "other");
+    qputenv("NETRC", environment.HomeFile(Text("other")).toUtf8());
+    EXPECT_EQ(Found("h.test"), "ann:right");
+    qputenv("NETRC", environment.HomeFile(Text("missing")).toUtf8());
+    EXPECT_EQ(Found("h.test"), "none");
+}
+
+TEST_F(NetrcTest, AFileThatCannotBeReadIsNamed) {
+    Write("machine h.test login ann password \"never closed\n");
+    try {
+        Found("h.test");
+        FAIL();
+    } catch (const sync::core::SyncException& error) {
+        EXPECT_THAT(error.Utf8Message(), testing::HasSubstr("~/.netrc cannot be read: "));
+    }
+}
+
+}  // namespace
+}  // namespace library
+}  // namespace ovsync

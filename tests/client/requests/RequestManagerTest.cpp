@@ -1,0 +1,387 @@
+#include "client/requests/RequestManager.h"
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "client/library/RequestAuthenticatorFactory.h"
+#include "client/requests/HttpFactory.h"
+#include "client/requests/OptionsRequest.h"
+#include "client/wire/ExchangeError.h"
+#include "host/http/DAVPropfindRequest.h"
+#include "tests/client/Fixtures.h"
+#include "tests/client/requests/BadAnswers.h"
+#include "tests/client/requests/ScriptedAnswers.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/ScriptedServer.h"
+
+namespace ovsync {
+namespace requests {
+
+using library::RequestAuthenticatorFactory;
+using wire::ExchangeError;
+using wire::HttpSessionSettings;
+using wire::ListingLimits;
+namespace {
+
+using sync::http::DAVPropfindRequest;
+using sync::interf::IHttpRequest;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using tests::AnswerOf;
+using tests::BadAnswer;
+using tests::BadAnswers;
+using tests::CleanEnvironment;
+using tests::Describe;
+using tests::FixtureAnswer;
+using tests::FixtureBytes;
+using tests::FixtureNameOf;
+using tests::ListingAnswer;
+using tests::NameOf;
+using tests::OptionsStep;
+using tests::RawAnswer;
+using tests::ScriptedServer;
+
+using Ending = ScriptedServer::Ending;
+
+const QString QueriedPath = QStringLiteral("/Projects/A/");
+
+std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
+    return HttpFactory(std::make_shared<AccountSessions>())
+        .CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
+}
+
+class RequestManagerTest : public testing::Test {
+protected:
+    /// "" when nothing was thrown.
+    std::string ErrorOfExecuting(const QList<std::shared_ptr<IHttpRequest>>& requests) {
+        for (const std::shared_ptr<IHttpRequest>& request : requests) {
+            QObject::connect(request.get(), &IHttpRequest::RequestCompleted,
+                             [this](const std::shared_ptr<IHttpRequest>& /*completed*/,
+                                    IHttpRequest::RequestState state) { states.push_back(state); });
+        }
+        try {
+            manager.Execute(requests);
+        } catch (const ExchangeError& error) {
+            return error.Utf8Message();
+        }
+        return "";
+    }
+
+    const CleanEnvironment environment;
+    const QString user = QStringLiteral("alice");
+    const QString password = QStringLiteral("open sesame");
+    RequestAuthenticatorFactory authenticators{user, password};
+    const std::shared_ptr<AccountSession> session = AccountSessions().Of(0, authenticators);
+    RequestManager manager{session};
+    std::vector<IHttpRequest::RequestState> states;
+};
+
+TEST(ListingLimitsTest, AnAnswerAboveALimitIsNoListing) {
+    const QByteArray listing = ListingAnswer(QStringLiteral("apache.xml"));
+    const int bodySize = FixtureBytes(QStringLiteral("listings/apache.xml")).size();
+    const auto errorOf = [&](const ListingLimits& limits) {
+        ScriptedServer server({OptionsStep(), ScriptedServer::Answer(listing)});
+        const CleanEnvironment environment;
+        HttpSessionSettings settings;
+        settings.listing = limits;
+        RequestAuthenticatorFactory nobody{QString(), QString()};
+        RequestManager manager(AccountSessions(settings).Of(0, nobody));
+        const auto request = RequestOf(server.Url(QueriedPath));
+        try {
+            manager.Execute({request});
+        } catch (const ExchangeError& error) {
+            EXPECT_FALSE(request->GetResult());
+            return error.Utf8Message();
+        }
+        return std::string();
+    };
+    ListingLimits limits;
+    limits.entries = {4, QStringLiteral("--entries")};
+    limits.bytes = {bodySize, QStringLiteral("--bytes")};
+    EXPECT_EQ(errorOf(limits), "");
+    limits.entries.value = 3;
+    EXPECT_THAT(errorOf(limits), HasSubstr("the listing has more than 3 entries, the limit set by --entries"));
+    limits.entries.value = 4;
+    limits.bytes.value = bodySize - 1;
+    EXPECT_THAT(errorOf(limits), HasSubstr("the listing has more than " + std::to_string(bodySize - 1) +
+                                           " bytes, the limit set by --bytes"));
+}
+
+TEST_F(RequestManagerTest, RefusesAnEndlessAnswerToTheQuestionWhatAServerKnows) {
+    const QByteArray body(OptionsRequest::BodyLimit + 1, 'x');
+    ScriptedServer server({ScriptedServer::Answer(
+        "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body)});
+    EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}),
+                HasSubstr("the body of the answer is above 1048576 bytes"));
+}
+
+TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+    const auto request = RequestOf(server.Url(QueriedPath));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    ASSERT_TRUE(request->GetResult());
+    EXPECT_EQ(request->GetStatusCode(), 207);
+    EXPECT_EQ(request->GetResult()->fileResponses.size(), 2);
+    EXPECT_EQ(request->GetResult()->serverTime, QDateTime(QDate(2026, 11, 20), QTime(10, 15, 31), Qt::UTC));
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateAnswered));
+
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().last().method, "PROPFIND");
+    EXPECT_EQ(server.Requests().last().target, "/Projects/A/");
+    EXPECT_EQ(server.Requests().last().headers.value("depth"), "1");
+    EXPECT_TRUE(server.Requests().last().headers.value("user-agent").startsWith("ovsync/"));
+    EXPECT_FALSE(server.Requests().last().headers.contains("expect"));
+    EXPECT_FALSE(server.Requests().last().headers.contains("authorization"));
+    EXPECT_TRUE(server.Requests().last().body.contains("<P:syncproperties/>"));
+}
+
+TEST_F(RequestManagerTest, SendsTheRequestsInOrderOverOneConnection) {
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           AnswerOf("bad/found-302"),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
+    const auto first = RequestOf(server.Url(QueriedPath));
+    const auto second = RequestOf(server.Url(QStringLiteral("/B/")));
+    const auto third = RequestOf(server.Url(QueriedPath));
+    EXPECT_EQ(ErrorOfExecuting({first, second}), "");
+    EXPECT_EQ(ErrorOfExecuting({third}), "");
+    EXPECT_EQ(first->GetResult()->collectionResponses.size(), 1);
+    EXPECT_EQ(third->GetResult()->collectionResponses.size(), 0);
+
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().value(2).target, "/B/");
+    EXPECT_EQ(server.Requests().last().connection, 1);
+}
+
+TEST_F(RequestManagerTest, ARequestThatIsExecutedAgainForgetsItsFirstAnswer) {
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           AnswerOf("bad/entry-forbidden")});
+    const auto request = RequestOf(server.Url(QueriedPath));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_TRUE(request->GetResult());
+    EXPECT_NE(ErrorOfExecuting({request}), "");
+    EXPECT_FALSE(request->GetResult());
+}
+
+TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
+    for (const char* name : {"bad-request-400", "forbidden-403", "not-found-404", "locked-423", "broken-500"}) {
+        const QByteArray answer = FixtureAnswer(QStringLiteral("statuses/") + QLatin1String(name)).Bytes();
+        ScriptedServer server({OptionsStep(), ScriptedServer::Answer(answer)});
+        const auto request = RequestOf(server.Url(QueriedPath));
+        EXPECT_EQ(ErrorOfExecuting({request}), "");
+        EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
+        EXPECT_FALSE(request->GetResult());
+        EXPECT_THAT(session->LastAnswer().toStdString(),
+                    AllOf(HasSubstr("status " + QByteArray(name).right(3).toStdString()),
+                          HasSubstr("content type text/plain"), HasSubstr("the body begins: Because")));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
+}
+
+TEST_F(RequestManagerTest, FollowsNoRedirect) {
+    ScriptedServer server({OptionsStep(), AnswerOf("bad/found-302")});
+    const auto request = RequestOf(server.Url(QueriedPath));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_EQ(request->GetStatusCode(), 302);
+    EXPECT_FALSE(request->GetResult());
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
+    ScriptedServer server({OptionsStep(), AnswerOf("bad/not-modified-304")});
+    const auto request = RequestOf(server.Url(QueriedPath));
+    request->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_EQ(request->GetStatusCode(), 304);
+    ASSERT_TRUE(request->GetResult());
+    EXPECT_EQ(request->GetResult()->serverTime, QDateTime(QDate(2026, 11, 20), QTime(10, 15, 31), Qt::UTC));
+    EXPECT_TRUE(request->GetResult()->fileResponses.isEmpty());
+    server.Stop();
+    EXPECT_EQ(server.Requests().last().headers.value("if-modified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
+}
+
+TEST_F(RequestManagerTest, SendsNothingWhenARequestWasMadeByAnother) {
+    class ForeignRequest : public IHttpRequest {
+    public:
+        int GetStatusCode() override { return 0; }
+        QUrl GetUrl() override { return QUrl(); }
+        QList<QPair<QByteArray, QByteArray>> GetResponseHeaders() override { return {}; }
+        QByteArray GetResponseBody() override { return QByteArray(); }
+    };
+    ScriptedServer server({});
+    try {
+        manager.Execute({RequestOf(server.Url(QueriedPath)), std::make_shared<ForeignRequest>()});
+        FAIL();
+    } catch (const sync::core::SyncException& error) {
+        EXPECT_THAT(error.Utf8Message(), HasSubstr("Request 2 of 2 was not made by this client's HTTP factory"));
+    }
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, StopsAtTheFirstAnswerThatIsNone) {
+    ScriptedServer server({OptionsStep(), AnswerOf("bad/no-entries")});
+    const auto second = RequestOf(server.Url(QueriedPath));
+    EXPECT_NE(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), second}), "");
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
+    EXPECT_EQ(second->GetStatusCode(), 0);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
+    QUrl url;
+    {
+        const ScriptedServer gone({});
+        url = gone.Url(QueriedPath);
+    }
+    const auto request = RequestOf(url, DAVPropfindRequest::Resource);
+    EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
+                                                   HasSubstr("Failed to connect"), HasSubstr("no answer")));
+    EXPECT_EQ(request->GetStatusCode(), 0);
+    EXPECT_EQ(session->LastAnswer(), QStringLiteral("no answer"));
+}
+
+TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {
+    ScriptedServer server({OptionsStep(), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("nginx.xml")))});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath), 2)}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().first().method, "OPTIONS");
+    EXPECT_EQ(server.Requests().first().target, "/Projects/A/");
+    EXPECT_EQ(server.Requests().last().connection, 1);
+}
+
+TEST_F(RequestManagerTest, AsksNothingBeforeASingleResource) {
+    ScriptedServer server({ScriptedServer::Answer(ListingAnswer(QStringLiteral("empty-folder.xml")))});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath), 0)}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_TRUE(server.Requests().last().body.contains("syncproperties"));
+}
+
+TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOnly) {
+    ScriptedServer server({AnswerOf("statuses/options-foreign-200"),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
+                           ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+    const auto second = RequestOf(server.Url(QueriedPath));
+    second->SetProperties({QStringLiteral("{DAV:}P:version"), QStringLiteral("{DAV:}D:getetag"),
+                           QStringLiteral("{urn:other}O:version"), QStringLiteral("{DAV:}P:attribute")});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), second}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_THAT(server.Requests().value(1).body.toStdString(),
+                HasSubstr("<D:prop><D:resourcetype/><P:getcontentlength/><D:getlastmodified/><D:creationdate/>"
+                          "<D:getetag/></D:prop>"));
+    EXPECT_THAT(server.Requests().value(2).body.toStdString(),
+                HasSubstr("<D:prop><D:resourcetype/><D:getetag/><O:version/></D:prop>"));
+}
+
+TEST_F(RequestManagerTest, AsksEveryOtherServerForEverything) {
+    for (const char* options :
+         {"statuses/options-service-200", "statuses/options-service-in-two-headers-200", "statuses/options-silent-200",
+          "statuses/options-foreign-405", "statuses/not-found-404"}) {
+        ScriptedServer server({AnswerOf(options), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+        EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}), "") << options;
+        server.Stop();
+        EXPECT_TRUE(server.Requests().last().body.contains("<P:resourceclasstype/><P:syncproperties/>")) << options;
+    }
+}
+
+TEST_F(RequestManagerTest, ListsNothingFromAServerThatDoesNotAnswerWhatItKnows) {
+    ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Close)});
+    const auto request = RequestOf(server.Url(QueriedPath));
+    EXPECT_THAT(ErrorOfExecuting({request}), HasSubstr("/Projects/A/ failed: Empty reply"));
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, ASharedListingAnswersTheNextOneThatAsksTheSameOnce) {
+    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
+    ScriptedServer server({OptionsStep(), listing, listing});
+    session->ShareNextListing();
+    const auto first = RequestOf(server.Url(QueriedPath));
+    EXPECT_EQ(ErrorOfExecuting({first}), "");
+    const QStringList whole = Describe(*first->GetResult());
+    first->GetResult()->fileResponses.clear();
+    const auto second = RequestOf(server.Url(QueriedPath));
+    EXPECT_EQ(ErrorOfExecuting({second}), "");
+    EXPECT_EQ(second->GetStatusCode(), 207);
+    EXPECT_EQ(Describe(*second->GetResult()), whole);
+    EXPECT_EQ(second->GetResponseHeaders(), first->GetResponseHeaders());
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateAnswered, IHttpRequest::StateAnswered));
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, NoListingIsSharedUnlessAskedForAndTheSame) {
+    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
+    ScriptedServer server({OptionsStep(), listing, listing, listing, listing, listing, listing, listing});
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath))}), "");
+    const auto conditional = RequestOf(server.Url(QueriedPath));
+    conditional->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
+    session->ShareNextListing();
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), conditional}), "");
+    session->ShareNextListing();
+    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath), 2)}), "");
+    const auto named = RequestOf(server.Url(QueriedPath));
+    named->SetProperties({QStringLiteral("{DAV:}D:getetag")});
+    EXPECT_EQ(ErrorOfExecuting({named}), "");
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+class BadAnswerTest : public RequestManagerTest, public testing::WithParamInterface<BadAnswer> {};
+
+TEST_P(BadAnswerTest, EndsInAnErrorThatSaysWhatCame) {
+    const BadAnswer& bad = GetParam();
+    const RawAnswer answer = FixtureAnswer(FixtureNameOf(bad), bad.fillSize);
+    QList<ScriptedServer::Step> steps{ScriptedServer::Answer(answer.Bytes(), bad.ending)};
+    if (bad.depth > 0) {
+        steps.prepend(OptionsStep());
+    }
+    ScriptedServer server(steps);
+    const auto request = RequestOf(server.Url(QueriedPath), bad.depth);
+    const std::string error = ErrorOfExecuting({request});
+
+    EXPECT_THAT(error, HasSubstr("PROPFIND " + server.Url(QueriedPath).toString().toStdString() + " failed: "));
+    EXPECT_THAT(error, HasSubstr(bad.reason));
+    const QByteArray status = answer.head.split(' ').value(1);
+    if (answer.head.endsWith("\r\n\r\n") && bad.ending != Ending::Reset) {
+        EXPECT_THAT(error, HasSubstr("status " + status.toStdString()));
+        const QByteArray type = QByteArray(answer.head).replace("\r\n", "\n").split('\n').value(1);
+        if (type.startsWith("Content-Type: ")) {
+            EXPECT_THAT(error, HasSubstr("content type " + type.mid(14).toStdString()));
+        } else {
+            EXPECT_THAT(error, HasSubstr("no content type"));
+        }
+        // The frame of a chunk is not part of the body.
+        const QByteArray body = answer.body.mid(qMax(0, answer.body.indexOf('<')));
+        EXPECT_THAT(error, body.isEmpty()
+                               ? HasSubstr("no body")
+                               : HasSubstr("the body begins: " + body.left(body.indexOf(' ')).toStdString()));
+    }
+    EXPECT_THAT(error, Not(HasSubstr("sesame")));
+    EXPECT_FALSE(request->GetResult());
+    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+INSTANTIATE_TEST_SUITE_P(Answers, BadAnswerTest, testing::ValuesIn(BadAnswers()),
+                         [](const testing::TestParamInfo<BadAnswer>& tested) { return NameOf(tested.param); });
+
+}  // namespace
+}  // namespace requests
+}  // namespace ovsync

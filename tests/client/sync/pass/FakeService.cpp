@@ -1,0 +1,394 @@
+#include "tests/client/sync/pass/FakeService.h"
+
+#include <QCryptographicHash>
+
+#include "client/sync/local/Names.h"
+#include "client/sync/pass/Version.h"
+#include "client/wire/ExchangeError.h"
+#include "host/http/HttpException.h"
+#include "tests/fakes/Text.h"
+
+namespace tests {
+
+using ovsync::content::ContentSink;
+using ovsync::content::ContentVersion;
+using ovsync::content::UploadCondition;
+using ovsync::content::UploadOutcome;
+using ovsync::local::FolderOf;
+using ovsync::local::NameOf;
+using ovsync::pass::ListedSize;
+using ovsync::wire::ContentSource;
+using ovsync::wire::ExchangeError;
+using sync::config::FileConfiguration;
+using sync::config::FolderConfiguration;
+using sync::http::HttpException;
+using Lock = std::lock_guard<std::mutex>;
+
+namespace {
+
+const char Root[] = "S/";
+
+QString PathOf(const QString& serverPath) {
+    return serverPath.mid(2);
+}
+
+/// Whether the path lies right in the folder.
+bool IsIn(const FolderConfiguration& folder, const QString& path) {
+    return FolderOf(path) == PathOf(folder.serverPath);
+}
+
+QString PathOf(const QUrl& url) {
+    return PathOf(url.path(QUrl::FullyDecoded).mid(1));
+}
+
+}  // namespace
+
+class FakeService::FolderManager : public sync::interf::IRemoteFolderManager {
+public:
+    explicit FolderManager(FakeService& service) : _service(service) {}
+
+    sync::core::SyncResults CreateFolder(FolderConfiguration& folder, QString, bool) override {
+        _service._Meet("MKCOL", PathOf(folder.serverPath));
+        const Lock lock(_service._mutex);
+        _service._folders.insert(PathOf(folder.serverPath));
+        return {sync::core::SyncResults::ResultType(0), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    }
+    sync::core::SyncResults DeleteFolder(FolderConfiguration&) override { throw std::logic_error("not used"); }
+    sync::core::SyncResults MoveFolder(const FolderConfiguration&, const FolderConfiguration&) override {
+        throw std::logic_error("not used");
+    }
+    bool FolderExists(const FolderConfiguration& folder) override {
+        const Lock lock(_service._mutex);
+        return _service._folders.count(PathOf(folder.serverPath)) != 0 ||
+               _service.unlisted.count(PathOf(folder.serverPath)) != 0;
+    }
+    bool FileExists(const FileConfiguration&) override { throw std::logic_error("not used"); }
+    bool GetFolderProperties(const FolderConfiguration&, FolderConfiguration&) override {
+        throw std::logic_error("not used");
+    }
+    std::shared_ptr<QVector<FolderConfiguration>> GetNameSortedDirsByFolder(FolderConfiguration& folder) override {
+        _service._Meet("LIST", PathOf(folder.serverPath));
+        const Lock lock(_service._mutex);
+        auto folders = std::make_shared<QVector<FolderConfiguration>>();
+        for (const QString& path : _service._folders) {
+            if (Text(Root) + path != folder.serverPath && IsIn(folder, path)) {
+                folders->append(FolderConfiguration());
+            }
+        }
+        return folders;
+    }
+    int GetAllFilesAndSubFoldersByFolder(FolderConfiguration& folder,
+                                         std::shared_ptr<QVector<FolderConfiguration>>& folders,
+                                         std::shared_ptr<QVector<FileConfiguration>>& files) override {
+        _service._Meet("LIST", QString());
+        const Lock lock(_service._mutex);
+        _service._now = _service._now.addSecs(10);
+        folder.setLastServerSyncRequestTime(_service._now.addSecs(_service.secondsAhead));
+        if (folder.getLastSyncTime().isValid() && _service._changed < folder.getLastSyncTime()) {
+            return 304;
+        }
+        folders = std::make_shared<QVector<FolderConfiguration>>();
+        for (const QString& path : _service._folders) {
+            if (_service.forgotten.count(path) != 0 || path.count(QLatin1Char('/')) >= _service.levels) {
+                continue;
+            }
+            FolderConfiguration listed;
+            listed.name = NameOf(path);
+            listed.serverPath = Text(Root) + path;
+            folders->append(listed);
+        }
+        *folders += _service.extraFolders;
+        files = std::make_shared<QVector<FileConfiguration>>();
+        for (const auto& file : _service._files) {
+            if (_service.forgotten.count(file.first) == 0 && file.first.count(QLatin1Char('/')) < _service.levels) {
+                files->append(_service._Describe(file.first, file.second));
+            }
+        }
+        *files += _service.extraFiles;
+        return 0;
+    }
+    int GetFolderSize(const QString&, int, bool, int&, qint64&, std::shared_ptr<sync::interf::ISyncFilter>,
+                      std::shared_ptr<sync::interf::ISyncFilter>) override {
+        throw std::logic_error("not used");
+    }
+    int GetFolderSize(const QString&, int, bool, int&, qint64&, QList<QString>&,
+                      std::shared_ptr<sync::interf::ISyncFilter>, std::shared_ptr<sync::interf::ISyncFilter>) override {
+        throw std::logic_error("not used");
+    }
+
+private:
+    FakeService& _service;
+};
+
+class FakeService::FileManager : public sync::interf::IRemoteFileManager {
+public:
+    explicit FileManager(FakeService& service) : _service(service) {}
+
+    int GetNameSortedFilesByFolder(FolderConfiguration& folder,
+                                   std::shared_ptr<QVector<FileConfiguration>>& files) override {
+        _service._Meet("LIST", PathOf(folder.serverPath));
+        const Lock lock(_service._mutex);
+        files = std::make_shared<QVector<FileConfiguration>>();
+        for (const auto& file : _service._files) {
+            if (IsIn(folder, file.first)) {
+                files->append(_service._Describe(file.first, file.second));
+            }
+        }
+        return 0;
+    }
+    bool ShouldDownloadFile(const FileConfiguration& remote, FileConfiguration& local) override {
+        const QString remoteVersion = remote.customProperties.value(Text("version"));
+        const QString localVersion = local.customProperties.value(Text("version"));
+        return remoteVersion.isEmpty() || localVersion.isEmpty() || remoteVersion.toInt() > localVersion.toInt() ||
+               remote.size != local.size;
+    }
+    const FileConfiguration GetFileByName(const FolderConfiguration& folder,  // NOLINT(readability-const-return-type)
+                                          const QString& name) override {
+        const QString path = PathOf(folder.serverPath + Text("/") + name);
+        _service._Meet("FIND", path);
+        const Lock lock(_service._mutex);
+        const auto file = _service._files.find(path);
+        if (_service._folders.count(path) != 0) {
+            return FileConfiguration();
+        }
+        if (file == _service._files.end()) {
+            throw HttpException(Text("no such file"), 404, QUrl());
+        }
+        return _service._Describe(path, file->second);
+    }
+
+private:
+    FakeService& _service;
+};
+
+class FakeService::FileManagerFactory : public sync::interf::factory::IRemoteFileManagerFactory {
+public:
+    explicit FileManagerFactory(std::shared_ptr<FileManager> manager) : _manager(std::move(manager)) {}
+    std::shared_ptr<sync::interf::IRemoteFileManager> CreateRemoteFileManager(int) override { return _manager; }
+
+private:
+    const std::shared_ptr<FileManager> _manager;
+};
+
+class FakeService::Session : public ovsync::content::IContentSession {
+public:
+    explicit Session(FakeService& service) : _service(service) {}
+
+    std::optional<ContentVersion> Look(const QUrl& url) override {
+        _Begin("HEAD", url);
+        const Lock lock(_service._mutex);
+        const auto file = _service._files.find(PathOf(url));
+        return file == _service._files.end() ? std::optional<ContentVersion>() : _VersionOf(file->second);
+    }
+
+    ContentVersion Download(const QUrl& url, ContentSink& sink) override {
+        _Begin("GET", url);
+        File file;
+        {
+            const Lock lock(_service._mutex);
+            const auto found = _service._files.find(PathOf(url));
+            if (found == _service._files.end()) {
+                throw HttpException(Text("no such file"), 404, url);
+            }
+            file = found->second;
+        }
+        const QByteArray content = _service.contentInstead.isNull() ? file.content : _service.contentInstead;
+        const int pieceSize = 1000;
+        sink.Restart(-1);
+        sink.Write("wrong", 5);
+        sink.Restart(_service.isWithoutSizes ? -1 : content.size());
+        for (int at = 0; at < content.size(); at += pieceSize) {
+            sink.Write(content.constData() + at, static_cast<size_t>(qMin(pieceSize, content.size() - at)));
+        }
+        return _VersionOf(file);
+    }
+
+    UploadOutcome Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+                         const ContentVersion& known) override {
+        const QString path = PathOf(url);
+        _Begin("PUT", url);
+        QByteArray content(static_cast<int>(size) + 10, '\0');
+        source.Restart();
+        source.Read(content.data(), 3);
+        source.Restart();
+        content.resize(static_cast<int>(source.Read(content.data(), static_cast<size_t>(content.size()))));
+        if (content.size() != size) {
+            throw ExchangeError("PUT", url, Text("the content has another size"), {});
+        }
+        {
+            const Lock lock(_service._mutex);
+            const auto there = _service._files.find(path);
+            const bool isThere = there != _service._files.end();
+            const bool isOther =
+                condition == UploadCondition::New ? isThere : !isThere || !_IsKnown(there->second, known);
+            if (isOther && !_service.ignoresConditions) {
+                return UploadOutcome::Refused;
+            }
+        }
+        _service.Put(path, content);
+        _service._Meet("SENT", path);
+        return UploadOutcome::Stored;
+    }
+
+    void Cancel() override { _isCancelled = true; }
+
+private:
+    void _Begin(const char* method, const QUrl& url) {
+        _service._Meet(method, PathOf(url));
+        if (_isCancelled) {
+            throw ExchangeError(method, url, Text("cancelled"), {});
+        }
+    }
+
+    bool _IsKnown(const File& file, const ContentVersion& known) const {
+        return known.entityTag.isEmpty() ? file.modified <= known.lastModified : _service._Tag(file) == known.entityTag;
+    }
+
+    ContentVersion _VersionOf(const File& file) {
+        ContentVersion version;
+        version.entityTag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
+        version.size = _service.isWithoutLengths ? -1 : file.content.size() + _service.excessOfLengths;
+        version.lastModified = file.modified;
+        return version;
+    }
+
+    FakeService& _service;
+    std::atomic<bool> _isCancelled{false};
+};
+
+FakeService::FakeService()
+    : _folderManager(std::make_shared<FolderManager>(*this)),
+      _fileManager(std::make_shared<FileManager>(*this)),
+      _updater(std::make_shared<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(
+          std::make_shared<FileManagerFactory>(_fileManager))) {}
+
+void FakeService::Put(const QString& path, const QByteArray& content) {
+    AddFolder(FolderOf(path));
+    const Lock lock(_mutex);
+    File& file = _files[path];
+    file.version = file.item == 0 ? 1 : file.version + 1;
+    file.item = file.item == 0 ? ++_items : file.item;
+    file.content = content;
+    _now = _now.addSecs(1);
+    _changed = file.modified = _now;
+}
+
+void FakeService::Overwrite(const QString& path, const QByteArray& content) {
+    const QDateTime modified = _files.at(path).modified;
+    Put(path, content);
+    const Lock lock(_mutex);
+    _files[path].modified = modified;
+}
+
+void FakeService::Restore(const QString& path, const QByteArray& content, int version) {
+    Put(path, content);
+    const Lock lock(_mutex);
+    _files[path].version = version;
+}
+
+void FakeService::Remove(const QString& path) {
+    const Lock lock(_mutex);
+    _changed = _now = _now.addSecs(1);
+    const auto below = [&path](const QString& other) { return other == path || other.startsWith(path + Text("/")); };
+    for (auto file = _files.begin(); file != _files.end();) {
+        file = below(file->first) ? _files.erase(file) : std::next(file);
+    }
+    for (auto folder = _folders.begin(); folder != _folders.end();) {
+        folder = below(*folder) ? _folders.erase(folder) : std::next(folder);
+    }
+}
+
+void FakeService::AddFolder(const QString& path) {
+    const Lock lock(_mutex);
+    for (QString folder = path; !folder.isEmpty(); folder = FolderOf(folder)) {
+        if (_folders.insert(folder).second) {
+            _changed = _now = _now.addSecs(1);
+        }
+    }
+}
+
+QByteArray FakeService::Content(const QString& path) const {
+    const Lock lock(_mutex);
+    const auto file = _files.find(path);
+    return file == _files.end() ? QByteArray("(none)") : file->second.content;
+}
+
+std::map<QString, QByteArray> FakeService::Contents() const {
+    const Lock lock(_mutex);
+    std::map<QString, QByteArray> contents;
+    for (const auto& file : _files) {
+        contents[file.first] = file.second.content;
+    }
+    return contents;
+}
+
+bool FakeService::HasFolder(const QString& path) const {
+    const Lock lock(_mutex);
+    return _folders.count(path) != 0;
+}
+
+ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
+    ovsync::pass::ServiceFolder service;
+    service.folders = _folderManager.get();
+    service.files = _fileManager.get();
+    service.updater = _updater.get();
+    service.newSession = [this] { return std::make_unique<Session>(*this); };
+    service.urlOf = [](const QString& serverPath) {
+        QUrl url(Text("http://service.test/"));
+        url.setPath(Text("/") + serverPath, QUrl::DecodedMode);
+        return url;
+    };
+    service.address = Text("http://service.test/S");
+    service.folder.serverPath = Text("S");
+    service.folder.serverRootPath = Text("S");
+    service.folder.localPath = localPath;
+    return service;
+}
+
+int FakeService::Count(const char* method) const {
+    const Lock lock(_mutex);
+    const auto count = _counts.find(Text(method));
+    return count == _counts.end() ? 0 : count->second;
+}
+
+void FakeService::ForgetCounts() {
+    const Lock lock(_mutex);
+    _counts.clear();
+}
+
+void FakeService::_Meet(const char* method, const QString& path) {
+    {
+        const Lock lock(_mutex);
+        ++_counts[Text(method)];
+    }
+    if (onRequest) {
+        onRequest(Text(method), path);
+    }
+}
+
+FileConfiguration FakeService::_Describe(const QString& path, const File& file) const {
+    FileConfiguration description;
+    description.name = NameOf(path);
+    description.serverPath = Text(Root) + path;
+    description.size = ListedSize(file.content.size());
+    description.lastModifiedDate = isWithoutDates ? QDateTime() : file.modified;
+    description.customProperties[Text("version")] = QString::number(isPlain ? 0 : file.version);
+    description.itemId = Text("path:S/") + path;
+    if (listsTags) {
+        description.versionId = QString::fromUtf8(_Tag(file));
+    }
+    if (!isPlain) {
+        description.itemId = QString::number(file.item);
+        description.versionId = QString::number(file.item) + QLatin1Char('-') + QString::number(file.version);
+        description.md5Checksum =
+            QString::fromLatin1(QCryptographicHash::hash(file.content, QCryptographicHash::Md5).toHex());
+    }
+    description.customProperties[Text("versionId")] = description.versionId;
+    return description;
+}
+
+QByteArray FakeService::_Tag(const File& file) const {
+    return '"' + QByteArray::number(file.item) + '-' + QByteArray::number(file.version) + '"';
+}
+
+}  // namespace tests

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+
+#include "client/sync/pass/ServiceFolder.h"
+#include "dvsync/DrovaneCustomFileConfigUpdater.h"
+#include "tests/fakes/InstalledConfiguration.h"
+
+namespace tests {
+
+/// A service in memory, behind the interfaces that a pass works with, as the library and the HTTP side behave. The
+/// folder to sync is "S". Content can be asked for by any thread.
+class FakeService {
+public:
+    struct File {
+        QByteArray content;
+        int version = 1;
+        int item = 0;
+        QDateTime modified;
+    };
+
+    FakeService();
+
+    /// Makes the file, or gives it a new version; and the folders above it.
+    void Put(const QString& path, const QByteArray& content);
+    void Remove(const QString& path);
+    /// Gives the file another content within the same second.
+    void Overwrite(const QString& path, const QByteArray& content);
+    /// Gives the file an earlier version back, as when the service is restored from a backup.
+    void Restore(const QString& path, const QByteArray& content, int version);
+    void AddFolder(const QString& path);
+    /// By path; "(none)" when there is no such file.
+    QByteArray Content(const QString& path) const;
+    std::map<QString, QByteArray> Contents() const;
+    bool HasFolder(const QString& path) const;
+
+    ovsync::pass::ServiceFolder Folder(const QString& localPath);
+
+    /// Called before every request with its method and the path that it is for ("LIST", "FIND", "HEAD", "GET", "PUT",
+    /// "SENT" between storing a file and the answer, "MKCOL"), by the thread that makes it. May throw.
+    std::function<void(const QString& method, const QString& path)> onRequest;
+    /// How many requests there were of a method.
+    int Count(const char* method) const;
+    void ForgetCounts();
+
+    /// Knows neither versions nor checksums, as other WebDAV servers.
+    bool isPlain = false;
+    /// Names strong entity tags in its listings, too.
+    bool listsTags = false;
+    /// Names no lengths where it is asked for one file.
+    bool isWithoutLengths = false;
+    /// Knows no conditions of an upload.
+    bool ignoresConditions = false;
+    /// Names no strong entity tags.
+    /// What the announced lengths of contents are above the true ones.
+    qint64 excessOfLengths = 0;
+    bool isWithoutTags = false;
+    bool isWithoutDates = false;
+    /// Sends this in place of every file's content, if it is not null.
+    QByteArray contentInstead;
+    /// Announces no sizes of what it sends.
+    bool isWithoutSizes = false;
+    /// These collections are there and not listed, as what lies in a form is not.
+    std::set<QString> unlisted;
+    /// These files and folders are there, and no listing has them.
+    std::set<QString> forgotten;
+    /// How many levels it lists of a tree.
+    int levels = 1000;
+    /// By how much the service's clock is wrong.
+    int secondsAhead = 0;
+    /// These are listed besides.
+    QVector<sync::config::FolderConfiguration> extraFolders;
+    QVector<sync::config::FileConfiguration> extraFiles;
+
+private:
+    class FolderManager;
+    class FileManager;
+    class FileManagerFactory;
+    class Session;
+
+    void _Meet(const char* method, const QString& path);
+    sync::config::FileConfiguration _Describe(const QString& path, const File& file) const;
+    QByteArray _Tag(const File& file) const;
+
+    InstalledConfiguration _installed;
+    mutable std::mutex _mutex;
+    std::map<QString, File> _files;
+    std::set<QString> _folders;
+    std::map<QString, int> _counts;
+    int _items = 0;
+    QDateTime _now = QDateTime::fromSecsSinceEpoch(1700000000, Qt::UTC);
+    QDateTime _changed;
+    std::shared_ptr<FolderManager> _folderManager;
+    std::shared_ptr<FileManager> _fileManager;
+    std::shared_ptr<sync::interf::ICustomFileConfigUpdater> _updater;
+};
+
+}  // namespace tests

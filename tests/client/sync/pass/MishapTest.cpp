@@ -1,0 +1,703 @@
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <memory>
+
+#include "client/sync/local/LocalError.h"
+#include "client/wire/ExchangeError.h"
+#include "host/http/HttpException.h"
+#include "host/interfaces/ISyncFilter.h"
+#include "tests/client/sync/pass/SyncTest.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using ovsync::local::LocalError;
+using ovsync::pass::DeletionLimit;
+using ovsync::report::SyncEvent;
+using ovsync::report::SyncOutcome;
+using ovsync::wire::ExchangeError;
+using testing::ElementsAre;
+using tests::Text;
+using Files = std::map<QString, QByteArray>;
+
+/// In place of the end of the process.
+class Kill {};
+
+class NoCopies : public sync::interf::ISyncFilter {
+public:
+    bool IsFileExcluded(const QString& name, qint64, int) override { return name.contains(Text("from the service")); }
+    bool IsFolderExcluded(const QString&, int) override { return false; }
+};
+
+/// What users, cleaners and servers do while nobody looks.
+class MishapTest : public tests::SyncTest {
+protected:
+    MishapTest() {
+        options.deletes = true;
+        options.deletionLimit = DeletionLimit();
+    }
+
+    /// Something happens right before the pass does `operation` to `path`, once.
+    void Before(const char* operation, const char* path, const std::function<void()>& happens) {
+        const auto hasHappened = std::make_shared<std::atomic<bool>>(false);
+        tree.before = [hasHappened, operation = QByteArray(operation), path = Text(path), happens](
+                          const char* now, const QString& where) {
+            if (operation == now && where == path && !hasHappened->exchange(true)) {
+                // It may put something else in the place of this.
+                const std::function<void()> event = happens;
+                event();
+            }
+        };
+    }
+
+    void RemoveTemporaryFiles() const {
+        QDirIterator files(folder.path(), QStringList(Text(".*SyncTemp}")), QDir::Files | QDir::Hidden,
+                           QDirIterator::Subdirectories);
+        while (files.hasNext()) {
+            ASSERT_TRUE(QFile::remove(files.next()));
+        }
+    }
+
+    /// The content of what the trash has of `path`, in the order of the passes.
+    QList<QByteArray> InTrash(const char* path) const {
+        QList<QByteArray> contents;
+        const QDir trash(Path(".ovsync/trash"));
+        for (const QString& pass : trash.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
+            QFile file(trash.filePath(pass) + QLatin1Char('/') + Text(path));
+            if (file.open(QIODevice::ReadOnly)) {
+                contents.append(file.readAll());
+            }
+        }
+        return contents;
+    }
+
+    void StartWith(const char* path, const QByteArray& content) {
+        service.Put(Text(path), content);
+        ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    }
+
+    /// After `count` files "0", "1" and so on were pulled.
+    void StartWithFiles(int count) {
+        for (int i = 0; i < count; ++i) {
+            service.Put(QString::number(i), QByteArray::number(i));
+        }
+        ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    }
+};
+
+TEST_F(MishapTest, ANewVersionWhoseTemporaryFileGoesIsNotHere) {
+    StartWith("a", "1");
+    service.Put(Text("a"), "2");
+    Before("Exchange", "a", [this] { RemoveTemporaryFiles(); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("1"));
+    Push();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ANewFileWhoseTemporaryFileGoesIsNotHere) {
+    StartWith("a", "1");
+    service.Put(Text("b"), "2");
+    Before("Move", "b", [this] { RemoveTemporaryFiles(); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("b"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, AfterAKillAndACleanerTheOldFileIsTheOldFile) {
+    StartWith("a", "1");
+    service.Put(Text("a"), "2");
+    Before("Exchange", "a", [] { throw Kill(); });
+    EXPECT_THROW(Pull(), Kill);
+    RemoveTemporaryFiles();
+    Push();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, AnOldFileCopiedBackIntoAFolderThatWasRenamedMeanwhileIsTheOldFile) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    Before("Exchange", "f/a", [this] {
+        ASSERT_TRUE(QDir().rename(Path("f"), Path("g")));
+        ASSERT_TRUE(QDir().mkdir(Path("f")));
+        ASSERT_TRUE(QFile::copy(Path("g/a"), Path("f/a")));
+    });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    Push();
+    EXPECT_EQ(service.Content(Text("f/a")), QByteArray("2"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/a"), QByteArray("2"));
+    EXPECT_EQ(Content("g/a"), QByteArray("1"));
+    EXPECT_FALSE(HasTemporaryFiles());
+}
+
+TEST_F(MishapTest, WhatASaveHadPutIntoATemporaryFileInARenamedFolderIsInTheTrash) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    // Saved right before the exchange; killed right after it, before anybody looked at what came out.
+    Before("Exchange", "f/a", [this] {
+        Remove("f/a");
+        Write("f/a", "saved");
+        tree.before = [](const char* operation, const QString& path) {
+            if (QByteArray(operation) == "Look" && path.contains(Text("SyncTemp"))) {
+                throw Kill();
+            }
+        };
+    });
+    EXPECT_THROW(Pull(), Kill);
+    tree.before = nullptr;
+    ASSERT_TRUE(QDir().rename(Path("f"), Path("g")));
+    Pull();
+    EXPECT_THAT(InTrash("f/a"), ElementsAre(QByteArray("saved")));
+}
+
+TEST_F(MishapTest, AFolderThatGoesDuringAPassStopsNoLaterOne) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    service.Put(Text("f/b"), "1");
+    service.Put(Text("other"), "1");
+    options.transfers = 1;
+    Before("Exchange", "f/a", [this] { ASSERT_TRUE(QDir(Path("f")).removeRecursively()); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("other"), QByteArray("1"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/a"), QByteArray("2"));
+    EXPECT_EQ(Content("f/b"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AFolderThatGoesRightAfterItsFileWasPlacedStopsNoLaterPass) {
+    StartWith("other", "1");
+    service.Put(Text("f/a"), "1");
+    Before("SyncFolder", "f", [this] { ASSERT_TRUE(QDir(Path("f")).removeRecursively()); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AFolderWhoseFolderCannotBeRemovedGoesWithItTheNextTime) {
+    StartWith("stays", "1");
+    StartWith("f/g/a", "1");
+    service.Remove(Text("f"));
+    Before("RemoveFolder", "f/g", [] { throw LocalError(Text("f/g"), EACCES); });
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_FALSE(disk.Look(Text("f")));
+}
+
+TEST_F(MishapTest, ASyncedFolderInsideIsLeftAlone) {
+    StartWith("sub/a", "1");
+    const char* const itsTemporary = "sub/inner/.0123456789abcdef0123456789abcdef.{SyncTemp}";
+    Write(itsTemporary, "half");
+    Write("sub/.ovsync/records.db", "its own");
+    service.Put(Text("sub/a"), "2");
+    service.Put(Text("sub/b"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused sub")));
+    Write("sub/c", "1");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused sub")));
+    service.Remove(Text("sub"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content(itsTemporary), QByteArray("half"));
+    EXPECT_EQ(Content("sub/a"), QByteArray("1"));
+    EXPECT_EQ(Content("sub/b"), QByteArray("(none)"));
+}
+
+TEST_F(MishapTest, AFolderThatCannotBeReadIsToldOfAndLeftOut) {
+    StartWith("f/a", "1");
+    service.Put(Text("f/a"), "2");
+    service.Put(Text("other"), "1");
+    tree.before = [](const char* operation, const QString& path) {
+        if (QByteArray(operation) == "List" && path == Text("f")) {
+            throw LocalError(path, EACCES);
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused f")));
+    EXPECT_EQ(Content("other"), QByteArray("1"));
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused f")));
+    service.Remove(Text("f"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("f/a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AnOlderVersionOfTheServiceReplacesNothing) {
+    StartWith("a", "1");
+    service.Put(Text("a"), "2");
+    service.Put(Text("a"), "3");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Restore(Text("a"), "2", 2);
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("3"));
+    EXPECT_EQ(Contents().size(), 2U);
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 2U);
+    // To keep the newest, the older one goes.
+    for (const auto& file : Contents()) {
+        if (file.second == "2") {
+            Remove(file.first.toUtf8().constData());
+        }
+    }
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+}
+
+TEST_F(MishapTest, ACopyThatIsExcludedEndsNoConflict) {
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    options.filter = std::make_shared<NoCopies>();
+    options.filterText = Text("other");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+    Pull();
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+}
+
+TEST_F(MishapTest, AConflictNamesTheFileBesideAndTheWaysOut) {
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    for (const bool isPush : {false, false, true}) {
+        isPush ? Push() : Pull();
+        ASSERT_EQ(Details().size(), 1);
+        EXPECT_THAT(Details().first().toStdString(),
+                    testing::AllOf(testing::HasSubstr("a (from the service"), testing::HasSubstr("to keep yours"),
+                                   testing::HasSubstr("to take it")));
+    }
+}
+
+TEST_F(MishapTest, WhatTheListingLacksAndTheServiceStillHasIsNotDeleted) {
+    StartWith("a", "1");
+    service.Put(Text("f/b"), "1");
+    service.Put(Text("gone"), "1");
+    service.Put(Text("stays"), "1");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.forgotten = {Text("a"), Text("f"), Text("f/b")};
+    service.Remove(Text("gone"));
+    options.deletionLimit = *DeletionLimit::Read(Text("100%"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Deleted gone"), Text("Kept a"), Text("Kept f"), Text("Kept f/b")}));
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}, {Text("f/b"), "1"}, {Text("stays"), "1"}}));
+}
+
+TEST_F(MishapTest, WhatTheServiceDoesNotTellOfIsNotDeleted) {
+    StartWith("a", "1");
+    StartWith("stays", "1");
+    service.Remove(Text("a"));
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("FIND")) {
+            throw ExchangeError("GET", QUrl(), Text("no answer"), {});
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Content("a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, OnlyNotFoundAndGoneSayThatAFileIsGone) {
+    StartWithFiles(1);
+    for (const int status : {400, 401, 403, 500, 503, 404, 410}) {
+        const QString path = QString::number(status);
+        StartWith(path.toLatin1().constData(), "1");
+        service.Remove(path);
+        service.onRequest = [status](const QString& method, const QString&) {
+            if (method == Text("FIND")) {
+                throw sync::http::HttpException(Text("the answer"), status, QUrl());
+            }
+        };
+        try {
+            Pull();
+        } catch (const sync::http::HttpException&) {
+            EXPECT_EQ(status, 401);
+        }
+        service.onRequest = nullptr;
+        const bool isGone = status == 404 || status == 410;
+        EXPECT_EQ(Contents().count(path), isGone ? 0U : 1U) << status;
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    }
+}
+
+TEST_F(MishapTest, AFolderThatIsGoneAnswersForWhatWasInIt) {
+    StartWith("stays", "1");
+    for (int i = 0; i < 5; ++i) {
+        service.Put(Text("f/g/") + QString::number(i), "1");
+    }
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Remove(Text("f"));
+    service.ForgetCounts();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("FIND"), 1);
+    EXPECT_EQ(Contents(), Files({{Text("stays"), "1"}}));
+}
+
+TEST_F(MishapTest, TooManyDeletionsAreNone) {
+    StartWithFiles(10);
+    for (int i = 0; i < 6; ++i) {
+        service.Remove(QString::number(i));
+    }
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Kept .")));
+    EXPECT_THAT(Details().first().toStdString(), testing::HasSubstr("--max-delete 6"));
+    EXPECT_EQ(Contents().size(), 10U);
+    options.deletionLimit = *DeletionLimit::Read(Text("6"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents().size(), 4U);
+}
+
+TEST_F(MishapTest, ThatEverythingIsGoneIsNotBelieved) {
+    StartWithFiles(2);
+    service.Remove(Text("0"));
+    service.Remove(Text("1"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 2U);
+    options.deletionLimit = *DeletionLimit::Read(Text("100%"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents().size(), 0U);
+}
+
+TEST_F(MishapTest, AFileIsToldOfAndKeptWhoseFolderIsNotListed) {
+    StartWith("stays", "1");
+    service.Put(Text("f/a"), "1");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.forgotten = {Text("f")};
+    service.Put(Text("stays"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_THAT(Told(), testing::Contains(Text("Refused f/a")));
+    EXPECT_EQ(Content("f/a"), QByteArray("1"));
+}
+
+TEST_F(MishapTest, AClockThatWasAheadHidesNoChange) {
+    service.secondsAhead = 86400;
+    StartWith("a", "1");
+    service.secondsAhead = 0;
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, APushWhoseFilesAreNeverConfirmedEnds) {
+    for (int i = 0; i < 10; ++i) {
+        Write(QByteArray::number(i).constData(), "1");
+    }
+    options.transfers = 1;
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("FIND")) {
+            throw ExchangeError("GET", QUrl(), Text("no answer"), {});
+        }
+    };
+    EXPECT_THROW(Push(), ExchangeError);
+    EXPECT_LT(std::count_if(events.begin(), events.end(), [](const SyncEvent& event) { return event.IsProblem(); }),
+              10);
+}
+
+TEST_F(MishapTest, WhatIsReplacedOrDeletedIsInTheTrash) {
+    StartWith("stays", "1");
+    service.Put(Text("f/a"), "1");
+    service.Put(Text("f/b"), "other");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Put(Text("f/a"), "2");
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    service.Remove(Text("f/a"));
+    ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_THAT(InTrash("f/a"), ElementsAre(QByteArray("1"), QByteArray("2")));
+    EXPECT_THAT(InTrash("f/b"), ElementsAre());
+}
+
+TEST_F(MishapTest, WithoutDaysNothingIsInTheTrash) {
+    options.daysKept = 0;
+    StartWith("a", "1");
+    StartWith("a", "2");
+    EXPECT_FALSE(QDir(Path(".ovsync/trash")).exists());
+}
+
+TEST_F(MishapTest, ALinkIsToldOfAndLeavesBothSidesInStep) {
+    StartWith("a", "1");
+    ASSERT_TRUE(QFile::link(Path("a"), Path("link")));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("Skipped link")));
+    options.isStrict = true;
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+}
+
+TEST_F(MishapTest, WithoutChecksumsAPushComparesWhatBothSidesHad) {
+    service.isPlain = true;
+    service.Put(Text("same"), "1");
+    service.Put(Text("other"), "1");
+    Write("same", "1");
+    Write("other", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
+    EXPECT_EQ(service.Count("PUT"), 0);
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
+}
+
+TEST_F(MishapTest, AChangeOfTheSameSizeAndDateIsKnownByItsEntityTag) {
+    service.isPlain = true;
+    service.listsTags = true;
+    StartWith("a", "1");
+    service.Overwrite(Text("a"), "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("NewerThere a")));
+    Write("a", "mine");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    Remove("a");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, WithATagInTheListingNoneIsAskedForBeforeAChangedFileIsSent) {
+    service.isPlain = true;
+    service.listsTags = true;
+    StartWith("a", "1");
+    service.ForgetCounts();
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    // A look right before and one right after it was sent.
+    EXPECT_EQ(service.Count("HEAD"), 2);
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 0);
+}
+
+TEST_F(MishapTest, ByADateAloneAFileIsKnownOnlyOnceItsSecondIsOver) {
+    service.isPlain = true;
+    service.secondsAhead = -10;
+    StartWith("a", "1");
+    service.Overwrite(Text("a"), "2");
+    service.Put(Text("b"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ByADateAloneAFileThatWasSentIsComparedOnce) {
+    service.isPlain = true;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 1);
+    service.Put(Text("b"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 2);
+}
+
+TEST_F(MishapTest, ByADateAloneWhatReplacedASentFileInTheSameSecondIsSeen) {
+    service.isPlain = true;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    service.Overwrite(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, WithoutStrongTagsTheDateGuardsAChangedFile) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    StartWith("a", "1");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ByADateAloneAChangeRightBeforeAnUploadIsSeen) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    for (const char* request : {"HEAD", "FIND", "PUT"}) {
+        StartWith("a", "1");
+        Write("a", "mine");
+        service.onRequest = [this, request](const QString& method, const QString&) {
+            if (method == Text(request) && service.Content(Text("a")) != "theirs") {
+                service.Put(Text("a"), "theirs");
+            }
+        };
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome) << request;
+        EXPECT_EQ(Told(), QStringList(Text("Conflict a"))) << request;
+        EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs")) << request;
+        service.onRequest = nullptr;
+        Remove("a");
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    }
+}
+
+TEST_F(MishapTest, ByADateAloneNothingIsReplacedWithinTheSecondOfItsChange) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    service.secondsAhead = -30;
+    StartWith("a", "1");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
+    service.secondsAhead = 0;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
+TEST_F(MishapTest, WithoutConditionsWhatIsMadeBeforeAnUploadIsSeen) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.ignoresConditions = true;
+    StartWith("changed", "1");
+    Write("changed", "mine");
+    Write("new", "mine");
+    options.transfers = 1;
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("HEAD") && service.Content(Text("new")) == "(none)") {
+            service.Put(Text("changed"), "theirs");
+            service.Put(Text("new"), "theirs");
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Conflict changed"), Text("Conflict new")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("changed"), "theirs"}, {Text("new"), "theirs"}}));
+}
+
+TEST_F(MishapTest, WhetherAServerKnowsConditionsIsFoundOutOnce) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.Put(Text("theirs"), "1");
+    Write("empty", "");
+    Write("large", QByteArray(64 * 1024 + 1, 'x'));
+    Write("small", "1");
+    Write("small too", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 5);
+    Write("later", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 6);
+    EXPECT_THAT(Told(),
+                testing::Not(testing::Contains(testing::Property(&QString::toStdString, testing::HasSubstr("Noted")))));
+}
+
+TEST_F(MishapTest, AServerThatIgnoresConditionsIsToldOfOnce) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.Put(Text("theirs"), "1");
+    service.ignoresConditions = true;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("Noted a"), Text("Sent a")}));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
+    Write("b", "1");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("Sent a"), Text("Sent b")}));
+}
+
+TEST_F(MishapTest, AnErrorOfTheServerTellsNothingOfConditions) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.Put(Text("theirs"), "1");
+    for (const char* name : {"a", "b"}) {
+        Write(name, "1");
+        service.ForgetCounts();
+        service.onRequest = [this](const QString& method, const QString& path) {
+            if (method == Text("PUT") && service.Count("PUT") == 2) {
+                throw sync::http::HttpException(Text("busy"), 503, QUrl(path));
+            }
+        };
+        EXPECT_EQ(Push(), SyncOutcome::InStep);
+        EXPECT_EQ(Told(), QStringList(Text("Sent ") + Text(name)));
+        EXPECT_EQ(service.Count("PUT"), 2);
+    }
+}
+
+TEST_F(MishapTest, TheServiceItselfIsNotTried) {
+    service.Put(Text("theirs"), "1");
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 1);
+}
+
+TEST_F(MishapTest, ASizeThatIsTheSameInThirtyTwoBitsIsAnotherSize) {
+    service.isPlain = true;
+    service.excessOfLengths = qint64(1) << 32;
+    Write("a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+}
+
+TEST_F(MishapTest, WithoutALengthTheListingTellsWhetherAFileWasStored) {
+    service.isPlain = true;
+    service.isWithoutLengths = true;
+    Write("a", "");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("Sent a")));
+    Write("b", "12");
+    service.onRequest = [this](const QString& method, const QString& path) {
+        if (method == Text("SENT")) {
+            service.Put(path, "1");
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict b")));
+}
+
+TEST_F(MishapTest, AListingOfTheUpperLevelsIsAnError) {
+    service.isPlain = true;
+    StartWith("a", "1");
+    StartWith("f/g/b", "1");
+    for (const int levels : {1, 2}) {
+        service.levels = levels;
+        service.Put(Text("a"), QByteArray::number(levels));
+        EXPECT_THROW(Pull(), sync::core::SyncException) << levels;
+        EXPECT_THROW(Push(), sync::core::SyncException) << levels;
+    }
+    service.levels = 0;
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}, {Text("f/g/b"), "1"}}));
+}
+
+TEST_F(MishapTest, FoldersThatAreEmptyAreNoError) {
+    service.isPlain = true;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    service.Put(Text("a"), "1");
+    service.AddFolder(Text("f/g"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+}
+
+struct LimitCase {
+    const char* text;
+    int deletions;
+    int files;
+    bool isAnyLeft;
+    bool isAllowed;
+};
+
+TEST(DeletionLimitTest, AllowsWhatItSays) {
+    const LimitCase cases[] = {{"", 4, 9, true, true},      {"", 9, 9, true, true},      {"", 1, 9, false, false},
+                               {"", 5, 10, true, true},     {"", 6, 10, true, false},    {"", 0, 0, false, true},
+                               {"", 1, 1, false, false},    {"3", 3, 3, false, true},    {"3", 4, 100, true, false},
+                               {"0", 1, 100, true, false},  {"0", 0, 100, true, true},   {"30%", 3, 10, true, true},
+                               {"30%", 4, 10, true, false}, {"100%", 7, 7, false, true}, {"0%", 1, 7, true, false}};
+    for (const LimitCase& limit : cases) {
+        const DeletionLimit used = *limit.text == 0 ? DeletionLimit() : *DeletionLimit::Read(Text(limit.text));
+        EXPECT_EQ(used.Allows(limit.deletions, limit.files, limit.isAnyLeft), limit.isAllowed)
+            << limit.text << ": " << limit.deletions << " of " << limit.files;
+    }
+}
+
+TEST(DeletionLimitTest, IsANumberOrAPart) {
+    for (const char* text : {"", "-1", "+1", "x", "1x", "101%", "%", "1.5", "99999999999"}) {
+        EXPECT_FALSE(DeletionLimit::Read(Text(text))) << text;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,108 @@
+#include "tests/client/sync/pass/SyncTest.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
+#include <QFileInfo>
+
+#include "client/sync/pull/PullPass.h"
+#include "client/sync/push/PushPass.h"
+
+namespace tests {
+
+using ovsync::pass::PassContext;
+using ovsync::pull::PullPass;
+using ovsync::push::PushPass;
+using ovsync::report::SyncEvent;
+using ovsync::report::SyncOutcome;
+using ovsync::store::RecordDatabase;
+
+namespace {
+
+const char* const KindNames[] = {"Fetched",    "Updated", "Deleted", "FolderMade", "Sent", "FolderSent", "DeletedHere",
+                                 "NewerThere", "Skipped", "Noted",   "Conflict",   "Kept", "Refused",    "Failed"};
+
+}  // namespace
+
+SyncTest::SyncTest() : disk(folder.path()), tree(disk) {
+    options.isStopped = &isStopped;
+    options.transfers = 2;
+    options.deletionLimit = *ovsync::pass::DeletionLimit::Read(Text("100%"));
+}
+
+SyncOutcome SyncTest::Pull() {
+    return _Run([](PassContext& context) { return PullPass(context).Run(); });
+}
+
+SyncOutcome SyncTest::Push() {
+    return _Run([](PassContext& context) { return PushPass(context).Run(); });
+}
+
+SyncOutcome SyncTest::_Run(const std::function<SyncOutcome(PassContext&)>& pass) {
+    events.clear();
+    RecordDatabase records(folder.path(),
+                           options.isTrial ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
+    const ovsync::pass::ServiceFolder serviceFolder = service.Folder(folder.path());
+    PassContext context(serviceFolder, tree, records, options, *this);
+    return pass(context);
+}
+
+void SyncTest::Write(const char* path, const QByteArray& content) {
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(Path(path)).path()));
+    QFile file(Path(path));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path;
+    ASSERT_EQ(file.write(content), content.size());
+}
+
+void SyncTest::Remove(const char* path) {
+    ASSERT_TRUE(QFile::remove(Path(path))) << path;
+}
+
+QByteArray SyncTest::Content(const char* path) const {
+    QFile file(Path(path));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+}
+
+std::map<QString, QByteArray> SyncTest::Contents() const {
+    std::map<QString, QByteArray> contents;
+    QDirIterator files(folder.path(), QDir::Files | QDir::Hidden | QDir::System, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        const QString path = QDir(folder.path()).relativeFilePath(file.fileName());
+        if (!path.startsWith(Text(".ovsync/")) && file.open(QIODevice::ReadOnly)) {
+            contents[path] = file.readAll();
+        }
+    }
+    return contents;
+}
+
+QString SyncTest::Path(const char* path) const {
+    return folder.filePath(Text(path));
+}
+
+bool SyncTest::HasTemporaryFiles() const {
+    const std::map<QString, QByteArray> contents = Contents();
+    return std::any_of(contents.begin(), contents.end(),
+                       [](const auto& file) { return file.first.contains(Text("SyncTemp")); });
+}
+
+QStringList SyncTest::Told() const {
+    QStringList told;
+    for (const SyncEvent& event : events) {
+        if (event.kind != SyncEvent::Kind::Fetched && event.kind != SyncEvent::Kind::Updated) {
+            told.append(Text(KindNames[static_cast<int>(event.kind)]) + QLatin1Char(' ') + event.path);
+        }
+    }
+    told.sort();
+    return told;
+}
+
+QStringList SyncTest::Details() const {
+    QStringList details;
+    for (const SyncEvent& event : events) {
+        details.append(event.detail);
+    }
+    return details;
+}
+
+}  // namespace tests

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <atomic>
+#include <map>
+
+#include "client/sync/local/LocalTree.h"
+#include "client/sync/pass/PassContext.h"
+#include "client/sync/report/ISyncObserver.h"
+#include "tests/client/sync/local/FaultyTree.h"
+#include "tests/client/sync/pass/FakeService.h"
+#include "tests/fakes/Text.h"
+
+namespace tests {
+
+/// A synced folder on the disk and a service in memory, and what passes between them told.
+class SyncTest : public testing::Test, private ovsync::report::ISyncObserver {
+protected:
+    SyncTest();
+
+    ovsync::report::SyncOutcome Pull();
+    ovsync::report::SyncOutcome Push();
+
+    /// In the synced folder; the folders above are made.
+    void Write(const char* path, const QByteArray& content);
+    void Remove(const char* path);
+    QByteArray Content(const char* path) const;
+    /// Of all files, the hidden folder's left out.
+    std::map<QString, QByteArray> Contents() const;
+    QString Path(const char* path) const;
+    bool HasTemporaryFiles() const;
+
+    /// The events of the last pass as "Kind path", in path order and without those of the kind Fetched or Updated.
+    QStringList Told() const;
+    /// Their details.
+    QStringList Details() const;
+
+    FakeService service;
+    QTemporaryDir folder;
+    ovsync::local::LocalTree disk;
+    FaultyTree tree;
+    ovsync::pass::SyncOptions options;
+    std::atomic<bool> isStopped{false};
+    QVector<ovsync::report::SyncEvent> events;
+
+private:
+    ovsync::report::SyncOutcome _Run(
+        const std::function<ovsync::report::SyncOutcome(ovsync::pass::PassContext&)>& pass);
+    void OnEvent(const ovsync::report::SyncEvent& event) override { events.append(event); }
+    void OnProgress(const ovsync::report::SyncProgress& /*progress*/) override {}
+};
+
+}  // namespace tests

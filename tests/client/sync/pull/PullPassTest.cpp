@@ -1,0 +1,568 @@
+#include "client/sync/pull/PullPass.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <QFile>
+
+#include "client/cli/input/GlobFilter.h"
+#include "client/sync/local/LocalError.h"
+#include "client/sync/pass/WrongFolder.h"
+#include "client/wire/ExchangeError.h"
+#include "host/http/HttpException.h"
+#include "tests/client/sync/pass/SyncTest.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using ovsync::local::LocalError;
+using ovsync::pass::WrongFolder;
+using ovsync::report::SyncOutcome;
+using ovsync::wire::ExchangeError;
+using sync::http::HttpException;
+using testing::Contains;
+using testing::HasSubstr;
+using tests::Text;
+using Files = std::map<QString, QByteArray>;
+
+class PullPassTest : public tests::SyncTest {
+protected:
+    /// A synced file "a" of the content "1".
+    void PullOne() {
+        service.Put(Text("a"), "1");
+        ASSERT_EQ(Pull(), SyncOutcome::InStep);
+        service.ForgetCounts();
+    }
+
+    void FailEveryGet() {
+        service.onRequest = [](const QString& method, const QString&) {
+            if (method == Text("GET")) {
+                throw ExchangeError("GET", QUrl(), Text("reset"), {});
+            }
+        };
+    }
+};
+
+TEST_F(PullPassTest, ContentAndDateComeOver) {
+    service.Put(Text("f/a"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/a"), QByteArray("1"));
+    EXPECT_EQ(disk.Look(Text("f/a"))->fingerprint.modified, Q_INT64_C(1700000002) * 1000000000);
+}
+
+TEST_F(PullPassTest, NothingChangedMeansOneQuestion) {
+    PullOne();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("LIST"), 1);
+    EXPECT_EQ(service.Count("GET"), 0);
+}
+
+TEST_F(PullPassTest, WhatIsLostHereIsListedWithoutACondition) {
+    PullOne();
+    service.AddFolder(Text("f"));
+    Pull();
+    Remove("a");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("1"));
+    ASSERT_TRUE(disk.RemoveFolder(Text("f")));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_TRUE(disk.Look(Text("f")));
+}
+
+TEST_F(PullPassTest, AFileThatWasDeletedAndMadeAgainIsFetchedAlthoughItsVersionIsNoHigher) {
+    PullOne();
+    service.Put(Text("a"), "2");
+    Pull();
+    service.Remove(Text("a"));
+    service.Put(Text("a"), "3");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("3"));
+}
+
+TEST_F(PullPassTest, TheVersionAfterAnUploadedOneIsFetched) {
+    Write("a", "1");
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(PullPassTest, ANewVersionWithTheSameContentIsNotFetched) {
+    PullOne();
+    service.Put(Text("a"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 0);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(PullPassTest, WithoutVersionsTheDateTells) {
+    service.isPlain = true;
+    PullOne();
+    service.Put(Text("b"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 1);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(PullPassTest, WithoutVersionsAFileOfTheSameSizeAndDateIsTheSameOnlyIfItsContentIs) {
+    service.isPlain = true;
+    PullOne();
+    ASSERT_TRUE(QFile::remove(Path(".ovsync/records.db")));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 1);
+    Write("a", "2");
+    service.Put(Text("a"), "3");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(PullPassTest, WithoutChecksumsEqualContentIsNoConflict) {
+    service.isPlain = true;
+    service.Put(Text("a"), "1");
+    Write("a", "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 1);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
+}
+
+TEST_F(PullPassTest, AFileThatWasOnlyTouchedCountsAsUnchanged) {
+    PullOne();
+    Write("a", "1");
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(PullPassTest, AReplacedFileKeepsItsPermissions) {
+    PullOne();
+    ASSERT_EQ(chmod(Path("a").toUtf8().constData(), 0750), 0);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(disk.Look(Text("a"))->mode, 0750U);
+}
+
+TEST_F(PullPassTest, AConflictIsToldOfUntilItIsOverButFetchedOnce) {
+    PullOne();
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    const Files both = Contents();
+    EXPECT_EQ(both.size(), 2U);
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(service.Count("GET"), 1);
+    EXPECT_EQ(Contents(), both);
+
+    service.Put(Text("a"), "theirs again");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 3U);
+
+    Remove("a");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("theirs again"));
+}
+
+TEST_F(PullPassTest, AConflictIsOverWhenTheServicesVersionTakesThePlace) {
+    PullOne();
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    Pull();
+    Write("a", "theirs");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+}
+
+TEST_F(PullPassTest, AFileThatIsWrittenInTheMomentOfItsReplacementIsKeptBeside) {
+    PullOne();
+    service.Put(Text("a"), "2");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (qstrcmp(operation, "Exchange") == 0 && path == Text("a")) {
+            Write("a", "mine!");
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+    ASSERT_EQ(Contents().size(), 2U);
+    EXPECT_THAT(Contents().begin()->first.toStdString(), HasSubstr("a"));
+    EXPECT_EQ(Contents().rbegin()->second, QByteArray("mine!"));
+    EXPECT_THAT(Contents().rbegin()->first.toStdString(), HasSubstr("a (changed here, "));
+}
+
+TEST_F(PullPassTest, AFileThatIsMadeInTheMomentOfItsArrivalStays) {
+    service.Put(Text("a"), "theirs");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (qstrcmp(operation, "Move") == 0 && path == Text("a")) {
+            Write("a", "mine");
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("mine"));
+    EXPECT_EQ(Contents().rbegin()->second, QByteArray("theirs"));
+}
+
+TEST_F(PullPassTest, AFileThatChangesBeforeItIsReplacedStays) {
+    PullOne();
+    service.Put(Text("a"), "theirs");
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("GET")) {
+            Write("a", "mine");
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("mine"));
+    EXPECT_EQ(Contents().size(), 2U);
+}
+
+TEST_F(PullPassTest, AFileSystemWithoutExchangeReplacesAllTheSame) {
+    tree.knowsExchange = false;
+    PullOne();
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "2"}}));
+}
+
+TEST_F(PullPassTest, ContentThatIsNotWhatTheServiceDescribesIsNotPlaced) {
+    PullOne();
+    service.Put(Text("a"), "2");
+    service.contentInstead = "x";
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Told(), QStringList(Text("Failed a")));
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
+    service.contentInstead = "<html>";
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
+    service.contentInstead = QByteArray();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(PullPassTest, ContentBeyondTheListedSizeIsBrokenOff) {
+    service.Put(Text("a"), "12");
+    service.contentInstead = QByteArray(1000 * 1000, 'x');
+    service.isWithoutSizes = true;
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Told(), QStringList(Text("Failed a")));
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr("at least 65000 bytes, so that it was broken off, in place "
+                                                           "of 2 bytes"));
+    EXPECT_EQ(Contents(), Files());
+    EXPECT_FALSE(HasTemporaryFiles());
+    // Not a byte of it is taken where its size tells.
+    service.isWithoutSizes = false;
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr("at least 1000000 bytes, so that it was broken off"));
+}
+
+TEST_F(PullPassTest, AFileThatGrowsAfterItWasListedIsFetchedAgain) {
+    for (const bool isWithoutSizes : {false, true}) {
+        const QByteArray grown(isWithoutSizes ? 300000 : 200000, 'x');
+        service.Put(Text("a"), "1");
+        service.isWithoutSizes = isWithoutSizes;
+        service.onRequest = [&](const QString& method, const QString& path) {
+            if (method == Text("GET") && service.Content(path) == "1") {
+                service.Put(path, grown);
+            }
+        };
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
+        EXPECT_EQ(Content("a"), grown);
+    }
+}
+
+TEST_F(PullPassTest, AFileThatChangesAfterItWasListedIsFetchedAgain) {
+    service.Put(Text("a"), "1");
+    int changes = 1;
+    service.onRequest = [&](const QString& method, const QString& path) {
+        if (method == Text("GET") && changes-- > 0) {
+            service.Put(path, "22");
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("22"));
+}
+
+TEST_F(PullPassTest, AFileThatVanishesAfterItWasListedIsToldOf) {
+    service.Put(Text("a"), "1");
+    service.Put(Text("b"), "1");
+    service.onRequest = [&](const QString& method, const QString& path) {
+        if (method == Text("GET") && path == Text("a")) {
+            service.Remove(path);
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused a")));
+    EXPECT_EQ(Contents(), Files({{Text("b"), "1"}}));
+}
+
+TEST_F(PullPassTest, AServiceThatFailsAgainAndAgainIsLeftAlone) {
+    for (const char* name : {"a", "b", "c", "d", "e", "f"}) {
+        service.Put(Text(name), "1");
+    }
+    FailEveryGet();
+    EXPECT_THROW(Pull(), ExchangeError);
+    EXPECT_EQ(events.size(), 3);
+    EXPECT_EQ(Contents(), Files());
+    service.onRequest = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+}
+
+TEST_F(PullPassTest, AFailureDoesNotMoveTheTimeThatTheNextPullAsksFrom) {
+    PullOne();
+    service.Put(Text("b"), "2");
+    FailEveryGet();
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    service.onRequest = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("b"), QByteArray("2"));
+}
+
+TEST_F(PullPassTest, AListingThatFailsDeletesNothing) {
+    options.deletes = true;
+    PullOne();
+    service.onRequest = [](const QString&, const QString&) {
+        throw ExchangeError("PROPFIND", QUrl(), Text("cut"), {});
+    };
+    EXPECT_THROW(Pull(), ExchangeError);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
+}
+
+TEST_F(PullPassTest, WrongCredentialsEndThePass) {
+    service.Put(Text("a"), "1");
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("GET")) {
+            throw HttpException(Text("who are you"), 401, QUrl());
+        }
+    };
+    EXPECT_THROW(Pull(), HttpException);
+    EXPECT_FALSE(HasTemporaryFiles());
+}
+
+TEST_F(PullPassTest, DeletionsWaitUntilEverythingCouldBeFetched) {
+    options.deletes = true;
+    PullOne();
+    service.Remove(Text("a"));
+    service.Put(Text("renamed"), "1");
+    FailEveryGet();
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Told(), QStringList({Text("Failed renamed"), Text("Kept a")}));
+    service.onRequest = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("renamed"), "1"}}));
+}
+
+TEST_F(PullPassTest, AFileThatIsWrittenInTheMomentOfItsRemovalIsPutBack) {
+    options.deletes = true;
+    PullOne();
+    service.Remove(Text("a"));
+    service.AddFolder(Text("f"));
+    tree.before = [this](const char* operation, const QString& path) {
+        if (qstrcmp(operation, "Move") == 0 && path != Text("a")) {
+            Write("a", "mine!");
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "mine!"}}));
+    EXPECT_EQ(Told(), QStringList({Text("FolderMade f"), Text("Kept a")}));
+}
+
+TEST_F(PullPassTest, FoldersThatAreGoneGoWithTheirFilesUnlessSomethingIsLeftInThem) {
+    options.deletes = true;
+    service.Put(Text("f/g/a"), "1");
+    service.Put(Text("h/a"), "1");
+    Pull();
+    Write("h/mine", "2");
+    service.Remove(Text("f"));
+    service.Remove(Text("h"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("h/mine"), "2"}}));
+    EXPECT_FALSE(disk.Look(Text("f")));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+}
+
+TEST_F(PullPassTest, AFolderWhoseFileCannotBeDeletedGoesWithItTheNextTime) {
+    options.deletes = true;
+    service.Put(Text("f/g/a"), "1");
+    Pull();
+    service.Remove(Text("f"));
+    service.Put(Text("f"), "2");
+    tree.before = [](const char* operation, const QString& path) {
+        if (qstrcmp(operation, "Move") == 0 && path.startsWith(Text("f/g/"))) {
+            throw LocalError(path, EACCES);
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), Files({{Text("f/g/a"), "1"}}));
+    tree.before = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("f"), "2"}}));
+}
+
+TEST_F(PullPassTest, AFileBecomesAFolderAndAFolderAFile) {
+    service.Put(Text("a"), "1");
+    service.Put(Text("f/b"), "2");
+    Pull();
+    service.Remove(Text("a"));
+    service.Remove(Text("f"));
+    service.Put(Text("a/c"), "3");
+    service.Put(Text("f"), "4");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}, {Text("f/b"), "2"}}));
+    EXPECT_EQ(Told(),
+              QStringList({Text("Kept a"), Text("Kept f"), Text("Kept f/b"), Text("Refused a"), Text("Refused f")}));
+    options.deletes = true;
+    options.isTrial = true;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("Deleted a"), Text("Deleted f"), Text("Deleted f/b"), Text("FolderMade a")}));
+    options.isTrial = false;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a/c"), "3"}, {Text("f"), "4"}}));
+}
+
+TEST_F(PullPassTest, AFolderThatHoldsWhatIsNotTheServicesDoesNotGiveWay) {
+    options.deletes = true;
+    service.Put(Text("f/b"), "2");
+    Pull();
+    Write("f/mine", "5");
+    service.Remove(Text("f"));
+    service.Put(Text("f"), "4");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Deleted f/b"), Text("Refused f")}));
+    EXPECT_EQ(Contents(), Files({{Text("f/mine"), "5"}}));
+}
+
+TEST_F(PullPassTest, ATrialTellsTheSameAndChangesNothing) {
+    options.deletes = true;
+    for (const char* name : {"same", "new version", "changed", "gone", "lost"}) {
+        service.Put(Text(name), "1");
+    }
+    Pull();
+    service.Put(Text("new version"), "2");
+    service.Put(Text("changed"), "2");
+    service.Put(Text("f/new"), "2");
+    service.Remove(Text("gone"));
+    Write("changed", "mine");
+    Remove("lost");
+    const Files before = Contents();
+    const ovsync::store::Fingerprint hidden = disk.Look(Text(".ovsync"))->fingerprint;
+    options.isTrial = true;
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    const QStringList told = Told();
+    EXPECT_EQ(told, QStringList({Text("Conflict changed"), Text("Deleted gone"), Text("FolderMade f")}));
+    EXPECT_EQ(events.size(), 6);
+    EXPECT_EQ(Contents(), before);
+    EXPECT_TRUE(disk.Look(Text(".ovsync"))->fingerprint.IsUnchangedSince(hidden));
+    EXPECT_EQ(service.Count("GET"), 5);
+    options.isTrial = false;
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), told);
+}
+
+TEST_F(PullPassTest, APassThatIsStoppedRecordsWhatIsFinishedAndLeavesNoTemporaryFiles) {
+    for (const char* name : {"a", "b", "c", "d"}) {
+        service.Put(Text(name), "1");
+    }
+    options.transfers = 1;
+    service.onRequest = [this](const QString& method, const QString& path) {
+        if (method == Text("GET") && path == Text("c")) {
+            isStopped = true;
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::Stopped);
+    EXPECT_FALSE(HasTemporaryFiles());
+    isStopped = false;
+    service.onRequest = nullptr;
+    const auto finished = static_cast<int>(Contents().size());
+    EXPECT_GE(finished, 2);
+    service.ForgetCounts();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 4 - finished);
+}
+
+TEST_F(PullPassTest, NamesThatTheDiskCannotTellApartAreRefused) {
+    tree.tellsCaseApart = false;
+    service.Put(Text("a"), "1");
+    service.Put(Text("A"), "2");
+    service.Put(Text("f/x"), "3");
+    service.Put(Text("F/x"), "4");
+    service.Put(Text("b"), "5");
+    Write("B", "mine");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), Files({{Text("B"), "mine"}}));
+    EXPECT_THAT(Told(), Contains(Text("Refused a")));
+    EXPECT_THAT(Told(), Contains(Text("Refused A")));
+}
+
+TEST_F(PullPassTest, AFileWhoseNameBecomesAmbiguousIsNotDeleted) {
+    options.deletes = true;
+    PullOne();
+    tree.tellsCaseApart = false;
+    service.Put(Text("A"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
+}
+
+TEST_F(PullPassTest, WhatIsExcludedIsLeftAloneOnBothSides) {
+    options.deletes = true;
+    for (const char* path : {"a.tmp", "f/a", "b"}) {
+        service.Put(Text(path), "1");
+    }
+    Pull();
+    options.filter = std::make_shared<ovsync::input::GlobFilter>(QStringList{Text("*.tmp"), Text("f")});
+    options.filterText = Text("other");
+    service.Remove(Text("a.tmp"));
+    service.Remove(Text("f"));
+    service.Put(Text("new.tmp"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a.tmp"), "1"}, {Text("b"), "1"}, {Text("f/a"), "1"}}));
+    options.filter = nullptr;
+    options.filterText = QString();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("b"), "1"}, {Text("new.tmp"), "1"}}));
+}
+
+TEST_F(PullPassTest, AFolderOnTheDiskThatCannotBeWrittenIsToldOfAndTheRestComes) {
+    service.Put(Text("a"), "1");
+    service.Put(Text("f/b"), "2");
+    tree.before = [](const char* operation, const QString& path) {
+        if (qstrcmp(operation, "Create") == 0 && path.startsWith(Text("f/"))) {
+            throw LocalError(path, EACCES);
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_THAT(Told(), Contains(Text("Refused f/b")));
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
+}
+
+TEST_F(PullPassTest, AFullDiskEndsThePass) {
+    service.Put(Text("a"), "1");
+    service.Put(Text("b"), "2");
+    tree.before = [](const char* operation, const QString& path) {
+        if (qstrcmp(operation, "Write") == 0) {
+            throw LocalError(path, ENOSPC);
+        }
+    };
+    EXPECT_THROW(Pull(), LocalError);
+    EXPECT_EQ(Contents(), Files());
+    tree.before = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+}
+
+TEST_F(PullPassTest, LeftoversOfADeadPassGoAndSimilarNamesStay) {
+    Write(".0123456789abcdef0123456789abcdef.{SyncTemp}", "partial");
+    Write("f/.0123456789abcdef0123456789abcdef.{SyncTemp}", "partial");
+    Write("mine.{SyncTemp}", "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("mine.{SyncTemp}"), "1"}}));
+}
+
+TEST_F(PullPassTest, AnotherFolderOfTheServiceIsRefused) {
+    PullOne();
+    ovsync::store::RecordDatabase(folder.path(), ovsync::store::RecordDatabase::Access::Change)
+        .WriteSetting(Text("address"), Text("http://other/"));
+    EXPECT_THROW(Pull(), WrongFolder);
+    EXPECT_THROW(Push(), WrongFolder);
+}
+
+}  // namespace

@@ -1,0 +1,310 @@
+#include "client/sync/push/PushPass.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+
+#include "client/wire/ExchangeError.h"
+#include "tests/client/sync/pass/SyncTest.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using ovsync::report::SyncOutcome;
+using ovsync::wire::ExchangeError;
+using tests::Text;
+using Files = std::map<QString, QByteArray>;
+
+class PushPassTest : public tests::SyncTest {
+protected:
+    /// A synced file "a" of the content "1".
+    void PushOne() {
+        Write("a", "1");
+        ASSERT_EQ(Push(), SyncOutcome::InStep);
+        service.ForgetCounts();
+    }
+
+    /// Right before the first request of `method`, once, `happens`.
+    void Before(const char* method, const std::function<void()>& happens) {
+        service.onRequest = [method, happens, isOver = false](const QString& met, const QString&) mutable {
+            if (!isOver && met == Text(method)) {
+                isOver = true;
+                happens();
+            }
+        };
+    }
+};
+
+TEST_F(PushPassTest, FilesAndFoldersGoOverOnce) {
+    Write("f/g/a", "1");
+    Write("b", "");
+    disk.MakeFolder(Text("e"));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("FolderSent e"), Text("FolderSent f"), Text("FolderSent f/g"), Text("Sent b"),
+                                   Text("Sent f/g/a")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("b"), ""}, {Text("f/g/a"), "1"}}));
+    service.ForgetCounts();
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_TRUE(events.isEmpty());
+    EXPECT_EQ(service.Count("PUT") + service.Count("GET"), 0);
+}
+
+TEST_F(PushPassTest, AChangedFileReplacesTheServices) {
+    PushOne();
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    Write("a", "3");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 0);
+}
+
+TEST_F(PushPassTest, TheSameOnAServerWithoutVersions) {
+    service.isPlain = true;
+    PushOne();
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    // What was sent is compared once each time.
+    EXPECT_EQ(service.Count("GET"), 2);
+    service.Put(Text("a"), "3");
+    Write("a", "4");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+}
+
+TEST_F(PushPassTest, WhatChangedOnTheServiceIsNotOverwritten) {
+    PushOne();
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+}
+
+TEST_F(PushPassTest, WhatIsOnBothSidesWithoutARecordIsAConflictUnlessItIsTheSame) {
+    Write("same", "1");
+    Write("other", "2");
+    service.Put(Text("same"), "1");
+    service.Put(Text("other"), "3");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
+    EXPECT_EQ(service.Count("PUT"), 0);
+    Write("same", "11");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Contents(), Files({{Text("other"), "3"}, {Text("same"), "11"}}));
+}
+
+TEST_F(PushPassTest, AConflictEndsWhenTheCopyIsRemovedAndNotBefore) {
+    PushOne();
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    Pull();
+    ASSERT_EQ(Contents().size(), 2U);
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "theirs"}}));
+    Remove(Contents().rbegin()->first.toUtf8().constData());
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "mine"}}));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+}
+
+TEST_F(PushPassTest, ARemovedCopyOfAnOlderVersionEndsNoConflict) {
+    PushOne();
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    Pull();
+    Remove(Contents().rbegin()->first.toUtf8().constData());
+    service.Put(Text("a"), "theirs again");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs again"));
+}
+
+TEST_F(PushPassTest, AChangeOnTheServiceAtAnyMomentBeforeTheContentIsStoredIsAConflict) {
+    for (const char* moment : {"HEAD", "FIND", "PUT"}) {
+        Write("a", moment);
+        service.Put(Text("a"), moment);
+        ASSERT_EQ(Push(), SyncOutcome::InStep);
+        Write("a", "mine");
+        Before(moment, [this] { service.Put(Text("a"), "theirs"); });
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome) << moment;
+        EXPECT_EQ(Told(), QStringList(Text("Conflict a"))) << moment;
+        EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs")) << moment;
+        Remove("a");
+        ASSERT_EQ(Pull(), SyncOutcome::InStep);
+    }
+}
+
+TEST_F(PushPassTest, AFileThatIsMadeOnTheServiceMeanwhileIsAConflict) {
+    Write("a", "mine");
+    Before("PUT", [this] { service.Put(Text("a"), "theirs"); });
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Content("a"), QByteArray("mine"));
+    EXPECT_EQ(Contents().size(), 2U);
+}
+
+TEST_F(PushPassTest, WhatIsSomethingElseRightAfterItWasSentIsAConflict) {
+    for (const bool isPlain : {false, true}) {
+        service.isPlain = isPlain;
+        const char* const name = isPlain ? "b" : "a";
+        Write(name, "mine");
+        Before("SENT", [this, name] { service.Put(Text(name), "theirs, longer"); });
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Told(), QStringList({Text("Conflict ") + QLatin1String(name)}));
+        EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Content(name), QByteArray("mine"));
+        Remove(name);
+        service.Remove(Text(name));
+    }
+}
+
+TEST_F(PushPassTest, AnUploadThatTheServiceOnlySeemedToStoreIsAConflict) {
+    Write("a", "1");
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    for (const char* changed : {"2", "longer"}) {
+        Write("a", changed);
+        Before("SENT", [this] { service.Put(Text("a"), "1"); });
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Told(), QStringList({Text("Conflict a")}));
+        EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Content("a"), QByteArray(changed));
+        service.Put(Text("a"), changed);
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    }
+}
+
+TEST_F(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
+    Write("a", "1");
+    Before("SENT", [this] { Write("a", "22"); });
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Refused a"), Text("Sent a")}));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("22"));
+}
+
+TEST_F(PushPassTest, WhatTheServiceDeletedIsNotMadeAgain) {
+    Write("f/a", "1");
+    Write("f/b", "1");
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    service.Remove(Text("f"));
+    Write("f/b", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Conflict f/b"), Text("Kept f"), Text("Kept f/a")}));
+    EXPECT_TRUE(service.Contents().empty());
+    EXPECT_FALSE(service.HasFolder(Text("f")));
+    Write("f/g/new", "3");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Contents(), Files({{Text("f/g/new"), "3"}}));
+}
+
+TEST_F(PushPassTest, WhatWasDeletedHereIsToldOfAndStaysThere) {
+    Write("f/a", "1");
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    Remove("f/a");
+    ASSERT_TRUE(disk.RemoveFolder(Text("f")));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("DeletedHere f"), Text("DeletedHere f/a")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("f/a"), "1"}}));
+    service.Remove(Text("f"));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_TRUE(events.isEmpty());
+}
+
+TEST_F(PushPassTest, NewerVersionsAreLeftToAPull) {
+    PushOne();
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("NewerThere a")));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(PushPassTest, NothingIsPutWhereTheServiceHidesSomething) {
+    service.unlisted.insert(Text("form"));
+    Write("form/a", "1");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused form")));
+    EXPECT_EQ(service.Count("PUT") + service.Count("MKCOL"), 0);
+}
+
+TEST_F(PushPassTest, WithoutEntityTagsAndDatesNothingIsOverwritten) {
+    PushOne();
+    service.isWithoutTags = true;
+    service.isWithoutDates = true;
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
+}
+
+TEST_F(PushPassTest, FilesAndFoldersOfOneNameAreToldOf) {
+    Write("a", "1");
+    Write("f/b", "1");
+    service.AddFolder(Text("a"));
+    service.Put(Text("f"), "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Refused a"), Text("Refused f")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("f"), "2"}}));
+}
+
+TEST_F(PushPassTest, LinksAndUnreadableNamesAreToldOf) {
+    ASSERT_TRUE(QFile::link(Text("/etc/passwd"), Path("link")));
+    ASSERT_TRUE(QFile::link(Text("/etc"), Path("folder")));
+    const QByteArray name = folder.path().toUtf8() + "/\xFF";
+    ASSERT_EQ(mknod(name.constData(), S_IFREG | 0600, 0), 0);
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Refused \xEF\xBF\xBD"), Text("Skipped folder"), Text("Skipped link")}));
+    EXPECT_TRUE(service.Contents().empty());
+    EXPECT_EQ(unlink(name.constData()), 0);
+}
+
+TEST_F(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
+    PushOne();
+    Write("a", "2");
+    Write("f/b", "1");
+    options.isTrial = true;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    const QStringList told = Told();
+    EXPECT_EQ(told, QStringList({Text("FolderSent f"), Text("Sent a"), Text("Sent f/b")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "1"}}));
+    EXPECT_FALSE(service.HasFolder(Text("f")));
+    options.isTrial = false;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), told);
+}
+
+TEST_F(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
+    Write("a", "1");
+    Before("SENT", [] { throw ExchangeError("PUT", QUrl(), Text("reset"), {}); });
+    EXPECT_EQ(Push(), SyncOutcome::Failed);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 1);
+}
+
+TEST_F(PushPassTest, APassThatIsStoppedRecordsWhatWasSent) {
+    for (const char* name : {"a", "b", "c", "d"}) {
+        Write(name, "1");
+    }
+    options.transfers = 1;
+    service.onRequest = [this](const QString& method, const QString& path) {
+        if (method == Text("PUT") && path == Text("c")) {
+            isStopped = true;
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::Stopped);
+    isStopped = false;
+    service.onRequest = nullptr;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents().size(), 4U);
+}
+
+}  // namespace

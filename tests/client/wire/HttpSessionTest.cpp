@@ -1,0 +1,462 @@
+#include "client/wire/HttpSession.h"
+
+#include <gmock/gmock.h>
+
+#include <QCryptographicHash>
+#include <QRegularExpression>
+#include <chrono>
+#include <string>
+
+#include "client/requests/PropfindRequest.h"
+#include "client/wire/ExchangeError.h"
+#include "tests/client/Fixtures.h"
+#include "tests/client/requests/ScriptedAnswers.h"
+#include "tests/fakes/CleanEnvironment.h"
+#include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/SelfSignedCertificate.h"
+
+namespace ovsync {
+namespace wire {
+
+using requests::PropfindRequest;
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using tests::AnswerOf;
+using tests::CleanEnvironment;
+using tests::FixtureAnswer;
+using tests::FixtureBytes;
+using tests::ListingAnswer;
+using tests::ScriptedServer;
+
+using Ending = ScriptedServer::Ending;
+
+const QString ListedPath = QStringLiteral("/Projects/A/");
+const int FilesInListing = 2;
+
+QAuthenticator Credentials(const char* user, const char* password) {
+    QAuthenticator credentials;
+    credentials.setUser(QString::fromUtf8(user));
+    credentials.setPassword(QString::fromUtf8(password));
+    return credentials;
+}
+
+QByteArray Listing() {
+    return ListingAnswer(QStringLiteral("apache.xml"));
+}
+
+QByteArray Md5(const QByteArray& text) {
+    return QCryptographicHash::hash(text, QCryptographicHash::Md5).toHex();
+}
+
+/// Whether the request proves to know the password, for the nonce of unauthorized-digest-401.http.
+bool IsDigestRight(const ScriptedServer::Request& request, const char* user, const char* password) {
+    const QString header = QString::fromUtf8(request.headers.value("authorization"));
+    const auto field = [&header](const char* name) {
+        const QRegularExpression pattern(QStringLiteral("[ ,]%1=\"?([^\",]*)").arg(QLatin1String(name)));
+        return pattern.match(header).captured(1).toUtf8();
+    };
+    const QByteArray secret = Md5(QByteArray(user) + ":files:" + password);
+    const QByteArray asked = Md5(request.method + ':' + request.target);
+    const QByteArray expected = Md5(secret + ":0a4f113b:" + field("nc") + ':' + field("cnonce") + ":auth:" + asked);
+    return header.startsWith(QLatin1String("Digest ")) && field("username") == user && field("uri") == request.target &&
+           field("response") == expected;
+}
+
+class HttpSessionTest : public testing::Test {
+protected:
+    /// "" when nothing was thrown.
+    static std::string ErrorOf(HttpSession& session, PropfindRequest& request) {
+        try {
+            session.Perform(request);
+        } catch (const ExchangeError& error) {
+            return error.Utf8Message();
+        }
+        return "";
+    }
+
+    static void ExpectListing(HttpSession& session, const QUrl& url) {
+        PropfindRequest request(url, PropfindRequest::Children);
+        EXPECT_EQ(ErrorOf(session, request), "");
+        ASSERT_TRUE(request.GetResult());
+        EXPECT_EQ(request.GetResult()->fileResponses.size(), FilesInListing);
+    }
+
+    const CleanEnvironment environment;
+    HttpSessionSettings settings;
+};
+
+TEST_F(HttpSessionTest, AnswersABasicChallenge) {
+    const auto listing = [](const ScriptedServer::Request& request) {
+        return request.headers.value("authorization") == "Basic " + QByteArray("alice:s\xC3\xA9same").toBase64()
+                   ? Listing()
+                   : FixtureAnswer(QStringLiteral("statuses/forbidden-403")).Bytes();
+    };
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), {listing}, {listing}});
+    HttpSession session(settings, Credentials("alice", "s\xC3\xA9same"));
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_FALSE(server.Requests().first().headers.contains("authorization"));
+    EXPECT_EQ(server.Requests().last().connection, 1);
+    EXPECT_EQ(server.Requests().first().body, server.Requests().last().body);
+}
+
+TEST_F(HttpSessionTest, AnswersADigestChallenge) {
+    const auto listing = [](const ScriptedServer::Request& request) {
+        return IsDigestRight(request, "alice", "sesame")
+                   ? Listing()
+                   : FixtureAnswer(QStringLiteral("statuses/forbidden-403")).Bytes();
+    };
+    ScriptedServer server({AnswerOf("statuses/unauthorized-digest-401"), {listing}, {listing}});
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_FALSE(server.Requests().last().headers.value("authorization").contains("sesame"));
+}
+
+const char* const InClear = "the password is asked for in clear, as Basic over http";
+
+TEST_F(HttpSessionTest, AfterDigestNoPasswordIsSentInClear) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-digest-401"), ScriptedServer::Answer(Listing()),
+                           AnswerOf("statuses/unauthorized-basic-401"),
+                           AnswerOf("statuses/unauthorized-basic-401", Ending::Close),
+                           AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("statuses/unauthorized-digest-401"),
+                           ScriptedServer::Answer(Listing())});
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    ExpectListing(session, server.Url(ListedPath));
+    for (int i = 0; i < 2; ++i) {
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+        EXPECT_THAT(ErrorOf(session, request), AllOf(HasSubstr(InClear), HasSubstr("status 401")));
+        EXPECT_FALSE(request.GetResult());
+    }
+    const HttpSessionSettings copy = settings;
+    HttpSession other(copy, Credentials("alice", "sesame"));
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(other, request), HasSubstr(InClear));
+    ExpectListing(other, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    for (const ScriptedServer::Request& seen : server.Requests()) {
+        EXPECT_FALSE(seen.headers.value("authorization").startsWith("Basic"));
+    }
+}
+
+TEST_F(HttpSessionTest, AfterDigestNoDisguiseOfBasicIsAnswered) {
+    settings.digestHosts->Add(QUrl(QStringLiteral("http://127.0.0.1/")));
+    const QByteArray challenges[] = {
+        "WWW-Authenticate: Basic realm=\"x, Digest y\"\r\n",
+        "WWW-Authenticate: basic realm=\"x\"\r\n\tWWW-Authenticate: Digest realm=\"x\", nonce=\"y\"\r\n",
+        "WWW-Authenticate: Other, BASIC realm=\"Digest\"\r\nX-Authenticate: Digest realm=\"x\"\r\n",
+        "X: y\r\nwww-authenticate: Basic realm=\"\\\", Digest realm=\"\r\n",
+    };
+    for (const QByteArray& challenge : challenges) {
+        ScriptedServer server(
+            {ScriptedServer::Answer("HTTP/1.1 401 Unauthorized\r\nContent-Length: 0\r\n" + challenge + "\r\n")});
+        HttpSession session(settings, Credentials("alice", "sesame"));
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+        EXPECT_THAT(ErrorOf(session, request), HasSubstr(InClear)) << challenge.constData();
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
+}
+
+TEST_F(HttpSessionTest, BasicIsForgottenWhereDigestWasTakenMeanwhile) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"),
+                           ScriptedServer::Answer(Listing(), Ending::Close),
+                           AnswerOf("statuses/unauthorized-digest-401"),
+                           ScriptedServer::Answer(Listing(), Ending::Close), ScriptedServer::Answer(Listing())});
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    ExpectListing(session, server.Url(ListedPath));
+    HttpSession other(settings, Credentials("alice", "sesame"));
+    ExpectListing(other, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_FALSE(server.Requests().last().headers.contains("authorization"));
+}
+
+TEST_F(HttpSessionTest, WrongCredentialsEndInA401) {
+    for (const char* challenge : {"statuses/unauthorized-basic-401", "statuses/unauthorized-digest-401"}) {
+        ScriptedServer server({AnswerOf(challenge), AnswerOf(challenge)});
+        HttpSession session(settings, Credentials("alice", "wrong sesame"));
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+        EXPECT_EQ(ErrorOf(session, request), "");
+        EXPECT_EQ(request.GetStatusCode(), 401);
+        EXPECT_FALSE(request.GetResult());
+        EXPECT_THAT(session.LastAnswer().Text().toStdString(),
+                    AllOf(HasSubstr("status 401"), HasSubstr("Say who you are."), Not(HasSubstr("sesame"))));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
+}
+
+TEST_F(HttpSessionTest, WithoutCredentialsA401IsTheAnswer) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401")});
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_EQ(ErrorOf(session, request), "");
+    EXPECT_EQ(request.GetStatusCode(), 401);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(HttpSessionTest, NeverNamesTheCredentialsInAnError) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("bad/login-page-with-200")});
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    QUrl url = server.Url(ListedPath);
+    url.setUserInfo(QStringLiteral("bob:hush"));
+    PropfindRequest request(url, PropfindRequest::Children);
+    const std::string error = ErrorOf(session, request);
+    EXPECT_THAT(error, HasSubstr("failed: the status is no answer"));
+    EXPECT_THAT(error, AllOf(Not(HasSubstr("sesame")), Not(HasSubstr("hush")), Not(HasSubstr("alice")),
+                             Not(HasSubstr(QByteArray("alice:sesame").toBase64().toStdString()))));
+    server.Stop();
+    EXPECT_EQ(server.Requests().last().headers.value("authorization"),
+              "Basic " + QByteArray("alice:sesame").toBase64());
+}
+
+TEST_F(HttpSessionTest, SendsThePathAsItStandsInTheUrl) {
+    ScriptedServer server({AnswerOf("statuses/not-found-404")});
+    HttpSession session(settings, QAuthenticator());
+    QUrl url = server.Url(QStringLiteral("/"));
+    url.setPath(QStringLiteral("/a%2Fb%25/%28c%29%20d;e/"), QUrl::TolerantMode);
+    PropfindRequest request(url, PropfindRequest::Children);
+    EXPECT_EQ(ErrorOf(session, request), "");
+    server.Stop();
+    EXPECT_EQ(server.Requests().first().target, "/a%2Fb%25/%28c%29%20d;e/");
+}
+
+TEST_F(HttpSessionTest, PassesInterimAnswersOver) {
+    ScriptedServer server(
+        {ScriptedServer::Answer(FixtureBytes(QStringLiteral("statuses/interim-103.txt")) + Listing())});
+    HttpSession session(settings, QAuthenticator());
+    ExpectListing(session, server.Url(ListedPath));
+}
+
+TEST_F(HttpSessionTest, TakesAChunkedListingAndOneThatEndsWithTheConnection) {
+    const QByteArray body = FixtureBytes(QStringLiteral("listings/apache.xml"));
+    const QByteArray head = "HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\n";
+    QByteArray chunks;
+    for (int at = 0; at < body.size(); at += 100) {
+        const QByteArray chunk = body.mid(at, 100);
+        chunks += QByteArray::number(chunk.size(), 16) + "\r\n" + chunk + "\r\n";
+    }
+    const QByteArray trailer = "0\r\nContent-Type: text/html\r\n\r\n";
+    ScriptedServer server({ScriptedServer::Answer(head + "Transfer-Encoding: chunked\r\n\r\n" + chunks + trailer),
+                           ScriptedServer::Answer(head + "Connection: close\r\n\r\n" + body, Ending::Close)});
+    HttpSession session(settings, QAuthenticator());
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(HttpSessionTest, ConnectsAnewWhenTheServerClosedAnIdleConnection) {
+    ScriptedServer server({ScriptedServer::Answer(Listing(), Ending::Close), ScriptedServer::Answer(Listing())});
+    HttpSession session(settings, QAuthenticator());
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().last().connection, 2);
+}
+
+TEST_F(HttpSessionTest, WorksAgainAfterAnAnswerThatWasNone) {
+    ScriptedServer server({AnswerOf("bad/entry-forbidden"), ScriptedServer::Answer(Listing())});
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_NE(ErrorOf(session, request), "");
+    ExpectListing(session, server.Url(ListedPath));
+}
+
+TEST_F(HttpSessionTest, GivesUpAfterSilence) {
+    settings.silenceLimit = std::chrono::milliseconds(300);
+    const QByteArray listing = Listing();
+    for (const int size : {0, 20, listing.size() - 10}) {
+        ScriptedServer server({ScriptedServer::Answer(listing.left(size), Ending::Stall)});
+        HttpSession session(settings, QAuthenticator());
+        PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+        EXPECT_THAT(ErrorOf(session, request), HasSubstr("nothing was received or sent for 0.3 s")) << size;
+        EXPECT_FALSE(request.GetResult());
+    }
+}
+
+TEST_F(HttpSessionTest, GivesUpAnAnswerThatDrips) {
+    settings.slownessLimit = std::chrono::milliseconds(300);
+    const QByteArray listing = Listing();
+    ScriptedServer::Step step = ScriptedServer::Answer(listing);
+    step.millisecondsPerByte = 20;
+    ScriptedServer server({step});
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(session, request), HasSubstr("less than 1024 bytes a second were received for 0.3 s"));
+    EXPECT_FALSE(request.GetResult());
+}
+
+TEST_F(HttpSessionTest, OutlivesASlowAnswerThatKeepsComing) {
+    settings.slownessLimit = std::chrono::milliseconds(500);
+    settings.leastRate = 2;
+    ScriptedServer::Step step = ScriptedServer::Answer(ListingAnswer(QStringLiteral("file.xml")));
+    step.millisecondsPerByte = 2;
+    ScriptedServer server({step});
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(QStringLiteral("/Projects/A/b%20c.txt")), PropfindRequest::Resource);
+    EXPECT_EQ(ErrorOf(session, request), "");
+    EXPECT_TRUE(request.GetResult());
+}
+
+TEST_F(HttpSessionTest, RefusesAListingThatUnpacksToMoreThanTheLimit) {
+    const QByteArray packed = FixtureBytes(QStringLiteral("listings/apache.xml.gz"));
+    ScriptedServer proxy({ScriptedServer::Answer(
+        "HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\nContent-Encoding: gzip\r\nContent-Length: " +
+        QByteArray::number(packed.size()) + "\r\n\r\n" + packed)});
+    qputenv("http_proxy", proxy.Url(QString()).toEncoded());
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(QUrl(QStringLiteral("http://files.invalid/Projects/A/")), PropfindRequest::Children);
+    ListingLimits limits;
+    limits.bytes = {packed.size(), QStringLiteral("--bytes")};
+    request.SetLimits(limits);
+    EXPECT_THAT(ErrorOf(session, request), HasSubstr("the listing has more than " + std::to_string(packed.size()) +
+                                                     " bytes, the limit set by --bytes"));
+    EXPECT_FALSE(request.GetResult());
+}
+
+TEST_F(HttpSessionTest, OutlivesASlowAnswerThatIsNeverSilent) {
+    settings.silenceLimit = std::chrono::milliseconds(250);
+    ScriptedServer::Step step = ScriptedServer::Answer(ListingAnswer(QStringLiteral("file.xml")));
+    step.millisecondsPerByte = 2;
+    ScriptedServer server({step});
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(QStringLiteral("/Projects/A/b%20c.txt")), PropfindRequest::Resource);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ErrorOf(session, request), "");
+    EXPECT_GT(std::chrono::steady_clock::now() - start, 2 * settings.silenceLimit);
+    ASSERT_TRUE(request.GetResult());
+    EXPECT_TRUE(request.GetResult()->isSingleResponse);
+}
+
+TEST_F(HttpSessionTest, TakesTheProxyFromTheEnvironment) {
+    ScriptedServer proxy({ScriptedServer::Answer(Listing())});
+    qputenv("http_proxy", proxy.Url(QString()).toEncoded());
+    HttpSession session(settings, QAuthenticator());
+    ExpectListing(session, QUrl(QStringLiteral("http://files.invalid/Projects/A/")));
+    proxy.Stop();
+    EXPECT_TRUE(proxy.SawItsScript());
+    EXPECT_EQ(proxy.Requests().first().target, "http://files.invalid/Projects/A/");
+}
+
+TEST_F(HttpSessionTest, GoesPastTheProxyWhereTheEnvironmentSaysSo) {
+    ScriptedServer server({ScriptedServer::Answer(Listing())});
+    qputenv("http_proxy", "http://proxy.invalid:1/");
+    qputenv("no_proxy", "127.0.0.1");
+    HttpSession session(settings, QAuthenticator());
+    ExpectListing(session, server.Url(ListedPath));
+}
+
+TEST_F(HttpSessionTest, AsksForCompressionOnlyOutsideTheMachine) {
+    ScriptedServer server({ScriptedServer::Answer(Listing())});
+    ScriptedServer proxy({ScriptedServer::Answer(Listing())});
+    HttpSession session(settings, QAuthenticator());
+    ExpectListing(session, server.Url(ListedPath));
+    qputenv("http_proxy", proxy.Url(QString()).toEncoded());
+    ExpectListing(session, QUrl(QStringLiteral("http://files.invalid/Projects/A/")));
+    server.Stop();
+    proxy.Stop();
+    EXPECT_FALSE(server.Requests().first().headers.contains("accept-encoding"));
+    EXPECT_EQ(proxy.Requests().first().headers.value("accept-encoding"), "gzip");
+}
+
+TEST_F(HttpSessionTest, UnpacksACompressedListingAndRefusesHalfOfOne) {
+    const QByteArray packed = FixtureBytes(QStringLiteral("listings/apache.xml.gz"));
+    const auto answer = [](const QByteArray& body) {
+        return ScriptedServer::Answer(
+            "HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\nContent-Encoding: gzip\r\nContent-Length: " +
+            QByteArray::number(body.size()) + "\r\n\r\n" + body);
+    };
+    ScriptedServer proxy({answer(packed), answer(packed.left(packed.size() / 2))});
+    qputenv("http_proxy", proxy.Url(QString()).toEncoded());
+    HttpSession session(settings, QAuthenticator());
+    const QUrl url(QStringLiteral("http://files.invalid/Projects/A/"));
+    ExpectListing(session, url);
+    PropfindRequest request(url, PropfindRequest::Children);
+    EXPECT_NE(ErrorOf(session, request), "");
+    EXPECT_FALSE(request.GetResult());
+}
+
+class SecureHttpSessionTest : public HttpSessionTest {
+protected:
+    const tests::SelfSignedCertificate selfSigned;
+    const ScriptedServer::Certificate& certificate = selfSigned.Files();
+};
+
+TEST_F(SecureHttpSessionTest, TrustsACertificateOfTheCaFile) {
+    ScriptedServer server({ScriptedServer::Answer(Listing()), ScriptedServer::Answer(Listing())}, certificate);
+    settings.caFile = certificate.certificateFile;
+    HttpSession session(settings, QAuthenticator());
+    ExpectListing(session, server.Url(ListedPath));
+    ExpectListing(session, server.Url(ListedPath));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().last().connection, 1);
+}
+
+TEST_F(SecureHttpSessionTest, AfterDigestAnswersABasicChallengeThatNobodyElseHears) {
+    ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), ScriptedServer::Answer(Listing())},
+                          certificate);
+    settings.caFile = certificate.certificateFile;
+    settings.digestHosts->Add(server.Url(ListedPath));
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    ExpectListing(session, server.Url(ListedPath));
+}
+
+TEST_F(SecureHttpSessionTest, RefusesACertificateThatNobodyVouchesFor) {
+    ScriptedServer server({}, certificate);
+    HttpSession session(settings, Credentials("alice", "sesame"));
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(session, request), AllOf(HasSubstr("the server's certificate is not trusted: "),
+                                                 HasSubstr("self-signed certificate"), HasSubstr("no answer")));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(SecureHttpSessionTest, RefusesACertificateForAnotherHost) {
+    ScriptedServer server({}, certificate);
+    settings.caFile = certificate.certificateFile;
+    HttpSession session(settings, QAuthenticator());
+    QUrl url = server.Url(ListedPath);
+    url.setHost(QStringLiteral("localhost"));
+    PropfindRequest request(url, PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(session, request), HasSubstr("the server's certificate is not trusted: "));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(SecureHttpSessionTest, RefusesAListingThatIsCutOffWithoutAWord) {
+    const QByteArray body = FixtureBytes(QStringLiteral("listings/apache.xml"));
+    ScriptedServer server(
+        {ScriptedServer::Answer("HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\n\r\n" + body, Ending::Reset)},
+        certificate);
+    settings.caFile = certificate.certificateFile;
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(session, request), HasSubstr("cut off or damaged"));
+}
+
+TEST_F(SecureHttpSessionTest, NamesACaFileThatIsNotThere) {
+    settings.caFile = environment.HomeFile(QStringLiteral("missing.pem"));
+    HttpSession session(settings, QAuthenticator());
+    PropfindRequest request(QUrl(QStringLiteral("https://127.0.0.1:1/")), PropfindRequest::Children);
+    ScriptedServer server({}, certificate);
+    PropfindRequest toServer(server.Url(ListedPath), PropfindRequest::Children);
+    EXPECT_THAT(ErrorOf(session, toServer), HasSubstr("missing.pem"));
+}
+
+}  // namespace
+}  // namespace wire
+}  // namespace ovsync
