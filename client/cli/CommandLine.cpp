@@ -31,14 +31,16 @@
 #include "client/cli/commands/TrashCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Credentials.h"
 #include "client/cli/input/Interruption.h"
+#include "client/cli/input/Location.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/LoggedErrors.h"
 #include "client/cli/output/Progress.h"
 #include "client/cli/output/TerminalText.h"
+#include "client/library/ServiceConnection.h"
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/SyncOptions.h"
@@ -66,13 +68,13 @@ using commands::ShowSettings;
 using commands::ShowTree;
 using commands::ShowVersions;
 using commands::StartAgent;
-using input::Connection;
-using input::ConnectionOptions;
+using input::FindCredentials;
 using input::Interruption;
 using input::Location;
 using input::Refusal;
 using input::SyncArguments;
 using input::UsageError;
+using library::ServiceConnection;
 using output::Complain;
 using output::ExitCode;
 using output::ListFormat;
@@ -132,20 +134,19 @@ struct Arguments {
     bool isTrial = false;
     int transfers = pass::SyncOptions().transfers;
 
-    ConnectionOptions Connecting() const {
-        ConnectionOptions options;
-        options.user = QString::fromStdString(user);
-        options.session.caFile = QString::fromStdString(caFile);
-        options.session.silenceLimit =
+    wire::HttpSessionSettings Connecting() const {
+        wire::HttpSessionSettings settings;
+        settings.caFile = QString::fromStdString(caFile);
+        settings.silenceLimit =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(silenceLimit));
-        options.session.slownessLimit = SilenceLimitsOfSlowness * options.session.silenceLimit;
-        options.session.listing.entries = {maxListingEntries, QString::fromLatin1(EntriesOption)};
-        options.session.listing.bytes = {maxListingBytes, QString::fromLatin1(BytesOption)};
+        settings.slownessLimit = SilenceLimitsOfSlowness * settings.silenceLimit;
+        settings.listing.entries = {maxListingEntries, QString::fromLatin1(EntriesOption)};
+        settings.listing.bytes = {maxListingBytes, QString::fromLatin1(BytesOption)};
         if (isatty(STDERR_FILENO) == 1) {
             const auto progress = std::make_shared<Progress>();
-            options.session.onProgress = [progress](qint64 bytes, bool isOver) { progress->Show(bytes, isOver); };
+            settings.onProgress = [progress](qint64 bytes, bool isOver) { progress->Show(bytes, isOver); };
         }
-        return options;
+        return settings;
     }
 
     ListFormat Format() const {
@@ -204,9 +205,9 @@ struct Arguments {
     }
 };
 
-using Command = std::function<ExitCode(Connection&, const Location&, const Arguments&, Output&)>;
+using Command = std::function<ExitCode(ServiceConnection&, const Location&, const Arguments&, Output&)>;
 /// A command that is done when it does not throw.
-using Action = std::function<void(Connection&, const Location&, const Arguments&, Output&)>;
+using Action = std::function<void(ServiceConnection&, const Location&, const Arguments&, Output&)>;
 /// A command that needs no service.
 using LocalCommand = std::function<ExitCode(const Arguments&, Output&)>;
 
@@ -229,16 +230,15 @@ public:
     Commands(CLI::App& app, Arguments& arguments) : _app(app), _arguments(arguments) {
         CLI::App* command =
             _Add("ls", "Lists the sub-folders and the files of a folder, one name a line, in name order.",
-                 [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                 [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
                      ListFolder(connection, location, given.Format(), output);
                  });
         _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
         _AddLong(command);
 
         command = _Add("tree", "Lists everything below a folder, one path a line, in name order.",
-                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
-                           ShowTree(connection, location, given.Since(), given.Format(), output);
-                       });
+                       [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                          Output& output) { ShowTree(connection, location, given.Since(), given.Format(), output); });
         _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
         _AddLong(command);
         command
@@ -247,36 +247,36 @@ public:
             ->type_name("TIME");
         _treeCommands.push_back(command);
 
-        command = _Add("du", "Counts the files below a folder and their bytes.",
-                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
-                           MeasureTree(connection, location, given.Excluded(), given.isJson, output);
-                       });
+        command =
+            _Add("du", "Counts the files below a folder and their bytes.",
+                 [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+                     MeasureTree(connection, location, given.Excluded(), given.isJson, output);
+                 });
         _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
         _AddExclude(command);
         _treeCommands.push_back(command);
 
         command = _Add("stat", "Prints what the service knows of one folder or file.",
-                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
-                           ShowResource(connection, location, given.isJson, output);
-                       });
+                       [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                          Output& output) { ShowResource(connection, location, given.isJson, output); });
         _AddUrl(command, "URL", "The folder or file, for example http://host/folder/file.txt", _arguments.url);
 
-        command = _Add("mkdir", "Creates a folder. One that is there already is left as it is.",
-                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
-                           MakeFolder(connection, location, given.withParents, given.isJson, output);
-                       });
+        command =
+            _Add("mkdir", "Creates a folder. One that is there already is left as it is.",
+                 [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+                     MakeFolder(connection, location, given.withParents, given.isJson, output);
+                 });
         _AddUrl(command, "URL", "The new folder, for example http://host/folder/new/", _arguments.url);
         command->add_flag("-p,--parents", _arguments.withParents, "Create the missing folders above it too");
 
         command = _Add("rm", "Removes a folder and everything in it.",
-                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
-                           RemoveFolder(connection, location, given.isJson, output);
-                       });
+                       [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                          Output& output) { RemoveFolder(connection, location, given.isJson, output); });
         _AddUrl(command, "URL", "The folder, for example http://host/folder/old/", _arguments.url);
 
         command =
             _Add("mv", "Moves a folder to where nothing is, on the same server.",
-                 [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+                 [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
                      MoveFolder(connection, location, Location::FromUrl(QString::fromStdString(given.destination)),
                                 given.isJson, output);
                  });
@@ -284,7 +284,7 @@ public:
         _AddUrl(command, "TO", "Its new URL, for example http://host/elsewhere/name/", _arguments.destination);
 
         command = _AddCommand("pull", "Brings a local folder in step with a folder of the service.",
-                              [](Connection& connection, const Location& location, const Arguments& given,
+                              [](ServiceConnection& connection, const Location& location, const Arguments& given,
                                  Output& output) { return Pull(connection, location, given.Syncing(), output); });
         _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
         _AddUrl(command, "DIR", "The local folder, made when it is missing", _arguments.directory);
@@ -298,20 +298,19 @@ public:
         _AddPassOptions(command);
 
         command = _AddCommand("push", "Brings a folder of the service in step with a local folder; deletes nothing.",
-                              [](Connection& connection, const Location& location, const Arguments& given,
+                              [](ServiceConnection& connection, const Location& location, const Arguments& given,
                                  Output& output) { return Push(connection, location, given.Syncing(), output); });
         _AddUrl(command, "DIR", "The local folder, which must be there", _arguments.directory);
         _AddUrl(command, "URL", "The folder, for example http://host/folder/", _arguments.url);
         _AddPassOptions(command);
 
         command = _Add("settings", "Shows how synchronisation is tuned, and what the service publishes about it.",
-                       [](Connection& connection, const Location& location, const Arguments& given, Output& output) {
-                           ShowSettings(connection, location, given.isJson, output);
-                       });
+                       [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                          Output& output) { ShowSettings(connection, location, given.isJson, output); });
         _AddUrl(command, "URL", "The service, for example http://host/", _arguments.url);
 
         command = _Add("version", "Shows the application's version and the newest one that the service offers.",
-                       [](Connection& connection, const Location&, const Arguments& given, Output& output) {
+                       [](ServiceConnection& connection, const Location&, const Arguments& given, Output& output) {
                            ShowVersions(connection, given.isJson, output);
                        });
         _AddUrl(command, "URL", "The service, for example http://host/", _arguments.url);
@@ -377,7 +376,7 @@ private:
     CLI::App* _Add(const char* name, const char* description, const Action& action) {
         return _AddCommand(
             name, description,
-            [action](Connection& connection, const Location& location, const Arguments& given, Output& output) {
+            [action](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
                 action(connection, location, given, output);
                 return ExitCode::Done;
             });
@@ -472,7 +471,7 @@ private:
 };
 
 /// Whether a server that answered the request for the whole tree at `location` with `status` refuses that for any tree.
-bool RefusesTrees(int status, Connection& connection, const Location& location) {
+bool RefusesTrees(int status, ServiceConnection& connection, const Location& location) {
     if (status < HttpStatus::BadRequest || status >= HttpStatus::InternalServerError ||
         status == HttpStatus::Unauthorized || status == HttpStatus::NotFound) {
         return false;
@@ -494,7 +493,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
     log.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
     const LoggedErrors loggedErrors(log, [](const QString& message) { Complain(TerminalText(message)); });
     Location location;
-    std::optional<Connection> connection;
+    std::optional<ServiceConnection> connection;
     CLI::App app("Lists, looks up and changes what lies on a Drovane service or any other WebDAV server.", "ovsync");
     Arguments arguments;
     const Commands commands(app, arguments);
@@ -523,8 +522,8 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             return code;
         }
         location = Location::FromUrl(QString::fromStdString(arguments.url));
-        ConnectionOptions options = arguments.Connecting();
-        options.session.onProgress = [shown = options.session.onProgress, &connection](qint64 bytes, bool isOver) {
+        wire::HttpSessionSettings settings = arguments.Connecting();
+        settings.onProgress = [shown = settings.onProgress, &connection](qint64 bytes, bool isOver) {
             if (Interruption::IsWished()) {
                 connection->Cancel();
             }
@@ -532,7 +531,8 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
                 shown(bytes, isOver);
             }
         };
-        connection.emplace(location, options);
+        const QString user = arguments.user.empty() ? location.user : QString::fromStdString(arguments.user);
+        connection.emplace(location.baseUrl, FindCredentials(user, location.baseUrl.host()), settings);
         const ExitCode exitCode = (*commands.Parsed())(*connection, location, arguments, output);
         output.Flush();
         return exitCode;

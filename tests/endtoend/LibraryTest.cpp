@@ -5,15 +5,15 @@
 #include <QVector>
 #include <memory>
 
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Location.h"
+#include "client/library/ServiceConnection.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Text.h"
 
 namespace {
 
-using ovsync::input::Connection;
-using ovsync::input::ConnectionOptions;
 using ovsync::input::Location;
+using ovsync::library::ServiceConnection;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 using tests::Service;
@@ -33,7 +33,7 @@ protected:
     }
 
     Service _service;
-    Connection _connection{Location::FromUrl(_service.Url()), ConnectionOptions()};
+    ServiceConnection _connection{Location::FromUrl(_service.Url()).baseUrl};
     FolderConfiguration _folder = _connection.Folder(Text("folder"));
     std::shared_ptr<QVector<FileConfiguration>> _files;
 };

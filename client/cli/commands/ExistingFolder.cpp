@@ -7,10 +7,11 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
+using library::ServiceConnection;
 
-sync::config::FolderConfiguration FindFolder(Connection& connection, const Location& location, const char* command) {
+sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, const Location& location,
+                                             const char* command) {
     const sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
     sync::config::FolderConfiguration found;
     if (connection.Folders().GetFolderProperties(folder, found)) {

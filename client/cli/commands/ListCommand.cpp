@@ -6,14 +6,14 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
+using library::ServiceConnection;
 using output::ListFormat;
 using output::Output;
 using output::WriteEntries;
 using wire::HttpStatus;
 
-void ListFolder(Connection& connection, const Location& location, ListFormat format, Output& output) {
+void ListFolder(ServiceConnection& connection, const Location& location, ListFormat format, Output& output) {
     sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
     // The library asks for folders and for files by the same listing, which is fetched once. The folders come first
     // because they are few: whoever reads an answer first works on a copy of what it changes.

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Location.h"
 #include "client/cli/output/Entries.h"
 #include "client/cli/output/Output.h"
+#include "client/library/ServiceConnection.h"
 
 namespace ovsync {
 namespace commands {
@@ -10,7 +11,7 @@ namespace commands {
 /// `ovsync ls`: the sub-folders and the files of the folder at `location`, in one name order. Nothing is written unless
 /// the listing is whole. Throws what the library and the exchange with the service throw, and HttpException of status
 /// 404 when there is no such folder.
-void ListFolder(input::Connection& connection, const input::Location& location, output::ListFormat format,
+void ListFolder(library::ServiceConnection& connection, const input::Location& location, output::ListFormat format,
                 output::Output& output);
 
 }  // namespace commands

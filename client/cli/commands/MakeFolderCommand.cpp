@@ -7,13 +7,14 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
 using input::UsageError;
+using library::ServiceConnection;
 using output::JsonObject;
 using output::Output;
 
-void MakeFolder(Connection& connection, const Location& location, bool withParents, bool asJson, Output& output) {
+void MakeFolder(ServiceConnection& connection, const Location& location, bool withParents, bool asJson,
+                Output& output) {
     if (location.serverPath.isEmpty()) {
         throw UsageError(QStringLiteral("%1: the root is always there").arg(location.baseUrl.toString()));
     }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Location.h"
 #include "client/cli/output/Output.h"
+#include "client/library/ServiceConnection.h"
 
 namespace ovsync {
 namespace commands {
@@ -10,7 +11,7 @@ namespace commands {
 /// the service a folder that is there already is as good as a new one. Writes the folder as JSON when `asJson`, and
 /// nothing otherwise. Throws UsageError for the root, HttpException of status 404 when the folder above it is missing,
 /// and what the library and the exchange with the service throw.
-void MakeFolder(input::Connection& connection, const input::Location& location, bool withParents, bool asJson,
+void MakeFolder(library::ServiceConnection& connection, const input::Location& location, bool withParents, bool asJson,
                 output::Output& output);
 
 }  // namespace commands

@@ -8,12 +8,12 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
 using input::UsageError;
+using library::ServiceConnection;
 using output::Output;
 
-void MoveFolder(Connection& connection, const Location& from, const Location& to, bool asJson, Output& output) {
+void MoveFolder(ServiceConnection& connection, const Location& from, const Location& to, bool asJson, Output& output) {
     if (!from.IsOnServerOf(to)) {
         throw UsageError(QStringLiteral("%1 and %2 are two servers, and a folder is moved within one")
                              .arg(from.baseUrl.toString(), to.baseUrl.toString()));

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Location.h"
 #include "client/cli/output/Output.h"
+#include "client/library/ServiceConnection.h"
 
 namespace ovsync {
 namespace commands {
@@ -10,8 +11,8 @@ namespace commands {
 /// as JSON when `asJson`, and nothing otherwise. Throws UsageError when the two are not on one server, when either is
 /// the root and when `from` is a file, HttpException of status 404 when there is nothing at `from`, and what the
 /// library and the exchange with the service throw.
-void MoveFolder(input::Connection& connection, const input::Location& from, const input::Location& to, bool asJson,
-                output::Output& output);
+void MoveFolder(library::ServiceConnection& connection, const input::Location& from, const input::Location& to,
+                bool asJson, output::Output& output);
 
 }  // namespace commands
 }  // namespace ovsync

@@ -17,10 +17,10 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
 using input::SyncArguments;
 using input::UsageError;
+using library::ServiceConnection;
 using output::ExitCode;
 using output::Output;
 
@@ -34,7 +34,7 @@ bool IsMissing(const QString& directory) {
 
 }  // namespace
 
-ExitCode Pull(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
+ExitCode Pull(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
     SyncArguments used = arguments;
     std::optional<QTemporaryDir> empty;
     if (IsMissing(used.directory)) {

@@ -6,13 +6,13 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
 using input::SyncArguments;
+using library::ServiceConnection;
 using output::ExitCode;
 using output::Output;
 
-ExitCode Push(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
+ExitCode Push(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
     return RunPass(connection, location, arguments, output,
                    [](pass::PassContext& context) { return push::PushPass(context).Run(); });
 }

@@ -7,13 +7,13 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
 using input::UsageError;
+using library::ServiceConnection;
 using output::JsonObject;
 using output::Output;
 
-void RemoveFolder(Connection& connection, const Location& location, bool asJson, Output& output) {
+void RemoveFolder(ServiceConnection& connection, const Location& location, bool asJson, Output& output) {
     if (location.serverPath.isEmpty()) {
         throw UsageError(QStringLiteral("%1: the root cannot be removed").arg(location.baseUrl.toString()));
     }

@@ -7,9 +7,9 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::GlobFilter;
 using input::Location;
+using library::ServiceConnection;
 using output::Output;
 using wire::HttpStatus;
 
@@ -21,7 +21,7 @@ QByteArray Counted(qint64 number, const char* unit) {
 
 }  // namespace
 
-void MeasureTree(Connection& connection, const Location& location, const QStringList& excluded, bool asJson,
+void MeasureTree(ServiceConnection& connection, const Location& location, const QStringList& excluded, bool asJson,
                  Output& output) {
     const auto filter = std::make_shared<GlobFilter>(excluded);
     const sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);

@@ -2,8 +2,9 @@
 
 #include <QStringList>
 
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Location.h"
 #include "client/cli/output/Output.h"
+#include "client/library/ServiceConnection.h"
 
 namespace ovsync {
 namespace commands {
@@ -12,7 +13,7 @@ namespace commands {
 /// those that one of the globs in `excluded` matches by their names or by the name of a folder below `location`. Throws
 /// UsageError for a glob that is none, HttpException of status 404 when there is no such folder, and what the library
 /// and the exchange with the service throw.
-void MeasureTree(input::Connection& connection, const input::Location& location, const QStringList& excluded,
+void MeasureTree(library::ServiceConnection& connection, const input::Location& location, const QStringList& excluded,
                  bool asJson, output::Output& output);
 
 }  // namespace commands

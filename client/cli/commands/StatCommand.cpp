@@ -10,8 +10,8 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
+using library::ServiceConnection;
 using output::Complain;
 using output::FieldLines;
 using output::JsonObject;
@@ -21,7 +21,7 @@ using sync::config::FolderConfiguration;
 namespace {
 
 /// Adds to `folder` what the service tells of a folder only where it lists the one above.
-void AddListedFields(Connection& connection, const Location& location, FolderConfiguration& folder) {
+void AddListedFields(ServiceConnection& connection, const Location& location, FolderConfiguration& folder) {
     FolderConfiguration parent = connection.Folder(location.ParentPath());
     std::shared_ptr<QVector<FolderConfiguration>> listed;
     try {
@@ -43,7 +43,7 @@ void AddListedFields(Connection& connection, const Location& location, FolderCon
 
 }  // namespace
 
-void ShowResource(Connection& connection, const Location& location, bool asJson, Output& output) {
+void ShowResource(ServiceConnection& connection, const Location& location, bool asJson, Output& output) {
     FolderConfiguration folder;
     if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
         if (!location.serverPath.isEmpty()) {

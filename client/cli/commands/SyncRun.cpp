@@ -15,11 +15,11 @@ namespace ovsync {
 namespace commands {
 
 using input::AbsolutePath;
-using input::Connection;
 using input::GlobFilter;
 using input::Interruption;
 using input::Location;
 using input::SyncArguments;
+using library::ServiceConnection;
 using output::ExitCode;
 using output::Output;
 using output::SyncOutput;
@@ -61,8 +61,8 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 
 }  // namespace
 
-ExitCode RunPass(Connection& connection, const Location& location, const SyncArguments& arguments, Output& output,
-                 const std::function<SyncOutcome(pass::PassContext&)>& pass) {
+ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
+                 Output& output, const std::function<SyncOutcome(pass::PassContext&)>& pass) {
     const Interruption interruption;
     const QString root = AbsolutePath(arguments.directory);
 

@@ -2,10 +2,11 @@
 
 #include <functional>
 
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Location.h"
 #include "client/cli/input/SyncArguments.h"
 #include "client/cli/output/ExitCode.h"
 #include "client/cli/output/Output.h"
+#include "client/library/ServiceConnection.h"
 #include "client/sync/pass/PassContext.h"
 
 namespace ovsync {
@@ -13,7 +14,7 @@ namespace commands {
 
 /// Runs `pass` between the folder at `location` and the local one, and tells what it does. Throws UsageError when there
 /// is no such local folder, and what the pass throws.
-output::ExitCode RunPass(input::Connection& connection, const input::Location& location,
+output::ExitCode RunPass(library::ServiceConnection& connection, const input::Location& location,
                          const input::SyncArguments& arguments, output::Output& output,
                          const std::function<report::SyncOutcome(pass::PassContext&)>& pass);
 

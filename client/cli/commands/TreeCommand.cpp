@@ -8,8 +8,8 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
 using input::Location;
+using library::ServiceConnection;
 using output::Complain;
 using output::DateText;
 using output::ListFormat;
@@ -34,7 +34,7 @@ void NameByPathBelow(const QString& serverPath, QVector<Record>& records) {
 
 }  // namespace
 
-void ShowTree(Connection& connection, const Location& location, const QDateTime& since, ListFormat format,
+void ShowTree(ServiceConnection& connection, const Location& location, const QDateTime& since, ListFormat format,
               Output& output) {
     FolderConfiguration folder = connection.Folder(location.serverPath);
     folder.setLastSyncTime(since);

@@ -2,9 +2,10 @@
 
 #include <QDateTime>
 
-#include "client/cli/input/Connection.h"
+#include "client/cli/input/Location.h"
 #include "client/cli/output/Entries.h"
 #include "client/cli/output/Output.h"
+#include "client/library/ServiceConnection.h"
 
 namespace ovsync {
 namespace commands {
@@ -16,7 +17,7 @@ namespace commands {
 ///
 /// Throws what the library and the exchange with the service throw, and HttpException of status 404 when there is no
 /// such folder.
-void ShowTree(input::Connection& connection, const input::Location& location, const QDateTime& since,
+void ShowTree(library::ServiceConnection& connection, const input::Location& location, const QDateTime& since,
               output::ListFormat format, output::Output& output);
 
 }  // namespace commands

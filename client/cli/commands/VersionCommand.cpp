@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "client/cli/input/Application.h"
 #include "client/cli/output/LoggedErrors.h"
 #include "dvsync/VersionChecker.h"
 #include "dvsync/VersionManager.h"
@@ -9,7 +10,7 @@
 namespace ovsync {
 namespace commands {
 
-using input::Connection;
+using library::ServiceConnection;
 using output::LoggedErrors;
 using output::Output;
 
@@ -47,7 +48,8 @@ QByteArray VersionReport(const std::shared_ptr<sync::interf::IVersionManager>& v
     return lines;
 }
 
-void ShowVersions(Connection& connection, bool asJson, Output& output) {
+void ShowVersions(ServiceConnection& connection, bool asJson, Output& output) {
+    const input::Application application;
     const auto versions = std::make_shared<sync::dv::dvsync::VersionManager>(connection.FetchSyncConfig());
     output.Write(VersionReport(versions, asJson, output));
 }

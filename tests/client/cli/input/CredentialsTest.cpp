@@ -1,4 +1,4 @@
-#include "client/cli/input/Password.h"
+#include "client/cli/input/Credentials.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -16,18 +16,22 @@
 
 namespace {
 
-using ovsync::input::FindPassword;
+using ovsync::input::FindCredentials;
 using ovsync::input::UsageError;
 using tests::Text;
 
-class PasswordTest : public testing::Test {
+QString FindPassword(const QString& user, const QString& host) {
+    return FindCredentials(user, host).password();
+}
+
+class CredentialsTest : public testing::Test {
 protected:
-    PasswordTest() {
+    CredentialsTest() {
         qunsetenv("OVSYNC_PASSWORD");
         WriteNetrc("");
         qputenv("NETRC", _directory.filePath(Text("netrc")).toUtf8());
     }
-    ~PasswordTest() override {
+    ~CredentialsTest() override {
         qunsetenv("OVSYNC_PASSWORD");
         qunsetenv("NETRC");
     }
@@ -41,7 +45,7 @@ protected:
     const QTemporaryDir _directory;
 };
 
-TEST_F(PasswordTest, ComesFromTheEnvironmentFirst) {
+TEST_F(CredentialsTest, ComesFromTheEnvironmentFirst) {
     WriteNetrc("machine service.test login ann password fromnetrc\n");
     qputenv("OVSYNC_PASSWORD", "s\xC3\xA9\x63ret");
     EXPECT_EQ(FindPassword(Text("ann"), Text("service.test")), Text("s\xC3\xA9\x63ret"));
@@ -49,7 +53,7 @@ TEST_F(PasswordTest, ComesFromTheEnvironmentFirst) {
     EXPECT_EQ(FindPassword(Text("ann"), Text("service.test")), Text(""));
 }
 
-TEST_F(PasswordTest, ComesFromTheNetrcOfTheHostAndTheUser) {
+TEST_F(CredentialsTest, ComesFromTheNetrcOfTheHostAndTheUser) {
     WriteNetrc(
         "machine other.test login ann password wrong1\n"
         "machine service.test\n  login bob\n  password wrong2\n"
@@ -58,6 +62,14 @@ TEST_F(PasswordTest, ComesFromTheNetrcOfTheHostAndTheUser) {
     EXPECT_EQ(FindPassword(Text("ann"), Text("service.test")), Text("right"));
     EXPECT_EQ(FindPassword(Text("bob"), Text("SERVICE.test")), Text("wrong2"));
     EXPECT_EQ(FindPassword(Text("ann"), Text("third.test")), Text("wrong3"));
+}
+
+TEST_F(CredentialsTest, WithoutAUserAreThoseOfTheHostInTheNetrc) {
+    WriteNetrc("machine service.test login ann password listed\n");
+    const QAuthenticator listed = FindCredentials(QString(), Text("service.test"));
+    EXPECT_EQ(listed.user(), Text("ann"));
+    EXPECT_EQ(listed.password(), Text("listed"));
+    EXPECT_TRUE(FindCredentials(QString(), Text("other.test")).isNull());
 }
 
 // Runs `action` in a process of its own that has `terminal` as its terminal, or none, and returns what it wrote.
@@ -91,11 +103,11 @@ std::string FoundPassword() {
     }
 }
 
-TEST_F(PasswordTest, WithoutATerminalToAskAtItIsAnError) {
+TEST_F(CredentialsTest, WithoutATerminalToAskAtItIsAnError) {
     EXPECT_THAT(InSession(-1, FoundPassword), testing::HasSubstr("No password for ann at service.test"));
 }
 
-TEST_F(PasswordTest, IsAskedForOnTheTerminalAndNotEchoed) {
+TEST_F(CredentialsTest, IsAskedForOnTheTerminalAndNotEchoed) {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(terminal, 0);
     ASSERT_EQ(grantpt(terminal), 0);

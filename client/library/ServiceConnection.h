@@ -1,9 +1,10 @@
 #pragma once
 
+#include <QAuthenticator>
 #include <QString>
+#include <QUrl>
 #include <memory>
 
-#include "client/cli/input/Location.h"
 #include "client/content/IContentSession.h"
 #include "client/library/NetworkAccessManagerFactory.h"
 #include "client/requests/AccountSession.h"
@@ -17,24 +18,18 @@
 #include "host/interfaces/factory/IRequestAuthenticatorFactory.h"
 
 namespace ovsync {
-namespace input {
-
-/// Where to connect, and as whom. A plain value.
-struct ConnectionOptions {
-    /// Empty for the user in the URL, and for none when that has none either.
-    QString user;
-    wire::HttpSessionSettings session;
-};
+namespace library {
 
 /// The library, loaded over real HTTP for one server. Installs the process's configuration factory for as long as it
 /// lives, so there can be one at a time. Not thread-safe.
-class Connection {
+class ServiceConnection {
 public:
-    /// Asks for the password if there is a user. Throws UsageError when there is none to be had.
-    Connection(const Location& location, const ConnectionOptions& options);
-    ~Connection();
-    Connection(const Connection&) = delete;
-    Connection& operator=(const Connection&) = delete;
+    /// `baseUrl` has scheme, host and port. Null `credentials` are none.
+    explicit ServiceConnection(const QUrl& baseUrl, const QAuthenticator& credentials = QAuthenticator(),
+                               const wire::HttpSessionSettings& settings = wire::HttpSessionSettings());
+    ~ServiceConnection();
+    ServiceConnection(const ServiceConnection&) = delete;
+    ServiceConnection& operator=(const ServiceConnection&) = delete;
 
     /// The record from which the library lists and looks up at `serverPath`.
     sync::config::FolderConfiguration Folder(const QString& serverPath) const;
@@ -43,8 +38,8 @@ public:
     sync::interf::IRemoteFolderManager& Folders() { return *_folders; }
 
     /// What the service publishes, as the library reads it, at this moment. Throws HttpException when the service
-    /// refuses it, ExchangeError when the service cannot be reached or answers with something else. Makes the process's
-    /// QCoreApplication, and takes it away again: there must be none.
+    /// refuses it, ExchangeError when the service cannot be reached or answers with something else. The process
+    /// has a QCoreApplication meanwhile, whose event loop it runs.
     std::shared_ptr<sync::interf::IExternalSyncConfigManager> FetchSyncConfig();
 
     /// What keeps the library's file records true around transfers. `records` are those that it looks links up in.
@@ -73,7 +68,7 @@ private:
     sync::config::ServerConfiguration _account;
     std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> _authenticators;
     std::shared_ptr<requests::AccountSession> _session;
-    std::shared_ptr<library::NetworkAccessManagerFactory> _networkAccess;
+    std::shared_ptr<NetworkAccessManagerFactory> _networkAccess;
     QString _configAnswer;
     std::shared_ptr<Configuration> _configuration;
     std::shared_ptr<sync::interf::factory::IRemoteFileManagerFactory> _fileManagers;
@@ -81,5 +76,5 @@ private:
     std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFolderManager> _folders;
 };
 
-}  // namespace input
+}  // namespace library
 }  // namespace ovsync

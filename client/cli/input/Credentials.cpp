@@ -1,4 +1,4 @@
-#include "client/cli/input/Password.h"
+#include "client/cli/input/Credentials.h"
 
 #include <bsd/readpassphrase.h>
 
@@ -22,8 +22,6 @@ std::optional<QString> PasswordFromPrompt(const QString& user, const QString& ho
     return QString::fromUtf8(password);
 }
 
-}  // namespace
-
 QString FindPassword(const QString& user, const QString& host) {
     if (qEnvironmentVariableIsSet("OVSYNC_PASSWORD")) {
         return qEnvironmentVariable("OVSYNC_PASSWORD");
@@ -39,6 +37,18 @@ QString FindPassword(const QString& user, const QString& host) {
         QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, ~/.netrc has none, and there is "
                        "no terminal to ask at.")
             .arg(user, host));
+}
+
+}  // namespace
+
+QAuthenticator FindCredentials(const QString& user, const QString& host) {
+    if (user.isEmpty()) {
+        return library::NetrcCredentials(host);
+    }
+    QAuthenticator credentials;
+    credentials.setUser(user);
+    credentials.setPassword(FindPassword(user, host));
+    return credentials;
 }
 
 }  // namespace input
