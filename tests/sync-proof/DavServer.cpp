@@ -83,8 +83,11 @@ std::string ApacheConfiguration(const std::string& folder, const std::string& wo
         text += "LoadModule " + module + "_module /usr/lib/apache2/modules/mod_" + module + ".so\n";
     }
     return text + "ServerRoot " + work + "\nServerName localhost\nListen 127.0.0.1:" + std::to_string(port) +
-           "\nPidFile " + work + "/pid\nErrorLog /dev/stderr\nTypesConfig /dev/null\nDocumentRoot " + folder +
-           "\nDavLockDB " + work + "/locks\n<Directory " + folder +
+           "\nPidFile " + work +
+           "/pid\nErrorLog /dev/stderr\nLogFormat \"%{%T}t.%{msec_frac}t %D us: %m %U %>s, If-Match %{If-Match}i, ETag "
+           "%{ETag}o, Destination %{Destination}i, by %{User-Agent}i\" each\nCustomLog /dev/stderr each\nTypesConfig "
+           "/dev/null\nDocumentRoot " +
+           folder + "\nDavLockDB " + work + "/locks\n<Directory " + folder +
            ">\nDav On\nDavDepthInfinity On\nRequire all granted\n</Directory>\n" +
            // It refuses to serve as root.
            (geteuid() == 0 ? "User www-data\nGroup www-data\n" : "");

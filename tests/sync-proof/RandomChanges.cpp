@@ -149,7 +149,7 @@ std::string RandomChanges::_NewContent(size_t size) {
 
 void RandomChanges::_Write(const std::string& path, const std::string& content) {
     if (_writer->Write(path, content, _retired) && !content.empty()) {
-        _written.insert(content);
+        _written.emplace(content, path);
     }
 }
 

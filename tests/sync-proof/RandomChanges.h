@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <random>
 #include <set>
@@ -28,8 +29,8 @@ public:
     /// Deletes a file, or a folder with everything in it.
     void Remove(const std::string& path) { _writer->Remove(path, _retired); }
 
-    /// All contents that were written.
-    const std::set<std::string>& Written() const { return _written; }
+    /// All contents that were written, and at which path.
+    const std::map<std::string, std::string>& Written() const { return _written; }
 
     /// The contents that were changed, overwritten or deleted.
     const std::set<std::string>& Retired() const { return _retired; }
@@ -66,7 +67,7 @@ private:
     const std::unique_ptr<IFolderWriter> _writer;
     size_t _nameCount;
     int _number = 0;
-    std::set<std::string> _written;
+    std::map<std::string, std::string> _written;
     std::set<std::string> _retired;
 };
 

@@ -44,9 +44,9 @@ protected:
             left.merge(ContentsOf(ReadFolder(trash)));
         }
         std::string lost;
-        for (const std::string& content : changes.Written()) {
+        for (const auto& [content, path] : changes.Written()) {
             if (left.count(content) + retired.count(content) + changesThere.Retired().count(content) == 0) {
-                lost += content.substr(0, 40) + "\n";
+                lost += path + ": " + content.substr(0, 40) + "\n";
             }
         }
         return lost;

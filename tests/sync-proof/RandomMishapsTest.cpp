@@ -94,6 +94,7 @@ public:
     /// Returns what was lost.
     std::string Round() {
         ++_tally.rounds;
+        _lastPasses.clear();
         const size_t changes = 5 + _Below(25);
         for (size_t i = 0; i < changes; ++i) {
             _changesHere.Change();
@@ -194,6 +195,7 @@ private:
             pass.Signal(SIGKILL);
         }
         const int exit = pass.ExitCode();
+        _lastPasses += pass.Text();
         _tally.exits[exit]++;
         EXPECT_THAT(exit, testing::AnyOf(0, 1, 3, -SIGKILL)) << pass.Text();
     }
@@ -274,7 +276,7 @@ private:
     /// What somebody wrote, nobody changed or deleted, and is nowhere.
     std::string _Lost() {
         const std::set<std::string> left = _Left();
-        std::set<std::string> missing;
+        std::map<std::string, std::string> missing;
         _AddMissing(_changesHere, left, missing);
         _AddMissing(_changesThere, left, missing);
         _AddMissing(_changesOfInner, left, missing);
@@ -288,15 +290,15 @@ private:
             }
         }
         std::string lost;
-        for (const std::string& content : missing) {
+        for (const auto& [content, path] : missing) {
             const bool isKept = kept.count(content) != 0;
             if (isKept) {
                 _tally.inTrash += _inTrash.insert(content).second ? 1 : 0;
             } else {
-                lost += content.substr(0, 40) + "\n";
+                lost += path + ": " + content.substr(0, 40) + "\n";
             }
         }
-        return lost.empty() ? "" : "Lost:\n" + lost;
+        return lost.empty() ? "" : "Lost:\n" + lost + _lastPasses + _server->Log();
     }
 
     std::set<std::string> _Left() const {
@@ -306,8 +308,8 @@ private:
     }
 
     void _AddMissing(const RandomChanges& changes, const std::set<std::string>& left,
-                     std::set<std::string>& missing) const {
-        for (const std::string& content : changes.Written()) {
+                     std::map<std::string, std::string>& missing) const {
+        for (const auto& [content, path] : changes.Written()) {
             const bool isOfThere = content.rfind("there ", 0) == 0;
             // What this side wrote and the other one replaced has to be in the trash here.
             const bool isRetired = _changesHere.Retired().count(content) != 0 ||
@@ -315,7 +317,7 @@ private:
                                    (isOfThere && _changesThere.Retired().count(content) != 0) ||
                                    (isOfThere ? _restoredOver : _cleaned).count(content) != 0;
             if (!isRetired && left.count(content) == 0) {
-                missing.insert(content);
+                missing.emplace(content, path);
             }
         }
     }
@@ -340,6 +342,8 @@ private:
     std::set<std::string> _cleaned;
     std::set<std::string> _restoredOver;
     std::set<std::string> _inTrash;
+    /// What the passes of the round said.
+    std::string _lastPasses;
 };
 
 class RandomMishapsTest : public testing::TestWithParam<ServerKind> {};
