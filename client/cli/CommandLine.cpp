@@ -131,11 +131,11 @@ struct Arguments {
     std::string maxDelete;
     int daysKept = local::Trash::DefaultDays;
     bool isStrict = false;
-    bool isTrial = false;
+    bool isDryRun = false;
     int transfers = pass::SyncOptions().transfers;
 
-    wire::HttpSessionSettings Connecting() const {
-        wire::HttpSessionSettings settings;
+    wire::ConnectionSettings Connecting() const {
+        wire::ConnectionSettings settings;
         settings.caFile = QString::fromStdString(caFile);
         settings.silenceLimit =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(silenceLimit));
@@ -181,7 +181,7 @@ struct Arguments {
         return {QString::fromStdString(directory),
                 Excluded(),
                 deletes,
-                isTrial,
+                isDryRun,
                 isJson,
                 transfers,
                 isStrict,
@@ -441,7 +441,7 @@ private:
 
     void _AddPassOptions(CLI::App* command) {
         _AddExclude(command);
-        command->add_flag("-n,--dry-run", _arguments.isTrial, "Only say what would be done, and change nothing");
+        command->add_flag("-n,--dry-run", _arguments.isDryRun, "Only say what would be done, and change nothing");
         command->add_option("-j,--transfers", _arguments.transfers, "Transfer up to N files at once (4 unless given)")
             ->type_name("N")
             ->check(CLI::Range(1, 64));
@@ -522,9 +522,9 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             return code;
         }
         location = Location::FromUrl(QString::fromStdString(arguments.url));
-        wire::HttpSessionSettings settings = arguments.Connecting();
+        wire::ConnectionSettings settings = arguments.Connecting();
         settings.onProgress = [shown = settings.onProgress, &connection](qint64 bytes, bool isOver) {
-            if (Interruption::IsWished()) {
+            if (Interruption::IsRequested()) {
                 connection->Cancel();
             }
             if (shown) {

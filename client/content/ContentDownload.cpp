@@ -3,10 +3,10 @@
 namespace ovsync {
 namespace content {
 
-ContentDownload::ContentDownload(const QUrl& url, ContentSink& sink) : ContentExchange("GET", url), _sink(sink) {}
+ContentDownload::ContentDownload(const QUrl& url, ContentSink& sink) : ContentTransaction("GET", url), _sink(sink) {}
 
 void ContentDownload::OnHeaders(int status, const Headers& headers) {
-    ContentExchange::OnHeaders(status, headers);
+    ContentTransaction::OnHeaders(status, headers);
     if (status == 200) {
         Guard([this] { _sink.Restart(Version().size); });
     }
@@ -16,7 +16,7 @@ void ContentDownload::OnBody(const char* bytes, size_t size) {
     if (StatusCode() == 200) {
         Guard([&] { _sink.Write(bytes, size); });
     } else {
-        ContentExchange::OnBody(bytes, size);
+        ContentTransaction::OnBody(bytes, size);
     }
 }
 

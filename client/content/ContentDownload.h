@@ -1,14 +1,14 @@
 #pragma once
 
-#include "client/content/ContentExchange.h"
 #include "client/content/ContentSink.h"
+#include "client/content/ContentTransaction.h"
 
 namespace ovsync {
 namespace content {
 
 /// Asks for the content of a file. The sink is given the body of an answer of status 200, as it came, and of no other.
 /// Not thread-safe.
-class ContentDownload : public ContentExchange {
+class ContentDownload : public ContentTransaction {
 public:
     /// `sink` has to outlive this object.
     ContentDownload(const QUrl& url, ContentSink& sink);

@@ -9,13 +9,13 @@ namespace content {
 
 using sync::core::SyncException;
 using wire::ContentSource;
-using wire::Exchange;
+using wire::HttpTransaction;
 
 ContentUpload::ContentUpload(const QUrl& url, ContentSource& source, qint64 size,
                              const QPair<QByteArray, QByteArray>& condition)
-    : ContentExchange("PUT", url), _source(source), _size(size), _condition(condition) {}
+    : ContentTransaction("PUT", url), _source(source), _size(size), _condition(condition) {}
 
-Exchange::Headers ContentUpload::RequestHeaders() const {
+HttpTransaction::Headers ContentUpload::RequestHeaders() const {
     return {_condition, {"Content-Type", "application/octet-stream"}};
 }
 

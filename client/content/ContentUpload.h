@@ -1,14 +1,15 @@
 #pragma once
 
-#include "client/content/ContentExchange.h"
+#include "client/content/ContentTransaction.h"
 #include "client/wire/ContentSource.h"
 
 namespace ovsync {
 namespace content {
 
-/// Stores the content of a file on a condition. A source that does not have just the announced size breaks the exchange
-/// off before the server was sent as much as was announced, so that it has nothing whole to store. Not thread-safe.
-class ContentUpload : public ContentExchange, private wire::ContentSource {
+/// Stores the content of a file on a condition. A source that does not have just the announced size breaks the
+/// transaction off before the server was sent as much as was announced, so that it has nothing whole to store. Not
+/// thread-safe.
+class ContentUpload : public ContentTransaction, private wire::ContentSource {
 public:
     /// Sends `condition` among the headers. `source` has to outlive this object.
     ContentUpload(const QUrl& url, wire::ContentSource& source, qint64 size,

@@ -10,7 +10,7 @@
 namespace ovsync {
 namespace library {
 
-using wire::HttpSessionSettings;
+using wire::ConnectionSettings;
 
 namespace {
 
@@ -46,7 +46,7 @@ bool IsSameServer(const QUrl& a, const QUrl& b) {
 
 NetworkAccessManagerFactory::NetworkAccessManagerFactory(
     const std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory>& authenticators, int serverId,
-    const QUrl& accountUrl, const HttpSessionSettings& settings)
+    const QUrl& accountUrl, const ConnectionSettings& settings)
     : _credentials(authenticators->CreateAuthenticator(serverId)), _accountUrl(accountUrl), _settings(settings) {}
 
 std::shared_ptr<QNetworkAccessManager> NetworkAccessManagerFactory::CreateNetworkAccessManager() {

@@ -2,14 +2,14 @@
 
 #include <utility>
 
-#include "client/content/ContentSession.h"
+#include "client/content/ContentConnection.h"
 #include "client/library/DrovaneHttp.h"
 #include "client/library/PublishedConfig.h"
 #include "client/library/RemoteFileManagerFactory.h"
 #include "client/library/RequestAuthenticatorFactory.h"
 #include "client/library/ServerConfigManager.h"
 #include "client/library/SyncConfigWatch.h"
-#include "client/requests/AccountSessions.h"
+#include "client/requests/AccountConnections.h"
 #include "client/requests/HttpFactory.h"
 #include "client/requests/RequestManager.h"
 #include "client/requests/UrlBuilder.h"
@@ -52,10 +52,10 @@ private:
 };
 
 ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& credentials,
-                                     const wire::HttpSessionSettings& settings)
+                                     const wire::ConnectionSettings& settings)
     : _settings(settings),
       _authenticators(std::make_shared<RequestAuthenticatorFactory>(credentials.user(), credentials.password())) {
-    const auto sessions = std::make_shared<requests::AccountSessions>(settings);
+    const auto sessions = std::make_shared<requests::AccountConnections>(settings);
     const auto httpFactory = std::make_shared<requests::HttpFactory>(sessions);
     const auto urlBuilder = std::make_shared<requests::UrlBuilder>();
     _account.baseUrl = baseUrl;
@@ -89,13 +89,13 @@ std::unique_ptr<sync::interf::ICustomFileConfigUpdater> ServiceConnection::NewUp
     return std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
 }
 
-std::unique_ptr<content::IContentSession> ServiceConnection::NewContentSession() const {
-    wire::HttpSessionSettings settings = _settings;
+std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {
+    wire::ConnectionSettings settings = _settings;
     // What is shown of several transfers at once is not for one of them to say.
     settings.onProgress = nullptr;
     // Several transfers share a line that may be slow.
     settings.leastRate = 0;
-    return std::make_unique<content::ContentSession>(settings, _authenticators->CreateAuthenticator(TheServerId));
+    return std::make_unique<content::ContentConnection>(settings, _authenticators->CreateAuthenticator(TheServerId));
 }
 
 QUrl ServiceConnection::UrlOf(const QString& serverPath) const {

@@ -5,10 +5,10 @@
 #include <QUrl>
 #include <memory>
 
-#include "client/content/IContentSession.h"
+#include "client/content/IContentConnection.h"
 #include "client/library/NetworkAccessManagerFactory.h"
-#include "client/requests/AccountSession.h"
-#include "client/wire/HttpSessionSettings.h"
+#include "client/requests/AccountConnection.h"
+#include "client/wire/ConnectionSettings.h"
 #include "dvsync/DrovaneRemoteFolderManager.h"
 #include "host/interfaces/ICustomFileConfigUpdater.h"
 #include "host/interfaces/IExternalSyncConfigManager.h"
@@ -26,7 +26,7 @@ class ServiceConnection {
 public:
     /// `baseUrl` has scheme, host and port. Null `credentials` are none.
     explicit ServiceConnection(const QUrl& baseUrl, const QAuthenticator& credentials = QAuthenticator(),
-                               const wire::HttpSessionSettings& settings = wire::HttpSessionSettings());
+                               const wire::ConnectionSettings& settings = wire::ConnectionSettings());
     ~ServiceConnection();
     ServiceConnection(const ServiceConnection&) = delete;
     ServiceConnection& operator=(const ServiceConnection&) = delete;
@@ -38,7 +38,7 @@ public:
     sync::interf::IRemoteFolderManager& Folders() { return *_folders; }
 
     /// What the service publishes, as the library reads it, at this moment. Throws HttpException when the service
-    /// refuses it, ExchangeError when the service cannot be reached or answers with something else. The process
+    /// refuses it, TransactionError when the service cannot be reached or answers with something else. The process
     /// has a QCoreApplication meanwhile, whose event loop it runs.
     std::shared_ptr<sync::interf::IExternalSyncConfigManager> FetchSyncConfig();
 
@@ -47,7 +47,7 @@ public:
         std::shared_ptr<sync::interf::IFileConfigManager> records);
 
     /// A session of its own for content, for another thread.
-    std::unique_ptr<content::IContentSession> NewContentSession() const;
+    std::unique_ptr<content::IContentConnection> NewContentConnection() const;
 
     /// The URL of a server path; empty when there is none for it.
     QUrl UrlOf(const QString& serverPath) const;
@@ -55,7 +55,7 @@ public:
     /// The next listing also answers the one after it, if that asks the same.
     void ShareNextListing() { _session->ShareNextListing(); }
 
-    /// Ends what the library asks at this moment, and what it asks later, with an ExchangeError.
+    /// Ends what the library asks at this moment, and what it asks later, with a TransactionError.
     void Cancel() { _session->Cancel(); }
 
     /// One line on what the server answered last.
@@ -64,10 +64,10 @@ public:
 private:
     class Configuration;
 
-    const wire::HttpSessionSettings _settings;
+    const wire::ConnectionSettings _settings;
     sync::config::ServerConfiguration _account;
     std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> _authenticators;
-    std::shared_ptr<requests::AccountSession> _session;
+    std::shared_ptr<requests::AccountConnection> _session;
     std::shared_ptr<NetworkAccessManagerFactory> _networkAccess;
     QString _configAnswer;
     std::shared_ptr<Configuration> _configuration;

@@ -4,15 +4,15 @@
 #include <QNetworkReply>
 #include <QXmlStreamReader>
 
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace library {
 
 using wire::AnswerSummary;
-using wire::ExchangeError;
 using wire::HttpStatus;
+using wire::TransactionError;
 
 namespace {
 
@@ -108,7 +108,7 @@ void SyncConfigWatch::RequireDocument() const {
         throw sync::http::HttpException(message, answer.status, _seen->url);
     }
     if (!_seen->problem.isEmpty()) {
-        throw ExchangeError("GET", _seen->url, _seen->problem, answer);
+        throw TransactionError("GET", _seen->url, _seen->problem, answer);
     }
 }
 

@@ -20,8 +20,8 @@ public:
     /// What came to the last request of all the managers.
     const wire::AnswerSummary& LastAnswer() const { return _seen->answer; }
 
-    /// Throws unless that was a sync-configuration document: HttpException for a status of 400 or above, ExchangeError
-    /// for anything else, no answer at all included.
+    /// Throws unless that was a sync-configuration document: HttpException for a status of 400 or above,
+    /// TransactionError for anything else, no answer at all included.
     void RequireDocument() const;
 
 private:

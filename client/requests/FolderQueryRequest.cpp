@@ -11,8 +11,8 @@ using listing::IdHeader;
 using listing::OwnerIdHeader;
 using listing::ProtocolVersion;
 using listing::VersionHeader;
-using wire::Exchange;
 using wire::HttpStatus;
+using wire::HttpTransaction;
 
 FolderQueryRequest::FolderQueryRequest(const QUrl& url, HrefScope scope) : PropfindRequest(url, Resource, scope) {}
 
@@ -37,7 +37,7 @@ QList<QPair<QByteArray, QByteArray>> FolderQueryRequest::GetResponseHeaders() {
     return headers;
 }
 
-Exchange::Headers FolderQueryRequest::RequestHeaders() const {
+HttpTransaction::Headers FolderQueryRequest::RequestHeaders() const {
     Headers headers = PropfindRequest::RequestHeaders();
     headers.append(qMakePair(QByteArray(VersionHeader), QByteArray(ProtocolVersion)));
     return headers;

@@ -51,7 +51,7 @@ bool IsAskedById(const sync::config::FolderConfiguration& folder) {
 
 }  // namespace
 
-HttpFactory::HttpFactory(const std::shared_ptr<AccountSessions>& sessions) : _sessions(sessions) {}
+HttpFactory::HttpFactory(const std::shared_ptr<AccountConnections>& sessions) : _sessions(sessions) {}
 
 std::shared_ptr<DAVPropfindRequest> HttpFactory::CreatePropfindRequest(std::shared_ptr<QUrl> url, int /*serverId*/,
                                                                        int depth) {

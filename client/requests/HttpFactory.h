@@ -3,7 +3,7 @@
 #include <QUrl>
 #include <memory>
 
-#include "client/requests/AccountSessions.h"
+#include "client/requests/AccountConnections.h"
 #include "host/interfaces/factory/IHttpFactory.h"
 
 namespace ovsync {
@@ -15,7 +15,7 @@ namespace requests {
 class HttpFactory : public sync::interf::factory::IHttpFactory {
 public:
     /// The executors use `sessions`.
-    explicit HttpFactory(const std::shared_ptr<AccountSessions>& sessions);
+    explicit HttpFactory(const std::shared_ptr<AccountConnections>& sessions);
 
     /// A `depth` of Children or Tree adds the '/' as well. Throws SyncException when `depth` is not a
     /// DAVPropfindRequest::Depth.
@@ -37,7 +37,7 @@ public:
         std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> authenticatorFactory) override;
 
 private:
-    const std::shared_ptr<AccountSessions> _sessions;
+    const std::shared_ptr<AccountConnections> _sessions;
 };
 
 }  // namespace requests

@@ -4,13 +4,13 @@
 namespace ovsync {
 namespace requests {
 
-using wire::Exchange;
 using wire::HttpStatus;
+using wire::HttpTransaction;
 
 MoveRequest::MoveRequest(const QUrl& source, const QUrl& destination)
     : WholeAnswerRequest("MOVE", source), _destination(destination) {}
 
-Exchange::Headers MoveRequest::RequestHeaders() const {
+HttpTransaction::Headers MoveRequest::RequestHeaders() const {
     Headers headers = WholeAnswerRequest::RequestHeaders();
     const QByteArray destination = _destination.toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment);
     headers.append(qMakePair(QByteArrayLiteral("Destination"), destination));

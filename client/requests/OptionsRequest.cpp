@@ -5,7 +5,7 @@
 namespace ovsync {
 namespace requests {
 
-using wire::Exchange;
+using wire::HttpTransaction;
 
 OptionsRequest::OptionsRequest(const QUrl& url) : _url(url) {}
 
@@ -17,7 +17,7 @@ QUrl OptionsRequest::Url() const {
     return _url;
 }
 
-Exchange::Headers OptionsRequest::RequestHeaders() const {
+HttpTransaction::Headers OptionsRequest::RequestHeaders() const {
     return {};
 }
 

@@ -4,14 +4,14 @@
 #include <QList>
 #include <QUrl>
 
-#include "client/wire/Exchange.h"
+#include "client/wire/HttpTransaction.h"
 
 namespace ovsync {
 namespace requests {
 
 /// Asks a server what it knows. Takes every answer whose body, which tells nothing, has at most BodyLimit. Not
 /// thread-safe.
-class OptionsRequest : public wire::Exchange {
+class OptionsRequest : public wire::HttpTransaction {
 public:
     /// In bytes.
     static constexpr qint64 BodyLimit = qint64(1024) * 1024;

@@ -17,9 +17,9 @@ using listing::MultistatusEntry;
 using listing::MultistatusReader;
 using sync::core::SyncException;
 using sync::http::DAVPropfindResult;
-using wire::Exchange;
 using wire::HttpDate;
 using wire::HttpStatus;
+using wire::HttpTransaction;
 using wire::Printable;
 using wire::ReadDate;
 
@@ -157,7 +157,7 @@ QUrl PropfindRequest::Url() const {
     return _url;
 }
 
-Exchange::Headers PropfindRequest::RequestHeaders() const {
+HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
     Headers headers{
         {"Depth", _depth == Tree ? QByteArray("infinity") : QByteArray::number(_depth)},
         {"Content-Type", "application/xml; charset=\"utf-8\""},

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "client/listing/MultistatusReader.h"
-#include "client/wire/Exchange.h"
+#include "client/wire/HttpTransaction.h"
 #include "client/wire/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
 
@@ -20,7 +20,7 @@ namespace requests {
 /// 304 to an unconditional request, a 302 to Depth 0, every other status below 400, and a body above the limits. All
 /// statuses from 400 and a 302 to a deeper request are the library's to judge, which throws on them or takes 404 for
 /// what it says.
-class PropfindRequest : public sync::http::DAVPropfindRequest, public wire::Exchange {
+class PropfindRequest : public sync::http::DAVPropfindRequest, public wire::HttpTransaction {
 public:
     /// `url` is sent as it is.
     PropfindRequest(const QUrl& url, Depth depth, listing::HrefScope scope = listing::HrefScope::OfUrl);

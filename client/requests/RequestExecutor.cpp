@@ -5,7 +5,7 @@ namespace requests {
 
 using sync::interf::IHttpRequest;
 
-RequestExecutor::RequestExecutor(const std::shared_ptr<AccountSession>& session) : _session(session) {}
+RequestExecutor::RequestExecutor(const std::shared_ptr<AccountConnection>& session) : _session(session) {}
 
 void RequestExecutor::Execute(const QList<std::shared_ptr<IHttpRequest>>& requests) {
     _session->Execute(requests, [this](const std::shared_ptr<IHttpRequest>& request, IHttpRequest::RequestState state) {

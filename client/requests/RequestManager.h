@@ -3,7 +3,7 @@
 #include <QList>
 #include <memory>
 
-#include "client/requests/AccountSession.h"
+#include "client/requests/AccountConnection.h"
 #include "host/interfaces/IRequestManager.h"
 
 namespace ovsync {
@@ -12,13 +12,13 @@ namespace requests {
 /// Executes the requests that a HttpFactory made. Not thread-safe.
 class RequestManager : public sync::interf::IRequestManager {
 public:
-    explicit RequestManager(const std::shared_ptr<AccountSession>& session);
+    explicit RequestManager(const std::shared_ptr<AccountConnection>& session);
 
-    /// Throws what AccountSession::Execute throws.
+    /// Throws what AccountConnection::Execute throws.
     void Execute(const QList<std::shared_ptr<sync::interf::IHttpRequest>>& requests) override;
 
 private:
-    const std::shared_ptr<AccountSession> _session;
+    const std::shared_ptr<AccountConnection> _session;
 };
 
 }  // namespace requests

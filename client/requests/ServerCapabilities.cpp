@@ -5,9 +5,9 @@
 namespace ovsync {
 namespace requests {
 
-using wire::HttpSession;
+using wire::HttpConnection;
 
-ServerCapabilities::ServerCapabilities(HttpSession& session) : _session(session) {}
+ServerCapabilities::ServerCapabilities(HttpConnection& session) : _session(session) {}
 
 bool ServerCapabilities::IsForeign(const QUrl& collection) {
     const QString server =

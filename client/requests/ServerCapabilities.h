@@ -4,7 +4,7 @@
 #include <QString>
 #include <QUrl>
 
-#include "client/wire/HttpSession.h"
+#include "client/wire/HttpConnection.h"
 
 namespace ovsync {
 namespace requests {
@@ -13,15 +13,15 @@ namespace requests {
 class ServerCapabilities {
 public:
     /// `session` has to outlive this object.
-    explicit ServerCapabilities(wire::HttpSession& session);
+    explicit ServerCapabilities(wire::HttpConnection& session);
 
     /// Whether the server of `collection` is another WebDAV server than the service, which does not know the service's
     /// own properties. Asks each server once, by OPTIONS of `collection`, and remembers what it said; a server that
-    /// does not say counts as the service. Throws ExchangeError when there is no answer.
+    /// does not say counts as the service. Throws TransactionError when there is no answer.
     bool IsForeign(const QUrl& collection);
 
 private:
-    wire::HttpSession& _session;
+    wire::HttpConnection& _session;
     QMap<QString, bool> _foreignByServer;
 };
 

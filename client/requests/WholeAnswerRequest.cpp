@@ -10,8 +10,8 @@ namespace requests {
 using listing::ProtocolVersion;
 using listing::VersionHeader;
 using sync::core::SyncException;
-using wire::Exchange;
 using wire::HttpStatus;
+using wire::HttpTransaction;
 
 WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url) : _method(method), _url(url) {}
 
@@ -39,7 +39,7 @@ QUrl WholeAnswerRequest::Url() const {
     return _url;
 }
 
-Exchange::Headers WholeAnswerRequest::RequestHeaders() const {
+HttpTransaction::Headers WholeAnswerRequest::RequestHeaders() const {
     return {{VersionHeader, ProtocolVersion}};
 }
 

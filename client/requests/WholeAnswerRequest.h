@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QUrl>
 
-#include "client/wire/Exchange.h"
+#include "client/wire/HttpTransaction.h"
 #include "host/interfaces/IHttpRequest.h"
 
 namespace ovsync {
@@ -12,7 +12,7 @@ namespace requests {
 /// A request without a body by which the client names itself to the service, and whose answer is kept whole: status,
 /// headers and a body of at most BodyLimit. A subclass says which statuses below 400 are answers; all from 400 on are
 /// the library's to judge. Not thread-safe.
-class WholeAnswerRequest : public sync::interf::IHttpRequest, public wire::Exchange {
+class WholeAnswerRequest : public sync::interf::IHttpRequest, public wire::HttpTransaction {
 public:
     /// In bytes.
     static constexpr int BodyLimit = 1024 * 1024;

@@ -3,7 +3,7 @@
 
 #include "client/listing/ListingBuilder.h"
 #include "client/store/RecordDatabase.h"
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteTree.h"
 #include "dvsync/ResourceMapping.h"
 #include "dvsync/TransferTexts.h"

@@ -38,7 +38,7 @@ ExitCode Pull(ServiceConnection& connection, const Location& location, const Syn
     SyncArguments used = arguments;
     std::optional<QTemporaryDir> empty;
     if (IsMissing(used.directory)) {
-        if (arguments.isTrial) {
+        if (arguments.isDryRun) {
             used.directory = empty.emplace().path();
         } else {
             // So that a wrong URL leaves nothing behind.

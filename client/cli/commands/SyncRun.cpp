@@ -53,7 +53,7 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
             return ExitCode::Refused;
         case SyncOutcome::Failed:
             return ExitCode::Unreachable;
-        case SyncOutcome::Stopped:
+        case SyncOutcome::Cancelled:
             return ExitCode::Interrupted;
     }
     return ExitCode::Unreachable;
@@ -68,18 +68,18 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
 
     pass::SyncOptions options;
     options.deletes = arguments.deletes;
-    options.isTrial = arguments.isTrial;
+    options.isDryRun = arguments.isDryRun;
     options.transfers = arguments.transfers;
     options.isStrict = arguments.isStrict;
     options.deletionLimit = arguments.deletionLimit;
     options.daysKept = arguments.daysKept;
     options.filter = std::make_shared<GlobFilter>(arguments.excluded);
     options.filterText = arguments.excluded.join(QLatin1Char('/'));
-    options.isStopped = &Interruption::IsWished();
+    options.isStopped = &Interruption::IsRequested();
 
     local::LocalTree tree(root);
     const auto records = std::make_shared<RecordDatabase>(
-        root, arguments.isTrial ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
+        root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
     pass::ServiceFolder service;
     service.folder = connection.Folder(location.serverPath);
@@ -90,10 +90,10 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     service.folders = &connection.Folders();
     service.files = &connection.Files();
     service.updater = updater.get();
-    service.newSession = [&connection] { return connection.NewContentSession(); };
+    service.newConnection = [&connection] { return connection.NewContentConnection(); };
     service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
 
-    SyncOutput observer(output, FormatOf(arguments), arguments.isTrial);
+    SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun);
     pass::PassContext context(service, tree, *records, options, observer);
     try {
         const SyncOutcome outcome = pass(context);

@@ -12,7 +12,7 @@
 #include "client/cli/output/DateText.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalTree.h"
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 #include "client/sync/local/Trash.h"
 
 namespace ovsync {

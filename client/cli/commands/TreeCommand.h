@@ -3,7 +3,7 @@
 #include <QDateTime>
 
 #include "client/cli/input/Location.h"
-#include "client/cli/output/Entries.h"
+#include "client/cli/output/ListingOutput.h"
 #include "client/cli/output/Output.h"
 #include "client/library/ServiceConnection.h"
 
@@ -15,7 +15,7 @@ namespace commands {
 /// the next `since` can be, and that nothing changed go to standard error, or into the JSON object that holds the
 /// array.
 ///
-/// Throws what the library and the exchange with the service throw, and HttpException of status 404 when there is no
+/// Throws what the library and the transaction with the service throw, and HttpException of status 404 when there is no
 /// such folder.
 void ShowTree(library::ServiceConnection& connection, const input::Location& location, const QDateTime& since,
               output::ListFormat format, output::Output& output);

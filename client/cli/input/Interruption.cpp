@@ -44,7 +44,7 @@ Interruption::~Interruption() {
     }
 }
 
-const std::atomic<bool>& Interruption::IsWished() {
+const std::atomic<bool>& Interruption::IsRequested() {
     return wished;
 }
 

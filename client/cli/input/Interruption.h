@@ -15,7 +15,7 @@ public:
     Interruption& operator=(const Interruption&) = delete;
 
     /// Becomes true with the signal. Thread-safe.
-    static const std::atomic<bool>& IsWished();
+    static const std::atomic<bool>& IsRequested();
 };
 
 }  // namespace input

@@ -14,7 +14,7 @@ struct SyncArguments {
     QString directory;
     QStringList excluded;
     bool deletes = false;
-    bool isTrial = false;
+    bool isDryRun = false;
     bool isJson = false;
     int transfers = 4;
     bool isStrict = false;

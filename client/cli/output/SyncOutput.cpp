@@ -55,7 +55,7 @@ const char* NameOf(SyncOutcome outcome) {
             return "leftSome";
         case SyncOutcome::Failed:
             return "failed";
-        case SyncOutcome::Stopped:
+        case SyncOutcome::Cancelled:
             return "stopped";
     }
     return "";
@@ -67,8 +67,8 @@ QByteArray LineOf(const nlohmann::ordered_json& object) {
 
 }  // namespace
 
-SyncOutput::SyncOutput(Output& output, Format format, bool isTrial)
-    : _output(output), _format(format), _isTrial(isTrial) {
+SyncOutput::SyncOutput(Output& output, Format format, bool isDryRun)
+    : _output(output), _format(format), _isTrial(isDryRun) {
     _timer.start();
 }
 
@@ -144,7 +144,7 @@ void SyncOutput::Summarise(SyncOutcome outcome) {
     }
     if (_isTrial) {
         line = "Would be done: " + line;
-    } else if (outcome == SyncOutcome::Stopped) {
+    } else if (outcome == SyncOutcome::Cancelled) {
         line = "Stopped: " + line;
     } else {
         line += " in " + QByteArray::number(static_cast<double>(_timer.elapsed()) / 1000, 'f', 1) + " s";

@@ -18,7 +18,7 @@ public:
     enum class Format { Lines, Bar, Json };
 
     /// `output` outlives this object. A trial's lines say what would be done, all of it.
-    SyncOutput(Output& output, Format format, bool isTrial);
+    SyncOutput(Output& output, Format format, bool isDryRun);
 
     void OnEvent(const report::SyncEvent& event) override;
     void OnProgress(const report::SyncProgress& progress) override;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 
 namespace ovsync {
 namespace local {

@@ -59,7 +59,7 @@ public:
     /// Renames `from` to `to`, in one step. False, and nothing done, when there is something at `to`.
     virtual bool Move(const QString& from, const QString& to) = 0;
     /// Lets the two change places, in one step. False, and nothing done, when the file system cannot do it.
-    virtual bool Exchange(const QString& a, const QString& b) = 0;
+    virtual bool Swap(const QString& a, const QString& b) = 0;
     /// Of a file; nothing happens when there is none.
     virtual void Remove(const QString& path) = 0;
     /// False, and nothing done, when there is something in it.

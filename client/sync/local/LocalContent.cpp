@@ -4,12 +4,12 @@
 #include <chrono>
 #include <vector>
 
-#include "client/sync/report/Stopped.h"
+#include "client/sync/report/Cancelled.h"
 
 namespace ovsync {
 namespace local {
 
-using report::Stopped;
+using report::Cancelled;
 
 namespace {
 
@@ -28,7 +28,7 @@ std::optional<LocalContent> LocalContent::Of(ILocalTree& tree, const QString& pa
     std::vector<char> buffer(BufferSize);
     while (const size_t size = file->Read(buffer.data(), buffer.size())) {
         md5.addData(buffer.data(), static_cast<int>(size));
-        Stopped::ThrowIf(isStopped);
+        Cancelled::ThrowIf(isStopped);
     }
     if (!file->Look().IsUnchangedSince(before)) {
         return std::nullopt;

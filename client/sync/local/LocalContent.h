@@ -15,7 +15,7 @@ struct LocalContent {
     QString md5;
     store::Fingerprint fingerprint;
 
-    /// None when the file is gone or was written meanwhile. Throws LocalError, and Stopped.
+    /// None when the file is gone or was written meanwhile. Throws LocalError, and Cancelled.
     static std::optional<LocalContent> Of(ILocalTree& tree, const QString& path, const std::atomic<bool>& isStopped);
 };
 

@@ -202,7 +202,7 @@ bool LocalTree::Move(const QString& from, const QString& to) {
     return false;
 }
 
-bool LocalTree::Exchange(const QString& a, const QString& b) {
+bool LocalTree::Swap(const QString& a, const QString& b) {
     const Place first(*this, a);
     const Place second(*this, b);
     first.Check(true);

@@ -20,7 +20,7 @@ public:
     std::unique_ptr<IWritableFile> Create(const QString& path) override;
     void MakeFolder(const QString& path) override;
     bool Move(const QString& from, const QString& to) override;
-    bool Exchange(const QString& a, const QString& b) override;
+    bool Swap(const QString& a, const QString& b) override;
     void Remove(const QString& path) override;
     bool RemoveFolder(const QString& path) override;
     void SyncFolder(const QString& folder) override;

@@ -6,7 +6,7 @@
 
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 
 namespace ovsync {
 namespace local {

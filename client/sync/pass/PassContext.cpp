@@ -4,12 +4,12 @@
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteContent.h"
-#include "client/sync/pass/Version.h"
+#include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/pass/WholeTreeCheck.h"
 #include "client/sync/pass/WrongFolder.h"
-#include "client/sync/report/Stopped.h"
+#include "client/sync/report/Cancelled.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
@@ -22,8 +22,8 @@ using local::LocalEntry;
 using local::LocalError;
 using local::LocalSnapshot;
 using local::Recordable;
+using report::Cancelled;
 using report::ISyncObserver;
-using report::Stopped;
 using report::SyncEvent;
 using report::SyncOutcome;
 using store::FileRecord;
@@ -56,17 +56,17 @@ PassContext::PassContext(const ServiceFolder& service, ILocalTree& tree, store::
       _options(options),
       _exclusion(options.filter),
       _trash(tree, QDateTime::currentDateTimeUtc(), options.daysKept),
-      _placer(tree, records, _trash),
+      _installer(tree, records, _trash),
       _observer(observer) {}
 
 void PassContext::ThrowIfStopped() const {
-    Stopped::ThrowIf(*_options.isStopped);
+    Cancelled::ThrowIf(*_options.isStopped);
 }
 
 LocalSnapshot PassContext::Begin() {
     _CheckAddress();
-    if (!_options.isTrial) {
-        for (const SyncEvent& event : _placer.Recover()) {
+    if (!_options.isDryRun) {
+        for (const SyncEvent& event : _installer.Recover()) {
             Report(event);
         }
         for (const SyncEvent& event : _trash.RemoveOld()) {
@@ -74,10 +74,10 @@ LocalSnapshot PassContext::Begin() {
         }
     }
     LocalSnapshot snapshot = LocalSnapshot::Of(_tree, _exclusion);
-    if (!_options.isTrial) {
+    if (!_options.isDryRun) {
         for (const QString& leftover : snapshot.temporaryFiles) {
             try {
-                _placer.ClearUp(leftover);
+                _installer.ClearUp(leftover);
             } catch (const LocalError&) {
                 ReportFailure(leftover, std::current_exception());
             }
@@ -113,7 +113,7 @@ std::optional<RemoteTree> PassContext::List(const QDateTime& since, const LocalS
     }
     RequireWholeTree(_service, *folders, *files);
     RemoteTree tree(_service, *folders, *files, _exclusion);
-    if (!_options.isTrial) {
+    if (!_options.isDryRun) {
         _records.WriteSetting(AddressSetting(), _service.address);
         tree.RefuseClashes(snapshot.entries.keys(), _tree.TellsCaseApart(), _tree.TellsUnicodeFormsApart());
     }
@@ -155,7 +155,7 @@ LocalFileState PassContext::Compare(const QString& path, const LocalSnapshot& sn
     if (!file.md5.isEmpty() && file.md5 == record->contentMd5) {
         file.state = LocalState::Unchanged;
         record->local = Recordable(file.entry->fingerprint);
-        if (!_options.isTrial) {
+        if (!_options.isDryRun) {
             _records.WriteFile(*record);
         }
     }
@@ -213,7 +213,7 @@ RemoteState PassContext::StateOf(const QString& path, const FileConfiguration& r
     renewed.local = record->local;
     renewed.contentMd5 = record->contentMd5;
     record = renewed;
-    if (!_options.isTrial) {
+    if (!_options.isDryRun) {
         _records.WriteFile(renewed);
     }
     return RemoteState::Same;
@@ -248,7 +248,7 @@ FileRecord PassContext::RecordOf(const QString& path, const FileConfiguration& r
 }
 
 void PassContext::Adopt(const QString& path, const FileConfiguration& remote, LocalFileState& file) {
-    if (_options.isTrial) {
+    if (_options.isDryRun) {
         return;
     }
     if (file.md5.isEmpty()) {
@@ -321,7 +321,7 @@ SyncOutcome PassContext::Run(const std::function<void()>& pass) const {
     } catch (const std::exception&) {
         // Whatever is under way ends with an error of its own when it is stopped.
         if (*_options.isStopped) {
-            return SyncOutcome::Stopped;
+            return SyncOutcome::Cancelled;
         }
         throw;
     }

@@ -8,8 +8,8 @@
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/Exclusion.h"
 #include "client/sync/local/ILocalTree.h"
+#include "client/sync/local/Installer.h"
 #include "client/sync/local/LocalSnapshot.h"
-#include "client/sync/local/Placer.h"
 #include "client/sync/pass/LocalState.h"
 #include "client/sync/pass/RemoteState.h"
 #include "client/sync/pass/RemoteTree.h"
@@ -41,7 +41,7 @@ public:
     store::RecordDatabase& Records() { return _records; }
     const SyncOptions& Options() const { return _options; }
     const local::Exclusion& Excluded() const { return _exclusion; }
-    local::Placer& Placing() { return _placer; }
+    local::Installer& Installing() { return _installer; }
     void ThrowIfStopped() const;
 
     /// Checks that the folder belongs to the service's folder, clears up after a pass that died and what is too old in
@@ -98,7 +98,7 @@ private:
     const SyncOptions& _options;
     const local::Exclusion _exclusion;
     local::Trash _trash;
-    local::Placer _placer;
+    local::Installer _installer;
     report::ISyncObserver& _observer;
     QDateTime _listedAt;
     bool _hasProblems = false;

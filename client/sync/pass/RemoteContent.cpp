@@ -2,7 +2,7 @@
 
 #include <QCryptographicHash>
 
-#include "client/sync/pass/Version.h"
+#include "client/sync/pass/RemoteVersion.h"
 
 namespace ovsync {
 namespace pass {
@@ -41,7 +41,7 @@ private:
 QString Md5OnService(const ServiceFolder& service, const QString& path, qint64 listed) {
     Md5Sink sink(listed);
     try {
-        service.newSession()->Download(service.urlOf(service.ServerPath(path)), sink);
+        service.newConnection()->Download(service.urlOf(service.ServerPath(path)), sink);
     } catch (const Md5Sink::MoreThanListed&) {
         return QString();
     }

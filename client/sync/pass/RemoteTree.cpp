@@ -3,7 +3,7 @@
 #include <QHash>
 #include <algorithm>
 
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 #include "client/sync/pass/WrongFolder.h"
 
 namespace ovsync {

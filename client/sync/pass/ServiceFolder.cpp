@@ -1,6 +1,6 @@
 #include "client/sync/pass/ServiceFolder.h"
 
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 
 namespace ovsync {
 namespace pass {

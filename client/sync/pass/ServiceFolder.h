@@ -5,7 +5,7 @@
 #include <functional>
 #include <memory>
 
-#include "client/content/IContentSession.h"
+#include "client/content/IContentConnection.h"
 #include "host/configuration/FolderConfiguration.h"
 #include "host/interfaces/ICustomFileConfigUpdater.h"
 #include "host/interfaces/IRemoteFileManager.h"
@@ -21,7 +21,7 @@ struct ServiceFolder {
     sync::interf::IRemoteFileManager* files = nullptr;
     sync::interf::ICustomFileConfigUpdater* updater = nullptr;
     /// A session for one thread.
-    std::function<std::unique_ptr<content::IContentSession>()> newSession;
+    std::function<std::unique_ptr<content::IContentConnection>()> newConnection;
     /// The URL of a server path; empty when there is none for it.
     std::function<QUrl(const QString& serverPath)> urlOf;
     /// Names the folder to sync, and no other: its URL in one spelling.

@@ -18,7 +18,7 @@ struct SyncOptions {
     /// For how many days what a pass replaces or deletes here is kept; 0 for not at all.
     int daysKept = local::Trash::DefaultDays;
     /// Whether everything is only said, and nothing done.
-    bool isTrial = false;
+    bool isDryRun = false;
     /// Whether what no pass ever syncs counts as left to somebody.
     bool isStrict = false;
     /// The most files that a pull deletes.

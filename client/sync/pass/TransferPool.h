@@ -10,13 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "client/content/IContentSession.h"
+#include "client/content/IContentConnection.h"
 
 namespace ovsync {
 namespace pass {
 
 /// Runs transfers on threads of its own, each with a session. `Transfer` has an operation
-/// `void Run(http::IContentSession&) noexcept`. To be used by one thread.
+/// `void Run(http::IContentConnection&) noexcept`. To be used by one thread.
 template <typename Transfer>
 class TransferPool {
 public:
@@ -26,9 +26,9 @@ public:
     /// How long to wait for one that finished, so that progress can be told.
     static constexpr std::chrono::milliseconds ProgressInterval{200};
 
-    TransferPool(int threads, const std::function<std::unique_ptr<content::IContentSession>()>& newSession) {
+    TransferPool(int threads, const std::function<std::unique_ptr<content::IContentConnection>()>& newConnection) {
         for (int i = 0; i < threads; ++i) {
-            _sessions.push_back(newSession());
+            _sessions.push_back(newConnection());
         }
         for (const auto& session : _sessions) {
             _threads.emplace_back([this, &session = *session] { _Work(session); });
@@ -83,7 +83,7 @@ public:
     }
 
 private:
-    void _Work(content::IContentSession& session) {
+    void _Work(content::IContentConnection& session) {
         std::unique_lock<std::mutex> lock(_mutex);
         for (;;) {
             _work.wait(lock, [this] { return _isCancelled || !_waiting.empty(); });
@@ -100,7 +100,7 @@ private:
         }
     }
 
-    std::vector<std::unique_ptr<content::IContentSession>> _sessions;
+    std::vector<std::unique_ptr<content::IContentConnection>> _sessions;
     std::mutex _mutex;
     std::condition_variable _work;
     std::condition_variable _result;

@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "client/sync/local/LocalError.h"
-#include "client/sync/local/Names.h"
-#include "client/sync/pass/Version.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
 
 namespace ovsync {
 namespace pull {
@@ -35,7 +35,7 @@ Download::~Download() {
     }
 }
 
-void Download::Run(content::IContentSession& session) noexcept {
+void Download::Run(content::IContentConnection& session) noexcept {
     try {
         const QString temporary = TemporaryBeside(_order.path);
         _file = _tree.Create(temporary);

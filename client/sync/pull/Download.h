@@ -7,7 +7,7 @@
 #include <exception>
 #include <memory>
 
-#include "client/content/IContentSession.h"
+#include "client/content/IContentConnection.h"
 #include "client/sync/local/ILocalTree.h"
 #include "client/sync/pull/PullOrder.h"
 
@@ -23,7 +23,7 @@ public:
     /// Removes the temporary file, unless it was given away.
     ~Download() override;
 
-    void Run(content::IContentSession& session) noexcept;
+    void Run(content::IContentConnection& session) noexcept;
 
     const PullOrder& Order() const { return _order; }
     /// The temporary file; the caller takes care of it from now on.

@@ -1,7 +1,7 @@
 #include "client/sync/pull/GoneCheck.h"
 #include "client/wire/HttpStatus.h"
 
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {

@@ -5,22 +5,22 @@
 #include <utility>
 
 #include "client/sync/local/LocalError.h"
-#include "client/sync/local/Names.h"
-#include "client/sync/pass/Version.h"
-#include "client/sync/pull/Fetcher.h"
-#include "client/sync/report/Stopped.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
+#include "client/sync/pull/Downloader.h"
+#include "client/sync/report/Cancelled.h"
 
 namespace ovsync {
 namespace pull {
 
 using local::FolderOf;
+using local::Installer;
 using local::LocalEntry;
 using local::LocalError;
 using local::LocalSnapshot;
-using local::Placer;
 using pass::LikelySize;
 using pass::RemoteTree;
-using report::Stopped;
+using report::Cancelled;
 using report::SyncEvent;
 using report::SyncOutcome;
 using store::RecordDatabase;
@@ -70,10 +70,10 @@ void PullPass::_Pull() {
     }
     const std::deque<PullOrder> orders = plan.FindOrders(*remote, snapshot);
     bool hasAll = true;
-    if (_context.Options().isTrial) {
+    if (_context.Options().isDryRun) {
         _TellOrders(orders);
     } else {
-        hasAll = Fetcher(_context).Run(orders);
+        hasAll = Downloader(_context).Run(orders);
     }
     // What came under another name, or elsewhere, has to be here before it goes.
     if (deletes && hasAll) {
@@ -81,7 +81,7 @@ void PullPass::_Pull() {
     } else if (deletes) {
         _Keep(others, QStringLiteral(", because not everything could be fetched"));
     }
-    if (!_context.Options().isTrial) {
+    if (!_context.Options().isDryRun) {
         plan.ForgetCopies();
         _WriteLastPass(_context.Outcome() == SyncOutcome::InStep ? _context.ListedAt() : QDateTime());
     }
@@ -122,7 +122,7 @@ PullPlan::Gone PullPass::_Confirmed(PullPlan::Gone gone, GoneCheck& check) {
             }
             _context.Report(SyncEvent::Kind::Kept, path,
                             QStringLiteral("the listing lacks it, but the service still has it"));
-        } catch (const Stopped&) {
+        } catch (const Cancelled&) {
             throw;
         } catch (const std::exception&) {
             _context.ReportFailure(path, std::current_exception());
@@ -175,28 +175,28 @@ QSet<QString> PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnaps
     QSet<QString> unfinished;
     for (int start = 0; start < files.size(); start += RemovalsAtOnce) {
         _context.ThrowIfStopped();
-        QVector<Placer::Request> requests;
+        QVector<Installer::Request> requests;
         for (const store::Placement& removal : files.mid(start, RemovalsAtOnce)) {
-            Placer::Request request;
+            Installer::Request request;
             request.placement = removal;
-            request.result = Placer::Result::Done;
+            request.result = Installer::Result::Done;
             requests.append(request);
         }
-        if (!_context.Options().isTrial) {
-            _context.Placing().Carry(requests);
+        if (!_context.Options().isDryRun) {
+            _context.Installing().Install(requests);
         }
-        for (const Placer::Request& request : requests) {
+        for (const Installer::Request& request : requests) {
             const QString& path = request.placement.record.path;
             switch (request.result) {
-                case Placer::Result::Done:
+                case Installer::Result::Done:
                     snapshot.entries.remove(path);
                     _context.Report(SyncEvent::Kind::Deleted, path);
                     break;
-                case Placer::Result::Occupied:
+                case Installer::Result::Occupied:
                     _context.Report(SyncEvent::Kind::Kept, path,
                                     QStringLiteral("it was deleted on the service, but has just changed here"));
                     break;
-                case Placer::Result::Failed:
+                case Installer::Result::Failed:
                     _context.Report(SyncEvent::Kind::Refused, path, request.error);
                     AddFoldersOf(path, unfinished);
                     break;
@@ -207,7 +207,7 @@ QSet<QString> PullPass::_DeleteFiles(QVector<store::Placement> files, LocalSnaps
 }
 
 void PullPass::_DeleteFolders(const QStringList& folders, QSet<QString> unfinished, LocalSnapshot& snapshot) {
-    if (_context.Options().isTrial) {
+    if (_context.Options().isDryRun) {
         _TryDeletingFolders(folders, snapshot);
         return;
     }

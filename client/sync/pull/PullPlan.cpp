@@ -3,8 +3,8 @@
 #include <utility>
 
 #include "client/sync/local/LocalError.h"
-#include "client/sync/local/Names.h"
-#include "client/sync/pass/Version.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/pull/PullDecision.h"
 
 namespace ovsync {
@@ -137,7 +137,7 @@ bool PullPlan::_MakeFolder(const QString& path, LocalSnapshot& snapshot) {
         }
         return isFolder;
     }
-    if (!_context.Options().isTrial) {
+    if (!_context.Options().isDryRun) {
         try {
             _context.Tree().MakeFolder(path);
         } catch (const LocalError&) {

@@ -1,7 +1,7 @@
 #include "client/sync/push/PushPass.h"
 
 #include "client/sync/push/PushPlan.h"
-#include "client/sync/push/Sender.h"
+#include "client/sync/push/Uploader.h"
 
 namespace ovsync {
 namespace push {
@@ -23,8 +23,8 @@ void PushPass::_Push() {
     // Without a condition, which always gives a listing.
     const std::optional<RemoteTree> remote = _context.List(QDateTime(), snapshot);
     std::deque<PushOrder> orders = PushPlan(_context, *remote, snapshot).FindOrders();
-    if (!_context.Options().isTrial) {
-        Sender(_context).Run(std::move(orders));
+    if (!_context.Options().isDryRun) {
+        Uploader(_context).Run(std::move(orders));
         return;
     }
     for (const PushOrder& order : orders) {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <set>
 
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteContent.h"
-#include "client/sync/pass/Version.h"
+#include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/push/PushDecision.h"
 
 namespace ovsync {
@@ -232,7 +232,7 @@ void PushPlan::_MakeFolders() {
 }
 
 bool PushPlan::_MakeFolder(const QString& path) {
-    if (!_context.Options().isTrial) {
+    if (!_context.Options().isDryRun) {
         try {
             FolderConfiguration folder = _context.Service().FolderAt(path);
             if (_context.Service().folders->FolderExists(folder)) {

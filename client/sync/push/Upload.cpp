@@ -4,8 +4,8 @@
 #include <thread>
 #include <utility>
 
-#include "client/sync/pass/Version.h"
-#include "client/sync/report/Stopped.h"
+#include "client/sync/pass/RemoteVersion.h"
+#include "client/sync/report/Cancelled.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -16,7 +16,7 @@ using content::UploadOutcome;
 using local::ILocalTree;
 using pass::EntityTagOf;
 using pass::KnownVersionOf;
-using report::Stopped;
+using report::Cancelled;
 
 namespace {
 
@@ -30,7 +30,7 @@ Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<q
                const std::atomic<bool>& isStopped)
     : _tree(tree), _order(std::move(order)), _url(url), _bytes(bytes), _isStopped(isStopped) {}
 
-void Upload::Run(content::IContentSession& session) noexcept {
+void Upload::Run(content::IContentConnection& session) noexcept {
     try {
         const bool isFirst = !_order.isNew && !_isToBeSent && EntityTagOf(_order.remote).isEmpty();
         _isToBeSent = isFirst;
@@ -45,20 +45,20 @@ void Upload::Run(content::IContentSession& session) noexcept {
     _file.reset();
 }
 
-std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentSession& session) {
+std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentConnection& session) {
     std::optional<content::ContentVersion> version = session.Look(_url);
     if (!version || !version->hasWeakTag) {
         return version;
     }
     const auto end = std::chrono::steady_clock::now() + TagPatience;
     while (std::chrono::steady_clock::now() < end) {
-        Stopped::ThrowIf(_isStopped);
+        Cancelled::ThrowIf(_isStopped);
         std::this_thread::sleep_for(WaitStep);
     }
     return session.Look(_url);
 }
 
-void Upload::_Send(content::IContentSession& session) {
+void Upload::_Send(content::IContentConnection& session) {
     content::ContentVersion known = KnownVersionOf(_order.remote);
     if (!_order.isNew && known.entityTag.isEmpty()) {
         known.entityTag = _version->entityTag;
@@ -82,7 +82,7 @@ void Upload::_Send(content::IContentSession& session) {
     _version = session.Look(_url);
 }
 
-void Upload::_TryConditions(content::IContentSession& session) {
+void Upload::_TryConditions(content::IContentConnection& session) {
     try {
         _knowsConditions = session.Upload(_url, *this, _before.size, UploadCondition::New, content::ContentVersion()) ==
                            UploadOutcome::Refused;
@@ -95,7 +95,7 @@ void Upload::_TryConditions(content::IContentSession& session) {
     }
 }
 
-bool Upload::_IsForestalled(content::IContentSession& session, const content::ContentVersion& known) const {
+bool Upload::_IsForestalled(content::IContentConnection& session, const content::ContentVersion& known) const {
     const std::optional<content::ContentVersion> now = session.Look(_url);
     if (_order.isNew || !now) {
         return _order.isNew == now.has_value();

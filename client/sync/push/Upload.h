@@ -8,7 +8,7 @@
 #include <memory>
 #include <optional>
 
-#include "client/content/IContentSession.h"
+#include "client/content/IContentConnection.h"
 #include "client/sync/local/ILocalTree.h"
 #include "client/sync/push/PushOrder.h"
 
@@ -24,7 +24,7 @@ public:
     Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,
            const std::atomic<bool>& isStopped);
 
-    void Run(content::IContentSession& session) noexcept;
+    void Run(content::IContentConnection& session) noexcept;
 
     const PushOrder& Order() const { return _order; }
     /// Whether only the first of two runs is over.
@@ -46,12 +46,12 @@ public:
 private:
     void Restart() override;
     size_t Read(char* bytes, size_t size) override;
-    std::optional<content::ContentVersion> _LookForTag(content::IContentSession& session);
-    void _Send(content::IContentSession& session);
+    std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
+    void _Send(content::IContentConnection& session);
     /// Sends the same once more, although it must not be there.
-    void _TryConditions(content::IContentSession& session);
+    void _TryConditions(content::IContentConnection& session);
     /// Whether the service has something else than what the upload is to replace.
-    bool _IsForestalled(content::IContentSession& session, const content::ContentVersion& known) const;
+    bool _IsForestalled(content::IContentConnection& session, const content::ContentVersion& known) const;
 
     local::ILocalTree& _tree;
     const PushOrder _order;

@@ -12,7 +12,7 @@ enum class SyncOutcome {
     /// The service could not be reached or understood for some files.
     Failed,
     /// It was told to stop. What was finished is recorded.
-    Stopped
+    Cancelled
 };
 
 }  // namespace report

@@ -18,7 +18,7 @@
 namespace ovsync {
 namespace library {
 
-using wire::HttpSessionSettings;
+using wire::ConnectionSettings;
 namespace {
 
 using tests::AnswerOf;
@@ -50,7 +50,7 @@ protected:
     char* arguments[2] = {programName, nullptr};
     QCoreApplication application{argumentCount, arguments};
     const CleanEnvironment environment;
-    HttpSessionSettings settings;
+    ConnectionSettings settings;
     std::shared_ptr<QNetworkAccessManager> manager;
 };
 

@@ -21,7 +21,7 @@
 namespace ovsync {
 namespace library {
 
-using wire::HttpSessionSettings;
+using wire::ConnectionSettings;
 namespace {
 
 using testing::AllOf;
@@ -76,7 +76,7 @@ protected:
     char* arguments[2] = {programName, nullptr};
     QCoreApplication application{argumentCount, arguments};
     const CleanEnvironment environment;
-    HttpSessionSettings settings;
+    ConnectionSettings settings;
     std::unique_ptr<SyncConfigWatch> watch;
     QByteArray body;
 };

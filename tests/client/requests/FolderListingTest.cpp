@@ -6,7 +6,7 @@
 #include "client/library/RequestAuthenticatorFactory.h"
 #include "client/requests/HttpFactory.h"
 #include "client/requests/UrlBuilder.h"
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "dvsync/DrovaneRemoteFolderManager.h"
 #include "tests/client/Fixtures.h"
 #include "tests/client/requests/BadAnswers.h"
@@ -19,7 +19,7 @@ namespace ovsync {
 namespace requests {
 
 using library::RequestAuthenticatorFactory;
-using wire::ExchangeError;
+using wire::TransactionError;
 namespace {
 
 using sync::config::FileConfiguration;
@@ -49,7 +49,7 @@ protected:
         return std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(
             std::make_shared<UrlBuilder>(), 0,
             std::make_shared<RequestAuthenticatorFactory>(QStringLiteral("alice"), QStringLiteral("open sesame")),
-            std::make_shared<HttpFactory>(std::make_shared<AccountSessions>()),
+            std::make_shared<HttpFactory>(std::make_shared<AccountConnections>()),
             std::make_shared<tests::FakeConfigurationFactory>(accounts, nullptr));
     }
 
@@ -107,7 +107,7 @@ TEST_P(BadFolderListingTest, IsAnErrorAndNoListing) {
             manager->FolderExists(folder);
         }
         FAIL();
-    } catch (const ExchangeError& error) {
+    } catch (const TransactionError& error) {
         EXPECT_THAT(error.Utf8Message(), HasSubstr(bad.reason));
         EXPECT_THAT(error.Utf8Message(), HasSubstr("/Projects/A"));
     }

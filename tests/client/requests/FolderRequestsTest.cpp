@@ -8,7 +8,7 @@
 #include "client/library/RequestAuthenticatorFactory.h"
 #include "client/requests/HttpFactory.h"
 #include "client/requests/WholeAnswerRequest.h"
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "tests/client/Fixtures.h"
 #include "tests/client/requests/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
@@ -18,7 +18,7 @@ namespace ovsync {
 namespace requests {
 
 using library::RequestAuthenticatorFactory;
-using wire::ExchangeError;
+using wire::TransactionError;
 namespace {
 
 using sync::config::FolderConfiguration;
@@ -80,7 +80,7 @@ protected:
                          });
         try {
             executor->Execute({request});
-        } catch (const ExchangeError& failure) {
+        } catch (const TransactionError& failure) {
             return failure.Utf8Message();
         }
         return "";
@@ -103,7 +103,7 @@ protected:
     const CleanEnvironment environment;
     const std::shared_ptr<RequestAuthenticatorFactory> authenticators =
         std::make_shared<RequestAuthenticatorFactory>(QStringLiteral("alice"), QStringLiteral("open sesame"));
-    HttpFactory factory{std::make_shared<AccountSessions>()};
+    HttpFactory factory{std::make_shared<AccountConnections>()};
     std::string error;
     ScriptedServer::Request sent;
     std::vector<std::shared_ptr<IHttpRequest>> completed;
@@ -360,7 +360,7 @@ INSTANTIATE_TEST_SUITE_P(Statuses, FolderStatusTest, testing::ValuesIn(StatusCas
                              return name + "_" + QByteArray(tested.param.fixture).right(3).toStdString();
                          });
 
-/// How the exchange with any of the requests can break.
+/// How the transaction with any of the requests can break.
 class BrokenExchangeTest : public FolderRequestsTest, public testing::WithParamInterface<Kind> {};
 
 TEST_P(BrokenExchangeTest, IsAnErrorThatNamesTheUrl) {

@@ -14,7 +14,7 @@ using sync::core::SyncException;
 using testing::HasSubstr;
 
 HttpFactory Factory() {
-    return HttpFactory(std::make_shared<AccountSessions>());
+    return HttpFactory(std::make_shared<AccountConnections>());
 }
 
 QByteArray AskedUrl(const char* url, int depth) {

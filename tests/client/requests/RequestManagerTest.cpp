@@ -9,7 +9,7 @@
 #include "client/library/RequestAuthenticatorFactory.h"
 #include "client/requests/HttpFactory.h"
 #include "client/requests/OptionsRequest.h"
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "tests/client/Fixtures.h"
 #include "tests/client/requests/BadAnswers.h"
@@ -21,9 +21,9 @@ namespace ovsync {
 namespace requests {
 
 using library::RequestAuthenticatorFactory;
-using wire::ExchangeError;
-using wire::HttpSessionSettings;
+using wire::ConnectionSettings;
 using wire::ListingLimits;
+using wire::TransactionError;
 namespace {
 
 using sync::http::DAVPropfindRequest;
@@ -51,7 +51,7 @@ using Ending = ScriptedServer::Ending;
 const QString QueriedPath = QStringLiteral("/Projects/A/");
 
 std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
-    return HttpFactory(std::make_shared<AccountSessions>())
+    return HttpFactory(std::make_shared<AccountConnections>())
         .CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
 }
 
@@ -66,7 +66,7 @@ protected:
         }
         try {
             manager.Execute(requests);
-        } catch (const ExchangeError& error) {
+        } catch (const TransactionError& error) {
             return error.Utf8Message();
         }
         return "";
@@ -76,7 +76,7 @@ protected:
     const QString user = QStringLiteral("alice");
     const QString password = QStringLiteral("open sesame");
     RequestAuthenticatorFactory authenticators{user, password};
-    const std::shared_ptr<AccountSession> session = AccountSessions().Of(0, authenticators);
+    const std::shared_ptr<AccountConnection> session = AccountConnections().Of(0, authenticators);
     RequestManager manager{session};
     std::vector<IHttpRequest::RequestState> states;
 };
@@ -87,14 +87,14 @@ TEST(ListingLimitsTest, AnAnswerAboveALimitIsNoListing) {
     const auto errorOf = [&](const ListingLimits& limits) {
         ScriptedServer server({OptionsStep(), ScriptedServer::Answer(listing)});
         const CleanEnvironment environment;
-        HttpSessionSettings settings;
+        ConnectionSettings settings;
         settings.listing = limits;
         RequestAuthenticatorFactory nobody{QString(), QString()};
-        RequestManager manager(AccountSessions(settings).Of(0, nobody));
+        RequestManager manager(AccountConnections(settings).Of(0, nobody));
         const auto request = RequestOf(server.Url(QueriedPath));
         try {
             manager.Execute({request});
-        } catch (const ExchangeError& error) {
+        } catch (const TransactionError& error) {
             EXPECT_FALSE(request->GetResult());
             return error.Utf8Message();
         }

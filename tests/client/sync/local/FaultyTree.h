@@ -41,9 +41,9 @@ public:
         _Meet("Move", to);
         return _tree.Move(from, to);
     }
-    bool Exchange(const QString& a, const QString& b) override {
-        _Meet("Exchange", b);
-        return knowsExchange && _tree.Exchange(a, b);
+    bool Swap(const QString& a, const QString& b) override {
+        _Meet("Swap", b);
+        return knowsExchange && _tree.Swap(a, b);
     }
     void Remove(const QString& path) override {
         _Meet("Remove", path);

@@ -64,7 +64,7 @@ TEST_F(LocalTreeTest, NothingIsMadeOverAnExistingFile) {
     EXPECT_FALSE(tree.Move(Text("b"), Text("a")));
     EXPECT_EQ(Read("a"), QByteArray("1"));
     EXPECT_TRUE(tree.Move(Text("b"), Text("c")));
-    EXPECT_TRUE(tree.Exchange(Text("a"), Text("c")));
+    EXPECT_TRUE(tree.Swap(Text("a"), Text("c")));
     EXPECT_EQ(Read("a"), QByteArray("2"));
 }
 
@@ -83,7 +83,7 @@ TEST_F(LocalTreeTest, LinksAreNeverFollowed) {
     EXPECT_THROW(tree.Create(Text("link/y")), LocalError);
     EXPECT_THROW(tree.MakeFolder(Text("link/y")), LocalError);
     EXPECT_THROW(tree.Move(Text("a"), Text("link/y")), LocalError);
-    EXPECT_THROW(tree.Exchange(Text("a"), Text("link/x")), LocalError);
+    EXPECT_THROW(tree.Swap(Text("a"), Text("link/x")), LocalError);
     EXPECT_THROW(tree.Remove(Text("link/x")), LocalError);
     EXPECT_THROW(tree.RemoveFolder(Text("link")), LocalError);
     EXPECT_EQ(QDir(elsewhere.path()).entryList(QDir::Files), QStringList(Text("x")));

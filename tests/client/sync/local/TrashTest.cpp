@@ -330,10 +330,10 @@ TEST_F(TrashTest, APassRemovesWhatIsTooOldAndATrialNothing) {
     const QDateTime now = QDateTime::currentDateTimeUtc();
     Take(now.addDays(-31), "old", "1");
     Take(now.addDays(-29), "young", "2");
-    options.isTrial = true;
+    options.isDryRun = true;
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Listed().size(), 2);
-    options.isTrial = false;
+    options.isDryRun = false;
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(Listed().size(), 1);
     EXPECT_FALSE(TrashAtNoon().Find(Text("old"), std::nullopt));

@@ -2,9 +2,9 @@
 
 #include <QCryptographicHash>
 
-#include "client/sync/local/Names.h"
-#include "client/sync/pass/Version.h"
-#include "client/wire/ExchangeError.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "tests/fakes/Text.h"
 
@@ -18,7 +18,7 @@ using ovsync::local::FolderOf;
 using ovsync::local::NameOf;
 using ovsync::pass::ListedSize;
 using ovsync::wire::ContentSource;
-using ovsync::wire::ExchangeError;
+using ovsync::wire::TransactionError;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 using sync::http::HttpException;
@@ -170,7 +170,7 @@ private:
     const std::shared_ptr<FileManager> _manager;
 };
 
-class FakeService::Session : public ovsync::content::IContentSession {
+class FakeService::Session : public ovsync::content::IContentConnection {
 public:
     explicit Session(FakeService& service) : _service(service) {}
 
@@ -213,7 +213,7 @@ public:
         source.Restart();
         content.resize(static_cast<int>(source.Read(content.data(), static_cast<size_t>(content.size()))));
         if (content.size() != size) {
-            throw ExchangeError("PUT", url, Text("the content has another size"), {});
+            throw TransactionError("PUT", url, Text("the content has another size"), {});
         }
         {
             const Lock lock(_service._mutex);
@@ -236,7 +236,7 @@ private:
     void _Begin(const char* method, const QUrl& url) {
         _service._Meet(method, PathOf(url));
         if (_isCancelled) {
-            throw ExchangeError(method, url, Text("cancelled"), {});
+            throw TransactionError(method, url, Text("cancelled"), {});
         }
     }
 
@@ -332,7 +332,7 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.folders = _folderManager.get();
     service.files = _fileManager.get();
     service.updater = _updater.get();
-    service.newSession = [this] { return std::make_unique<Session>(*this); };
+    service.newConnection = [this] { return std::make_unique<Session>(*this); };
     service.urlOf = [](const QString& serverPath) {
         QUrl url(Text("http://service.test/"));
         url.setPath(Text("/") + serverPath, QUrl::DecodedMode);

@@ -9,7 +9,7 @@
 #include <memory>
 
 #include "client/sync/local/LocalError.h"
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "host/interfaces/ISyncFilter.h"
 #include "tests/client/sync/pass/SyncTest.h"
@@ -21,7 +21,7 @@ using ovsync::local::LocalError;
 using ovsync::pass::DeletionLimit;
 using ovsync::report::SyncEvent;
 using ovsync::report::SyncOutcome;
-using ovsync::wire::ExchangeError;
+using ovsync::wire::TransactionError;
 using testing::ElementsAre;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
@@ -94,7 +94,7 @@ protected:
 TEST_F(MishapTest, ANewVersionWhoseTemporaryFileGoesIsNotHere) {
     StartWith("a", "1");
     service.Put(Text("a"), "2");
-    Before("Exchange", "a", [this] { RemoveTemporaryFiles(); });
+    Before("Swap", "a", [this] { RemoveTemporaryFiles(); });
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
     EXPECT_EQ(Content("a"), QByteArray("1"));
     Push();
@@ -115,7 +115,7 @@ TEST_F(MishapTest, ANewFileWhoseTemporaryFileGoesIsNotHere) {
 TEST_F(MishapTest, AfterAKillAndACleanerTheOldFileIsTheOldFile) {
     StartWith("a", "1");
     service.Put(Text("a"), "2");
-    Before("Exchange", "a", [] { throw Kill(); });
+    Before("Swap", "a", [] { throw Kill(); });
     EXPECT_THROW(Pull(), Kill);
     RemoveTemporaryFiles();
     Push();
@@ -127,7 +127,7 @@ TEST_F(MishapTest, AfterAKillAndACleanerTheOldFileIsTheOldFile) {
 TEST_F(MishapTest, AnOldFileCopiedBackIntoAFolderThatWasRenamedMeanwhileIsTheOldFile) {
     StartWith("f/a", "1");
     service.Put(Text("f/a"), "2");
-    Before("Exchange", "f/a", [this] {
+    Before("Swap", "f/a", [this] {
         ASSERT_TRUE(QDir().rename(Path("f"), Path("g")));
         ASSERT_TRUE(QDir().mkdir(Path("f")));
         ASSERT_TRUE(QFile::copy(Path("g/a"), Path("f/a")));
@@ -144,8 +144,8 @@ TEST_F(MishapTest, AnOldFileCopiedBackIntoAFolderThatWasRenamedMeanwhileIsTheOld
 TEST_F(MishapTest, WhatASaveHadPutIntoATemporaryFileInARenamedFolderIsInTheTrash) {
     StartWith("f/a", "1");
     service.Put(Text("f/a"), "2");
-    // Saved right before the exchange; killed right after it, before anybody looked at what came out.
-    Before("Exchange", "f/a", [this] {
+    // Saved right before the transaction; killed right after it, before anybody looked at what came out.
+    Before("Swap", "f/a", [this] {
         Remove("f/a");
         Write("f/a", "saved");
         tree.before = [](const char* operation, const QString& path) {
@@ -167,7 +167,7 @@ TEST_F(MishapTest, AFolderThatGoesDuringAPassStopsNoLaterOne) {
     service.Put(Text("f/b"), "1");
     service.Put(Text("other"), "1");
     options.transfers = 1;
-    Before("Exchange", "f/a", [this] { ASSERT_TRUE(QDir(Path("f")).removeRecursively()); });
+    Before("Swap", "f/a", [this] { ASSERT_TRUE(QDir(Path("f")).removeRecursively()); });
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
     EXPECT_EQ(Content("other"), QByteArray("1"));
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
@@ -302,7 +302,7 @@ TEST_F(MishapTest, WhatTheServiceDoesNotTellOfIsNotDeleted) {
     service.Remove(Text("a"));
     service.onRequest = [](const QString& method, const QString&) {
         if (method == Text("FIND")) {
-            throw ExchangeError("GET", QUrl(), Text("no answer"), {});
+            throw TransactionError("GET", QUrl(), Text("no answer"), {});
         }
     };
     EXPECT_EQ(Pull(), SyncOutcome::Failed);
@@ -397,10 +397,10 @@ TEST_F(MishapTest, APushWhoseFilesAreNeverConfirmedEnds) {
     options.transfers = 1;
     service.onRequest = [](const QString& method, const QString&) {
         if (method == Text("FIND")) {
-            throw ExchangeError("GET", QUrl(), Text("no answer"), {});
+            throw TransactionError("GET", QUrl(), Text("no answer"), {});
         }
     };
-    EXPECT_THROW(Push(), ExchangeError);
+    EXPECT_THROW(Push(), TransactionError);
     EXPECT_LT(std::count_if(events.begin(), events.end(), [](const SyncEvent& event) { return event.IsProblem(); }),
               10);
 }

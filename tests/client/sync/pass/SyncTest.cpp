@@ -41,7 +41,7 @@ SyncOutcome SyncTest::Push() {
 SyncOutcome SyncTest::_Run(const std::function<SyncOutcome(PassContext&)>& pass) {
     events.clear();
     RecordDatabase records(folder.path(),
-                           options.isTrial ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
+                           options.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
     const ovsync::pass::ServiceFolder serviceFolder = service.Folder(folder.path());
     PassContext context(serviceFolder, tree, records, options, *this);
     return pass(context);

@@ -8,7 +8,7 @@
 #include "client/cli/input/GlobFilter.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/WrongFolder.h"
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
@@ -18,7 +18,7 @@ namespace {
 using ovsync::local::LocalError;
 using ovsync::pass::WrongFolder;
 using ovsync::report::SyncOutcome;
-using ovsync::wire::ExchangeError;
+using ovsync::wire::TransactionError;
 using sync::http::HttpException;
 using testing::Contains;
 using testing::HasSubstr;
@@ -37,7 +37,7 @@ protected:
     void FailEveryGet() {
         service.onRequest = [](const QString& method, const QString&) {
             if (method == Text("GET")) {
-                throw ExchangeError("GET", QUrl(), Text("reset"), {});
+                throw TransactionError("GET", QUrl(), Text("reset"), {});
             }
         };
     }
@@ -180,7 +180,7 @@ TEST_F(PullPassTest, AFileThatIsWrittenInTheMomentOfItsReplacementIsKeptBeside) 
     PullOne();
     service.Put(Text("a"), "2");
     tree.before = [this](const char* operation, const QString& path) {
-        if (qstrcmp(operation, "Exchange") == 0 && path == Text("a")) {
+        if (qstrcmp(operation, "Swap") == 0 && path == Text("a")) {
             Write("a", "mine!");
         }
     };
@@ -301,7 +301,7 @@ TEST_F(PullPassTest, AServiceThatFailsAgainAndAgainIsLeftAlone) {
         service.Put(Text(name), "1");
     }
     FailEveryGet();
-    EXPECT_THROW(Pull(), ExchangeError);
+    EXPECT_THROW(Pull(), TransactionError);
     EXPECT_EQ(events.size(), 3);
     EXPECT_EQ(Contents(), Files());
     service.onRequest = nullptr;
@@ -322,9 +322,9 @@ TEST_F(PullPassTest, AListingThatFailsDeletesNothing) {
     options.deletes = true;
     PullOne();
     service.onRequest = [](const QString&, const QString&) {
-        throw ExchangeError("PROPFIND", QUrl(), Text("cut"), {});
+        throw TransactionError("PROPFIND", QUrl(), Text("cut"), {});
     };
-    EXPECT_THROW(Pull(), ExchangeError);
+    EXPECT_THROW(Pull(), TransactionError);
     EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
 }
 
@@ -412,10 +412,10 @@ TEST_F(PullPassTest, AFileBecomesAFolderAndAFolderAFile) {
     EXPECT_EQ(Told(),
               QStringList({Text("Kept a"), Text("Kept f"), Text("Kept f/b"), Text("Refused a"), Text("Refused f")}));
     options.deletes = true;
-    options.isTrial = true;
+    options.isDryRun = true;
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Told(), QStringList({Text("Deleted a"), Text("Deleted f"), Text("Deleted f/b"), Text("FolderMade a")}));
-    options.isTrial = false;
+    options.isDryRun = false;
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Contents(), Files({{Text("a/c"), "3"}, {Text("f"), "4"}}));
 }
@@ -446,7 +446,7 @@ TEST_F(PullPassTest, ATrialTellsTheSameAndChangesNothing) {
     Remove("lost");
     const Files before = Contents();
     const ovsync::store::Fingerprint hidden = disk.Look(Text(".ovsync"))->fingerprint;
-    options.isTrial = true;
+    options.isDryRun = true;
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
     const QStringList told = Told();
     EXPECT_EQ(told, QStringList({Text("Conflict changed"), Text("Deleted gone"), Text("FolderMade f")}));
@@ -454,7 +454,7 @@ TEST_F(PullPassTest, ATrialTellsTheSameAndChangesNothing) {
     EXPECT_EQ(Contents(), before);
     EXPECT_TRUE(disk.Look(Text(".ovsync"))->fingerprint.IsUnchangedSince(hidden));
     EXPECT_EQ(service.Count("GET"), 5);
-    options.isTrial = false;
+    options.isDryRun = false;
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), told);
 }
@@ -469,7 +469,7 @@ TEST_F(PullPassTest, APassThatIsStoppedRecordsWhatIsFinishedAndLeavesNoTemporary
             isStopped = true;
         }
     };
-    EXPECT_EQ(Pull(), SyncOutcome::Stopped);
+    EXPECT_EQ(Pull(), SyncOutcome::Cancelled);
     EXPECT_FALSE(HasTemporaryFiles());
     isStopped = false;
     service.onRequest = nullptr;

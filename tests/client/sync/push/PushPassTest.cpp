@@ -6,14 +6,14 @@
 
 #include <QFile>
 
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
 
 namespace {
 
 using ovsync::report::SyncOutcome;
-using ovsync::wire::ExchangeError;
+using ovsync::wire::TransactionError;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
@@ -270,20 +270,20 @@ TEST_F(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
     PushOne();
     Write("a", "2");
     Write("f/b", "1");
-    options.isTrial = true;
+    options.isDryRun = true;
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     const QStringList told = Told();
     EXPECT_EQ(told, QStringList({Text("FolderSent f"), Text("Sent a"), Text("Sent f/b")}));
     EXPECT_EQ(service.Contents(), Files({{Text("a"), "1"}}));
     EXPECT_FALSE(service.HasFolder(Text("f")));
-    options.isTrial = false;
+    options.isDryRun = false;
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(Told(), told);
 }
 
 TEST_F(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
     Write("a", "1");
-    Before("SENT", [] { throw ExchangeError("PUT", QUrl(), Text("reset"), {}); });
+    Before("SENT", [] { throw TransactionError("PUT", QUrl(), Text("reset"), {}); });
     EXPECT_EQ(Push(), SyncOutcome::Failed);
     EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
     EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -300,7 +300,7 @@ TEST_F(PushPassTest, APassThatIsStoppedRecordsWhatWasSent) {
             isStopped = true;
         }
     };
-    EXPECT_EQ(Push(), SyncOutcome::Stopped);
+    EXPECT_EQ(Push(), SyncOutcome::Cancelled);
     isStopped = false;
     service.onRequest = nullptr;
     EXPECT_EQ(Push(), SyncOutcome::InStep);

@@ -2,18 +2,18 @@
 
 #include <QAuthenticator>
 
-#include "client/content/ContentExchange.h"
-#include "client/content/IContentSession.h"
-#include "client/wire/HttpSession.h"
+#include "client/content/ContentTransaction.h"
+#include "client/content/IContentConnection.h"
+#include "client/wire/HttpConnection.h"
 
 namespace ovsync {
 namespace content {
 
 /// Reads and writes the content of files by GET, HEAD and PUT over a session of its own.
-class ContentSession : public IContentSession {
+class ContentConnection : public IContentConnection {
 public:
     /// A null `credentials` stands for none.
-    ContentSession(const wire::HttpSessionSettings& settings, const QAuthenticator& credentials);
+    ContentConnection(const wire::ConnectionSettings& settings, const QAuthenticator& credentials);
 
     std::optional<ContentVersion> Look(const QUrl& url) override;
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
@@ -22,10 +22,10 @@ public:
     void Cancel() override;
 
 private:
-    void _Perform(ContentExchange& exchange);
-    [[noreturn]] void _ThrowRefusal(const ContentExchange& exchange) const;
+    void _Perform(ContentTransaction& transaction);
+    [[noreturn]] void _ThrowRefusal(const ContentTransaction& transaction) const;
 
-    wire::HttpSession _session;
+    wire::HttpConnection _session;
 };
 
 }  // namespace content

@@ -1,26 +1,26 @@
-#include "client/sync/pull/Fetcher.h"
+#include "client/sync/pull/Downloader.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "client/sync/local/LocalError.h"
-#include "client/sync/local/Names.h"
-#include "client/sync/pass/Version.h"
-#include "client/sync/report/Stopped.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
+#include "client/sync/report/Cancelled.h"
 
 namespace ovsync {
 namespace pull {
 
 using local::ConflictText;
 using local::FolderOf;
+using local::Installer;
 using local::LocalError;
 using local::NameOf;
-using local::Placer;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::LikelySize;
 using pass::LocalFileState;
-using report::Stopped;
+using report::Cancelled;
 using report::SyncEvent;
 using sync::config::FileConfiguration;
 
@@ -49,7 +49,7 @@ QString VersionNote(const FileConfiguration& remote) {
 
 }  // namespace
 
-bool Fetcher::Run(std::deque<PullOrder> orders) {
+bool Downloader::Run(std::deque<PullOrder> orders) {
     if (orders.empty()) {
         return true;
     }
@@ -58,7 +58,7 @@ bool Fetcher::Run(std::deque<PullOrder> orders) {
     for (const PullOrder& order : _orders) {
         _progress.allBytes += LikelySize(order.remote.size);
     }
-    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
+    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newConnection);
     while (!_orders.empty() || pool.Unfinished() > 0) {
         while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
             _Start(pool);
@@ -74,7 +74,7 @@ bool Fetcher::Run(std::deque<PullOrder> orders) {
             const auto isUnfit = [](const std::unique_ptr<Download>& download) { return !HasCome(*download); };
             finished.erase(std::remove_if(finished.begin(), finished.end(), isUnfit), finished.end());
             _Take(std::move(finished));
-            throw Stopped();
+            throw Cancelled();
         }
         _Take(std::move(finished));
         _progress.doneBytes = _bytes;
@@ -83,7 +83,7 @@ bool Fetcher::Run(std::deque<PullOrder> orders) {
     return _hasAll;
 }
 
-void Fetcher::_Start(Pool& pool) {
+void Downloader::_Start(Pool& pool) {
     PullOrder order = std::move(_orders.front());
     _orders.pop_front();
     const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
@@ -95,8 +95,8 @@ void Fetcher::_Start(Pool& pool) {
     pool.Start(std::make_unique<Download>(_context.Tree(), std::move(order), url, _bytes));
 }
 
-void Fetcher::_Take(std::vector<std::unique_ptr<Download>> downloads) {
-    QVector<Placer::Request> requests;
+void Downloader::_Take(std::vector<std::unique_ptr<Download>> downloads) {
+    QVector<Installer::Request> requests;
     std::vector<const PullOrder*> orders;
     std::vector<const Download*> others;
     for (const std::unique_ptr<Download>& download : downloads) {
@@ -110,7 +110,7 @@ void Fetcher::_Take(std::vector<std::unique_ptr<Download>> downloads) {
     }
     // First what came as it should: a failure may end the pass.
     if (!requests.isEmpty()) {
-        _context.Placing().Carry(requests);
+        _context.Installing().Install(requests);
     }
     for (int i = 0; i < requests.size(); ++i) {
         _TakePlaced(requests[i], *orders[static_cast<size_t>(i)]);
@@ -124,8 +124,8 @@ void Fetcher::_Take(std::vector<std::unique_ptr<Download>> downloads) {
     }
 }
 
-void Fetcher::_TakeContent(Download& download, QVector<Placer::Request>& requests,
-                           std::vector<const PullOrder*>& orders) {
+void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& requests,
+                              std::vector<const PullOrder*>& orders) {
     const PullOrder& order = download.Order();
     LocalFileState here;
     here.entry = order.here;
@@ -141,7 +141,7 @@ void Fetcher::_TakeContent(Download& download, QVector<Placer::Request>& request
         _PutBeside(order, download.GiveTemporary(), download.Md5());
         return;
     }
-    Placer::Request request;
+    Installer::Request request;
     request.placement.record = order.record;
     request.placement.record.local = download.Fresh();
     request.placement.record.contentMd5 = download.Md5();
@@ -153,7 +153,7 @@ void Fetcher::_TakeContent(Download& download, QVector<Placer::Request>& request
     orders.push_back(&order);
 }
 
-void Fetcher::_TakeSurprise(const Download& download) {
+void Downloader::_TakeSurprise(const Download& download) {
     PullOrder order = download.Order();
     const QString path = order.path;
     try {
@@ -179,17 +179,17 @@ void Fetcher::_TakeSurprise(const Download& download) {
     }
 }
 
-void Fetcher::_TakePlaced(const Placer::Request& request, const PullOrder& order) {
+void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder& order) {
     switch (request.result) {
-        case Placer::Result::Done:
+        case Installer::Result::Done:
             _context.Report(
                 order.target == PullOrder::Target::New ? SyncEvent::Kind::Fetched : SyncEvent::Kind::Updated,
                 order.path, QString(), request.placement.record.local.size);
             break;
-        case Placer::Result::Occupied:
+        case Installer::Result::Occupied:
             _PutBeside(order, request.placement.temporary, request.placement.record.contentMd5);
             break;
-        case Placer::Result::Failed:
+        case Installer::Result::Failed:
             _Refuse(order.path, request.error);
             break;
     }
@@ -200,9 +200,9 @@ void Fetcher::_TakePlaced(const Placer::Request& request, const PullOrder& order
     }
 }
 
-void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary, const QString& md5) {
+void Downloader::_PutBeside(const PullOrder& order, const QString& temporary, const QString& md5) {
     try {
-        const QString copy = _context.Placing().PutBeside(temporary, order.path, VersionNote(order.remote));
+        const QString copy = _context.Installing().AddConflictCopy(temporary, order.path, VersionNote(order.remote));
         _context.Records().WriteCopy({copy, order.path, IdentityOf(order.remote), md5});
         _context.Report(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
     } catch (const LocalError&) {
@@ -210,12 +210,12 @@ void Fetcher::_PutBeside(const PullOrder& order, const QString& temporary, const
     }
 }
 
-void Fetcher::_Refuse(const QString& path, const QString& reason) {
+void Downloader::_Refuse(const QString& path, const QString& reason) {
     _hasAll = false;
     _context.Report(SyncEvent::Kind::Refused, path, reason);
 }
 
-void Fetcher::_ReportFailure(const QString& path, const std::exception_ptr& error) {
+void Downloader::_ReportFailure(const QString& path, const std::exception_ptr& error) {
     _hasAll = false;
     _context.ReportFailure(path, error);
 }

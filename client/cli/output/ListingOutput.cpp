@@ -1,4 +1,4 @@
-#include "client/cli/output/Entries.h"
+#include "client/cli/output/ListingOutput.h"
 
 #include "client/cli/output/FileFormat.h"
 #include "client/cli/output/FolderFormat.h"

@@ -1,10 +1,10 @@
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 
 namespace ovsync {
 namespace wire {
 
-ExchangeError::ExchangeError(const QByteArray& method, const QUrl& url, const QString& reason,
-                             const AnswerSummary& answer)
+TransactionError::TransactionError(const QByteArray& method, const QUrl& url, const QString& reason,
+                                   const AnswerSummary& answer)
     : SyncException(QString::fromLatin1(method) + QLatin1Char(' ') +
                     url.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo) + QLatin1String(" failed: ") + reason +
                     QLatin1String(" (") + answer.Text() + QLatin1Char(')')) {}

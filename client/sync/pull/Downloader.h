@@ -16,11 +16,11 @@ namespace ovsync {
 namespace pull {
 
 /// Fetches files of the service, several at once, checks what came, and puts it in place. For one run. Not thread-safe.
-class Fetcher {
+class Downloader {
 public:
-    explicit Fetcher(pass::PassContext& context) : _context(context) {}
+    explicit Downloader(pass::PassContext& context) : _context(context) {}
 
-    /// True when everything came. Throws Stopped, when what is finished is in place, and what
+    /// True when everything came. Throws Cancelled, when what is finished is in place, and what
     /// PassContext::ReportFailure throws.
     bool Run(std::deque<PullOrder> orders);
 
@@ -30,11 +30,11 @@ private:
     void _Start(Pool& pool);
     void _Take(std::vector<std::unique_ptr<Download>> downloads);
     /// What came is what the service describes. Joins `requests` when it is to be placed.
-    void _TakeContent(Download& download, QVector<local::Placer::Request>& requests,
+    void _TakeContent(Download& download, QVector<local::Installer::Request>& requests,
                       std::vector<const PullOrder*>& orders);
     /// What came is something else: the file may have changed after it was listed.
     void _TakeSurprise(const Download& download);
-    void _TakePlaced(const local::Placer::Request& request, const PullOrder& order);
+    void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);
     void _PutBeside(const PullOrder& order, const QString& temporary, const QString& md5);
     void _Refuse(const QString& path, const QString& reason);
     void _ReportFailure(const QString& path, const std::exception_ptr& error);

@@ -1,4 +1,4 @@
-#include "client/wire/HttpSession.h"
+#include "client/wire/HttpConnection.h"
 
 #include <gmock/gmock.h>
 
@@ -8,7 +8,7 @@
 #include <string>
 
 #include "client/requests/PropfindRequest.h"
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "tests/client/Fixtures.h"
 #include "tests/client/requests/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
@@ -65,19 +65,19 @@ bool IsDigestRight(const ScriptedServer::Request& request, const char* user, con
            field("response") == expected;
 }
 
-class HttpSessionTest : public testing::Test {
+class HttpConnectionTest : public testing::Test {
 protected:
     /// "" when nothing was thrown.
-    static std::string ErrorOf(HttpSession& session, PropfindRequest& request) {
+    static std::string ErrorOf(HttpConnection& session, PropfindRequest& request) {
         try {
             session.Perform(request);
-        } catch (const ExchangeError& error) {
+        } catch (const TransactionError& error) {
             return error.Utf8Message();
         }
         return "";
     }
 
-    static void ExpectListing(HttpSession& session, const QUrl& url) {
+    static void ExpectListing(HttpConnection& session, const QUrl& url) {
         PropfindRequest request(url, PropfindRequest::Children);
         EXPECT_EQ(ErrorOf(session, request), "");
         ASSERT_TRUE(request.GetResult());
@@ -85,17 +85,17 @@ protected:
     }
 
     const CleanEnvironment environment;
-    HttpSessionSettings settings;
+    ConnectionSettings settings;
 };
 
-TEST_F(HttpSessionTest, AnswersABasicChallenge) {
+TEST_F(HttpConnectionTest, AnswersABasicChallenge) {
     const auto listing = [](const ScriptedServer::Request& request) {
         return request.headers.value("authorization") == "Basic " + QByteArray("alice:s\xC3\xA9same").toBase64()
                    ? Listing()
                    : FixtureAnswer(QStringLiteral("statuses/forbidden-403")).Bytes();
     };
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), {listing}, {listing}});
-    HttpSession session(settings, Credentials("alice", "s\xC3\xA9same"));
+    HttpConnection session(settings, Credentials("alice", "s\xC3\xA9same"));
     ExpectListing(session, server.Url(ListedPath));
     ExpectListing(session, server.Url(ListedPath));
     server.Stop();
@@ -105,14 +105,14 @@ TEST_F(HttpSessionTest, AnswersABasicChallenge) {
     EXPECT_EQ(server.Requests().first().body, server.Requests().last().body);
 }
 
-TEST_F(HttpSessionTest, AnswersADigestChallenge) {
+TEST_F(HttpConnectionTest, AnswersADigestChallenge) {
     const auto listing = [](const ScriptedServer::Request& request) {
         return IsDigestRight(request, "alice", "sesame")
                    ? Listing()
                    : FixtureAnswer(QStringLiteral("statuses/forbidden-403")).Bytes();
     };
     ScriptedServer server({AnswerOf("statuses/unauthorized-digest-401"), {listing}, {listing}});
-    HttpSession session(settings, Credentials("alice", "sesame"));
+    HttpConnection session(settings, Credentials("alice", "sesame"));
     ExpectListing(session, server.Url(ListedPath));
     ExpectListing(session, server.Url(ListedPath));
     server.Stop();
@@ -122,21 +122,21 @@ TEST_F(HttpSessionTest, AnswersADigestChallenge) {
 
 const char* const InClear = "the password is asked for in clear, as Basic over http";
 
-TEST_F(HttpSessionTest, AfterDigestNoPasswordIsSentInClear) {
+TEST_F(HttpConnectionTest, AfterDigestNoPasswordIsSentInClear) {
     ScriptedServer server({AnswerOf("statuses/unauthorized-digest-401"), ScriptedServer::Answer(Listing()),
                            AnswerOf("statuses/unauthorized-basic-401"),
                            AnswerOf("statuses/unauthorized-basic-401", Ending::Close),
                            AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("statuses/unauthorized-digest-401"),
                            ScriptedServer::Answer(Listing())});
-    HttpSession session(settings, Credentials("alice", "sesame"));
+    HttpConnection session(settings, Credentials("alice", "sesame"));
     ExpectListing(session, server.Url(ListedPath));
     for (int i = 0; i < 2; ++i) {
         PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
         EXPECT_THAT(ErrorOf(session, request), AllOf(HasSubstr(InClear), HasSubstr("status 401")));
         EXPECT_FALSE(request.GetResult());
     }
-    const HttpSessionSettings copy = settings;
-    HttpSession other(copy, Credentials("alice", "sesame"));
+    const ConnectionSettings copy = settings;
+    HttpConnection other(copy, Credentials("alice", "sesame"));
     PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(other, request), HasSubstr(InClear));
     ExpectListing(other, server.Url(ListedPath));
@@ -147,7 +147,7 @@ TEST_F(HttpSessionTest, AfterDigestNoPasswordIsSentInClear) {
     }
 }
 
-TEST_F(HttpSessionTest, AfterDigestNoDisguiseOfBasicIsAnswered) {
+TEST_F(HttpConnectionTest, AfterDigestNoDisguiseOfBasicIsAnswered) {
     settings.digestHosts->Add(QUrl(QStringLiteral("http://127.0.0.1/")));
     const QByteArray challenges[] = {
         "WWW-Authenticate: Basic realm=\"x, Digest y\"\r\n",
@@ -158,7 +158,7 @@ TEST_F(HttpSessionTest, AfterDigestNoDisguiseOfBasicIsAnswered) {
     for (const QByteArray& challenge : challenges) {
         ScriptedServer server(
             {ScriptedServer::Answer("HTTP/1.1 401 Unauthorized\r\nContent-Length: 0\r\n" + challenge + "\r\n")});
-        HttpSession session(settings, Credentials("alice", "sesame"));
+        HttpConnection session(settings, Credentials("alice", "sesame"));
         PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
         EXPECT_THAT(ErrorOf(session, request), HasSubstr(InClear)) << challenge.constData();
         server.Stop();
@@ -166,14 +166,14 @@ TEST_F(HttpSessionTest, AfterDigestNoDisguiseOfBasicIsAnswered) {
     }
 }
 
-TEST_F(HttpSessionTest, BasicIsForgottenWhereDigestWasTakenMeanwhile) {
+TEST_F(HttpConnectionTest, BasicIsForgottenWhereDigestWasTakenMeanwhile) {
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"),
                            ScriptedServer::Answer(Listing(), Ending::Close),
                            AnswerOf("statuses/unauthorized-digest-401"),
                            ScriptedServer::Answer(Listing(), Ending::Close), ScriptedServer::Answer(Listing())});
-    HttpSession session(settings, Credentials("alice", "sesame"));
+    HttpConnection session(settings, Credentials("alice", "sesame"));
     ExpectListing(session, server.Url(ListedPath));
-    HttpSession other(settings, Credentials("alice", "sesame"));
+    HttpConnection other(settings, Credentials("alice", "sesame"));
     ExpectListing(other, server.Url(ListedPath));
     ExpectListing(session, server.Url(ListedPath));
     server.Stop();
@@ -181,10 +181,10 @@ TEST_F(HttpSessionTest, BasicIsForgottenWhereDigestWasTakenMeanwhile) {
     EXPECT_FALSE(server.Requests().last().headers.contains("authorization"));
 }
 
-TEST_F(HttpSessionTest, WrongCredentialsEndInA401) {
+TEST_F(HttpConnectionTest, WrongCredentialsEndInA401) {
     for (const char* challenge : {"statuses/unauthorized-basic-401", "statuses/unauthorized-digest-401"}) {
         ScriptedServer server({AnswerOf(challenge), AnswerOf(challenge)});
-        HttpSession session(settings, Credentials("alice", "wrong sesame"));
+        HttpConnection session(settings, Credentials("alice", "wrong sesame"));
         PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
         EXPECT_EQ(ErrorOf(session, request), "");
         EXPECT_EQ(request.GetStatusCode(), 401);
@@ -196,9 +196,9 @@ TEST_F(HttpSessionTest, WrongCredentialsEndInA401) {
     }
 }
 
-TEST_F(HttpSessionTest, WithoutCredentialsA401IsTheAnswer) {
+TEST_F(HttpConnectionTest, WithoutCredentialsA401IsTheAnswer) {
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401")});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_EQ(ErrorOf(session, request), "");
     EXPECT_EQ(request.GetStatusCode(), 401);
@@ -206,9 +206,9 @@ TEST_F(HttpSessionTest, WithoutCredentialsA401IsTheAnswer) {
     EXPECT_TRUE(server.SawItsScript());
 }
 
-TEST_F(HttpSessionTest, NeverNamesTheCredentialsInAnError) {
+TEST_F(HttpConnectionTest, NeverNamesTheCredentialsInAnError) {
     ScriptedServer server({AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("bad/login-page-with-200")});
-    HttpSession session(settings, Credentials("alice", "sesame"));
+    HttpConnection session(settings, Credentials("alice", "sesame"));
     QUrl url = server.Url(ListedPath);
     url.setUserInfo(QStringLiteral("bob:hush"));
     PropfindRequest request(url, PropfindRequest::Children);
@@ -221,9 +221,9 @@ TEST_F(HttpSessionTest, NeverNamesTheCredentialsInAnError) {
               "Basic " + QByteArray("alice:sesame").toBase64());
 }
 
-TEST_F(HttpSessionTest, SendsThePathAsItStandsInTheUrl) {
+TEST_F(HttpConnectionTest, SendsThePathAsItStandsInTheUrl) {
     ScriptedServer server({AnswerOf("statuses/not-found-404")});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     QUrl url = server.Url(QStringLiteral("/"));
     url.setPath(QStringLiteral("/a%2Fb%25/%28c%29%20d;e/"), QUrl::TolerantMode);
     PropfindRequest request(url, PropfindRequest::Children);
@@ -232,14 +232,14 @@ TEST_F(HttpSessionTest, SendsThePathAsItStandsInTheUrl) {
     EXPECT_EQ(server.Requests().first().target, "/a%2Fb%25/%28c%29%20d;e/");
 }
 
-TEST_F(HttpSessionTest, PassesInterimAnswersOver) {
+TEST_F(HttpConnectionTest, PassesInterimAnswersOver) {
     ScriptedServer server(
         {ScriptedServer::Answer(FixtureBytes(QStringLiteral("statuses/interim-103.txt")) + Listing())});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, server.Url(ListedPath));
 }
 
-TEST_F(HttpSessionTest, TakesAChunkedListingAndOneThatEndsWithTheConnection) {
+TEST_F(HttpConnectionTest, TakesAChunkedListingAndOneThatEndsWithTheConnection) {
     const QByteArray body = FixtureBytes(QStringLiteral("listings/apache.xml"));
     const QByteArray head = "HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\n";
     QByteArray chunks;
@@ -250,16 +250,16 @@ TEST_F(HttpSessionTest, TakesAChunkedListingAndOneThatEndsWithTheConnection) {
     const QByteArray trailer = "0\r\nContent-Type: text/html\r\n\r\n";
     ScriptedServer server({ScriptedServer::Answer(head + "Transfer-Encoding: chunked\r\n\r\n" + chunks + trailer),
                            ScriptedServer::Answer(head + "Connection: close\r\n\r\n" + body, Ending::Close)});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, server.Url(ListedPath));
     ExpectListing(session, server.Url(ListedPath));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }
 
-TEST_F(HttpSessionTest, ConnectsAnewWhenTheServerClosedAnIdleConnection) {
+TEST_F(HttpConnectionTest, ConnectsAnewWhenTheServerClosedAnIdleConnection) {
     ScriptedServer server({ScriptedServer::Answer(Listing(), Ending::Close), ScriptedServer::Answer(Listing())});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, server.Url(ListedPath));
     ExpectListing(session, server.Url(ListedPath));
     server.Stop();
@@ -267,57 +267,57 @@ TEST_F(HttpSessionTest, ConnectsAnewWhenTheServerClosedAnIdleConnection) {
     EXPECT_EQ(server.Requests().last().connection, 2);
 }
 
-TEST_F(HttpSessionTest, WorksAgainAfterAnAnswerThatWasNone) {
+TEST_F(HttpConnectionTest, WorksAgainAfterAnAnswerThatWasNone) {
     ScriptedServer server({AnswerOf("bad/entry-forbidden"), ScriptedServer::Answer(Listing())});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_NE(ErrorOf(session, request), "");
     ExpectListing(session, server.Url(ListedPath));
 }
 
-TEST_F(HttpSessionTest, GivesUpAfterSilence) {
+TEST_F(HttpConnectionTest, GivesUpAfterSilence) {
     settings.silenceLimit = std::chrono::milliseconds(300);
     const QByteArray listing = Listing();
     for (const int size : {0, 20, listing.size() - 10}) {
         ScriptedServer server({ScriptedServer::Answer(listing.left(size), Ending::Stall)});
-        HttpSession session(settings, QAuthenticator());
+        HttpConnection session(settings, QAuthenticator());
         PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
         EXPECT_THAT(ErrorOf(session, request), HasSubstr("nothing was received or sent for 0.3 s")) << size;
         EXPECT_FALSE(request.GetResult());
     }
 }
 
-TEST_F(HttpSessionTest, GivesUpAnAnswerThatDrips) {
+TEST_F(HttpConnectionTest, GivesUpAnAnswerThatDrips) {
     settings.slownessLimit = std::chrono::milliseconds(300);
     const QByteArray listing = Listing();
     ScriptedServer::Step step = ScriptedServer::Answer(listing);
     step.millisecondsPerByte = 20;
     ScriptedServer server({step});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, request), HasSubstr("less than 1024 bytes a second were received for 0.3 s"));
     EXPECT_FALSE(request.GetResult());
 }
 
-TEST_F(HttpSessionTest, OutlivesASlowAnswerThatKeepsComing) {
+TEST_F(HttpConnectionTest, OutlivesASlowAnswerThatKeepsComing) {
     settings.slownessLimit = std::chrono::milliseconds(500);
     settings.leastRate = 2;
     ScriptedServer::Step step = ScriptedServer::Answer(ListingAnswer(QStringLiteral("file.xml")));
     step.millisecondsPerByte = 2;
     ScriptedServer server({step});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(server.Url(QStringLiteral("/Projects/A/b%20c.txt")), PropfindRequest::Resource);
     EXPECT_EQ(ErrorOf(session, request), "");
     EXPECT_TRUE(request.GetResult());
 }
 
-TEST_F(HttpSessionTest, RefusesAListingThatUnpacksToMoreThanTheLimit) {
+TEST_F(HttpConnectionTest, RefusesAListingThatUnpacksToMoreThanTheLimit) {
     const QByteArray packed = FixtureBytes(QStringLiteral("listings/apache.xml.gz"));
     ScriptedServer proxy({ScriptedServer::Answer(
         "HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\nContent-Encoding: gzip\r\nContent-Length: " +
         QByteArray::number(packed.size()) + "\r\n\r\n" + packed)});
     qputenv("http_proxy", proxy.Url(QString()).toEncoded());
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(QUrl(QStringLiteral("http://files.invalid/Projects/A/")), PropfindRequest::Children);
     ListingLimits limits;
     limits.bytes = {packed.size(), QStringLiteral("--bytes")};
@@ -327,12 +327,12 @@ TEST_F(HttpSessionTest, RefusesAListingThatUnpacksToMoreThanTheLimit) {
     EXPECT_FALSE(request.GetResult());
 }
 
-TEST_F(HttpSessionTest, OutlivesASlowAnswerThatIsNeverSilent) {
+TEST_F(HttpConnectionTest, OutlivesASlowAnswerThatIsNeverSilent) {
     settings.silenceLimit = std::chrono::milliseconds(250);
     ScriptedServer::Step step = ScriptedServer::Answer(ListingAnswer(QStringLiteral("file.xml")));
     step.millisecondsPerByte = 2;
     ScriptedServer server({step});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(server.Url(QStringLiteral("/Projects/A/b%20c.txt")), PropfindRequest::Resource);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(ErrorOf(session, request), "");
@@ -341,28 +341,28 @@ TEST_F(HttpSessionTest, OutlivesASlowAnswerThatIsNeverSilent) {
     EXPECT_TRUE(request.GetResult()->isSingleResponse);
 }
 
-TEST_F(HttpSessionTest, TakesTheProxyFromTheEnvironment) {
+TEST_F(HttpConnectionTest, TakesTheProxyFromTheEnvironment) {
     ScriptedServer proxy({ScriptedServer::Answer(Listing())});
     qputenv("http_proxy", proxy.Url(QString()).toEncoded());
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, QUrl(QStringLiteral("http://files.invalid/Projects/A/")));
     proxy.Stop();
     EXPECT_TRUE(proxy.SawItsScript());
     EXPECT_EQ(proxy.Requests().first().target, "http://files.invalid/Projects/A/");
 }
 
-TEST_F(HttpSessionTest, GoesPastTheProxyWhereTheEnvironmentSaysSo) {
+TEST_F(HttpConnectionTest, GoesPastTheProxyWhereTheEnvironmentSaysSo) {
     ScriptedServer server({ScriptedServer::Answer(Listing())});
     qputenv("http_proxy", "http://proxy.invalid:1/");
     qputenv("no_proxy", "127.0.0.1");
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, server.Url(ListedPath));
 }
 
-TEST_F(HttpSessionTest, AsksForCompressionOnlyOutsideTheMachine) {
+TEST_F(HttpConnectionTest, AsksForCompressionOnlyOutsideTheMachine) {
     ScriptedServer server({ScriptedServer::Answer(Listing())});
     ScriptedServer proxy({ScriptedServer::Answer(Listing())});
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, server.Url(ListedPath));
     qputenv("http_proxy", proxy.Url(QString()).toEncoded());
     ExpectListing(session, QUrl(QStringLiteral("http://files.invalid/Projects/A/")));
@@ -372,7 +372,7 @@ TEST_F(HttpSessionTest, AsksForCompressionOnlyOutsideTheMachine) {
     EXPECT_EQ(proxy.Requests().first().headers.value("accept-encoding"), "gzip");
 }
 
-TEST_F(HttpSessionTest, UnpacksACompressedListingAndRefusesHalfOfOne) {
+TEST_F(HttpConnectionTest, UnpacksACompressedListingAndRefusesHalfOfOne) {
     const QByteArray packed = FixtureBytes(QStringLiteral("listings/apache.xml.gz"));
     const auto answer = [](const QByteArray& body) {
         return ScriptedServer::Answer(
@@ -381,7 +381,7 @@ TEST_F(HttpSessionTest, UnpacksACompressedListingAndRefusesHalfOfOne) {
     };
     ScriptedServer proxy({answer(packed), answer(packed.left(packed.size() / 2))});
     qputenv("http_proxy", proxy.Url(QString()).toEncoded());
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     const QUrl url(QStringLiteral("http://files.invalid/Projects/A/"));
     ExpectListing(session, url);
     PropfindRequest request(url, PropfindRequest::Children);
@@ -389,7 +389,7 @@ TEST_F(HttpSessionTest, UnpacksACompressedListingAndRefusesHalfOfOne) {
     EXPECT_FALSE(request.GetResult());
 }
 
-class SecureHttpSessionTest : public HttpSessionTest {
+class SecureHttpSessionTest : public HttpConnectionTest {
 protected:
     const tests::SelfSignedCertificate selfSigned;
     const ScriptedServer::Certificate& certificate = selfSigned.Files();
@@ -398,7 +398,7 @@ protected:
 TEST_F(SecureHttpSessionTest, TrustsACertificateOfTheCaFile) {
     ScriptedServer server({ScriptedServer::Answer(Listing()), ScriptedServer::Answer(Listing())}, certificate);
     settings.caFile = certificate.certificateFile;
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, server.Url(ListedPath));
     ExpectListing(session, server.Url(ListedPath));
     server.Stop();
@@ -411,13 +411,13 @@ TEST_F(SecureHttpSessionTest, AfterDigestAnswersABasicChallengeThatNobodyElseHea
                           certificate);
     settings.caFile = certificate.certificateFile;
     settings.digestHosts->Add(server.Url(ListedPath));
-    HttpSession session(settings, Credentials("alice", "sesame"));
+    HttpConnection session(settings, Credentials("alice", "sesame"));
     ExpectListing(session, server.Url(ListedPath));
 }
 
 TEST_F(SecureHttpSessionTest, RefusesACertificateThatNobodyVouchesFor) {
     ScriptedServer server({}, certificate);
-    HttpSession session(settings, Credentials("alice", "sesame"));
+    HttpConnection session(settings, Credentials("alice", "sesame"));
     PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, request), AllOf(HasSubstr("the server's certificate is not trusted: "),
                                                  HasSubstr("self-signed certificate"), HasSubstr("no answer")));
@@ -428,7 +428,7 @@ TEST_F(SecureHttpSessionTest, RefusesACertificateThatNobodyVouchesFor) {
 TEST_F(SecureHttpSessionTest, RefusesACertificateForAnotherHost) {
     ScriptedServer server({}, certificate);
     settings.caFile = certificate.certificateFile;
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     QUrl url = server.Url(ListedPath);
     url.setHost(QStringLiteral("localhost"));
     PropfindRequest request(url, PropfindRequest::Children);
@@ -443,14 +443,14 @@ TEST_F(SecureHttpSessionTest, RefusesAListingThatIsCutOffWithoutAWord) {
         {ScriptedServer::Answer("HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\n\r\n" + body, Ending::Reset)},
         certificate);
     settings.caFile = certificate.certificateFile;
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, request), HasSubstr("cut off or damaged"));
 }
 
 TEST_F(SecureHttpSessionTest, NamesACaFileThatIsNotThere) {
     settings.caFile = environment.HomeFile(QStringLiteral("missing.pem"));
-    HttpSession session(settings, QAuthenticator());
+    HttpConnection session(settings, QAuthenticator());
     PropfindRequest request(QUrl(QStringLiteral("https://127.0.0.1:1/")), PropfindRequest::Children);
     ScriptedServer server({}, certificate);
     PropfindRequest toServer(server.Url(ListedPath), PropfindRequest::Children);

@@ -1,4 +1,4 @@
-#include "client/content/ContentSession.h"
+#include "client/content/ContentConnection.h"
 
 #include <gmock/gmock.h>
 
@@ -11,7 +11,7 @@
 #include <string>
 #include <thread>
 
-#include "client/wire/ExchangeError.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "tests/client/Fixtures.h"
 #include "tests/client/requests/ScriptedAnswers.h"
@@ -21,9 +21,9 @@
 namespace ovsync {
 namespace content {
 
+using wire::ConnectionSettings;
 using wire::ContentSource;
-using wire::ExchangeError;
-using wire::HttpSessionSettings;
+using wire::TransactionError;
 namespace {
 
 using sync::core::SyncException;
@@ -133,15 +133,15 @@ std::string ErrorOf(Action action) {
     return "";
 }
 
-class ContentSessionTest : public testing::Test {
+class ContentConnectionTest : public testing::Test {
 protected:
     const CleanEnvironment environment;
-    HttpSessionSettings settings;
+    ConnectionSettings settings;
 };
 
-TEST_F(ContentSessionTest, DownloadHandsOnTheContentAndWhatTheHeadersSayOfIt) {
+TEST_F(ContentConnectionTest, DownloadHandsOnTheContentAndWhatTheHeadersSayOfIt) {
     ScriptedServer server({AnswerOf("contents/file-200")});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
     const ContentVersion version = session.Download(server.Url(FilePath), sink);
     EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
@@ -156,11 +156,11 @@ TEST_F(ContentSessionTest, DownloadHandsOnTheContentAndWhatTheHeadersSayOfIt) {
     EXPECT_TRUE(server.Requests().first().body.isEmpty());
 }
 
-TEST_F(ContentSessionTest, DownloadHandsOnEveryByteOfALargeFileInPieces) {
+TEST_F(ContentConnectionTest, DownloadHandsOnEveryByteOfALargeFileInPieces) {
     const QByteArray content = Bytes(LargeSize);
     ScriptedServer server({ScriptedServer::Answer(
         "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(content.size()) + "\r\n\r\n" + content)});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
     int pieces = 0;
     sink.onWrite = [&pieces] { ++pieces; };
@@ -169,20 +169,20 @@ TEST_F(ContentSessionTest, DownloadHandsOnEveryByteOfALargeFileInPieces) {
     EXPECT_GT(pieces, 1);
 }
 
-TEST_F(ContentSessionTest, DownloadOfNothingStillRestartsTheSink) {
+TEST_F(ContentConnectionTest, DownloadOfNothingStillRestartsTheSink) {
     ScriptedServer server({AnswerOf("contents/empty-200")});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
     sink.content = "left over";
     EXPECT_EQ(session.Download(server.Url(FilePath), sink).size, 0);
     EXPECT_EQ(sink.content, "");
 }
 
-TEST_F(ContentSessionTest, DownloadTakesContentOfUnknownSizeToItsCleanEnd) {
+TEST_F(ContentConnectionTest, DownloadTakesContentOfUnknownSizeToItsCleanEnd) {
     ScriptedServer server(
         {AnswerOf("contents/chunked-200"),
          ScriptedServer::Answer("HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n" + FileText, Ending::Close)});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     for (int i = 0; i < 2; ++i) {
         Sink sink;
         EXPECT_EQ(session.Download(server.Url(FilePath), sink).size, -1);
@@ -193,10 +193,10 @@ TEST_F(ContentSessionTest, DownloadTakesContentOfUnknownSizeToItsCleanEnd) {
     EXPECT_TRUE(server.SawItsScript());
 }
 
-TEST_F(ContentSessionTest, DownloadKeepsNothingOfTheQuestionForCredentials) {
+TEST_F(ContentConnectionTest, DownloadKeepsNothingOfTheQuestionForCredentials) {
     ScriptedServer server(
         {AnswerOf("statuses/unauthorized-basic-401"), AnswerOf("contents/file-200"), AnswerOf("contents/file-200")});
-    ContentSession session(settings, Credentials());
+    ContentConnection session(settings, Credentials());
     Sink sink;
     session.Download(server.Url(FilePath), sink);
     session.Download(server.Url(FilePath), sink);
@@ -208,11 +208,11 @@ TEST_F(ContentSessionTest, DownloadKeepsNothingOfTheQuestionForCredentials) {
     EXPECT_EQ(server.Requests()[2].headers.value("authorization"), Authorization);
 }
 
-TEST_F(ContentSessionTest, OnlyAStrongEntityTagCounts) {
+TEST_F(ContentConnectionTest, OnlyAStrongEntityTagCounts) {
     for (const char* answer : {"contents/weakly-tagged-200", "contents/tagged-without-quotes-200",
                                "contents/tagged-twice-200", "folders/status-200"}) {
         ScriptedServer server({AnswerOf(answer)});
-        ContentSession session(settings, QAuthenticator());
+        ContentConnection session(settings, QAuthenticator());
         Sink sink;
         const ContentVersion version = session.Download(server.Url(FilePath), sink);
         EXPECT_EQ(version.entityTag, "") << answer;
@@ -220,7 +220,7 @@ TEST_F(ContentSessionTest, OnlyAStrongEntityTagCounts) {
     }
 }
 
-TEST_F(ContentSessionTest, DownloadTakesNoOtherStatusForContent) {
+TEST_F(ContentConnectionTest, DownloadTakesNoOtherStatusForContent) {
     for (const char* answer : {"folders/status-201",     "folders/status-202",       "folders/status-203",
                                "folders/status-204",     "folders/status-206",       "folders/status-207",
                                "folders/status-300",     "folders/status-301",       "folders/status-302",
@@ -230,7 +230,7 @@ TEST_F(ContentSessionTest, DownloadTakesNoOtherStatusForContent) {
                                "statuses/broken-500",    "folders/status-507"}) {
         SCOPED_TRACE(answer);
         ScriptedServer server({AnswerOf(answer)});
-        ContentSession session(settings, QAuthenticator());
+        ContentConnection session(settings, QAuthenticator());
         Sink sink;
         try {
             session.Download(server.Url(FilePath), sink);
@@ -248,9 +248,9 @@ TEST_F(ContentSessionTest, DownloadTakesNoOtherStatusForContent) {
     }
 }
 
-TEST_F(ContentSessionTest, AnErrorShowsWhatCameInsteadOfContent) {
+TEST_F(ContentConnectionTest, AnErrorShowsWhatCameInsteadOfContent) {
     ScriptedServer server({AnswerOf("folders/status-206")});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
     EXPECT_THAT(
         ErrorOf<HttpException>([&] { session.Download(server.Url(FilePath), sink); }),
@@ -264,7 +264,7 @@ struct BadContent {
     const char* reason;
 };
 
-TEST_F(ContentSessionTest, DownloadTakesNoHalfAnswerForContent) {
+TEST_F(ContentConnectionTest, DownloadTakesNoHalfAnswerForContent) {
     const BadContent all[] = {
         {"contents/shorter-than-announced-200", Ending::Close, "cut off or damaged"},
         {"contents/shorter-than-announced-200", Ending::Reset, "cut off or damaged"},
@@ -278,17 +278,17 @@ TEST_F(ContentSessionTest, DownloadTakesNoHalfAnswerForContent) {
     for (const BadContent& bad : all) {
         SCOPED_TRACE(bad.answer);
         ScriptedServer server({AnswerOf(bad.answer, bad.ending)});
-        ContentSession session(settings, QAuthenticator());
+        ContentConnection session(settings, QAuthenticator());
         Sink sink;
-        EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }),
+        EXPECT_THAT(ErrorOf<TransactionError>([&] { session.Download(server.Url(FilePath), sink); }),
                     AllOf(HasSubstr(bad.reason), HasSubstr(FilePath.toStdString())));
     }
 }
 
-TEST_F(ContentSessionTest, ContentIsNeverUnpacked) {
+TEST_F(ContentConnectionTest, ContentIsNeverUnpacked) {
     ScriptedServer proxy({AnswerOf("contents/packed-200")});
     qputenv("http_proxy", proxy.Url(QString()).toEncoded());
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
     session.Download(QUrl(QStringLiteral("http://files.invalid/a.tar.gz")), sink);
     EXPECT_EQ(sink.content, "Packed by whoever put it there");
@@ -296,20 +296,20 @@ TEST_F(ContentSessionTest, ContentIsNeverUnpacked) {
     EXPECT_FALSE(proxy.Requests().first().headers.contains("accept-encoding"));
 }
 
-TEST_F(ContentSessionTest, AnEndlessErrorPageIsBrokenOff) {
+TEST_F(ContentConnectionTest, AnEndlessErrorPageIsBrokenOff) {
     ScriptedServer server({ScriptedServer::Answer(
-        FixtureAnswer(QStringLiteral("contents/endless-500"), static_cast<int>(ContentExchange::IgnoredBodyLimit))
+        FixtureAnswer(QStringLiteral("contents/endless-500"), static_cast<int>(ContentTransaction::IgnoredBodyLimit))
             .Bytes())});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
-    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }),
+    EXPECT_THAT(ErrorOf<TransactionError>([&] { session.Download(server.Url(FilePath), sink); }),
                 AllOf(HasSubstr("above 1048576 bytes"), HasSubstr("status 500"), HasSubstr("<html>")));
 }
 
-TEST_F(ContentSessionTest, WhatTheSinkThrowsEndsTheDownloadAndPassesThrough) {
+TEST_F(ContentConnectionTest, WhatTheSinkThrowsEndsTheDownloadAndPassesThrough) {
     ScriptedServer server(
         {AnswerOf("contents/file-200"), AnswerOf("contents/file-200"), AnswerOf("contents/file-200")});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
     sink.onWrite = [] { throw DiskFull("no space left"); };
     EXPECT_THROW(session.Download(server.Url(FilePath), sink), DiskFull);
@@ -320,18 +320,18 @@ TEST_F(ContentSessionTest, WhatTheSinkThrowsEndsTheDownloadAndPassesThrough) {
     EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
 }
 
-TEST_F(ContentSessionTest, DownloadGivesUpAfterSilence) {
+TEST_F(ContentConnectionTest, DownloadGivesUpAfterSilence) {
     settings.silenceLimit = std::chrono::milliseconds(300);
     ScriptedServer server({AnswerOf("contents/shorter-than-announced-200", Ending::Stall)});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     Sink sink;
-    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }),
+    EXPECT_THAT(ErrorOf<TransactionError>([&] { session.Download(server.Url(FilePath), sink); }),
                 HasSubstr("nothing was received or sent for 0.3 s"));
 }
 
-TEST_F(ContentSessionTest, AnotherThreadCancelsADownloadThatWaits) {
+TEST_F(ContentConnectionTest, AnotherThreadCancelsADownloadThatWaits) {
     ScriptedServer server({AnswerOf("contents/shorter-than-announced-200", Ending::Stall)});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     std::promise<void> begun;
     std::thread canceller([&] {
         begun.get_future().wait();
@@ -339,21 +339,22 @@ TEST_F(ContentSessionTest, AnotherThreadCancelsADownloadThatWaits) {
     });
     Sink sink;
     sink.onWrite = [&begun] { begun.set_value(); };
-    const std::string error = ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); });
+    const std::string error = ErrorOf<TransactionError>([&] { session.Download(server.Url(FilePath), sink); });
     canceller.join();
     EXPECT_THAT(error, AllOf(HasSubstr("it was cancelled"), HasSubstr(FilePath.toStdString())));
 }
 
-TEST_F(ContentSessionTest, NothingIsSentAfterCancel) {
+TEST_F(ContentConnectionTest, NothingIsSentAfterCancel) {
     ScriptedServer server({});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     session.Cancel();
     session.Cancel();
     Sink sink;
     Source source(FileText);
-    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Download(server.Url(FilePath), sink); }), HasSubstr("cancelled"));
-    EXPECT_THAT(ErrorOf<ExchangeError>([&] { session.Look(server.Url(FilePath)); }), HasSubstr("cancelled"));
-    EXPECT_THAT(ErrorOf<ExchangeError>([&] {
+    EXPECT_THAT(ErrorOf<TransactionError>([&] { session.Download(server.Url(FilePath), sink); }),
+                HasSubstr("cancelled"));
+    EXPECT_THAT(ErrorOf<TransactionError>([&] { session.Look(server.Url(FilePath)); }), HasSubstr("cancelled"));
+    EXPECT_THAT(ErrorOf<TransactionError>([&] {
                     session.Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::New,
                                    ContentVersion());
                 }),
@@ -362,9 +363,9 @@ TEST_F(ContentSessionTest, NothingIsSentAfterCancel) {
     EXPECT_TRUE(server.SawItsScript());
 }
 
-TEST_F(ContentSessionTest, LookSaysWhatTheServerHas) {
+TEST_F(ContentConnectionTest, LookSaysWhatTheServerHas) {
     ScriptedServer server({HeadOf("contents/file-200"), HeadOf("statuses/not-found-404"), HeadOf("contents/file-200")});
-    ContentSession session(settings, QAuthenticator());
+    ContentConnection session(settings, QAuthenticator());
     const auto version = session.Look(server.Url(FilePath));
     ASSERT_TRUE(version);
     EXPECT_EQ(version->entityTag, "\"a-7, b\"");
@@ -377,18 +378,18 @@ TEST_F(ContentSessionTest, LookSaysWhatTheServerHas) {
     EXPECT_EQ(server.Requests().first().method, "HEAD");
 }
 
-TEST_F(ContentSessionTest, LookTakesNothingElseForYesOrNo) {
+TEST_F(ContentConnectionTest, LookTakesNothingElseForYesOrNo) {
     for (const char* answer : {"folders/status-204", "folders/status-206", "folders/status-301", "folders/status-302",
                                "statuses/unauthorized-basic-401", "statuses/forbidden-403", "statuses/broken-500"}) {
         ScriptedServer server({HeadOf(answer)});
-        ContentSession session(settings, QAuthenticator());
+        ContentConnection session(settings, QAuthenticator());
         EXPECT_THAT(ErrorOf<HttpException>([&] { session.Look(server.Url(FilePath)); }),
                     AllOf(HasSubstr("HEAD http://"), HasSubstr("the service answered with")))
             << answer;
     }
 }
 
-class ContentUploadTest : public ContentSessionTest {
+class ContentUploadTest : public ContentConnectionTest {
 protected:
     UploadOutcome Upload(const ScriptedServer& server, Source& source, qint64 size) {
         return session->Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion());
@@ -413,10 +414,10 @@ protected:
     }
 
     void Restart(const QAuthenticator& credentials) {
-        session = std::make_unique<ContentSession>(settings, credentials);
+        session = std::make_unique<ContentConnection>(settings, credentials);
     }
 
-    std::unique_ptr<ContentSession> session = std::make_unique<ContentSession>(settings, QAuthenticator());
+    std::unique_ptr<ContentConnection> session = std::make_unique<ContentConnection>(settings, QAuthenticator());
 };
 
 TEST_F(ContentUploadTest, ANewFileIsStoredOnlyWhereNoneIs) {
@@ -607,14 +608,14 @@ TEST_F(ContentUploadTest, OnlyThreeStatusesMeanStored) {
 TEST_F(ContentUploadTest, AnAnswerThatIsCutOffIsAnError) {
     ScriptedServer server({AnswerOf("bad/nothing", Ending::Close)});
     Source source(FileText);
-    EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, FileText.size()), HasSubstr("Empty reply"));
+    EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, FileText.size()), HasSubstr("Empty reply"));
 }
 
 TEST_F(ContentUploadTest, ASourceThatEndsEarlyBreaksTheUploadOff) {
     for (const int missing : {1, 400 * 1024}) {
         ScriptedServer server({AnswerOf("folders/status-201")});
         Source source(Bytes(400 * 1024));
-        EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, source.content.size() + missing),
+        EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, source.content.size() + missing),
                     HasSubstr("the content ends after 409600 of"));
         server.Stop();
         ExpectNothingWhole(server);
@@ -625,7 +626,7 @@ TEST_F(ContentUploadTest, ASourceThatGrewBreaksTheUploadOff) {
     for (const int size : {1, 400 * 1024}) {
         ScriptedServer server({AnswerOf("folders/status-201")});
         Source source(Bytes(size + 1));
-        EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, size), HasSubstr("longer than the announced"));
+        EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, size), HasSubstr("longer than the announced"));
         server.Stop();
         ExpectNothingWhole(server);
     }
@@ -634,7 +635,7 @@ TEST_F(ContentUploadTest, ASourceThatGrewBreaksTheUploadOff) {
 TEST_F(ContentUploadTest, NothingIsSentOfASourceThatWasToBeEmpty) {
     ScriptedServer server({});
     Source source("a");
-    EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, 0), HasSubstr("longer than the announced 0 bytes"));
+    EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, 0), HasSubstr("longer than the announced 0 bytes"));
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }
@@ -676,7 +677,7 @@ TEST_F(ContentUploadTest, ASlowSourceIsNotTheSilenceOfTheServer) {
 TEST_F(ContentUploadTest, ASuccessBeforeAllWasSentIsNone) {
     ScriptedServer server({AtOnce(AnswerOf("folders/status-201", Ending::Close))});
     Source source(Bytes(LargeSize));
-    EXPECT_NE(ErrorOfUpload<ExchangeError>(server, source, LargeSize), "");
+    EXPECT_NE(ErrorOfUpload<TransactionError>(server, source, LargeSize), "");
 }
 
 TEST_F(ContentUploadTest, CancelBreaksTheUploadOff) {
@@ -687,7 +688,7 @@ TEST_F(ContentUploadTest, CancelBreaksTheUploadOff) {
             session->Cancel();
         }
     };
-    EXPECT_THAT(ErrorOfUpload<ExchangeError>(server, source, LargeSize), HasSubstr("it was cancelled"));
+    EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, LargeSize), HasSubstr("it was cancelled"));
     server.Stop();
     ExpectNothingWhole(server);
 }
@@ -706,7 +707,7 @@ TEST_F(ContentUploadTest, AnotherThreadCancelsAnUploadThatWaits) {
         }
         isFirst = false;
     };
-    const std::string error = ErrorOfUpload<ExchangeError>(server, source, FileText.size());
+    const std::string error = ErrorOfUpload<TransactionError>(server, source, FileText.size());
     canceller.join();
     EXPECT_THAT(error, HasSubstr("it was cancelled"));
 }

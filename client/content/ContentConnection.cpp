@@ -1,26 +1,26 @@
-#include "client/content/ContentSession.h"
+#include "client/content/ContentConnection.h"
 
 #include "client/content/ContentDownload.h"
 #include "client/content/ContentUpload.h"
 #include "client/wire/DateReader.h"
-#include "client/wire/ExchangeError.h"
 #include "client/wire/HttpStatus.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace content {
 
+using wire::ConnectionSettings;
 using wire::ContentSource;
-using wire::ExchangeError;
 using wire::HttpDate;
-using wire::HttpSessionSettings;
 using wire::HttpStatus;
+using wire::TransactionError;
 
-ContentSession::ContentSession(const HttpSessionSettings& settings, const QAuthenticator& credentials)
+ContentConnection::ContentConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
     : _session(settings, credentials) {}
 
-std::optional<ContentVersion> ContentSession::Look(const QUrl& url) {
-    ContentExchange query("HEAD", url);
+std::optional<ContentVersion> ContentConnection::Look(const QUrl& url) {
+    ContentTransaction query("HEAD", url);
     _Perform(query);
     switch (query.StatusCode()) {
         case HttpStatus::Ok:
@@ -33,7 +33,7 @@ std::optional<ContentVersion> ContentSession::Look(const QUrl& url) {
     }
 }
 
-ContentVersion ContentSession::Download(const QUrl& url, ContentSink& sink) {
+ContentVersion ContentConnection::Download(const QUrl& url, ContentSink& sink) {
     ContentDownload download(url, sink);
     _Perform(download);
     if (download.StatusCode() != HttpStatus::Ok) {
@@ -42,8 +42,8 @@ ContentVersion ContentSession::Download(const QUrl& url, ContentSink& sink) {
     return download.Version();
 }
 
-UploadOutcome ContentSession::Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
-                                     const ContentVersion& known) {
+UploadOutcome ContentConnection::Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+                                        const ContentVersion& known) {
     QPair<QByteArray, QByteArray> header("If-None-Match", "*");
     if (condition == UploadCondition::Unchanged) {
         header = known.entityTag.isEmpty() ? qMakePair(QByteArray("If-Unmodified-Since"), HttpDate(known.lastModified))
@@ -69,24 +69,24 @@ UploadOutcome ContentSession::Upload(const QUrl& url, ContentSource& source, qin
     }
 }
 
-void ContentSession::Cancel() {
+void ContentConnection::Cancel() {
     _session.Cancel();
 }
 
-void ContentSession::_Perform(ContentExchange& exchange) {
+void ContentConnection::_Perform(ContentTransaction& transaction) {
     try {
-        _session.Perform(exchange);
-    } catch (const ExchangeError&) {
-        exchange.RethrowFailure();
+        _session.Perform(transaction);
+    } catch (const TransactionError&) {
+        transaction.RethrowFailure();
         throw;
     }
 }
 
-void ContentSession::_ThrowRefusal(const ContentExchange& exchange) const {
-    const int status = exchange.StatusCode();
-    const ExchangeError error(exchange.Method(), exchange.Url(),
-                              QStringLiteral("the service answered with %1").arg(status), _session.LastAnswer());
-    throw sync::http::HttpException(error.Message(), status, exchange.Url());
+void ContentConnection::_ThrowRefusal(const ContentTransaction& transaction) const {
+    const int status = transaction.StatusCode();
+    const TransactionError error(transaction.Method(), transaction.Url(),
+                                 QStringLiteral("the service answered with %1").arg(status), _session.LastAnswer());
+    throw sync::http::HttpException(error.Message(), status, transaction.Url());
 }
 
 }  // namespace content

@@ -28,11 +28,11 @@ enum class UploadOutcome {
 /// Reads and writes the content of files. For one thread, but for Cancel.
 ///
 /// An operation returns when the whole answer came. It throws HttpException for an answer whose status is not what the
-/// operation needs, with that status, and ExchangeError when no whole answer came. Both messages name the URL, the
+/// operation needs, with that status, and TransactionError when no whole answer came. Both messages name the URL, the
 /// status, the content type and the first bytes of what came instead.
-class IContentSession {
+class IContentConnection {
 public:
-    virtual ~IContentSession() = default;
+    virtual ~IContentConnection() = default;
 
     /// None when there is no such file.
     virtual std::optional<ContentVersion> Look(const QUrl& url) = 0;
@@ -42,13 +42,13 @@ public:
     virtual ContentVersion Download(const QUrl& url, ContentSink& sink) = 0;
 
     /// Sends exactly `size` bytes; `known` counts for UploadCondition::Unchanged only and must have a tag or a date
-    /// there. Throws ExchangeError also when `source` has fewer or more: then the server was given no whole content.
+    /// there. Throws TransactionError also when `source` has fewer or more: then the server was given no whole content.
     /// After an error without an answer the server may have stored the content nonetheless.
     virtual UploadOutcome Upload(const QUrl& url, wire::ContentSource& source, qint64 size, UploadCondition condition,
                                  const ContentVersion& known) = 0;
 
-    /// Ends the operation under way, and each to come, with an ExchangeError at once. May be called by any thread, any
-    /// number of times.
+    /// Ends the operation under way, and each to come, with a TransactionError at once. May be called by any thread,
+    /// any number of times.
     virtual void Cancel() = 0;
 };
 

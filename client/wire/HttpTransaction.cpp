@@ -1,9 +1,9 @@
-#include "client/wire/Exchange.h"
+#include "client/wire/HttpTransaction.h"
 
 namespace ovsync {
 namespace wire {
 
-QByteArray Exchange::ValueOf(const Headers& headers, const char* name) {
+QByteArray HttpTransaction::ValueOf(const Headers& headers, const char* name) {
     QByteArray all;
     for (const auto& header : headers) {
         if (header.first.compare(name, Qt::CaseInsensitive) == 0) {

@@ -1,12 +1,12 @@
-#include "client/sync/push/Sender.h"
+#include "client/sync/push/Uploader.h"
 
 #include <QFileInfo>
 #include <utility>
 
 #include "client/sync/local/LocalContent.h"
-#include "client/sync/local/Names.h"
-#include "client/sync/pass/Version.h"
-#include "client/sync/report/Stopped.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
+#include "client/sync/report/Cancelled.h"
 
 namespace ovsync {
 namespace push {
@@ -19,7 +19,7 @@ using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::ListedSize;
 using pass::ServiceFolder;
-using report::Stopped;
+using report::Cancelled;
 using report::SyncEvent;
 using store::FileRecord;
 using sync::config::FileConfiguration;
@@ -32,7 +32,7 @@ QString ConditionsSetting() {
 
 }  // namespace
 
-void Sender::Run(std::deque<PushOrder> orders) {
+void Uploader::Run(std::deque<PushOrder> orders) {
     if (orders.empty()) {
         return;
     }
@@ -42,7 +42,7 @@ void Sender::Run(std::deque<PushOrder> orders) {
     for (const PushOrder& order : _orders) {
         _progress.allBytes += order.size;
     }
-    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newSession);
+    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newConnection);
     while (!_orders.empty() || pool.Unfinished() > 0) {
         while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
             _Start(pool);
@@ -60,7 +60,7 @@ void Sender::Run(std::deque<PushOrder> orders) {
                     _TakeSent(*upload);
                 }
             }
-            throw Stopped();
+            throw Cancelled();
         }
         for (std::unique_ptr<Upload>& upload : finished) {
             _Take(std::move(upload), pool);
@@ -70,7 +70,7 @@ void Sender::Run(std::deque<PushOrder> orders) {
     }
 }
 
-void Sender::_ChooseTrial() {
+void Uploader::_ChooseTrial() {
     bool isNeeded = _context.Records().Setting(ConditionsSetting()).isEmpty();
     for (PushOrder& order : _orders) {
         order.triesConditions = order.triesConditions && isNeeded;
@@ -78,7 +78,7 @@ void Sender::_ChooseTrial() {
     }
 }
 
-void Sender::_Start(Pool& pool) {
+void Uploader::_Start(Pool& pool) {
     const PushOrder order = std::move(_orders.front());
     _orders.pop_front();
     const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
@@ -89,7 +89,7 @@ void Sender::_Start(Pool& pool) {
     pool.Start(std::make_unique<Upload>(_context.Tree(), order, url, _bytes, *_context.Options().isStopped));
 }
 
-void Sender::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
+void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
     const QString path = upload->Order().path;
     try {
         if (upload->Error()) {
@@ -103,7 +103,7 @@ void Sender::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
         } else {
             ++_progress.doneFiles;
         }
-    } catch (const Stopped&) {
+    } catch (const Cancelled&) {
         throw;
     } catch (const std::exception&) {
         ++_progress.doneFiles;
@@ -111,7 +111,7 @@ void Sender::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
     }
 }
 
-bool Sender::_IsStillKnown(const Upload& upload) {
+bool Uploader::_IsStillKnown(const Upload& upload) {
     const PushOrder& order = upload.Order();
     if (upload.Version() && upload.Version()->entityTag.isEmpty() && !_TellsByDate(order)) {
         return false;
@@ -127,7 +127,7 @@ bool Sender::_IsStillKnown(const Upload& upload) {
     return isKnown;
 }
 
-bool Sender::_TellsByDate(const PushOrder& order) {
+bool Uploader::_TellsByDate(const PushOrder& order) {
     const QDateTime& date = order.remote.lastModifiedDate;
     const QDateTime& listed = _context.ListedAt();
     if (!date.isValid() || !listed.isValid()) {
@@ -145,7 +145,7 @@ bool Sender::_TellsByDate(const PushOrder& order) {
     return true;
 }
 
-void Sender::_TakeSent(const Upload& upload) {
+void Uploader::_TakeSent(const Upload& upload) {
     const QString& path = upload.Order().path;
     if (upload.Outcome() == UploadOutcome::Refused) {
         _context.Report(SyncEvent::Kind::Conflict, path,
@@ -180,7 +180,7 @@ void Sender::_TakeSent(const Upload& upload) {
     }
 }
 
-std::optional<FileRecord> Sender::_RecordOf(const Upload& upload) {
+std::optional<FileRecord> Uploader::_RecordOf(const Upload& upload) {
     const PushOrder& order = upload.Order();
     const ServiceFolder& service = _context.Service();
     FileRecord record;
@@ -208,7 +208,7 @@ std::optional<FileRecord> Sender::_RecordOf(const Upload& upload) {
     return isOurs ? std::make_optional(record) : std::nullopt;
 }
 
-bool Sender::_HasSize(const Upload& upload, qint64 size) {
+bool Uploader::_HasSize(const Upload& upload, qint64 size) {
     if (upload.Version()->size >= 0) {
         return upload.Version()->size == size;
     }

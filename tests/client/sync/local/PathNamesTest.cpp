@@ -1,4 +1,4 @@
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 
 #include <gtest/gtest.h>
 

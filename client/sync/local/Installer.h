@@ -17,7 +17,7 @@ namespace local {
 /// Puts finished temporary files in their places and takes files away, so that a crash at any moment loses nothing: the
 /// intention is on the disk before anything is touched, and what a file of this side held is only removed when it is
 /// known to be what its record says. Throws StoreError. Not thread-safe.
-class Placer {
+class Installer {
 public:
     enum class Result {
         Done,
@@ -38,12 +38,12 @@ public:
     };
 
     /// The arguments outlive this object.
-    Placer(ILocalTree& tree, store::RecordDatabase& records, Trash& trash)
+    Installer(ILocalTree& tree, store::RecordDatabase& records, Trash& trash)
         : _tree(tree), _records(records), _trash(trash) {}
 
     /// Carries the requests out and updates the records of those that are done. Throws LocalError only when the disk as
     /// a whole fails.
-    void Carry(QVector<Request>& requests);
+    void Install(QVector<Request>& requests);
 
     /// Finishes or takes back what a pass that died had begun. Only what lies in its place counts as done: what is not
     /// there proves nothing. Returns what a person should know. Throws LocalError when the disk as a whole fails.
@@ -55,15 +55,15 @@ public:
 
     /// Gives the file at `temporary` a name that says that it is a version, described by `note`, of the one at `path`.
     /// Returns that name; it may be one that a file with the same content had already. Throws LocalError.
-    QString PutBeside(const QString& temporary, const QString& path, const QString& note);
+    QString AddConflictCopy(const QString& temporary, const QString& path, const QString& note);
 
 private:
-    void _Carry(Request& request);
+    void _Install(Request& request);
     /// Brings the names in the folders onto the disk that something was done in.
     void _SyncFolders(QVector<Request>& requests);
-    Result _Place(Request& request);
+    Result _Put(Request& request);
     Result _Remove(Request& request);
-    QString _PutAside(const QString& temporary, const QString& path);
+    QString _KeepReplaced(const QString& temporary, const QString& path);
     /// Returns the name that a file was given that somebody wrote meanwhile; empty mostly.
     QString _Recover(const store::Placement& placement);
     bool _HasSameContent(const QString& a, const QString& b);

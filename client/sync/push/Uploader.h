@@ -16,11 +16,11 @@ namespace push {
 
 /// Sends files to the service, several at once, and records what it has then. Nothing there is overwritten that was not
 /// known. For one run. Not thread-safe.
-class Sender {
+class Uploader {
 public:
-    explicit Sender(pass::PassContext& context) : _context(context) {}
+    explicit Uploader(pass::PassContext& context) : _context(context) {}
 
-    /// Throws Stopped, when what is sent is recorded, and what PassContext::ReportFailure throws.
+    /// Throws Cancelled, when what is sent is recorded, and what PassContext::ReportFailure throws.
     void Run(std::deque<PushOrder> orders);
 
 private:

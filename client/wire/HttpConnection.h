@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "client/wire/AnswerSummary.h"
-#include "client/wire/Exchange.h"
-#include "client/wire/HttpSessionSettings.h"
+#include "client/wire/ConnectionSettings.h"
+#include "client/wire/HttpTransaction.h"
 
 namespace ovsync {
 namespace wire {
@@ -17,23 +17,23 @@ namespace wire {
 /// never as Basic to a host that took them as Digest. The certificate
 /// and the name of a server are verified. Proxies are taken from the environment (http_proxy, https_proxy, all_proxy,
 /// no_proxy). Redirects are not followed.
-class HttpSession {
+class HttpConnection {
 public:
     /// A null `credentials` stands for none.
-    HttpSession(const HttpSessionSettings& settings, const QAuthenticator& credentials);
-    ~HttpSession();
-    HttpSession(const HttpSession&) = delete;
-    HttpSession& operator=(const HttpSession&) = delete;
+    HttpConnection(const ConnectionSettings& settings, const QAuthenticator& credentials);
+    ~HttpConnection();
+    HttpConnection(const HttpConnection&) = delete;
+    HttpConnection& operator=(const HttpConnection&) = delete;
 
-    /// Returns when the answer came whole and `exchange` took it. Throws ExchangeError when no answer came, when it was
-    /// cut off, when the server was silent or slow for too long, when `exchange` refused what came or broke its body
-    /// off, and after Cancel.
-    void Perform(Exchange& exchange);
+    /// Returns when the answer came whole and `transaction` took it. Throws TransactionError when no answer came, when
+    /// it was cut off, when the server was silent or slow for too long, when `transaction` refused what came or broke
+    /// its body off, and after Cancel.
+    void Perform(HttpTransaction& transaction);
 
-    /// Ends the exchange under way, and each to come before anything is sent. May be called by any thread.
+    /// Ends the transaction under way, and each to come before anything is sent. May be called by any thread.
     void Cancel();
 
-    /// Of the last exchange, whether it succeeded or not.
+    /// Of the last transaction, whether it succeeded or not.
     const AnswerSummary& LastAnswer() const;
 
 private:

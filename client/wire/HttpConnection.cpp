@@ -1,4 +1,4 @@
-#include "client/wire/HttpSession.h"
+#include "client/wire/HttpConnection.h"
 
 #include <QHostAddress>
 #include <QRegularExpression>
@@ -8,8 +8,8 @@
 #include <exception>
 
 #include "client/wire/CurlHandle.h"
-#include "client/wire/ExchangeError.h"
 #include "client/wire/HttpStatus.h"
+#include "client/wire/TransactionError.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -50,10 +50,10 @@ QString TransportReason(CURLcode code, const char* detail) {
 
 }  // namespace
 
-/// One handle of the HTTP library with its connections, and the exchange that it is busy with.
-class HttpSession::Transfer {
+/// One handle of the HTTP library with its connections, and the transaction that it is busy with.
+class HttpConnection::Transfer {
 public:
-    Transfer(const HttpSessionSettings& settings, const QAuthenticator& credentials)
+    Transfer(const ConnectionSettings& settings, const QAuthenticator& credentials)
         : _settings(settings), _credentials(credentials) {
         _Open();
         _multi.reset(curl_multi_init());
@@ -62,8 +62,8 @@ public:
         }
     }
 
-    void Perform(Exchange& exchange) {
-        _exchange = &exchange;
+    void Perform(HttpTransaction& transaction) {
+        _transaction = &transaction;
         _answer = AnswerSummary();
         _bodySize = 0;
         _headers.clear();
@@ -72,8 +72,8 @@ public:
         _isDigestAsked = false;
         _refusal = nullptr;
         _detail[0] = '\0';
-        exchange.Forget();
-        if (_knowsBasic && _settings.digestHosts->ForbidBasic(exchange.Url())) {
+        transaction.Forget();
+        if (_knowsBasic && _settings.digestHosts->ForbidBasic(transaction.Url())) {
             // It would send the password without being asked again.
             _Open();
             _knowsBasic = false;
@@ -83,18 +83,18 @@ public:
         if (failure.isEmpty() && !_refusal) {
             _HandOn([&] {
                 _HandOnHeaders();
-                exchange.OnEnd();
+                transaction.OnEnd();
             });
         }
         if (!failure.isEmpty() || _refusal) {
-            exchange.Forget();
+            transaction.Forget();
         }
         if (_refusal) {
             _ThrowRefusal();
         }
         if (!failure.isEmpty()) {
             _answer.status = _Status();
-            throw ExchangeError(exchange.Method(), exchange.Url(), failure, _answer);
+            throw TransactionError(transaction.Method(), transaction.Url(), failure, _answer);
         }
     }
 
@@ -148,14 +148,14 @@ private:
 
     /// Returns what went wrong on the way; empty when nothing did.
     QString _Send() {
-        const QUrl url = _exchange->Url();
-        const QByteArray method = _exchange->Method();
-        const QByteArray body = _exchange->RequestBody();
-        ContentSource* const stream = _exchange->StreamedBody();
-        const bool asksFirst = stream != nullptr && _exchange->StreamedBodySize() > AskBeforeSending;
+        const QUrl url = _transaction->Url();
+        const QByteArray method = _transaction->Method();
+        const QByteArray body = _transaction->RequestBody();
+        ContentSource* const stream = _transaction->StreamedBody();
+        const bool asksFirst = stream != nullptr && _transaction->StreamedBodySize() > AskBeforeSending;
         // Without an empty Expect the library asks before it sends any stream.
         CurlList headers(curl_slist_append(nullptr, asksFirst ? "Expect: 100-continue" : "Expect:"));
-        for (const auto& header : _exchange->RequestHeaders()) {
+        for (const auto& header : _transaction->RequestHeaders()) {
             const QByteArray line = header.first + ": " + header.second;
             curl_slist* const longer = curl_slist_append(headers.get(), line.constData());
             if (longer == nullptr) {
@@ -174,7 +174,7 @@ private:
                 return QString();
             }
             _Set(CURLOPT_UPLOAD, 1L);
-            _Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(_exchange->StreamedBodySize()));
+            _Set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(_transaction->StreamedBodySize()));
         } else if (body.isEmpty()) {
             _Set(CURLOPT_HTTPGET, 1L);
         } else {
@@ -185,7 +185,7 @@ private:
         _Set(CURLOPT_CUSTOMREQUEST, method.constData());
         _Set(CURLOPT_HTTPHEADER, headers.get());
         // Within one machine compressing takes longer than sending.
-        const bool mayComeCompressed = _exchange->MayComeCompressed() && !IsLoopback(url);
+        const bool mayComeCompressed = _transaction->MayComeCompressed() && !IsLoopback(url);
         _Set(CURLOPT_ACCEPT_ENCODING, mayComeCompressed ? "gzip" : static_cast<const char*>(nullptr));
 
         curl_multi_add_handle(_multi.get(), _easy.get());
@@ -280,7 +280,7 @@ private:
         try {
             std::rethrow_exception(_refusal);
         } catch (const sync::core::SyncException& reason) {
-            throw ExchangeError(_exchange->Method(), _exchange->Url(), reason.Message(), _answer);
+            throw TransactionError(_transaction->Method(), _transaction->Url(), reason.Message(), _answer);
         }
     }
 
@@ -292,7 +292,7 @@ private:
         }
         _headersHandedOn = true;
         _answer.status = _Status();
-        _answer.contentType = Exchange::ValueOf(_headers, "content-type");
+        _answer.contentType = HttpTransaction::ValueOf(_headers, "content-type");
         // The HTTP library takes a connection that ends inside the head for the end of an answer without a body.
         if (!_headersEnded) {
             throw sync::core::SyncException(
@@ -302,14 +302,14 @@ private:
         const bool isRefused =
             _answer.status == HttpStatus::Unauthorized || _answer.status == HttpStatus::ProxyAuthenticationRequired;
         if (_isDigestAsked && !isRefused) {
-            _settings.digestHosts->Add(_exchange->Url());
+            _settings.digestHosts->Add(_transaction->Url());
         }
-        _exchange->OnHeaders(_answer.status, _headers);
+        _transaction->OnHeaders(_answer.status, _headers);
     }
 
     /// The HTTP library takes the last of several sizes, and with it a cut-off body for a whole one.
     void _CheckContentLength() const {
-        const QList<QByteArray> sizes = Exchange::ValueOf(_headers, "content-length").split(',');
+        const QList<QByteArray> sizes = HttpTransaction::ValueOf(_headers, "content-length").split(',');
         for (const QByteArray& size : sizes) {
             if (size.trimmed() != sizes.first().trimmed()) {
                 throw sync::core::SyncException(QStringLiteral("the answer announces more than one size of its body"));
@@ -341,14 +341,14 @@ private:
         static const QRegularExpression quoted(QStringLiteral("\"([^\"\\\\]|\\\\.)*\""));
         static const QRegularExpression digest(QStringLiteral("(^|,)\\s*digest[ \\t]"),
                                                QRegularExpression::CaseInsensitiveOption);
-        QString challenges = QString::fromLatin1(Exchange::ValueOf(_headers, "www-authenticate"));
+        QString challenges = QString::fromLatin1(HttpTransaction::ValueOf(_headers, "www-authenticate"));
         const bool mayBeBasic = challenges.contains(QLatin1String("basic"), Qt::CaseInsensitive);
         _isDigestAsked = digest.match(challenges.replace(quoted, QStringLiteral("\"\""))).hasMatch();
         if (_isDigestAsked || !mayBeBasic) {
             return;
         }
         _knowsBasic = true;
-        if (_settings.digestHosts->ForbidBasic(_exchange->Url())) {
+        if (_settings.digestHosts->ForbidBasic(_transaction->Url())) {
             _answer.status = HttpStatus::Unauthorized;
             throw sync::core::SyncException(
                 QStringLiteral("the password is asked for in clear, as Basic over http, although it was taken as "
@@ -363,7 +363,7 @@ private:
         if (!_refusal) {
             _HandOn([&] {
                 _HandOnHeaders();
-                _exchange->OnBody(bytes, size);
+                _transaction->OnBody(bytes, size);
             });
         }
     }
@@ -371,7 +371,7 @@ private:
     static size_t _OnRead(char* bytes, size_t /*unit*/, size_t size, void* self) {
         auto* const transfer = static_cast<Transfer*>(self);
         size_t count = CURL_READFUNC_ABORT;
-        transfer->_HandOn([&] { count = transfer->_exchange->StreamedBody()->Read(bytes, size); });
+        transfer->_HandOn([&] { count = transfer->_transaction->StreamedBody()->Read(bytes, size); });
         // That it took long is not the server's silence.
         transfer->_lastSign = Clock::now();
         return count;
@@ -382,7 +382,7 @@ private:
         auto* const transfer = static_cast<Transfer*>(self);
         int result = CURL_SEEKFUNC_FAIL;
         transfer->_HandOn([&] {
-            transfer->_exchange->StreamedBody()->Restart();
+            transfer->_transaction->StreamedBody()->Restart();
             result = CURL_SEEKFUNC_OK;
         });
         return result;
@@ -406,7 +406,7 @@ private:
         return isOver ? 0 : size;
     }
 
-    const HttpSessionSettings _settings;
+    const ConnectionSettings _settings;
     const QAuthenticator _credentials;
     // The connections live in the second, which the first has to be taken out of before it goes.
     std::unique_ptr<CURLM, MultiDeleter> _multi;
@@ -418,10 +418,10 @@ private:
     /// When it was last looked at how much came, and how much that was.
     Clock::time_point _lastProgress;
     qint64 _sizeThen = 0;
-    Exchange* _exchange = nullptr;
+    HttpTransaction* _transaction = nullptr;
     AnswerSummary _answer;
     qint64 _bodySize = 0;
-    Exchange::Headers _headers;
+    HttpTransaction::Headers _headers;
     bool _headersEnded = false;
     bool _headersHandedOn = false;
     bool _isDigestAsked = false;
@@ -430,20 +430,20 @@ private:
     std::exception_ptr _refusal;
 };
 
-HttpSession::HttpSession(const HttpSessionSettings& settings, const QAuthenticator& credentials)
+HttpConnection::HttpConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
     : _transfer(std::make_unique<Transfer>(settings, credentials)) {}
 
-HttpSession::~HttpSession() = default;
+HttpConnection::~HttpConnection() = default;
 
-void HttpSession::Perform(Exchange& exchange) {
-    _transfer->Perform(exchange);
+void HttpConnection::Perform(HttpTransaction& transaction) {
+    _transfer->Perform(transaction);
 }
 
-void HttpSession::Cancel() {
+void HttpConnection::Cancel() {
     _transfer->Cancel();
 }
 
-const AnswerSummary& HttpSession::LastAnswer() const {
+const AnswerSummary& HttpConnection::LastAnswer() const {
     return _transfer->Answer();
 }
 

@@ -3,8 +3,8 @@
 #include <QMap>
 #include <memory>
 
-#include "client/requests/AccountSession.h"
-#include "client/wire/HttpSessionSettings.h"
+#include "client/requests/AccountConnection.h"
+#include "client/wire/ConnectionSettings.h"
 #include "host/interfaces/factory/IRequestAuthenticatorFactory.h"
 
 namespace ovsync {
@@ -12,18 +12,18 @@ namespace requests {
 
 /// One session for each account, for all that executes requests for it, so that they share its connections. Not
 /// thread-safe.
-class AccountSessions {
+class AccountConnections {
 public:
-    explicit AccountSessions(const wire::HttpSessionSettings& settings = wire::HttpSessionSettings());
+    explicit AccountConnections(const wire::ConnectionSettings& settings = wire::ConnectionSettings());
 
     /// The session of the account `serverId`. Made by the first call, which asks `authenticators` for the credentials;
     /// later calls do not look at it.
-    std::shared_ptr<AccountSession> Of(int serverId,
-                                       sync::interf::factory::IRequestAuthenticatorFactory& authenticators);
+    std::shared_ptr<AccountConnection> Of(int serverId,
+                                          sync::interf::factory::IRequestAuthenticatorFactory& authenticators);
 
 private:
-    const wire::HttpSessionSettings _settings;
-    QMap<int, std::shared_ptr<AccountSession>> _sessions;
+    const wire::ConnectionSettings _settings;
+    QMap<int, std::shared_ptr<AccountConnection>> _sessions;
 };
 
 }  // namespace requests

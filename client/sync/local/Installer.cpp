@@ -1,10 +1,10 @@
-#include "client/sync/local/Placer.h"
+#include "client/sync/local/Installer.h"
 
 #include <atomic>
 
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/local/Names.h"
+#include "client/sync/local/PathNames.h"
 
 namespace ovsync {
 namespace local {
@@ -34,7 +34,7 @@ QString TimeNote(const QString& what, const Fingerprint& fingerprint) {
 
 }  // namespace
 
-void Placer::Carry(QVector<Request>& requests) {
+void Installer::Install(QVector<Request>& requests) {
     {
         store::RecordDatabase::Transaction transaction(_records);
         for (const Request& request : requests) {
@@ -43,7 +43,7 @@ void Placer::Carry(QVector<Request>& requests) {
         transaction.Commit();
     }
     for (Request& request : requests) {
-        _Carry(request);
+        _Install(request);
     }
     _SyncFolders(requests);
     store::RecordDatabase::Transaction transaction(_records);
@@ -61,7 +61,7 @@ void Placer::Carry(QVector<Request>& requests) {
     transaction.Commit();
 }
 
-void Placer::_SyncFolders(QVector<Request>& requests) {
+void Installer::_SyncFolders(QVector<Request>& requests) {
     QHash<QString, QString> errors;
     for (Request& request : requests) {
         const QString folder = FolderOf(request.placement.record.path);
@@ -84,9 +84,9 @@ void Placer::_SyncFolders(QVector<Request>& requests) {
     }
 }
 
-void Placer::_Carry(Request& request) {
+void Installer::_Install(Request& request) {
     try {
-        request.result = request.placement.isRemoval ? _Remove(request) : _Place(request);
+        request.result = request.placement.isRemoval ? _Remove(request) : _Put(request);
     } catch (const LocalError& e) {
         request.result = Result::Failed;
         request.error = e.Message();
@@ -96,7 +96,7 @@ void Placer::_Carry(Request& request) {
     }
 }
 
-Placer::Result Placer::_Place(Request& request) {
+Installer::Result Installer::_Put(Request& request) {
     Placement& placement = request.placement;
     const QString& target = placement.record.path;
     const std::optional<LocalEntry> here = _tree.Look(target);
@@ -108,11 +108,11 @@ Placer::Result Placer::_Place(Request& request) {
         if (!ReplacesSomething(placement) || !IsFile(here) || !here->fingerprint.IsUnchangedSince(placement.old)) {
             return Result::Occupied;
         }
-        if (_tree.Exchange(placement.temporary, target)) {
+        if (_tree.Swap(placement.temporary, target)) {
             if (IsFile(_tree.Look(placement.temporary), placement.old)) {
                 _trash.Take(placement.temporary, target);
             } else {
-                request.aside = _PutAside(placement.temporary, target);
+                request.aside = _KeepReplaced(placement.temporary, target);
             }
         } else {
             _trash.Take(target, target);
@@ -125,7 +125,7 @@ Placer::Result Placer::_Place(Request& request) {
     return Result::Done;
 }
 
-Placer::Result Placer::_Remove(Request& request) {
+Installer::Result Installer::_Remove(Request& request) {
     const Placement& placement = request.placement;
     const QString& target = placement.record.path;
     const std::optional<LocalEntry> here = _tree.Look(target);
@@ -138,12 +138,12 @@ Placer::Result Placer::_Remove(Request& request) {
         return Result::Done;
     }
     if (!_tree.Move(placement.temporary, target)) {
-        request.aside = _PutAside(placement.temporary, target);
+        request.aside = _KeepReplaced(placement.temporary, target);
     }
     return Result::Occupied;
 }
 
-QVector<SyncEvent> Placer::Recover() {
+QVector<SyncEvent> Installer::Recover() {
     QVector<SyncEvent> events;
     for (const Placement& placement : _records.Placements()) {
         const QString& target = placement.record.path;
@@ -167,7 +167,7 @@ QVector<SyncEvent> Placer::Recover() {
     return events;
 }
 
-QString Placer::_Recover(const Placement& placement) {
+QString Installer::_Recover(const Placement& placement) {
     const QString& target = placement.record.path;
     const std::optional<LocalEntry> temporary = _tree.Look(placement.temporary);
     const bool isOldTakenOut = IsFile(temporary, placement.old);
@@ -180,7 +180,7 @@ QString Placer::_Recover(const Placement& placement) {
     } else if (isOldTakenOut && (isPlaced || !_tree.Move(placement.temporary, target))) {
         _trash.Take(placement.temporary, target);
     } else if (!isOldTakenOut && !_tree.Move(placement.temporary, target)) {
-        aside = _PutAside(placement.temporary, target);
+        aside = _KeepReplaced(placement.temporary, target);
     }
     if (isPlaced) {
         _tree.SyncFolder(FolderOf(target));
@@ -191,7 +191,7 @@ QString Placer::_Recover(const Placement& placement) {
     return aside;
 }
 
-void Placer::ClearUp(const QString& temporary) {
+void Installer::ClearUp(const QString& temporary) {
     const auto target = _lost.constFind(NameOf(temporary));
     if (target == _lost.constEnd()) {
         _tree.Remove(temporary);
@@ -200,7 +200,7 @@ void Placer::ClearUp(const QString& temporary) {
     }
 }
 
-QString Placer::PutBeside(const QString& temporary, const QString& path, const QString& note) {
+QString Installer::AddConflictCopy(const QString& temporary, const QString& path, const QString& note) {
     for (int number = 1;; ++number) {
         QString beside = PathWithNote(path, note, number);
         const std::optional<LocalEntry> there = _tree.Look(beside);
@@ -215,20 +215,20 @@ QString Placer::PutBeside(const QString& temporary, const QString& path, const Q
     }
 }
 
-QString Placer::_PutAside(const QString& temporary, const QString& path) {
+QString Installer::_KeepReplaced(const QString& temporary, const QString& path) {
     const std::optional<LocalEntry> entry = _tree.Look(temporary);
-    return PutBeside(temporary, path,
-                     TimeNote(QStringLiteral("changed here"), entry ? entry->fingerprint : Fingerprint()));
+    return AddConflictCopy(temporary, path,
+                           TimeNote(QStringLiteral("changed here"), entry ? entry->fingerprint : Fingerprint()));
 }
 
-bool Placer::_HasSameContent(const QString& a, const QString& b) {
+bool Installer::_HasSameContent(const QString& a, const QString& b) {
     const std::atomic<bool> isStopped(false);
     const std::optional<LocalContent> first = LocalContent::Of(_tree, a, isStopped);
     const std::optional<LocalContent> second = LocalContent::Of(_tree, b, isStopped);
     return first && second && first->md5 == second->md5 && first->fingerprint.size == second->fingerprint.size;
 }
 
-Fingerprint Placer::_Placed(const QString& path, const Fingerprint& fresh) {
+Fingerprint Installer::_Placed(const QString& path, const Fingerprint& fresh) {
     const std::optional<LocalEntry> now = _tree.Look(path);
     if (IsFile(now, fresh)) {
         return Recordable(now->fingerprint);

@@ -7,13 +7,13 @@ namespace ovsync {
 namespace report {
 
 /// Thrown inside a pass that was told to stop.
-class Stopped : public std::exception {
+class Cancelled : public std::exception {
 public:
     const char* what() const noexcept override { return "stopped"; }
 
     static void ThrowIf(const std::atomic<bool>& isStopped) {
         if (isStopped) {
-            throw Stopped();
+            throw Cancelled();
         }
     }
 };

@@ -1,4 +1,4 @@
-#include "client/sync/pass/Version.h"
+#include "client/sync/pass/RemoteVersion.h"
 
 #include <limits>
 

@@ -11,13 +11,13 @@
 namespace ovsync {
 namespace wire {
 
-/// How a HttpSession connects. A plain value, but for the hosts, which its copies share.
-struct HttpSessionSettings {
+/// How a HttpConnection connects. A plain value, but for the hosts, which its copies share.
+struct ConnectionSettings {
     /// A file of PEM certificates to trust in place of the system's; empty for the system's.
     QString caFile;
     /// How long neither side may send a single byte.
     std::chrono::milliseconds silenceLimit = std::chrono::seconds(60);
-    /// For how long an answer's body may come at less than `leastRate`, in bytes a second, uncompressed. An exchange
+    /// For how long an answer's body may come at less than `leastRate`, in bytes a second, uncompressed. A transaction
     /// that comes faster may take as long as it likes. Zero bytes a second are no limit.
     std::chrono::milliseconds slownessLimit = std::chrono::minutes(10);
     qint64 leastRate = 1024;
@@ -25,7 +25,7 @@ struct HttpSessionSettings {
     /// How long it may take to reach the server, TLS included.
     std::chrono::milliseconds connectLimit = std::chrono::seconds(30);
     std::shared_ptr<DigestHosts> digestHosts = std::make_shared<DigestHosts>();
-    /// Called several times a second while an answer is waited for and received, and once more when the exchange is
+    /// Called several times a second while an answer is waited for and received, and once more when the transaction is
     /// over, on its thread, with the bytes of the body so far, uncompressed. May be empty; must not throw.
     std::function<void(qint64 bodyBytes, bool isOver)> onProgress;
 };

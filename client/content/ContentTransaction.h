@@ -4,19 +4,19 @@
 #include <exception>
 
 #include "client/content/ContentVersion.h"
-#include "client/wire/Exchange.h"
+#include "client/wire/HttpTransaction.h"
 
 namespace ovsync {
 namespace content {
 
 /// One request about the content of a file. Takes every answer; what its status is good for is for the caller to judge.
 /// Not thread-safe.
-class ContentExchange : public wire::Exchange {
+class ContentTransaction : public wire::HttpTransaction {
 public:
     /// Of the body of an answer that is not handed on to anyone, in bytes.
     static constexpr qint64 IgnoredBodyLimit = qint64(1024) * 1024;
 
-    ContentExchange(const QByteArray& method, const QUrl& url);
+    ContentTransaction(const QByteArray& method, const QUrl& url);
 
     int StatusCode() const { return _status; }
     /// What the headers of the answer said.
@@ -35,7 +35,7 @@ public:
     void OnEnd() override;
 
 protected:
-    /// Keeps what `action` throws for RethrowFailure and ends the exchange.
+    /// Keeps what `action` throws for RethrowFailure and ends the transaction.
     template <typename Action>
     void Guard(Action action) {
         try {

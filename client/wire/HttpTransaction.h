@@ -11,16 +11,16 @@
 namespace ovsync {
 namespace wire {
 
-/// One request as a HttpSession sends it, and the receiver of its answer. A kind of request is a class that implements
-/// this. Not thread-safe.
+/// One request as a HttpConnection sends it, and the receiver of its answer. A kind of request is a class that
+/// implements this. Not thread-safe.
 ///
 /// An operation that receives, or gives a body in pieces, may throw a SyncException whose message says what is wrong;
-/// the session then breaks the exchange off and ends it with an ExchangeError.
-class Exchange {
+/// the session then breaks the transaction off and ends it with a TransactionError.
+class HttpTransaction {
 public:
     using Headers = QList<QPair<QByteArray, QByteArray>>;
 
-    virtual ~Exchange() = default;
+    virtual ~HttpTransaction() = default;
 
     virtual QByteArray Method() const = 0;
     /// Absolute, http or https.
@@ -36,7 +36,7 @@ public:
     /// Whether the body may come compressed. One that may not is handed on as it came.
     virtual bool MayComeCompressed() const { return true; }
 
-    /// What an exchange left is to be forgotten: before anything is sent, and when what came is no answer.
+    /// What a transaction left is to be forgotten: before anything is sent, and when what came is no answer.
     virtual void Forget() = 0;
     /// Once, with the final answer: neither an interim one nor one that only asked for credentials.
     /// The headers are in the order in which they came, their names as they were sent.

@@ -1,4 +1,4 @@
-#include "client/requests/AccountSession.h"
+#include "client/requests/AccountConnection.h"
 
 #include <utility>
 #include <vector>
@@ -9,28 +9,28 @@ namespace ovsync {
 namespace requests {
 
 using sync::interf::IHttpRequest;
-using wire::Exchange;
-using wire::HttpSessionSettings;
+using wire::ConnectionSettings;
+using wire::HttpTransaction;
 
-AccountSession::AccountSession(const HttpSessionSettings& settings, const QAuthenticator& credentials)
+AccountConnection::AccountConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
     : _limits(settings.listing), _session(settings, credentials) {}
 
-void AccountSession::Execute(const QList<Request>& requests, const Completion& completed) {
-    std::vector<Exchange*> exchanges;
+void AccountConnection::Execute(const QList<Request>& requests, const Completion& completed) {
+    std::vector<HttpTransaction*> transactions;
     for (const Request& request : requests) {
-        auto* exchange = dynamic_cast<Exchange*>(request.get());
-        if (exchange == nullptr) {
+        auto* transaction = dynamic_cast<HttpTransaction*>(request.get());
+        if (transaction == nullptr) {
             throw sync::core::SyncException(
                 QStringLiteral("Request %1 of %2 was not made by this client's HTTP factory and cannot be sent")
-                    .arg(exchanges.size() + 1)
+                    .arg(transactions.size() + 1)
                     .arg(requests.size()));
         }
-        exchanges.push_back(exchange);
+        transactions.push_back(transaction);
     }
     for (int i = 0; i < requests.size(); ++i) {
         const Request& request = requests[i];
         try {
-            _Perform(*request, *exchanges[static_cast<size_t>(i)]);
+            _Perform(*request, *transactions[static_cast<size_t>(i)]);
         } catch (...) {
             Q_EMIT request->RequestCompleted(request, IHttpRequest::StateFailed);
             completed(request, IHttpRequest::StateFailed);
@@ -41,16 +41,16 @@ void AccountSession::Execute(const QList<Request>& requests, const Completion& c
     }
 }
 
-void AccountSession::ShareNextListing() {
+void AccountConnection::ShareNextListing() {
     _sharesNextListing = true;
     _shared.reset();
 }
 
-QString AccountSession::LastAnswer() const {
+QString AccountConnection::LastAnswer() const {
     return _session.LastAnswer().Text();
 }
 
-void AccountSession::_Perform(IHttpRequest& request, Exchange& exchange) {
+void AccountConnection::_Perform(IHttpRequest& request, HttpTransaction& transaction) {
     auto* const propfind = dynamic_cast<PropfindRequest*>(&request);
     if (propfind != nullptr) {
         propfind->SetLimits(_limits);
@@ -59,11 +59,11 @@ void AccountSession::_Perform(IHttpRequest& request, Exchange& exchange) {
         _List(*propfind);
     } else {
         _shared.reset();
-        _session.Perform(exchange);
+        _session.Perform(transaction);
     }
 }
 
-void AccountSession::_List(PropfindRequest& listing) {
+void AccountConnection::_List(PropfindRequest& listing) {
     const std::unique_ptr<PropfindRequest> shared = std::move(_shared);
     const bool sharesThis = std::exchange(_sharesNextListing, false);
     listing.SetStandardPropertiesOnly(_capabilities.IsForeign(listing.Url()));

@@ -7,13 +7,13 @@
 
 #include "client/requests/PropfindRequest.h"
 #include "client/requests/ServerCapabilities.h"
-#include "client/wire/HttpSession.h"
+#include "client/wire/HttpConnection.h"
 #include "host/interfaces/IHttpRequest.h"
 
 namespace ovsync {
 namespace requests {
 
-/// Executes the requests that a HttpFactory made for one account, one after the other, over one HttpSession. Not
+/// Executes the requests that a HttpFactory made for one account, one after the other, over one HttpConnection. Not
 /// thread-safe.
 ///
 /// Before the first listing from a server it asks the server by OPTIONS what it knows; listings from a server that is
@@ -23,22 +23,22 @@ namespace requests {
 /// request, and takes a request without a result for an empty listing. So nothing reaches it that is neither a failure
 /// by its status nor a whole answer. What came instead (no answer, a connection that broke, silence, a body shorter
 /// than announced, a status without a meaning, a body that the request refuses) is thrown out of Execute as an
-/// ExchangeError and passes through the library, which catches nothing. A result is attached to a request only after
+/// TransactionError and passes through the library, which catches nothing. A result is attached to a request only after
 /// the last byte of its answer was received and read.
-class AccountSession {
+class AccountConnection {
 public:
     using Request = std::shared_ptr<sync::interf::IHttpRequest>;
     using Completion = std::function<void(const Request&, sync::interf::IHttpRequest::RequestState)>;
 
     /// A null `credentials` stands for none.
-    AccountSession(const wire::HttpSessionSettings& settings, const QAuthenticator& credentials);
+    AccountConnection(const wire::ConnectionSettings& settings, const QAuthenticator& credentials);
 
-    /// Emits the signal of each request that was sent and calls `completed` right after. Throws ExchangeError for the
-    /// first request whose answer is none; those after it are not sent. Throws SyncException, before anything is sent,
-    /// when a request was not made by a HttpFactory.
+    /// Emits the signal of each request that was sent and calls `completed` right after. Throws TransactionError for
+    /// the first request whose answer is none; those after it are not sent. Throws SyncException, before anything is
+    /// sent, when a request was not made by a HttpFactory.
     void Execute(const QList<Request>& requests, const Completion& completed);
 
-    /// Ends the request under way, and each to come, with an ExchangeError.
+    /// Ends the request under way, and each to come, with a TransactionError.
     void Cancel() { _session.Cancel(); }
 
     /// From now on the answer to the next listing also answers the one after it, if that asks the same, and that one is
@@ -50,11 +50,11 @@ public:
     QString LastAnswer() const;
 
 private:
-    void _Perform(sync::interf::IHttpRequest& request, wire::Exchange& exchange);
+    void _Perform(sync::interf::IHttpRequest& request, wire::HttpTransaction& transaction);
     void _List(PropfindRequest& listing);
 
     const wire::ListingLimits _limits;
-    wire::HttpSession _session;
+    wire::HttpConnection _session;
     ServerCapabilities _capabilities{_session};
     bool _sharesNextListing = false;
     std::unique_ptr<PropfindRequest> _shared;
