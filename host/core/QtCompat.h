@@ -2,7 +2,6 @@
 
 #include "host/core/PosixSync.h"
 
-#include <QByteArray>
 #include <QProcess>
 #include <QRegExp>
 #include <QString>
@@ -16,10 +15,8 @@ namespace sync {
 namespace core {
 namespace compat {
 
-/// The path of a percent-encoded URL with every escape decoded; empty when the URL is not valid. `encoded` must not
-/// start with more than one '/': what follows would be taken for a host.
-inline QString DecodedPath(const QByteArray& encoded) {
-    const QUrl url = QUrl::fromEncoded(encoded);
+/// The path of `url` with every escape decoded; empty when the URL is not valid.
+inline QString DecodedPath(const QUrl& url) {
     if (!url.isValid()) {
         return QString();
     }

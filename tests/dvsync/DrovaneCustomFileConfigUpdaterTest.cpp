@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "dvsync/ResourceMapping.h"
 #include "host/http/HttpException.h"
 #include "tests/fakes/Contract.h"
 #include "tests/fakes/InstalledConfiguration.h"
@@ -251,6 +252,12 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerIdOfTheFileReplacesThatOfThe
 }
 
 // --- What an upload changes
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AnAnswerWhoseHrefIsNoUrlIsNoFile) {
+    _remote = sync::dv::dvsync::BuildFileConfigFromFindResponse(
+        _folder, sync::http::DAVPropfindResponse(Text("http://[bad/x"), sync::http::DAVPropfindProperties()));
+    EXPECT_THROW(Upload(), SyncException);
+}
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileThatTheServiceDoesNotKnowThrowsAndChangesNothing) {
     _remote = FileConfiguration();

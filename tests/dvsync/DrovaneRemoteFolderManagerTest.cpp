@@ -835,6 +835,19 @@ TEST_F(DrovaneRemoteFolderManagerTest, AMoveGoesFromServerPathToServerPathAndIsT
     EXPECT_EQ(_log.Records()[0].text, "Move: http://service.test/Projects/A to http://service.test/Projects/B\r\n");
 }
 
+TEST_F(DrovaneRemoteFolderManagerTest, TheFailureOfAMoveNamesDecodedPathsAndNoneOfAnInvalidUrl) {
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, _))
+        .WillOnce(Return(std::make_shared<QUrl>(QUrl::fromEncoded("http://service.test/a%20b%25%EF%BF%BF"))))
+        .WillOnce(Return(std::make_shared<QUrl>(QUrl::fromEncoded("http://[bad/x"))));
+    AnswerWith(403);
+    try {
+        _manager.MoveFolder(_folder, _folder);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(), Text("MoveFolder failed. From Url: /a b%\xEF\xBF\xBF To Url: . Error code: 403."));
+    }
+}
+
 TEST_F(DrovaneRemoteFolderManagerTest, NothingIsLoggedBelowTheLevelOfTheLogger) {
     const tests::LogRecorder quiet(LOG4CPLUS_TEXT("DrovaneSyncSupport"), log4cplus::INFO_LOG_LEVEL);
     AnswerWith(201);
@@ -890,7 +903,26 @@ TEST_F(DrovaneRemoteFolderManagerTest, OneSlashIsRemovedAtEitherEndOfAFoldersPat
     EXPECT_EQ(pathOf("/Projects/A"), Text("Projects/A"));
     EXPECT_EQ(pathOf("//x//"), Text("/x/"));
     EXPECT_EQ(pathOf("/"), Text(""));
-    EXPECT_EQ(pathOf("http://[bad/x"), Text(""));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, APercentThatIsNoEscapeStandsForItselfInAFoldersPath) {
+    const FolderConfiguration folder =
+        FolderManagerAccess::BuildFolderConfig(_manager, FolderConfiguration(), Entry(Folder, "/50%-off/r%C3%A9s/"));
+    EXPECT_EQ(folder.serverPath, Text("50%-off/r\xC3\xA9s"));
+    EXPECT_EQ(folder.localPath, Text("50%-off/r\xC3\xA9s"));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AnInvalidHrefGivesAFolderWithoutPaths) {
+    _folder.localPath = Text("/home/work");
+    for (const char* href : {"http://[bad/x", ""}) {
+        const FolderConfiguration folder =
+            FolderManagerAccess::BuildFolderConfig(_manager, _folder, Entry(Folder, href));
+        EXPECT_TRUE(folder.serverPath.isEmpty()) << href;
+        EXPECT_TRUE(folder.serverRootPath.isEmpty()) << href;
+        EXPECT_TRUE(folder.localPath.isEmpty()) << href;
+    }
+    EXPECT_EQ(FolderManagerAccess::BuildFolderConfig(_manager, _folder, Entry(Folder, "/")).localPath,
+              Text("/home/work"));
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, FoldersAndProjectsAreListedAndEveryOtherContainerIsIgnored) {
