@@ -117,8 +117,7 @@ void ExternalSyncConfigManager::_ParseConfigFromResponse() {
     }
     const QString text = WithoutDeclaration(responseText);
     QByteArray units(reinterpret_cast<const char*>(text.utf16()), text.size() * static_cast<int>(sizeof(QChar)));
-    XmlError error;
-    if (!IsSafeXml(units, error)) {
+    if (!IsSafeForQuery(units)) {
         units.clear();
     }
     QBuffer buffer(&units);
