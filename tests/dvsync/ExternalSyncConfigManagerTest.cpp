@@ -21,6 +21,7 @@
 #include "tests/dvsync/LogRecorder.h"
 #include "tests/fakes/ScriptedServer.h"
 #include "tests/fakes/SelfSignedCertificate.h"
+#include "tests/fakes/Soon.h"
 #include "tests/fakes/Text.h"
 
 namespace sync {
@@ -82,15 +83,11 @@ class FakeNetworkAccessManagerFactory : public sync::interf::factory::INetworkAc
 public:
     std::shared_ptr<QNetworkAccessManager> CreateNetworkAccessManager() override {
         auto manager = make ? make() : std::make_shared<QNetworkAccessManager>();
-        if (manager) {
-            manager->setTransferTimeout(transferTimeout);
-        }
         made.push_back(manager);
         return manager;
     }
 
     std::function<std::shared_ptr<QNetworkAccessManager>()> make;
-    int transferTimeout = 0;
     std::vector<std::weak_ptr<QNetworkAccessManager>> made;
 };
 
@@ -104,6 +101,16 @@ ScriptedServer::Step AnswerOf(const QByteArray& body, const char* statusLine = "
     return ScriptedServer::Answer(QByteArray(statusLine) + "\r\nContent-Type: text/xml\r\nContent-Length: " +
                                   QByteArray::number(body.size()) + "\r\n\r\n" + body);
 }
+
+/// Waits for no reply longer than a moment.
+class ImpatientManager : public QNetworkAccessManager {
+protected:
+    QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request, QIODevice* body) override {
+        QNetworkReply* const reply = QNetworkAccessManager::createRequest(operation, request, body);
+        QTimer::singleShot(100, reply, SLOT(abort()));
+        return reply;
+    }
+};
 
 class ExternalSyncConfigManagerTest : public testing::Test {
 protected:
@@ -256,7 +263,7 @@ TEST_F(ExternalSyncConfigManagerTest, AConnectionThatIsResetGivesTheDefaults) {
 }
 
 TEST_F(ExternalSyncConfigManagerTest, ASilentServerIsWaitedForAsLongAsTheManagerOfTheHostDoes) {
-    _factory->transferTimeout = 100;
+    _factory->make = [] { return std::make_shared<ImpatientManager>(); };
     ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Stall)});
     ExpectDefaults(FetchFrom(server));
     ExpectNetworkError(QNetworkReply::OperationCanceledError);
@@ -478,7 +485,7 @@ protected:
 
 TEST_F(ExternalSyncConfigManagerTest, TheEventLoopIsLeftWhenAnExceptionPasses) {
     ThrowingReply reply;
-    QTimer::singleShot(0, [&] { EXPECT_THROW(ConfigAccess::ReplyFinished(_manager, &reply), std::runtime_error); });
+    const tests::Soon soon([&] { EXPECT_THROW(ConfigAccess::ReplyFinished(_manager, &reply), std::runtime_error); });
     EXPECT_EQ(ConfigAccess::RunEventLoop(_manager), 0);
 }
 
