@@ -5,6 +5,7 @@
 
 #include "client/cli/Complaint.h"
 #include "client/cli/ProgressLine.h"
+#include "client/http/EnumTable.h"
 
 namespace ovsync {
 namespace cli {
@@ -26,7 +27,7 @@ struct KindText {
     const char* counted;
 };
 
-const KindText Texts[] = {
+constexpr KindText Texts[] = {
     {Kind::Fetched, "fetched", "fetched", "fetched"},
     {Kind::Updated, "updated", "updated", "updated"},
     {Kind::Deleted, "deleted", "deleted", "deleted here"},
@@ -41,6 +42,7 @@ const KindText Texts[] = {
     {Kind::Refused, "refused", "refused", "refused"},
     {Kind::Failed, "failed", "failed", "failed"},
 };
+static_assert(http::HasRowOfEach(Texts, &KindText::kind, Kind::Failed), "A kind is the index of its texts.");
 
 const KindText& TextOf(Kind kind) {
     return Texts[static_cast<size_t>(kind)];
