@@ -39,7 +39,6 @@ public:
     void ForgetCopies();
 
 private:
-    bool _IsAffected(const RemoteTree& remote, const QString& path) const;
     void _FindGoneFile(const QString& path, const RemoteTree& remote, const LocalSnapshot& snapshot, Gone& gone);
     void _MakeFolders(const RemoteTree& remote, LocalSnapshot& snapshot);
     bool _MakeFolder(const QString& path, LocalSnapshot& snapshot);
