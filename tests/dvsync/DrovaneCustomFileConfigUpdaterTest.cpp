@@ -318,7 +318,7 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, AVersionThatIsAbsentOrNoNumberCountsA
     EXPECT_EQ(_file.customProperties.value(Text("version")), Text("1"));
     EXPECT_EQ(VersionAfterUpload("abc"), Text("1"));
     EXPECT_EQ(VersionAfterUpload("0x10"), Text("1"));
-    EXPECT_EQ(VersionAfterUpload("99999999999"), Text("1"));
+    EXPECT_EQ(VersionAfterUpload("2147483648"), Text("1"));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, TheVersionIdIsTakenOverAndCreatedWhenMissing) {
