@@ -15,7 +15,7 @@ QString PercentDecoded(const QString& text);
 std::optional<QString> PathOfHref(const QString& href);
 
 /// `path` without one leading '/'. Thread-safe.
-QString WithoutLeadingSlash(const QString& path);
+[[nodiscard]] QString WithoutLeadingSlash(const QString& path);
 
 }  // namespace dvsync
 }  // namespace dv

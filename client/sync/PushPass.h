@@ -13,7 +13,7 @@ public:
     explicit PushPass(PassContext& context) : _context(context) {}
 
     /// Throws as PullPass::Run does.
-    SyncOutcome Run();
+    [[nodiscard]] SyncOutcome Run();
 
 private:
     void _Push();

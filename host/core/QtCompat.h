@@ -48,7 +48,7 @@ inline QStringList SplitSkippingEmptyParts(const QString& text, const QRegExp& s
 
 /// Starts the program that `commandLine` names, with the arguments in it, as a process that outlives this one, and
 /// returns whether it started. Quotes hold together what has blanks in it.
-inline bool StartDetached(const QString& commandLine) {
+[[nodiscard]] inline bool StartDetached(const QString& commandLine) {
 #if QT_VERSION >= QT_VERSION_CHECK(5, 15, 0)
     QStringList arguments = QProcess::splitCommand(commandLine);
     return !arguments.isEmpty() && QProcess::startDetached(arguments.takeFirst(), arguments);
