@@ -22,9 +22,10 @@ public:
 
     /// Asks the service, through a remote file manager made for the folder's server key, what it holds as the file, and
     /// writes that into `file`: its identity, the version after the one that the service names, and the size of
-    /// `uploaded`. Links without a target get the item ids of the local records that they lead to; whether the files
-    /// exist is not looked at. Throws SyncException when the service knows no such file; `file` is unchanged then, and
-    /// after whatever the lookup throws.
+    /// `uploaded`. A version that is absent, no number or too great for an int counts as 0, so that 2147483648 follows
+    /// 2147483647, and 1 follows that. Links without a target get the item ids of the local records that they lead to;
+    /// whether the files exist is not looked at. Throws SyncException when the service knows no such file; `file` is
+    /// unchanged then, and after whatever the lookup throws.
     void UpdateCustomFileConfigAfterUpload(const config::FolderConfiguration& folder, config::FileConfiguration& file,
                                            const QFileInfo& uploaded) override;
 

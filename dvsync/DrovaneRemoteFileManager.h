@@ -19,9 +19,10 @@ namespace sync {
 namespace dv {
 namespace dvsync {
 
-/// The files of one Drovane server account. Every operation sends one PROPFIND, on the caller's thread, and blocks
-/// until it is answered; nothing is kept between operations and nothing is retried or logged. Keeps its collaborators
-/// for its whole life. Whatever a collaborator throws passes through. Not thread-safe.
+/// The files of one Drovane server account. A listing and a lookup send one PROPFIND each, on the caller's thread, and
+/// block until it is answered; ShouldDownloadFile sends nothing, and looks at the local disk. Nothing is kept between
+/// operations and nothing is retried or logged. Keeps its collaborators for its whole life. Whatever a collaborator
+/// throws passes through. Not thread-safe.
 class DVSYNC_EXPORT DrovaneRemoteFileManager : public interf::IRemoteFileManager {
     Q_OBJECT
 
@@ -43,8 +44,9 @@ public:
     int GetNameSortedFilesByFolder(config::FolderConfiguration& folder,
                                    std::shared_ptr<QVector<config::FileConfiguration>>& files) override;
 
-    /// A record in sync mode 2 goes by the file on disk and the state code, every other by version and size. A `local`
-    /// without a version gains an empty one.
+    /// A record in sync mode 2 goes by the file on disk and the state code: a file that is newer than its record, and
+    /// the states 2 and 4, are not downloaded. Every other record goes by version and size; a `local` without a version
+    /// gains an empty one then.
     bool ShouldDownloadFile(const config::FileConfiguration& remote, config::FileConfiguration& local) override;
 
     /// The record of what the answer holds first, whatever its class type, or a default record. `name` is appended to

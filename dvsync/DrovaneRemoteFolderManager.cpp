@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QUrl>
 #include <initializer_list>
+#include <optional>
 #include <utility>
 
 #include "dvsync/Exclusion.h"
@@ -169,7 +170,8 @@ SyncResults DrovaneRemoteFolderManager::MoveFolder(const FolderConfiguration& fr
     const int status = request->GetStatusCode();
     if (status >= BadRequestStatus || (status == 0 && lastRequestState == IHttpRequest::StateFailed)) {
         throw HttpException(Filled("MoveFolder failed. From Url: %0 To Url: %1. Error code: %2.",
-                                   ValueOf(source).path(), ValueOf(destination).path(), QString::number(status)),
+                                   core::compat::DecodedPath(ValueOf(source)),
+                                   core::compat::DecodedPath(ValueOf(destination)), QString::number(status)),
                             status, QUrl());
     }
     return ResultsOf(SyncResults::FolderMoved);
@@ -310,7 +312,7 @@ int DrovaneRemoteFolderManager::GetFolderSize(const QString& path, int folderSer
     QSet<QString> formPaths;
     for (auto entry = result->fileResponses.constBegin(); entry != result->fileResponses.constEnd(); ++entry) {
         const DAVPropfindResponse& response = entry.value();
-        const QString entryPath = PathOfHref(response.getHref()).mid(1);
+        const QString entryPath = PathOfHref(response.getHref()).value_or(QString()).mid(1);
         if (IsFormClassType(response)) {
             formPaths.insert(entryPath);
             continue;
@@ -329,7 +331,7 @@ int DrovaneRemoteFolderManager::GetFolderSize(const QString& path, int folderSer
         if (!IsFolderClassType(entry.value())) {
             continue;
         }
-        const QString entryPath = PathOfHref(entry.value().getHref()).mid(1);
+        const QString entryPath = PathOfHref(entry.value().getHref()).value_or(QString()).mid(1);
         if (!IsFolderPathExcluded(folderFilter, entryPath)) {
             subFolders.append(entryPath);
         }
@@ -540,13 +542,16 @@ FolderConfiguration DrovaneRemoteFolderManager::_BuildFolderConfigFromFindRespon
     folder.name = response.getFilename();
     folder.lastModifiedDate = response.getLastModifiedDate();
     folder.resourceId = QString::number(response.resourceId);
-    folder.serverPath = WithoutLeadingSlash(PathOfHref(response.getHref()));
-    if (folder.serverPath.endsWith(QLatin1Char('/'))) {
-        folder.serverPath.chop(1);
+    // A record of nothing must not name the parent.
+    if (const std::optional<QString> path = PathOfHref(response.getHref())) {
+        folder.serverPath = WithoutLeadingSlash(*path);
+        if (folder.serverPath.endsWith(QLatin1Char('/'))) {
+            folder.serverPath.chop(1);
+        }
+        folder.serverRootPath = folder.serverPath;
+        folder.localPath = folder.serverRootPath;
+        folder.localPath.replace(0, parent.serverRootPath.size(), parent.localPath);
     }
-    folder.serverRootPath = folder.serverPath;
-    folder.localPath = folder.serverRootPath;
-    folder.localPath.replace(0, parent.serverRootPath.size(), parent.localPath);
     folder.serverKey = parent.serverKey;
     folder.ownerId = response.getOwnerId();
     folder.setPrivileges(response.getPrivileges());

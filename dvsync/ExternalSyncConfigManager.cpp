@@ -18,6 +18,7 @@
 #include "dvsync/Log.h"
 #include "dvsync/XmlDocument.h"
 #include "host/core/Finally.h"
+#include "host/core/SyncException.h"
 
 namespace sync {
 namespace dv {
@@ -28,6 +29,14 @@ namespace {
 const int SmallestSyncFrequency = 15;
 
 #define CONFIG_LOG(level, text) DVSYNC_LOG(_logger, level, "ExternalSyncConfigManager", text)
+
+#define FAILURE_TEXT "Unable to retrieve sync configuration from remote server.  "
+
+void Require(bool condition, const char* complaint) {
+    if (!condition) {
+        throw core::SyncException(QLatin1String(complaint));
+    }
+}
 
 // A document that is not the expected one is no failure, and a query would complain on standard error.
 class SilentMessageHandler : public QAbstractMessageHandler {
@@ -76,33 +85,63 @@ ExternalSyncConfig ExternalSyncConfigManager::GetExternalSyncConfig() {
 
 void ExternalSyncConfigManager::_SslErrors(QNetworkReply* reply, const QList<QSslError>& errors) {
     Q_UNUSED(errors);
-    reply->ignoreSslErrors();
+    if (_IsAwaited(reply)) {
+        reply->ignoreSslErrors();
+    }
 }
 
 void ExternalSyncConfigManager::_ReplyFinished(QNetworkReply* reply) {
+    if (!_IsAwaited(reply)) {
+        return;
+    }
     const core::Finally exitEventLoop([this] { _ExitEventLoop(); });
-    if (reply->error() != QNetworkReply::NoError) {
-        CONFIG_LOG(log4cplus::ERROR_LOG_LEVEL, Filled("Unable to retrieve sync configuration from remote server.  "
-                                                      "QNetworkReply::NetworkError code: %0",
-                                                      QString::number(static_cast<int>(reply->error()))));
+    replyIsFinished = true;
+    QNetworkReply::NetworkError error = reply->error();
+    const QByteArray body = error == QNetworkReply::NoError ? reply->readAll() : QByteArray();
+    // Qt does not always notice that a connection ended early. It takes the length of a compressed body away.
+    if (error == QNetworkReply::NoError &&
+        body.size() < reply->header(QNetworkRequest::ContentLengthHeader).toLongLong()) {
+        error = QNetworkReply::RemoteHostClosedError;
+    }
+    if (error != QNetworkReply::NoError) {
+        CONFIG_LOG(log4cplus::ERROR_LOG_LEVEL, Filled(FAILURE_TEXT "QNetworkReply::NetworkError code: %0",
+                                                      QString::number(static_cast<int>(error))));
         return;
     }
     // Qt 4's conversion: Latin-1, up to the first NUL.
-    responseText = QString::fromLatin1(reply->readAll().constData());
+    responseText = QString::fromLatin1(body.constData());
+}
+
+bool ExternalSyncConfigManager::_IsAwaited(const QNetworkReply* reply) const {
+    return awaitedReply == nullptr || awaitedReply == reply;
 }
 
 ExternalSyncConfig ExternalSyncConfigManager::_GetExternalConfig() {
     config.Clear();
     responseText.clear();
+    replyIsFinished = false;
+    Require(http && networkAccessManagerFactory, FAILURE_TEXT "A collaborator is missing.");
     const std::shared_ptr<QNetworkAccessManager> manager = networkAccessManagerFactory->CreateNetworkAccessManager();
+    Require(manager != nullptr, FAILURE_TEXT "There is no network access manager.");
+    // The manager may be one that the host goes on using.
+    const core::Finally leaveManager([this, &manager] {
+        disconnect(manager.get(), nullptr, this, nullptr);
+        awaitedReply = nullptr;
+    });
     // Qt connects by these texts.
     // clang-format off
     connect(manager.get(), SIGNAL(sslErrors(QNetworkReply *, const QList<QSslError> &)),
             this, SLOT(_SslErrors(QNetworkReply *, const QList<QSslError> &)));
     connect(manager.get(), SIGNAL(finished(QNetworkReply*)), this, SLOT(_ReplyFinished(QNetworkReply*)));
     // clang-format on
-    manager->get(QNetworkRequest(ValueOf(http->GetSyncConfigUrl())));
-    eventLoop.exec();
+    awaitedReply = manager->get(QNetworkRequest(ValueOf(http->GetSyncConfigUrl())));
+    if (!replyIsFinished && awaitedReply->isFinished()) {
+        _ReplyFinished(awaitedReply);
+    }
+    if (!replyIsFinished) {
+        eventLoop.exec();
+    }
+    Require(replyIsFinished, FAILURE_TEXT "The event loop was left before the answer came.");
     _ParseConfigFromResponse();
     return config;
 }
@@ -117,8 +156,7 @@ void ExternalSyncConfigManager::_ParseConfigFromResponse() {
     }
     const QString text = WithoutDeclaration(responseText);
     QByteArray units(reinterpret_cast<const char*>(text.utf16()), text.size() * static_cast<int>(sizeof(QChar)));
-    XmlError error;
-    if (!IsSafeXml(units, error)) {
+    if (!IsSafeForQuery(units)) {
         units.clear();
     }
     QBuffer buffer(&units);

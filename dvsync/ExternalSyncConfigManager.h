@@ -33,9 +33,11 @@ public:
                               std::shared_ptr<interf::factory::INetworkAccessManagerFactory> factory);
     ~ExternalSyncConfigManager() override;
 
-    /// Sends one GET through a network access manager made for it, and runs an event loop until that is answered,
-    /// however long it takes. Any certificate is accepted. A failure is logged and gives the defaults; it is never
-    /// thrown. From an answer that is no sync configuration, that declares a document type or that nests elements
+    /// Sends one GET through a network access manager asked for it, and runs an event loop until that is answered,
+    /// however long it takes. Any certificate is accepted for this request, and for no other that the manager has. A
+    /// failure is logged once and gives the defaults; it is never thrown. Failures are a collaborator or a manager that
+    /// is missing, whatever a collaborator throws, a body shorter than announced, and an application that quits before
+    /// the answer. From an answer that is no sync configuration, that declares a document type or that nests elements
     /// deeper than 100 come an empty version, an empty URL and the default frequency.
     ExternalSyncConfig GetExternalSyncConfig() override;
 
@@ -46,6 +48,7 @@ private:
     Q_SLOT void _SslErrors(QNetworkReply* reply, const QList<QSslError>& errors);
     Q_SLOT void _ReplyFinished(QNetworkReply* reply);
 
+    bool _IsAwaited(const QNetworkReply* reply) const;
     ExternalSyncConfig _GetExternalConfig();
     void _ExitEventLoop();
     void _ParseConfigFromResponse();
@@ -59,6 +62,9 @@ private:
     QString responseText;
     std::shared_ptr<interf::dv::IDrovaneHttp> http;
     std::shared_ptr<interf::factory::INetworkAccessManagerFactory> networkAccessManagerFactory;
+    // Of the fetch that runs, once its request is sent: before, only its own reply can be heard of.
+    QNetworkReply* awaitedReply = nullptr;
+    bool replyIsFinished = false;
 };
 
 }  // namespace dvsync

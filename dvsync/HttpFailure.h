@@ -22,7 +22,8 @@ const int ServiceUnavailableStatus = 503;
 bool IsPropfindFailure(int status);
 
 /// `text` with %0 for `url` and %1 for `status`. `exceptionUrl` is what the exception itself carries.
-http::HttpException Failure(const char* text, const QUrl& url, int status, const QUrl& exceptionUrl = QUrl());
+[[nodiscard]] http::HttpException Failure(const char* text, const QUrl& url, int status,
+                                          const QUrl& exceptionUrl = QUrl());
 
 /// An empty URL where there is none.
 QUrl ValueOf(const std::shared_ptr<QUrl>& url);

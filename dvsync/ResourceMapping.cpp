@@ -1,5 +1,7 @@
 #include "dvsync/ResourceMapping.h"
 
+#include <optional>
+
 #include "dvsync/HrefPath.h"
 #include "host/core/QtCompat.h"
 
@@ -53,9 +55,12 @@ FileConfiguration BuildFileConfigFromFindResponse(const FolderConfiguration& fol
     FileConfiguration file;
     file.name = PercentDecoded(response.getFilename());
     file.attribute = response.attribute == '\0' ? texts.noAttribute : QString(QLatin1Char(response.attribute));
-    file.serverPath = WithoutLeadingSlash(PathOfHref(response.getHref()));
-    file.localPath = file.serverPath;
-    file.localPath.replace(0, folder.serverRootPath.size(), folder.localPath);
+    // A record of nothing must not name the folder.
+    if (const std::optional<QString> path = PathOfHref(response.getHref())) {
+        file.serverPath = WithoutLeadingSlash(*path);
+        file.localPath = file.serverPath;
+        file.localPath.replace(0, folder.serverRootPath.size(), folder.localPath);
+    }
     file.customProperties.insert(texts.version,
                                  response.versionNumber == 0 ? texts.zero : QString::number(response.versionNumber));
     file.customProperties.insert(texts.versionId, response.getVersionId());

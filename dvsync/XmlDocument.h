@@ -4,6 +4,10 @@
 #include <QDomDocument>
 #include <QString>
 
+/// Documents that somebody else wrote. What is refused could grow without bound: elements deeper than 100, because a
+/// document's destruction recurses once per level, and declarations of a document type, because of their entities.
+/// Thread-safe.
+
 namespace sync {
 namespace dv {
 namespace dvsync {
@@ -15,14 +19,13 @@ struct XmlError {
     int column = 0;
 };
 
-/// False, with `error` filled in, for a body that is not well-formed, declares a document type (whose entities could
-/// grow without bound), or nests elements deeper than 100 (a document's destruction recurses once per level). Takes
-/// every prefix for declared. Thread-safe.
-bool IsSafeXml(const QByteArray& body, XmlError& error);
+/// Whether a query may read `body`: it is well-formed, nests no deeper than that and has no document type at all. Takes
+/// every prefix for declared.
+bool IsSafeForQuery(const QByteArray& body);
 
-/// Reads `body` into `document` with namespaces on. False, with `error` filled in, when it is not safe or uses a prefix
-/// that it does not declare. Thread-safe.
-bool ReadXmlDocument(const QByteArray& body, QDomDocument& document, XmlError& error);
+/// Reads `body` into `document` with namespaces on, as QDomDocument does: it takes much for well-formed that is not.
+/// False, with `error` filled in, when it refuses `body` or when this does.
+[[nodiscard]] bool ReadXmlDocument(const QByteArray& body, QDomDocument& document, XmlError& error);
 
 }  // namespace dvsync
 }  // namespace dv

@@ -65,7 +65,7 @@ public:
     std::string WorkPath();
 
     /// Makes a file at `path`.
-    std::unique_ptr<UploadFile> MakeFile(const std::string& path);
+    [[nodiscard]] std::unique_ptr<UploadFile> MakeFile(const std::string& path);
     /// Makes a folder at `path`.
     void MakeFolder(const std::string& path);
 

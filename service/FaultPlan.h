@@ -16,7 +16,7 @@ public:
 
     /// To be called once for every request, as they come. Each fault counts the requests with its method; of those
     /// whose turn it is, the first one is met.
-    std::optional<Fault> Next(const std::string& method);
+    [[nodiscard]] std::optional<Fault> Next(const std::string& method);
 
 private:
     struct Counted {

@@ -46,7 +46,7 @@ public:
     std::optional<std::pair<FileDescriptor, std::uint64_t>> OpenSyncConfiguration() const;
 
     /// A file to be filled and given to Put().
-    std::unique_ptr<UploadFile> NewUpload();
+    [[nodiscard]] std::unique_ptr<UploadFile> NewUpload();
 
     /// Makes the upload the content of `path`. Returns the resource and whether it is new.
     std::pair<Resource, bool> Put(const std::string& path, UploadFile& upload, const std::string& user,

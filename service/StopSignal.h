@@ -12,7 +12,7 @@ public:
     void Stop();
 
     /// Waits; returns true as soon as the server stops, false when the time is over.
-    bool WaitFor(std::chrono::milliseconds time);
+    [[nodiscard]] bool WaitFor(std::chrono::milliseconds time);
 
 private:
     std::mutex _mutex;

@@ -35,7 +35,7 @@ public:
     virtual ~IContentConnection() = default;
 
     /// None when there is no such file.
-    virtual std::optional<ContentVersion> Look(const QUrl& url) = 0;
+    [[nodiscard]] virtual std::optional<ContentVersion> Look(const QUrl& url) = 0;
 
     /// Returns when `sink` was given everything that the server announced. That it is the file's content and no error
     /// page that a server sends in its place is for the caller to check.
@@ -44,8 +44,8 @@ public:
     /// Sends exactly `size` bytes; `known` counts for UploadCondition::Unchanged only and must have a tag or a date
     /// there. Throws TransactionError also when `source` has fewer or more: then the server was given no whole content.
     /// After an error without an answer the server may have stored the content nonetheless.
-    virtual UploadOutcome Upload(const QUrl& url, wire::ContentSource& source, qint64 size, UploadCondition condition,
-                                 const ContentVersion& known) = 0;
+    [[nodiscard]] virtual UploadOutcome Upload(const QUrl& url, wire::ContentSource& source, qint64 size,
+                                               UploadCondition condition, const ContentVersion& known) = 0;
 
     /// Ends the operation under way, and each to come, with a TransactionError at once. May be called by any thread,
     /// any number of times.

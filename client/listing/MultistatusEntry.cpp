@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/wire/EnumTable.h"
 #include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 
@@ -19,23 +20,37 @@ const size_t ValueLimit = 64UL * 1024UL;
 const size_t EntryLimit = 1024UL * 1024UL;
 
 struct PropertyName {
+    MultistatusEntry::Property property;
     const char* text;
     size_t size;
 };
 
 template <size_t Size>
-constexpr PropertyName Name(const char (&text)[Size]) {
-    return {text, Size - 1};
+constexpr PropertyName Name(MultistatusEntry::Property property, const char (&text)[Size]) {
+    return {property, text, Size - 1};
 }
 
-/// In the order of Property.
-constexpr std::array<PropertyName, MultistatusEntry::PropertyCount> PropertyNames = {
-    Name("getcontentlength"),  Name("getlastmodified"), Name("creationdate"), Name("getetag"),
-    Name("resourceclasstype"), Name("resourceid"),      Name("parentid"),     Name("version"),
-    Name("versionid"),         Name("itemid"),          Name("ownerid"),      Name("privileges"),
-    Name("visibility"),        Name("checksummd5"),     Name("syncoption"),   Name("linksextractedat"),
-    Name("attribute"),
+constexpr PropertyName PropertyNames[] = {
+    Name(MultistatusEntry::ContentLength, "getcontentlength"),
+    Name(MultistatusEntry::LastModified, "getlastmodified"),
+    Name(MultistatusEntry::CreationDate, "creationdate"),
+    Name(MultistatusEntry::EntityTag, "getetag"),
+    Name(MultistatusEntry::ClassType, "resourceclasstype"),
+    Name(MultistatusEntry::ResourceId, "resourceid"),
+    Name(MultistatusEntry::ParentId, "parentid"),
+    Name(MultistatusEntry::Version, "version"),
+    Name(MultistatusEntry::VersionId, "versionid"),
+    Name(MultistatusEntry::ItemId, "itemid"),
+    Name(MultistatusEntry::OwnerId, "ownerid"),
+    Name(MultistatusEntry::Privileges, "privileges"),
+    Name(MultistatusEntry::Visibility, "visibility"),
+    Name(MultistatusEntry::CheckSumMd5, "checksummd5"),
+    Name(MultistatusEntry::SyncOption, "syncoption"),
+    Name(MultistatusEntry::LinksExtractedAt, "linksextractedat"),
+    Name(MultistatusEntry::Attribute, "attribute"),
 };
+static_assert(wire::HasRowOfEach(PropertyNames, &PropertyName::property, MultistatusEntry::Attribute),
+              "A property is the index of its name.");
 
 bool IsSuccess(int status) {
     return status >= 200 && status < 300;
@@ -54,9 +69,9 @@ int StatusOf(const ByteSlice& line) {
 }  // namespace
 
 MultistatusEntry::Property MultistatusEntry::PropertyNamed(const ByteSlice& localName) {
-    for (size_t i = 0; i < PropertyNames.size(); ++i) {
-        if (localName.Is(PropertyNames[i].text, PropertyNames[i].size)) {
-            return static_cast<Property>(i);
+    for (const PropertyName& name : PropertyNames) {
+        if (localName.Is(name.text, name.size)) {
+            return name.property;
         }
     }
     return PropertyCount;
@@ -74,7 +89,7 @@ bool MultistatusEntry::IsOfService(const ByteSlice& localName) {
         case EntityTag:
             return false;
         case PropertyCount: {
-            const PropertyName container = Name("syncproperties");
+            const PropertyName container = Name(PropertyCount, "syncproperties");
             return localName.Is(container.text, container.size);
         }
         default:

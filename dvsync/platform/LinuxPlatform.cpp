@@ -79,7 +79,7 @@ std::optional<std::u16string> ProcessName(std::uint32_t processId) {
 
 std::u16string ModuleFile(const std::u16string& moduleName) {
     ModuleQuery query;
-    query.libraryName = "lib" + QFile::encodeName(FromUtf16(moduleName)).toStdString() + ".so";
+    query.libraryName = ("lib" + QFile::encodeName(FromUtf16(moduleName)) + ".so").constData();
     dl_iterate_phdr(TakeModule, &query);
     return Decoded(query.fileName);
 }

@@ -36,6 +36,8 @@ public:
     QDateTime lastModifiedDate;
     /// In bytes. A listing gives sizes above 2147483647 as negative numbers.
     qint64 size = 0;
+    /// The client's own. 2 and 4 keep a file in sync mode 2 from being downloaded; no other value means anything to a
+    /// library.
     int stateCode = 0;
     /// The keys are "version", "versionId", "resourceId" and "visibility".
     QMap<QString, QString> customProperties;
@@ -45,6 +47,8 @@ public:
     QString itemId;
     QString versionId;
     QDateTime linksExtractedAtTime;
+    /// The client's own. With 2, the file on disk and stateCode say whether to download; with any other value, 4
+    /// included, versions and sizes do.
     int syncMode = 0;
     QList<FileLink> links;
 

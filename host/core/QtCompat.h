@@ -2,7 +2,6 @@
 
 #include "host/core/PosixSync.h"
 
-#include <QByteArray>
 #include <QProcess>
 #include <QRegExp>
 #include <QString>
@@ -16,10 +15,8 @@ namespace sync {
 namespace core {
 namespace compat {
 
-/// The path of a percent-encoded URL with every escape decoded; empty when the URL is not valid. `encoded` must not
-/// start with more than one '/': what follows would be taken for a host.
-inline QString DecodedPath(const QByteArray& encoded) {
-    const QUrl url = QUrl::fromEncoded(encoded);
+/// The path of `url` with every escape decoded; empty when the URL is not valid.
+inline QString DecodedPath(const QUrl& url) {
     if (!url.isValid()) {
         return QString();
     }
@@ -51,7 +48,7 @@ inline QStringList SplitSkippingEmptyParts(const QString& text, const QRegExp& s
 
 /// Starts the program that `commandLine` names, with the arguments in it, as a process that outlives this one, and
 /// returns whether it started. Quotes hold together what has blanks in it.
-inline bool StartDetached(const QString& commandLine) {
+[[nodiscard]] inline bool StartDetached(const QString& commandLine) {
 #if QT_VERSION >= QT_VERSION_CHECK(5, 15, 0)
     QStringList arguments = QProcess::splitCommand(commandLine);
     return !arguments.isEmpty() && QProcess::startDetached(arguments.takeFirst(), arguments);

@@ -12,7 +12,8 @@ namespace http {
 /// The properties of a resource that a DAVPropfindResponse gives out through its getters. What the answer did not hold
 /// is empty, or an invalid date. A plain value.
 struct DAVPropfindProperties {
-    /// Percent-encoded for a file, as it is for a collection.
+    /// Of a file with the escapes of its href, which a library decodes; of a collection decoded, because a library
+    /// takes that as it stands.
     QString filename;
     QString resourceClassType;
     QString versionId;

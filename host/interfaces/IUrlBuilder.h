@@ -23,9 +23,8 @@ public:
         FolderById = 10,
         /// The folder by its server path.
         FolderByPath = 11,
-        /// Where to create the folder: inside the folder with the id that stands in the place of the file name, or at
-        /// its
-        /// server path where that id is empty.
+        /// Where to create the folder: under its name in the folder whose id stands in the place of the file name, or,
+        /// where that id is empty, at its server path.
         FolderCreation = 12,
         /// Where to delete the folder.
         FolderDeletion = 13

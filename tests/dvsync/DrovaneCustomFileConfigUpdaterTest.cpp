@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "dvsync/ResourceMapping.h"
 #include "host/http/HttpException.h"
 #include "tests/fakes/Contract.h"
 #include "tests/fakes/InstalledConfiguration.h"
@@ -252,6 +253,12 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerIdOfTheFileReplacesThatOfThe
 
 // --- What an upload changes
 
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AnAnswerWhoseHrefIsNoUrlIsNoFile) {
+    _remote = sync::dv::dvsync::BuildFileConfigFromFindResponse(
+        _folder, sync::http::DAVPropfindResponse(Text("http://[bad/x"), sync::http::DAVPropfindProperties()));
+    EXPECT_THROW(Upload(), SyncException);
+}
+
 TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileThatTheServiceDoesNotKnowThrowsAndChangesNothing) {
     _remote = FileConfiguration();
     _remote.itemId = Text("new");
@@ -311,7 +318,7 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, AVersionThatIsAbsentOrNoNumberCountsA
     EXPECT_EQ(_file.customProperties.value(Text("version")), Text("1"));
     EXPECT_EQ(VersionAfterUpload("abc"), Text("1"));
     EXPECT_EQ(VersionAfterUpload("0x10"), Text("1"));
-    EXPECT_EQ(VersionAfterUpload("99999999999"), Text("1"));
+    EXPECT_EQ(VersionAfterUpload("2147483648"), Text("1"));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, TheVersionIdIsTakenOverAndCreatedWhenMissing) {

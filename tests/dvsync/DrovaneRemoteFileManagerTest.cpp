@@ -285,7 +285,7 @@ TEST_F(DrovaneRemoteFileManagerTest, ALookupWithoutAResultGivesADefaultRecord) {
 
 TEST_F(DrovaneRemoteFileManagerTest, ALookupWithNeitherASingleResponseNorEntriesGivesADefaultRecord) {
     const auto result = std::make_shared<DAVPropfindResult>();
-    result->collectionResponses.insert(Text("a"), ResultWithFiles({"a"})->fileResponses.first());
+    result->collectionResponses.insert(Text("a"), ResultWithFiles({"a"})->fileResponses.constBegin().value());
     AnswerWith(207, result);
     EXPECT_EQ(_manager.GetFileByName(_folder, Text("a")).serverId, -1);
 }
@@ -293,7 +293,7 @@ TEST_F(DrovaneRemoteFileManagerTest, ALookupWithNeitherASingleResponseNorEntries
 TEST_F(DrovaneRemoteFileManagerTest, ALookupPrefersTheSingleResponseToTheEntries) {
     const auto result = ResultWithFiles({"a"});
     result->isSingleResponse = true;
-    result->singleResponse = ResultWithFiles({"single"})->fileResponses.first();
+    result->singleResponse = ResultWithFiles({"single"})->fileResponses.constBegin().value();
     AnswerWith(207, result);
     EXPECT_EQ(_manager.GetFileByName(_folder, Text("a")).name, Text("single"));
 }

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDomDocument>
 #include <QMetaMethod>
 #include <QUrl>
 #include <algorithm>
@@ -733,15 +734,71 @@ TEST_F(CreateAnswerTest, WhatIsNotWellFormedIsAnErrorWithItsPlaceAndTheBody) {
     ExpectFailure("<Response>\n<Folders></Response>", "Error parsing response xml: ");
     EXPECT_THAT(_log.Records().back().text, HasSubstr("at line 2, column "));
     EXPECT_THAT(_log.Records().back().text, HasSubstr("body = <Response>\n<Folders></Response>"));
-    ExpectFailure("not xml", "Error parsing response xml: ");
-    ExpectFailure("<Response>\xFF\xFE</Response>", "Error parsing response xml: ");
+    ExpectFailure("<a>\n<b></a>", "Error parsing response xml: tag mismatch at line 2, column 7, body = <a>\n<b></a>");
 }
 
-TEST_F(CreateAnswerTest, EntityDeclarationsAreAnError) {
-    ExpectFailure(
-        "<!DOCTYPE a [<!ENTITY b \"cccccccccc\"><!ENTITY d \"&b;&b;&b;&b;&b;&b;&b;&b;\">]>"
-        "<Response><Folders><Folder><id>&d;</id></Folder></Folders></Response>",
-        "Error parsing response xml: a document type declaration is not accepted at line 1");
+TEST_F(CreateAnswerTest, WhatIsWrongAndWhereIsWhatTheParserOfTheDocumentSays) {
+    for (const char* body : {"<Response>\n<Folders></Response>", "not xml", "<a b='<'/>", "<a>\n\n &</a>", "<a/>x",
+                             "\n<?xml version='1.0'?><a/>", "<a><b>"}) {
+        QDomDocument document;
+        QString message;
+        int line = 0;
+        int column = 0;
+        EXPECT_FALSE(document.setContent(QByteArray(body), true, &message, &line, &column)) << body;
+        const QString place = Text("%1 at line %2, column %3, body = ");
+        ExpectFailure(body, "Error parsing response xml: " + place.arg(message).arg(line).arg(column).toStdString());
+    }
+}
+
+TEST_F(CreateAnswerTest, WhatTheParserOfTheDocumentReadsIsRead) {
+    const QByteArray begin = "<Response><Folders><Folder><id>";
+    const QByteArray end = "</id></Folder></Folders></Response>";
+    const QByteArray whole = begin + "new" + end;
+    for (const QByteArray& body :
+         {QByteArray("<?xml version=\"1.0\" encoding=\"unheard-of\"?>") + whole,
+          QByteArray("<?xml version=\"1.1\"?>") + whole, QByteArray("<!DOCTYPE Response>") + whole,
+          QByteArray("<!DOCTYPE Response SYSTEM \"http://127.0.0.1:1/response.dtd\">") + whole,
+          QByteArray("<!DOCTYPE Response []>") + whole, QByteArray("<Response a=\"1\" a=\"2\">") + whole.mid(10),
+          begin + "new" + QByteArray("</id><p:q/></Folder></Folders></Response>"), begin + "n&unheard-of;ew" + end}) {
+        _folder.setServerFolderId(QString());
+        EXPECT_TRUE(Update(body)) << body.constData();
+        EXPECT_EQ(_folder.getServerFolderId(), Text("new")) << body.constData();
+    }
+    EXPECT_TRUE(Update(begin + "a\x01" + "b" + end));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("a\x01"
+                                                "b"));
+    EXPECT_TRUE(Update(begin + "a\xFF" + "b" + end));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("a\xEF\xBF\xBD"
+                                                "b"));
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(CreateAnswerTest, DeclarationsOfADocumentTypeAreAnError) {
+    for (const char* declaration : {"<!ENTITY b \"cccccccccc\"><!ENTITY d \"&b;&b;&b;&b;&b;&b;&b;&b;\">",
+                                    "<!ENTITY d SYSTEM \"file:///etc/hostname\">", "<!ENTITY % d \"x\">",
+                                    "<!ENTITY % d SYSTEM \"file:///etc/hostname\"> %d;", "<!ATTLIST id d CDATA \"x\">",
+                                    "<!NOTATION d SYSTEM \"d\">", "<!ENTITY d SYSTEM \"d\" NDATA x>"}) {
+        ExpectFailure(QByteArray("<!DOCTYPE a [") + declaration +
+                          "]><Response><Folders><Folder><id>&d;</id></Folder></Folders></Response>",
+                      "Error parsing response xml: declarations of a document type are not accepted at line 1");
+    }
+}
+
+TEST_F(CreateAnswerTest, NestingIsReadToItsLimit) {
+    const auto nested = [](int depth) {
+        return QByteArray("<Response><Folders><Folder>") + QByteArray("<id>").repeated(depth - 3) + "new" +
+               QByteArray("</id>").repeated(depth - 3) + "</Folder></Folders></Response>";
+    };
+    EXPECT_TRUE(Update(nested(100)));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("new"));
+    _folder.setServerFolderId(Text("id-A"));
+    _folder.accessMask = 5;
+    ExpectFailure(nested(101), "Error parsing response xml: elements are nested too deeply at line 1");
+}
+
+TEST_F(CreateAnswerTest, NestingAfterWhatAnotherParserRefusesIsAnError) {
+    ExpectFailure("<?xml version=\"1.1\"?><a b='1' b='2'>\xFF&x;\x01" + QByteArray("<a>").repeated(1000000),
+                  "Error parsing response xml: elements are nested too deeply at line 1");
 }
 
 TEST_F(CreateAnswerTest, NestingWithoutEndIsAnError) {
@@ -835,6 +892,19 @@ TEST_F(DrovaneRemoteFolderManagerTest, AMoveGoesFromServerPathToServerPathAndIsT
     EXPECT_EQ(_log.Records()[0].text, "Move: http://service.test/Projects/A to http://service.test/Projects/B\r\n");
 }
 
+TEST_F(DrovaneRemoteFolderManagerTest, TheFailureOfAMoveNamesDecodedPathsAndNoneOfAnInvalidUrl) {
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, _))
+        .WillOnce(Return(std::make_shared<QUrl>(QUrl::fromEncoded("http://service.test/a%20b%25%EF%BF%BF"))))
+        .WillOnce(Return(std::make_shared<QUrl>(QUrl::fromEncoded("http://[bad/x"))));
+    AnswerWith(403);
+    try {
+        _manager.MoveFolder(_folder, _folder);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(), Text("MoveFolder failed. From Url: /a b%\xEF\xBF\xBF To Url: . Error code: 403."));
+    }
+}
+
 TEST_F(DrovaneRemoteFolderManagerTest, NothingIsLoggedBelowTheLevelOfTheLogger) {
     const tests::LogRecorder quiet(LOG4CPLUS_TEXT("DrovaneSyncSupport"), log4cplus::INFO_LOG_LEVEL);
     AnswerWith(201);
@@ -890,7 +960,26 @@ TEST_F(DrovaneRemoteFolderManagerTest, OneSlashIsRemovedAtEitherEndOfAFoldersPat
     EXPECT_EQ(pathOf("/Projects/A"), Text("Projects/A"));
     EXPECT_EQ(pathOf("//x//"), Text("/x/"));
     EXPECT_EQ(pathOf("/"), Text(""));
-    EXPECT_EQ(pathOf("http://[bad/x"), Text(""));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, APercentThatIsNoEscapeStandsForItselfInAFoldersPath) {
+    const FolderConfiguration folder =
+        FolderManagerAccess::BuildFolderConfig(_manager, FolderConfiguration(), Entry(Folder, "/50%-off/r%C3%A9s/"));
+    EXPECT_EQ(folder.serverPath, Text("50%-off/r\xC3\xA9s"));
+    EXPECT_EQ(folder.localPath, Text("50%-off/r\xC3\xA9s"));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AnInvalidHrefGivesAFolderWithoutPaths) {
+    _folder.localPath = Text("/home/work");
+    for (const char* href : {"http://[bad/x", ""}) {
+        const FolderConfiguration folder =
+            FolderManagerAccess::BuildFolderConfig(_manager, _folder, Entry(Folder, href));
+        EXPECT_TRUE(folder.serverPath.isEmpty()) << href;
+        EXPECT_TRUE(folder.serverRootPath.isEmpty()) << href;
+        EXPECT_TRUE(folder.localPath.isEmpty()) << href;
+    }
+    EXPECT_EQ(FolderManagerAccess::BuildFolderConfig(_manager, _folder, Entry(Folder, "/")).localPath,
+              Text("/home/work"));
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, FoldersAndProjectsAreListedAndEveryOtherContainerIsIgnored) {

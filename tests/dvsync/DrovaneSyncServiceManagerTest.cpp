@@ -6,9 +6,12 @@
 #include <cstring>
 #include <type_traits>
 
+#include "tests/fakes/Text.h"
+
 namespace {
 
 using sync::dv::dvsync::DrovaneSyncServiceManager;
+using tests::Text;
 
 // As a client derives it.
 class ClientSyncConfiguration : public DrovaneSyncServiceManager {
@@ -46,7 +49,7 @@ TEST_F(DrovaneSyncServiceManagerTest, AnswersFixedValues) {
 }
 
 TEST_F(DrovaneSyncServiceManagerTest, EveryFileMayBeTransferredAsADifference) {
-    EXPECT_TRUE(manager.IsIncrementalSyncEnabledForFile(QStringLiteral("/home/a/b.txt")));
+    EXPECT_TRUE(manager.IsIncrementalSyncEnabledForFile(Text("/home/a/b.txt")));
     EXPECT_TRUE(manager.IsIncrementalSyncEnabledForFile(QString()));
 }
 

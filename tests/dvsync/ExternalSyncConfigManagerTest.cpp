@@ -21,6 +21,7 @@
 #include "tests/dvsync/LogRecorder.h"
 #include "tests/fakes/ScriptedServer.h"
 #include "tests/fakes/SelfSignedCertificate.h"
+#include "tests/fakes/Soon.h"
 #include "tests/fakes/Text.h"
 
 namespace sync {
@@ -81,13 +82,12 @@ public:
 class FakeNetworkAccessManagerFactory : public sync::interf::factory::INetworkAccessManagerFactory {
 public:
     std::shared_ptr<QNetworkAccessManager> CreateNetworkAccessManager() override {
-        auto manager = std::make_shared<QNetworkAccessManager>();
-        manager->setTransferTimeout(transferTimeout);
+        auto manager = make ? make() : std::make_shared<QNetworkAccessManager>();
         made.push_back(manager);
         return manager;
     }
 
-    int transferTimeout = 0;
+    std::function<std::shared_ptr<QNetworkAccessManager>()> make;
     std::vector<std::weak_ptr<QNetworkAccessManager>> made;
 };
 
@@ -101,6 +101,16 @@ ScriptedServer::Step AnswerOf(const QByteArray& body, const char* statusLine = "
     return ScriptedServer::Answer(QByteArray(statusLine) + "\r\nContent-Type: text/xml\r\nContent-Length: " +
                                   QByteArray::number(body.size()) + "\r\n\r\n" + body);
 }
+
+/// Waits for no reply longer than a moment.
+class ImpatientManager : public QNetworkAccessManager {
+protected:
+    QNetworkReply* createRequest(Operation operation, const QNetworkRequest& request, QIODevice* body) override {
+        QNetworkReply* const reply = QNetworkAccessManager::createRequest(operation, request, body);
+        QTimer::singleShot(100, reply, SLOT(abort()));
+        return reply;
+    }
+};
 
 class ExternalSyncConfigManagerTest : public testing::Test {
 protected:
@@ -253,7 +263,7 @@ TEST_F(ExternalSyncConfigManagerTest, AConnectionThatIsResetGivesTheDefaults) {
 }
 
 TEST_F(ExternalSyncConfigManagerTest, ASilentServerIsWaitedForAsLongAsTheManagerOfTheHostDoes) {
-    _factory->transferTimeout = 100;
+    _factory->make = [] { return std::make_shared<ImpatientManager>(); };
     ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Stall)});
     ExpectDefaults(FetchFrom(server));
     ExpectNetworkError(QNetworkReply::OperationCanceledError);
@@ -298,6 +308,171 @@ TEST_F(ExternalSyncConfigManagerTest, WhateverACollaboratorThrowsGivesTheDefault
     ExpectOneError("Caught unknown, unexpected exception.  Swallowing exception.");
 }
 
+// --- What a host may do
+
+/// A reply that is over from the beginning.
+class FinishedReply : public QNetworkReply {
+public:
+    FinishedReply(const QByteArray& body, int announcedLength) : _body(body) {
+        setHeader(QNetworkRequest::ContentLengthHeader, announcedLength);
+        open(QIODevice::ReadOnly | QIODevice::Unbuffered);
+        setFinished(true);
+    }
+    void abort() override {}
+    qint64 bytesAvailable() const override { return _body.size() + QNetworkReply::bytesAvailable(); }
+
+protected:
+    qint64 readData(char* data, qint64 size) override {
+        const int count = static_cast<int>(std::min<qint64>(size, _body.size()));
+        std::copy_n(_body.constData(), count, data);
+        _body.remove(0, count);
+        return count;
+    }
+
+private:
+    QByteArray _body;
+};
+
+enum class Telling { BeforeTheReplyIsThere, Never };
+
+/// Gives out one reply, which is over before anybody waits for it.
+class HastyManager : public QNetworkAccessManager {
+public:
+    HastyManager(QNetworkReply* reply, Telling telling) : _reply(reply), _telling(telling) { _reply->setParent(this); }
+
+protected:
+    QNetworkReply* createRequest(Operation, const QNetworkRequest&, QIODevice*) override {
+        if (_telling == Telling::BeforeTheReplyIsThere) {
+            Q_EMIT finished(_reply);
+        }
+        return _reply;
+    }
+
+private:
+    QNetworkReply* _reply;
+    Telling _telling;
+};
+
+class ObservableManager : public QNetworkAccessManager {
+public:
+    int ObserverCount() const {
+        return receivers(SIGNAL(finished(QNetworkReply*))) +
+               receivers(SIGNAL(sslErrors(QNetworkReply*, QList<QSslError>)));
+    }
+};
+
+class OddHostTest : public ExternalSyncConfigManagerTest {
+protected:
+    ExternalSyncConfig FetchHastily(const QByteArray& body, int announcedLength, Telling telling) {
+        _factory->make = [=] {
+            return std::make_shared<HastyManager>(new FinishedReply(body, announcedLength), telling);
+        };
+        return Fetch(QUrl(Text("http://service.test/")));
+    }
+
+    void ShareOneManager() {
+        _factory->make = [this] { return _shared; };
+    }
+
+    /// The error with which a request of the host itself ends.
+    static QNetworkReply::NetworkError ErrorOf(QNetworkReply* reply) {
+        if (!reply->isFinished()) {
+            QEventLoop loop;
+            QObject::connect(reply, SIGNAL(finished()), &loop, SLOT(quit()));
+            loop.exec();
+        }
+        return reply->error();
+    }
+
+    const std::shared_ptr<ObservableManager> _shared = std::make_shared<ObservableManager>();
+};
+
+TEST_F(OddHostTest, AFactoryMayHandOutOneManagerAgainAndAgain) {
+    ShareOneManager();
+    ScriptedServer server({AnswerOf(Document("whole.xml")), AnswerOf(Document("frequency-15.xml"))});
+    const QUrl url = server.Url(Text("/"));
+    ExpectWhole(Fetch(url));
+    EXPECT_EQ(_shared->ObserverCount(), 0);
+    EXPECT_EQ(Fetch(url).syncFrequency, 15);
+    EXPECT_EQ(_shared->ObserverCount(), 0);
+}
+
+TEST_F(OddHostTest, AFailureLeavesASharedManagerAloneToo) {
+    ShareOneManager();
+    _http->onAsked = [] { throw 1; };
+    ExpectDefaults(Fetch(QUrl()));
+    EXPECT_EQ(_shared->ObserverCount(), 0);
+}
+
+TEST_F(OddHostTest, TheHostsOwnRequestsAfterAFetchAcceptNoUnknownCertificate) {
+    ShareOneManager();
+    const tests::SelfSignedCertificate certificate;
+    ScriptedServer server({AnswerOf(Document("whole.xml"))}, certificate.Files());
+    ExpectWhole(FetchFrom(server));
+    ScriptedServer other({AnswerOf("secret")}, certificate.Files());
+    QNetworkReply* const own = _shared->get(QNetworkRequest(other.Url(Text("/"))));
+    EXPECT_EQ(ErrorOf(own), QNetworkReply::SslHandshakeFailedError);
+}
+
+TEST_F(OddHostTest, TheHostsOwnRequestsDuringAFetchAreNoneOfItsBusiness) {
+    ShareOneManager();
+    const tests::SelfSignedCertificate certificate;
+    ScriptedServer other({AnswerOf("secret")}, certificate.Files());
+    ScriptedServer::Step slow = AnswerOf(Document("whole.xml"));
+    slow.millisecondsPerByte = 1;
+    ScriptedServer server({slow}, certificate.Files());
+    QNetworkReply* own = nullptr;
+    _http->onAsked = [&] { own = _shared->get(QNetworkRequest(other.Url(Text("/")))); };
+    ExpectWhole(FetchFrom(server));
+    EXPECT_EQ(ErrorOf(own), QNetworkReply::SslHandshakeFailedError);
+    EXPECT_EQ(_log.Records().size(), 3U);
+}
+
+TEST_F(OddHostTest, WhatIsMissingGivesTheDefaultsAndOneError) {
+    ExternalSyncConfigManager withoutHttp(nullptr, _factory);
+    ExpectDefaults(withoutHttp.GetExternalSyncConfig());
+    ASSERT_EQ(_log.Records().size(), 1U);
+    ExternalSyncConfigManager withoutFactory(_http, nullptr);
+    ExpectDefaults(withoutFactory.GetExternalSyncConfig());
+    ASSERT_EQ(_log.Records().size(), 2U);
+    _factory->make = [] { return nullptr; };
+    ExpectDefaults(_manager.GetExternalSyncConfig());
+    ASSERT_EQ(_log.Records().size(), 3U);
+    for (const LogRecord& record : _log.Records()) {
+        EXPECT_EQ(record.level, ErrorLevel);
+        EXPECT_THAT(record.text, testing::StartsWith("Unable to retrieve sync configuration from remote server.  "));
+    }
+}
+
+TEST_F(OddHostTest, AnApplicationThatQuitsDuringAFetchGetsTheDefaults) {
+    ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Stall)});
+    QTimer::singleShot(0, &_application, SLOT(quit()));
+    ExpectDefaults(Fetch(server.Url(Text("/"))));
+    ExpectOneError(
+        "Unable to retrieve sync configuration from remote server.  The event loop was left before the answer came.");
+}
+
+TEST_F(OddHostTest, AReplyThatIsOverBeforeItIsWaitedForIsReadOnce) {
+    const QByteArray whole = Document("whole.xml");
+    for (const Telling telling : {Telling::BeforeTheReplyIsThere, Telling::Never}) {
+        ExpectWhole(FetchHastily(whole, whole.size(), telling));
+    }
+    ExpectWhole(Fetch(QUrl::fromEncoded("data:text/xml," + whole.toPercentEncoding())));
+}
+
+TEST_F(OddHostTest, ABodyShorterThanAnnouncedIsAFailureWhateverTheReplySays) {
+    const QByteArray whole = Document("whole.xml");
+    ExpectDefaults(FetchHastily(whole, whole.size() + 1, Telling::BeforeTheReplyIsThere));
+    ExpectNetworkError(QNetworkReply::RemoteHostClosedError);
+}
+
+TEST_F(OddHostTest, ABodyIsNotComparedWithTheLengthOfItsCompressedForm) {
+    const QByteArray compressed = qCompress("<SyncConfig/>").mid(4);
+    ScriptedServer server({ScriptedServer::Answer("HTTP/1.1 200 OK\r\nContent-Encoding: deflate\r\nContent-Length: " +
+                                                  QByteArray::number(compressed.size()) + "\r\n\r\n" + compressed)});
+    EXPECT_EQ(FetchFrom(server).mostCurrentVersion, Text(""));
+}
+
 /// A reply that fails when it is read.
 class ThrowingReply : public QNetworkReply {
 public:
@@ -310,7 +485,7 @@ protected:
 
 TEST_F(ExternalSyncConfigManagerTest, TheEventLoopIsLeftWhenAnExceptionPasses) {
     ThrowingReply reply;
-    QTimer::singleShot(0, [&] { EXPECT_THROW(ConfigAccess::ReplyFinished(_manager, &reply), std::runtime_error); });
+    const tests::Soon soon([&] { EXPECT_THROW(ConfigAccess::ReplyFinished(_manager, &reply), std::runtime_error); });
     EXPECT_EQ(ConfigAccess::RunEventLoop(_manager), 0);
 }
 

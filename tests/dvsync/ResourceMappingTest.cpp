@@ -5,7 +5,6 @@
 
 #include <QDateTime>
 
-#include "host/core/QtCompat.h"
 #include "tests/fakes/Text.h"
 
 namespace {
@@ -150,6 +149,20 @@ TEST(BuildFileConfigFromFindResponseTest, TheFileNameIsDecodedAsUtf8) {
     EXPECT_EQ(FileWith(properties).name, Text("100%.txt"));
     properties.filename = Text("a+b.txt");
     EXPECT_EQ(FileWith(properties).name, Text("a+b.txt"));
+    properties.filename = Text("\xC3\xA9%C3%A9%");
+    EXPECT_EQ(FileWith(properties).name, Text("\xC3\xA9\xC3\xA9%"));
+}
+
+TEST(BuildFileConfigFromFindResponseTest, ANameWithoutEscapesGoesThroughUtf8LikeOneWithThem) {
+    const QString halfACharacter = QString(QChar(0xD83D));
+    const QString mark = QString(QChar(QChar::ByteOrderMark));
+    for (const QString& text : {halfACharacter, mark, mark + Text("x"), Text("\xC3\xA9"), Text("x")}) {
+        DAVPropfindProperties escaped;
+        escaped.filename = text + Text("%61");
+        DAVPropfindProperties plain;
+        plain.filename = text + Text("a");
+        EXPECT_EQ(FileWith(plain).name, FileWith(escaped).name) << text.toStdString();
+    }
 }
 
 TEST(BuildFileConfigFromFindResponseTest, OneLeadingSlashIsRemovedFromThePath) {
@@ -179,17 +192,55 @@ TEST(BuildFileConfigFromFindResponseTest, WhatDoesNotStandForItselfInAPathIsRead
     EXPECT_EQ(ServerPathOf("/a b/c"), Text("a b/c"));
     EXPECT_EQ(ServerPathOf("/a?query"), Text("a"));
     EXPECT_EQ(ServerPathOf("/a#fragment"), Text("a"));
+    EXPECT_EQ(ServerPathOf("/a/./b/../c"), Text("a/./b/../c"));
+}
+
+TEST(BuildFileConfigFromFindResponseTest, APercentThatIsNoEscapeStandsForItselfBesideEscapes) {
     EXPECT_EQ(ServerPathOf("/100%.txt"), Text("100%.txt"));
     EXPECT_EQ(ServerPathOf("/a%2"), Text("a%2"));
-    EXPECT_EQ(ServerPathOf("/a/./b/../c"), Text("a/./b/../c"));
+    EXPECT_EQ(ServerPathOf("/a%20b/100%.txt"), Text("a b/100%.txt"));
+    EXPECT_EQ(ServerPathOf("/50%-off/r%C3%A9s.txt"), Text("50%-off/r\xC3\xA9s.txt"));
+    EXPECT_EQ(ServerPathOf("/100%25/5%"), Text("100%/5%"));
+    EXPECT_EQ(ServerPathOf("/%%20"), Text("% "));
+    EXPECT_EQ(ServerPathOf("/%%%41%2%"), Text("%%A%2%"));
+    EXPECT_EQ(ServerPathOf("/%4G%G4%4g%4f"), Text("%4G%G4%4gO"));
+    EXPECT_EQ(ServerPathOf("/%\xC3\xA9%C3%A9"), Text("%\xC3\xA9\xC3\xA9"));
+    EXPECT_EQ(ServerPathOf("a%20b/5%"), Text("a b/5%"));
+    EXPECT_EQ(ServerPathOf("//x%/%20"), Text("/x%/ "));
+    EXPECT_EQ(ServerPathOf("http://service.test/5%/%20?%"), Text("5%/ "));
 }
 
 TEST(BuildFileConfigFromFindResponseTest, EveryCharacterOfAUrlPathKeepsItsMeaning) {
     for (char character = 0x21; character < 0x7F; ++character) {
         const QByteArray href = QByteArray("/a") + character + QByteArray("b%20c");
-        const QString expected = sync::core::compat::DecodedPath(href).mid(1);
-        EXPECT_EQ(ServerPathOf(href.constData()), expected) << href.constData();
+        const bool endsThePath = character == '?' || character == '#';
+        const QByteArray path = endsThePath ? QByteArray("a") : QByteArray("a") + character + QByteArray("b c");
+        EXPECT_EQ(ServerPathOf(href.constData()), Text(path.constData())) << href.constData();
     }
+}
+
+TEST(BuildFileConfigFromFindResponseTest, AColonInTheFirstSegmentOfARelativeHrefEndsASchemeOnlyWhereOneCanStand) {
+    EXPECT_EQ(ServerPathOf("a b:c/d"), Text("a b:c/d"));
+    EXPECT_EQ(ServerPathOf("a%20b:c/d%20e"), Text("a b:c/d e"));
+    EXPECT_EQ(ServerPathOf("\xC3\xA9:c"), Text("\xC3\xA9:c"));
+    EXPECT_EQ(ServerPathOf("5%:c"), Text("5%:c"));
+    EXPECT_EQ(ServerPathOf("a_b:c:d"), Text("a_b:c:d"));
+    EXPECT_EQ(ServerPathOf("a/b:c"), Text("a/b:c"));
+    EXPECT_EQ(ServerPathOf(":x"), Text("x"));
+    EXPECT_EQ(ServerPathOf(":x:y/z"), Text("x:y/z"));
+    EXPECT_EQ(ServerPathOf("a:b/c"), Text("b/c"));
+    EXPECT_EQ(ServerPathOf("1a:b/c"), Text(""));
+}
+
+TEST(BuildFileConfigFromFindResponseTest, AnyPortIsAPort) {
+    EXPECT_EQ(ServerPathOf("http://service.test:65536/a%20b"), Text("a b"));
+    EXPECT_EQ(ServerPathOf("http://service.test:99999999999/a:70000/b"), Text("a:70000/b"));
+    EXPECT_EQ(ServerPathOf("http://user:70000@[::1]:70000/a"), Text("a"));
+    EXPECT_EQ(ServerPathOf("http://service.test:/a"), Text("a"));
+    EXPECT_EQ(ServerPathOf("http://service.test:70000"), Text(""));
+    EXPECT_EQ(ServerPathOf("http://service.test:70000?a:70000/b"), Text(""));
+    EXPECT_EQ(ServerPathOf("http://service.test:7x/a"), Text(""));
+    EXPECT_EQ(ServerPathOf("s:a//b:70000/c"), Text("a//b:70000/c"));
 }
 
 TEST(BuildFileConfigFromFindResponseTest, ThePathOfAnAbsoluteHrefIsTaken) {
@@ -205,11 +256,25 @@ TEST(BuildFileConfigFromFindResponseTest, NonCharactersAreDecodedInEveryFormOfAn
 
 TEST(BuildFileConfigFromFindResponseTest, AnInvalidHrefGivesEmptyPaths) {
     FolderConfiguration folder;
-    folder.localPath = Text("");
-    const FileConfiguration file =
-        BuildFileConfigFromFindResponse(folder, ResponseOfClass("drovane.objects.File", "http://[bad/x"));
-    EXPECT_TRUE(file.serverPath.isEmpty());
-    EXPECT_TRUE(file.localPath.isEmpty());
+    folder.serverRootPath = Text("Projects");
+    folder.localPath = Text("/home/user/work");
+    for (const char* href : {"http://[bad/x", "http://service.test:port/x", "1a:b", ""}) {
+        const FileConfiguration file =
+            BuildFileConfigFromFindResponse(folder, ResponseOfClass("drovane.objects.File", href));
+        EXPECT_TRUE(file.serverPath.isEmpty()) << href;
+        EXPECT_TRUE(file.localPath.isEmpty()) << href;
+    }
+}
+
+TEST(BuildFileConfigFromFindResponseTest, AnHrefOfTheRootIsNotAnInvalidOne) {
+    FolderConfiguration folder;
+    folder.localPath = Text("/home/user/work");
+    for (const char* href : {"/", "http://service.test", "http://service.test/"}) {
+        const FileConfiguration file =
+            BuildFileConfigFromFindResponse(folder, ResponseOfClass("drovane.objects.File", href));
+        EXPECT_TRUE(file.serverPath.isEmpty()) << href;
+        EXPECT_EQ(file.localPath, Text("/home/user/work")) << href;
+    }
 }
 
 TEST(BuildFileConfigFromFindResponseTest, TheLocalPathReplacesTheLengthOfTheRootPathWhateverStandsThere) {

@@ -8,17 +8,20 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
-#include <QThread>
+#include <chrono>
+#include <thread>
 
 #include "dvsync/ModuleDirectory.h"
 #include "dvsync/Utf16.h"
 #include "tests/dvsync/platform/FakePlatform.h"
+#include "tests/fakes/TemporaryDirectory.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 using namespace sync::dv::dvsync;  // NOLINT(google-build-using-namespace)
 using tests::FakePlatform;
+using tests::Text;
 using tests::TheFakePlatform;
 
 class SyncServiceTest : public testing::Test {
@@ -28,37 +31,37 @@ protected:
 
 TEST_F(SyncServiceTest, IsFoundInAnyLetterCase) {
     TheFakePlatform().processes = {{5, u"OvSync.exe"}};
-    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(QStringLiteral("OvSync.exe")));
-    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(QStringLiteral("oVsYNC.EXE")));
-    EXPECT_FALSE(IsDrovaneSynchronizationServiceRunning(QStringLiteral("OvSync")));
+    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(Text("OvSync.exe")));
+    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(Text("oVsYNC.EXE")));
+    EXPECT_FALSE(IsDrovaneSynchronizationServiceRunning(Text("OvSync")));
     EXPECT_FALSE(IsDrovaneSynchronizationServiceRunning(QString()));
 }
 
 TEST_F(SyncServiceTest, IsFoundInAnyLetterCaseOfOtherAlphabets) {
     TheFakePlatform().processes = {{5, u"Синхро Ä.exe"}};
-    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(QString::fromUtf8("СИНХРО ä.EXE")));
+    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(Text("СИНХРО ä.EXE")));
 }
 
 TEST_F(SyncServiceTest, TheCallerItselfIsNotTheService) {
     TheFakePlatform().currentProcessId = 5;
     TheFakePlatform().processes = {{5, u"OvSync.exe"}};
-    EXPECT_FALSE(IsDrovaneSynchronizationServiceRunning(QStringLiteral("OvSync.exe")));
+    EXPECT_FALSE(IsDrovaneSynchronizationServiceRunning(Text("OvSync.exe")));
 }
 
 TEST_F(SyncServiceTest, AProcessThatCannotBeLookedAtIsUnknown) {
     TheFakePlatform().processes = {{5, std::nullopt}};
-    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(QStringLiteral("<UNKNOWN>")));
+    EXPECT_TRUE(IsDrovaneSynchronizationServiceRunning(Text("<UNKNOWN>")));
 }
 
 TEST_F(SyncServiceTest, TheCachedCheckWalksTheProcessesOnceASecondAndLooksForOvSyncWhateverItIsAsked) {
     TheFakePlatform().processes = {{5, u"OvSync.exe"}};
     QElapsedTimer timer;
     timer.start();
-    EXPECT_TRUE(CachedIsDrovaneSynchronizationServiceRunning(QStringLiteral("other.exe")));
+    EXPECT_TRUE(CachedIsDrovaneSynchronizationServiceRunning(Text("other.exe")));
     EXPECT_EQ(TheFakePlatform().walks, 1);
 
     TheFakePlatform().processes.clear();
-    const bool kept = CachedIsDrovaneSynchronizationServiceRunning(QStringLiteral("OvSync.exe"));
+    const bool kept = CachedIsDrovaneSynchronizationServiceRunning(Text("OvSync.exe"));
     if (timer.elapsed() > 1000) {
         GTEST_SKIP() << "this machine took more than a second for two calls";
     }
@@ -69,12 +72,12 @@ TEST_F(SyncServiceTest, TheCachedCheckWalksTheProcessesOnceASecondAndLooksForOvS
 TEST(ModuleDirectoryTest, IsTheAbsoluteDirectoryOfTheModulesFile) {
     TheFakePlatform() = FakePlatform();
     TheFakePlatform().moduleFiles = {{u"OvSyncCore", u"/opt/Ov Sync/über/libOvSyncCore.so"}};
-    EXPECT_EQ(GetModuleDirectory(QStringLiteral("OvSyncCore")), QString::fromUtf8("/opt/Ov Sync/über"));
+    EXPECT_EQ(GetModuleDirectory(Text("OvSyncCore")), Text("/opt/Ov Sync/über"));
 }
 
 TEST(ModuleDirectoryTest, IsEmptyForAModuleThatIsNotLoaded) {
     TheFakePlatform() = FakePlatform();
-    EXPECT_EQ(GetModuleDirectory(QStringLiteral("OvSyncCore")), QString());
+    EXPECT_EQ(GetModuleDirectory(Text("OvSyncCore")), QString());
 }
 
 // A folder with a program in it that tells, in a file beside it, how it was started.
@@ -82,7 +85,7 @@ class StartSyncServiceTest : public SyncServiceTest {
 protected:
     StartSyncServiceTest() {
         EXPECT_TRUE(QDir().mkpath(folder));
-        QFile program(folder + QStringLiteral("/OvSync.exe"));
+        QFile program(folder + Text("/OvSync.exe"));
         EXPECT_TRUE(program.open(QIODevice::WriteOnly));
         program.write("#!/bin/sh\ncd \"${0%/*}\" && echo \"$0|$#\" >unfinished && mv unfinished started\n");
         program.close();
@@ -91,22 +94,22 @@ protected:
 
     // The command line that the program saw, once it has run.
     QString Started() const {
-        QFile file(folder + QStringLiteral("/started"));
+        QFile file(folder + Text("/started"));
         for (int i = 0; i < 3000 && !file.exists(); ++i) {
-            QThread::msleep(10);
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << "the program has not run";
         return QFile::decodeName(file.readAll()).trimmed();
     }
 
-    QTemporaryDir directory;
-    QString folder = directory.filePath(QString::fromUtf8("Programme für %1  Sync"));
+    tests::TemporaryDirectory directory;
+    QString folder = directory.FilePath(Text("Programme für %1  Sync"));
 };
 
 TEST_F(StartSyncServiceTest, StartsTheProgramBesideTheCoreLibraryWithoutArguments) {
-    TheFakePlatform().moduleFiles = {{u"OvSyncCore", ToUtf16(folder + QStringLiteral("/libOvSyncCore.so"))}};
+    TheFakePlatform().moduleFiles = {{u"OvSyncCore", ToUtf16(folder + Text("/libOvSyncCore.so"))}};
     EXPECT_TRUE(StartSyncService());
-    EXPECT_EQ(Started(), folder + QStringLiteral("/OvSync.exe|0"));
+    EXPECT_EQ(Started(), folder + Text("/OvSync.exe|0"));
 }
 
 TEST_F(StartSyncServiceTest, StartsTheProgramInTheCurrentDirectoryWhereTheCoreLibraryIsNotLoaded) {
@@ -115,11 +118,11 @@ TEST_F(StartSyncServiceTest, StartsTheProgramInTheCurrentDirectoryWhereTheCoreLi
     const bool started = StartSyncService();
     QDir::setCurrent(before);
     EXPECT_TRUE(started);
-    EXPECT_EQ(Started(), QFileInfo(folder).canonicalFilePath() + QStringLiteral("/OvSync.exe|0"));
+    EXPECT_EQ(Started(), QFileInfo(folder).canonicalFilePath() + Text("/OvSync.exe|0"));
 }
 
 TEST_F(StartSyncServiceTest, SaysNoWhereThereIsNoProgram) {
-    TheFakePlatform().moduleFiles = {{u"OvSyncCore", ToUtf16(directory.filePath(QStringLiteral("libOvSyncCore.so")))}};
+    TheFakePlatform().moduleFiles = {{u"OvSyncCore", ToUtf16(directory.FilePath(Text("libOvSyncCore.so")))}};
     EXPECT_FALSE(StartSyncService());
 }
 

@@ -11,6 +11,8 @@
 #include <future>
 #include <memory>
 
+#include "tests/fakes/QtCompat.h"
+
 namespace tests {
 
 namespace {
@@ -23,7 +25,7 @@ public:
     explicit ListeningServer(const ScriptedServer::Certificate& certificate) : _certificate(certificate) {}
 
 protected:
-    void incomingConnection(qintptr descriptor) override {
+    void incomingConnection(SocketDescriptor descriptor) override {
         if (_certificate.certificateFile.isEmpty()) {
             auto* socket = new QTcpSocket(this);
             socket->setSocketDescriptor(descriptor);
@@ -35,7 +37,7 @@ protected:
         socket->setLocalCertificate(_certificate.certificateFile);
         QFile key(_certificate.keyFile);
         key.open(QIODevice::ReadOnly);
-        socket->setPrivateKey(QSslKey(&key, QSsl::Ec));
+        socket->setPrivateKey(QSslKey(&key, CertificateKeyAlgorithm));
         socket->startServerEncryption();
         addPendingConnection(socket);
     }
@@ -140,11 +142,11 @@ bool ScriptedServer::_ReadHead(QTcpSocket& socket, Request& request) {
         head += socket.readLine();
     }
     request = Request();
-    QList<QByteArray> lines = head.trimmed().split('\n');
-    const QList<QByteArray> words = lines.takeFirst().trimmed().split(' ');
+    const QList<QByteArray> lines = head.trimmed().split('\n');
+    const QList<QByteArray> words = lines.at(0).trimmed().split(' ');
     request.method = words.value(0);
     request.target = words.value(1);
-    for (const QByteArray& line : qAsConst(lines)) {
+    for (const QByteArray& line : lines.mid(1)) {
         const int colon = line.indexOf(':');
         request.headers.insert(line.left(colon).toLower(), line.mid(colon + 1).trimmed());
     }

@@ -4,19 +4,20 @@
 
 #include <QProcess>
 
+#include "tests/fakes/QtCompat.h"
+#include "tests/fakes/Text.h"
+
 namespace tests {
 
 SelfSignedCertificate::SelfSignedCertificate()
-    : _files{_directory.filePath(QStringLiteral("certificate.pem")), _directory.filePath(QStringLiteral("key.pem"))} {
+    : _files{_directory.FilePath(Text("certificate.pem")), _directory.FilePath(Text("key.pem"))} {
     QProcess openssl;
-    openssl.start(QStringLiteral("openssl"),
-                  {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("ec"),
-                   QStringLiteral("-pkeyopt"), QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes"),
-                   QStringLiteral("-days"), QStringLiteral("2"), QStringLiteral("-subj"), QStringLiteral("/CN=test"),
-                   QStringLiteral("-addext"), QStringLiteral("subjectAltName=IP:127.0.0.1"), QStringLiteral("-keyout"),
-                   _files.keyFile, QStringLiteral("-out"), _files.certificateFile});
+    openssl.start(Text("openssl"), {Text("req"), Text("-x509"), Text("-newkey"), Text(CertificateKey), Text("-pkeyopt"),
+                                    Text(CertificateKeyOption), Text("-nodes"), Text("-days"), Text("2"), Text("-subj"),
+                                    Text("/CN=test"), Text("-addext"), Text("subjectAltName=IP:127.0.0.1"),
+                                    Text("-keyout"), _files.keyFile, Text("-out"), _files.certificateFile});
     openssl.waitForFinished();
-    EXPECT_EQ(openssl.exitCode(), 0) << openssl.readAllStandardError().toStdString();
+    EXPECT_EQ(openssl.exitCode(), 0) << openssl.readAllStandardError().constData();
 }
 
 }  // namespace tests

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <QTemporaryDir>
-
 #include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/TemporaryDirectory.h"
 
 namespace tests {
 
@@ -14,7 +13,7 @@ public:
     const ScriptedServer::Certificate& Files() const { return _files; }
 
 private:
-    const QTemporaryDir _directory;
+    const TemporaryDirectory _directory;
     const ScriptedServer::Certificate _files;
 };
 

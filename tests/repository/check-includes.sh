@@ -79,7 +79,8 @@ if [ -n "$found" ]; then
     printf 'Only host/core/QtCompat.h tells Qt versions apart:\n%s\n' "$found"
     status=1
 fi
-found=$(grep -rnE 'QStringLiteral|QRegularExpression|QLatin1StringView' host dvsync || true)
+found=$(grep -rnE 'QStringLiteral|QRegularExpression|QLatin1StringView' host dvsync tests/host tests/dvsync || true)
+found+=$(grep -rnE 'QTemporaryDir|qAsConst|QSignalSpy|singleShot\([^)]*\[' tests/host tests/dvsync || true)
 if [ -n "$found" ]; then
     printf 'Not in Qt 4.8:\n%s\n' "$found"
     status=1

@@ -11,8 +11,6 @@ class Output {
 public:
     Output();
 
-    bool IsTerminal() const { return _isTerminal; }
-
     /// `text` as it may be shown to whoever reads the output: on a terminal TerminalText.
     QByteArray Shown(const QString& text) const;
 

@@ -5,6 +5,7 @@
 
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/ProgressLine.h"
+#include "client/wire/EnumTable.h"
 
 namespace ovsync {
 namespace output {
@@ -26,7 +27,7 @@ struct KindText {
     const char* counted;
 };
 
-const KindText Texts[] = {
+constexpr KindText Texts[] = {
     {Kind::Fetched, "fetched", "fetched", "fetched"},
     {Kind::Updated, "updated", "updated", "updated"},
     {Kind::Deleted, "deleted", "deleted", "deleted here"},
@@ -42,6 +43,7 @@ const KindText Texts[] = {
     {Kind::Refused, "refused", "refused", "refused"},
     {Kind::Failed, "failed", "failed", "failed"},
 };
+static_assert(wire::HasRowOfEach(Texts, &KindText::kind, Kind::Failed), "A kind is the index of its texts.");
 
 const KindText& TextOf(Kind kind) {
     return Texts[static_cast<size_t>(kind)];

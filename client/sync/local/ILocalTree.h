@@ -50,20 +50,20 @@ public:
     /// None where nothing is, and where what should be a folder above it is none.
     virtual std::optional<LocalEntry> Look(const QString& path) = 0;
 
-    virtual std::unique_ptr<IReadableFile> Open(const QString& path) = 0;
+    [[nodiscard]] virtual std::unique_ptr<IReadableFile> Open(const QString& path) = 0;
     /// Throws when there is something.
-    virtual std::unique_ptr<IWritableFile> Create(const QString& path) = 0;
+    [[nodiscard]] virtual std::unique_ptr<IWritableFile> Create(const QString& path) = 0;
     /// The folder that it lies in must be there. Throws when there is something.
     virtual void MakeFolder(const QString& path) = 0;
 
     /// Renames `from` to `to`, in one step. False, and nothing done, when there is something at `to`.
-    virtual bool Move(const QString& from, const QString& to) = 0;
+    [[nodiscard]] virtual bool Move(const QString& from, const QString& to) = 0;
     /// Lets the two change places, in one step. False, and nothing done, when the file system cannot do it.
-    virtual bool Swap(const QString& a, const QString& b) = 0;
+    [[nodiscard]] virtual bool Swap(const QString& a, const QString& b) = 0;
     /// Of a file; nothing happens when there is none.
     virtual void Remove(const QString& path) = 0;
     /// False, and nothing done, when there is something in it.
-    virtual bool RemoveFolder(const QString& path) = 0;
+    [[nodiscard]] virtual bool RemoveFolder(const QString& path) = 0;
     /// Brings the names in `folder` onto the disk.
     virtual void SyncFolder(const QString& folder) = 0;
 

@@ -47,7 +47,7 @@ public:
 
     /// Finishes or takes back what a pass that died had begun. Only what lies in its place counts as done: what is not
     /// there proves nothing. Returns what a person should know. Throws LocalError when the disk as a whole fails.
-    QVector<report::SyncEvent> Recover();
+    [[nodiscard]] QVector<report::SyncEvent> Recover();
 
     /// Takes away a temporary file that nobody waits for any more. What may be more than a part of a download goes to
     /// the trash. Throws LocalError.
@@ -55,7 +55,7 @@ public:
 
     /// Gives the file at `temporary` a name that says that it is a version, described by `note`, of the one at `path`.
     /// Returns that name; it may be one that a file with the same content had already. Throws LocalError.
-    QString AddConflictCopy(const QString& temporary, const QString& path, const QString& note);
+    [[nodiscard]] QString AddConflictCopy(const QString& temporary, const QString& path, const QString& note);
 
 private:
     void _Install(Request& request);

@@ -32,16 +32,16 @@ public:
     std::optional<TrashEntry> Find(const QString& path, const std::optional<TrashTime>& from);
     /// Brings the file to `path`, with the folders above it. Empty when it is there; else nothing was brought, and this
     /// is the path, that one or one above it, where something else is in the way.
-    QString Restore(const TrashEntry& entry, const QString& path);
+    [[nodiscard]] QString Restore(const TrashEntry& entry, const QString& path);
 
     /// Removes what was taken in more than the days to keep ago. What could not be removed is told of.
-    QVector<report::SyncEvent> RemoveOld();
-    QVector<report::SyncEvent> RemoveAll();
+    [[nodiscard]] QVector<report::SyncEvent> RemoveOld();
+    [[nodiscard]] QVector<report::SyncEvent> RemoveAll();
 
 private:
-    bool _TakeInto(const QString& folder, const QString& file, const QString& path);
+    [[nodiscard]] bool _TakeInto(const QString& folder, const QString& file, const QString& path);
     /// Makes the folder and those above it. Empty, or the path where something else is in the way.
-    QString _MakeFolders(const QString& path);
+    [[nodiscard]] QString _MakeFolders(const QString& path);
     /// The folders of the passes, in their order.
     QVector<TrashTime> _Passes();
     void _AddEntries(const TrashTime& pass, QVector<TrashEntry>& entries);

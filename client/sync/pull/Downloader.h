@@ -22,7 +22,7 @@ public:
 
     /// True when everything came. Throws Cancelled, when what is finished is in place, and what
     /// PassContext::ReportFailure throws.
-    bool Run(std::deque<PullOrder> orders);
+    [[nodiscard]] bool Run(std::deque<PullOrder> orders);
 
 private:
     using Pool = pass::TransferPool<Download>;

@@ -19,7 +19,7 @@ public:
     /// Throws what the library throws when it cannot list the folder, WrongFolder, LocalError when the disk fails,
     /// StoreError, HttpException when the service wants other credentials, and the last error when transfers fail again
     /// and again. What was finished before is recorded.
-    report::SyncOutcome Run();
+    [[nodiscard]] report::SyncOutcome Run();
 
 private:
     void _Pull();

@@ -39,7 +39,6 @@ public:
     void ForgetCopies();
 
 private:
-    bool _IsAffected(const pass::RemoteTree& remote, const QString& path) const;
     void _FindGoneFile(const QString& path, const pass::RemoteTree& remote, const local::LocalSnapshot& snapshot,
                        Gone& gone);
     void _MakeFolders(const pass::RemoteTree& remote, local::LocalSnapshot& snapshot);

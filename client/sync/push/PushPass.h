@@ -13,7 +13,7 @@ public:
     explicit PushPass(pass::PassContext& context) : _context(context) {}
 
     /// Throws as PullPass::Run does.
-    report::SyncOutcome Run();
+    [[nodiscard]] report::SyncOutcome Run();
 
 private:
     void _Push();

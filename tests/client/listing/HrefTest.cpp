@@ -138,7 +138,8 @@ TEST_F(HrefTest, TheLibraryReadsTheDecodedPathOutOfTheCanonicalOne) {
         // Neither '%' nor '/' is inside a segment's key here, but for the two that are decoded by hand.
         QString expected = QLatin1Char('/') + QString::fromStdString(Key(text));
         expected.replace(QLatin1String("%25"), QLatin1String("%"));
-        EXPECT_EQ(sync::core::compat::DecodedPath(QByteArray::fromStdString(href.Path())), expected) << text;
+        const QUrl canonical = QUrl::fromEncoded(QByteArray::fromStdString(href.Path()));
+        EXPECT_EQ(sync::core::compat::DecodedPath(canonical), expected) << text;
     }
 }
 

@@ -11,6 +11,20 @@ using Ending = tests::ScriptedServer::Ending;
 
 const int Kilobyte = 1024;
 
+const char* NameOf(Ending ending) {
+    switch (ending) {
+        case Ending::KeepOpen:
+            return "";
+        case Ending::Close:
+            return "_close";
+        case Ending::Reset:
+            return "_reset";
+        case Ending::Stall:
+            return "_stall";
+    }
+    return "";
+}
+
 }  // namespace
 
 const std::vector<BadAnswer>& BadAnswers() {
@@ -99,10 +113,9 @@ QString FixtureNameOf(const BadAnswer& answer) {
 }
 
 std::string NameOf(const BadAnswer& answer) {
-    static const char* const endings[] = {"", "_close", "_reset", "_stall"};
     std::string name = answer.file;
     std::replace(name.begin(), name.end(), '-', '_');
-    return name + endings[static_cast<int>(answer.ending)] + "_depth_" + std::to_string(answer.depth);
+    return name + NameOf(answer.ending) + "_depth_" + std::to_string(answer.depth);
 }
 
 void PrintTo(const BadAnswer& answer, std::ostream* stream) {

@@ -43,8 +43,20 @@ const int ServerId = 3;
 enum class Kind { Query, QueryById, Creation, Deletion, File, Move };
 
 const char* MethodOf(Kind kind) {
-    static const char* const methods[] = {"PROPFIND", "PROPFIND", "MKCOL", "DELETE", "HEAD", "MOVE"};
-    return methods[static_cast<int>(kind)];
+    switch (kind) {
+        case Kind::Query:
+        case Kind::QueryById:
+            return "PROPFIND";
+        case Kind::Creation:
+            return "MKCOL";
+        case Kind::Deletion:
+            return "DELETE";
+        case Kind::File:
+            return "HEAD";
+        case Kind::Move:
+            return "MOVE";
+    }
+    return "";
 }
 
 class FolderRequestsTest : public testing::Test {

@@ -6,11 +6,13 @@
 #include "dvsync/Utf16.h"
 #include "dvsync/platform/Platform.h"
 #include "host/core/SyncAppName.h"
+#include "tests/fakes/Text.h"
 
 namespace {
 
 namespace platform = sync::dv::dvsync::platform;
 using sync::dv::dvsync::FromUtf16;
+using tests::Text;
 
 TEST(LinuxPlatformTest, AProcessThatHasEndedAndIsNotReapedHasNoName) {
     const pid_t child = fork();
@@ -31,7 +33,7 @@ TEST(LinuxPlatformTest, AModuleIsFoundByTheNameOfItsLibraryWithoutPrefixAndExten
 }
 
 TEST(LinuxPlatformTest, AModuleIsFoundWhateverItsVersion) {
-    EXPECT_EQ(QFileInfo(FromUtf16(platform::ModuleFile(u"Qt5Core"))).fileName(), QStringLiteral("libQt5Core.so.5"));
+    EXPECT_EQ(QFileInfo(FromUtf16(platform::ModuleFile(u"Qt5Core"))).fileName(), Text("libQt5Core.so.5"));
 }
 
 TEST(LinuxPlatformTest, TheBeginningOfANameIsNotTheName) {

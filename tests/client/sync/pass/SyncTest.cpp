@@ -7,6 +7,7 @@
 
 #include "client/sync/pull/PullPass.h"
 #include "client/sync/push/PushPass.h"
+#include "client/wire/EnumTable.h"
 
 namespace tests {
 
@@ -19,8 +20,29 @@ using ovsync::store::RecordDatabase;
 
 namespace {
 
-const char* const KindNames[] = {"Fetched",    "Updated", "Deleted", "FolderMade", "Sent", "FolderSent", "DeletedHere",
-                                 "NewerThere", "Skipped", "Noted",   "Conflict",   "Kept", "Refused",    "Failed"};
+struct KindName {
+    SyncEvent::Kind kind;
+    const char* name;
+};
+
+constexpr KindName KindNames[] = {
+    {SyncEvent::Kind::Fetched, "Fetched"},
+    {SyncEvent::Kind::Updated, "Updated"},
+    {SyncEvent::Kind::Deleted, "Deleted"},
+    {SyncEvent::Kind::FolderMade, "FolderMade"},
+    {SyncEvent::Kind::Sent, "Sent"},
+    {SyncEvent::Kind::FolderSent, "FolderSent"},
+    {SyncEvent::Kind::DeletedHere, "DeletedHere"},
+    {SyncEvent::Kind::NewerThere, "NewerThere"},
+    {SyncEvent::Kind::Skipped, "Skipped"},
+    {SyncEvent::Kind::Noted, "Noted"},
+    {SyncEvent::Kind::Conflict, "Conflict"},
+    {SyncEvent::Kind::Kept, "Kept"},
+    {SyncEvent::Kind::Refused, "Refused"},
+    {SyncEvent::Kind::Failed, "Failed"},
+};
+static_assert(ovsync::wire::HasRowOfEach(KindNames, &KindName::kind, SyncEvent::Kind::Failed),
+              "A kind is the index of its name.");
 
 }  // namespace
 
@@ -90,7 +112,7 @@ QStringList SyncTest::Told() const {
     QStringList told;
     for (const SyncEvent& event : events) {
         if (event.kind != SyncEvent::Kind::Fetched && event.kind != SyncEvent::Kind::Updated) {
-            told.append(Text(KindNames[static_cast<int>(event.kind)]) + QLatin1Char(' ') + event.path);
+            told.append(Text(KindNames[static_cast<size_t>(event.kind)].name) + QLatin1Char(' ') + event.path);
         }
     }
     told.sort();
