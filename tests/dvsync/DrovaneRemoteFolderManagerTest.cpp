@@ -86,11 +86,14 @@ using sync::http::HttpException;
 using sync::interf::IHttpRequest;
 using sync::interf::ISyncFilter;
 using testing::_;
+using testing::AnyNumber;
 using testing::ElementsAre;
+using testing::Field;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::NiceMock;
 using testing::Return;
+using testing::Truly;
 using tests::DebugLevel;
 using tests::ErrorLevel;
 using tests::FolderServerId;
@@ -123,20 +126,56 @@ const char* const Folder = "drovane.objects.Folder";
 const char* const Project = "drovane.objects.Project";
 const char* const Form = "drovane.objects.Form";
 
+class FakeAuthenticatorFactory : public sync::interf::factory::IRequestAuthenticatorFactory {
+public:
+    QAuthenticator CreateAuthenticator(int) override { return QAuthenticator(); }
+};
+
+/// Whether the two are the same in everything that a record of a folder holds.
+bool IsSame(const FolderConfiguration& a, const FolderConfiguration& b) {
+    return a.serverKey == b.serverKey && a.serverId == b.serverId && a.name == b.name && a.resourceId == b.resourceId &&
+           a.serverPath == b.serverPath && a.companionServerPath == b.companionServerPath &&
+           a.localPath == b.localPath && a.serverRootPath == b.serverRootPath &&
+           a.lastModifiedDate == b.lastModifiedDate && a.ownerId == b.ownerId && a.accessMask == b.accessMask &&
+           a.getLastSyncTime() == b.getLastSyncTime() &&
+           a.getLastServerSyncRequestTime() == b.getLastServerSyncRequestTime() &&
+           a.getPrivileges() == b.getPrivileges() && a.getServerFolderId() == b.getServerFolderId();
+}
+
+/// A record that has a value of its own in every field.
+FolderConfiguration WholeFolder() {
+    FolderConfiguration folder;
+    folder.serverKey = 3;
+    folder.serverId = FolderServerId;
+    folder.name = Text("name");
+    folder.resourceId = Text("1001");
+    folder.serverPath = Text("Projects/A");
+    folder.companionServerPath = Text("companion");
+    folder.localPath = Text("/home/work");
+    folder.serverRootPath = Text("Projects");
+    folder.lastModifiedDate = QDateTime::fromMSecsSinceEpoch(1000);
+    folder.ownerId = Text("owner-A");
+    folder.accessMask = 5;
+    folder.setLastSyncTime(QDateTime::fromMSecsSinceEpoch(2000));
+    folder.setLastServerSyncRequestTime(QDateTime::fromMSecsSinceEpoch(3000));
+    folder.setPrivileges(Text("rw"));
+    folder.setServerFolderId(Text("id-A"));
+    return folder;
+}
+
 /// The manager on fakes: every request but a listing gets `_request`, and ends in the state of `_executor`.
 class DrovaneRemoteFolderManagerTest : public tests::RemoteManagerTest {
 protected:
     DrovaneRemoteFolderManagerTest() : RemoteManagerTest("Projects/A") {
-        ON_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).WillByDefault(Return(_url));
+        ON_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/B"))).WillByDefault(Return(_otherUrl));
+        ON_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).WillByDefault(Return(_folderUrl));
         ON_CALL(*_httpFactory, CreateFolderRequest(_, _, _)).WillByDefault(Return(_request));
         ON_CALL(*_httpFactory, CreateFileRequest(_, _, _)).WillByDefault(Return(_request));
         ON_CALL(*_httpFactory, CreateMoveRequest(_, _, _)).WillByDefault(Return(_request));
         ON_CALL(*_httpFactory, CreateRequestExecutor(_, _)).WillByDefault(Return(_executor));
-        _folder.companionServerPath = Text("companion");
-        _folder.serverRootPath = Text("Projects");
-        _folder.setServerFolderId(Text("id-A"));
-        _folder.ownerId = Text("owner-A");
-        _folder.accessMask = 5;
+        _folder = WholeFolder();
+        _otherFolder.serverPath = Text("Projects/B");
+        _otherFolder.serverId = 31;
     }
 
     void AnswerWith(int status, const Headers& headers = Headers(), const QByteArray& body = QByteArray()) {
@@ -146,12 +185,18 @@ protected:
         _propfind->statusCode = status;
     }
 
+    const std::shared_ptr<QUrl> _otherUrl = std::make_shared<QUrl>(Text("http://service.test/Projects/B"));
+    const std::shared_ptr<QUrl> _folderUrl = std::make_shared<QUrl>(Text("http://service.test/folders"));
+    FolderConfiguration _otherFolder;
+    const std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> _authenticatorFactory =
+        std::make_shared<FakeAuthenticatorFactory>();
     const std::shared_ptr<tests::FakeHttpRequest> _request = std::make_shared<tests::FakeHttpRequest>();
     const std::shared_ptr<tests::FakeRequestExecutor> _executor = std::make_shared<tests::FakeRequestExecutor>();
     const std::shared_ptr<tests::FakeConfigurationFactory> _configurationFactory =
         std::make_shared<tests::FakeConfigurationFactory>(_installed.ServerConfigManager(),
                                                           _installed.FileConfigManager());
-    DrovaneRemoteFolderManager _manager{_urlBuilder, ServerId, nullptr, _httpFactory, _configurationFactory};
+    DrovaneRemoteFolderManager _manager{_urlBuilder, ServerId, _authenticatorFactory, _httpFactory,
+                                        _configurationFactory};
     const tests::LogRecorder _log{LOG4CPLUS_TEXT("DrovaneSyncSupport")};
 };
 
@@ -218,12 +263,23 @@ TEST_F(DrovaneRemoteFolderManagerTest, TheStateIsResetBeforeEveryRequest) {
 /// One operation, and what it makes of the statuses. What an operation returned is put into words.
 struct Operation {
     const char* name;
-    std::string (*run)(DrovaneRemoteFolderManager& manager, FolderConfiguration& folder);
+    std::string (*run)(DrovaneRemoteFolderManager& manager, FolderConfiguration& folder,
+                       const FolderConfiguration& otherFolder);
     /// "" where the status throws.
     std::string (*expected)(int status, int state);
-    /// With %0 for the URL and %1 for the status.
+    /// With %1 for the status.
     const char* message;
+    /// How many records are logged when the answer has neither headers nor a body.
+    size_t (*records)(int status, int state);
 };
+
+bool IsFolderFound(int status, int state) {
+    return status != 302 && status < 400 && !(status == 0 && state == 5);
+}
+
+size_t NoRecords(int, int) {
+    return 0;
+}
 
 void PrintTo(const Operation& operation, std::ostream* stream) {
     *stream << operation.name;
@@ -239,56 +295,59 @@ bool IsPropfindFailure(int status) {
 
 const Operation Operations[] = {
     {"FolderExists",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) -> std::string {
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder, const FolderConfiguration&) -> std::string {
          return manager.FolderExists(folder) ? "true" : "false";
      },
      [](int status, int state) -> std::string {
          if (status == 400 || status == 404) {
              return "false";
          }
-         return status > 400 || status == 302 || (status == 0 && state == 5) ? "" : "true";
+         return IsFolderFound(status, state) ? "true" : "";
      },
-     "FolderExists failed for url %0. Error code: %1."},
+     "FolderExists failed for url http://service.test/folders. Error code: %1.",
+     [](int status, int state) -> size_t { return IsFolderFound(status, state) ? 1 : 0; }},
     {"FileExists",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration&) -> std::string {
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration&, const FolderConfiguration&) -> std::string {
          return manager.FileExists(FileConfiguration()) ? "true" : "false";
      },
      [](int status, int) -> std::string { return status == 404               ? "false"
                                                  : IsPropfindFailure(status) ? ""
                                                                              : "true"; },
-     "FileExists failed for url %0. Error code: %1."},
+     "FileExists failed for url http://service.test/Projects/A. Error code: %1.", NoRecords},
     {"CreateFolder",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder, const FolderConfiguration&) {
          return Words(manager.CreateFolder(folder, Text("parent"), false));
      },
      [](int status, int state) -> std::string {
          return status >= 400 || (status == 0 && state == 5) ? "" : "results 0";
      },
-     "CreateFolder failed for url %0. Error code: %1."},
+     "CreateFolder failed for url http://service.test/Projects/A. Error code: %1.",
+     [](int status, int) -> size_t { return status >= 1 && status < 400 ? 1 : 0; }},
     {"DeleteFolder",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder, const FolderConfiguration&) {
          return Words(manager.DeleteFolder(folder));
      },
      [](int status, int) -> std::string { return status >= 400 ? "" : "results 2"; },
-     "DeleteFolder failed for url %0. Error code: %1."},
+     "DeleteFolder failed for url http://service.test/folders. Error code: %1.", NoRecords},
     {"MoveFolder",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
-         return Words(manager.MoveFolder(folder, folder));
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder, const FolderConfiguration& otherFolder) {
+         return Words(manager.MoveFolder(folder, otherFolder));
      },
      [](int status, int state) -> std::string {
          return status >= 400 || (status == 0 && state == 5) ? "" : "results 3";
      },
-     "MoveFolder failed. From Url: /Projects/A To Url: /Projects/A. Error code: %1."},
+     "MoveFolder failed. From Url: /Projects/A To Url: /Projects/B. Error code: %1.",
+     [](int, int) -> size_t { return 1; }},
     {"GetNameSortedDirsByFolder",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) -> std::string {
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder, const FolderConfiguration&) -> std::string {
          return manager.GetNameSortedDirsByFolder(folder) ? "a vector" : "nothing";
      },
      [](int status, int) -> std::string {
          return IsPropfindFailure(status) ? "" : status == 304 ? "nothing" : "a vector";
      },
-     "GetNameSortedDirsByFolder failed for url %0. Error code: %1."},
+     "GetNameSortedDirsByFolder failed for url http://service.test/Projects/A. Error code: %1.", NoRecords},
     {"GetAllFilesAndSubFoldersByFolder",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder) {
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration& folder, const FolderConfiguration&) {
          std::shared_ptr<QVector<FolderConfiguration>> folders;
          std::shared_ptr<QVector<FileConfiguration>> files;
          const int code = manager.GetAllFilesAndSubFoldersByFolder(folder, folders, files);
@@ -302,9 +361,9 @@ const Operation Operations[] = {
          }
          return IsPropfindFailure(status) ? "" : "code 0";
      },
-     "GetAllFilesAndSubFoldersByFolder failed for url %0. Error code: %1."},
+     "GetAllFilesAndSubFoldersByFolder failed for url http://service.test/Projects/A. Error code: %1.", NoRecords},
     {"GetFolderSize",
-     [](DrovaneRemoteFolderManager& manager, FolderConfiguration&) {
+     [](DrovaneRemoteFolderManager& manager, FolderConfiguration&, const FolderConfiguration&) {
          int count = 3;
          qint64 size = 4;
          const int code =
@@ -316,7 +375,7 @@ const Operation Operations[] = {
      [](int status, int) -> std::string {
          return status == 404 ? "code 404" : IsPropfindFailure(status) ? "" : "code 0";
      },
-     "GetAllFilesAndSubFoldersByFolder failed for url %0. Error code: %1."},
+     "GetAllFilesAndSubFoldersByFolder failed for url http://service.test/Projects/A. Error code: %1.", NoRecords},
 };
 
 struct Answer {
@@ -343,7 +402,8 @@ std::vector<Answer> Answers() {
          {{"x-ovs-reason-phrase", "Something else"},
           {"x-ovs-reason-phrase", "Existing file already exists. It does not exist."}}},
     };
-    for (const int status : {200, 201, 204, 207, 302, 304, 401, 403, 404, 409, 423, 500, 503}) {
+    for (const int status :
+         {1, 100, 200, 201, 204, 207, 301, 302, 303, 304, 399, 401, 402, 403, 404, 405, 409, 423, 500, 503}) {
         answers.push_back({"", status, 3, Headers()});
     }
     return answers;
@@ -364,24 +424,19 @@ TEST_P(EveryStatusTest, HasItsOutcome) {
 
     if (expected.empty()) {
         try {
-            operation.run(_manager, _folder);
+            operation.run(_manager, _folder, _otherFolder);
             FAIL() << "nothing was thrown";
         } catch (const HttpException& e) {
-            const QString message = Text(operation.message)
-                                        .replace(Text("%0"), Text("http://service.test/Projects/A"))
-                                        .replace(Text("%1"), QString::number(thrownStatus));
-            EXPECT_EQ(e.Message(), message);
+            EXPECT_EQ(e.Message(), Text(operation.message).arg(thrownStatus));
             EXPECT_EQ(e.StatusCode(), thrownStatus);
             EXPECT_TRUE(e.Url().isEmpty());
         }
     } else {
-        EXPECT_EQ(operation.run(_manager, _folder), expected);
+        EXPECT_EQ(operation.run(_manager, _folder, _otherFolder), expected);
     }
     EXPECT_EQ(_executor->executed.size(), 1);
-    EXPECT_EQ(_folder.serverPath, Text("Projects/A"));
-    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
-    EXPECT_EQ(_folder.ownerId, Text("owner-A"));
-    EXPECT_EQ(_folder.accessMask, 5);
+    EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+    EXPECT_EQ(_log.Records().size(), operation.records(answer.status, answer.state));
     for (const tests::LogRecord& record : _log.Records()) {
         EXPECT_EQ(record.logger, "DrovaneSyncSupport");
         EXPECT_EQ(record.file, "DrovaneRemoteFolderManager");
@@ -392,11 +447,126 @@ TEST_P(EveryStatusTest, HasItsOutcome) {
 INSTANTIATE_TEST_SUITE_P(Operations, EveryStatusTest,
                          testing::Combine(testing::ValuesIn(Operations), testing::ValuesIn(Answers())));
 
+TEST_F(DrovaneRemoteFolderManagerTest, AMessageShowsItsUrlAsPeopleReadIt) {
+    const auto url = std::make_shared<QUrl>(QUrl::fromEncoded("https://service.test:8443/a%20b/%C3%A9?x=1#y"));
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, _)).WillOnce(Return(url));
+    AnswerWith(500);
+    try {
+        _manager.FileExists(FileConfiguration());
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(),
+                  Text("FileExists failed for url https://service.test:8443/a b/\xC3\xA9?x=1#y. Error code: 500."));
+    }
+}
+
+// --- What every operation hands on
+
+class EveryOperationTest : public DrovaneRemoteFolderManagerTest, public testing::WithParamInterface<Operation> {
+protected:
+    void Run() {
+        try {
+            GetParam().run(_manager, _folder, _otherFolder);
+        } catch (const HttpException&) {
+            EXPECT_GE(_request->answer.statusCode, 400);
+        }
+    }
+};
+
+TEST_P(EveryOperationTest, BuildsItsUrlsFromTheSettingsOfTheServer) {
+    const auto ofTheServer = Field(&sync::config::ServerConfiguration::baseUrl, QUrl(Text("http://service.test/")));
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, _)).Times(0);
+    EXPECT_CALL(*_urlBuilder, BuildUrl(ofTheServer, _)).Times(AnyNumber());
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).Times(0);
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(ofTheServer, _, _, _)).Times(AnyNumber());
+    for (const int status : {207, 500}) {
+        AnswerWith(status);
+        Run();
+    }
+}
+
+TEST_P(EveryOperationTest, MakesItsRequestOfTheWholeFolder) {
+    const auto isTheFolder = Truly([](const FolderConfiguration& folder) { return IsSame(folder, WholeFolder()); });
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).Times(0);
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, isTheFolder, _, _)).Times(AnyNumber());
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(_, _, _)).Times(0);
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(_, _folderUrl, isTheFolder)).Times(AnyNumber());
+    AnswerWith(207);
+    Run();
+}
+
+TEST_P(EveryOperationTest, SendsItsRequestWithTheAccountAndTheAuthenticatorsOfTheManager) {
+    EXPECT_CALL(*_httpFactory, CreateRequestExecutor(_, _)).Times(0);
+    EXPECT_CALL(*_httpFactory, CreateRequestExecutor(ServerId, _authenticatorFactory));
+    AnswerWith(207);
+    Run();
+}
+
+TEST_P(EveryOperationTest, KnowsTheStateInWhichItsRequestEndedUnlessItAsksForAFile) {
+    AnswerWith(207);
+    _executor->state = IHttpRequest::StateAborted;
+    Run();
+    EXPECT_EQ(FolderManagerAccess::LastRequestState(_manager),
+              std::strcmp(GetParam().name, "FileExists") == 0 ? IHttpRequest::StateNone : IHttpRequest::StateAborted);
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, EveryOperationTest, testing::ValuesIn(Operations));
+
+/// Knows every folder, by the id "known".
+class KnowingManager : public DrovaneRemoteFolderManager {
+public:
+    using DrovaneRemoteFolderManager::DrovaneRemoteFolderManager;
+    bool GetFolderProperties(const FolderConfiguration& folder, FolderConfiguration& result) override {
+        asked << folder.serverPath;
+        result.setServerFolderId(Text("known"));
+        result.ownerId = Text("known owner");
+        result.accessMask = 9;
+        return true;
+    }
+
+    QStringList asked;
+};
+
+class KnowingManagerTest : public DrovaneRemoteFolderManagerTest {
+protected:
+    void ExpectKnownFolder(const char* serverPath) const {
+        FolderConfiguration expected = WholeFolder();
+        expected.serverPath = Text(serverPath);
+        expected.setServerFolderId(Text("known"));
+        expected.ownerId = Text("known owner");
+        expected.accessMask = 9;
+        EXPECT_TRUE(IsSame(_folder, expected));
+    }
+
+    KnowingManager _knowing{_urlBuilder, ServerId, _authenticatorFactory, _httpFactory, _configurationFactory};
+};
+
+TEST_F(KnowingManagerTest, WhetherAFolderIsThereIsAskedOfTheOverride) {
+    AnswerWith(404);
+    EXPECT_TRUE(_knowing.FolderExists(_folder));
+    EXPECT_EQ(_knowing.asked, QStringList() << Text("Projects/A"));
+    EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+}
+
+TEST_F(KnowingManagerTest, APropertyOfAFolderThatIsThereAlreadyIsAskedOfTheOverride) {
+    AnswerWith(400, Reason("existing file already exists"));
+    EXPECT_EQ(Words(_knowing.CreateFolder(_folder, QString(), false)), "results 0");
+    EXPECT_EQ(_knowing.asked, QStringList() << Text("Projects/A"));
+    ExpectKnownFolder("Projects/A");
+}
+
+TEST_F(KnowingManagerTest, AFolderOnTheWayIsAskedOfTheOverride) {
+    _folder.serverPath = Text("Projects/A/B");
+    EXPECT_EQ(Words(_knowing.CreateFolder(_folder, QString(), true)), "results 0");
+    EXPECT_EQ(_knowing.asked, QStringList() << Text("Projects/A") << Text("Projects/A/B"));
+    ExpectKnownFolder("Projects/A/B");
+}
+
 // --- Is it there
 
 TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithAnIdIsAskedForByItsId) {
     EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, QString(), 10));
-    EXPECT_CALL(*_httpFactory, CreateFolderRequest(2, _url, _));
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(2, _folderUrl, _));
     EXPECT_CALL(*_httpFactory, CreateRequestExecutor(ServerId, _));
     AnswerWith(404);
     EXPECT_FALSE(_manager.FolderExists(_folder));
@@ -425,12 +595,11 @@ TEST_F(DrovaneRemoteFolderManagerTest, ThePropertiesOfAFolderAreTheFolderAndTheA
     AnswerWith(200, {{"X-Ovs-Id", "new-id"}, {"other", "x"}, {"x-OVS-ownerid", "new-owner"}});
     FolderConfiguration result;
     EXPECT_TRUE(_manager.GetFolderProperties(_folder, result));
-    EXPECT_EQ(result.serverPath, Text("Projects/A"));
-    EXPECT_EQ(result.companionServerPath, Text("companion"));
-    EXPECT_EQ(result.getServerFolderId(), Text("new-id"));
-    EXPECT_EQ(result.ownerId, Text("new-owner"));
-    EXPECT_EQ(result.accessMask, 5);
-    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+    FolderConfiguration expected = WholeFolder();
+    expected.setServerFolderId(Text("new-id"));
+    expected.ownerId = Text("new-owner");
+    EXPECT_TRUE(IsSame(result, expected));
+    EXPECT_TRUE(IsSame(_folder, WholeFolder()));
     EXPECT_THAT(_log.Records(), IsEmpty());
 }
 
@@ -438,6 +607,37 @@ TEST_F(DrovaneRemoteFolderManagerTest, EmptyHeaderValuesChangeNothing) {
     EXPECT_TRUE(FolderManagerAccess::UpdateFromHeaders(_manager, {{"x-ovs-id", ""}, {"x-ovs-ownerid", ""}}, _folder));
     EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
     EXPECT_EQ(_folder.ownerId, Text("owner-A"));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, HeadersBehindAnEmptyOneCount) {
+    EXPECT_TRUE(FolderManagerAccess::UpdateFromHeaders(
+        _manager, {{"x-ovs-id", ""}, {"x-ovs-ownerid", "new-owner"}, {"", ""}, {"x-ovs-id", "new-id"}}, _folder));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("new-id"));
+    EXPECT_EQ(_folder.ownerId, Text("new-owner"));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, NoHeadersSayNothing) {
+    EXPECT_FALSE(FolderManagerAccess::UpdateFromHeaders(_manager, Headers(), _folder));
+    EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, OnlyTheHeadersOfTheIdentityChangeAFolder) {
+    EXPECT_TRUE(FolderManagerAccess::UpdateFromHeaders(
+        _manager,
+        {{"x-ovs-owner", "x"}, {"ovs-id", "x"}, {"x-ovs-id2", "x"}, {"id", "x"}, {"x-ovs-reason-phrase", "x"}},
+        _folder));
+    EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, EveryHeaderOfTheIdentityIsReadInItsOrderAsUtf8) {
+    EXPECT_TRUE(FolderManagerAccess::UpdateFromHeaders(
+        _manager,
+        {{"x-ovs-id", "first"}, {"x-ovs-ownerid", "\xC3\xA9"}, {"x-ovs-id", "\xC3\xBC"}, {"x-ovs-ownerid", ""}},
+        _folder));
+    FolderConfiguration expected = WholeFolder();
+    expected.setServerFolderId(Text("\xC3\xBC"));
+    expected.ownerId = Text("\xC3\xA9");
+    EXPECT_TRUE(IsSame(_folder, expected));
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, AnAnswerWithoutHeadersIsLoggedAndStillAFolder) {
@@ -458,13 +658,23 @@ TEST_F(DrovaneRemoteFolderManagerTest, AFolderThatIsNotThereLeavesTheResultAlone
         AnswerWith(status, {{"x-ovs-id", "new-id"}});
         FolderConfiguration result;
         EXPECT_FALSE(_manager.GetFolderProperties(_folder, result));
-        EXPECT_TRUE(result.getServerFolderId().isEmpty());
+        EXPECT_TRUE(IsSame(result, FolderConfiguration()));
+    }
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderThatCannotBeAskedForLeavesTheResultAlone) {
+    for (const int status : {302, 403}) {
+        AnswerWith(status, {{"x-ovs-id", "new-id"}});
+        FolderConfiguration result;
+        EXPECT_THROW(_manager.GetFolderProperties(_folder, result), HttpException);
+        EXPECT_TRUE(IsSame(result, FolderConfiguration()));
     }
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, AFileIsAskedForByItsPathAndItsServerId) {
     FileConfiguration file;
     file.serverPath = Text("Projects/A/f.txt");
+    file.localPath = Text("/home/work/f.txt");
     file.serverId = 11;
     EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A/f.txt")));
     EXPECT_CALL(*_httpFactory, CreateFileRequest(_url, 11, 0));
@@ -472,11 +682,17 @@ TEST_F(DrovaneRemoteFolderManagerTest, AFileIsAskedForByItsPathAndItsServerId) {
     EXPECT_TRUE(_manager.FileExists(file));
 }
 
-TEST_F(DrovaneRemoteFolderManagerTest, TheRequestForAFileIsNotObserved) {
-    _executor->state = IHttpRequest::StateFailed;
+TEST_F(DrovaneRemoteFolderManagerTest, AFileWithoutAUrlIsAskedForAllTheSame) {
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, _)).Times(2).WillRepeatedly(Return(nullptr));
     AnswerWith(200);
-    _manager.FileExists(FileConfiguration());
-    EXPECT_EQ(FolderManagerAccess::LastRequestState(_manager), IHttpRequest::StateNone);
+    EXPECT_TRUE(_manager.FileExists(FileConfiguration()));
+    AnswerWith(500);
+    try {
+        _manager.FileExists(FileConfiguration());
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.Message(), Text("FileExists failed for url . Error code: 500."));
+    }
 }
 
 // --- Creation
@@ -486,7 +702,7 @@ const char* const Created =
 
 TEST_F(DrovaneRemoteFolderManagerTest, ACreatedFolderHasTheIdentityOfTheAnswer) {
     EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, Text("parent"), 12));
-    EXPECT_CALL(*_httpFactory, CreateFolderRequest(3, _url, _));
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(3, _folderUrl, _));
     AnswerWith(201, Headers(), Created);
     EXPECT_EQ(Words(_manager.CreateFolder(_folder, Text("parent"), false)), "results 0");
     EXPECT_EQ(_folder.getServerFolderId(), Text("new-id"));
@@ -495,11 +711,40 @@ TEST_F(DrovaneRemoteFolderManagerTest, ACreatedFolderHasTheIdentityOfTheAnswer) 
     EXPECT_THAT(_log.Records(), IsEmpty());
 }
 
-TEST_F(DrovaneRemoteFolderManagerTest, TheResultOfACreationCountsNothing) {
+TEST_F(DrovaneRemoteFolderManagerTest, AnyAnswerBelow400ToACreationIsRead) {
+    for (const int status : {1, 200, 302, 304, 399}) {
+        _folder = WholeFolder();
+        AnswerWith(status, Headers(), Created);
+        EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), status);
+        EXPECT_EQ(_folder.getServerFolderId(), Text("new-id"));
+        EXPECT_EQ(_folder.accessMask, 31);
+    }
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AnAnswerFrom400OnToACreationIsNotReadAsAFolder) {
+    for (const int status : {400, 401, 404, 409, 500}) {
+        AnswerWith(status, {{"x-ovs-id", "new-id"}}, Created);
+        EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), status);
+    }
+    AnswerWith(0, {{"x-ovs-id", "new-id"}}, Created);
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 0);
+    EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AnAnswerThatCannotBeReadIsACreationAllTheSame) {
+    AnswerWith(201, Headers(), "<html/>");
+    EXPECT_EQ(Words(_manager.CreateFolder(_folder, QString(), false)), "results 0");
+    EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheResultOfAnOperationCountsNothing) {
     AnswerWith(201, Headers(), Created);
-    const SyncResults results = _manager.CreateFolder(_folder, QString(), false);
-    const int* const counters = &results.localFilesCreated;
-    EXPECT_TRUE(std::all_of(counters, counters + 16, [](int counter) { return counter == 0; }));
+    for (const SyncResults& results : {_manager.CreateFolder(_folder, QString(), false), _manager.DeleteFolder(_folder),
+                                       _manager.MoveFolder(_folder, _folder)}) {
+        const int* const counters = &results.localFilesCreated;
+        EXPECT_TRUE(std::all_of(counters, counters + 16, [](int counter) { return counter == 0; }));
+    }
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, WithoutAUrlAFolderIsNotCreated) {
@@ -554,6 +799,60 @@ TEST_F(ExistingFolderTest, ItsPropertiesAreFetchedInPlaceOfAFailure) {
     EXPECT_THAT(_log.Records()[0].function, HasSubstr("DrovaneRemoteFolderManager::_CreateFolder("));
 }
 
+// Every word of `words` but the first after `separator`.
+QByteArray Joined(const QList<QByteArray>& words, const char* separator) {
+    QByteArray text = words.value(0);
+    for (int i = 1; i < words.size(); ++i) {
+        text += separator + words.at(i);
+    }
+    return text;
+}
+
+// In UTF-8.
+const char* const Separators[] = {
+    " ",        "\t",       "\n",           "\v",           "\f",           "\r",           ":",   ".",
+    "\xC2\x85", "\xC2\xA0", "\xE1\x9A\x80", "\xE2\x80\x83", "\xE2\x80\xA8", "\xE3\x80\x80", " .: "};
+const char* const NoSeparators[] = {",", ";", "-", "_", "/", "!", "\"", "'", "(", "0", "\xC2\xB7", "\xE2\x80\x8B", ""};
+
+TEST_F(ExistingFolderTest, TheWordsOfAReasonLieBetweenBlanksOfEveryKindColonsAndFullStops) {
+    const QList<QByteArray> existing = {"existing", "file", "already", "exists"};
+    const QList<QByteArray> missing = {"does", "not", "exist"};
+    for (const char* separator : Separators) {
+        AnswerWith(400, Reason(Joined(existing, separator).constData()));
+        EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 200) << separator;
+        AnswerWith(400, Reason(Joined(missing, separator).constData()));
+        EXPECT_EQ(Words(_manager.DeleteFolder(_folder)), "results 2") << separator;
+    }
+    for (const char* separator : NoSeparators) {
+        AnswerWith(400, Reason(Joined(existing, separator).constData()));
+        EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 400) << separator;
+        AnswerWith(400, Reason(Joined(missing, separator).constData()));
+        EXPECT_THROW(_manager.DeleteFolder(_folder), HttpException) << separator;
+    }
+}
+
+TEST_F(ExistingFolderTest, AReasonIsReadAsUtf8) {
+    // In Latin-1 the second byte would be a blank.
+    AnswerWith(400, Reason("existing file already \xC3\xA0"
+                           "exists"));
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 400);
+}
+
+TEST_F(ExistingFolderTest, OnlyTheFirstReasonCountsAfterWhateverHeaders) {
+    const QPair<QByteArray, QByteArray> good("x-ovs-REASON-phrase", "existing file already exists - does not exist");
+    const QPair<QByteArray, QByteArray> bad("x-ovs-reason-phrase", "something else");
+    const QPair<QByteArray, QByteArray> other("x-ovs-reason", "something else");
+    AnswerWith(400, {other, good, bad});
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 200);
+    EXPECT_EQ(Words(_manager.DeleteFolder(_folder)), "results 2");
+    AnswerWith(400, {bad, good});
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 400);
+    EXPECT_THROW(_manager.DeleteFolder(_folder), HttpException);
+    AnswerWith(400, {{"x-ovs-reason", "existing file already exists - does not exist"}});
+    EXPECT_EQ(FolderManagerAccess::CreateFolder(_manager, _folder, QString()), 400);
+    EXPECT_THROW(_manager.DeleteFolder(_folder), HttpException);
+}
+
 TEST_F(ExistingFolderTest, AReasonThatLacksAWordIsAFailure) {
     for (const char* reason : {"file already exists", "existing already exists", "existing file exists",
                                "existing file already", "existingfile already exists", ""}) {
@@ -590,9 +889,9 @@ protected:
                 const QByteArray id = "id of " + folder.serverPath.toUtf8();
                 if (kind == 2) {
                     request->answer.statusCode = _existing.contains(folder.serverPath) ? 200 : 404;
-                    request->answer.responseHeaders = {{"x-ovs-id", id}};
+                    request->answer.responseHeaders = {{"x-ovs-id", id}, {"x-ovs-ownerid", "somebody"}};
                 } else {
-                    request->answer.statusCode = _forbidden.contains(folder.serverPath) ? 403 : 201;
+                    request->answer.statusCode = _forbidden.contains(folder.serverPath) ? _refusal : 201;
                     request->answer.responseBody =
                         "<Response><Folders><Folder><id>" + id + "</id></Folder></Folders></Response>";
                 }
@@ -604,13 +903,14 @@ protected:
         _folder.serverId = FolderServerId;
     }
 
-    void Create(const char* path) {
+    void Create(const char* path, const char* parentFolderId = "") {
         _folder.serverPath = Text(path);
-        EXPECT_EQ(Words(_manager.CreateFolder(_folder, QString(), true)), "results 0");
+        EXPECT_EQ(Words(_manager.CreateFolder(_folder, Text(parentFolderId), true)), "results 0");
     }
 
     QStringList _existing;
     QStringList _forbidden;
+    int _refusal = 403;
     std::vector<std::string> _steps;
     std::vector<FolderConfiguration> _asked;
 };
@@ -624,6 +924,20 @@ TEST_F(CreateParentsTest, EveryMissingFolderIsCreatedInsideTheOneBefore) {
     EXPECT_EQ(_folder.accessMask, 31);
 }
 
+TEST_F(CreateParentsTest, TheFirstFolderIsCreatedInsideTheGivenOne) {
+    Create("Root/a/b", "top");
+    EXPECT_THAT(_steps, ElementsAre("look at Root/a", "create Root/a in top", "look at Root/a/b",
+                                    "create Root/a/b in id of Root/a"));
+}
+
+TEST_F(CreateParentsTest, AFolderIsLookedForByItsPathWhateverTheIdOfTheLast) {
+    _folder.setServerFolderId(Text("id-A"));
+    Create("Root/a/b");
+    for (const FolderConfiguration& step : _asked) {
+        EXPECT_TRUE(step.getServerFolderId().isEmpty());
+    }
+}
+
 TEST_F(CreateParentsTest, TheFoldersOnTheWayHaveWhatTheyNeed) {
     Create("Root/a/b");
     const FolderConfiguration& step = _asked.back();
@@ -634,6 +948,41 @@ TEST_F(CreateParentsTest, TheFoldersOnTheWayHaveWhatTheyNeed) {
     EXPECT_EQ(step.serverKey, 3);
     EXPECT_EQ(step.serverId, FolderServerId);
     EXPECT_TRUE(step.serverRootPath.isEmpty());
+}
+
+TEST_F(CreateParentsTest, TheFoldersOnTheWayHaveNothingElseOfTheFolder) {
+    _folder = WholeFolder();
+    _folder.serverRootPath = Text("Root");
+    Create("Root/a");
+    FolderConfiguration expected;
+    expected.serverPath = Text("Root/a");
+    expected.companionServerPath = Text("Root/a");
+    expected.name = Text("a");
+    expected.resourceId = Text("0");
+    expected.serverKey = 3;
+    expected.serverId = FolderServerId;
+    ASSERT_EQ(_asked.size(), 2U);
+    EXPECT_TRUE(IsSame(_asked[0], expected));
+    EXPECT_TRUE(IsSame(_asked[1], expected));
+}
+
+TEST_F(CreateParentsTest, TheNameOfAFolderOnTheWayIsAllBehindTheLastSlash) {
+    Create("Root/a.b/.c d.tar.gz");
+    EXPECT_EQ(_asked.front().name, Text("a.b"));
+    EXPECT_EQ(_asked.back().name, Text(".c d.tar.gz"));
+}
+
+TEST_F(CreateParentsTest, OnlyTheIdentityOfTheLastComesIntoTheFolder) {
+    _existing << Text("Root/a");
+    _folder = WholeFolder();
+    _folder.serverRootPath = Text("Root");
+    FolderConfiguration expected = _folder;
+    expected.serverPath = Text("Root/a");
+    expected.setServerFolderId(Text("id of Root/a"));
+    expected.ownerId = Text("somebody");
+    expected.accessMask = 0;
+    Create("Root/a");
+    EXPECT_TRUE(IsSame(_folder, expected));
 }
 
 TEST_F(CreateParentsTest, AFolderThatIsThereGivesItsIdentityWithoutACreation) {
@@ -661,6 +1010,12 @@ TEST_F(CreateParentsTest, ASiblingWhoseNameStartsWithTheRootsIsSplitWhole) {
                                     "create Root/Rootlet/a in id of Root/Rootlet"));
 }
 
+TEST_F(CreateParentsTest, APathThatDoesNotLieBelowTheRootIsSplitWhole) {
+    Create("Other/a");
+    EXPECT_THAT(_steps, ElementsAre("look at Root/Other", "create Root/Other", "look at Root/Other/a",
+                                    "create Root/Other/a in id of Root/Other"));
+}
+
 TEST_F(CreateParentsTest, WithoutARootThePathStartsWithItsFirstName) {
     _folder.serverRootPath.clear();
     Create("a/b");
@@ -678,6 +1033,51 @@ TEST_F(CreateParentsTest, AFailureStopsTheWalk) {
     }
     EXPECT_EQ(_steps.back(), "create Root/a/b in id of Root/a");
     EXPECT_TRUE(_folder.getServerFolderId().isEmpty());
+    EXPECT_TRUE(_folder.ownerId.isEmpty());
+    EXPECT_EQ(_folder.accessMask, 0);
+}
+
+TEST_F(CreateParentsTest, EveryStatusFrom400OnStopsTheWalk) {
+    _forbidden << Text("Root/a");
+    _folder.serverPath = Text("Root/a/b");
+    for (const int status : {400, 401, 404, 500}) {
+        _steps.clear();
+        _refusal = status;
+        try {
+            _manager.CreateFolder(_folder, QString(), true);
+            FAIL() << "nothing was thrown";
+        } catch (const HttpException& e) {
+            EXPECT_EQ(e.StatusCode(), status);
+            EXPECT_EQ(e.Message(),
+                      Text("CreateFolder failed for url http://service.test/Projects/A. Error code: %1.").arg(status));
+        }
+        EXPECT_THAT(_steps, ElementsAre("look at Root/a", "create Root/a"));
+    }
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Root/a/b")));
+    EXPECT_THROW(_manager.CreateFolder(_folder, QString(), true), HttpException);
+}
+
+TEST_F(CreateParentsTest, WithoutUrlsTheFirstFolderFailsWithARecordForEachQuestion) {
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, _, _)).Times(2).WillRepeatedly(Return(nullptr));
+    _folder.serverPath = Text("Root/a/b");
+    try {
+        _manager.CreateFolder(_folder, QString(), true);
+        FAIL() << "nothing was thrown";
+    } catch (const HttpException& e) {
+        EXPECT_EQ(e.StatusCode(), 400);
+    }
+    ASSERT_EQ(_log.Records().size(), 2U);
+    EXPECT_EQ(_log.Records()[0].text, "Failed to get folder properties for folder Root/a. Failed to build url.");
+    EXPECT_EQ(_log.Records()[1].text, "Failed to create server folder Root/a. Failed to build url.");
+    EXPECT_TRUE(_executor->executed.isEmpty());
+}
+
+TEST_F(CreateParentsTest, ARedirectOnTheWayIsACreation) {
+    _forbidden << Text("Root/a");
+    _refusal = 302;
+    Create("Root/a/b");
+    EXPECT_THAT(_steps,
+                ElementsAre("look at Root/a", "create Root/a", "look at Root/a/b", "create Root/a/b in id of Root/a"));
 }
 
 // --- What a creation answers
@@ -689,9 +1089,7 @@ protected:
     void ExpectFailure(const QByteArray& body, const std::string& text) {
         const size_t before = _log.Records().size();
         EXPECT_FALSE(Update(body));
-        EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
-        EXPECT_EQ(_folder.ownerId, Text("owner-A"));
-        EXPECT_EQ(_folder.accessMask, 5);
+        EXPECT_TRUE(IsSame(_folder, WholeFolder()));
         ASSERT_EQ(_log.Records().size(), before + 1);
         EXPECT_EQ(_log.Records().back().level, ErrorLevel);
         EXPECT_THAT(_log.Records().back().text,
@@ -711,6 +1109,36 @@ TEST_F(CreateAnswerTest, TheFirstOfSeveralCounts) {
         Update("<Response><Folders><Folder><id>first</id><id>second</id></Folder>"
                "<Folder><id>third</id></Folder></Folders></Response>"));
     EXPECT_EQ(_folder.getServerFolderId(), Text("first"));
+}
+
+TEST_F(CreateAnswerTest, OnlyTheFirstOfEachElementIsLookedInto) {
+    const std::string text = "Response xml doesn't contain node path Response/Folders/Folder.";
+    const QByteArray whole = "<Folders><Folder><id>x</id></Folder></Folders>";
+    ExpectFailure("<a><Response/><Response>" + whole + "</Response></a>", text);
+    ExpectFailure("<a><b><Response/></b><Response>" + whole + "</Response></a>", text);
+    ExpectFailure("<Response><Folders/>" + whole + "</Response>", text);
+    EXPECT_TRUE(Update("<Response><Folders><Folder/><Folder><id>x</id></Folder></Folders></Response>"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+    EXPECT_TRUE(Update("<Response><Folders><Folder><id/><id>x</id></Folder></Folders></Response>"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("id-A"));
+}
+
+TEST_F(CreateAnswerTest, NothingButTheIdentityChanges) {
+    EXPECT_TRUE(
+        Update("<Response><Folders><Folder><name>x</name><ID>x</ID><ownerid>x</ownerid><accessMask>1</accessMask>"
+               "<id>1\xC3\xA9</id><ownerId>2\xC3\xBC</ownerId></Folder></Folders></Response>"));
+    FolderConfiguration expected = WholeFolder();
+    expected.setServerFolderId(Text("1\xC3\xA9"));
+    expected.ownerId = Text("2\xC3\xBC");
+    expected.accessMask = 31;
+    EXPECT_TRUE(IsSame(_folder, expected));
+}
+
+TEST_F(CreateAnswerTest, ElementsOfANamespaceGoByTheirNamesWithoutPrefix) {
+    EXPECT_TRUE(
+        Update("<p:Response xmlns:p=\"urn:x\" xmlns=\"urn:y\"><p:Folders><Folder><p:id>x</p:id></Folder></p:Folders>"
+               "</p:Response>"));
+    EXPECT_EQ(_folder.getServerFolderId(), Text("x"));
 }
 
 TEST_F(CreateAnswerTest, WithoutAnIdOnlyTheAccessMaskChanges) {
@@ -809,6 +1237,11 @@ TEST_F(CreateAnswerTest, NestingWithoutEndIsAnError) {
     ExpectFailure(body, "Error parsing response xml: elements are nested too deeply at line 1");
 }
 
+TEST_F(CreateAnswerTest, ABodyWithAnErrorIsShownAsUtf8) {
+    ExpectFailure("<Response>\xC3\xA9<a></Response>", "Error parsing response xml: ");
+    EXPECT_THAT(_log.Records().back().text, HasSubstr("body = <Response>\xC3\xA9<a></Response>"));
+}
+
 TEST_F(CreateAnswerTest, AnotherDocumentIsAnError) {
     const std::string text = "Response xml doesn't contain node path Response/Folders/Folder.";
     ExpectFailure("<html/>", text);
@@ -834,6 +1267,12 @@ TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithoutAnIdIsNotDeleted) {
     EXPECT_THAT(_log.Records(), IsEmpty());
 }
 
+TEST_F(DrovaneRemoteFolderManagerTest, ABlankIdIsAnId) {
+    _folder.setServerFolderId(Text(" "));
+    AnswerWith(204);
+    EXPECT_EQ(Words(_manager.DeleteFolder(_folder)), "results 2");
+}
+
 TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithoutAUrlIsNotDeleted) {
     EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, QString(), 13)).WillOnce(Return(nullptr));
     try {
@@ -842,13 +1281,15 @@ TEST_F(DrovaneRemoteFolderManagerTest, AFolderWithoutAUrlIsNotDeleted) {
     } catch (const HttpException& e) {
         EXPECT_EQ(e.Message(), Text("Failed to delete folder Projects/A. Failed to build url."));
         EXPECT_EQ(e.StatusCode(), 400);
+        EXPECT_TRUE(e.Url().isEmpty());
     }
     EXPECT_TRUE(_executor->executed.isEmpty());
     EXPECT_THAT(_log.Records(), IsEmpty());
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, AFolderIsDeletedByRequestKindSix) {
-    EXPECT_CALL(*_httpFactory, CreateFolderRequest(6, _url, _));
+    EXPECT_CALL(*_urlBuilder, BuildFolderUrl(_, _, QString(), 13));
+    EXPECT_CALL(*_httpFactory, CreateFolderRequest(6, _folderUrl, _));
     AnswerWith(204);
     EXPECT_EQ(Words(_manager.DeleteFolder(_folder)), "results 2");
     EXPECT_THAT(_log.Records(), IsEmpty());
@@ -879,14 +1320,13 @@ TEST_F(DrovaneRemoteFolderManagerTest, OtherReasonsAreFailuresOfADeletion) {
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, AMoveGoesFromServerPathToServerPathAndIsTraced) {
-    FolderConfiguration to;
-    to.serverPath = Text("Projects/B");
-    const auto destination = std::make_shared<QUrl>(Text("http://service.test/Projects/B"));
-    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A"))).WillOnce(Return(_url));
-    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/B"))).WillOnce(Return(destination));
-    EXPECT_CALL(*_httpFactory, CreateMoveRequest(_url, destination, FolderServerId));
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A")));
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/B")));
+    EXPECT_CALL(*_httpFactory, CreateMoveRequest(_url, _otherUrl, FolderServerId));
+    // Before the request is sent.
+    _executor->onExecute = [this] { EXPECT_EQ(_log.Records().size(), 1U); };
     AnswerWith(201);
-    EXPECT_EQ(Words(_manager.MoveFolder(_folder, to)), "results 3");
+    EXPECT_EQ(Words(_manager.MoveFolder(_folder, _otherFolder)), "results 3");
     ASSERT_EQ(_log.Records().size(), 1U);
     EXPECT_EQ(_log.Records()[0].level, DebugLevel);
     EXPECT_EQ(_log.Records()[0].text, "Move: http://service.test/Projects/A to http://service.test/Projects/B\r\n");
@@ -915,7 +1355,7 @@ TEST_F(DrovaneRemoteFolderManagerTest, NothingIsLoggedBelowTheLevelOfTheLogger) 
 TEST_F(DrovaneRemoteFolderManagerTest, WhatTheExecutorThrowsPassesThrough) {
     _executor->onExecute = [] { throw SyncException(Text("no answer")); };
     for (const Operation& operation : Operations) {
-        EXPECT_THROW(operation.run(_manager, _folder), SyncException) << operation.name;
+        EXPECT_THROW(operation.run(_manager, _folder, _otherFolder), SyncException) << operation.name;
     }
 }
 
@@ -950,6 +1390,49 @@ TEST_F(DrovaneRemoteFolderManagerTest, AFolderRecordHasEveryFieldFromItsEntry) {
     EXPECT_EQ(folder.getServerFolderId(), Text("item"));
     EXPECT_TRUE(folder.companionServerPath.isEmpty());
     EXPECT_EQ(folder.accessMask, 0);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderRecordInheritsNothingElseFromItsParent) {
+    FolderConfiguration expected;
+    expected.serverKey = 3;
+    expected.serverId = FolderServerId;
+    expected.resourceId = Text("0");
+    expected.serverPath = Text("x");
+    expected.serverRootPath = Text("x");
+    expected.localPath = Text("/home/work");
+    const DAVPropfindResponse response(Text("/x"), DAVPropfindProperties());
+    EXPECT_TRUE(IsSame(FolderManagerAccess::BuildFolderConfig(_manager, WholeFolder(), response), expected));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AFolderRecordHasNothingOfAnEntryThatIsForFiles) {
+    DAVPropfindProperties properties;
+    properties.createdDate = QDateTime::fromMSecsSinceEpoch(1000);
+    properties.linksExtractedAtFileTime = QDateTime::fromMSecsSinceEpoch(2000);
+    properties.versionId = properties.visibility = properties.checkSumMD5 = properties.syncOption = Text("x");
+    DAVPropfindResponse response(Text("/x"), properties);
+    response.parentResourceId = 1;
+    response.versionNumber = 2;
+    response.contentLength = 3;
+    response.attribute = 'a';
+    FolderConfiguration expected;
+    expected.resourceId = Text("0");
+    expected.serverPath = Text("x");
+    expected.serverRootPath = Text("x");
+    expected.localPath = Text("x");
+    EXPECT_TRUE(IsSame(FolderManagerAccess::BuildFolderConfig(_manager, FolderConfiguration(), response), expected));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, TheLocalPathOfAFolderReplacesTheLengthOfTheParentsRootPath) {
+    FolderConfiguration parent;
+    parent.serverRootPath = Text("12345678");
+    parent.serverPath = Text("12345678/longer");
+    parent.localPath = Text("L");
+    const auto localPathOf = [&](const char* href) {
+        return FolderManagerAccess::BuildFolderConfig(_manager, parent, Entry(Folder, href)).localPath;
+    };
+    EXPECT_EQ(localPathOf("/12345678/a/"), Text("L/a"));
+    EXPECT_EQ(localPathOf("/Projects/a"), Text("L/a"));
+    EXPECT_EQ(localPathOf("/a%20b%20c%20d/"), Text("L"));
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, OneSlashIsRemovedAtEitherEndOfAFoldersPath) {
@@ -997,6 +1480,75 @@ TEST_F(DrovaneRemoteFolderManagerTest, FoldersAndProjectsAreListedAndEveryOtherC
     EXPECT_TRUE(FolderManagerAccess::BuildFolderConfigs(_manager, _folder, nullptr, ignored)->isEmpty());
 }
 
+// Of all of these only folders and projects are folders, and only files are files.
+DAVPropfindResult EntriesOfEveryType() {
+    DAVPropfindResult result;
+    const char* const types[] = {File, Folder, Project, Form, "drovane.objects.Strange", ""};
+    int id = 1;
+    for (const char* type : types) {
+        const QString key = QString::number(id);
+        result.collectionResponses.insert(key, Entry(type, "/collection/", id));
+        result.fileResponses.insert(key, Entry(type, "/file", 10 + id, 20));
+        ++id;
+    }
+    return result;
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, WhatIsNoFolderAmongTheCollectionsIsIgnoredWhateverItIs) {
+    const auto result = std::make_shared<DAVPropfindResult>(EntriesOfEveryType());
+    QSet<int> ignored;
+    EXPECT_EQ(FolderManagerAccess::BuildFolderConfigs(_manager, _folder, result, ignored)->size(), 2);
+    EXPECT_EQ(ignored, QSet<int>() << 1 << 4 << 5 << 6);
+    EXPECT_EQ(result->collectionResponses.size(), 6);
+    EXPECT_EQ(result->fileResponses.size(), 6);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, WhatIsNoFileAmongTheFilesIsIgnoredWhateverItIs) {
+    const auto result = std::make_shared<DAVPropfindResult>(EntriesOfEveryType());
+    QSet<int> ignored;
+    FolderManagerAccess::IgnoreByClassTypeOfParent(_manager, result, ignored);
+    EXPECT_EQ(ignored, QSet<int>() << 12 << 13 << 14 << 15 << 16);
+    EXPECT_EQ(result->collectionResponses.size(), 6);
+    EXPECT_EQ(result->fileResponses.size(), 6);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, WhatWasIgnoredBeforeStaysIgnored) {
+    const auto result = std::make_shared<DAVPropfindResult>(EntriesOfEveryType());
+    QSet<int> ignored;
+    ignored << 100;
+    FolderManagerAccess::BuildFolderConfigs(_manager, _folder, result, ignored);
+    FolderManagerAccess::BuildFolderConfigs(_manager, _folder, nullptr, ignored);
+    FolderManagerAccess::IgnoreByClassTypeOfParent(_manager, nullptr, ignored);
+    FolderManagerAccess::IgnoreByClassTypeOfParent(_manager, result, ignored);
+    EXPECT_EQ(ignored, QSet<int>() << 100 << 1 << 4 << 5 << 6 << 12 << 13 << 14 << 15 << 16);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, EveryEntryInAnIgnoredContainerIsRemovedWhereverItStands) {
+    const auto result = std::make_shared<DAVPropfindResult>();
+    for (const int id : {1, 2, 3, 4, 5, 6}) {
+        result->fileResponses.insert(QString::number(id), Entry(File, "/a", id, id == 3 || id == 5 ? 8 : 7));
+    }
+    // A container in an ignored one is removed, and what lies in it, too.
+    result->fileResponses.insert(Text("7"), Entry(Form, "/form", 9, 7));
+    result->fileResponses.insert(Text("8"), Entry(File, "/form/a", 10, 9));
+    // In itself.
+    result->fileResponses.insert(Text("9"), Entry(Form, "/own", 11, 11));
+    QSet<int> ignored;
+    ignored << 7;
+    FolderManagerAccess::IgnoreByClassTypeOfParent(_manager, result, ignored);
+    EXPECT_EQ(result->fileResponses.keys(), QList<QString>() << Text("3") << Text("5"));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ACopyOfTheCollectionsHeldElsewhereIsNotWalked) {
+    const auto result = std::make_shared<DAVPropfindResult>(EntriesOfEveryType());
+    const QMap<QString, DAVPropfindResponse> copy = result->collectionResponses;
+    QSet<int> ignored;
+    EXPECT_FALSE(copy.isDetached());
+    FolderManagerAccess::BuildFolderConfigs(_manager, _folder, result, ignored);
+    EXPECT_TRUE(copy.isDetached());
+    EXPECT_EQ(copy.size(), 6);
+}
+
 TEST_F(DrovaneRemoteFolderManagerTest, WhatLiesDirectlyInAnIgnoredContainerIsRemoved) {
     const auto result = std::make_shared<DAVPropfindResult>();
     // The child comes before its form in key order.
@@ -1033,16 +1585,17 @@ TEST_F(DrovaneRemoteFolderManagerTest, AChildOfAFormHasItsPathAsItsParent) {
     EXPECT_FALSE(isChild("a/b/c", "A/B"));
     EXPECT_TRUE(isChild("abc", "abc"));
     EXPECT_FALSE(isChild("abc", "ab"));
+    EXPECT_TRUE(isChild("a//c", "a/"));
+    EXPECT_TRUE(isChild("/c", ""));
+    EXPECT_FALSE(isChild("c", ""));
 }
 
 // --- Listings
 
 TEST_F(DrovaneRemoteFolderManagerTest, SubFoldersAreAskedForSinceTheLastSync) {
-    const QDateTime lastSync = QDateTime::fromMSecsSinceEpoch(1600000000000);
-    _folder.setLastSyncTime(lastSync);
     EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A")));
     EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 1));
-    _executor->onExecute = [this, lastSync] { EXPECT_EQ(_propfind->modifiedSinceTime, lastSync); };
+    _executor->onExecute = [this] { EXPECT_EQ(_propfind->modifiedSinceTime, WholeFolder().getLastSyncTime()); };
     _propfind->result = std::make_shared<DAVPropfindResult>();
     _propfind->result->collectionResponses.insert(Text("b"), Entry(Folder, "/Projects/A/b/", 1));
     _propfind->result->collectionResponses.insert(Text("a"), Entry(Project, "/Projects/A/a/", 2));
@@ -1051,6 +1604,88 @@ TEST_F(DrovaneRemoteFolderManagerTest, SubFoldersAreAskedForSinceTheLastSync) {
     EXPECT_EQ(folders->at(0).serverPath, Text("Projects/A/a"));
     EXPECT_EQ(folders->at(1).serverPath, Text("Projects/A/b"));
     EXPECT_TRUE(_propfind->properties.isEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ATreeIsAskedForSinceTheLastSync) {
+    EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("Projects/A")));
+    EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 2));
+    _executor->onExecute = [this] { EXPECT_EQ(_propfind->modifiedSinceTime, WholeFolder().getLastSyncTime()); };
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files;
+    EXPECT_EQ(_manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files), 0);
+    EXPECT_EQ(_executor->executed.size(), 1);
+    EXPECT_TRUE(_propfind->properties.isEmpty());
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AListingChangesNothingOfTheFolderButTheServicesTime) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->serverTime = QDateTime::fromMSecsSinceEpoch(1700000000000);
+    FolderConfiguration expected = WholeFolder();
+    expected.setLastServerSyncRequestTime(_propfind->result->serverTime);
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files;
+    _manager.GetNameSortedDirsByFolder(_folder);
+    EXPECT_TRUE(IsSame(_folder, expected));
+    _folder = WholeFolder();
+    _manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files);
+    EXPECT_TRUE(IsSame(_folder, expected));
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AListingWithoutTheServicesTimeKeepsTheOneBefore) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files;
+    for (const int status : {207, 304}) {
+        AnswerWith(status);
+        _manager.GetNameSortedDirsByFolder(_folder);
+        _manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files);
+        EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+    }
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, AListingThatFailedRecordsNoTime) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->serverTime = QDateTime::fromMSecsSinceEpoch(1700000000000);
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files;
+    for (const int status : {302, 404, 500}) {
+        AnswerWith(status);
+        EXPECT_THROW(_manager.GetNameSortedDirsByFolder(_folder), HttpException);
+        if (status != 404) {
+            EXPECT_THROW(_manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files), HttpException);
+        } else {
+            EXPECT_EQ(_manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files), 404);
+        }
+        EXPECT_TRUE(IsSame(_folder, WholeFolder()));
+    }
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, ATreeThatIsNotListedLeavesTheOutputsAlone) {
+    _propfind->result = std::make_shared<DAVPropfindResult>(EntriesOfEveryType());
+    const auto foldersBefore = std::make_shared<QVector<FolderConfiguration>>();
+    const auto filesBefore = std::make_shared<QVector<FileConfiguration>>(3);
+    auto folders = foldersBefore;
+    auto files = filesBefore;
+    for (const int status : {304, 404}) {
+        AnswerWith(status);
+        EXPECT_EQ(_manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files), status);
+        EXPECT_EQ(folders, foldersBefore);
+        EXPECT_EQ(files, filesBefore);
+        EXPECT_EQ(files->size(), 3);
+    }
+    EXPECT_EQ(_propfind->result->fileResponses.size(), 6);
+}
+
+TEST_F(DrovaneRemoteFolderManagerTest, RecordsOfAListingAreThoseOfThePathsBelowTheFolder) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->collectionResponses.insert(Text("a"), Entry(Folder, "/Projects/A/b/", 1));
+    _propfind->result->fileResponses.insert(Text("a"), Entry(File, "/Projects/A/f", 2));
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<FileConfiguration>> files;
+    EXPECT_EQ(_manager.GetAllFilesAndSubFoldersByFolder(_folder, folders, files), 0);
+    EXPECT_EQ(folders->at(0).localPath, Text("/home/work/A/b"));
+    EXPECT_EQ(files->at(0).localPath, Text("/home/work/A/f"));
+    EXPECT_EQ(_manager.GetNameSortedDirsByFolder(_folder)->at(0).localPath, Text("/home/work/A/b"));
 }
 
 TEST_F(DrovaneRemoteFolderManagerTest, TheServicesTimeIsRecordedByListingsOn304Too) {
@@ -1089,7 +1724,10 @@ TEST_F(DrovaneRemoteFolderManagerTest, ProcessingABadAnswerThrowsWithTheRequests
         EXPECT_EQ(e.Url(), _propfind->url);
     }
     _propfind->statusCode = 304;
+    _propfind->result = std::make_shared<DAVPropfindResult>();
     EXPECT_EQ(FolderManagerAccess::ProcessPropfindResult(_manager, _propfind), _propfind->result);
+    _propfind->statusCode = 400;
+    EXPECT_THROW(FolderManagerAccess::ProcessPropfindResult(_manager, _propfind), HttpException);
 }
 
 std::shared_ptr<DAVPropfindResult> Tree() {
@@ -1105,7 +1743,7 @@ std::shared_ptr<DAVPropfindResult> Tree() {
 
 TEST_F(DrovaneRemoteFolderManagerTest, ATreeIsEverythingButTheContentsOfContainersThatAreNoFolders) {
     const auto before = std::make_shared<QVector<FileConfiguration>>(3);
-    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    auto folders = std::make_shared<QVector<FolderConfiguration>>(2);
     std::shared_ptr<QVector<FileConfiguration>> files = before;
     EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 2));
     _propfind->result = Tree();
@@ -1140,9 +1778,13 @@ protected:
 TEST_F(FolderSizeTest, AsksForThreePropertiesOfTheTreeOrTheChildren) {
     EXPECT_CALL(*_urlBuilder, BuildUrl(_, Text("P"))).Times(2);
     EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 2));
+    _executor->onExecute = [this] {
+        EXPECT_EQ(_propfind->properties, QStringList()
+                                             << Text("{DAV:}D:getcontenttype") << Text("{DAV:}P:getcontentlength")
+                                             << Text("{DAV:}P:resourceclasstype"));
+    };
     EXPECT_EQ(Measure(true), 0);
-    EXPECT_EQ(_propfind->properties, QStringList() << Text("{DAV:}D:getcontenttype") << Text("{DAV:}P:getcontentlength")
-                                                   << Text("{DAV:}P:resourceclasstype"));
+    EXPECT_EQ(_executor->executed.size(), 1);
     EXPECT_FALSE(_propfind->modifiedSinceTime.isValid());
     EXPECT_CALL(*_httpFactory, CreatePropfindRequest(_url, FolderServerId, 1));
     EXPECT_EQ(Measure(false), 0);
@@ -1154,6 +1796,93 @@ TEST_F(FolderSizeTest, CountsWhatTheTreeListingLists) {
     EXPECT_EQ(_count, 2);
     EXPECT_EQ(_size, 300);
     EXPECT_EQ(_subFolders, QList<QString>() << Text("P/sub/"));
+}
+
+TEST_F(FolderSizeTest, HrefsAreDecodedBeforeAnythingIsAskedOrAppended) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->fileResponses.insert(Text("1"), Entry(File, "/P/a%20b/f%20g.txt", 1, 1, 7));
+    _propfind->result->fileResponses.insert(Text("2"), Entry(Form, "/P/f%6Frm", 2, 1));
+    _propfind->result->fileResponses.insert(Text("3"), Entry(File, "/P/form/%41", 3, 2, 100));
+    _propfind->result->fileResponses.insert(Text("4"), Entry(Form, "/P/other", 4, 1));
+    _propfind->result->fileResponses.insert(Text("5"), Entry(File, "http://service.test/P/%6Fther/a", 5, 4, 200));
+    _propfind->result->collectionResponses.insert(Text("1"), Entry(Folder, "/P/a%20b", 6, 1));
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(_, 2)).Times(AnyNumber());
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(Text("a b"), 2)).Times(2);
+    EXPECT_CALL(*_fileFilter, IsFileExcluded(Text("f g.txt"), 7, 2));
+    Measure();
+    EXPECT_EQ(_count, 1);
+    EXPECT_EQ(_size, 7);
+    EXPECT_EQ(_subFolders, QList<QString>() << Text("P/a b"));
+}
+
+TEST_F(FolderSizeTest, TheFirstCharacterOfAPathIsLeftOutWhateverItIs) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->fileResponses.insert(Text("1"), Entry(File, "xPa.txt", 1, 1));
+    _propfind->result->collectionResponses.insert(Text("1"), Entry(Folder, "xP/sub/", 2, 1));
+    EXPECT_CALL(*_fileFilter, IsFileExcluded(Text("a.txt"), _, 2));
+    Measure();
+    EXPECT_EQ(_subFolders, QList<QString>() << Text("P/sub/"));
+}
+
+TEST_F(FolderSizeTest, AFormHidesOnlyWhatIsListedAfterIt) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->fileResponses.insert(Text("1"), Entry(File, "/P/form/before", 1, 2, 10));
+    _propfind->result->fileResponses.insert(Text("2"), Entry(Form, "/P/form", 2, 1));
+    _propfind->result->fileResponses.insert(Text("3"), Entry(File, "/P/form/after", 3, 2, 100));
+    _propfind->result->fileResponses.insert(Text("4"), Entry(File, "/P/FORM/other", 4, 2, 1000));
+    _propfind->result->fileResponses.insert(Text("5"), Entry(File, "/P/form/deeper/file", 5, 6, 10000));
+    Measure();
+    EXPECT_EQ(_size, 11010);
+    EXPECT_EQ(_count, 3);
+}
+
+TEST_F(FolderSizeTest, OnlyFilesAreCountedAndOnlyFoldersListedOfEntriesOfEveryType) {
+    _propfind->result = std::make_shared<DAVPropfindResult>(EntriesOfEveryType());
+    Measure();
+    EXPECT_EQ(_count, 1);
+    EXPECT_EQ(_subFolders.size(), 2);
+}
+
+TEST_F(FolderSizeTest, ThePathIsTheOneThatWasAskedForWhateverBecomesOfTheCallersText) {
+    _propfind->result = Tree();
+    QString path = Text("P");
+    EXPECT_CALL(*_fileFilter, IsFileExcluded(_, _, _)).WillRepeatedly([&path](const QString&, qint64, int) {
+        path = Text("P/sub");
+        return false;
+    });
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(_, 2)).Times(AnyNumber());
+    EXPECT_CALL(*_folderFilter, IsFolderExcluded(Text("sub"), 2)).Times(2);
+    _manager.GetFolderSize(path, FolderServerId, true, _count, _size, _subFolders, _fileFilter, _folderFilter);
+    EXPECT_EQ(_count, 2);
+}
+
+TEST_F(FolderSizeTest, ExcludedFoldersAreLeftOutOneByOne) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    _propfind->result->collectionResponses.insert(Text("1"), Entry(Folder, "/P/a", 1, 0));
+    _propfind->result->collectionResponses.insert(Text("2"), Entry(Folder, "/P/b", 2, 0));
+    _propfind->result->collectionResponses.insert(Text("3"), Entry(Project, "/P/c", 3, 0));
+    _subFolders << Text("before");
+    ON_CALL(*_folderFilter, IsFolderExcluded(Text("b"), 2)).WillByDefault(Return(true));
+    Measure();
+    EXPECT_EQ(_subFolders, QList<QString>() << Text("before") << Text("P/a") << Text("P/c"));
+}
+
+TEST_F(FolderSizeTest, ATreeThatIsNotThereAddsNothing) {
+    _propfind->result = Tree();
+    AnswerWith(404);
+    EXPECT_EQ(Measure(), 404);
+    EXPECT_EQ(_count, 0);
+    EXPECT_EQ(_size, 0);
+    EXPECT_TRUE(_subFolders.isEmpty());
+}
+
+TEST_F(FolderSizeTest, TheSumIsOneOf64Bits) {
+    _propfind->result = std::make_shared<DAVPropfindResult>();
+    for (const char* key : {"1", "2", "3"}) {
+        _propfind->result->fileResponses.insert(Text(key), Entry(File, "/P/a", 1, 1, 2147483647));
+    }
+    Measure();
+    EXPECT_EQ(_size, Q_INT64_C(6442450941));
 }
 
 TEST_F(FolderSizeTest, AddsToWhatTheCallerHas) {
@@ -1191,6 +1920,7 @@ TEST_F(FolderSizeTest, TheFiltersSeePathsBelowTheFolderAndFoldersWithIt) {
     EXPECT_CALL(*_folderFilter, IsFolderExcluded(Text("P"), 2)).WillOnce(Return(true));
     Measure();
     EXPECT_EQ(_count, 0);
+    EXPECT_EQ(_size, 0);
     EXPECT_TRUE(_subFolders.isEmpty());
 }
 
@@ -1207,19 +1937,31 @@ class OverridingManager : public DrovaneRemoteFolderManager {
 public:
     using DrovaneRemoteFolderManager::DrovaneRemoteFolderManager;
     using DrovaneRemoteFolderManager::GetFolderSize;
-    int GetFolderSize(const QString&, int, bool, int&, qint64&, QList<QString>& subFolders,
-                      std::shared_ptr<ISyncFilter>, std::shared_ptr<ISyncFilter>) override {
+    int GetFolderSize(const QString& path, int folderServerId, bool wholeTree, int& fileCount, qint64& totalSize,
+                      QList<QString>& subFolders, std::shared_ptr<ISyncFilter> fileFilter,
+                      std::shared_ptr<ISyncFilter> folderFilter) override {
+        EXPECT_EQ(path, Text("P"));
+        EXPECT_EQ(folderServerId, FolderServerId);
         EXPECT_TRUE(subFolders.isEmpty());
+        fileCount += wholeTree ? 1 : 2;
+        ++totalSize;
+        filters = {std::move(fileFilter), std::move(folderFilter)};
         return ++calls;
     }
     int calls = 0;
+    std::vector<std::shared_ptr<ISyncFilter>> filters;
 };
 
 TEST_F(FolderSizeTest, WithoutTheListTheOverrideOfTheOtherOverloadIsCalled) {
     OverridingManager manager(_urlBuilder, ServerId, nullptr, _httpFactory, _configurationFactory);
     sync::interf::IRemoteFolderManager& asInterface = manager;
-    EXPECT_EQ(asInterface.GetFolderSize(Text("P"), 0, true, _count, _size, _fileFilter, _folderFilter), 1);
-    EXPECT_EQ(manager.calls, 1);
+    EXPECT_EQ(asInterface.GetFolderSize(Text("P"), FolderServerId, true, _count, _size, _fileFilter, _folderFilter), 1);
+    EXPECT_EQ(_count, 1);
+    EXPECT_EQ(_size, 1);
+    EXPECT_THAT(manager.filters, ElementsAre(_fileFilter, _folderFilter));
+    EXPECT_EQ(asInterface.GetFolderSize(Text("P"), FolderServerId, false, _count, _size, _fileFilter, _folderFilter),
+              2);
+    EXPECT_EQ(_count, 3);
 }
 
 }  // namespace

@@ -36,6 +36,14 @@ TEST_F(ExclusionTest, EveryComponentIsAskedForInOrderEmptyOnesToo) {
     EXPECT_FALSE(IsFolderPathExcluded(_folders, Text("a//b")));
 }
 
+TEST_F(ExclusionTest, ASlashAtEitherEndIsAnEmptyComponent) {
+    const InSequence inOrder;
+    EXPECT_CALL(*_folders, IsFolderExcluded(Text(""), 2)).WillOnce(Return(false));
+    EXPECT_CALL(*_folders, IsFolderExcluded(Text("a"), 2)).WillOnce(Return(false));
+    EXPECT_CALL(*_folders, IsFolderExcluded(Text(""), 2)).WillOnce(Return(true));
+    EXPECT_TRUE(IsFolderPathExcluded(_folders, Text("/a/")));
+}
+
 TEST_F(ExclusionTest, TheFirstExcludedComponentEndsTheQuestion) {
     const InSequence inOrder;
     EXPECT_CALL(*_folders, IsFolderExcluded(Text("a"), 2)).WillOnce(Return(false));
@@ -46,6 +54,8 @@ TEST_F(ExclusionTest, TheFirstExcludedComponentEndsTheQuestion) {
 TEST_F(ExclusionTest, AFileWithoutADirectoryIsTestedByItsNameAndSizeAlone) {
     EXPECT_CALL(*_files, IsFileExcluded(Text("f.txt"), Q_INT64_C(5000000000), 2)).WillOnce(Return(true));
     EXPECT_TRUE(IsFileExcluded(_files, _folders, Text("f.txt"), Q_INT64_C(5000000000)));
+    EXPECT_CALL(*_files, IsFileExcluded(Text(""), Q_INT64_C(-1), 2)).WillOnce(Return(false));
+    EXPECT_FALSE(IsFileExcluded(_files, _folders, Text(""), Q_INT64_C(-1)));
 }
 
 TEST_F(ExclusionTest, AFileInADirectoryIsTestedAfterIt) {
@@ -54,6 +64,15 @@ TEST_F(ExclusionTest, AFileInADirectoryIsTestedAfterIt) {
     EXPECT_CALL(*_folders, IsFolderExcluded(Text(""), 2)).WillOnce(Return(false));
     EXPECT_CALL(*_files, IsFileExcluded(Text("f.txt"), 1, 2)).WillOnce(Return(false));
     EXPECT_FALSE(IsFileExcluded(_files, _folders, Text("a/f.txt"), 1));
+}
+
+TEST_F(ExclusionTest, AFileDeepDownIsTestedAfterEveryDirectory) {
+    const InSequence inOrder;
+    for (const char* component : {"", "a", "b", ""}) {
+        EXPECT_CALL(*_folders, IsFolderExcluded(Text(component), 2)).WillOnce(Return(false));
+    }
+    EXPECT_CALL(*_files, IsFileExcluded(Text("f"), 1, 2)).WillOnce(Return(true));
+    EXPECT_TRUE(IsFileExcluded(_files, _folders, Text("/a/b/f"), 1));
 }
 
 TEST_F(ExclusionTest, AFileInAnExcludedDirectoryIsNotTestedItself) {

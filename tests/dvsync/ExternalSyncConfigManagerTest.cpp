@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QDomDocument>
+#include <QEventLoop>
 #include <QFile>
 #include <QMetaMethod>
 #include <QNetworkAccessManager>
@@ -39,6 +40,9 @@ public:
     static int RunEventLoop(ExternalSyncConfigManager& manager) { return manager.eventLoop.exec(); }
     static void ReplyFinished(ExternalSyncConfigManager& manager, QNetworkReply* reply) {
         manager._ReplyFinished(reply);
+    }
+    static void SslErrors(ExternalSyncConfigManager& manager, QNetworkReply* reply) {
+        manager._SslErrors(reply, QList<QSslError>());
     }
     static void ParseVersion(ExternalSyncConfigManager& manager, const QDomDocument& document) {
         manager._ParseVersionFromResponse(document);
@@ -204,6 +208,31 @@ TEST_F(ExternalSyncConfigManagerTest, AFetchIsOneGetOfTheUrlThroughAManagerMadeF
     EXPECT_TRUE(_factory->made.front().expired());
 }
 
+// Sends a bare GET of `url` through `manager` and waits for its end.
+QNetworkReply* Get(QNetworkAccessManager& manager, const QUrl& url) {
+    QNetworkReply* const reply = manager.get(QNetworkRequest(url));
+    QEventLoop loop;
+    QObject::connect(reply, SIGNAL(finished()), &loop, SLOT(quit()));
+    loop.exec();
+    return reply;
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AFetchSendsTheHeadersOfABareRequestAndNoOther) {
+    ScriptedServer server({AnswerOf(Document("whole.xml")), AnswerOf(Document("whole.xml"))});
+    ExpectWhole(Fetch(server.Url(Text("/"))));
+    QNetworkAccessManager manager;
+    Get(manager, server.Url(Text("/")));
+    server.Stop();
+    ASSERT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().at(0).headers, server.Requests().at(1).headers);
+    EXPECT_TRUE(server.Requests().at(0).body.isEmpty());
+}
+
+TEST_F(ExternalSyncConfigManagerTest, ARedirectIsAnAnswerAndIsNotFollowed) {
+    ScriptedServer server({AnswerOf(Document("whole.xml"), "HTTP/1.1 302 Found\r\nLocation: /elsewhere")});
+    ExpectWhole(FetchFrom(server));
+}
+
 TEST_F(ExternalSyncConfigManagerTest, EveryCallFetchesAnew) {
     ScriptedServer server({AnswerOf(Document("whole.xml")), AnswerOf(Document("frequency-15.xml"))});
     const QUrl url = server.Url(Text("/"));
@@ -294,6 +323,41 @@ TEST_F(ExternalSyncConfigManagerTest, ACertificateForAnotherHostIsAccepted) {
     QUrl url = server.Url(Text("/"));
     url.setHost(Text("localhost"));
     ExpectWhole(Fetch(url));
+}
+
+TEST_F(ExternalSyncConfigManagerTest, AnotherManagerAcceptsNoSuchCertificateForIt) {
+    const tests::SelfSignedCertificate certificate;
+    // One is asked for; the others are for managers that should not ask.
+    ScriptedServer::Step answer = AnswerOf(Document("whole.xml"));
+    answer.ending = Ending::Close;
+    ScriptedServer server({answer, answer, answer, answer}, certificate.Files());
+    const QUrl url = server.Url(Text("/"));
+    QNetworkAccessManager manager;
+    QNetworkAccessManager meanwhile;
+    EXPECT_EQ(Get(manager, url)->error(), QNetworkReply::SslHandshakeFailedError);
+    _http->onAsked = [&] { EXPECT_EQ(Get(meanwhile, url)->error(), QNetworkReply::SslHandshakeFailedError); };
+    ExpectWhole(Fetch(url));
+    EXPECT_EQ(Get(manager, url)->error(), QNetworkReply::SslHandshakeFailedError);
+    server.Stop();
+    EXPECT_EQ(server.Requests().size(), 1);
+}
+
+/// Counts how often its certificate is accepted.
+class AcceptingReply : public QNetworkReply {
+public:
+    void abort() override {}
+    void ignoreSslErrors() override { ++accepted; }
+
+    int accepted = 0;
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+};
+
+TEST_F(ExternalSyncConfigManagerTest, ACertificateIsAcceptedWhateverTheListOfErrorsHolds) {
+    AcceptingReply reply;
+    ConfigAccess::SslErrors(_manager, &reply);
+    EXPECT_EQ(reply.accepted, 1);
 }
 
 TEST_F(ExternalSyncConfigManagerTest, WhatACollaboratorThrowsGivesTheDefaultsAndIsLogged) {
@@ -531,7 +595,7 @@ TEST_P(SyncConfigDocumentTest, IsReadForWhatItSays) {
 std::string TestNameOf(const testing::TestParamInfo<DocumentCase>& info) {
     std::string name = info.param.file;
     std::replace_if(
-        name.begin(), name.end(), [](char c) { return c == '-' || c == '.'; }, '_');
+        name.begin(), name.end(), [](char c) { return c == '-' || c == '.' || c == ','; }, '_');
     return name;
 }
 
@@ -553,19 +617,20 @@ INSTANTIATE_TEST_SUITE_P(Good, SyncConfigDocumentTest,
 
 INSTANTIATE_TEST_SUITE_P(
     Values, SyncConfigDocumentTest,
-    testing::Values(DocumentCase{"escapes-and-cdata.xml", "KQ51<%1>", "https://service.test/%1?a=1&b=2", 60},
-                    DocumentCase{"blanks-around-values.xml", "\n KQ51_1001_WIN ", WholeUrl, 60},
-                    DocumentCase{"nested-in-a-value.xml", "KQ51_1", WholeUrl, 60},
-                    DocumentCase{"two-versions.xml", WholeVersion, WholeUrl, 60},
-                    // Every byte is one character.
-                    DocumentCase{"latin-1.xml", "Gr\xC3\xB6\xC3\x9F\x65", WholeUrl, 60},
-                    DocumentCase{"utf-8-letters.xml", "Gr\xC3\x83\xC2\xB6\xC3\x83\xC2\x9F\x65", WholeUrl, 60},
-                    DocumentCase{"query-in-a-value.xml", "{doc('file:///etc/passwd')}", WholeUrl, 60},
-                    DocumentCase{"inclusion.xml", "", WholeUrl, 60},
-                    DocumentCase{"without-version.xml", "", WholeUrl, 60},
-                    DocumentCase{"without-url.xml", WholeVersion, "", 60},
-                    DocumentCase{"without-frequency.xml", WholeVersion, WholeUrl, 180},
-                    DocumentCase{"empty-elements.xml"}),
+    testing::Values(
+        DocumentCase{"escapes-and-cdata.xml", "KQ51<%1>", "https://service.test/%1?a=1&b=2", 60},
+        DocumentCase{"blanks-around-values.xml", "\n KQ51_1001_WIN ", WholeUrl, 60},
+        DocumentCase{"nested-in-a-value.xml", "KQ51_1", WholeUrl, 60},
+        DocumentCase{"two-versions.xml", WholeVersion, WholeUrl, 60},
+        DocumentCase{"two-of-each.xml", WholeVersion, WholeUrl, 60}, DocumentCase{"elements-elsewhere.xml"},
+        DocumentCase{"elements-exchanged.xml"}, DocumentCase{"elements-in-other-case.xml"}, DocumentCase{"wrapped.xml"},
+        // Every byte is one character.
+        DocumentCase{"latin-1.xml", "Gr\xC3\xB6\xC3\x9F\x65", WholeUrl, 60},
+        DocumentCase{"utf-8-letters.xml", "Gr\xC3\x83\xC2\xB6\xC3\x83\xC2\x9F\x65", WholeUrl, 60},
+        DocumentCase{"query-in-a-value.xml", "{doc('file:///etc/passwd')}", WholeUrl, 60},
+        DocumentCase{"inclusion.xml", "", WholeUrl, 60}, DocumentCase{"without-version.xml", "", WholeUrl, 60},
+        DocumentCase{"without-url.xml", WholeVersion, "", 60},
+        DocumentCase{"without-frequency.xml", WholeVersion, WholeUrl, 180}, DocumentCase{"empty-elements.xml"}),
     TestNameOf);
 
 INSTANTIATE_TEST_SUITE_P(Frequencies, SyncConfigDocumentTest,
@@ -574,6 +639,13 @@ INSTANTIATE_TEST_SUITE_P(Frequencies, SyncConfigDocumentTest,
                                          DocumentCase{"frequency--60.xml", WholeVersion, WholeUrl, 180},
                                          DocumentCase{"frequency-abc.xml", WholeVersion, WholeUrl, 180},
                                          DocumentCase{"frequency-60.5.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-16.xml", WholeVersion, WholeUrl, 16},
+                                         DocumentCase{"frequency-020.xml", WholeVersion, WholeUrl, 20},
+                                         DocumentCase{"frequency-0x3C.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-3C.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-1e3.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-1,000.xml", WholeVersion, WholeUrl, 180},
+                                         DocumentCase{"frequency-in-other-digits.xml", WholeVersion, WholeUrl, 180},
                                          DocumentCase{"frequency-2147483647.xml", WholeVersion, WholeUrl, 2147483647},
                                          DocumentCase{"frequency-2147483648.xml", WholeVersion, WholeUrl, 180}),
                          TestNameOf);
@@ -628,9 +700,19 @@ TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderTakesTheFirstVersionAnywhe
     EXPECT_EQ(ConfigAccess::Config(_manager).mostCurrentVersion, Text("one"));
 }
 
+TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderTakesTheFirstThingInTheElement) {
+    ConfigAccess::ParseVersion(_manager, Parsed("<Version64>one<b/>two</Version64>"));
+    EXPECT_EQ(ConfigAccess::Config(_manager).mostCurrentVersion, Text("one"));
+    ConfigAccess::ParseVersion(_manager, Parsed("<Version64><!--three-->four</Version64>"));
+    EXPECT_EQ(ConfigAccess::Config(_manager).mostCurrentVersion, Text("three"));
+    EXPECT_EQ(ConfigAccess::Config(_manager).installerUrl, Text(""));
+    EXPECT_EQ(ConfigAccess::Config(_manager).syncFrequency, 180);
+}
+
 TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderKeepsTheVersionWhenThereIsNone) {
     for (const char* xml :
-         {"<a/>", "<Version64/>", "<Version64><b>inner</b></Version64>", "<version64>v</version64>"}) {
+         {"<a/>", "<Version64/>", "<a><Version64/><Version64>second</Version64></a>", "<Version32>v</Version32>",
+          "<Version64><b>inner</b></Version64>", "<version64>v</version64>"}) {
         ConfigAccess::ParseVersion(_manager, Parsed(xml));
         EXPECT_EQ(ConfigAccess::Config(_manager).mostCurrentVersion, Text("0.0.0.0")) << xml;
     }
@@ -639,11 +721,17 @@ TEST_F(ExternalSyncConfigManagerTest, TheVersionReaderKeepsTheVersionWhenThereIs
 TEST_F(ExternalSyncConfigManagerTest, TheFrequencyReaderTakesTheFirstFrequencyOf15OrMore) {
     ConfigAccess::ParseSyncFrequency(_manager, Parsed("<a><b><syncFrequency>15</syncFrequency></b></a>"));
     EXPECT_EQ(ConfigAccess::Config(_manager).syncFrequency, 15);
-    for (const char* xml : {"<a/>", "<SyncFrequency>30</SyncFrequency>", "<syncFrequency>14</syncFrequency>",
-                            "<syncFrequency>abc</syncFrequency>", "<syncFrequency/>"}) {
+    for (const char* xml :
+         {"<a/>", "<SyncFrequency>30</SyncFrequency>", "<syncFrequency>14</syncFrequency>",
+          "<syncFrequency>abc</syncFrequency>", "<syncFrequency/>", "<syncFrequency>0x3C</syncFrequency>",
+          "<a><syncFrequency>14</syncFrequency><syncFrequency>60</syncFrequency></a>",
+          "<syncFrequency><b>60</b></syncFrequency>", "<syncfrequency>60</syncfrequency>"}) {
         ConfigAccess::ParseSyncFrequency(_manager, Parsed(xml));
         EXPECT_EQ(ConfigAccess::Config(_manager).syncFrequency, 15) << xml;
     }
+    ConfigAccess::ParseSyncFrequency(_manager, Parsed("<syncFrequency>020</syncFrequency>"));
+    EXPECT_EQ(ConfigAccess::Config(_manager).syncFrequency, 20);
+    EXPECT_EQ(ConfigAccess::Config(_manager).mostCurrentVersion, Text("0.0.0.0"));
     EXPECT_THAT(_log.Records(), IsEmpty());
 }
 

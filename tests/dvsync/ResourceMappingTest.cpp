@@ -46,6 +46,21 @@ TEST(ClassTypeTest, TheWholeTextIsCompared) {
     EXPECT_FALSE(IsFileClassType(ResponseOfClass(" drovane.objects.File")));
     EXPECT_FALSE(IsFileClassType(ResponseOfClass("drovane.objects.FileX")));
     EXPECT_FALSE(IsFileClassType(ResponseOfClass("")));
+    EXPECT_FALSE(IsFormClassType(ResponseOfClass("drovane.objects.Forms")));
+    EXPECT_FALSE(IsFormClassType(ResponseOfClass("x.drovane.objects.Form")));
+    EXPECT_FALSE(IsFolderClassType(ResponseOfClass("drovane.objects.Folder ")));
+    EXPECT_FALSE(IsFolderClassType(ResponseOfClass("Folder")));
+    EXPECT_FALSE(IsFolderClassType(ResponseOfClass("drovane.objects.Projects")));
+    EXPECT_FALSE(IsFolderClassType(ResponseOfClass("drovane_objects_Project")));
+}
+
+TEST(ClassTypeTest, EveryTypeIsOneThing) {
+    EXPECT_FALSE(IsFolderClassType(ResponseOfClass("drovane.objects.File")));
+    EXPECT_FALSE(IsFormClassType(ResponseOfClass("drovane.objects.File")));
+    for (const char* folder : {"drovane.objects.Folder", "drovane.objects.Project"}) {
+        EXPECT_FALSE(IsFileClassType(ResponseOfClass(folder)));
+        EXPECT_FALSE(IsFormClassType(ResponseOfClass(folder)));
+    }
 }
 
 TEST(ClassTypeTest, AFolderAndAProjectAreFolders) {
@@ -127,6 +142,49 @@ TEST(BuildFileConfigFromFindResponseTest, EveryOtherFieldKeepsItsDefault) {
     EXPECT_TRUE(file.links.isEmpty());
 }
 
+TEST(BuildFileConfigFromFindResponseTest, NothingElseComesFromTheFolder) {
+    FolderConfiguration folder;
+    folder.serverKey = 5;
+    folder.name = folder.resourceId = folder.serverPath = folder.companionServerPath = folder.ownerId = Text("folder");
+    folder.lastModifiedDate = QDateTime::fromMSecsSinceEpoch(1000);
+    folder.accessMask = 31;
+    folder.setLastSyncTime(QDateTime::fromMSecsSinceEpoch(2000));
+    folder.setLastServerSyncRequestTime(QDateTime::fromMSecsSinceEpoch(3000));
+    folder.setPrivileges(Text("folder"));
+    folder.setServerFolderId(Text("folder"));
+    const FileConfiguration file =
+        BuildFileConfigFromFindResponse(folder, DAVPropfindResponse(Text("/x"), DAVPropfindProperties()));
+    EXPECT_EQ(file.serverId, 0);
+    EXPECT_EQ(file.serverPath, Text("x"));
+    EXPECT_EQ(file.localPath, Text("x"));
+    for (const QString& text : {file.name, file.ownerId, file.itemId, file.versionId, file.md5Checksum,
+                                file.getPrivileges(), file.customProperties.value(Text("versionId"))}) {
+        EXPECT_EQ(text, Text(""));
+    }
+    for (const QDateTime& date : {file.createdDate, file.lastModifiedDate, file.linksExtractedAtTime}) {
+        EXPECT_FALSE(date.isValid());
+    }
+    EXPECT_EQ(file.customProperties.value(Text("resourceId")), Text("0"));
+    EXPECT_EQ(file.ownerAttribute, 0);
+    EXPECT_EQ(file.stateCode, 0);
+    EXPECT_EQ(file.syncMode, 0);
+}
+
+TEST(BuildFileConfigFromFindResponseTest, NumbersAreDecimalWithTheirSign) {
+    DAVPropfindResponse response = ResponseOfClass("");
+    const auto numbers = [&](int number) {
+        response.versionNumber = number;
+        response.resourceId = number;
+        const FileConfiguration file = BuildFileConfigFromFindResponse(FolderConfiguration(), response);
+        EXPECT_EQ(file.customProperties.value(Text("version")), file.customProperties.value(Text("resourceId")));
+        return file.customProperties.value(Text("version"));
+    };
+    EXPECT_EQ(numbers(-17), Text("-17"));
+    EXPECT_EQ(numbers(1234567), Text("1234567"));
+    EXPECT_EQ(numbers(2147483647), Text("2147483647"));
+    EXPECT_EQ(numbers(-2147483647 - 1), Text("-2147483648"));
+}
+
 TEST(BuildFileConfigFromFindResponseTest, MissingPropertiesAreStoredAsEmptyValues) {
     const FileConfiguration file = FileWith(DAVPropfindProperties());
     EXPECT_TRUE(file.name.isEmpty());
@@ -186,6 +244,27 @@ TEST(BuildFileConfigFromFindResponseTest, EveryEscapeOfThePathIsDecodedOnce) {
     EXPECT_EQ(ServerPathOf("/a%23b%3Fc%3Bd"), Text("a#b?c;d"));
     EXPECT_EQ(ServerPathOf("/%C3%A9"), Text("\xC3\xA9"));
     EXPECT_EQ(ServerPathOf("/\xC3\xA9"), Text("\xC3\xA9"));
+}
+
+TEST(BuildFileConfigFromFindResponseTest, EveryHexadecimalDigitOfAnEscapeIsOneAndNothingElse) {
+    for (const char* href : {"/%41%4a%4A%4f%4F%5A%5a%7A%6F%6f%49%50", "/a b%41%4a%4A%4f%4F%5A%5a%7A%6F%6f%49%50"}) {
+        EXPECT_TRUE(ServerPathOf(href).endsWith(Text("AJJOOZZzooIP"))) << href;
+    }
+    EXPECT_EQ(ServerPathOf("/a%4Gb"), Text("a%4Gb"));
+    EXPECT_EQ(ServerPathOf("/a%G4b"), Text("a%G4b"));
+    EXPECT_EQ(ServerPathOf("/a%4gb"), Text("a%4gb"));
+    EXPECT_EQ(ServerPathOf("/a%4:b"), Text("a%4:b"));
+    EXPECT_EQ(ServerPathOf("/a%4@b"), Text("a%4@b"));
+    EXPECT_EQ(ServerPathOf("/a%/4b"), Text("a%/4b"));
+}
+
+TEST(BuildFileConfigFromFindResponseTest, LettersOutsideAsciiStandForThemselvesBesideEscapes) {
+    EXPECT_EQ(ServerPathOf("/\xC3\xA9%20\xE6\xBC\xA2"), Text("\xC3\xA9 \xE6\xBC\xA2"));
+    EXPECT_EQ(ServerPathOf("/%C3%A9\xC3\xA9"), Text("\xC3\xA9\xC3\xA9"));
+    EXPECT_EQ(ServerPathOf("/\xF0\x9F\x98\x80%F0%9F%98%80"), Text("\xF0\x9F\x98\x80\xF0\x9F\x98\x80"));
+    DAVPropfindProperties properties;
+    properties.filename = Text("\xC3\xA9%20\xE6\xBC\xA2%C3%A9");
+    EXPECT_EQ(FileWith(properties).name, Text("\xC3\xA9 \xE6\xBC\xA2\xC3\xA9"));
 }
 
 TEST(BuildFileConfigFromFindResponseTest, WhatDoesNotStandForItselfInAPathIsReadAsInAnyUrl) {
@@ -301,12 +380,18 @@ TEST(BuildFileConfigFromFindResponseTest, TheVisibilityIsZeroForHideInAnyLetterC
     EXPECT_EQ(visibilityOf(""), Text("1"));
     EXPECT_EQ(visibilityOf("show"), Text("1"));
     EXPECT_EQ(visibilityOf("hidden"), Text("1"));
+    EXPECT_EQ(visibilityOf("HIDE"), Text("0"));
+    EXPECT_EQ(visibilityOf("hide "), Text("1"));
+    EXPECT_EQ(visibilityOf("0"), Text("1"));
 }
 
 TEST(BuildFileConfigFromFindResponseTest, EmptySyncOptionsAreDropped) {
     DAVPropfindProperties properties;
     properties.syncOption = Text("a,,b,");
     EXPECT_EQ(FileWith(properties).getSyncOptionPersistentAcrossMachines(), QStringList() << Text("a") << Text("b"));
+    properties.syncOption = Text(" a ;b, ,A");
+    EXPECT_EQ(FileWith(properties).getSyncOptionPersistentAcrossMachines(),
+              QStringList() << Text(" a ;b") << Text(" ") << Text("A"));
     properties.syncOption = Text(",");
     EXPECT_TRUE(FileWith(properties).getSyncOptionPersistentAcrossMachines().isEmpty());
 }
@@ -363,6 +448,36 @@ TEST(BuildFileConfigsFromFindResultTest, OnlyFilesAreTakenAndInKeyOrder) {
     ASSERT_EQ(files->size(), 2);
     EXPECT_EQ(files->at(0).serverPath, Text("2"));
     EXPECT_EQ(files->at(1).serverPath, Text("1"));
+}
+
+TEST(BuildFileConfigsFromFindResultTest, OfEntriesOfEveryTypeOnlyFilesAreTaken) {
+    FolderConfiguration folder;
+    const auto result = std::make_shared<DAVPropfindResult>();
+    for (const char* type : {"drovane.objects.File", "drovane.objects.Folder", "drovane.objects.Project",
+                             "drovane.objects.Form", "drovane.objects.Strange", ""}) {
+        result->fileResponses.insert(Text(type), ResponseOfClass(type, "/file"));
+        result->collectionResponses.insert(Text(type), ResponseOfClass(type, "/collection"));
+    }
+    const auto files = BuildFileConfigsFromFindResult(folder, result);
+    ASSERT_EQ(files->size(), 1);
+    EXPECT_EQ(files->at(0).serverPath, Text("file"));
+    EXPECT_EQ(result->fileResponses.size(), 6);
+    EXPECT_EQ(result->collectionResponses.size(), 6);
+}
+
+TEST(BuildFileConfigsFromFindResultTest, EveryRecordIsThatOfAFileInTheFolder) {
+    FolderConfiguration folder;
+    folder.serverId = 42;
+    folder.serverRootPath = Text("P");
+    folder.localPath = Text("L");
+    const auto result = std::make_shared<DAVPropfindResult>();
+    result->fileResponses.insert(Text("a"), ResponseOfClass("drovane.objects.File", "/P/a"));
+    result->fileResponses.insert(Text("b"), ResponseOfClass("drovane.objects.File", "/P/b"));
+    const auto files = BuildFileConfigsFromFindResult(folder, result);
+    ASSERT_EQ(files->size(), 2);
+    EXPECT_EQ(files->at(0).localPath, Text("L/a"));
+    EXPECT_EQ(files->at(1).localPath, Text("L/b"));
+    EXPECT_EQ(files->at(1).serverId, 42);
 }
 
 TEST(BuildFileConfigsFromFindResultTest, TheSingleResponseIsNotLookedAt) {

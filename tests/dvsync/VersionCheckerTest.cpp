@@ -101,6 +101,35 @@ TEST_F(VersionCheckerTest, TheSameVersionIsNotGreater) {
 TEST_F(VersionCheckerTest, AVersionIsFoundAnywhereInTheText) {
     EXPECT_TRUE(AIsGreater("xxKQ51_1002_WINyy", "KQ51_1001_WIN"));
     EXPECT_TRUE(AIsGreater("KQ51_1002_WIN KQ59_1_WIN", "aKQ51_1001_WIN"));
+    EXPECT_TRUE(AIsGreater("KQKQ51_1002_WINDOWS", "\nKQ51_1001_WIN\n"));
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(VersionCheckerTest, TheFirstVersionInATextCounts) {
+    EXPECT_FALSE(AIsGreater("KQ50_1_WIN KQ59_1_WIN", "KQ51_1_WIN"));
+    EXPECT_TRUE(AIsGreater("KQ51_1_WIN", "KQ50_1_WIN KQ59_1_WIN"));
+    EXPECT_TRUE(AIsGreater("KQ52_x_WIN KQ51_2_WIN", "KQ51_1_WIN"));
+    EXPECT_THAT(_log.Records(), IsEmpty());
+}
+
+TEST_F(VersionCheckerTest, NumbersAreDecimal) {
+    EXPECT_TRUE(AIsGreater("KQ51_010_WIN", "KQ51_9_WIN"));
+    EXPECT_FALSE(AIsGreater("KQ51_9_WIN", "KQ51_010_WIN"));
+    EXPECT_TRUE(AIsGreater("KQ51_0000000000000010_WIN", "KQ51_9_WIN"));
+    EXPECT_TRUE(CheckerAccess::CompareDotted(_checker, Text("5.1.010.0"), Text("5.1.9.0")));
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.9.0"), Text("5.1.010.0")));
+    EXPECT_THAT(_log.Records(), IsEmpty());
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.0x10.0"), Text("5.1.9.0")));
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.9.0"), Text("5.1.0x8.0")));
+    EXPECT_EQ(_log.Records().size(), 2U);
+}
+
+TEST_F(VersionCheckerTest, ADigitOfAnotherScriptIsADigitThatCountsAsNothing) {
+    // The Arabic five.
+    EXPECT_TRUE(AIsGreater("KQ\xD9\xA5\x31_7_WIN", "KQ01_6_WIN"));
+    EXPECT_FALSE(AIsGreater("KQ\xD9\xA5\x31_7_WIN", "KQ10_1_WIN"));
+    EXPECT_TRUE(AIsGreater("KQ5\xD9\xA5_7_WIN", "KQ50_6_WIN"));
+    EXPECT_FALSE(AIsGreater("KQ5\xD9\xA5_7_WIN", "KQ51_1_WIN"));
     EXPECT_THAT(_log.Records(), IsEmpty());
 }
 
@@ -119,8 +148,10 @@ TEST_P(NoVersionTest, IsRejectedAsEitherVersion) {
 INSTANTIATE_TEST_SUITE_P(Texts, NoVersionTest,
                          testing::Values("", "5.1.1.1001", "0.0.0.0", "KQ51_99999999999_WIN", "KQ51_2147483648_WIN",
                                          "KQ51__WIN", "KQ51_-1_WIN", "KQ51_1a_WIN", "KQ5_1_WIN", "KQ511_1_WIN",
-                                         "kq51_1_win", "KQ51_1_MAC", "KQ51_1001", "KQ %1 %0 %2",
-                                         "K\xC3\xB6nig\xF0\x9F\x98\x80"));
+                                         "kq51_1_win", "KQ51_1_MAC", "KQ51_1001", "KQ51-1_WIN", "KQ51_1-WIN",
+                                         "KQ51_1_win", "51_1_WIN", "KQ 51_1_WIN", "KQ5x_1_WIN", "KQ51_0x10_WIN",
+                                         "KQ51_ 1_WIN", "KQ51_\xD9\xA5_WIN", "KQ51_99999999999_WIN KQ51_1_WIN",
+                                         "KQ %1 %0 %2", "K\xC3\xB6nig\xF0\x9F\x98\x80"));
 
 TEST_F(VersionCheckerTest, OfTwoTextsThatAreNoVersionsTheFirstIsComplainedAbout) {
     EXPECT_FALSE(AIsGreater("a %1", "b %0"));
@@ -157,6 +188,28 @@ TEST_F(VersionCheckerTest, DottedVersionsOfOtherLengthsAreRejected) {
     }
 }
 
+TEST_F(VersionCheckerTest, OfTwoDottedVersionsAtFaultTheFirstIsComplainedAbout) {
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("1.2"), Text("1.2.3")));
+    ExpectError(0,
+                "Comparing two versions, \"versionA\" <1.2> and \"versionB\" <1.2.3>.  \"versionA\" <1.2> is the "
+                "incorrect length.");
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.x.1.0"), Text("5.y.1.0")));
+    ExpectError(1,
+                "Comparing two versions, \"versionA\" <5.x.1.0> and \"versionB\" <5.y.1.0>.  Cannot convert part of "
+                "\"versionA\" <5.x.1.0> to an int.");
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("x.1.1.0"), Text("5.1.1")));
+    ExpectError(2,
+                "Comparing two versions, \"versionA\" <x.1.1.0> and \"versionB\" <5.1.1>.  \"versionB\" <5.1.1> is "
+                "the incorrect length.");
+}
+
+TEST_F(VersionCheckerTest, EmptyPartsOfADottedVersionCount) {
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1..1.0"), Text("5.1.1.0")));
+    ExpectError(0,
+                "Comparing two versions, \"versionA\" <5.1..1.0> and \"versionB\" <5.1.1.0>.  \"versionA\" "
+                "<5.1..1.0> is the incorrect length.");
+}
+
 TEST_F(VersionCheckerTest, PartsOfDottedVersionsThatAreNoNumbersAreRejected) {
     EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.x.0"), Text("5.1.1.0")));
     ExpectError(0,
@@ -177,6 +230,9 @@ TEST_F(VersionCheckerTest, PartsAfterTheFirstDifferenceAreNotLookedAt) {
 TEST_F(VersionCheckerTest, AllFourPartsOfDottedVersionsCount) {
     EXPECT_TRUE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.1"), Text("5.1.1.0")));
     EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.1"), Text("5.1.1.1")));
+    EXPECT_FALSE(CheckerAccess::CompareDotted(_checker, Text("5.1.1.0"), Text("5.1.1.1")));
+    EXPECT_TRUE(CheckerAccess::CompareDotted(_checker, Text("5.1.2.0"), Text("5.1.1.9")));
+    EXPECT_THAT(_log.Records(), IsEmpty());
 }
 
 // --- The check
@@ -250,6 +306,31 @@ TEST_F(VersionCheckerTest, AStandardExceptionIsLoggedWithItsTextAndMeansNothingN
     EXPECT_FALSE(_checker.ThereIsANewAppVersion(_mostCurrentVersion));
     EXPECT_EQ(_mostCurrentVersion, Text("before"));
     ExpectError(0, "no version f\xC3\xBCr %1");
+}
+
+TEST_F(VersionCheckerTest, TheLocalVersionIsAskedForFirst) {
+    const testing::InSequence inOrder;
+    EXPECT_CALL(*_versions, GetLocalAppVersion()).WillOnce(Return(Text("KQ51_1_WIN")));
+    EXPECT_CALL(*_versions, GetMostCurrentAppVersion()).WillOnce(Return(Text("KQ51_1_WIN")));
+    EXPECT_CALL(*_versions, GetAppInstallerUrl()).Times(0);
+    EXPECT_FALSE(_checker.ThereIsANewAppVersion(_mostCurrentVersion));
+    EXPECT_EQ(_log.Records().size(), 1U);
+}
+
+TEST_F(VersionCheckerTest, WithoutALocalVersionTheRemoteOneIsNotAskedFor) {
+    EXPECT_CALL(*_versions, GetLocalAppVersion()).WillOnce(Throw(1));
+    EXPECT_CALL(*_versions, GetMostCurrentAppVersion()).Times(0);
+    EXPECT_FALSE(_checker.ThereIsANewAppVersion(_mostCurrentVersion));
+    EXPECT_EQ(_mostCurrentVersion, Text("before"));
+}
+
+TEST_F(VersionCheckerTest, TheVersionsAreKeptForTheCheckersLife) {
+    auto versions = std::make_shared<NiceMock<MockVersionManager>>();
+    const std::weak_ptr<MockVersionManager> watched = versions;
+    auto checker = std::make_unique<VersionChecker>(std::move(versions));
+    EXPECT_FALSE(watched.expired());
+    checker.reset();
+    EXPECT_TRUE(watched.expired());
 }
 
 TEST_F(VersionCheckerTest, AnyOtherExceptionIsLoggedAndMeansNothingNew) {

@@ -51,10 +51,12 @@ TEST_F(VersionManagerTest, EveryRemoteAnswerIsFetchedAnew) {
     EXPECT_CALL(*_configs, GetExternalSyncConfig())
         .WillOnce(Return(Published("KQ51_1_WIN", "one")))
         .WillOnce(Return(Published("KQ51_2_WIN", "two")))
-        .WillOnce(Return(ExternalSyncConfig()));
+        .WillOnce(Return(ExternalSyncConfig()))
+        .WillOnce(Return(Published("KQ51_4_WIN", "four")));
     EXPECT_EQ(_manager.GetMostCurrentAppVersion(), Text("KQ51_1_WIN"));
     EXPECT_EQ(_manager.GetAppInstallerUrl(), Text("two"));
     EXPECT_EQ(_manager.GetMostCurrentAppVersion(), Text("0.0.0.0"));
+    EXPECT_EQ(_manager.GetAppInstallerUrl(), Text("four"));
 }
 
 TEST_F(VersionManagerTest, TheConfigurationIsKeptForTheManagersLife) {
