@@ -44,14 +44,6 @@ QUrl ContentTransaction::Url() const {
     return _url;
 }
 
-HttpTransaction::Headers ContentTransaction::RequestHeaders() const {
-    return {};
-}
-
-QByteArray ContentTransaction::RequestBody() const {
-    return QByteArray();
-}
-
 bool ContentTransaction::MayComeCompressed() const {
     // The announced size would be that of something else than the content.
     return false;
@@ -79,8 +71,6 @@ void ContentTransaction::OnBody(const char* /*bytes*/, size_t size) {
             QStringLiteral("the body of the answer is above %1 bytes").arg(IgnoredBodyLimit));
     }
 }
-
-void ContentTransaction::OnEnd() {}
 
 }  // namespace content
 }  // namespace ovsync

@@ -26,13 +26,10 @@ public:
 
     QByteArray Method() const override;
     QUrl Url() const override;
-    Headers RequestHeaders() const override;
-    QByteArray RequestBody() const override;
     bool MayComeCompressed() const override;
     void Forget() override;
     void OnHeaders(int status, const Headers& headers) override;
     void OnBody(const char* bytes, size_t size) override;
-    void OnEnd() override;
 
 protected:
     /// Keeps what `action` throws for RethrowFailure and ends the transaction.

@@ -16,7 +16,6 @@ using sync::http::DAVPropfindProperties;
 using sync::http::DAVPropfindRequest;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
-using wire::ByteSlice;
 using wire::ListingLimits;
 using wire::ReadDate;
 
@@ -31,8 +30,9 @@ QString FromUtf8(const std::string& text) {
 }
 
 [[noreturn]] void FailNumber(const Entry& entry, Entry::Property property) {
+    const std::string_view value = Trimmed(entry.Value(property));
     entry.Fail(QStringLiteral("has the %1 \"%2\", which is no number in its range")
-                   .arg(QLatin1String(Entry::NameOf(property)), entry.Value(property).Trimmed().ToPrintable()));
+                   .arg(QLatin1String(Entry::NameOf(property)), wire::Printable(value.data(), value.size())));
 }
 
 /// 0 when the entry has no such property; the largest number when it is larger than that.
@@ -40,17 +40,17 @@ uint64_t NumberOf(const Entry& entry, Entry::Property property) {
     if (!entry.Found(property)) {
         return 0;
     }
-    const ByteSlice value = entry.Value(property).Trimmed();
+    const std::string_view value = Trimmed(entry.Value(property));
     const uint64_t max = std::numeric_limits<uint64_t>::max();
     uint64_t number = 0;
-    for (size_t i = 0; i < value.size; ++i) {
-        if (value.text[i] < '0' || value.text[i] > '9') {
+    for (const char c : value) {
+        if (c < '0' || c > '9') {
             FailNumber(entry, property);
         }
-        const auto digit = static_cast<uint64_t>(value.text[i] - '0');
+        const auto digit = static_cast<uint64_t>(c - '0');
         number = number > (max - digit) / 10 ? max : number * 10 + digit;
     }
-    if (value.size == 0) {
+    if (value.empty()) {
         FailNumber(entry, property);
     }
     return number;
@@ -66,7 +66,7 @@ int IntOf(const Entry& entry, Entry::Property property) {
 
 int ContentLengthOf(const Entry& entry) {
     // Some servers give collections an empty length.
-    if (entry.IsCollection() && entry.Value(Entry::ContentLength).Trimmed().size == 0) {
+    if (entry.IsCollection() && Trimmed(entry.Value(Entry::ContentLength)).empty()) {
         return 0;
     }
     const uint64_t size = NumberOf(entry, Entry::ContentLength);
@@ -75,9 +75,9 @@ int ContentLengthOf(const Entry& entry) {
 
 /// The character may be a space itself; around any other there may be white space.
 char AttributeOf(const Entry& entry) {
-    const ByteSlice raw = entry.Value(Entry::Attribute);
-    const ByteSlice value = raw.size == 1 ? raw : raw.Trimmed();
-    return value.size == 1 && value.text[0] >= 0x20 && value.text[0] <= 0x7e ? value.text[0] : '\0';
+    const std::string_view raw = entry.Value(Entry::Attribute);
+    const std::string_view value = raw.size() == 1 ? raw : Trimmed(raw);
+    return value.size() == 1 && value[0] >= 0x20 && value[0] <= 0x7e ? value[0] : '\0';
 }
 
 /// A positive number with 31 bits, the same on every machine and in every version: FNV-1a.
@@ -108,12 +108,12 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
         throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
                                 .arg(QString::number(_limit.value), _limit.source));
     }
-    const ByteSlice href = entry.Href().Trimmed();
-    if (href.size == 0) {
+    const std::string_view href = Trimmed(entry.Href());
+    if (href.empty()) {
         throw SyncException(QStringLiteral("an entry has an empty href"));
     }
     try {
-        _href.Read(href.text, href.size);
+        _href.Read(href.data(), href.size());
     } catch (const SyncException& reason) {
         entry.Fail(QLatin1String("has an href that cannot be taken: ") + reason.Message());
     }
@@ -247,21 +247,21 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
 }
 
 const QString& ListingBuilder::_Text(const MultistatusEntry& entry, MultistatusEntry::Property property) {
-    const ByteSlice text = entry.Value(property).Trimmed();
+    const std::string_view text = Trimmed(entry.Value(property));
     Remembered<QString>& last = _texts[property];
-    if (!text.Is(last.text.data(), last.text.size())) {
-        last.text.assign(text.text, text.size);
+    if (text != last.text) {
+        last.text = text;
         last.value = FromUtf8(last.text);
     }
     return last.value;
 }
 
 const QDateTime& ListingBuilder::_Date(const MultistatusEntry& entry, MultistatusEntry::Property property) {
-    const ByteSlice text = entry.Value(property).Trimmed();
+    const std::string_view text = Trimmed(entry.Value(property));
     Remembered<QDateTime>& last = _dates[property];
-    if (!text.Is(last.text.data(), last.text.size())) {
-        last.text.assign(text.text, text.size);
-        last.value = ReadDate(text.text, text.size);
+    if (text != last.text) {
+        last.text = text;
+        last.value = ReadDate(text.data(), text.size());
     }
     return last.value;
 }

@@ -10,7 +10,6 @@ namespace ovsync {
 namespace listing {
 
 using sync::core::SyncException;
-using wire::ByteSlice;
 using wire::HttpStatus;
 
 namespace {
@@ -21,33 +20,27 @@ const size_t EntryLimit = 1024UL * 1024UL;
 
 struct PropertyName {
     MultistatusEntry::Property property;
-    const char* text;
-    size_t size;
+    std::string_view text;
 };
 
-template <size_t Size>
-constexpr PropertyName Name(MultistatusEntry::Property property, const char (&text)[Size]) {
-    return {property, text, Size - 1};
-}
-
 constexpr PropertyName PropertyNames[] = {
-    Name(MultistatusEntry::ContentLength, "getcontentlength"),
-    Name(MultistatusEntry::LastModified, "getlastmodified"),
-    Name(MultistatusEntry::CreationDate, "creationdate"),
-    Name(MultistatusEntry::EntityTag, "getetag"),
-    Name(MultistatusEntry::ClassType, "resourceclasstype"),
-    Name(MultistatusEntry::ResourceId, "resourceid"),
-    Name(MultistatusEntry::ParentId, "parentid"),
-    Name(MultistatusEntry::Version, "version"),
-    Name(MultistatusEntry::VersionId, "versionid"),
-    Name(MultistatusEntry::ItemId, "itemid"),
-    Name(MultistatusEntry::OwnerId, "ownerid"),
-    Name(MultistatusEntry::Privileges, "privileges"),
-    Name(MultistatusEntry::Visibility, "visibility"),
-    Name(MultistatusEntry::CheckSumMd5, "checksummd5"),
-    Name(MultistatusEntry::SyncOption, "syncoption"),
-    Name(MultistatusEntry::LinksExtractedAt, "linksextractedat"),
-    Name(MultistatusEntry::Attribute, "attribute"),
+    {MultistatusEntry::ContentLength, "getcontentlength"},
+    {MultistatusEntry::LastModified, "getlastmodified"},
+    {MultistatusEntry::CreationDate, "creationdate"},
+    {MultistatusEntry::EntityTag, "getetag"},
+    {MultistatusEntry::ClassType, "resourceclasstype"},
+    {MultistatusEntry::ResourceId, "resourceid"},
+    {MultistatusEntry::ParentId, "parentid"},
+    {MultistatusEntry::Version, "version"},
+    {MultistatusEntry::VersionId, "versionid"},
+    {MultistatusEntry::ItemId, "itemid"},
+    {MultistatusEntry::OwnerId, "ownerid"},
+    {MultistatusEntry::Privileges, "privileges"},
+    {MultistatusEntry::Visibility, "visibility"},
+    {MultistatusEntry::CheckSumMd5, "checksummd5"},
+    {MultistatusEntry::SyncOption, "syncoption"},
+    {MultistatusEntry::LinksExtractedAt, "linksextractedat"},
+    {MultistatusEntry::Attribute, "attribute"},
 };
 static_assert(wire::HasRowOfEach(PropertyNames, &PropertyName::property, MultistatusEntry::Attribute),
               "A property is the index of its name.");
@@ -57,20 +50,27 @@ bool IsSuccess(int status) {
 }
 
 /// The number in "HTTP/1.1 200 OK"; 0 when `line` is something else.
-int StatusOf(const ByteSlice& line) {
-    const char* const end = line.text + line.size;
-    const char* const space = std::find(line.text, end, ' ');
-    const bool isStatusLine = line.size > 5 && std::memcmp(line.text, "HTTP/", 5) == 0 && end - space >= 4 &&
-                              std::all_of(space + 1, space + 4, [](char c) { return c >= '0' && c <= '9'; }) &&
-                              (end - space == 4 || space[4] == ' ');
-    return isStatusLine ? (space[1] - '0') * 100 + (space[2] - '0') * 10 + (space[3] - '0') : 0;
+int StatusOf(std::string_view line) {
+    const std::string_view start = "HTTP/";
+    const std::string_view number = line.substr(std::min(line.find(' '), line.size()));
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    const bool isStatusLine = line.substr(0, start.size()) == start && number.size() >= 4 &&
+                              std::all_of(number.begin() + 1, number.begin() + 4, isDigit) &&
+                              (number.size() == 4 || number[4] == ' ');
+    return isStatusLine ? (number[1] - '0') * 100 + (number[2] - '0') * 10 + (number[3] - '0') : 0;
 }
 
 }  // namespace
 
-MultistatusEntry::Property MultistatusEntry::PropertyNamed(const ByteSlice& localName) {
+std::string_view Trimmed(std::string_view text) {
+    const char* const spaces = " \t\n\r";
+    const size_t start = std::min(text.find_first_not_of(spaces), text.size());
+    return text.substr(start, text.find_last_not_of(spaces) + 1 - start);
+}
+
+MultistatusEntry::Property MultistatusEntry::PropertyNamed(std::string_view localName) {
     for (const PropertyName& name : PropertyNames) {
-        if (localName.Is(name.text, name.size)) {
+        if (localName == name.text) {
             return name.property;
         }
     }
@@ -78,20 +78,18 @@ MultistatusEntry::Property MultistatusEntry::PropertyNamed(const ByteSlice& loca
 }
 
 const char* MultistatusEntry::NameOf(Property property) {
-    return PropertyNames[property].text;
+    return PropertyNames[property].text.data();
 }
 
-bool MultistatusEntry::IsOfService(const ByteSlice& localName) {
+bool MultistatusEntry::IsOfService(std::string_view localName) {
     switch (PropertyNamed(localName)) {
         case ContentLength:
         case LastModified:
         case CreationDate:
         case EntityTag:
             return false;
-        case PropertyCount: {
-            const PropertyName container = Name(PropertyCount, "syncproperties");
-            return localName.Is(container.text, container.size);
-        }
+        case PropertyCount:
+            return localName == "syncproperties";
         default:
             return true;
     }
@@ -136,10 +134,10 @@ void MultistatusEntry::EndStatus() {
     if (status != 0) {
         Fail(QStringLiteral("has more than one status where there is to be one"));
     }
-    const ByteSlice line = _SliceOf(_LastValue()).Trimmed();
+    const std::string_view line = Trimmed(_SliceOf(_LastValue()));
     status = StatusOf(line);
     if (status == 0) {
-        Fail(QStringLiteral("has a status that cannot be read: \"%1\"").arg(line.ToPrintable()));
+        Fail(QStringLiteral("has a status that cannot be read: \"%1\"").arg(wire::Printable(line.data(), line.size())));
     }
 }
 
@@ -193,8 +191,9 @@ void MultistatusEntry::End() {
 }
 
 void MultistatusEntry::Fail(const QString& reason) const {
-    const QString entry =
-        _hrefCount == 0 ? QStringLiteral("an entry") : QLatin1String("the entry ") + Href().Trimmed().ToPrintable();
+    const std::string_view href = Trimmed(Href());
+    const QString entry = _hrefCount == 0 ? QStringLiteral("an entry")
+                                          : QLatin1String("the entry ") + wire::Printable(href.data(), href.size());
     throw SyncException(entry + QLatin1Char(' ') + reason);
 }
 

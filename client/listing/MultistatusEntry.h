@@ -5,11 +5,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-
-#include "client/wire/ByteSlice.h"
+#include <string_view>
 
 namespace ovsync {
 namespace listing {
+
+/// Without the white space of XML at both ends. Thread-safe.
+std::string_view Trimmed(std::string_view text);
 
 /// What one response element of a multistatus holds, as bytes. One object takes all entries of a document in turn and
 /// keeps its buffer. Not thread-safe.
@@ -41,10 +43,10 @@ public:
     };
 
     /// PropertyCount when there is none of that name.
-    static Property PropertyNamed(const wire::ByteSlice& localName);
+    static Property PropertyNamed(std::string_view localName);
     static const char* NameOf(Property property);
     /// Whether `localName` is a property of the namespace DAV: that only the Drovane service knows.
-    static bool IsOfService(const wire::ByteSlice& localName);
+    static bool IsOfService(std::string_view localName);
 
     void Start();
     void StartHref();
@@ -64,12 +66,12 @@ public:
 
     /// The rest is for reading, after End.
 
-    wire::ByteSlice Href() const { return _SliceOf(_href); }
+    std::string_view Href() const { return _SliceOf(_href); }
     bool IsCollection() const { return _isCollection; }
     bool Found(Property property) const { return (_found >> property & 1U) != 0; }
     /// Empty when the property was not found. Valid until the next Start.
-    wire::ByteSlice Value(Property property) const {
-        return Found(property) ? _SliceOf(_values[property]) : wire::ByteSlice();
+    std::string_view Value(Property property) const {
+        return Found(property) ? _SliceOf(_values[property]) : std::string_view();
     }
 
     /// Throws a SyncException of the form "the entry <href> <reason>".
@@ -81,7 +83,9 @@ private:
         size_t end;
     };
 
-    wire::ByteSlice _SliceOf(const Range& range) const { return {_text.data() + range.start, range.end - range.start}; }
+    std::string_view _SliceOf(const Range& range) const {
+        return std::string_view(_text).substr(range.start, range.end - range.start);
+    }
     Range _LastValue() const { return {_valueStart, _text.size()}; }
 
     // The texts of the entry, one after the other.

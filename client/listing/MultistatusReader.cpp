@@ -14,7 +14,6 @@
 
 #include "client/listing/ListingBuilder.h"
 #include "client/listing/MultistatusEntry.h"
-#include "client/wire/ByteSlice.h"
 #include "client/wire/Printable.h"
 #include "host/core/SyncException.h"
 
@@ -24,7 +23,6 @@ namespace listing {
 using sync::core::SyncException;
 using sync::http::DAVPropfindRequest;
 using sync::http::DAVPropfindResult;
-using wire::ByteSlice;
 using wire::ListingLimits;
 using wire::Printable;
 
@@ -59,11 +57,6 @@ const char* Bytes(const xmlChar* text) {
 QString NameText(const xmlChar* local, const xmlChar* nameSpace) {
     const QByteArray prefix = nameSpace == nullptr ? QByteArray() : '{' + QByteArray(Bytes(nameSpace)) + '}';
     return Printable(prefix + Bytes(local));
-}
-
-template <size_t Size>
-bool Is(const ByteSlice& name, const char (&expected)[Size]) {
-    return name.Is(expected, Size - 1);
 }
 
 struct ParserDeleter {
@@ -232,43 +225,43 @@ private:
 
     Level _LevelOf(const xmlChar* localName, const xmlChar* nameSpace) {
         const bool isDav = nameSpace != nullptr && std::strcmp(Bytes(nameSpace), "DAV:") == 0;
-        const ByteSlice local = isDav ? ByteSlice{Bytes(localName), std::strlen(Bytes(localName))} : ByteSlice();
+        const std::string_view local = isDav ? Bytes(localName) : "";
         switch (_levels[_level].kind) {
             case Kind::Document:
-                if (!Is(local, "multistatus")) {
+                if (local != "multistatus") {
                     throw SyncException(QStringLiteral("the root of the XML is %1, not {DAV:}multistatus")
                                             .arg(NameText(localName, nameSpace)));
                 }
                 return {Kind::Multistatus};
             case Kind::Multistatus:
-                return {Is(local, "response") ? Kind::Response : Kind::Ignored};
+                return {local == "response" ? Kind::Response : Kind::Ignored};
             case Kind::Response:
-                if (Is(local, "href")) {
+                if (local == "href") {
                     return {Kind::Href};
                 }
-                if (Is(local, "propstat")) {
+                if (local == "propstat") {
                     return {Kind::Propstat};
                 }
-                return {Is(local, "status") ? Kind::Status : Kind::Ignored};
+                return {local == "status" ? Kind::Status : Kind::Ignored};
             case Kind::Href:
                 throw SyncException(QStringLiteral("the XML has an element inside an href"));
             case Kind::Propstat:
-                if (Is(local, "prop")) {
+                if (local == "prop") {
                     return {Kind::Prop};
                 }
-                return {Is(local, "status") ? Kind::Status : Kind::Ignored};
+                return {local == "status" ? Kind::Status : Kind::Ignored};
             case Kind::Prop:
-                if (Is(local, "resourcetype")) {
+                if (local == "resourcetype") {
                     return {Kind::ResourceType};
                 }
-                if (Is(local, "syncproperties")) {
+                if (local == "syncproperties") {
                     return {Kind::SyncProperties};
                 }
                 return _PropertyLevel(local);
             case Kind::SyncProperties:
                 return _PropertyLevel(local);
             case Kind::ResourceType:
-                if (Is(local, "collection")) {
+                if (local == "collection") {
                     _entry.SetCollection();
                 }
                 return {Kind::Ignored};
@@ -277,7 +270,7 @@ private:
         }
     }
 
-    static Level _PropertyLevel(const ByteSlice& local) {
+    static Level _PropertyLevel(std::string_view local) {
         const MultistatusEntry::Property property = MultistatusEntry::PropertyNamed(local);
         return {property == MultistatusEntry::PropertyCount ? Kind::Ignored : Kind::Property, property};
     }

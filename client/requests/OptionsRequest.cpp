@@ -5,8 +5,6 @@
 namespace ovsync {
 namespace requests {
 
-using wire::HttpTransaction;
-
 OptionsRequest::OptionsRequest(const QUrl& url) : _url(url) {}
 
 QByteArray OptionsRequest::Method() const {
@@ -15,14 +13,6 @@ QByteArray OptionsRequest::Method() const {
 
 QUrl OptionsRequest::Url() const {
     return _url;
-}
-
-HttpTransaction::Headers OptionsRequest::RequestHeaders() const {
-    return {};
-}
-
-QByteArray OptionsRequest::RequestBody() const {
-    return QByteArray();
 }
 
 void OptionsRequest::Forget() {
@@ -47,8 +37,6 @@ void OptionsRequest::OnBody(const char* /*bytes*/, size_t size) {
         throw sync::core::SyncException(QStringLiteral("the body of the answer is above %1 bytes").arg(BodyLimit));
     }
 }
-
-void OptionsRequest::OnEnd() {}
 
 }  // namespace requests
 }  // namespace ovsync

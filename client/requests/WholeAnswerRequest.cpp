@@ -43,10 +43,6 @@ HttpTransaction::Headers WholeAnswerRequest::RequestHeaders() const {
     return {{VersionHeader, ProtocolVersion}};
 }
 
-QByteArray WholeAnswerRequest::RequestBody() const {
-    return QByteArray();
-}
-
 void WholeAnswerRequest::Forget() {
     _status = 0;
     _headers.clear();
@@ -67,8 +63,6 @@ void WholeAnswerRequest::OnBody(const char* bytes, size_t size) {
     }
     _body.append(bytes, static_cast<int>(size));
 }
-
-void WholeAnswerRequest::OnEnd() {}
 
 }  // namespace requests
 }  // namespace ovsync

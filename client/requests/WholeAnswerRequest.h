@@ -26,11 +26,9 @@ public:
     QByteArray Method() const override;
     QUrl Url() const override;
     Headers RequestHeaders() const override;
-    QByteArray RequestBody() const override;
     void Forget() override;
     void OnHeaders(int status, const Headers& headers) override;
     void OnBody(const char* bytes, size_t size) override;
-    void OnEnd() override;
 
 protected:
     WholeAnswerRequest(const QByteArray& method, const QUrl& url);

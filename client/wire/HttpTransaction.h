@@ -25,9 +25,9 @@ public:
     virtual QByteArray Method() const = 0;
     /// Absolute, http or https.
     virtual QUrl Url() const = 0;
-    virtual Headers RequestHeaders() const = 0;
+    virtual Headers RequestHeaders() const { return {}; }
     /// Empty when the request has none.
-    virtual QByteArray RequestBody() const = 0;
+    virtual QByteArray RequestBody() const { return QByteArray(); }
     /// Where the body comes from when it is sent in pieces, in place of RequestBody; null when it is not.
     virtual ContentSource* StreamedBody() { return nullptr; }
     /// How many bytes StreamedBody gives.
@@ -44,7 +44,7 @@ public:
     /// Any number of times after OnHeaders, the body in pieces, uncompressed where MayComeCompressed.
     virtual void OnBody(const char* bytes, size_t size) = 0;
     /// The body came whole.
-    virtual void OnEnd() = 0;
+    virtual void OnEnd() {}
 
     /// The value of the header `name`, in any letter case; of one that came more than once the values joined with ", ",
     /// of one that did not come none.

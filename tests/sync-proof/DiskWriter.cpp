@@ -49,14 +49,20 @@ void DiskWriter::Remove(const std::string& path, Contents& retired) {
 }
 
 void DiskWriter::_RetireElsewhere(Contents& retired) const {
-    if (std::filesystem::is_directory(_Elsewhere())) {
-        for (const auto& [path, content] : ReadFolder(_Elsewhere())) {
-            retired.insert(content);
+    namespace fs = std::filesystem;
+    // Whoever had the folder open can still put something into it.
+    while (fs::is_directory(_Elsewhere())) {
+        const FolderImage image = ReadFolder(_Elsewhere());
+        std::error_code isNotEmpty;
+        // What lies in a folder comes behind it.
+        for (auto file = image.rbegin(); file != image.rend(); ++file) {
+            retired.insert(file->second);
+            fs::remove(_Elsewhere() + "/" + file->first, isNotEmpty);
         }
-    } else {
-        retired.insert(service::test::ReadFile(_Elsewhere()).value_or(""));
+        fs::remove(_Elsewhere(), isNotEmpty);
     }
-    std::filesystem::remove_all(_Elsewhere());
+    retired.insert(service::test::ReadFile(_Elsewhere()).value_or(""));
+    fs::remove(_Elsewhere());
 }
 
 void DiskWriter::Rename(const std::string& from, const std::string& to) {

@@ -27,10 +27,13 @@ public:
     /// Throws std::filesystem::filesystem_error when something else changes the folder meanwhile.
     void Change();
     /// Deletes a file, or a folder with everything in it.
-    void Remove(const std::string& path) { _writer->Remove(path, _retired); }
+    void Remove(const std::string& path);
 
     /// All contents that were written, and at which path.
     const std::map<std::string, std::string>& Written() const { return _written; }
+
+    /// What was done, a line each.
+    const std::string& Journal() const { return _journal; }
 
     /// The contents that were changed, overwritten or deleted.
     const std::set<std::string>& Retired() const { return _retired; }
@@ -50,6 +53,7 @@ private:
     std::string _FreePath(const Tree& tree);
     std::string _NewContent(size_t size);
     void _Write(const std::string& path, const std::string& content);
+    void _Note(const std::string& action, const std::string& path);
 
     void _MakeFile(const Tree& tree);
     void _MakeFolder(const Tree& tree);
@@ -69,6 +73,7 @@ private:
     int _number = 0;
     std::map<std::string, std::string> _written;
     std::set<std::string> _retired;
+    std::string _journal;
 };
 
 }  // namespace syncproof

@@ -298,7 +298,9 @@ private:
                 lost += path + ": " + content.substr(0, 40) + "\n";
             }
         }
-        return lost.empty() ? "" : "Lost:\n" + lost + _lastPasses + _server->Log();
+        return lost.empty()
+                   ? ""
+                   : "Lost:\n" + lost + _lastPasses + _changesHere.Journal() + _changesThere.Journal() + _server->Log();
     }
 
     std::set<std::string> _Left() const {

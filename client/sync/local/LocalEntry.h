@@ -5,6 +5,8 @@
 
 #include "client/store/Fingerprint.h"
 
+struct stat;
+
 namespace ovsync {
 namespace local {
 
@@ -29,6 +31,9 @@ struct NamedLocalEntry : LocalEntry {
     QString name;
     bool isUtf8 = true;
 };
+
+/// What the system says of a file, as the passes see it.
+LocalEntry EntryOf(const struct stat& status);
 
 }  // namespace local
 }  // namespace ovsync

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 
-#include "client/sync/local/FileStatus.h"
+#include "client/sync/local/LocalEntry.h"
 #include "client/sync/local/LocalError.h"
 
 namespace ovsync {

@@ -11,7 +11,7 @@
 #include <cstdio>
 
 #include "client/store/RecordDatabase.h"
-#include "client/sync/local/FileStatus.h"
+#include "client/sync/local/LocalEntry.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/local/LocalFile.h"
 

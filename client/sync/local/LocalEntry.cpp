@@ -1,4 +1,6 @@
-#include "client/sync/local/FileStatus.h"
+#include "client/sync/local/LocalEntry.h"
+
+#include <sys/stat.h>
 
 namespace ovsync {
 namespace local {
