@@ -11,7 +11,7 @@ struct ConflictCopy {
     QString copy;
     /// Of the file that it is a version of.
     QString path;
-    /// Tells the versions of the service's file apart.
+    /// Tells the versions of the service's file apart; empty when nothing but the content does.
     QString identity;
     /// The MD5 of the content, in hexadecimal, to know whether somebody wrote it since.
     QString contentMd5;

@@ -238,13 +238,16 @@ FileRecord PassContext::RecordOf(const QString& path, const FileConfiguration& r
     record.path = path;
     record.file = remote;
     _service.updater->UpdateCustomFileConfigBeforeDownload(_service.FolderAt(FolderOf(path)), record.file, remote);
-    // By a date, a change within the second of the listing cannot be told from what was there before it.
-    const bool hasDateAlone = remote.versionId.isEmpty() && remote.md5Checksum.isEmpty();
-    if (hasDateAlone && _listedAt.isValid() && remote.lastModifiedDate.isValid() &&
-        remote.lastModifiedDate.toSecsSinceEpoch() >= _listedAt.toSecsSinceEpoch()) {
+    if (IsInDoubt(remote)) {
         record.file.lastModifiedDate = QDateTime();
     }
     return record;
+}
+
+bool PassContext::IsInDoubt(const FileConfiguration& remote) const {
+    const bool hasDateAlone = remote.versionId.isEmpty() && remote.md5Checksum.isEmpty();
+    return hasDateAlone && _listedAt.isValid() && remote.lastModifiedDate.isValid() &&
+           remote.lastModifiedDate.toSecsSinceEpoch() >= _listedAt.toSecsSinceEpoch();
 }
 
 void PassContext::Adopt(const QString& path, const FileConfiguration& remote, LocalFileState& file) {

@@ -69,6 +69,9 @@ public:
     /// A record of `remote`, brought up to date by the library. Its local part is left open. When the next pass could
     /// not tell another version from it, the date is left out, and so the content is compared then.
     store::FileRecord RecordOf(const QString& path, const sync::config::FileConfiguration& remote);
+    /// Whether `remote` may look the same after another change: it is known by its date alone, whose second was not
+    /// over when it was listed.
+    bool IsInDoubt(const sync::config::FileConfiguration& remote) const;
     /// Writes down that the file here has the content of the service's file. A file that is being written is left to
     /// the next pass.
     void Adopt(const QString& path, const sync::config::FileConfiguration& remote, LocalFileState& file);

@@ -203,7 +203,8 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
 void Downloader::_PutBeside(const PullOrder& order, const QString& temporary, const QString& md5) {
     try {
         const QString copy = _context.Installing().AddConflictCopy(temporary, order.path, VersionNote(order.remote));
-        _context.Records().WriteCopy({copy, order.path, IdentityOf(order.remote), md5});
+        const QString identity = _context.IsInDoubt(order.remote) ? QString() : IdentityOf(order.remote);
+        _context.Records().WriteCopy({copy, order.path, identity, md5});
         _context.Report(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
     } catch (const LocalError&) {
         _ReportFailure(order.path, std::current_exception());

@@ -14,6 +14,8 @@ struct PushOrder {
     bool isNew = true;
     /// What the service has otherwise, and is to be replaced.
     sync::config::FileConfiguration remote;
+    /// The MD5 of the content that is to be replaced, as it was seen last, in hexadecimal.
+    QString knownMd5;
     /// Whether what the service has is looked at once more right before the file is sent, because the server may not
     /// know conditions.
     bool looksBefore = false;

@@ -99,16 +99,18 @@ void PushPlan::_Decide(const QString& path) {
     } else if (_remote.HasFolder(path)) {
         situation.there = RemoteState::Folder;
     }
+    std::optional<ConflictCopy> resolved;
     const bool isOther = situation.there == RemoteState::New || situation.there == RemoteState::Older;
     if (isOther && here.entry && here.entry->kind == LocalEntry::Kind::File) {
         situation.isSameContent = _context.HasContentOf(path, remote, here) || _HasFetchedContentOf(path, remote, here);
-        situation.isResolved = _IsResolved(path, remote);
+        resolved = _FindResolved(path, remote);
+        situation.isResolved = resolved.has_value();
     }
 
     switch (DecidePush(situation)) {
         case PushStep::SendNew:
         case PushStep::SendChanged:
-            _Order(path, *here.entry);
+            _Order(path, *here.entry, resolved ? resolved->contentMd5 : record ? record->contentMd5 : QString());
             break;
         case PushStep::Record:
             _context.Adopt(path, remote, here);
@@ -145,11 +147,12 @@ void PushPlan::_Decide(const QString& path) {
     }
 }
 
-void PushPlan::_Order(const QString& path, const LocalEntry& here) {
+void PushPlan::_Order(const QString& path, const LocalEntry& here, const QString& knownMd5) {
     PushOrder order;
     order.path = path;
     order.isNew = !_remote.HasFile(path);
     order.remote = _remote.AllFiles().value(path);
+    order.knownMd5 = knownMd5;
     order.looksBefore = !_remote.HasChecksums();
     order.size = here.fingerprint.size;
     // An empty folder may be one of the service itself.
@@ -174,22 +177,31 @@ bool PushPlan::_HasFetchedContentOf(const QString& path, const FileConfiguration
     if (!canTell) {
         return false;
     }
+    _context.Read(path, here);
+    return _IsContentThere(path, remote, here.md5);
+}
+
+bool PushPlan::_IsContentThere(const QString& path, const FileConfiguration& remote, const QString& md5) {
     try {
-        const QString md5 = Md5OnService(_context.Service(), path, remote.size);
-        _context.Read(path, here);
-        return !md5.isEmpty() && here.md5 == md5;
+        return !md5.isEmpty() && Md5OnService(_context.Service(), path, remote.size) == md5;
     } catch (const std::exception&) {
         _context.ReportFailure(path, std::current_exception());
         return false;
     }
 }
 
-bool PushPlan::_IsResolved(const QString& path, const FileConfiguration& remote) const {
-    const QList<ConflictCopy> copies = _copiesOf.values(path);
-    return std::any_of(copies.begin(), copies.end(), [&](const ConflictCopy& copy) {
+std::optional<ConflictCopy> PushPlan::_FindResolved(const QString& path, const FileConfiguration& remote) {
+    for (const ConflictCopy& copy : _copiesOf.values(path)) {
         // The disk is asked, because the snapshot has no excluded files.
-        return copy.identity == IdentityOf(remote) && !_context.Tree().Look(copy.copy);
-    });
+        if (_context.Tree().Look(copy.copy)) {
+            continue;
+        }
+        if (copy.identity.isEmpty() ? _IsContentThere(path, remote, copy.contentMd5)
+                                    : copy.identity == IdentityOf(remote)) {
+            return copy;
+        }
+    }
+    return std::nullopt;
 }
 
 void PushPlan::_TellDeletedFolders() {

@@ -23,12 +23,16 @@ public:
 
 private:
     void _Decide(const QString& path);
-    void _Order(const QString& path, const local::LocalEntry& here);
+    void _Order(const QString& path, const local::LocalEntry& here, const QString& knownMd5);
     QString _ConflictText(const QString& path, const sync::config::FileConfiguration& remote) const;
     /// Compares with the content itself where the service has no checksums.
     bool _HasFetchedContentOf(const QString& path, const sync::config::FileConfiguration& remote,
                               pass::LocalFileState& here);
-    bool _IsResolved(const QString& path, const sync::config::FileConfiguration& remote) const;
+    /// Whether the service's content is that of which `md5` is.
+    bool _IsContentThere(const QString& path, const sync::config::FileConfiguration& remote, const QString& md5);
+    /// The copy of the service's version whose end was that of the conflict.
+    std::optional<store::ConflictCopy> _FindResolved(const QString& path,
+                                                     const sync::config::FileConfiguration& remote);
     void _TellDeletedFolders();
     void _MakeFolders();
     /// False when it cannot be made.

@@ -5,6 +5,7 @@
 
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteContent.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/Cancelled.h"
 
@@ -116,15 +117,22 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
     if (upload.Version() && upload.Version()->entityTag.isEmpty() && !_TellsByDate(order)) {
         return false;
     }
-    // The tag is older than this answer: when this is still what was known, so was what the tag is of.
-    const bool isKnown = upload.Version() && IdentityOf(_context.Service().files->GetFileByName(
-                                                 _context.Service().FolderAt(FolderOf(order.path)),
-                                                 NameOf(order.path))) == IdentityOf(order.remote);
+    // The tag is older than these answers: when this is still what was known, so was what the tag is of.
+    const bool isKnown = upload.Version() && _IsStillThere(order);
     if (!isKnown) {
         _context.Report(SyncEvent::Kind::Conflict, order.path,
                         QStringLiteral("it changed here, and has just changed on the service"));
     }
     return isKnown;
+}
+
+bool Uploader::_IsStillThere(const PushOrder& order) {
+    const pass::ServiceFolder& service = _context.Service();
+    const FileConfiguration now =
+        service.files->GetFileByName(service.FolderAt(FolderOf(order.path)), NameOf(order.path));
+    return IdentityOf(now) == IdentityOf(order.remote) &&
+           (!_context.IsInDoubt(order.remote) ||
+            pass::Md5OnService(service, order.path, order.remote.size) == order.knownMd5);
 }
 
 bool Uploader::_TellsByDate(const PushOrder& order) {

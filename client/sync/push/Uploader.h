@@ -32,6 +32,7 @@ private:
     void _Take(std::unique_ptr<Upload> upload, Pool& pool);
     /// Whether what is to be replaced is still what the listing had.
     bool _IsStillKnown(const Upload& upload);
+    bool _IsStillThere(const PushOrder& order);
     /// Whether the file's date, in place of an entity tag, can tell what somebody else changes meanwhile.
     bool _TellsByDate(const PushOrder& order);
     void _TakeSent(const Upload& upload);

@@ -77,6 +77,10 @@ protected:
         return contents;
     }
 
+    QStringList Copies() const {
+        return QDir(folder.path()).entryList(QStringList(Text("*(from the service*")), QDir::Files);
+    }
+
     void StartWith(const char* path, const QByteArray& content) {
         service.Put(Text(path), content);
         ASSERT_EQ(Pull(), SyncOutcome::InStep);
@@ -505,6 +509,61 @@ TEST_F(MishapTest, ByADateAloneWhatReplacedASentFileInTheSameSecondIsSeen) {
     service.Overwrite(Text("a"), "2");
     EXPECT_EQ(Pull(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
     EXPECT_EQ(Content("a"), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ByADateAloneACopyIsOfNoVersionThatIsMadeInTheSameSecond) {
+    service.isPlain = true;
+    service.secondsAhead = -100;
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    ASSERT_EQ(Copies().size(), 1);
+    service.Overwrite(Text("a"), "3");
+    Remove(Copies().first().toUtf8().constData());
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    ASSERT_EQ(Copies().size(), 1);
+    EXPECT_EQ(Content(Copies().first().toUtf8().constData()), QByteArray("3"));
+    // As before, so that there is one copy of each content.
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Copies().size(), 1);
+    // Once the second is over, the copy is of what the service has, and its end is that of the conflict.
+    service.secondsAhead = 0;
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    ASSERT_EQ(Copies().size(), 1);
+    Remove(Copies().first().toUtf8().constData());
+    EXPECT_EQ(Push(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("mine"));
+}
+
+TEST_F(MishapTest, AConflictEndsWithItsCopyAlsoWithinTheSecondOfTheChange) {
+    service.isPlain = true;
+    service.secondsAhead = -100;
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    Remove(Copies().first().toUtf8().constData());
+    EXPECT_EQ(Push(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("mine"));
+}
+
+TEST_F(MishapTest, WithinTheSecondOfTheChangeTheContentIsComparedOnceTheTagIsKnown) {
+    service.isPlain = true;
+    service.secondsAhead = -100;
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("HEAD") && service.Content(Text("a")) == "1") {
+            service.Overwrite(Text("a"), "3");
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
 }
 
 TEST_F(MishapTest, WithoutStrongTagsTheDateGuardsAChangedFile) {
