@@ -4,16 +4,20 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QEvent>
 #include <QTemporaryFile>
-#include <algorithm>
-#include <functional>
 #include <memory>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "dvsync/ResourceMapping.h"
 #include "host/http/HttpException.h"
+#include "tests/dvsync/LogRecorder.h"
 #include "tests/fakes/Contract.h"
 #include "tests/fakes/InstalledConfiguration.h"
+#include "tests/fakes/Layout.h"
+#include "tests/fakes/Records.h"
 #include "tests/fakes/Text.h"
 
 namespace sync {
@@ -34,27 +38,22 @@ public:
 namespace {
 
 using sync::config::FileConfiguration;
-using sync::config::FileLink;
 using sync::config::FolderConfiguration;
 using sync::core::SyncException;
 using sync::dv::dvsync::DrovaneCustomFileConfigUpdater;
 using sync::dv::dvsync::DrovaneCustomFileConfigUpdaterAccess;
 using testing::_;
+using testing::ElementsAre;
 using testing::InSequence;
 using testing::NiceMock;
 using testing::Return;
 using testing::Throw;
+using tests::FieldsOf;
+using tests::LinkTo;
 using tests::Text;
 
 const int ServerKey = 5;
 const int UpdatedServerId = 23;
-
-FileLink LinkTo(const char* path, const char* targetId = "") {
-    FileLink link;
-    link.path = Text(path);
-    link.targetId = Text(targetId);
-    return link;
-}
 
 FileConfiguration RecordWithItemId(const char* itemId) {
     FileConfiguration record;
@@ -65,6 +64,36 @@ FileConfiguration RecordWithItemId(const char* itemId) {
 /// The updater on fakes: the service knows the file as `_remote`, and is asked for it in the folder `_asked`.
 class DrovaneCustomFileConfigUpdaterTest : public testing::Test {
 protected:
+    /// Differs from FullFile() in every field, and has values there.
+    static FileConfiguration OtherFile() {
+        FileConfiguration file;
+        file.serverId = 81;
+        file.name = Text("other.dwg");
+        file.localPath = Text("/other/other.dwg");
+        file.serverPath = Text("other/other.dwg");
+        file.attribute = Text("o");
+        file.md5Checksum = Text("other md5");
+        file.createdDate = tests::TimeOf(1300000001001);
+        file.lastModifiedDate = tests::TimeOf(1300000002002);
+        file.size = 82;
+        file.stateCode = 83;
+        file.customProperties.insert(Text("version"), Text("87"));
+        file.customProperties.insert(Text("versionId"), Text("other version id property"));
+        file.customProperties.insert(Text("resourceId"), Text("84"));
+        file.customProperties.insert(Text("visibility"), Text("0"));
+        file.customProperties.insert(Text("other"), Text("another other property"));
+        file.ownerId = Text("other owner");
+        file.ownerAttribute = 85;
+        file.itemId = Text("other item");
+        file.versionId = Text("other version id");
+        file.linksExtractedAtTime = tests::TimeOf(1300000003003);
+        file.syncMode = 86;
+        file.links.append(LinkTo("/other/known.dwg", "other target"));
+        file.setPrivileges(Text("other privileges"));
+        file.setSyncOptionPersistentAcrossMachines(QStringList() << Text("other option"));
+        return file;
+    }
+
     DrovaneCustomFileConfigUpdaterTest() {
         ON_CALL(*_managerFactory, CreateRemoteFileManager(_)).WillByDefault(Return(_manager));
         ON_CALL(*_manager, GetFileByName(_, _))
@@ -134,9 +163,54 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, HasTheMetaObjectOfItsInterfaceAndNone
     EXPECT_EQ(_updater.qt_metacast("sync::interf::ICustomFileConfigUpdater"), &_updater);
 }
 
-TEST_F(DrovaneCustomFileConfigUpdaterTest, TheMembersLieInTheirOrder) {
-    const std::vector<const void*> members = DrovaneCustomFileConfigUpdaterAccess::Members(_updater);
-    EXPECT_TRUE(std::is_sorted(members.begin(), members.end(), std::less<>()));
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheMembersLieOneBehindTheOtherAndAreAll) {
+    EXPECT_THAT(tests::OffsetsIn(_updater, DrovaneCustomFileConfigUpdaterAccess::Members(_updater)),
+                ElementsAre(16, 32));
+    EXPECT_EQ(sizeof(DrovaneCustomFileConfigUpdater), 48U);
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, HasNoVirtualOperationsButThoseOfItsInterface) {
+    EXPECT_EQ(tests::SlotCountOf<DrovaneCustomFileConfigUpdater>(),
+              tests::SlotCountOf<sync::interf::ICustomFileConfigUpdater>());
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheEventsOfQObjectAreInherited) {
+    QEvent event(QEvent::None);
+    EXPECT_FALSE(_updater.event(&event));
+    EXPECT_FALSE(_updater.eventFilter(&_updater, &event));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheSourceOfFileRecordsIsAskedForOnceAndNothingElseIs) {
+    EXPECT_EQ(_installed.Factory().fileConfigManagersAskedFor, 1);
+    _file.links.append(LinkTo("x"));
+    Upload();
+    EXPECT_EQ(_installed.Factory().fileConfigManagersAskedFor, 1);
+    EXPECT_EQ(_installed.Factory().serverConfigManagersAskedFor, 0);
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheSourceOfFileRecordsIsReleasedBeforeTheFactory) {
+    std::vector<std::string> released;
+    const auto holderOf = [&released](const char* name) {
+        return std::shared_ptr<void>(nullptr, [&released, name](void*) { released.emplace_back(name); });
+    };
+    sync::factory::ConfigurationFactory::Install(std::make_shared<tests::FakeConfigurationFactory>(
+        nullptr, std::shared_ptr<sync::interf::IFileConfigManager>(holderOf("records"), nullptr)));
+    auto updater = std::make_unique<DrovaneCustomFileConfigUpdater>(
+        std::shared_ptr<sync::interf::factory::IRemoteFileManagerFactory>(holderOf("factory"), nullptr));
+    sync::factory::ConfigurationFactory::Install(nullptr);
+    EXPECT_TRUE(released.empty());
+    updater.reset();
+    EXPECT_THAT(released, ElementsAre("records", "factory"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, NothingIsLogged) {
+    const tests::LogRecorder recorder(LOG4CPLUS_TEXT(""));
+    _file.links.append(LinkTo("x"));
+    Upload();
+    _updater.UpdateCustomFileConfigBeforeDownload(_folder, _file, _remote);
+    _remote = FileConfiguration();
+    EXPECT_THROW(Upload(), SyncException);
+    EXPECT_TRUE(recorder.Records().empty());
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, CollaboratorsAreKeptForTheUpdatersLife) {
@@ -163,9 +237,19 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, WithoutAnInstalledConfigurationConstr
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, AnUploadAsksAManagerMadeForTheServerKeyForTheFile) {
     EXPECT_CALL(*_managerFactory, CreateRemoteFileManager(ServerKey)).Times(2);
-    EXPECT_CALL(*_manager, GetFileByName(_, Text("f.dwg"))).Times(2).WillRepeatedly(Return(_remote));
+    EXPECT_CALL(*_manager, GetFileByName(_, Text("own name"))).Times(2).WillRepeatedly(Return(_remote));
+    _file.name = Text("own name");
+    Upload(QFileInfo(Text("/w/A/g.dwg")));
+    Upload(QFileInfo(Text("/w/A/g.dwg")));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheManagerIsReleasedWhenTheUploadIsOver) {
+    const long before = _manager.use_count();
     Upload();
-    Upload();
+    EXPECT_EQ(_manager.use_count(), before);
+    _remote = FileConfiguration();
+    EXPECT_THROW(Upload(), SyncException);
+    EXPECT_EQ(_manager.use_count(), before);
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileDirectlyInTheFolderIsLookedUpInTheFolderItself) {
@@ -179,8 +263,41 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileInASubFolderIsLookedUpThere) {
     EXPECT_EQ(AskedServerPath("Projects/A", "projects/a/b/C/f.dwg"), Text("Projects/A/b/C"));
     EXPECT_EQ(_asked.companionServerPath, Text("Projects/A/b/C"));
     EXPECT_EQ(AskedLocalPath("/w/A", "/W/a/b/C/f.dwg"), Text("/w/A/b/C"));
-    EXPECT_EQ(_asked.serverKey, ServerKey);
     EXPECT_EQ(_folder.serverPath, Text("Projects/A"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, TheFolderThatIsAskedHasAllElseOfTheFolder) {
+    _folder = tests::FullFolder();
+    const FolderConfiguration before = _folder;
+    FolderConfiguration expected = _folder;
+    Upload();
+    EXPECT_EQ(FieldsOf(_asked), FieldsOf(expected));
+    _file.serverPath = Text("Projects/A/b/f.dwg");
+    _file.localPath = Text("/w/A/c/f.dwg");
+    _file.serverId = 99;
+    expected.serverPath = expected.companionServerPath = Text("Projects/A/b");
+    expected.localPath = Text("/w/A/c");
+    expected.serverId = 99;
+    Upload();
+    EXPECT_EQ(FieldsOf(_asked), FieldsOf(expected));
+    EXPECT_EQ(FieldsOf(_folder), FieldsOf(before));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, PathsAreTakenAsTheyStand) {
+    EXPECT_EQ(AskedServerPath("Projects/A", "Projects/A/./b/../c/f.dwg"), Text("Projects/A/./b/../c"));
+    EXPECT_EQ(AskedServerPath("Projects/A", "Projects/A/b/"), Text("Projects/A/b"));
+    EXPECT_EQ(AskedServerPath("Projects/A", "Projects/A\\b/f.dwg"), Text("Projects/A/\\b"));
+    EXPECT_EQ(AskedServerPath("A", "A/A/a/f.dwg"), Text("A/A/a"));
+    EXPECT_EQ(AskedServerPath("A", "x/A/b/f.dwg"), Text("A"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, OfSeveralSlashesOneIsCutOffOnEitherSide) {
+    EXPECT_EQ(AskedServerPath("A", "A//f"), Text("A"));
+    EXPECT_EQ(AskedServerPath("A", "A///f"), Text("A//"));
+    EXPECT_EQ(AskedServerPath("A", "A//b/f"), Text("A//b"));
+    EXPECT_EQ(AskedServerPath("A", "A/b//c///f"), Text("A/b//c//"));
+    EXPECT_EQ(AskedServerPath("A//", "A//b/f"), Text("A//b"));
+    EXPECT_EQ(AskedLocalPath("/w//", "/w///b/f"), Text("/w//b"));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, ASlashAtTheEndOfTheFolderIsNotDoubled) {
@@ -213,6 +330,11 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerSideAndTheLocalSideArePlaced
     EXPECT_EQ(_asked.serverPath, Text("Projects/A"));
     EXPECT_EQ(_asked.companionServerPath, Text("companion"));
     EXPECT_EQ(_asked.localPath, Text("/w/A/b"));
+    _file.serverPath = Text("Projects/A/b/f.dwg");
+    _file.localPath = Text("/elsewhere/b/f.dwg");
+    Upload();
+    EXPECT_EQ(_asked.serverPath, Text("Projects/A/b"));
+    EXPECT_EQ(_asked.localPath, Text("/w/A"));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, LetterCaseIsIgnoredInEveryScript) {
@@ -239,6 +361,18 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, ACharacterIsNeverCutInTwo) {
     EXPECT_EQ(_asked.serverPath, _folder.serverPath);
 }
 
+TEST_F(DrovaneCustomFileConfigUpdaterTest, HalfACharacterThatStandsAloneIsOne) {
+    const QString smile = Text("\xF0\x9F\x98\x80");
+    _folder.serverPath = Text("A/") + smile.left(1);
+    _file.serverPath = _folder.serverPath + Text("/b/f");
+    Upload();
+    EXPECT_EQ(_asked.serverPath, _folder.serverPath + Text("/b"));
+    _folder.serverPath = Text("A");
+    _file.serverPath = Text("A") + smile.right(1) + Text("/f");
+    Upload();
+    EXPECT_EQ(_asked.serverPath, Text("A/") + smile.right(1));
+}
+
 TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerIdOfTheFileReplacesThatOfTheFolderWhenThereIsOne) {
     Upload();
     EXPECT_EQ(_asked.serverId, UpdatedServerId);
@@ -248,6 +382,10 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, TheServerIdOfTheFileReplacesThatOfThe
     _file.serverId = 99;
     Upload();
     EXPECT_EQ(_asked.serverId, 99);
+    _file.serverId = -2;
+    Upload();
+    EXPECT_EQ(_asked.serverId, -2);
+    EXPECT_EQ(_asked.serverKey, ServerKey);
     EXPECT_EQ(_folder.serverId, UpdatedServerId);
 }
 
@@ -260,23 +398,24 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, AnAnswerWhoseHrefIsNoUrlIsNoFile) {
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, AFileThatTheServiceDoesNotKnowThrowsAndChangesNothing) {
-    _remote = FileConfiguration();
+    _remote = tests::FullFile();
+    for (QString FileConfiguration::*field :
+         {&FileConfiguration::name, &FileConfiguration::localPath, &FileConfiguration::serverPath}) {
+        _remote.*field = Text("");
+    }
     _remote.itemId = Text("new");
-    _remote.size = 7;
-    _file.localPath = Text("/w/%1/\xC3\xA4.dwg");
-    _file.itemId = Text("old");
-    _file.size = 3;
+    _file = tests::FullFile();
+    _file.localPath = Text("/w/%1/./\xC3\xA4.dwg");
     _file.links.append(LinkTo("x"));
+    const FileConfiguration before = _file;
     EXPECT_CALL(*_installed.FileConfigManager(), GetFileConfiguration(_, _)).Times(0);
     try {
         Upload(QFileInfo(Text("/proc/self/exe")));
         FAIL() << "nothing was thrown";
     } catch (const SyncException& e) {
-        EXPECT_STREQ(e.what(), "Failed to update file config for /w/%1/\xC3\xA4.dwg");
+        EXPECT_STREQ(e.what(), "Failed to update file config for /w/%1/./\xC3\xA4.dwg");
     }
-    EXPECT_EQ(_file.itemId, Text("old"));
-    EXPECT_EQ(_file.size, 3);
-    EXPECT_TRUE(_file.customProperties.isEmpty());
+    EXPECT_EQ(FieldsOf(_file), FieldsOf(before));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, ANameOrEitherPathIsEnoughToBeKnown) {
@@ -291,10 +430,10 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, ANameOrEitherPathIsEnoughToBeKnown) {
 TEST_F(DrovaneCustomFileConfigUpdaterTest, WhatTheLookupThrowsPassesThroughAndChangesNothing) {
     EXPECT_CALL(*_manager, GetFileByName(_, _))
         .WillOnce(Throw(sync::http::HttpException(Text("no answer"), 503, QUrl())));
-    _file.size = 3;
+    _file = tests::FullFile();
+    const FileConfiguration before = _file;
     EXPECT_THROW(Upload(), sync::http::HttpException);
-    EXPECT_EQ(_file.size, 3);
-    EXPECT_TRUE(_file.customProperties.isEmpty());
+    EXPECT_EQ(FieldsOf(_file), FieldsOf(before));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, TheSizeIsThatOfTheUploadedFile) {
@@ -303,8 +442,18 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, TheSizeIsThatOfTheUploadedFile) {
     uploaded.write("12345");
     uploaded.flush();
     _remote.size = 99;
-    Upload(QFileInfo(uploaded.fileName()));
+    const QFileInfo seen(uploaded.fileName());
+    Upload(seen);
     EXPECT_EQ(_file.size, 5);
+    // With a hole in it, that takes no space.
+    ASSERT_TRUE(uploaded.resize(Q_INT64_C(5000000000)));
+    Upload(seen);
+    EXPECT_EQ(_file.size, 5);
+    Upload(QFileInfo(uploaded.fileName()));
+    EXPECT_EQ(_file.size, Q_INT64_C(5000000000));
+    ASSERT_TRUE(uploaded.resize(0));
+    Upload(QFileInfo(uploaded.fileName()));
+    EXPECT_EQ(_file.size, 0);
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, TheVersionIsTheOneAfterTheServices) {
@@ -331,27 +480,40 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, TheVersionIdIsTakenOverAndCreatedWhen
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, WhatIdentifiesTheFileIsTakenOverAndNothingElse) {
-    _remote.ownerId = Text("owner");
-    _remote.ownerAttribute = 4;
-    _remote.itemId = Text("item");
-    _remote.versionId = Text("version");
-    _remote.md5Checksum = Text("md5");
-    _remote.localPath = Text("/remote");
-    _remote.serverPath = Text("remote");
-    _remote.serverId = 77;
-    _remote.stateCode = 2;
-    _remote.customProperties.insert(Text("visibility"), Text("hidden"));
+    _file = tests::FullFile();
+    _remote = OtherFile();
+    FileConfiguration expected = _file;
+    expected.ownerId = Text("other owner");
+    expected.ownerAttribute = 85;
+    expected.itemId = Text("other item");
+    expected.versionId = Text("other version id");
+    expected.md5Checksum = Text("other md5");
+    expected.size = 0;
+    expected.customProperties.insert(Text("version"), Text("88"));
+    expected.customProperties.insert(Text("versionId"), Text("other version id property"));
+    Upload(QFileInfo(Text("/no/such/file")));
+    EXPECT_EQ(FieldsOf(_file), FieldsOf(expected));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, WhatTheServiceHasEmptyBecomesEmpty) {
+    _file = tests::FullFile();
+    FileConfiguration expected = _file;
+    expected.ownerId.clear();
+    expected.ownerAttribute = 0;
+    expected.itemId.clear();
+    expected.versionId.clear();
+    expected.md5Checksum.clear();
+    expected.size = 0;
+    expected.customProperties.insert(Text("version"), Text("1"));
+    expected.customProperties.insert(Text("versionId"), Text(""));
     Upload();
-    EXPECT_EQ(_file.ownerId, Text("owner"));
-    EXPECT_EQ(_file.ownerAttribute, 4);
-    EXPECT_EQ(_file.itemId, Text("item"));
-    EXPECT_EQ(_file.versionId, Text("version"));
-    EXPECT_EQ(_file.md5Checksum, Text("md5"));
-    EXPECT_EQ(_file.localPath, Text("/w/A/f.dwg"));
-    EXPECT_EQ(_file.serverPath, Text("Projects/A/f.dwg"));
-    EXPECT_EQ(_file.serverId, -1);
-    EXPECT_EQ(_file.stateCode, 0);
-    EXPECT_EQ(_file.customProperties.keys(), QStringList({Text("version"), Text("versionId")}));
+    EXPECT_EQ(FieldsOf(_file), FieldsOf(expected));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, AnUploadCreatesNoPropertiesButVersionAndVersionId) {
+    _remote = OtherFile();
+    Upload();
+    EXPECT_EQ(_file.customProperties.keys(), QStringList() << Text("version") << Text("versionId"));
 }
 
 // --- Links
@@ -368,6 +530,38 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, ARelativeLinkIsResolvedFromTheFilesDi
     EXPECT_EQ(_file.links.at(1).targetId, Text("id-y"));
     EXPECT_EQ(_file.links.at(2).targetId, Text("id-z"));
     EXPECT_EQ(_file.links.at(0).path, Text("../x.dwg"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ALinkIsTakenAsItStands) {
+    _file.localPath = Text("/w/s/f.dwg");
+    _file.links.clear();
+    const InSequence inOrder;
+    for (const auto& link : {std::make_pair("", "/w/s"), std::make_pair(" x ", "/w/s/ x "),
+                             std::make_pair("a\\..\\b.dwg", "/w/s/a\\..\\b.dwg"), std::make_pair("a%20B", "/w/s/a%20B"),
+                             std::make_pair("a//b///c", "/w/s/a/b/c"), std::make_pair("f.dwg", "/w/s/f.dwg")}) {
+        _file.links.append(LinkTo(link.first));
+        ExpectLookupOf(link.second);
+    }
+    Upload();
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, LinksAreLookedUpUnderTheServerKeyOfTheFolder) {
+    _file = tests::FullFile();
+    _file.links.append(LinkTo("x.dwg"));
+    FileConfiguration record = tests::FullFile();
+    record.itemId = Text("found");
+    EXPECT_CALL(*_installed.FileConfigManager(), GetFileConfiguration(_, ServerKey)).WillOnce(Return(record));
+    Upload();
+    EXPECT_EQ(_file.links.at(1).targetId, Text("found"));
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ALinkWithoutALocalRecordDoesNotKeepOthersFromBeingLookedUp) {
+    _file.links = {LinkTo("x.dwg"), LinkTo("y.dwg")};
+    ExpectLookupOf("/w/A/x.dwg", "");
+    ExpectLookupOf("/w/A/y.dwg", "found");
+    Upload();
+    EXPECT_TRUE(_file.links.at(0).targetId.isEmpty());
+    EXPECT_EQ(_file.links.at(1).targetId, Text("found"));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, APlaceholderInTheFilesDirectoryStaysAsItIs) {
@@ -429,22 +623,34 @@ TEST_F(DrovaneCustomFileConfigUpdaterTest, ACopyOfTheRecordKeepsItsOwnLinks) {
 // --- Before a download
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, ADownloadTakesOverVersionResourceIdAndSizeAndNothingElse) {
-    _remote.customProperties.insert(Text("version"), Text("12"));
-    _remote.customProperties.insert(Text("resourceId"), Text("34"));
-    _remote.customProperties.insert(Text("versionId"), Text("56"));
-    _remote.size = 78;
-    _remote.itemId = Text("new");
-    _file.itemId = Text("old");
     EXPECT_CALL(*_managerFactory, CreateRemoteFileManager(_)).Times(0);
+    EXPECT_CALL(*_installed.FileConfigManager(), GetFileConfiguration(_, _)).Times(0);
+    _file = tests::FullFile();
+    _file.links.append(LinkTo("x"));
+    _remote = OtherFile();
+    FileConfiguration expected = _file;
+    // Of a version, it is the text that counts.
+    for (const char* version : {"87", "6", "06 b"}) {
+        for (const qint64 size : {Q_INT64_C(5000000082), Q_INT64_C(0), Q_INT64_C(-1073741824)}) {
+            _remote.customProperties.insert(Text("version"), Text(version));
+            _remote.size = size;
+            expected.customProperties.insert(Text("version"), Text(version));
+            expected.customProperties.insert(Text("resourceId"), Text("84"));
+            expected.size = size;
+            _updater.UpdateCustomFileConfigBeforeDownload(_folder, _file, _remote);
+            EXPECT_EQ(FieldsOf(_file), FieldsOf(expected));
+        }
+    }
+}
+
+TEST_F(DrovaneCustomFileConfigUpdaterTest, ADownloadCreatesNoPropertiesButVersionAndResourceId) {
+    _remote = OtherFile();
     _updater.UpdateCustomFileConfigBeforeDownload(_folder, _file, _remote);
-    EXPECT_EQ(_file.customProperties.value(Text("version")), Text("12"));
-    EXPECT_EQ(_file.customProperties.value(Text("resourceId")), Text("34"));
-    EXPECT_FALSE(_file.customProperties.contains(Text("versionId")));
-    EXPECT_EQ(_file.size, 78);
-    EXPECT_EQ(_file.itemId, Text("old"));
+    EXPECT_EQ(_file.customProperties.keys(), QStringList() << Text("resourceId") << Text("version"));
 }
 
 TEST_F(DrovaneCustomFileConfigUpdaterTest, ADownloadEmptiesThePropertiesThatTheServiceLacks) {
+    _file.customProperties.insert(Text("version"), Text("33"));
     _file.customProperties.insert(Text("resourceId"), Text("34"));
     _updater.UpdateCustomFileConfigBeforeDownload(_folder, _file, _remote);
     for (const char* key : {"version", "resourceId"}) {

@@ -37,6 +37,7 @@ private:
 LogRecorder::LogRecorder(const log4cplus::tstring& logger, log4cplus::LogLevel level)
     : _logger(log4cplus::Logger::getInstance(logger)),
       _levelBefore(_logger.getLogLevel()),
+      _additivityBefore(_logger.getAdditivity()),
       _appender(new Appender(_records)) {
     _logger.setLogLevel(level);
     _logger.setAdditivity(false);
@@ -46,6 +47,7 @@ LogRecorder::LogRecorder(const log4cplus::tstring& logger, log4cplus::LogLevel l
 LogRecorder::~LogRecorder() {
     _logger.removeAppender(_appender);
     _logger.setLogLevel(_levelBefore);
+    _logger.setAdditivity(_additivityBefore);
 }
 
 }  // namespace tests

@@ -24,7 +24,8 @@ struct LogRecord {
     std::string text;
 };
 
-/// Keeps what the logger of a name writes, from `level` on, as long as this object lives.
+/// Keeps what the logger of a name writes, from `level` on, as long as this object lives. The empty name stands for all
+/// loggers that no other object of this kind keeps.
 class LogRecorder {
 public:
     explicit LogRecorder(const log4cplus::tstring& logger, log4cplus::LogLevel level = log4cplus::ALL_LOG_LEVEL);
@@ -40,6 +41,7 @@ private:
     std::vector<LogRecord> _records;
     log4cplus::Logger _logger;
     log4cplus::LogLevel _levelBefore;
+    bool _additivityBefore;
     log4cplus::SharedAppenderPtr _appender;
 };
 

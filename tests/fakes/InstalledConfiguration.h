@@ -27,9 +27,16 @@ public:
         : _serverConfigManager(std::move(serverConfigManager)), _fileConfigManager(std::move(fileConfigManager)) {}
 
     std::shared_ptr<sync::interf::IServerConfigManager> CreateServerConfigManager() override {
+        ++serverConfigManagersAskedFor;
         return _serverConfigManager;
     }
-    std::shared_ptr<sync::interf::IFileConfigManager> CreateFileConfigManager() override { return _fileConfigManager; }
+    std::shared_ptr<sync::interf::IFileConfigManager> CreateFileConfigManager() override {
+        ++fileConfigManagersAskedFor;
+        return _fileConfigManager;
+    }
+
+    int serverConfigManagersAskedFor = 0;
+    int fileConfigManagersAskedFor = 0;
 
 private:
     std::shared_ptr<sync::interf::IServerConfigManager> _serverConfigManager;
@@ -43,8 +50,7 @@ public:
         sync::config::ServerConfiguration server;
         server.baseUrl = QUrl(QString::fromUtf8("http://service.test/"));
         ON_CALL(*_serverConfigManager, GetServerConfiguration(testing::_)).WillByDefault(testing::Return(server));
-        sync::factory::ConfigurationFactory::Install(
-            std::make_shared<FakeConfigurationFactory>(_serverConfigManager, _fileConfigManager));
+        sync::factory::ConfigurationFactory::Install(_factory);
     }
     ~InstalledConfiguration() { sync::factory::ConfigurationFactory::Install(nullptr); }
     InstalledConfiguration(const InstalledConfiguration&) = delete;
@@ -52,12 +58,15 @@ public:
 
     const std::shared_ptr<MockServerConfigManager>& ServerConfigManager() const { return _serverConfigManager; }
     const std::shared_ptr<MockFileConfigManager>& FileConfigManager() const { return _fileConfigManager; }
+    const FakeConfigurationFactory& Factory() const { return *_factory; }
 
 private:
     std::shared_ptr<MockServerConfigManager> _serverConfigManager =
         std::make_shared<testing::NiceMock<MockServerConfigManager>>();
     std::shared_ptr<MockFileConfigManager> _fileConfigManager =
         std::make_shared<testing::NiceMock<MockFileConfigManager>>();
+    std::shared_ptr<FakeConfigurationFactory> _factory =
+        std::make_shared<FakeConfigurationFactory>(_serverConfigManager, _fileConfigManager);
 };
 
 }  // namespace tests

@@ -1,15 +1,18 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <QMetaObject>
-#include <functional>
 #include <initializer_list>
-#include <vector>
+#include <string>
+#include <utility>
 
 #include "host/configuration/FileConfiguration.h"
 #include "host/configuration/FolderConfiguration.h"
 #include "host/configuration/ServerConfiguration.h"
 #include "host/core/SyncResults.h"
 #include "host/http/DAVPropfindResult.h"
+#include "tests/fakes/Layout.h"
+#include "tests/fakes/Records.h"
 #include "tests/fakes/Text.h"
 
 namespace {
@@ -17,70 +20,64 @@ namespace {
 using sync::config::FileConfiguration;
 using sync::config::FileLink;
 using sync::config::FolderConfiguration;
+using sync::config::ServerConfiguration;
 using sync::core::SyncResults;
 using sync::http::DAVPropfindProperties;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
+using sync::http::DAVResponse;
+using testing::ElementsAre;
+using tests::FieldsOf;
+using tests::FullFile;
+using tests::FullFolder;
+using tests::OffsetsIn;
 using tests::Text;
 
-testing::AssertionResult LieInThisOrder(const std::vector<const void*>& addresses) {
-    for (size_t i = 1; i < addresses.size(); ++i) {
-        if (!std::less<>()(addresses[i - 1], addresses[i])) {
-            return testing::AssertionFailure() << "field " << i << " does not lie behind the one before it";
-        }
-    }
-    return testing::AssertionSuccess();
+// The fields of records lie exactly here in what hosts were built with.
+
+TEST(FolderConfigurationTest, EveryFieldLiesWhereHostsLookForIt) {
+    const FolderConfiguration folder;
+    EXPECT_THAT(
+        OffsetsIn(folder,
+                  {&folder.serverKey, &folder.serverId, &folder.name, &folder.resourceId, &folder.serverPath,
+                   &folder.companionServerPath, &folder.localPath, &folder.serverRootPath, &folder.lastModifiedDate,
+                   &folder.ownerId, &folder.accessMask, &folder.getLastSyncTime(),
+                   &folder.getLastServerSyncRequestTime(), &folder.getPrivileges(), &folder.getServerFolderId()}),
+        ElementsAre(16, 20, 24, 32, 40, 48, 56, 64, 72, 80, 88, 96, 104, 112, 120));
+    EXPECT_EQ(sizeof(FolderConfiguration), 128U);
+    EXPECT_EQ(tests::SlotCountOf<FolderConfiguration>(), tests::SlotCountOf<QObject>());
 }
 
-TEST(FolderConfigurationTest, FieldsLieInTheContractsOrder) {
+TEST(FolderConfigurationTest, ADefaultRecordHoldsNothing) {
     const FolderConfiguration folder;
-    EXPECT_TRUE(
-        LieInThisOrder({&folder.serverKey, &folder.serverId, &folder.name, &folder.resourceId, &folder.serverPath,
-                        &folder.localPath, &folder.serverRootPath, &folder.lastModifiedDate, &folder.ownerId}));
+    for (const std::string& field : FieldsOf(folder)) {
+        EXPECT_THAT(field, testing::AnyOf(testing::EndsWith(" = ''"), testing::EndsWith(" = '0'"),
+                                          testing::EndsWith(" = 'none'")));
+    }
 }
 
 TEST(FolderConfigurationTest, ACopyHasEveryFieldAndIsIndependent) {
-    FolderConfiguration folder;
-    folder.serverKey = 1;
-    folder.serverId = 2;
-    folder.name = Text("name");
-    folder.resourceId = Text("17");
-    folder.serverPath = Text("Projects/A");
-    folder.companionServerPath = Text("companion");
-    folder.localPath = Text("local");
-    folder.serverRootPath = Text("Projects");
-    folder.lastModifiedDate = QDateTime::fromMSecsSinceEpoch(1000);
-    folder.ownerId = Text("owner");
-    folder.accessMask = 31;
-    folder.setLastSyncTime(QDateTime::fromMSecsSinceEpoch(2000));
-    folder.setLastServerSyncRequestTime(QDateTime::fromMSecsSinceEpoch(3000));
-    folder.setPrivileges(Text("rw"));
-    folder.setServerFolderId(Text("id"));
-
+    FolderConfiguration folder = FullFolder();
     const FolderConfiguration copy(folder);
     FolderConfiguration assigned;
     assigned = folder;
     folder = FolderConfiguration();
+    EXPECT_EQ(FieldsOf(copy), FieldsOf(FullFolder()));
+    EXPECT_EQ(FieldsOf(assigned), FieldsOf(FullFolder()));
+    EXPECT_EQ(FieldsOf(folder), FieldsOf(FolderConfiguration()));
+    EXPECT_EQ(copy.getServerPath(), copy.serverPath);
+}
 
-    for (const FolderConfiguration* each : std::initializer_list<const FolderConfiguration*>{&copy, &assigned}) {
-        EXPECT_EQ(each->serverKey, 1);
-        EXPECT_EQ(each->serverId, 2);
-        EXPECT_EQ(each->name, Text("name"));
-        EXPECT_EQ(each->resourceId, Text("17"));
-        EXPECT_EQ(each->getServerPath(), Text("Projects/A"));
-        EXPECT_EQ(each->companionServerPath, Text("companion"));
-        EXPECT_EQ(each->localPath, Text("local"));
-        EXPECT_EQ(each->serverRootPath, Text("Projects"));
-        EXPECT_EQ(each->lastModifiedDate, QDateTime::fromMSecsSinceEpoch(1000));
-        EXPECT_EQ(each->ownerId, Text("owner"));
-        EXPECT_EQ(each->accessMask, 31);
-        EXPECT_EQ(each->getLastSyncTime(), QDateTime::fromMSecsSinceEpoch(2000));
-        EXPECT_EQ(each->getLastServerSyncRequestTime(), QDateTime::fromMSecsSinceEpoch(3000));
-        EXPECT_EQ(each->getPrivileges(), Text("rw"));
-        EXPECT_EQ(each->getServerFolderId(), Text("id"));
-    }
-    EXPECT_TRUE(folder.serverPath.isEmpty());
-    EXPECT_FALSE(folder.getLastSyncTime().isValid());
+TEST(FolderConfigurationTest, WhatIsSetReplacesWhatWasThere) {
+    FolderConfiguration folder = FullFolder();
+    folder.setLastSyncTime(tests::TimeOf(1));
+    folder.setLastServerSyncRequestTime(tests::TimeOf(2));
+    folder.setPrivileges(Text("p"));
+    folder.setServerFolderId(Text("i"));
+    EXPECT_EQ(folder.getLastSyncTime(), tests::TimeOf(1));
+    EXPECT_EQ(folder.getLastServerSyncRequestTime(), tests::TimeOf(2));
+    EXPECT_EQ(folder.getPrivileges(), Text("p"));
+    EXPECT_EQ(folder.getServerFolderId(), Text("i"));
 }
 
 TEST(FolderConfigurationTest, HasAMetaObjectOfItsOwn) {
@@ -88,47 +85,101 @@ TEST(FolderConfigurationTest, HasAMetaObjectOfItsOwn) {
     EXPECT_STREQ(FolderConfiguration::staticMetaObject.superClass()->className(), "QObject");
 }
 
-TEST(FileConfigurationTest, FieldsLieInTheContractsOrder) {
+TEST(FileConfigurationTest, EveryFieldLiesWhereHostsLookForIt) {
     const FileConfiguration file;
-    EXPECT_TRUE(LieInThisOrder({&file.serverId, &file.name, &file.localPath, &file.serverPath, &file.attribute,
-                                &file.md5Checksum, &file.createdDate, &file.lastModifiedDate, &file.size,
-                                &file.stateCode, &file.customProperties, &file.ownerId, &file.ownerAttribute,
-                                &file.itemId, &file.versionId, &file.linksExtractedAtTime, &file.syncMode}));
+    EXPECT_THAT(OffsetsIn(file, {&file.serverId,
+                                 &file.name,
+                                 &file.localPath,
+                                 &file.serverPath,
+                                 &file.attribute,
+                                 &file.md5Checksum,
+                                 &file.createdDate,
+                                 &file.lastModifiedDate,
+                                 &file.size,
+                                 &file.stateCode,
+                                 &file.customProperties,
+                                 &file.ownerId,
+                                 &file.ownerAttribute,
+                                 &file.itemId,
+                                 &file.versionId,
+                                 &file.linksExtractedAtTime,
+                                 &file.syncMode,
+                                 &file.links,
+                                 &file.getPrivileges(),
+                                 &file.getSyncOptionPersistentAcrossMachines()}),
+                ElementsAre(0, 8, 16, 24, 32, 40, 48, 56, 64, 72, 80, 88, 96, 104, 112, 120, 128, 136, 144, 152));
+    EXPECT_EQ(sizeof(FileConfiguration), 160U);
 }
 
-TEST(FileConfigurationTest, ADefaultRecordHoldsNothing) {
-    const FileConfiguration file;
+TEST(FileConfigurationTest, ADefaultRecordHoldsNothingAndNamesNoServer) {
+    FileConfiguration file;
     EXPECT_EQ(file.serverId, -1);
-    EXPECT_TRUE(file.name.isEmpty());
-    EXPECT_TRUE(file.localPath.isEmpty());
-    EXPECT_TRUE(file.serverPath.isEmpty());
-    EXPECT_TRUE(file.customProperties.isEmpty());
-    EXPECT_EQ(file.size, 0);
-    EXPECT_FALSE(file.lastModifiedDate.isValid());
-    EXPECT_TRUE(file.getSyncOptionPersistentAcrossMachines().isEmpty());
+    file.serverId = 0;
+    for (const std::string& field : FieldsOf(file)) {
+        EXPECT_THAT(field, testing::AnyOf(testing::EndsWith(" = ''"), testing::EndsWith(" = '0'"),
+                                          testing::EndsWith(" = 'none'")));
+    }
 }
 
 TEST(FileConfigurationTest, ACopyHasEveryFieldAndIsIndependent) {
-    FileConfiguration file;
-    file.name = Text("a.txt");
-    file.size = Q_INT64_C(5000000000);
-    file.customProperties.insert(Text("version"), Text("7"));
-    file.setPrivileges(Text("rw"));
-    file.setSyncOptionPersistentAcrossMachines(QStringList(Text("x")));
-    FileLink link;
-    link.path = Text("../x.dwg");
-    file.links.append(link);
-
+    FileConfiguration file = FullFile();
     const FileConfiguration copy(file);
-    file.customProperties.insert(Text("version"), Text("8"));
-    file.links.first().path = Text("changed");
+    FileConfiguration assigned;
+    assigned = file;
+    file.customProperties.insert(Text("version"), Text("changed"));
+    file.links.begin()->path = Text("changed");
+    file.name = Text("changed");
+    EXPECT_EQ(FieldsOf(copy), FieldsOf(FullFile()));
+    EXPECT_EQ(FieldsOf(assigned), FieldsOf(FullFile()));
+}
 
-    EXPECT_EQ(copy.name, Text("a.txt"));
-    EXPECT_EQ(copy.size, Q_INT64_C(5000000000));
-    EXPECT_EQ(copy.customProperties.value(Text("version")), Text("7"));
-    EXPECT_EQ(copy.getPrivileges(), Text("rw"));
-    EXPECT_EQ(copy.getSyncOptionPersistentAcrossMachines(), QStringList(Text("x")));
-    EXPECT_EQ(copy.links.first().path, Text("../x.dwg"));
+TEST(FileConfigurationTest, WhatIsMovedHasEveryField) {
+    FileConfiguration file = FullFile();
+    FileConfiguration moved(std::move(file));
+    EXPECT_EQ(FieldsOf(moved), FieldsOf(FullFile()));
+    FileConfiguration assigned;
+    assigned = std::move(moved);
+    EXPECT_EQ(FieldsOf(assigned), FieldsOf(FullFile()));
+}
+
+TEST(FileConfigurationTest, WhatIsSetReplacesWhatWasThere) {
+    FileConfiguration file = FullFile();
+    file.setPrivileges(Text("p"));
+    file.setSyncOptionPersistentAcrossMachines(QStringList() << Text("a") << Text("b"));
+    EXPECT_EQ(file.getPrivileges(), Text("p"));
+    EXPECT_EQ(file.getSyncOptionPersistentAcrossMachines(), QStringList() << Text("a") << Text("b"));
+}
+
+TEST(FileLinkTest, ThePathLiesBeforeTheTarget) {
+    const FileLink link;
+    EXPECT_THAT(OffsetsIn(link, {&link.path, &link.targetId}), ElementsAre(0, 8));
+    EXPECT_EQ(sizeof(FileLink), 16U);
+}
+
+TEST(FileLinkTest, ACopyHasBothFields) {
+    const FileLink link = tests::LinkTo("path", "target");
+    const FileLink copy(link);
+    FileLink assigned;
+    EXPECT_TRUE(assigned.path.isEmpty());
+    EXPECT_TRUE(assigned.targetId.isEmpty());
+    assigned = link;
+    for (const FileLink* each : std::initializer_list<const FileLink*>{&copy, &assigned}) {
+        EXPECT_EQ(each->path, Text("path"));
+        EXPECT_EQ(each->targetId, Text("target"));
+    }
+}
+
+TEST(ServerConfigurationTest, ACopyHasTheUrlAndADefaultOneNamesNoServer) {
+    ServerConfiguration server;
+    EXPECT_TRUE(server.baseUrl.isEmpty());
+    server.baseUrl = QUrl(Text("http://service.test/"));
+    const ServerConfiguration copy(server);
+    ServerConfiguration assigned;
+    assigned = server;
+    EXPECT_EQ(copy.baseUrl, server.baseUrl);
+    EXPECT_EQ(assigned.baseUrl, server.baseUrl);
+    EXPECT_THAT(OffsetsIn(server, {&server.baseUrl}), ElementsAre(0));
+    EXPECT_EQ(sizeof(ServerConfiguration), 8U);
 }
 
 TEST(SyncResultsTest, KeepsItsTypeAndItsSixteenCounters) {
@@ -139,6 +190,28 @@ TEST(SyncResultsTest, KeepsItsTypeAndItsSixteenCounters) {
         EXPECT_EQ(counters[i], i + 1);
     }
     EXPECT_EQ(&results.remoteFoldersMoved, counters + 15);
+    EXPECT_THAT(OffsetsIn(results, {&results.resultType, counters}), ElementsAre(0, 4));
+    EXPECT_EQ(sizeof(SyncResults), 68U);
+}
+
+TEST(SyncResultsTest, EveryCounterHasTheNameOfItsPlace) {
+    const SyncResults results(SyncResults::FolderMoved, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
+    EXPECT_EQ(results.localFilesCreated, 1);
+    EXPECT_EQ(results.localFilesUpdated, 2);
+    EXPECT_EQ(results.localFilesDeleted, 3);
+    EXPECT_EQ(results.localFilesMoved, 4);
+    EXPECT_EQ(results.localFoldersCreated, 5);
+    EXPECT_EQ(results.localFoldersUpdated, 6);
+    EXPECT_EQ(results.localFoldersDeleted, 7);
+    EXPECT_EQ(results.localFoldersMoved, 8);
+    EXPECT_EQ(results.remoteFilesCreated, 9);
+    EXPECT_EQ(results.remoteFilesUpdated, 10);
+    EXPECT_EQ(results.remoteFilesDeleted, 11);
+    EXPECT_EQ(results.remoteFilesMoved, 12);
+    EXPECT_EQ(results.remoteFoldersCreated, 13);
+    EXPECT_EQ(results.remoteFoldersUpdated, 14);
+    EXPECT_EQ(results.remoteFoldersDeleted, 15);
+    EXPECT_EQ(results.remoteFoldersMoved, 16);
 }
 
 TEST(SyncResultsTest, TheResultTypesOfCreationDeletionAndMoveAreFixed) {
@@ -191,6 +264,50 @@ TEST(DAVPropfindResponseTest, ACopyHasTheHrefThePropertiesAndThePublicValues) {
         EXPECT_EQ(each->parentResourceId, 4);
         EXPECT_EQ(each->attribute, 'q');
     }
+}
+
+TEST(DAVPropfindResponseTest, EveryFieldLiesWhereHostsLookForIt) {
+    const DAVPropfindResponse response;
+    EXPECT_THAT(OffsetsIn(response,
+                          {&response.getHref(), &response.contentLength, &response.versionNumber, &response.resourceId,
+                           &response.parentResourceId, &response.attribute, &response.getFilename(),
+                           &response.getResourceClassType(), &response.getVersionId(), &response.getItemId(),
+                           &response.getOwnerId(), &response.getPrivileges(), &response.getVisibility(),
+                           &response.getCheckSumMD5(), &response.getSyncOption(), &response.getCreatedDate(),
+                           &response.getLastModifiedDate(), &response.getLinksExtractedAtFileTime()}),
+                ElementsAre(16, 24, 28, 32, 36, 40, 48, 56, 64, 72, 80, 88, 96, 104, 112, 120, 128, 136));
+    EXPECT_EQ(sizeof(DAVPropfindResponse), 144U);
+    EXPECT_EQ(sizeof(DAVResponse), 24U);
+    EXPECT_EQ(tests::SlotCountOf<DAVPropfindResponse>(), tests::SlotCountOf<QObject>());
+}
+
+TEST(DAVPropfindResponseTest, IsMadeEmpty) {
+    const DAVPropfindResponse response;
+    EXPECT_TRUE(response.getHref().isEmpty());
+    EXPECT_EQ(response.contentLength, 0);
+    EXPECT_EQ(response.versionNumber, 0);
+    EXPECT_EQ(response.resourceId, 0);
+    EXPECT_EQ(response.parentResourceId, 0);
+    EXPECT_EQ(response.attribute, '\0');
+}
+
+TEST(DAVPropfindResponseTest, DescribingItReplacesTheHrefAndTheProperties) {
+    DAVPropfindProperties properties;
+    properties.filename = Text("a");
+    DAVPropfindResponse response;
+    response.contentLength = 7;
+    response.Describe(Text("/a"), properties);
+    EXPECT_EQ(response.getHref(), Text("/a"));
+    EXPECT_EQ(response.getFilename(), Text("a"));
+    EXPECT_EQ(response.contentLength, 7);
+}
+
+TEST(DAVPropfindResultTest, EveryFieldLiesWhereHostsLookForIt) {
+    const DAVPropfindResult result;
+    EXPECT_THAT(OffsetsIn(result, {&result.collectionResponses, &result.fileResponses, &result.isSingleResponse,
+                                   &result.singleResponse, &result.serverTime}),
+                ElementsAre(0, 8, 16, 24, 168));
+    EXPECT_EQ(sizeof(DAVPropfindResult), 176U);
 }
 
 TEST(DAVPropfindResponseTest, HasAMetaObjectOfItsOwn) {
