@@ -20,7 +20,6 @@ using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::LikelySize;
 using pass::LocalFileState;
-using report::Cancelled;
 using report::SyncEvent;
 using sync::config::FileConfiguration;
 
@@ -50,52 +49,30 @@ QString VersionNote(const FileConfiguration& remote) {
 }  // namespace
 
 bool Downloader::Run(std::deque<PullOrder> orders) {
-    if (orders.empty()) {
-        return true;
-    }
-    _orders = std::move(orders);
-    _progress.allFiles = static_cast<int>(_orders.size());
-    for (const PullOrder& order : _orders) {
-        _progress.allBytes += LikelySize(order.remote.size);
-    }
-    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newConnection);
-    while (!_orders.empty() || pool.Unfinished() > 0) {
-        while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
-            _Start(pool);
-        }
-        std::vector<std::unique_ptr<Download>> finished = pool.TakeFinished(Pool::ProgressInterval);
-        if (*_context.Options().isStopped) {
-            pool.Cancel();
-            while (pool.Unfinished() > 0) {
-                for (std::unique_ptr<Download>& download : pool.TakeFinished(Pool::ProgressInterval)) {
-                    finished.push_back(std::move(download));
-                }
-            }
-            const auto isUnfit = [](const std::unique_ptr<Download>& download) { return !HasCome(*download); };
-            finished.erase(std::remove_if(finished.begin(), finished.end(), isUnfit), finished.end());
-            _Take(std::move(finished));
-            throw Cancelled();
-        }
-        _Take(std::move(finished));
-        _progress.doneBytes = _bytes;
-        _context.ReportProgress(_progress);
-    }
+    RunAll(std::move(orders));
     return _hasAll;
 }
 
-void Downloader::_Start(Pool& pool) {
-    PullOrder order = std::move(_orders.front());
-    _orders.pop_front();
-    const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
-    if (url.isEmpty()) {
-        _Refuse(order.path, QStringLiteral("there is no URL for such a path"));
-        return;
-    }
-    order.record = _context.RecordOf(order.path, order.remote);
-    pool.Start(std::make_unique<Download>(_context.Tree(), std::move(order), url, _bytes));
+qint64 Downloader::SizeOf(const PullOrder& order) const {
+    return LikelySize(order.remote.size);
 }
 
-void Downloader::_Take(std::vector<std::unique_ptr<Download>> downloads) {
+std::unique_ptr<Download> Downloader::Make(PullOrder order, const QUrl& url) {
+    order.record = _context.RecordOf(order.path, order.remote);
+    return std::make_unique<Download>(_context.Tree(), std::move(order), url, _bytes);
+}
+
+void Downloader::Take(Transfers downloads, Pool& /*pool*/) {
+    _Take(downloads);
+}
+
+void Downloader::TakeLast(Transfers downloads) {
+    const auto isUnfit = [](const std::unique_ptr<Download>& download) { return !HasCome(*download); };
+    downloads.erase(std::remove_if(downloads.begin(), downloads.end(), isUnfit), downloads.end());
+    _Take(downloads);
+}
+
+void Downloader::_Take(const Transfers& downloads) {
     QVector<Installer::Request> requests;
     std::vector<const PullOrder*> orders;
     std::vector<const Download*> others;
@@ -190,7 +167,7 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
             _PutBeside(order, request.placement.temporary, request.placement.record.contentMd5);
             break;
         case Installer::Result::Failed:
-            _Refuse(order.path, request.error);
+            Refuse(order.path, request.error);
             break;
     }
     if (!request.aside.isEmpty()) {
@@ -211,7 +188,7 @@ void Downloader::_PutBeside(const PullOrder& order, const QString& temporary, co
     }
 }
 
-void Downloader::_Refuse(const QString& path, const QString& reason) {
+void Downloader::Refuse(const QString& path, const QString& reason) {
     _hasAll = false;
     _context.Report(SyncEvent::Kind::Refused, path, reason);
 }

@@ -8,27 +8,29 @@
 #include <memory>
 #include <vector>
 
-#include "client/sync/pass/PassContext.h"
-#include "client/sync/pass/TransferPool.h"
+#include "client/sync/pass/TransferLoop.h"
 #include "client/sync/pull/Download.h"
 
 namespace ovsync {
 namespace pull {
 
 /// Fetches files of the service, several at once, checks what came, and puts it in place. For one run. Not thread-safe.
-class Downloader {
+class Downloader : private pass::TransferLoop<PullOrder, Download> {
 public:
-    explicit Downloader(pass::PassContext& context) : _context(context) {}
+    explicit Downloader(pass::PassContext& context) : TransferLoop(context) {}
 
     /// True when everything came. Throws Cancelled, when what is finished is in place, and what
     /// PassContext::ReportFailure throws.
     [[nodiscard]] bool Run(std::deque<PullOrder> orders);
 
 private:
-    using Pool = pass::TransferPool<Download>;
+    qint64 SizeOf(const PullOrder& order) const override;
+    std::unique_ptr<Download> Make(PullOrder order, const QUrl& url) override;
+    void Refuse(const QString& path, const QString& reason) override;
+    void Take(Transfers downloads, Pool& pool) override;
+    void TakeLast(Transfers downloads) override;
 
-    void _Start(Pool& pool);
-    void _Take(std::vector<std::unique_ptr<Download>> downloads);
+    void _Take(const Transfers& downloads);
     /// What came is what the service describes. Joins `requests` when it is to be placed.
     void _TakeContent(Download& download, QVector<local::Installer::Request>& requests,
                       std::vector<const PullOrder*>& orders);
@@ -36,13 +38,8 @@ private:
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);
     void _PutBeside(const PullOrder& order, const QString& temporary, const QString& md5);
-    void _Refuse(const QString& path, const QString& reason);
     void _ReportFailure(const QString& path, const std::exception_ptr& error);
 
-    pass::PassContext& _context;
-    std::deque<PullOrder> _orders;
-    std::atomic<qint64> _bytes{0};
-    report::SyncProgress _progress;
     bool _hasAll = true;
 };
 

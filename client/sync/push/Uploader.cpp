@@ -34,60 +34,42 @@ QString ConditionsSetting() {
 }  // namespace
 
 void Uploader::Run(std::deque<PushOrder> orders) {
-    if (orders.empty()) {
-        return;
-    }
-    _orders = std::move(orders);
-    _ChooseTrial();
-    _progress.allFiles = static_cast<int>(_orders.size());
-    for (const PushOrder& order : _orders) {
-        _progress.allBytes += order.size;
-    }
-    Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newConnection);
-    while (!_orders.empty() || pool.Unfinished() > 0) {
-        while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
-            _Start(pool);
-        }
-        std::vector<std::unique_ptr<Upload>> finished = pool.TakeFinished(Pool::ProgressInterval);
-        if (*_context.Options().isStopped) {
-            pool.Cancel();
-            while (pool.Unfinished() > 0) {
-                for (std::unique_ptr<Upload>& upload : pool.TakeFinished(Pool::ProgressInterval)) {
-                    finished.push_back(std::move(upload));
-                }
-            }
-            for (const std::unique_ptr<Upload>& upload : finished) {
-                if (!upload->Error() && !upload->IsToBeSent()) {
-                    _TakeSent(*upload);
-                }
-            }
-            throw Cancelled();
-        }
-        for (std::unique_ptr<Upload>& upload : finished) {
-            _Take(std::move(upload), pool);
-        }
-        _progress.doneBytes = _bytes;
-        _context.ReportProgress(_progress);
-    }
+    _ChooseTrial(orders);
+    RunAll(std::move(orders));
 }
 
-void Uploader::_ChooseTrial() {
+void Uploader::_ChooseTrial(std::deque<PushOrder>& orders) {
     bool isNeeded = _context.Records().Setting(ConditionsSetting()).isEmpty();
-    for (PushOrder& order : _orders) {
+    for (PushOrder& order : orders) {
         order.triesConditions = order.triesConditions && isNeeded;
         isNeeded = isNeeded && !order.triesConditions;
     }
 }
 
-void Uploader::_Start(Pool& pool) {
-    const PushOrder order = std::move(_orders.front());
-    _orders.pop_front();
-    const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
-    if (url.isEmpty()) {
-        _context.Report(SyncEvent::Kind::Refused, order.path, QStringLiteral("there is no URL for such a path"));
-        return;
+qint64 Uploader::SizeOf(const PushOrder& order) const {
+    return order.size;
+}
+
+std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {
+    return std::make_unique<Upload>(_context.Tree(), std::move(order), url, _bytes, *_context.Options().isStopped);
+}
+
+void Uploader::Refuse(const QString& path, const QString& reason) {
+    _context.Report(SyncEvent::Kind::Refused, path, reason);
+}
+
+void Uploader::Take(Transfers uploads, Pool& pool) {
+    for (std::unique_ptr<Upload>& upload : uploads) {
+        _Take(std::move(upload), pool);
     }
-    pool.Start(std::make_unique<Upload>(_context.Tree(), order, url, _bytes, *_context.Options().isStopped));
+}
+
+void Uploader::TakeLast(Transfers uploads) {
+    for (const std::unique_ptr<Upload>& upload : uploads) {
+        if (!upload->Error() && !upload->IsToBeSent()) {
+            _TakeSent(*upload);
+        }
+    }
 }
 
 void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {

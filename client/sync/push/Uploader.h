@@ -7,8 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "client/sync/pass/PassContext.h"
-#include "client/sync/pass/TransferPool.h"
+#include "client/sync/pass/TransferLoop.h"
 #include "client/sync/push/Upload.h"
 
 namespace ovsync {
@@ -16,19 +15,22 @@ namespace push {
 
 /// Sends files to the service, several at once, and records what it has then. Nothing there is overwritten that was not
 /// known. For one run. Not thread-safe.
-class Uploader {
+class Uploader : private pass::TransferLoop<PushOrder, Upload> {
 public:
-    explicit Uploader(pass::PassContext& context) : _context(context) {}
+    explicit Uploader(pass::PassContext& context) : TransferLoop(context) {}
 
     /// Throws Cancelled, when what is sent is recorded, and what PassContext::ReportFailure throws.
     void Run(std::deque<PushOrder> orders);
 
 private:
-    using Pool = pass::TransferPool<Upload>;
+    qint64 SizeOf(const PushOrder& order) const override;
+    std::unique_ptr<Upload> Make(PushOrder order, const QUrl& url) override;
+    void Refuse(const QString& path, const QString& reason) override;
+    void Take(Transfers uploads, Pool& pool) override;
+    void TakeLast(Transfers uploads) override;
 
     /// Lets at most one file try the conditions, and none once it is known.
-    void _ChooseTrial();
-    void _Start(Pool& pool);
+    void _ChooseTrial(std::deque<PushOrder>& orders);
     void _Take(std::unique_ptr<Upload> upload, Pool& pool);
     /// Whether what is to be replaced is still what the listing had.
     bool _IsStillKnown(const Upload& upload);
@@ -40,11 +42,6 @@ private:
     bool _HasSize(const Upload& upload, qint64 size);
     /// None when the service has something else than what was sent.
     std::optional<store::FileRecord> _RecordOf(const Upload& upload);
-
-    pass::PassContext& _context;
-    std::deque<PushOrder> _orders;
-    std::atomic<qint64> _bytes{0};
-    report::SyncProgress _progress;
 };
 
 }  // namespace push

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+#include <atomic>
+#include <deque>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "client/sync/pass/PassContext.h"
+#include "client/sync/pass/TransferPool.h"
+#include "client/sync/report/Cancelled.h"
+#include "client/sync/report/SyncProgress.h"
+
+namespace ovsync {
+namespace pass {
+
+/// Starts transfers, several at once, waits for them and tells how far they are. What they are and what becomes of them
+/// is for a subclass to say. For one run. Not thread-safe.
+template <typename Order, typename Transfer>
+class TransferLoop {
+protected:
+    using Pool = TransferPool<Transfer>;
+    using Transfers = std::vector<std::unique_ptr<Transfer>>;
+
+    explicit TransferLoop(PassContext& context) : _context(context) {}
+    virtual ~TransferLoop() = default;
+    TransferLoop(const TransferLoop&) = delete;
+    TransferLoop& operator=(const TransferLoop&) = delete;
+
+    /// Throws Cancelled when the pass is stopped, and what the operations below throw.
+    void RunAll(std::deque<Order> orders) {
+        if (orders.empty()) {
+            return;
+        }
+        _orders = std::move(orders);
+        _progress.allFiles = static_cast<int>(_orders.size());
+        for (const Order& order : _orders) {
+            _progress.allBytes += SizeOf(order);
+        }
+        Pool pool(qMin(_context.Options().transfers, _progress.allFiles), _context.Service().newConnection);
+        while (!_orders.empty() || pool.Unfinished() > 0) {
+            while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
+                _Start(pool);
+            }
+            Transfers finished = pool.TakeFinished(Pool::ProgressInterval);
+            if (*_context.Options().isStopped) {
+                TakeLast(_Drained(std::move(finished), pool));
+                throw report::Cancelled();
+            }
+            Take(std::move(finished), pool);
+            _progress.doneBytes = _bytes;
+            _context.ReportProgress(_progress);
+        }
+    }
+
+    /// As it is known beforehand, in bytes.
+    virtual qint64 SizeOf(const Order& order) const = 0;
+    virtual std::unique_ptr<Transfer> Make(Order order, const QUrl& url) = 0;
+    virtual void Refuse(const QString& path, const QString& reason) = 0;
+    /// May start one of them again.
+    virtual void Take(Transfers finished, Pool& pool) = 0;
+    /// Of a pass that was stopped.
+    virtual void TakeLast(Transfers finished) = 0;
+
+    PassContext& _context;
+    /// Those to come, to which Take may add.
+    std::deque<Order> _orders;
+    /// What was transferred.
+    std::atomic<qint64> _bytes{0};
+    report::SyncProgress _progress;
+
+private:
+    void _Start(Pool& pool) {
+        Order order = std::move(_orders.front());
+        _orders.pop_front();
+        const QUrl url = _context.Service().urlOf(_context.Service().ServerPath(order.path));
+        if (url.isEmpty()) {
+            Refuse(order.path, QStringLiteral("there is no URL for such a path"));
+        } else {
+            pool.Start(Make(std::move(order), url));
+        }
+    }
+
+    static Transfers _Drained(Transfers finished, Pool& pool) {
+        pool.Cancel();
+        while (pool.Unfinished() > 0) {
+            for (std::unique_ptr<Transfer>& transfer : pool.TakeFinished(Pool::ProgressInterval)) {
+                finished.push_back(std::move(transfer));
+            }
+        }
+        return finished;
+    }
+};
+
+}  // namespace pass
+}  // namespace ovsync
