@@ -1,5 +1,7 @@
 #include "client/cli/commands/AgentCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include <chrono>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -10,6 +12,7 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using output::ExitCode;
 using output::Output;
 
@@ -33,8 +36,6 @@ ExitCode Report(bool isRunning, bool asJson, Output& output) {
     return isRunning ? ExitCode::Done : ExitCode::Refused;
 }
 
-}  // namespace
-
 ExitCode ShowAgent(bool asJson, Output& output) {
     return Report(IsRunning(), asJson, output);
 }
@@ -48,6 +49,17 @@ ExitCode StartAgent(bool asJson, Output& output) {
         }
     }
     return Report(isRunning, asJson, output);
+}
+
+}  // namespace
+
+void AddAgentCommand(CommandRegistry& registry) {
+    CLI::App* const agent = registry.AddGroup("agent", "Looks after the application that stays and synchronises.",
+                                              "Exit status: 0 it runs, 1 it does not, 2 wrong usage.");
+    registry.AddLocal(*agent, "status", "Says whether it runs.",
+                      [](const Arguments& given, Output& output) { return ShowAgent(given.isJson, output); });
+    registry.AddLocal(*agent, "start", "Starts it unless it runs already, and says whether it runs then.",
+                      [](const Arguments& given, Output& output) { return StartAgent(given.isJson, output); });
 }
 
 }  // namespace commands

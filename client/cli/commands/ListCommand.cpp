@@ -1,4 +1,6 @@
 #include "client/cli/commands/ListCommand.h"
+
+#include <CLI/CLI.hpp>
 #include "client/wire/HttpStatus.h"
 
 #include "client/cli/commands/ExistingFolder.h"
@@ -6,12 +8,15 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using library::ServiceConnection;
 using output::ListFormat;
 using output::Output;
 using output::WriteEntries;
 using wire::HttpStatus;
+
+namespace {
 
 void ListFolder(ServiceConnection& connection, const Location& location, ListFormat format, Output& output) {
     sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
@@ -27,6 +32,17 @@ void ListFolder(ServiceConnection& connection, const Location& location, ListFor
     if (format == ListFormat::Json) {
         output.Write("\n");
     }
+}
+
+}  // namespace
+
+void AddListCommand(CommandRegistry& registry) {
+    CLI::App* const command =
+        registry.AddAction("ls", "Lists the sub-folders and the files of a folder, one name a line, in name order.",
+                           [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                              Output& output) { ListFolder(connection, location, given.Format(), output); });
+    CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
+    registry.AddLong(command);
 }
 
 }  // namespace commands

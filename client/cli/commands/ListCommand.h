@@ -1,9 +1,6 @@
 #pragma once
 
-#include "client/cli/input/Location.h"
-#include "client/cli/output/ListingOutput.h"
-#include "client/cli/output/Output.h"
-#include "client/library/ServiceConnection.h"
+#include "client/cli/commands/CommandRegistry.h"
 
 namespace ovsync {
 namespace commands {
@@ -11,8 +8,7 @@ namespace commands {
 /// `ovsync ls`: the sub-folders and the files of the folder at `location`, in one name order. Nothing is written unless
 /// the listing is whole. Throws what the library and the transaction with the service throw, and HttpException of
 /// status 404 when there is no such folder.
-void ListFolder(library::ServiceConnection& connection, const input::Location& location, output::ListFormat format,
-                output::Output& output);
+void AddListCommand(CommandRegistry& registry);
 
 }  // namespace commands
 }  // namespace ovsync

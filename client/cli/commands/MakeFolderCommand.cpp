@@ -1,5 +1,7 @@
 #include "client/cli/commands/MakeFolderCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/FolderFormat.h"
@@ -7,11 +9,14 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using input::UsageError;
 using library::ServiceConnection;
 using output::JsonObject;
 using output::Output;
+
+namespace {
 
 void MakeFolder(ServiceConnection& connection, const Location& location, bool withParents, bool asJson,
                 Output& output) {
@@ -28,6 +33,19 @@ void MakeFolder(ServiceConnection& connection, const Location& location, bool wi
     if (asJson) {
         output.Write(JsonObject(folder) + '\n');
     }
+}
+
+}  // namespace
+
+void AddMakeFolderCommand(CommandRegistry& registry) {
+    CLI::App* const command = registry.AddAction(
+        "mkdir", "Creates a folder. One that is there already is left as it is.",
+        [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+            MakeFolder(connection, location, given.withParents, given.isJson, output);
+        });
+    CommandRegistry::AddText(command, "URL", "The new folder, for example http://host/folder/new/",
+                             registry.Given().url);
+    command->add_flag("-p,--parents", registry.Given().withParents, "Create the missing folders above it too");
 }
 
 }  // namespace commands

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "client/cli/input/Location.h"
-#include "client/cli/output/Output.h"
-#include "client/library/ServiceConnection.h"
+#include "client/cli/commands/CommandRegistry.h"
 
 namespace ovsync {
 namespace commands {
@@ -11,8 +9,7 @@ namespace commands {
 /// the service a folder that is there already is as good as a new one. Writes the folder as JSON when `asJson`, and
 /// nothing otherwise. Throws UsageError for the root, HttpException of status 404 when the folder above it is missing,
 /// and what the library and the transaction with the service throw.
-void MakeFolder(library::ServiceConnection& connection, const input::Location& location, bool withParents, bool asJson,
-                output::Output& output);
+void AddMakeFolderCommand(CommandRegistry& registry);
 
 }  // namespace commands
 }  // namespace ovsync

@@ -1,5 +1,7 @@
 #include "client/cli/commands/MoveCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include <nlohmann/json.hpp>
 
 #include "client/cli/commands/ExistingFolder.h"
@@ -8,10 +10,13 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using input::UsageError;
 using library::ServiceConnection;
 using output::Output;
+
+namespace {
 
 void MoveFolder(ServiceConnection& connection, const Location& from, const Location& to, bool asJson, Output& output) {
     if (!from.IsOnServerOf(to)) {
@@ -28,6 +33,20 @@ void MoveFolder(ServiceConnection& connection, const Location& from, const Locat
                                              {"to", to.serverPath.toStdString()}};
         output.Write(QByteArray::fromStdString(json.dump()) + '\n');
     }
+}
+
+}  // namespace
+
+void AddMoveCommand(CommandRegistry& registry) {
+    CLI::App* const command = registry.AddAction(
+        "mv", "Moves a folder to where nothing is, on the same server.",
+        [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+            MoveFolder(connection, location, Location::FromUrl(QString::fromStdString(given.destination)), given.isJson,
+                       output);
+        });
+    CommandRegistry::AddText(command, "FROM", "The folder, for example http://host/folder/", registry.Given().url);
+    CommandRegistry::AddText(command, "TO", "Its new URL, for example http://host/elsewhere/name/",
+                             registry.Given().destination);
 }
 
 }  // namespace commands

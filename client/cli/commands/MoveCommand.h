@@ -1,8 +1,6 @@
 #pragma once
 
-#include "client/cli/input/Location.h"
-#include "client/cli/output/Output.h"
-#include "client/library/ServiceConnection.h"
+#include "client/cli/commands/CommandRegistry.h"
 
 namespace ovsync {
 namespace commands {
@@ -11,8 +9,7 @@ namespace commands {
 /// as JSON when `asJson`, and nothing otherwise. Throws UsageError when the two are not on one server, when either is
 /// the root and when `from` is a file, HttpException of status 404 when there is nothing at `from`, and what the
 /// library and the transaction with the service throw.
-void MoveFolder(library::ServiceConnection& connection, const input::Location& from, const input::Location& to,
-                bool asJson, output::Output& output);
+void AddMoveCommand(CommandRegistry& registry);
 
 }  // namespace commands
 }  // namespace ovsync

@@ -1,5 +1,7 @@
 #include "client/cli/commands/PullCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include <sys/stat.h>
 
 #include <QDir>
@@ -17,6 +19,7 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using input::SyncArguments;
 using input::UsageError;
@@ -31,8 +34,6 @@ bool IsMissing(const QString& directory) {
     const QFileInfo place(QDir::cleanPath(directory));
     return !place.exists() && !place.isSymLink() && QFileInfo(place.path()).isDir();
 }
-
-}  // namespace
 
 ExitCode Pull(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
     SyncArguments used = arguments;
@@ -51,6 +52,25 @@ ExitCode Pull(ServiceConnection& connection, const Location& location, const Syn
     }
     return RunPass(connection, location, used, output,
                    [](pass::PassContext& context) { return pull::PullPass(context).Run(); });
+}
+
+}  // namespace
+
+void AddPullCommand(CommandRegistry& registry) {
+    CLI::App* const command =
+        registry.AddCommand("pull", "Brings a local folder in step with a folder of the service.",
+                            [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                               Output& output) { return Pull(connection, location, given.Syncing(), output); });
+    CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
+    CommandRegistry::AddText(command, "DIR", "The local folder, made when it is missing", registry.Given().directory);
+    command->add_flag("--delete", registry.Given().deletes,
+                      "Delete here what the service has deleted, unless it was changed here");
+    command
+        ->add_option("--max-delete", registry.Given().maxDelete,
+                     "Delete nothing when it would be more than N files, or N% of them (half of ten and more, and "
+                     "never all, unless given)")
+        ->type_name("N");
+    registry.AddPassOptions(command);
 }
 
 }  // namespace commands

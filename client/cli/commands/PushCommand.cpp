@@ -1,20 +1,37 @@
 #include "client/cli/commands/PushCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include "client/cli/commands/SyncRun.h"
 #include "client/sync/push/PushPass.h"
 
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using input::SyncArguments;
 using library::ServiceConnection;
 using output::ExitCode;
 using output::Output;
 
+namespace {
+
 ExitCode Push(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
     return RunPass(connection, location, arguments, output,
                    [](pass::PassContext& context) { return push::PushPass(context).Run(); });
+}
+
+}  // namespace
+
+void AddPushCommand(CommandRegistry& registry) {
+    CLI::App* const command =
+        registry.AddCommand("push", "Brings a folder of the service in step with a local folder; deletes nothing.",
+                            [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                               Output& output) { return Push(connection, location, given.Syncing(), output); });
+    CommandRegistry::AddText(command, "DIR", "The local folder, which must be there", registry.Given().directory);
+    CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
+    registry.AddPassOptions(command);
 }
 
 }  // namespace commands

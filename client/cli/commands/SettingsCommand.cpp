@@ -1,5 +1,7 @@
 #include "client/cli/commands/SettingsCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include "client/cli/input/Application.h"
 #include "client/cli/output/SettingsFormat.h"
 #include "client/sync/pass/SyncConfiguration.h"
@@ -7,11 +9,14 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using library::ServiceConnection;
 using output::Output;
 using output::SettingsJson;
 using output::SettingsTable;
+
+namespace {
 
 void ShowSettings(ServiceConnection& connection, const Location& location, bool asJson, Output& output) {
     const input::Application application;
@@ -20,6 +25,16 @@ void ShowSettings(ServiceConnection& connection, const Location& location, bool 
     pass::SyncConfiguration tuning(source);
     output.Write(asJson ? SettingsJson(tuning, published, location.serverPath)
                         : SettingsTable(tuning, published, location.serverPath, output));
+}
+
+}  // namespace
+
+void AddSettingsCommand(CommandRegistry& registry) {
+    CLI::App* const command =
+        registry.AddAction("settings", "Shows how synchronisation is tuned, and what the service publishes about it.",
+                           [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                              Output& output) { ShowSettings(connection, location, given.isJson, output); });
+    CommandRegistry::AddText(command, "URL", "The service, for example http://host/", registry.Given().url);
 }
 
 }  // namespace commands

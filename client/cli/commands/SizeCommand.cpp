@@ -1,4 +1,6 @@
 #include "client/cli/commands/SizeCommand.h"
+
+#include <CLI/CLI.hpp>
 #include "client/wire/HttpStatus.h"
 
 #include "client/cli/commands/ExistingFolder.h"
@@ -7,6 +9,7 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::GlobFilter;
 using input::Location;
 using library::ServiceConnection;
@@ -18,8 +21,6 @@ namespace {
 QByteArray Counted(qint64 number, const char* unit) {
     return QByteArray::number(number) + ' ' + unit + (number == 1 ? "" : "s");
 }
-
-}  // namespace
 
 void MeasureTree(ServiceConnection& connection, const Location& location, const QStringList& excluded, bool asJson,
                  Output& output) {
@@ -33,6 +34,19 @@ void MeasureTree(ServiceConnection& connection, const Location& location, const 
     }
     output.Write(asJson ? "{\"files\":" + QByteArray::number(count) + ",\"bytes\":" + QByteArray::number(size) + "}\n"
                         : Counted(count, "file") + ", " + Counted(size, "byte") + '\n');
+}
+
+}  // namespace
+
+void AddSizeCommand(CommandRegistry& registry) {
+    CLI::App* const command = registry.AddAction(
+        "du", "Counts the files below a folder and their bytes.",
+        [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+            MeasureTree(connection, location, given.Excluded(), given.isJson, output);
+        });
+    CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
+    registry.AddExclude(command);
+    registry.MarkAsListingTree(command);
 }
 
 }  // namespace commands

@@ -1,10 +1,6 @@
 #pragma once
 
-#include <QStringList>
-
-#include "client/cli/input/Location.h"
-#include "client/cli/output/Output.h"
-#include "client/library/ServiceConnection.h"
+#include "client/cli/commands/CommandRegistry.h"
 
 namespace ovsync {
 namespace commands {
@@ -13,8 +9,7 @@ namespace commands {
 /// those that one of the globs in `excluded` matches by their names or by the name of a folder below `location`. Throws
 /// UsageError for a glob that is none, HttpException of status 404 when there is no such folder, and what the library
 /// and the transaction with the service throw.
-void MeasureTree(library::ServiceConnection& connection, const input::Location& location, const QStringList& excluded,
-                 bool asJson, output::Output& output);
+void AddSizeCommand(CommandRegistry& registry);
 
 }  // namespace commands
 }  // namespace ovsync

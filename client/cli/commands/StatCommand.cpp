@@ -1,5 +1,7 @@
 #include "client/cli/commands/StatCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 
 #include "client/cli/output/Complaint.h"
@@ -10,6 +12,7 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using library::ServiceConnection;
 using output::Complain;
@@ -41,8 +44,6 @@ void AddListedFields(ServiceConnection& connection, const Location& location, Fo
     }
 }
 
-}  // namespace
-
 void ShowResource(ServiceConnection& connection, const Location& location, bool asJson, Output& output) {
     FolderConfiguration folder;
     if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
@@ -55,6 +56,17 @@ void ShowResource(ServiceConnection& connection, const Location& location, bool 
     const sync::config::FileConfiguration file =
         connection.Files().GetFileByName(connection.Folder(location.ParentPath()), location.Name());
     output.Write(asJson ? JsonObject(file) + '\n' : FieldLines(file, output));
+}
+
+}  // namespace
+
+void AddStatCommand(CommandRegistry& registry) {
+    CLI::App* const command =
+        registry.AddAction("stat", "Prints what the service knows of one folder or file.",
+                           [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                              Output& output) { ShowResource(connection, location, given.isJson, output); });
+    CommandRegistry::AddText(command, "URL", "The folder or file, for example http://host/folder/file.txt",
+                             registry.Given().url);
 }
 
 }  // namespace commands

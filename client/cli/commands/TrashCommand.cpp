@@ -1,10 +1,14 @@
 #include "client/cli/commands/TrashCommand.h"
 
+#include "client/wire/DateReader.h"
+
+#include <CLI/CLI.hpp>
+#include <QRegularExpression>
+
 #include <QDateTime>
 #include <QFileInfo>
 #include <nlohmann/json.hpp>
 
-#include "client/cli/commands/TrashTimeText.h"
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
@@ -19,6 +23,7 @@ namespace ovsync {
 namespace commands {
 
 using input::AbsolutePath;
+using input::Arguments;
 using input::Refusal;
 using input::UsageError;
 using local::LocalTree;
@@ -34,6 +39,39 @@ using report::SyncEvent;
 using store::RecordDatabase;
 
 namespace {
+
+const int MostDays = 36500;
+
+const char* const TrashFooter =
+    "Exit status: 0 done, 1 there is no such file in the trash, something is in the way or cannot be read or removed, "
+    "or a pass has the folder open, 2 wrong usage.";
+
+std::optional<QString> Given(const std::optional<std::string>& text) {
+    return text ? std::make_optional(QString::fromStdString(*text)) : std::nullopt;
+}
+
+/// "2026-11-20T10:15:30Z", and "2026-11-20T10:15:30Z-2" where that second needed a second folder. Thread-safe.
+QByteArray TrashTimeText(const TrashTime& time) {
+    const QByteArray text = DateText(time.time);
+    return time.number == 1 ? text : text + '-' + QByteArray::number(time.number);
+}
+
+/// Reads what TrashTimeText made. Throws UsageError when it is something else.
+TrashTime ReadTrashTime(const QString& text) {
+    static const QRegularExpression pattern(QStringLiteral("\\A(.*Z)(?:-([2-9]|[1-9][0-9]{1,8}))?\\z"));
+    const QRegularExpressionMatch match = pattern.match(text);
+    const QByteArray date = match.captured(1).toUtf8();
+    const QString number = match.captured(2);
+    TrashTime time{wire::ReadDate(date.constData(), static_cast<size_t>(date.size())),
+                   number.isEmpty() ? 1 : number.toInt()};
+    if (!time.time.isValid()) {
+        throw input::UsageError(
+            QStringLiteral("--from \"%1\": this is no time as \"ovsync trash list\" shows it, such as "
+                           "2026-11-20T10:15:30Z")
+                .arg(text));
+    }
+    return time;
+}
 
 QString SyncedFolder(const QString& directory) {
     QString root = AbsolutePath(directory);
@@ -61,8 +99,6 @@ QByteArray JsonObject(const TrashEntry& entry) {
                                          {"path", entry.path.toStdString()}};
     return QByteArray::fromStdString(json.dump());
 }
-
-}  // namespace
 
 void ListTrash(const QString& directory, bool asJson, Output& output) {
     LocalTree tree(SyncedFolder(directory));
@@ -127,6 +163,45 @@ ExitCode EmptyTrash(const QString& directory, std::optional<int> days, bool asJs
         output.Write(QByteArray::fromStdString(nlohmann::ordered_json({{"left", left}}).dump()) + '\n');
     }
     return failures.isEmpty() ? ExitCode::Done : ExitCode::Refused;
+}
+
+}  // namespace
+
+void AddTrashCommand(CommandRegistry& registry) {
+    CLI::App* const trash =
+        registry.AddGroup("trash", "Looks after what pulls replaced or deleted in a local folder.", TrashFooter);
+    CLI::App* command =
+        registry.AddLocal(*trash, "list", "Lists it, a line each with time, size and path, in order of time and path.",
+                          [](const Arguments& given, Output& output) {
+                              ListTrash(QString::fromStdString(given.directory), given.isJson, output);
+                              return ExitCode::Done;
+                          });
+    CommandRegistry::AddText(command, "DIR", "The local folder", registry.Given().directory);
+
+    command = registry.AddLocal(*trash, "restore", "Brings a file back to its place, unless something is there.",
+                                [](const Arguments& given, Output& output) {
+                                    RestoreFromTrash(QString::fromStdString(given.directory),
+                                                     QString::fromStdString(given.path), Given(given.from),
+                                                     Given(given.to), given.isJson, output);
+                                    return ExitCode::Done;
+                                });
+    CommandRegistry::AddText(command, "DIR", "The local folder", registry.Given().directory);
+    CommandRegistry::AddText(command, "PATH", "The file, as list shows it", registry.Given().path);
+    command
+        ->add_option("--from", registry.Given().from,
+                     "Bring what was replaced or deleted at TIME, as list shows it (the newest unless given)")
+        ->type_name("TIME");
+    command->add_option("--to", registry.Given().to, "Bring it to NAME, another path below DIR")->type_name("NAME");
+
+    command = registry.AddLocal(*trash, "empty", "Removes it for good.", [](const Arguments& given, Output& output) {
+        return EmptyTrash(QString::fromStdString(given.directory), given.olderThan, given.isJson, output);
+    });
+    CommandRegistry::AddText(command, "DIR", "The local folder", registry.Given().directory);
+    command
+        ->add_option("--older-than", registry.Given().olderThan,
+                     "Remove only what was replaced or deleted more than DAYS ago")
+        ->type_name("DAYS")
+        ->check(CLI::Range(0, MostDays));
 }
 
 }  // namespace commands

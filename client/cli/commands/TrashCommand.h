@@ -1,29 +1,19 @@
 #pragma once
 
-#include <QString>
-#include <optional>
-
-#include "client/cli/output/ExitCode.h"
-#include "client/cli/output/Output.h"
+#include "client/cli/commands/CommandRegistry.h"
 
 namespace ovsync {
 namespace commands {
 
 /// Each of these throws UsageError when `directory` is no synced folder, LocalError when the trash cannot be read, and
 /// those that change something StoreError when a pass has the folder open.
-
 /// `ovsync trash list`: what lies in the trash, in order of time and path.
-void ListTrash(const QString& directory, bool asJson, output::Output& output);
-
 /// `ovsync trash restore`: brings the file that was at `path` to `to`, or else back to its place: that of the time
 /// `from`, or else the newest. Throws UsageError when `from` is no time and when `to` is no path below the folder, and
 /// Refusal when there is no such file and when something is in the way.
-void RestoreFromTrash(const QString& directory, const QString& path, const std::optional<QString>& from,
-                      const std::optional<QString>& to, bool asJson, output::Output& output);
-
 /// `ovsync trash empty`: removes what was put there more than `days` ago, or else all. Refused when something stayed,
 /// of which it tells.
-output::ExitCode EmptyTrash(const QString& directory, std::optional<int> days, bool asJson, output::Output& output);
+void AddTrashCommand(CommandRegistry& registry);
 
 }  // namespace commands
 }  // namespace ovsync

@@ -1,4 +1,6 @@
 #include "client/cli/commands/TreeCommand.h"
+
+#include <CLI/CLI.hpp>
 #include "client/wire/HttpStatus.h"
 
 #include "client/cli/commands/ExistingFolder.h"
@@ -8,6 +10,7 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
 using input::Location;
 using library::ServiceConnection;
 using output::Complain;
@@ -31,8 +34,6 @@ void NameByPathBelow(const QString& serverPath, QVector<Record>& records) {
         }
     }
 }
-
-}  // namespace
 
 void ShowTree(ServiceConnection& connection, const Location& location, const QDateTime& since, ListFormat format,
               Output& output) {
@@ -67,6 +68,23 @@ void ShowTree(ServiceConnection& connection, const Location& location, const QDa
     if (!time.isEmpty()) {
         Complain(QStringLiteral("the service's time is ") + QString::fromLatin1(time));
     }
+}
+
+}  // namespace
+
+void AddTreeCommand(CommandRegistry& registry) {
+    CLI::App* const command = registry.AddAction(
+        "tree", "Lists everything below a folder, one path a line, in name order.",
+        [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+            ShowTree(connection, location, given.Since(), given.Format(), output);
+        });
+    CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
+    registry.AddLong(command);
+    command
+        ->add_option("--since", registry.Given().since,
+                     "List only if something changed since TIME, which an earlier listing gave as the service's")
+        ->type_name("TIME");
+    registry.MarkAsListingTree(command);
 }
 
 }  // namespace commands

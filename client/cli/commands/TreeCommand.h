@@ -1,11 +1,6 @@
 #pragma once
 
-#include <QDateTime>
-
-#include "client/cli/input/Location.h"
-#include "client/cli/output/ListingOutput.h"
-#include "client/cli/output/Output.h"
-#include "client/library/ServiceConnection.h"
+#include "client/cli/commands/CommandRegistry.h"
 
 namespace ovsync {
 namespace commands {
@@ -17,8 +12,7 @@ namespace commands {
 ///
 /// Throws what the library and the transaction with the service throw, and HttpException of status 404 when there is no
 /// such folder.
-void ShowTree(library::ServiceConnection& connection, const input::Location& location, const QDateTime& since,
-              output::ListFormat format, output::Output& output);
+void AddTreeCommand(CommandRegistry& registry);
 
 }  // namespace commands
 }  // namespace ovsync

@@ -1,5 +1,7 @@
 #include "client/cli/commands/VersionCommand.h"
 
+#include <CLI/CLI.hpp>
+
 #include <nlohmann/json.hpp>
 
 #include "client/cli/input/Application.h"
@@ -10,6 +12,8 @@
 namespace ovsync {
 namespace commands {
 
+using input::Arguments;
+using input::Location;
 using library::ServiceConnection;
 using output::LoggedErrors;
 using output::Output;
@@ -48,10 +52,23 @@ QByteArray VersionReport(const std::shared_ptr<sync::interf::IVersionManager>& v
     return lines;
 }
 
+namespace {
+
 void ShowVersions(ServiceConnection& connection, bool asJson, Output& output) {
     const input::Application application;
     const auto versions = std::make_shared<sync::dv::dvsync::VersionManager>(connection.FetchSyncConfig());
     output.Write(VersionReport(versions, asJson, output));
+}
+
+}  // namespace
+
+void AddVersionCommand(CommandRegistry& registry) {
+    CLI::App* const command =
+        registry.AddAction("version", "Shows the application's version and the newest one that the service offers.",
+                           [](ServiceConnection& connection, const Location&, const Arguments& given, Output& output) {
+                               ShowVersions(connection, given.isJson, output);
+                           });
+    CommandRegistry::AddText(command, "URL", "The service, for example http://host/", registry.Given().url);
 }
 
 }  // namespace commands

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "client/cli/commands/CommandRegistry.h"
 #include "client/cli/output/Output.h"
-#include "client/library/ServiceConnection.h"
 #include "host/interfaces/IVersionManager.h"
 
 namespace ovsync {
@@ -13,7 +13,7 @@ QByteArray VersionReport(const std::shared_ptr<sync::interf::IVersionManager>& v
                          const output::Output& output);
 
 /// `ovsync version`: the report of what the service publishes. Throws what Connection::FetchSyncConfig throws.
-void ShowVersions(library::ServiceConnection& connection, bool asJson, output::Output& output);
+void AddVersionCommand(CommandRegistry& registry);
 
 }  // namespace commands
 }  // namespace ovsync

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "client/cli/input/Arguments.h"
+#include "client/cli/input/Location.h"
+#include "client/cli/output/ExitCode.h"
+#include "client/cli/output/Output.h"
+#include "client/library/ServiceConnection.h"
+
+namespace CLI {
+class App;
+}
+
+namespace ovsync {
+namespace commands {
+
+/// The commands of the command line: how each is read into Arguments and what it then does. The unit of a command adds
+/// it. Not thread-safe.
+class CommandRegistry {
+public:
+    using Command = std::function<output::ExitCode(library::ServiceConnection&, const input::Location&,
+                                                   const input::Arguments&, output::Output&)>;
+    /// A command that is done when it does not throw.
+    using Action = std::function<void(library::ServiceConnection&, const input::Location&, const input::Arguments&,
+                                      output::Output&)>;
+    /// A command that needs no service.
+    using LocalCommand = std::function<output::ExitCode(const input::Arguments&, output::Output&)>;
+
+    /// `app` outlives this object.
+    explicit CommandRegistry(CLI::App& app) : _app(app) {}
+
+    CLI::App* AddAction(const char* name, const char* description, const Action& action);
+    CLI::App* AddCommand(const char* name, const char* description, const Command& command);
+    /// A command that only has others below it. `footer` ends the help of each.
+    CLI::App* AddGroup(const char* name, const char* description, const char* footer);
+    CLI::App* AddLocal(CLI::App& group, const char* name, const char* description, const LocalCommand& command);
+
+    /// Has to be given; `value` is one of the fields of Given.
+    static void AddText(CLI::App* command, const char* name, const char* description, std::string& value);
+    void AddLong(CLI::App* command);
+    void AddExclude(CLI::App* command);
+    void AddPassOptions(CLI::App* command);
+    /// The command needs a listing of a whole tree.
+    void MarkAsListingTree(const CLI::App* command) { _treeCommands.push_back(command); }
+
+    /// What options write to.
+    input::Arguments& Given() { return _given; }
+
+    /// What the command line, once it was read, asks for: null when that is a local command.
+    const Command* Parsed() const;
+    const LocalCommand* ParsedLocal() const;
+    bool ListsTree() const;
+
+private:
+    void _AddJson(CLI::App* command);
+
+    CLI::App& _app;
+    input::Arguments _given;
+    std::map<const CLI::App*, Command> _commands;
+    std::map<const CLI::App*, LocalCommand> _localCommands;
+    std::vector<const CLI::App*> _treeCommands;
+};
+
+}  // namespace commands
+}  // namespace ovsync
