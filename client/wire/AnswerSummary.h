@@ -17,7 +17,8 @@ struct AnswerSummary {
     /// The first FirstBytesLimit bytes of the body, uncompressed.
     QByteArray firstBytes;
 
-    /// One line of printable ASCII: the status, the content type and the first bytes, everything else escaped as \xNN.
+    /// One line of printable ASCII: the status, the content type and the first bytes, everything else escaped as
+    /// `\xNN`.
     QString Text() const;
 };
 

@@ -36,7 +36,27 @@ expect() {
         status=1
     }
 }
+version=$(dpkg-deb -f "$runtime" Version)
+newest=$(grep -m1 '^## ' "$packages/root/usr/share/doc/dvsync/CHANGELOG.md")
+[[ $newest == "## $version "* ]] || {
+    echo "The version is $version, and the newest section of CHANGELOG.md \"$newest\""
+    status=1
+}
+for package in dvsync dvsync-dev; do
+    doc=$packages/root/usr/share/doc/$package
+    changed=$(zcat "$doc/changelog.gz" | dpkg-parsechangelog -l - -S Version)
+    [ "$changed" = "$version" ] || {
+        echo "The changelog of $package is about the version \"$changed\", not $version"
+        status=1
+    }
+    grep -q '^Copyright: ' "$doc/copyright" || {
+        echo "$package does not say whose it is."
+        status=1
+    }
+done
 expect "$runtime" 'libqt5core5a[^,]*'
 expect "$runtime" 'libcurl4[^,]*'
-expect "$development" "dvsync \(= $(dpkg-deb -f "$runtime" Version)\)"
+expect "$development" "dvsync \(= $version\)"
+expect "$development" 'libcurl4-openssl-dev'
+expect "$development" 'libxml2-dev'
 exit $status
