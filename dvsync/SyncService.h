@@ -21,7 +21,7 @@ DVSYNC_EXPORT bool CachedIsDrovaneSynchronizationServiceRunning(QString processN
 
 /// Starts sync::core::GetSyncAppName() from the directory of the library OvSyncCore as a process that outlives this
 /// one, and returns whether it started. Where OvSyncCore is not loaded as a library, from the current directory.
-[[nodiscard]] DVSYNC_EXPORT bool StartSyncService();
+DVSYNC_EXPORT bool StartSyncService();
 
 }  // namespace dvsync
 }  // namespace dv

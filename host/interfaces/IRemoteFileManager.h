@@ -20,12 +20,11 @@ class OVSYNC_INTERFACES_EXPORT IRemoteFileManager : public QObject {
 public:
     /// Lists the files of `folder` in name order. Returns 0, or 304 when nothing changed since the folder's last sync
     /// time, or 404 when the service has no such folder; `files` is replaced on 0 and untouched otherwise.
-    [[nodiscard]] virtual int GetNameSortedFilesByFolder(
-        config::FolderConfiguration& folder, std::shared_ptr<QVector<config::FileConfiguration>>& files) = 0;
+    virtual int GetNameSortedFilesByFolder(config::FolderConfiguration& folder,
+                                           std::shared_ptr<QVector<config::FileConfiguration>>& files) = 0;
 
     /// Whether the remote file must be fetched over the local one. May add an empty "version" to `local`.
-    [[nodiscard]] virtual bool ShouldDownloadFile(const config::FileConfiguration& remote,
-                                                  config::FileConfiguration& local) = 0;
+    virtual bool ShouldDownloadFile(const config::FileConfiguration& remote, config::FileConfiguration& local) = 0;
 
     /// The record of the file `name` of `folder`, or a default record when the answer holds none.
     // The const value is part of the operation's signature.

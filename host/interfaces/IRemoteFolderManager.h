@@ -33,14 +33,14 @@ public:
     virtual core::SyncResults MoveFolder(const config::FolderConfiguration& from,
                                          const config::FolderConfiguration& to) = 0;
 
-    [[nodiscard]] virtual bool FolderExists(const config::FolderConfiguration& folder) = 0;
+    virtual bool FolderExists(const config::FolderConfiguration& folder) = 0;
 
-    [[nodiscard]] virtual bool FileExists(const config::FileConfiguration& file) = 0;
+    virtual bool FileExists(const config::FileConfiguration& file) = 0;
 
     /// Copies `folder` into `result` together with what the service says of it; false, and `result` untouched, when the
     /// service has no such folder.
-    [[nodiscard]] virtual bool GetFolderProperties(const config::FolderConfiguration& folder,
-                                                   config::FolderConfiguration& result) = 0;
+    virtual bool GetFolderProperties(const config::FolderConfiguration& folder,
+                                     config::FolderConfiguration& result) = 0;
 
     /// The direct sub-folders of `folder` in name order; an empty pointer when nothing changed since its last sync
     /// time.
@@ -49,21 +49,21 @@ public:
 
     /// Everything below `folder`. Returns 0, 304 or 404 as IRemoteFileManager does; the outputs are replaced on 0 and
     /// untouched otherwise.
-    [[nodiscard]] virtual int GetAllFilesAndSubFoldersByFolder(
-        config::FolderConfiguration& folder, std::shared_ptr<QVector<config::FolderConfiguration>>& folders,
-        std::shared_ptr<QVector<config::FileConfiguration>>& files) = 0;
+    virtual int GetAllFilesAndSubFoldersByFolder(config::FolderConfiguration& folder,
+                                                 std::shared_ptr<QVector<config::FolderConfiguration>>& folders,
+                                                 std::shared_ptr<QVector<config::FileConfiguration>>& files) = 0;
 
     /// Adds the number of files of the folder at the server path `path` to `fileCount` and their sizes in bytes to
     /// `totalSize`. Returns 0 or 404.
-    [[nodiscard]] virtual int GetFolderSize(const QString& path, int folderServerId, bool wholeTree, int& fileCount,
-                                            qint64& totalSize, std::shared_ptr<sync::interf::ISyncFilter> fileFilter,
-                                            std::shared_ptr<sync::interf::ISyncFilter> folderFilter) = 0;
+    virtual int GetFolderSize(const QString& path, int folderServerId, bool wholeTree, int& fileCount,
+                              qint64& totalSize, std::shared_ptr<sync::interf::ISyncFilter> fileFilter,
+                              std::shared_ptr<sync::interf::ISyncFilter> folderFilter) = 0;
 
     /// The same, and appends the server paths of the folders to `subFolders`.
-    [[nodiscard]] virtual int GetFolderSize(const QString& path, int folderServerId, bool wholeTree, int& fileCount,
-                                            qint64& totalSize, QList<QString>& subFolders,
-                                            std::shared_ptr<sync::interf::ISyncFilter> fileFilter,
-                                            std::shared_ptr<sync::interf::ISyncFilter> folderFilter) = 0;
+    virtual int GetFolderSize(const QString& path, int folderServerId, bool wholeTree, int& fileCount,
+                              qint64& totalSize, QList<QString>& subFolders,
+                              std::shared_ptr<sync::interf::ISyncFilter> fileFilter,
+                              std::shared_ptr<sync::interf::ISyncFilter> folderFilter) = 0;
 };
 
 }  // namespace interf

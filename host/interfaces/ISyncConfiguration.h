@@ -36,11 +36,10 @@ public:
     virtual int GetMaxParallelTransfers() = 0;
 
     /// The GetLimitsFor operations return false, and leave the arguments as they are, when there is no limit.
-    [[nodiscard]] virtual bool GetLimitsForUploadFinishedEvent(int& maxFiles, int& maxDelay) = 0;
-    [[nodiscard]] virtual bool GetLimitsForCreateDeleteReferences(int& maxCreated, int& maxDeleted, int& maxDelay,
-                                                                  bool initialSync) = 0;
-    [[nodiscard]] virtual bool GetLimitsForGetParentsChildrenReferences(int& maxParents, int& maxChildren,
-                                                                        bool initialSync) = 0;
+    virtual bool GetLimitsForUploadFinishedEvent(int& maxFiles, int& maxDelay) = 0;
+    virtual bool GetLimitsForCreateDeleteReferences(int& maxCreated, int& maxDeleted, int& maxDelay,
+                                                    bool initialSync) = 0;
+    virtual bool GetLimitsForGetParentsChildrenReferences(int& maxParents, int& maxChildren, bool initialSync) = 0;
 
     /// How many times a transfer is tried again.
     virtual int GetMaxTransferRetries() = 0;

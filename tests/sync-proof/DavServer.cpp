@@ -10,6 +10,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <thread>
 
@@ -41,9 +42,12 @@ int FreePort() {
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t length = sizeof address;
-    bind(descriptor, reinterpret_cast<sockaddr*>(&address), length);
-    getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length);
+    auto* const any = reinterpret_cast<sockaddr*>(&address);
+    const bool isBound = bind(descriptor, any, length) == 0 && getsockname(descriptor, any, &length) == 0;
     close(descriptor);
+    if (!isBound) {
+        throw std::runtime_error("There is no free port");
+    }
     return ntohs(address.sin_port);
 }
 
@@ -78,19 +82,21 @@ private:
 };
 
 std::string ApacheConfiguration(const std::string& folder, const std::string& work, int port) {
-    std::string text;
-    for (const std::string module : {"mpm_event", "authz_core", "mime", "dav", "dav_fs"}) {
-        text += "LoadModule " + module + "_module /usr/lib/apache2/modules/mod_" + module + ".so\n";
+    std::ostringstream text;
+    for (const char* module : {"mpm_event", "authz_core", "mime", "dav", "dav_fs"}) {
+        text << "LoadModule " << module << "_module /usr/lib/apache2/modules/mod_" << module << ".so\n";
     }
-    return text + "ServerRoot " + work + "\nServerName localhost\nListen 127.0.0.1:" + std::to_string(port) +
-           "\nPidFile " + work +
-           "/pid\nErrorLog /dev/stderr\nLogFormat \"%{%T}t.%{msec_frac}t %D us: %m %U %>s, If-Match %{If-Match}i, ETag "
-           "%{ETag}o, Destination %{Destination}i, by %{User-Agent}i\" each\nCustomLog /dev/stderr each\nTypesConfig "
-           "/dev/null\nDocumentRoot " +
-           folder + "\nDavLockDB " + work + "/locks\n<Directory " + folder +
-           ">\nDav On\nDavDepthInfinity On\nRequire all granted\n</Directory>\n" +
-           // It refuses to serve as root.
-           (geteuid() == 0 ? "User www-data\nGroup www-data\n" : "");
+    text << "ServerRoot " << work << "\nPidFile " << work << "/pid\nDavLockDB " << work << "/locks\n"
+         << "ServerName localhost\nListen 127.0.0.1:" << port << "\nTypesConfig /dev/null\nErrorLog /dev/stderr\n"
+         << R"(LogFormat "%{%T}t.%{msec_frac}t %D us: %m %U %>s, If-Match %{If-Match}i, ETag %{ETag}o" each)"
+         << "\nCustomLog /dev/stderr each\n"
+         << "DocumentRoot " << folder << "\n<Directory " << folder << ">\n"
+         << "Dav On\nDavDepthInfinity On\nRequire all granted\n</Directory>\n";
+    if (geteuid() == 0) {
+        // It refuses to serve as root.
+        text << "User www-data\nGroup www-data\n";
+    }
+    return text.str();
 }
 
 void GiveTo(const std::string& user, const std::string& folder) {

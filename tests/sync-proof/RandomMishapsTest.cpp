@@ -105,7 +105,7 @@ public:
         }
         _MakeOrRestoreBackup();
         if (_Happens("clock of the server", 20)) {
-            _StartServer(static_cast<int>(_Below(4 * 86400)) - 2 * 86400);
+            _StartServer(_ClockShift());
         }
         {
             const auto inner = _Happens("inner pass meanwhile", 5) ? _Push("inner", _Inner(), {}) : nullptr;
@@ -159,6 +159,12 @@ public:
 private:
     size_t _Below(size_t limit) { return std::uniform_int_distribution<size_t>(0, limit - 1)(_random); }
 
+    /// Up to two days ahead or behind, in seconds.
+    int _ClockShift() {
+        const int limit = 2 * 86400;
+        return std::uniform_int_distribution<int>(-limit, limit)(_random);
+    }
+
     bool _Happens(const std::string& mishap, size_t oneOf) {
         const bool happens = _Below(oneOf) == 0;
         _tally.mishaps[mishap] += happens ? 1 : 0;
@@ -178,7 +184,7 @@ private:
         words.insert(words.end(), options.begin(), options.end());
         auto environment = Pass::ReachingPort(_server->Port());
         if (_Happens("clock here", 15)) {
-            environment.merge(WithClockShift(static_cast<int>(_Below(4 * 86400)) - 2 * 86400));
+            environment.merge(WithClockShift(_ClockShift()));
         }
         return std::make_unique<Pass>(words, environment);
     }
