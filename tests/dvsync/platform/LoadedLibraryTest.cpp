@@ -63,4 +63,20 @@ TEST_F(LoadedLibraryTest, TheSyncApplicationIsStartedFromTheFolderOfTheCoreLibra
     EXPECT_EQ(started, std::vector<fs::path>{_folder.Path() / OVSYNC_AGENT_FILE_NAME});
 }
 
+TEST_F(LoadedLibraryTest, GoesWhenItsHostLetsItGoAndComesBack) {
+    for (int i = 0; i < 20; ++i) {
+        {
+            const tests::Library library(_folder.Path() / DVSYNC_FILE_NAME);
+            EXPECT_EQ(platform::ModuleFile(u"OvSyncCore"), (_folder.Path() / L"OvSyncCore.dll").u16string());
+        }
+        ASSERT_EQ(platform::ModuleFile(u"dvsync"), u"");
+        ASSERT_EQ(platform::ModuleFile(u"OvSyncCore"), u"");
+    }
+}
+
+TEST_F(LoadedLibraryTest, ThreadNotificationsStayOnAsTheCompilersRuntimeHasThreadLocalStorage) {
+    const tests::Library library(_folder.Path() / DVSYNC_FILE_NAME);
+    EXPECT_FALSE(DisableThreadLibraryCalls(library.Module()));
+}
+
 }  // namespace
