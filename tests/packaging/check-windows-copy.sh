@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Usage: check-windows-copy.sh PREFIX TOOLCHAIN LIBRARIES BUILD
+# Usage: check-windows-copy.sh PREFIX TOOLCHAIN DEPENDENCIES BUILD
 # Checks which files for Windows there are under PREFIX, builds a program with them and runs it under the Wine of BUILD.
-# LIBRARIES is where Qt and log4cplus are, as CMAKE_PREFIX_PATH has it.
+# DEPENDENCIES are the folders of Qt and log4cplus, with a colon between them.
 set -euo pipefail
 export LC_ALL=C
 prefix=$(realpath "$1")
@@ -18,7 +18,7 @@ diff <(sort <<<"$expected") <(sort <<<"$actual") || {
 
 build=$prefix-consumer
 rm -rf "$build"
-cmake -S "$here/windows-consumer" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$2" -DCMAKE_PREFIX_PATH="$prefix;$3" >/dev/null
+cmake -S "$here/windows-consumer" -B "$build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$2" -DCMAKE_PREFIX_PATH="$prefix;${3//:/;}" >/dev/null
 cmake --build "$build"
 # The compiler's DLLs.
 export WINEPATH=$4/bin
