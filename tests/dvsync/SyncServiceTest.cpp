@@ -126,10 +126,11 @@ protected:
     // The command line that the program saw, once it has run.
     QString Started() const {
         QFile file(folder + Text("/started"));
-        for (int i = 0; i < 3000 && !file.exists(); ++i) {
+        // On Windows it is there a moment before it can be opened.
+        for (int i = 0; i < 3000 && !file.open(QIODevice::ReadOnly); ++i) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << "the program has not run";
+        EXPECT_TRUE(file.isOpen()) << "the program has not run";
         return QString::fromUtf8(file.readAll()).trimmed();
     }
 
