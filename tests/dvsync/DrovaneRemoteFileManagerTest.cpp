@@ -723,7 +723,8 @@ TEST_F(FileOnDiskModeTest, AFileThatChangedWithinTheSecondOfItsRecordIsFetched) 
 
 TEST_F(FileOnDiskModeTest, OnlyTheTimeOfTheLastChangeOfTheContentCounts) {
     const int changed = 1500000000;
-    const utimbuf times = {changed + 100, changed};
+    // Windows takes no constant.
+    utimbuf times = {changed + 100, changed};
     ASSERT_EQ(utime(_file.fileName().toLocal8Bit().constData(), &times), 0);
     _local.lastModifiedDate = QDateTime::fromMSecsSinceEpoch(changed * Q_INT64_C(1000));
     EXPECT_TRUE(ShouldDownload(FileOfVersion("9"), _local));

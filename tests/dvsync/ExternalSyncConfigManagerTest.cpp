@@ -311,13 +311,26 @@ TEST_F(ExternalSyncConfigManagerTest, NoUrlGivesTheDefaults) {
     ExpectNetworkError(QNetworkReply::ProtocolUnknownError);
 }
 
-TEST_F(ExternalSyncConfigManagerTest, ACertificateThatNobodyVouchesForIsAccepted) {
+/// A fixture whose tests have a server with TLS.
+template <typename Fixture>
+class OverTls : public Fixture {
+protected:
+    void SetUp() override {
+#ifdef _WIN32
+        GTEST_SKIP() << "Qt's server has the TLS of Windows, which under Wine takes no key that comes from a file";
+#endif
+    }
+};
+
+using ExternalSyncConfigOverTlsTest = OverTls<ExternalSyncConfigManagerTest>;
+
+TEST_F(ExternalSyncConfigOverTlsTest, ACertificateThatNobodyVouchesForIsAccepted) {
     const tests::SelfSignedCertificate certificate;
     ScriptedServer server({AnswerOf(Document("whole.xml"))}, certificate.Files());
     ExpectWhole(FetchFrom(server));
 }
 
-TEST_F(ExternalSyncConfigManagerTest, ACertificateForAnotherHostIsAccepted) {
+TEST_F(ExternalSyncConfigOverTlsTest, ACertificateForAnotherHostIsAccepted) {
     const tests::SelfSignedCertificate certificate;
     ScriptedServer server({AnswerOf(Document("whole.xml"))}, certificate.Files());
     QUrl url = server.Url(Text("/"));
@@ -325,7 +338,7 @@ TEST_F(ExternalSyncConfigManagerTest, ACertificateForAnotherHostIsAccepted) {
     ExpectWhole(Fetch(url));
 }
 
-TEST_F(ExternalSyncConfigManagerTest, AnotherManagerAcceptsNoSuchCertificateForIt) {
+TEST_F(ExternalSyncConfigOverTlsTest, AnotherManagerAcceptsNoSuchCertificateForIt) {
     const tests::SelfSignedCertificate certificate;
     // One is asked for; the others are for managers that should not ask.
     ScriptedServer::Step answer = AnswerOf(Document("whole.xml"));
@@ -451,6 +464,8 @@ protected:
     const std::shared_ptr<ObservableManager> _shared = std::make_shared<ObservableManager>();
 };
 
+using OddHostOverTlsTest = OverTls<OddHostTest>;
+
 TEST_F(OddHostTest, AFactoryMayHandOutOneManagerAgainAndAgain) {
     ShareOneManager();
     ScriptedServer server({AnswerOf(Document("whole.xml")), AnswerOf(Document("frequency-15.xml"))});
@@ -468,7 +483,7 @@ TEST_F(OddHostTest, AFailureLeavesASharedManagerAloneToo) {
     EXPECT_EQ(_shared->ObserverCount(), 0);
 }
 
-TEST_F(OddHostTest, TheHostsOwnRequestsAfterAFetchAcceptNoUnknownCertificate) {
+TEST_F(OddHostOverTlsTest, TheHostsOwnRequestsAfterAFetchAcceptNoUnknownCertificate) {
     ShareOneManager();
     const tests::SelfSignedCertificate certificate;
     ScriptedServer server({AnswerOf(Document("whole.xml"))}, certificate.Files());
@@ -478,7 +493,7 @@ TEST_F(OddHostTest, TheHostsOwnRequestsAfterAFetchAcceptNoUnknownCertificate) {
     EXPECT_EQ(ErrorOf(own), QNetworkReply::SslHandshakeFailedError);
 }
 
-TEST_F(OddHostTest, TheHostsOwnRequestsDuringAFetchAreNoneOfItsBusiness) {
+TEST_F(OddHostOverTlsTest, TheHostsOwnRequestsDuringAFetchAreNoneOfItsBusiness) {
     ShareOneManager();
     const tests::SelfSignedCertificate certificate;
     ScriptedServer other({AnswerOf("secret")}, certificate.Files());

@@ -79,8 +79,9 @@ TEST_F(SyncServiceTest, TheCachedCheckWalksTheProcessesEveryTwoSecondsAndLooksFo
 
 TEST(ModuleDirectoryTest, IsTheAbsoluteDirectoryOfTheModulesFile) {
     TheFakePlatform() = FakePlatform();
-    TheFakePlatform().moduleFiles = {{u"OvSyncCore", u"/opt/Ov Sync/über/libOvSyncCore.so"}};
-    EXPECT_EQ(GetModuleDirectory(Text("OvSyncCore")), Text("/opt/Ov Sync/über"));
+    const QString directory = QDir::rootPath() + Text("opt/Ov Sync/über");
+    TheFakePlatform().moduleFiles = {{u"OvSyncCore", ToUtf16(directory + Text("/libOvSyncCore.so"))}};
+    EXPECT_EQ(GetModuleDirectory(Text("OvSyncCore")), directory);
 }
 
 TEST(ModuleDirectoryTest, IsAbsoluteForAModuleWhoseFileIsNot) {
@@ -105,26 +106,32 @@ TEST(ModuleDirectoryTest, IsEmptyForAModuleThatIsNotLoaded) {
     EXPECT_EQ(GetModuleDirectory(Text("OvSyncCore")), QString());
 }
 
-// A folder with a program in it that tells, in a file beside it, how it was started.
+// A folder with a program in the place of the sync application that tells how it was started.
 class StartSyncServiceTest : public SyncServiceTest {
 protected:
     StartSyncServiceTest() {
         EXPECT_TRUE(QDir().mkpath(folder));
-        QFile program(folder + Text("/OvSync.exe"));
-        EXPECT_TRUE(program.open(QIODevice::WriteOnly));
-        program.write("#!/bin/sh\ncd \"${0%/*}\" && echo \"$0|$#\" >unfinished && mv unfinished started\n");
-        program.close();
-        EXPECT_TRUE(program.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+        const QString program = folder + Text("/OvSync.exe");
+#ifdef _WIN32
+        EXPECT_TRUE(QFile::copy(Text(STARTED_PROGRAM), program));
+#else
+        QFile script(program);
+        EXPECT_TRUE(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\ncd \"${0%/*}\" && echo \"$0|$#\" >unfinished && mv unfinished started\n");
+        script.close();
+        EXPECT_TRUE(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+#endif
     }
 
     // The command line that the program saw, once it has run.
     QString Started() const {
         QFile file(folder + Text("/started"));
-        for (int i = 0; i < 3000 && !file.exists(); ++i) {
+        // On Windows it is there a moment before it can be opened.
+        for (int i = 0; i < 3000 && !file.open(QIODevice::ReadOnly); ++i) {
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         }
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << "the program has not run";
-        return QFile::decodeName(file.readAll()).trimmed();
+        EXPECT_TRUE(file.isOpen()) << "the program has not run";
+        return QString::fromUtf8(file.readAll()).trimmed();
     }
 
     tests::TemporaryDirectory directory;

@@ -9,13 +9,15 @@ list=$1
 shift
 
 expected=$(sort -u "$list")
-if [[ $1 == *.obj ]]; then
-    actual=$(cat "$@" | grep -aoE -- '-export:"[^"]+"' | cut -d'"' -f2 | c++filt)
+case $1 in
+    *.obj) actual=$(cat "$@" | grep -aoE -- '-export:"[^"]+"' | cut -d'"' -f2 | c++filt) ;;
+    *.dll) actual=$(objdump -p "$1" | sed -nE '/Name Pointer\] Table/,$s/^\s+\[ *[0-9]+\].* ([^ ]+)$/\1/p' | c++filt) ;;
+    *) actual=$(nm --dynamic --demangle --defined-only "$1" | cut -d' ' -f3-) ;;
+esac
+if [[ $1 == *.obj || $1 == *.dll ]]; then
     # Exported with their class alone, and the names of types with the types.
     actual=$(grep -vE '::qt_static_metacall\(' <<<"$actual")
     expected=$(grep -vE '^typeinfo name for ' <<<"$expected")
-else
-    actual=$(nm --dynamic --demangle --defined-only "$1" | cut -d' ' -f3-)
 fi
 actual=$(grep -vE '^(((vtable|VTT|typeinfo|typeinfo name|guard variable) for |non-virtual thunk to |([a-z]+ )+)?(std|Q[A-Za-z]+|log4cplus)\b|__odr_asan|_init$|_fini$)' <<<"$actual" | sort -u)
 

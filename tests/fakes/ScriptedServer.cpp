@@ -1,6 +1,10 @@
 #include "tests/fakes/ScriptedServer.h"
 
+#ifdef _WIN32
+#include <winsock2.h>
+#else
 #include <sys/socket.h>
+#endif
 
 #include <QFile>
 #include <QSslKey>
@@ -48,7 +52,8 @@ private:
 
 void Reset(QTcpSocket& socket) {
     const linger atOnce = {1, 0};
-    setsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
+    setsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_LINGER,
+               reinterpret_cast<const char*>(&atOnce), sizeof(atOnce));
     socket.abort();
 }
 

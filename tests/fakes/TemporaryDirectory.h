@@ -5,8 +5,10 @@
 #include <QDir>
 #include <QString>
 #include <QUuid>
+#include <chrono>
 #include <filesystem>
 #include <system_error>
+#include <thread>
 
 namespace tests {
 
@@ -17,6 +19,11 @@ public:
     ~TemporaryDirectory() {
         std::error_code error;
         std::filesystem::remove_all(_path.toStdWString(), error);
+        // Windows removes no program that has not ended yet.
+        for (int i = 0; i < 300 && error; ++i) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+            std::filesystem::remove_all(_path.toStdWString(), error);
+        }
     }
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;

@@ -1,7 +1,3 @@
-#define WIN32_LEAN_AND_MEAN
-#include <windows.h>
-
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,11 +7,16 @@
 
 #include "dvsync/platform/Platform.h"
 #include "dvsync/platform/ProcessSearch.h"
+#include "tests/dvsync/platform/WindowsFixtures.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 namespace platform = sync::dv::dvsync::platform;
+using tests::Folder;
+using tests::Library;
+using tests::Process;
+using tests::ProgramFolder;
 
 bool EqualIgnoringCase(const std::u16string& a, const std::u16string& b) {
     const auto lower = [](char16_t c) { return c >= u'A' && c <= u'Z' ? static_cast<char16_t>(c - u'A' + u'a') : c; };
@@ -27,93 +28,6 @@ bool IsRunning(const std::u16string& wanted) {
     return platform::AnotherProcessIsRunning(
         [&](const std::u16string& name) { return EqualIgnoringCase(name, wanted); });
 }
-
-fs::path ProgramFolder() {
-    wchar_t file[MAX_PATH];
-    GetModuleFileNameW(nullptr, file, MAX_PATH);
-    return fs::path(file).parent_path();
-}
-
-// A folder with blanks and letters of several alphabets in its name.
-class Folder {
-public:
-    Folder() : _path(fs::temp_directory_path() / (L"Programme für Синхро " + std::to_wstring(GetCurrentProcessId()))) {
-        fs::create_directories(_path);
-    }
-    ~Folder() {
-        std::error_code ignored;
-        fs::remove_all(_path, ignored);
-    }
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-
-    // A copy of a file that was built, under `name`.
-    fs::path Copy(const wchar_t* fileName, const wchar_t* name) const {
-        fs::copy_file(ProgramFolder() / fileName, _path / name, fs::copy_options::overwrite_existing);
-        return _path / name;
-    }
-
-private:
-    fs::path _path;
-};
-
-// A program that runs as long as this.
-class Process {
-public:
-    // Started as the library starts the sync application: by a command line that is its quoted path alone. With
-    // `security` nobody may look at it.
-    explicit Process(const fs::path& program, SECURITY_ATTRIBUTES* security = nullptr) {
-        std::wstring commandLine = L"\"" + program.wstring() + L"\"";
-        STARTUPINFOW startup = {};
-        startup.cb = sizeof(startup);
-        EXPECT_TRUE(CreateProcessW(nullptr, commandLine.data(), security, nullptr, FALSE, 0, nullptr, nullptr, &startup,
-                                   &_process))
-            << GetLastError();
-        // Its modules are listed a moment later.
-        for (int i = 0; security == nullptr && i < 3000 && !platform::ProcessName(Id()); ++i) {
-            Sleep(10);
-        }
-    }
-    ~Process() { End(); }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-    std::uint32_t Id() const { return _process.dwProcessId; }
-
-    void End() {
-        if (_process.hProcess == nullptr) {
-            return;
-        }
-        EXPECT_TRUE(TerminateProcess(_process.hProcess, 0));
-        EXPECT_EQ(WaitForSingleObject(_process.hProcess, INFINITE), WAIT_OBJECT_0);
-        CloseHandle(_process.hThread);
-        CloseHandle(_process.hProcess);
-        _process = {};
-    }
-
-private:
-    PROCESS_INFORMATION _process = {};
-};
-
-// Loaded as long as this.
-class Library {
-public:
-    explicit Library(const fs::path& file) : _module(LoadLibraryW(file.c_str())) {
-        EXPECT_NE(_module, nullptr) << GetLastError();
-    }
-    ~Library() { FreeLibrary(_module); }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-
-    int ThreadNotifications() const {
-        const auto operation =
-            reinterpret_cast<int (*)()>(reinterpret_cast<void (*)()>(GetProcAddress(_module, "ThreadNotifications")));
-        return operation();
-    }
-
-private:
-    HMODULE _module;
-};
 
 TEST(WindowsPlatformTest, TheSyncApplicationIsFoundInAnyLetterCaseWhileItRuns) {
     Process agent(ProgramFolder() / OVSYNC_AGENT_FILE_NAME);
@@ -153,29 +67,24 @@ TEST(WindowsPlatformTest, NamesWithBlanksAndLettersOfOtherAlphabetsAreFound) {
     EXPECT_TRUE(IsRunning(u"Über Синхро 同期.EXE"));
 }
 
-TEST(WindowsPlatformTest, TheSyncApplicationIsStartedFromTheFolderOfTheCoreLibrary) {
+TEST(WindowsPlatformTest, AModuleIsFoundByItsNameWithoutExtensionInAnyLetterCaseWhileItIsLoaded) {
     const Folder folder;
-    folder.Copy(OVSYNC_AGENT_FILE_NAME, L"OvSync.exe");
-    const fs::path library = folder.Copy(LIBRARY_FILE_NAME, L"OvSyncCore.dll");
-    ASSERT_EQ(platform::ModuleFile(u"OvSyncCore"), u"");
+    const fs::path file = folder.Copy(LIBRARY_FILE_NAME, L"Модуль Ä.dll");
+    ASSERT_EQ(platform::ModuleFile(u"Модуль Ä"), u"");
     {
-        const Library core(library);
-        const std::u16string file = platform::ModuleFile(u"OvSyncCore");
-        EXPECT_EQ(file, library.u16string());
-        EXPECT_EQ(platform::ModuleFile(u"ovsynccore"), file);
-
-        const Process agent(fs::path(file).parent_path() / L"OvSync.exe");
-        EXPECT_TRUE(IsRunning(u"OvSync.exe"));
+        const Library library(file);
+        EXPECT_EQ(platform::ModuleFile(u"Модуль Ä"), file.u16string());
+        EXPECT_EQ(platform::ModuleFile(u"мОДУЛЬ ä"), file.u16string());
     }
-    EXPECT_EQ(platform::ModuleFile(u"OvSyncCore"), u"");
+    EXPECT_EQ(platform::ModuleFile(u"Модуль Ä"), u"");
 }
 
 TEST(EntryPointTest, TheLibraryIsNotToldOfThreads) {
     const Library plain(ProgramFolder() / LIBRARY_FILE_NAME);
     const Library withEntryPoint(ProgramFolder() / LIBRARY_WITH_ENTRY_POINT_FILE_NAME);
     std::thread([] {}).join();
-    EXPECT_GT(plain.ThreadNotifications(), 0);
-    EXPECT_EQ(withEntryPoint.ThreadNotifications(), 0);
+    EXPECT_GT(plain.Call<int>("ThreadNotifications"), 0);
+    EXPECT_EQ(withEntryPoint.Call<int>("ThreadNotifications"), 0);
 }
 
 }  // namespace
