@@ -300,7 +300,7 @@ TEST_F(HttpConnectionTest, GivesUpAnAnswerThatDrips) {
 }
 
 TEST_F(HttpConnectionTest, OutlivesASlowAnswerThatKeepsComing) {
-    settings.slownessLimit = std::chrono::milliseconds(500);
+    settings.slownessLimit = std::chrono::milliseconds(1000);
     settings.leastRate = 2;
     ScriptedServer::Step step = ScriptedServer::Answer(ListingAnswer(QStringLiteral("file.xml")));
     step.millisecondsPerByte = 2;
