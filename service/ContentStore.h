@@ -69,7 +69,7 @@ public:
     /// Makes a folder at `path`.
     void MakeFolder(const std::string& path);
 
-    /// Takes the steps in order and brings the new names onto the disk.
+    /// Takes the steps in order and flushes the new names to the disk.
     void Apply(const std::vector<Rename>& steps);
     /// Takes back those steps that were taken, in reverse order.
     void Undo(const std::vector<Rename>& steps);

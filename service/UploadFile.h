@@ -28,7 +28,7 @@ public:
     /// The file stays when this object goes.
     void Keep() { _keep = true; }
 
-    /// Brings everything onto the disk.
+    /// Flushes everything to the disk.
     void Sync();
 
     /// Nothing is written any more; the operations below are defined after it.

@@ -64,7 +64,7 @@ namespace {
 using sync::http::HttpException;
 
 const char* const Footer =
-    "Exit status: 0 done, 1 the service said no or something was left to be done, 2 wrong usage, 3 the service could "
+    "Exit status: 0 done, 1 the service said no or something is left for you to do, 2 wrong usage, 3 the service could "
     "not be reached or understood.\n"
     "The password of a user comes from the environment variable OVSYNC_PASSWORD, from ~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";

@@ -31,7 +31,7 @@ QString FromUtf8(const std::string& text) {
 
 [[noreturn]] void FailNumber(const Entry& entry, Entry::Property property) {
     const std::string_view value = Trimmed(entry.Value(property));
-    entry.Fail(QStringLiteral("has the %1 \"%2\", which is no number in its range")
+    entry.Fail(QStringLiteral("has the %1 \"%2\", which is not a number in its range")
                    .arg(QLatin1String(Entry::NameOf(property)), wire::Printable(value.data(), value.size())));
 }
 

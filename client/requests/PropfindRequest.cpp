@@ -199,7 +199,7 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
                               (status == HttpStatus::NotModified && !_modifiedSince.isEmpty()) ||
                               (status == HttpStatus::Found && _depth != Resource);
     if (!isMeaningful) {
-        throw SyncException(QStringLiteral("the status is no answer to this request"));
+        throw SyncException(QStringLiteral("the status is unexpected for this request"));
     }
 }
 

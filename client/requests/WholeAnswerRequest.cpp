@@ -51,7 +51,7 @@ void WholeAnswerRequest::Forget() {
 
 void WholeAnswerRequest::OnHeaders(int status, const Headers& headers) {
     if (status < HttpStatus::BadRequest && !IsAnswer(status)) {
-        throw SyncException(QStringLiteral("the status is no answer to this request"));
+        throw SyncException(QStringLiteral("the status is unexpected for this request"));
     }
     _status = status;
     _headers = headers;

@@ -25,9 +25,9 @@ public:
     HttpConnection(const HttpConnection&) = delete;
     HttpConnection& operator=(const HttpConnection&) = delete;
 
-    /// Returns when the answer came whole and `transaction` took it. Throws TransactionError when no answer came, when
-    /// it was cut off, when the server was silent or slow for too long, when `transaction` refused what came or broke
-    /// its body off, and after Cancel.
+    /// Returns when the answer came completely and `transaction` took it. Throws TransactionError when no answer came,
+    /// when it was cut off, when the server was silent or slow for too long, when `transaction` refused what came or
+    /// broke its body off, and after Cancel.
     void Perform(HttpTransaction& transaction);
 
     /// Ends the transaction under way, and each to come before anything is sent. May be called by any thread.

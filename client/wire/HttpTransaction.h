@@ -43,7 +43,7 @@ public:
     virtual void OnHeaders(int status, const Headers& headers) = 0;
     /// Any number of times after OnHeaders, the body in pieces, uncompressed where MayComeCompressed.
     virtual void OnBody(const char* bytes, size_t size) = 0;
-    /// The body came whole.
+    /// The body came completely.
     virtual void OnEnd() {}
 
     /// The value of the header `name`, in any letter case; of one that came more than once the values joined with ", ",

@@ -62,7 +62,7 @@ public:
     const QList<Request>& Requests() const { return _requests; }
     /// Those whose connection ended before all of their body came.
     const QList<Request>& BrokenOff() const { return _brokenOff; }
-    /// Whether every expected request came whole, and no other.
+    /// Whether every expected request came completely, and no other.
     bool SawItsScript() const { return _requests.size() == _steps.size() && _unexpectedRequests == 0; }
 
 private:

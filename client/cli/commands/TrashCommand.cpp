@@ -65,10 +65,9 @@ TrashTime ReadTrashTime(const QString& text) {
     TrashTime time{wire::ReadDate(date.constData(), static_cast<size_t>(date.size())),
                    number.isEmpty() ? 1 : number.toInt()};
     if (!time.time.isValid()) {
-        throw input::UsageError(
-            QStringLiteral("--from \"%1\": this is no time as \"ovsync trash list\" shows it, such as "
-                           "2026-11-20T10:15:30Z")
-                .arg(text));
+        throw input::UsageError(QStringLiteral("--from \"%1\": not a time that \"ovsync trash list\" shows, such as "
+                                               "2026-11-20T10:15:30Z")
+                                    .arg(text));
     }
     return time;
 }

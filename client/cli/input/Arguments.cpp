@@ -57,7 +57,7 @@ ListFormat Arguments::Format() const {
 QDateTime Arguments::Since() const {
     QDateTime time = wire::ReadDate(since.data(), since.size());
     if (!since.empty() && !time.isValid()) {
-        throw UsageError(QStringLiteral("--since \"%1\": this is no time of the form 2026-11-20T10:15:30Z or "
+        throw UsageError(QStringLiteral("--since \"%1\": not a valid time; it should look like 2026-11-20T10:15:30Z or "
                                         "\"Fri, 20 Nov 2026 10:15:30 GMT\"")
                              .arg(QString::fromStdString(since)));
     }

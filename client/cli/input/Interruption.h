@@ -5,8 +5,8 @@
 namespace ovsync {
 namespace input {
 
-/// Turns the first SIGINT, SIGTERM or SIGHUP into a wish to stop as long as it lives; a second one ends the program at
-/// once. One at a time. A signal that was ignored stays so.
+/// Turns the first SIGINT, SIGTERM or SIGHUP into a request to stop as long as it lives; a second one ends the program
+/// at once. One at a time. A signal that was ignored stays so.
 class Interruption {
 public:
     Interruption();

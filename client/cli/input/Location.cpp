@@ -21,7 +21,8 @@ Location Location::FromUrl(const QString& text) {
     const QString shown = url.isValid() ? url.toDisplayString(QUrl::RemoveUserInfo) : QStringLiteral("URL");
     if (!url.isValid() || url.host().isEmpty() ||
         (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https"))) {
-        Reject(shown, QStringLiteral("this is no URL of the form http://host/folder/ or https://host/folder/"));
+        Reject(shown,
+               QStringLiteral("not a valid URL; it should look like http://host/folder/ or https://host/folder/"));
     }
     if (!url.password().isEmpty()) {
         Reject(shown, QStringLiteral("a password on the command line can be seen by others. Leave it out, and set "

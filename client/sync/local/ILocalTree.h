@@ -64,7 +64,7 @@ public:
     virtual void Remove(const QString& path) = 0;
     /// False, and nothing done, when there is something in it.
     [[nodiscard]] virtual bool RemoveFolder(const QString& path) = 0;
-    /// Brings the names in `folder` onto the disk.
+    /// Flushes the names in `folder` to the disk.
     virtual void SyncFolder(const QString& folder) = 0;
 
     /// Whether two names that differ in their letter case, or in their Unicode form alone, are two files here. Found

@@ -59,7 +59,7 @@ public:
 
 private:
     void _Install(Request& request);
-    /// Brings the names in the folders onto the disk that something was done in.
+    /// Flushes to the disk the names in the folders that something was done in.
     void _SyncFolders(QVector<Request>& requests);
     Result _Put(Request& request);
     Result _Remove(Request& request);

@@ -14,7 +14,7 @@
 namespace ovsync {
 namespace pull {
 
-/// Fetches one file into a temporary file beside its place, and onto the disk. Run by one thread, used by another one
+/// Fetches one file into a temporary file beside its place, and flushes it. Run by one thread, used by another one
 /// afterwards.
 class Download : private content::ContentSink {
 public:

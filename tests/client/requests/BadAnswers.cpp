@@ -29,13 +29,13 @@ const char* NameOf(Ending ending) {
 
 const std::vector<BadAnswer>& BadAnswers() {
     static const std::vector<BadAnswer> answers = {
-        {"login-page-with-200", "the status is no answer", false},
-        {"listing-with-200", "the status is no answer", false},
-        {"no-content-204", "the status is no answer", false},
-        {"moved-301", "the status is no answer", false},
-        {"found-302", "the status is no answer", false, Ending::KeepOpen, 0},
-        {"redirected-307", "the status is no answer", false},
-        {"not-modified-304", "the status is no answer", false},
+        {"login-page-with-200", "the status is unexpected", false},
+        {"listing-with-200", "the status is unexpected", false},
+        {"no-content-204", "the status is unexpected", false},
+        {"moved-301", "the status is unexpected", false},
+        {"found-302", "the status is unexpected", false, Ending::KeepOpen, 0},
+        {"redirected-307", "the status is unexpected", false},
+        {"not-modified-304", "the status is unexpected", false},
         {"error-page-with-207", "the content type is another", false},
         {"no-content-type", "the content type is another", false},
         {"shorter-than-announced", "cut off or damaged", false, Ending::Close},

@@ -326,8 +326,9 @@ TEST_P(FolderStatusTest, IsTakenAsTheProtocolSays) {
     EXPECT_EQ(request->GetStatusCode(), tested.given);
     if (tested.given == 0) {
         const QByteArray status = QByteArray(tested.fixture).right(3);
-        EXPECT_THAT(error, AllOf(HasSubstr(MethodOf(tested.kind)), HasSubstr("/Projects/A/ failed: "),
-                                 HasSubstr("no answer to this request"), HasSubstr("status " + status.toStdString())));
+        EXPECT_THAT(error,
+                    AllOf(HasSubstr(MethodOf(tested.kind)), HasSubstr("/Projects/A/ failed: "),
+                          HasSubstr("is unexpected for this request"), HasSubstr("status " + status.toStdString())));
     } else {
         EXPECT_EQ(error, "");
     }
