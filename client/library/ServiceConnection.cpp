@@ -13,6 +13,7 @@
 #include "client/requests/HttpFactory.h"
 #include "client/requests/RequestManager.h"
 #include "client/requests/UrlBuilder.h"
+#include "client/wire/HttpStatus.h"
 #include "dvsync/DrovaneCustomFileConfigUpdater.h"
 #include "dvsync/ExternalSyncConfigManager.h"
 #include "host/configurationfactory/ConfigurationFactory.h"
@@ -72,6 +73,18 @@ ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& 
 
 ServiceConnection::~ServiceConnection() {
     sync::factory::ConfigurationFactory::Install(nullptr);
+}
+
+std::optional<FolderListing> ServiceConnection::List(sync::config::FolderConfiguration folder) {
+    // The library asks for folders and for files by the same request, which is sent once. The folders come first
+    // because they are few: whoever reads an answer first works on a copy of what it changes.
+    _session->ShareNextListing();
+    const auto folders = _folders->GetNameSortedDirsByFolder(folder);
+    std::shared_ptr<QVector<sync::config::FileConfiguration>> files;
+    if (_files->GetNameSortedFilesByFolder(folder, files) == wire::HttpStatus::NotFound) {
+        return std::nullopt;
+    }
+    return FolderListing{*folders, *files};
 }
 
 std::shared_ptr<sync::interf::IExternalSyncConfigManager> ServiceConnection::FetchSyncConfig() {

@@ -3,7 +3,9 @@
 #include <QAuthenticator>
 #include <QString>
 #include <QUrl>
+#include <QVector>
 #include <memory>
+#include <optional>
 
 #include "client/content/IContentConnection.h"
 #include "client/library/NetworkAccessManagerFactory.h"
@@ -19,6 +21,12 @@
 
 namespace ovsync {
 namespace library {
+
+/// What lies right in a folder, each in name order. A plain value.
+struct FolderListing {
+    QVector<sync::config::FolderConfiguration> folders;
+    QVector<sync::config::FileConfiguration> files;
+};
 
 /// The library, loaded over real HTTP for one server. Installs the process's configuration factory for as long as it
 /// lives, so there can be one at a time. Not thread-safe.
@@ -52,8 +60,8 @@ public:
     /// The URL of a server path; empty when there is none for it.
     QUrl UrlOf(const QString& serverPath) const;
 
-    /// The next listing also answers the one after it, if that asks the same.
-    void ShareNextListing() { _session->ShareNextListing(); }
+    /// None when the service has no such folder. Throws what the library throws.
+    std::optional<FolderListing> List(sync::config::FolderConfiguration folder);
 
     /// Ends what the library asks at this moment, and what it asks later, with a TransactionError.
     void Cancel() { _session->Cancel(); }

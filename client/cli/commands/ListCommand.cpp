@@ -1,7 +1,6 @@
 #include "client/cli/commands/ListCommand.h"
 
 #include <CLI/CLI.hpp>
-#include "client/wire/HttpStatus.h"
 
 #include "client/cli/commands/ExistingFolder.h"
 
@@ -10,25 +9,20 @@ namespace commands {
 
 using input::Arguments;
 using input::Location;
+using library::FolderListing;
 using library::ServiceConnection;
 using output::ListFormat;
 using output::Output;
 using output::WriteEntries;
-using wire::HttpStatus;
 
 namespace {
 
 void ListFolder(ServiceConnection& connection, const Location& location, ListFormat format, Output& output) {
-    sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
-    // The library asks for folders and for files by the same listing, which is fetched once. The folders come first
-    // because they are few: whoever reads an answer first works on a copy of what it changes.
-    connection.ShareNextListing();
-    const auto folders = connection.Folders().GetNameSortedDirsByFolder(folder);
-    std::shared_ptr<QVector<sync::config::FileConfiguration>> files;
-    if (connection.Files().GetNameSortedFilesByFolder(folder, files) == HttpStatus::NotFound) {
+    const std::optional<FolderListing> listing = connection.List(connection.Folder(location.serverPath));
+    if (!listing) {
         ThrowNoSuchFolder(location);
     }
-    WriteEntries(*folders, *files, format, output);
+    WriteEntries(listing->folders, listing->files, format, output);
     if (format == ListFormat::Json) {
         output.Write("\n");
     }
