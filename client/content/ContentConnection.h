@@ -9,7 +9,7 @@
 namespace ovsync {
 namespace content {
 
-/// Reads and writes the content of files by GET, HEAD and PUT over a session of its own.
+/// Reads and writes the content of files by GET, HEAD and PUT over a connection of its own.
 class ContentConnection : public IContentConnection {
 public:
     /// A null `credentials` stands for none.

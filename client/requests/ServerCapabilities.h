@@ -9,7 +9,7 @@
 namespace ovsync {
 namespace requests {
 
-/// What is known of the servers that a session talks to. Not thread-safe.
+/// What is known of the servers that a connection talks to. Not thread-safe.
 class ServerCapabilities {
 public:
     /// `session` has to outlive this object.

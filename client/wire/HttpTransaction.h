@@ -15,7 +15,7 @@ namespace wire {
 /// implements this. Not thread-safe.
 ///
 /// An operation that receives, or gives a body in pieces, may throw a SyncException whose message says what is wrong;
-/// the session then breaks the transaction off and ends it with a TransactionError.
+/// the connection then breaks the transaction off and ends it with a TransactionError.
 class HttpTransaction {
 public:
     using Headers = QList<QPair<QByteArray, QByteArray>>;

@@ -6,7 +6,7 @@ namespace ovsync {
 namespace commands {
 
 /// `ovsync settings`: how synchronisation is tuned for the path at `location`, next to what the service publishes.
-/// Throws what Connection::FetchSyncConfig throws.
+/// Throws what ServiceConnection::FetchSyncConfig throws.
 void AddSettingsCommand(CommandRegistry& registry);
 
 }  // namespace commands

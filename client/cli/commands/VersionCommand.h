@@ -12,7 +12,7 @@ namespace commands {
 QByteArray VersionReport(const std::shared_ptr<sync::interf::IVersionManager>& versions, bool asJson,
                          const output::Output& output);
 
-/// `ovsync version`: the report of what the service publishes. Throws what Connection::FetchSyncConfig throws.
+/// `ovsync version`: the report of what the service publishes. Throws what ServiceConnection::FetchSyncConfig throws.
 void AddVersionCommand(CommandRegistry& registry);
 
 }  // namespace commands

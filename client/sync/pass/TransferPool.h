@@ -15,8 +15,8 @@
 namespace ovsync {
 namespace pass {
 
-/// Runs transfers on threads of its own, each with a session. `Transfer` has an operation
-/// `void Run(http::IContentConnection&) noexcept`. To be used by one thread.
+/// Runs transfers on threads of its own, each with a connection. `Transfer` has an operation
+/// `void Run(content::IContentConnection&) noexcept`. To be used by one thread.
 template <typename Transfer>
 class TransferPool {
 public:

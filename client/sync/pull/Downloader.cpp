@@ -115,7 +115,7 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
         return;
     }
     if (order.target == PullOrder::Target::Beside) {
-        _PutBeside(order, download.GiveTemporary(), download.Md5());
+        _KeepBoth(order, download.GiveTemporary(), download.Md5());
         return;
     }
     Installer::Request request;
@@ -164,7 +164,7 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
                 order.path, QString(), request.placement.record.local.size);
             break;
         case Installer::Result::Occupied:
-            _PutBeside(order, request.placement.temporary, request.placement.record.contentMd5);
+            _KeepBoth(order, request.placement.temporary, request.placement.record.contentMd5);
             break;
         case Installer::Result::Failed:
             Refuse(order.path, request.error);
@@ -177,7 +177,7 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
     }
 }
 
-void Downloader::_PutBeside(const PullOrder& order, const QString& temporary, const QString& md5) {
+void Downloader::_KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5) {
     try {
         const QString copy = _context.Installing().AddConflictCopy(temporary, order.path, VersionNote(order.remote));
         const QString identity = _context.IsInDoubt(order.remote) ? QString() : IdentityOf(order.remote);

@@ -37,7 +37,7 @@ private:
     /// What came is something else: the file may have changed after it was listed.
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);
-    void _PutBeside(const PullOrder& order, const QString& temporary, const QString& md5);
+    void _KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5);
     void _ReportFailure(const QString& path, const std::exception_ptr& error);
 
     bool _hasAll = true;
