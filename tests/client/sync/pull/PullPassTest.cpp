@@ -7,7 +7,7 @@
 
 #include "client/cli/input/GlobFilter.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/pass/WrongFolder.h"
+#include "client/sync/pass/ServiceFolder.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
