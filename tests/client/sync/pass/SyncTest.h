@@ -35,6 +35,9 @@ protected:
     QString Path(const char* path) const;
     bool HasTemporaryFiles() const;
 
+    /// Who puts what it is told into `events`.
+    ovsync::report::ISyncObserver& Observer() { return *this; }
+
     /// The events of the last pass as "Kind path", in path order and without those of the kind Fetched or Updated.
     QStringList Told() const;
     /// Their details.
