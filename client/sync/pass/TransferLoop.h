@@ -12,7 +12,6 @@
 #include "client/sync/pass/PassSides.h"
 #include "client/sync/pass/TransferPool.h"
 #include "client/sync/report/Cancelled.h"
-#include "client/sync/report/SyncProgress.h"
 
 namespace ovsync {
 namespace pass {
@@ -88,7 +87,7 @@ private:
     void _Start(Pool& pool) {
         Order order = std::move(_orders.front());
         _orders.pop_front();
-        const QUrl url = _sides.service.urlOf(_sides.service.ServerPath(order.path));
+        const QUrl url = _sides.service.UrlAt(order.path);
         if (url.isEmpty()) {
             Refuse(order.path, QStringLiteral("there is no URL for such a path"));
         } else {

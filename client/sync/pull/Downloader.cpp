@@ -12,10 +12,8 @@ namespace ovsync {
 namespace pull {
 
 using local::ConflictText;
-using local::FolderOf;
 using local::Installer;
 using local::LocalError;
-using local::NameOf;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::LikelySize;
@@ -148,8 +146,7 @@ void Downloader::_TakeSurprise(const Download& download) {
     PullOrder order = download.Order();
     const QString path = order.path;
     try {
-        const FileConfiguration now =
-            _sides.service.files->GetFileByName(_sides.service.FolderAt(FolderOf(path)), NameOf(path));
+        const FileConfiguration now = _sides.service.FileAt(path);
         if (++order.attempts < MaxAttempts && IdentityOf(now) != IdentityOf(order.remote)) {
             order.remote = now;
             _orders.push_back(std::move(order));

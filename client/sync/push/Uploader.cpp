@@ -149,9 +149,7 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
 }
 
 bool Uploader::_IsStillThere(const PushOrder& order) {
-    const ServiceFolder& service = _sides.service;
-    const FileConfiguration now =
-        service.files->GetFileByName(service.FolderAt(FolderOf(order.path)), NameOf(order.path));
+    const FileConfiguration now = _sides.service.FileAt(order.path);
     return IdentityOf(now) == IdentityOf(order.remote) &&
            (!_maker.IsInDoubt(order.remote) ||
             _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
@@ -242,9 +240,7 @@ bool Uploader::_HasSize(const Upload& upload, qint64 size) {
         return upload.Version()->size == size;
     }
     // Some servers name no length for an empty file. A listing does, in 32 bits.
-    const QString& path = upload.Order().path;
-    return ListedSize(size) ==
-           _sides.service.files->GetFileByName(_sides.service.FolderAt(FolderOf(path)), NameOf(path)).size;
+    return ListedSize(size) == _sides.service.FileAt(upload.Order().path).size;
 }
 
 }  // namespace push

@@ -17,8 +17,6 @@ using ovsync::pull::PullPlan;
 using ovsync::report::SyncEvent;
 using ovsync::store::FileRecord;
 using ovsync::store::RecordDatabase;
-using testing::ElementsAre;
-using testing::UnorderedElementsAre;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 

@@ -12,7 +12,6 @@ using ovsync::local::LocalSnapshot;
 using ovsync::pass::FileComparison;
 using ovsync::pass::RecordMaker;
 using ovsync::pass::SyncPass;
-using ovsync::push::PushOrder;
 using ovsync::push::PushPlan;
 using ovsync::report::SyncEvent;
 using ovsync::store::RecordDatabase;
