@@ -6,11 +6,11 @@
 namespace service {
 namespace {
 
-constexpr std::size_t idIndex = 2;
-constexpr std::size_t nameIndex = 3;
+constexpr std::size_t IdIndex = 2;
+constexpr std::size_t NameIndex = 3;
 
 bool IsById(const std::vector<std::string_view>& segments) {
-    return segments.size() >= idIndex && DecodeSegment(segments[0]) == addressName &&
+    return segments.size() >= IdIndex && DecodeSegment(segments[0]) == AddressName &&
            DecodeSegment(segments[1]) == "folders";
 }
 
@@ -22,7 +22,7 @@ bool Address::IsById(std::string_view urlPath) {
 
 bool Address::IsOfSyncConfiguration(std::string_view urlPath) {
     const std::vector<std::string_view> segments = SplitUrlPath(urlPath);
-    return segments.size() == 2 && DecodeSegment(segments[0]) == addressName &&
+    return segments.size() == 2 && DecodeSegment(segments[0]) == AddressName &&
            DecodeSegment(segments[1]) == "sync-config.xml";
 }
 
@@ -31,13 +31,13 @@ Address Address::Parse(std::string_view urlPath) {
     if (!service::IsById(segments)) {
         return {ParseUrlPath(urlPath)};
     }
-    if (segments.size() > nameIndex + 1) {
+    if (segments.size() > NameIndex + 1) {
         throw HttpError(403, "The URL has more than one name behind the id of a folder");
     }
     Address address;
-    address.folder = segments.size() > idIndex ? DecodeSegment(segments[idIndex]).value_or("") : "";
-    if (segments.size() > nameIndex) {
-        address.path = ParseSegment(segments[nameIndex]);
+    address.folder = segments.size() > IdIndex ? DecodeSegment(segments[IdIndex]).value_or("") : "";
+    if (segments.size() > NameIndex) {
+        address.path = ParseSegment(segments[NameIndex]);
     }
     return address;
 }

@@ -18,7 +18,7 @@
 namespace service {
 namespace {
 
-const std::string workFolder = std::string(reservedName) + "/work";
+const std::string WorkFolder = std::string(ReservedName) + "/work";
 
 [[noreturn]] void ThrowErrno(std::string_view action, std::string_view path) {
     const int error = errno;
@@ -53,9 +53,9 @@ std::optional<ContentStore::Entry> Describe(int folder, const std::string& name)
 }  // namespace
 
 std::int64_t ModifiedNanoseconds(const struct stat& status) {
-    constexpr std::int64_t perSecond = 1000000000;
-    constexpr std::int64_t furthest = 9000000000;
-    return std::clamp<std::int64_t>(status.st_mtim.tv_sec, -furthest, furthest) * perSecond + status.st_mtim.tv_nsec;
+    constexpr std::int64_t PerSecond = 1000000000;
+    constexpr std::int64_t Furthest = 9000000000;
+    return std::clamp<std::int64_t>(status.st_mtim.tv_sec, -Furthest, Furthest) * PerSecond + status.st_mtim.tv_nsec;
 }
 
 ContentStore::ContentStore(const std::string& directory)
@@ -63,12 +63,12 @@ ContentStore::ContentStore(const std::string& directory)
     if (!_root.IsOpen()) {
         ThrowErrno("Cannot serve the folder", directory);
     }
-    for (const std::string& folder : {std::string(reservedName), workFolder}) {
+    for (const std::string& folder : {std::string(ReservedName), WorkFolder}) {
         if (mkdirat(_root.Get(), folder.c_str(), 0777) != 0 && errno != EEXIST) {
             ThrowErrno("Cannot make the folder", folder);
         }
     }
-    const FileDescriptor own = _OpenFolder(reservedName);
+    const FileDescriptor own = _OpenFolder(ReservedName);
     _lock = FileDescriptor(openat(own.Get(), "lock", O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666));
     if (!_lock.IsOpen()) {
         ThrowErrno("Cannot open the lock of the folder", directory);
@@ -79,11 +79,11 @@ ContentStore::ContentStore(const std::string& directory)
 }
 
 std::string ContentStore::OwnFile(std::string_view name) const {
-    return ChildPath(_directory + "/" + std::string(reservedName), name);
+    return ChildPath(_directory + "/" + std::string(ReservedName), name);
 }
 
 std::optional<std::pair<FileDescriptor, std::uint64_t>> ContentStore::OpenOwn(std::string_view name) const try {
-    FileDescriptor file = Open(ChildPath(reservedName, name));
+    FileDescriptor file = Open(ChildPath(ReservedName, name));
     struct stat status {};
     if (fstat(file.Get(), &status) != 0) {
         ThrowErrno("Cannot look at", name);
@@ -100,11 +100,11 @@ std::optional<std::pair<FileDescriptor, std::uint64_t>> ContentStore::OpenOwn(st
 }
 
 FileDescriptor ContentStore::_OpenFolder(std::string_view path) const {
-    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    FileDescriptor folder(openat(_root.Get(), ".", flags));
+    constexpr int Flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    FileDescriptor folder(openat(_root.Get(), ".", Flags));
     for (std::string_view rest = path; folder.IsOpen() && !rest.empty();) {
         const std::size_t length = std::min(rest.find('/'), rest.size());
-        folder = FileDescriptor(openat(folder.Get(), std::string(rest.substr(0, length)).c_str(), flags));
+        folder = FileDescriptor(openat(folder.Get(), std::string(rest.substr(0, length)).c_str(), Flags));
         rest.remove_prefix(std::min(length + 1, rest.size()));
     }
     if (!folder.IsOpen() && !IsAbsent(errno)) {
@@ -151,8 +151,8 @@ std::optional<std::vector<ContentStore::Entry>> ContentStore::List(const std::st
 FileDescriptor ContentStore::Open(const std::string& path) const {
     const FileDescriptor folder = _OpenFolder(ParentPath(path));
     // Not to wait for a writer, should the file have become a pipe.
-    constexpr int flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
-    FileDescriptor file(folder.IsOpen() ? openat(folder.Get(), LastSegment(path).c_str(), flags) : -1);
+    constexpr int Flags = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    FileDescriptor file(folder.IsOpen() ? openat(folder.Get(), LastSegment(path).c_str(), Flags) : -1);
     if (!file.IsOpen()) {
         ThrowErrno("Cannot open", path);
     }
@@ -179,7 +179,7 @@ std::optional<std::string> ContentStore::Checksum(const std::string& path, std::
 }
 
 std::string ContentStore::WorkPath() {
-    return ChildPath(workFolder, std::to_string(++_lastWork));
+    return ChildPath(WorkFolder, std::to_string(++_lastWork));
 }
 
 std::unique_ptr<UploadFile> ContentStore::MakeFile(const std::string& path) {
@@ -202,16 +202,16 @@ void ContentStore::Apply(const std::vector<Rename>& steps) {
         const std::string sourceName = LastSegment(step.source);
         const std::string targetName = LastSegment(step.target);
         // Where a second name is not to be had, the file is away for a moment, but not lost.
-        const bool linked =
+        const bool isLinked =
             step.keepSource && linkat(source.Get(), sourceName.c_str(), target.Get(), targetName.c_str(), 0) == 0;
-        if (!linked && renameat(source.Get(), sourceName.c_str(), target.Get(), targetName.c_str()) != 0) {
+        if (!isLinked && renameat(source.Get(), sourceName.c_str(), target.Get(), targetName.c_str()) != 0) {
             ThrowErrno("Cannot rename to '" + step.target + "'", step.source);
         }
         folders.insert(ParentPath(step.source));
         folders.insert(ParentPath(step.target));
     }
     for (const std::string& folder : folders) {
-        if (folder != workFolder && fsync(_OpenFolder(folder).Get()) != 0) {
+        if (folder != WorkFolder && fsync(_OpenFolder(folder).Get()) != 0) {
             ThrowErrno("Cannot write the folder", folder);
         }
     }
@@ -238,7 +238,7 @@ void ContentStore::RemoveWork(const std::string& path) {
 }
 
 void ContentStore::ClearWork() {
-    for (const auto& left : std::filesystem::directory_iterator(_directory + "/" + workFolder)) {
+    for (const auto& left : std::filesystem::directory_iterator(_directory + "/" + WorkFolder)) {
         std::filesystem::remove_all(left.path());
     }
 }

@@ -57,7 +57,7 @@ Database::Transaction::Transaction(Database& database) : _database(database) {
 }
 
 Database::Transaction::~Transaction() {
-    if (_open) {
+    if (_isOpen) {
         // SQLite itself has ended the transaction after some errors; then this fails, and may.
         sqlite3_exec(_database.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
     }
@@ -65,7 +65,7 @@ Database::Transaction::~Transaction() {
 
 void Database::Transaction::Commit() {
     _database.Execute("COMMIT");
-    _open = false;
+    _isOpen = false;
 }
 
 }  // namespace service

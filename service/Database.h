@@ -26,7 +26,7 @@ public:
 
     private:
         Database& _database;
-        bool _open = true;
+        bool _isOpen = true;
     };
 
     /// Opens `file`, or makes it; its folder must be there. Throws when the file is damaged or no database.

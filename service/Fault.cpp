@@ -14,7 +14,7 @@
 namespace service {
 namespace {
 
-constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t Most = std::numeric_limits<std::int32_t>::max();
 
 enum class Argument { None, Number, Text };
 
@@ -27,17 +27,17 @@ struct Form {
 };
 
 // A name that occurs twice is told apart by its argument.
-constexpr std::array<Form, 11> forms{{{"cut", Fault::Kind::Cut, Argument::Number, 0, most},
+constexpr std::array<Form, 11> Forms{{{"cut", Fault::Kind::Cut, Argument::Number, 0, Most},
                                       {"hang", Fault::Kind::Hang, Argument::None, 0, 0},
                                       {"reset", Fault::Kind::Reset, Argument::None, 0, 0},
-                                      {"reset", Fault::Kind::ResetInBody, Argument::Number, 0, most},
+                                      {"reset", Fault::Kind::ResetInBody, Argument::Number, 0, Most},
                                       {"redirect", Fault::Kind::Redirect, Argument::Number, 301, 308},
                                       {"error-page", Fault::Kind::ErrorPage, Argument::None, 0, 0},
                                       {"status", Fault::Kind::Status, Argument::Number, 200, 999},
                                       {"content-type", Fault::Kind::ContentType, Argument::Text, 0, 0},
-                                      {"error-in-body", Fault::Kind::ErrorInBody, Argument::Number, 0, most},
+                                      {"error-in-body", Fault::Kind::ErrorInBody, Argument::Number, 0, Most},
                                       {"drip", Fault::Kind::Drip, Argument::None, 0, 0},
-                                      {"content-length", Fault::Kind::ContentLength, Argument::Number, -most, most}}};
+                                      {"content-length", Fault::Kind::ContentLength, Argument::Number, -Most, Most}}};
 
 [[noreturn]] void Refuse(const std::string& fault, const std::string& why) {
     throw std::invalid_argument("In the fault '" + fault + "', " + why);
@@ -60,11 +60,11 @@ void SetKind(Fault& fault, const std::string& text, const std::string& part) {
     const bool hasArgument = equals != std::string::npos;
     const auto named = [&](const Form& form) { return form.name == name; };
     const auto fits = [&](const Form& form) { return named(form) && hasArgument == (form.argument != Argument::None); };
-    if (std::none_of(forms.begin(), forms.end(), named)) {
+    if (std::none_of(Forms.begin(), Forms.end(), named)) {
         Refuse(text, "'" + name + "' is no kind of fault");
     }
-    const auto* const form = std::find_if(forms.begin(), forms.end(), fits);
-    if (form == forms.end()) {
+    const auto* const form = std::find_if(Forms.begin(), Forms.end(), fits);
+    if (form == Forms.end()) {
         Refuse(text, "'" + name + (hasArgument ? "' takes no argument" : "' needs an argument"));
     }
     fault.kind = form->kind;
@@ -108,7 +108,7 @@ Fault Fault::Parse(const std::string& text) {
                 Refuse(text, "'" + value + "' is no method of the service");
             }
         } else if (name == "request") {
-            fault.request = ParseNumber(text, value, 1, most);
+            fault.request = ParseNumber(text, value, 1, Most);
         } else {
             Refuse(text, "'" + *part + "' is neither method=METHOD nor request=NUMBER");
         }

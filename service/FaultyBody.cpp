@@ -19,7 +19,7 @@ std::optional<std::uint64_t> FaultyBody::Size() const {
 }
 
 std::size_t FaultyBody::Read(char* buffer, std::size_t size) {
-    if (_inError) {
+    if (_isInError) {
         return _body->Read(buffer, size);
     }
     if (_fault.kind == Fault::Kind::Drip) {
@@ -38,7 +38,7 @@ std::size_t FaultyBody::Read(char* buffer, std::size_t size) {
     }
     // Here the right part ends, be it that the body is shorter than the fault allows for.
     if (_fault.kind == Fault::Kind::ErrorInBody) {
-        _inError = true;
+        _isInError = true;
         _body = std::make_unique<TextBody>("<html><body><h1>Internal error</h1></body></html>\n");
         return _body->Read(buffer, size);
     }

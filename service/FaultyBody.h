@@ -25,7 +25,7 @@ private:
     StopSignal& _stop;
     /// How many bytes are still to be right.
     std::uint64_t _right;
-    bool _inError = false;
+    bool _isInError = false;
 };
 
 }  // namespace service

@@ -7,11 +7,11 @@
 namespace service {
 namespace {
 
-constexpr std::int64_t firstSecond = -62135596800;
-constexpr std::int64_t lastSecond = 253402300799;
+constexpr std::int64_t FirstSecond = -62135596800;
+constexpr std::int64_t LastSecond = 253402300799;
 
 std::string Format(std::int64_t seconds, const char* format) {
-    const std::time_t time = std::clamp(seconds, firstSecond, lastSecond);
+    const std::time_t time = std::clamp(seconds, FirstSecond, LastSecond);
     std::tm fields{};
     gmtime_r(&time, &fields);
     std::array<char, 40> text{};

@@ -23,10 +23,10 @@
 namespace service {
 namespace {
 
-constexpr std::size_t largestXml = 1024UL * 1024UL;
-constexpr std::size_t blockSize = 65536;
-constexpr std::size_t connectionMemory = 262144;
-constexpr unsigned idleSeconds = 300;
+constexpr std::size_t LargestXml = 1024UL * 1024UL;
+constexpr std::size_t BlockSize = 65536;
+constexpr std::size_t ConnectionMemory = 262144;
+constexpr unsigned IdleSeconds = 300;
 
 int Socket(MHD_Connection* connection) {
     return MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
@@ -68,7 +68,7 @@ std::uint16_t PortOf(int listener) {
 
 std::string Drain(Body& body) {
     std::string text;
-    std::string block(blockSize, '\0');
+    std::string block(BlockSize, '\0');
     while (const std::size_t count = body.Read(block.data(), block.size())) {
         text.append(block, 0, count);
     }
@@ -109,7 +109,7 @@ struct HttpServer::Callbacks {
             return;
         }
         if (!exchange.request.upload) {
-            if (exchange.request.body.size() + data.size() > largestXml) {
+            if (exchange.request.body.size() + data.size() > LargestXml) {
                 exchange.refusal = WebDavService::Text(413, "The body of the request is longer than 1 MiB");
                 return;
             }
@@ -161,8 +161,8 @@ HttpServer::HttpServer(ServiceTree& tree, const Options& options)
     _daemon = MHD_start_daemon(MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL, 0,
                                nullptr, nullptr, &Callbacks::Handle, this, MHD_OPTION_LISTEN_SOCKET, listener.Get(),
                                MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::Completed, this, MHD_OPTION_UNESCAPE_CALLBACK,
-                               &Callbacks::LeaveEncoded, this, MHD_OPTION_CONNECTION_MEMORY_LIMIT, connectionMemory,
-                               MHD_OPTION_CONNECTION_TIMEOUT, idleSeconds, MHD_OPTION_END);
+                               &Callbacks::LeaveEncoded, this, MHD_OPTION_CONNECTION_MEMORY_LIMIT, ConnectionMemory,
+                               MHD_OPTION_CONNECTION_TIMEOUT, IdleSeconds, MHD_OPTION_END);
     if (_daemon == nullptr) {
         throw std::runtime_error("The HTTP server cannot be started");
     }
@@ -200,8 +200,8 @@ std::unique_ptr<HttpServer::Exchange> HttpServer::_Begin(MHD_Connection* connect
         return exchange;
     }
     exchange->fault = _faults.Next(request.method);
-    const bool carriedOut = !exchange->fault || !exchange->fault->ReplacesOperation();
-    if (request.method == "PUT" && carriedOut) {
+    const bool isCarriedOut = !exchange->fault || !exchange->fault->ReplacesOperation();
+    if (request.method == "PUT" && isCarriedOut) {
         try {
             request.upload = _tree.NewUpload();
         } catch (const std::system_error&) {
@@ -300,7 +300,7 @@ bool HttpServer::_Send(MHD_Connection* connection, Answer answer) {
         const bool lies = std::any_of(answer.headers.begin(), answer.headers.end(),
                                       [](const auto& header) { return header.first == "Content-Length"; });
         const std::uint64_t size = lies ? MHD_SIZE_UNKNOWN : answer.body->Size().value_or(MHD_SIZE_UNKNOWN);
-        response.reset(MHD_create_response_from_callback(size, blockSize, &Callbacks::ReadBody, answer.body.get(),
+        response.reset(MHD_create_response_from_callback(size, BlockSize, &Callbacks::ReadBody, answer.body.get(),
                                                          &Callbacks::FreeBody));
         if (response != nullptr) {
             // The response has it now.
@@ -326,7 +326,7 @@ bool HttpServer::_Send(MHD_Connection* connection, Answer answer) {
 }
 
 void HttpServer::_Log(const Exchange& exchange, const std::string& what) const {
-    if (_options.verbose) {
+    if (_options.isVerbose) {
         std::clog << exchange.request.method + " " + exchange.request.target + " " + what +
                          (exchange.fault ? " (with a fault)\n" : "\n");
     }

@@ -30,7 +30,7 @@ public:
         std::string password;
         std::vector<Fault> faults;
         /// Writes a line for each request to standard error.
-        bool verbose = false;
+        bool isVerbose = false;
     };
 
     /// `tree` must outlive this object. Throws std::system_error when the port cannot be had.

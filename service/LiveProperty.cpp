@@ -11,7 +11,7 @@
 namespace service {
 namespace {
 
-constexpr std::string_view classPrefix = "drovane.objects.";
+constexpr std::string_view ClassPrefix = "drovane.objects.";
 
 bool AppendIfSet(const std::string& value, std::string& xml) {
     AppendEscaped(xml, value);
@@ -29,7 +29,7 @@ bool Lacks(const Resource& /*resource*/, std::string& /*xml*/) {
 
 bool AppendSyncProperties(const Resource& resource, std::string& xml) {
     for (const LiveProperty& property : LiveProperties()) {
-        if (property.synced) {
+        if (property.isSynced) {
             AppendElement(property, resource, xml);
         }
     }
@@ -37,23 +37,23 @@ bool AppendSyncProperties(const Resource& resource, std::string& xml) {
 }
 
 bool AppendClassType(const Resource& r, std::string& xml) {
-    const std::string byKind = std::string(classPrefix) + (r.collection ? "Folder" : "File");
+    const std::string byKind = std::string(ClassPrefix) + (r.isCollection ? "Folder" : "File");
     return AppendIfSet(r.classType.empty() ? byKind : r.classType, xml);
 }
 
 std::string SetClassType(Resource& resource, const std::string& value) {
     if (!value.empty()) {
-        if (strncasecmp(value.c_str(), classPrefix.data(), classPrefix.size()) != 0) {
-            return "A class type begins with '" + std::string(classPrefix) + "'";
+        if (strncasecmp(value.c_str(), ClassPrefix.data(), ClassPrefix.size()) != 0) {
+            return "A class type begins with '" + std::string(ClassPrefix) + "'";
         }
-        const std::string name = value.substr(classPrefix.size());
+        const std::string name = value.substr(ClassPrefix.size());
         if (name.empty() || !std::all_of(name.begin(), name.end(), [](unsigned char c) { return isalnum(c) != 0; })) {
             return "A class type ends in a name of letters and digits";
         }
         const auto is = [&](const char* other) { return strcasecmp(name.c_str(), other) == 0; };
-        const bool container = is("Folder") || is("Project") || is("Form");
-        if (resource.collection ? is("File") : container) {
-            return "A " + std::string(resource.collection ? "collection" : "file") + " cannot be a " + name;
+        const bool isContainer = is("Folder") || is("Project") || is("Form");
+        if (resource.isCollection ? is("File") : isContainer) {
+            return "A " + std::string(resource.isCollection ? "collection" : "file") + " cannot be a " + name;
         }
     }
     resource.classType = value;
@@ -69,7 +69,7 @@ std::string SetVisibility(Resource& resource, const std::string& value) {
 }
 
 std::string SetLinksExtractedAt(Resource& resource, const std::string& value) {
-    if (resource.collection) {
+    if (resource.isCollection) {
         return "Only files have links";
     }
     if (!value.empty() && !ParseHttpDate(value) && !ParseIsoDate(value)) {
@@ -87,29 +87,29 @@ std::string SetAttribute(Resource& resource, const std::string& value) {
     return {};
 }
 
-template <std::string Resource::*member>
+template <std::string Resource::*Member>
 bool AppendMember(const Resource& resource, std::string& xml) {
-    return AppendIfSet(resource.*member, xml);
+    return AppendIfSet(resource.*Member, xml);
 }
 
-template <std::string Resource::*member>
+template <std::string Resource::*Member>
 std::string SetAny(Resource& resource, const std::string& value) {
-    resource.*member = value;
+    resource.*Member = value;
     return {};
 }
 
-template <std::string Resource::*member>
+template <std::string Resource::*Member>
 std::string SetNotEmpty(Resource& resource, const std::string& value) {
     if (value.empty()) {
         return "The value cannot be empty";
     }
-    return SetAny<member>(resource, value);
+    return SetAny<Member>(resource, value);
 }
 
 }  // namespace
 
 const std::vector<LiveProperty>& LiveProperties() {
-    static const std::vector<LiveProperty> properties{
+    static const std::vector<LiveProperty> Properties{
         {"creationdate", 'D', false,
          [](const Resource& r, std::string& xml) { return AppendIfSet(FormatIsoDate(r.created / 1000), xml); },
          nullptr},
@@ -120,9 +120,9 @@ const std::vector<LiveProperty>& LiveProperties() {
          SetAny<&Resource::displayName>},
         {"getcontentlanguage", 'D', false, Lacks, nullptr},
         {"getcontentlength", 'D', false,
-         [](const Resource& r, std::string& xml) { return !r.collection && AppendNumber(r.size, xml); }, nullptr},
+         [](const Resource& r, std::string& xml) { return !r.isCollection && AppendNumber(r.size, xml); }, nullptr},
         {"getcontenttype", 'D', false,
-         [](const Resource& r, std::string& xml) { return !r.collection && AppendIfSet(r.ContentType(), xml); },
+         [](const Resource& r, std::string& xml) { return !r.isCollection && AppendIfSet(r.ContentType(), xml); },
          nullptr},
         {"getetag", 'D', false, [](const Resource& r, std::string& xml) { return AppendIfSet(r.ETag(), xml); },
          nullptr},
@@ -132,7 +132,7 @@ const std::vector<LiveProperty>& LiveProperties() {
         {"lockdiscovery", 'D', false, Lacks, nullptr},
         {"resourcetype", 'D', false,
          [](const Resource& r, std::string& xml) {
-             xml += r.collection ? "<D:collection/>" : "";
+             xml += r.isCollection ? "<D:collection/>" : "";
              return true;
          },
          nullptr},
@@ -155,7 +155,7 @@ const std::vector<LiveProperty>& LiveProperties() {
         {"linksextractedat", 'P', true, AppendMember<&Resource::linksExtractedAt>, SetLinksExtractedAt},
         {"attribute", 'P', true, AppendMember<&Resource::attribute>, SetAttribute},
     };
-    return properties;
+    return Properties;
 }
 
 const LiveProperty* FindLiveProperty(std::string_view name) {

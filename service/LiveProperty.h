@@ -14,7 +14,7 @@ struct LiveProperty {
     /// The prefix in answers: 'D' for those of RFC 4918, which "allprop" asks for, 'P' for the service's own.
     char prefix;
     /// Whether it is one of the children of `syncproperties`.
-    bool synced;
+    bool isSynced;
     /// Appends the value as XML; returns false, without having appended anything, when the resource lacks the property.
     bool (*append)(const Resource& resource, std::string& xml);
     /// Sets the value; an empty one removes it. Returns why that cannot be, or an empty text. Null: cannot be set.

@@ -25,14 +25,14 @@ void Md5::Add(const char* data, std::size_t size) {
 }
 
 std::string Md5::Finish() {
-    constexpr std::string_view digits = "0123456789abcdef";
+    constexpr std::string_view Digits = "0123456789abcdef";
     std::array<unsigned char, EVP_MAX_MD_SIZE> sum{};
     unsigned length = 0;
     EVP_DigestFinal_ex(_context.get(), sum.data(), &length);
     std::string text;
     for (unsigned i = 0; i < length; ++i) {
-        text += digits[sum[i] >> 4U];
-        text += digits[sum[i] & 0x0FU];
+        text += Digits[sum[i] >> 4U];
+        text += Digits[sum[i] & 0x0FU];
     }
     return text;
 }

@@ -7,9 +7,9 @@
 namespace service {
 namespace {
 
-constexpr std::int64_t formatVersion = 1;
+constexpr std::int64_t FormatVersion = 1;
 
-constexpr const char* tables = R"(
+constexpr const char* Tables = R"(
 CREATE TABLE store (id TEXT NOT NULL);
 INSERT INTO store VALUES (lower(hex(randomblob(6))));
 CREATE TABLE resource (
@@ -49,32 +49,32 @@ CREATE TABLE journal (
 PRAGMA user_version = 1;
 )";
 
-const std::string selectResource =
+const std::string SelectResource =
     "SELECT id, parent, name, collection, owner, privileges, visibility, classtype, displayname, syncoption, "
     "linksextractedat, attribute, version, size, modified, md5, created, changed FROM resource ";
 
-constexpr const char* insertResource =
+constexpr const char* InsertResource =
     "INSERT INTO resource (parent, name, collection, owner, privileges, visibility, classtype, displayname, "
     "syncoption, linksextractedat, attribute, version, size, modified, md5, created, changed) "
     "VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?) RETURNING id";
 
-constexpr const char* updateResource =
+constexpr const char* UpdateResource =
     "UPDATE resource SET parent = ?, name = ?, collection = ?, owner = ?, privileges = ?, visibility = ?, "
     "classtype = ?, displayname = ?, syncoption = ?, linksextractedat = ?, attribute = ?, version = ?, size = ?, "
     "modified = ?, md5 = ?, created = ?, changed = ? WHERE id = ?";
 
-constexpr const char* treeChanged =
+constexpr const char* TreeChanged =
     "WITH RECURSIVE tree (id) AS (SELECT ?1 UNION ALL SELECT r.id FROM resource r JOIN tree t ON r.parent = t.id) "
     "UPDATE resource SET changed = ?2 WHERE id IN tree";
 
-constexpr const char* removeTree =
+constexpr const char* RemoveTree =
     "WITH RECURSIVE tree (id) AS (SELECT ? UNION ALL SELECT r.id FROM resource r JOIN tree t ON r.parent = t.id) "
     "DELETE FROM resource WHERE id IN tree";
 
 // Calls `run` with the columns that INSERT and UPDATE share.
 template <typename Run>
 void WithColumns(const Resource& r, Run run) {
-    run(r.parent, r.name, std::int64_t{r.collection}, r.owner, r.privileges, r.visibility, r.classType, r.displayName,
+    run(r.parent, r.name, std::int64_t{r.isCollection}, r.owner, r.privileges, r.visibility, r.classType, r.displayName,
         r.syncOption, r.linksExtractedAt, r.attribute, r.version, r.size, r.modified, r.md5, r.created, r.changed);
 }
 
@@ -83,14 +83,14 @@ void WithColumns(const Resource& r, Run run) {
 MetadataStore::MetadataStore(const std::string& file, const std::string& owner, std::int64_t now)
     : _database(file),
       _storeId(_OpenTables(owner, now)),
-      _child(_database.Handle(), (selectResource + "WHERE parent = ? AND name = ?").c_str()),
-      _byId(_database.Handle(), (selectResource + "WHERE id = ?").c_str()),
-      _children(_database.Handle(), (selectResource + "WHERE parent = ? ORDER BY name").c_str()),
-      _insert(_database.Handle(), insertResource),
-      _update(_database.Handle(), updateResource),
+      _child(_database.Handle(), (SelectResource + "WHERE parent = ? AND name = ?").c_str()),
+      _byId(_database.Handle(), (SelectResource + "WHERE id = ?").c_str()),
+      _children(_database.Handle(), (SelectResource + "WHERE parent = ? ORDER BY name").c_str()),
+      _insert(_database.Handle(), InsertResource),
+      _update(_database.Handle(), UpdateResource),
       _updateTimes(_database.Handle(), "UPDATE resource SET modified = ?, changed = ? WHERE id = ?"),
-      _treeChanged(_database.Handle(), treeChanged),
-      _removeTree(_database.Handle(), removeTree),
+      _treeChanged(_database.Handle(), TreeChanged),
+      _removeTree(_database.Handle(), RemoveTree),
       _setChecksum(_database.Handle(), "UPDATE resource SET md5 = ? WHERE id = ? AND size = ? AND modified = ?"),
       _dead(_database.Handle(),
             "SELECT namespace, name, xml FROM dead_property WHERE resource = ? ORDER BY namespace, name"),
@@ -105,19 +105,19 @@ std::string MetadataStore::_OpenTables(const std::string& owner, std::int64_t no
     userVersion.Each([&] { version = userVersion.Integer(0); });
     if (version == 0) {
         Database::Transaction transaction(_database);
-        _database.Execute(tables);
-        Statement insert(_database.Handle(), insertResource);
+        _database.Execute(Tables);
+        Statement insert(_database.Handle(), InsertResource);
         Resource root;
-        root.collection = true;
+        root.isCollection = true;
         root.owner = owner;
         root.created = now;
         root.changed = now;
         root.modified = now * 1000000;
         WithColumns(root, [&](const auto&... columns) { insert.Run(columns...); });
         transaction.Commit();
-    } else if (version != formatVersion) {
+    } else if (version != FormatVersion) {
         throw std::runtime_error("The metadata is in format " + std::to_string(version) +
-                                 "; this program knows format " + std::to_string(formatVersion) + " only");
+                                 "; this program knows format " + std::to_string(FormatVersion) + " only");
     }
     std::string storeId;
     Statement select(_database.Handle(), "SELECT id FROM store");
@@ -252,7 +252,7 @@ Resource MetadataStore::_Row(const Statement& statement) const {
     r.itemId = _ItemId(r.id);
     r.parent = integer();
     r.name = text();
-    r.collection = integer() != 0;
+    r.isCollection = integer() != 0;
     r.owner = text();
     r.privileges = text();
     r.visibility = text();

@@ -34,7 +34,7 @@ std::string TakeUntil(std::string_view& text, char end) {
 
 }  // namespace
 
-bool HasTag(std::string_view list, const Resource& resource, bool weak) {
+bool HasTag(std::string_view list, const Resource& resource, bool matchWeak) {
     if (Take(list, "*")) {
         return true;
     }
@@ -44,7 +44,7 @@ bool HasTag(std::string_view list, const Resource& resource, bool weak) {
         const std::size_t quoted = list.substr(0, 1) == "\"" ? list.find('"', 1) : std::string_view::npos;
         const std::size_t length =
             quoted == std::string_view::npos ? std::min(list.find(','), list.size()) : quoted + 1;
-        if (!resource.collection && list.substr(0, length) == resource.ETag() && (weak || !isWeak)) {
+        if (!resource.isCollection && list.substr(0, length) == resource.ETag() && (matchWeak || !isWeak)) {
             return true;
         }
         list.remove_prefix(std::min(list.find(',', length), list.size()));
@@ -73,7 +73,7 @@ void Preconditions::_ParseIf(std::string_view text) {
         conditions.path = path;
         while (!Take(text, ")")) {
             Condition condition;
-            condition.negated = Take(text, "Not");
+            condition.isNegated = Take(text, "Not");
             if (Take(text, "[")) {
                 condition.tag = TakeUntil(text, ']');
             } else if (Take(text, "<")) {
@@ -99,15 +99,15 @@ void Preconditions::Check(const std::string& path, const std::optional<Resource>
         throw HttpError(412, "If-Unmodified-Since: the resource has been modified");
     }
     const std::string* noneMatch = _request.Header("if-none-match");
-    const bool reading = _request.method == "GET" || _request.method == "HEAD";
-    if (noneMatch != nullptr && !reading && resource && HasTag(*noneMatch, *resource, true)) {
+    const bool isReading = _request.method == "GET" || _request.method == "HEAD";
+    if (noneMatch != nullptr && !isReading && resource && HasTag(*noneMatch, *resource, true)) {
         throw HttpError(412, "If-None-Match: the resource is there");
     }
     const bool anyHolds = std::any_of(_anyOf.begin(), _anyOf.end(), [&](const Conditions& conditions) {
         const auto target = conditions.path && *conditions.path != path ? find(*conditions.path) : resource;
         return std::all_of(conditions.all.begin(), conditions.all.end(), [&](const Condition& condition) {
             const bool holds = !condition.tag.empty() && target && target->ETag() == condition.tag;
-            return holds != condition.negated;
+            return holds != condition.isNegated;
         });
     });
     if (!_anyOf.empty() && !anyHolds) {

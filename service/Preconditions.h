@@ -25,7 +25,7 @@ public:
 
 private:
     struct Condition {
-        bool negated = false;
+        bool isNegated = false;
         /// With quotation marks; empty for a lock token.
         std::string tag;
     };
@@ -42,6 +42,6 @@ private:
 };
 
 /// Whether a list of entity tags, as in If-None-Match, has that of `resource` or is "*". Weak tags match if `weak`.
-bool HasTag(std::string_view list, const Resource& resource, bool weak);
+bool HasTag(std::string_view list, const Resource& resource, bool matchWeak);
 
 }  // namespace service

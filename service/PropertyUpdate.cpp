@@ -9,8 +9,8 @@ PropertyUpdate PropertyUpdate::Parse(std::string_view body) {
     PropertyUpdate update;
     const XmlDocument document(body, "propertyupdate");
     for (const auto* action = FirstElement(document.Root()); action != nullptr; action = NextElement(action)) {
-        const bool remove = IsDavElement(action, "remove");
-        if (!remove && !IsDavElement(action, "set")) {
+        const bool isRemoval = IsDavElement(action, "remove");
+        if (!isRemoval && !IsDavElement(action, "set")) {
             continue;
         }
         for (const auto* prop = FirstElement(action); prop != nullptr; prop = NextElement(prop)) {
@@ -20,11 +20,11 @@ PropertyUpdate PropertyUpdate::Parse(std::string_view body) {
             for (const auto* value = FirstElement(prop); value != nullptr; value = NextElement(value)) {
                 Instruction instruction;
                 instruction.property.name = {ElementNamespace(value), ElementName(value)};
-                instruction.remove = remove;
-                if (!remove) {
+                instruction.isRemoval = isRemoval;
+                if (!isRemoval) {
                     instruction.property.xml = ElementXml(value);
                     instruction.text = ElementText(value);
-                    instruction.structured = FirstElement(value) != nullptr;
+                    instruction.hasElements = FirstElement(value) != nullptr;
                 }
                 update.instructions.push_back(std::move(instruction));
             }

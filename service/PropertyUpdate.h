@@ -13,11 +13,11 @@ struct PropertyUpdate {
     struct Instruction {
         /// Its `xml` is empty in a removal.
         DeadProperty property;
-        bool remove = false;
+        bool isRemoval = false;
         /// The character data of the value.
         std::string text;
         /// Whether the value has elements in it.
-        bool structured = false;
+        bool hasElements = false;
     };
 
     /// Reads the body of a request. Throws HttpError 400.

@@ -9,8 +9,8 @@
 namespace service {
 namespace {
 
-constexpr std::string_view foundEnd = "</D:prop><D:status>HTTP/1.1 200 OK</D:status></D:propstat>\n";
-constexpr std::string_view missingEnd = "</D:prop><D:status>HTTP/1.1 404 Not Found</D:status></D:propstat>\n";
+constexpr std::string_view FoundEnd = "</D:prop><D:status>HTTP/1.1 200 OK</D:status></D:propstat>\n";
+constexpr std::string_view MissingEnd = "</D:prop><D:status>HTTP/1.1 404 Not Found</D:status></D:propstat>\n";
 
 bool ContainsChecksum(const LiveProperty& property) {
     return property.name == "checksummd5" || property.name == "syncproperties";
@@ -25,7 +25,7 @@ std::string EmptyElement(const PropertyName& name) {
 }  // namespace
 
 void AppendEmptyElement(std::string& xml, const PropertyName& name) {
-    if (name.nameSpace == davNamespace) {
+    if (name.nameSpace == DavNamespace) {
         const LiveProperty* live = FindLiveProperty(name.name);
         xml += '<';
         xml += live == nullptr ? 'D' : live->prefix;
@@ -42,14 +42,14 @@ void AppendEmptyElement(std::string& xml, const PropertyName& name) {
 bool WantsDeadProperties(const PropfindRequest& request) {
     return request.kind != PropfindRequest::Kind::Listed ||
            std::any_of(request.names.begin(), request.names.end(), [](const PropertyName& name) {
-               return name.nameSpace != davNamespace || FindLiveProperty(name.name) == nullptr;
+               return name.nameSpace != DavNamespace || FindLiveProperty(name.name) == nullptr;
            });
 }
 
-PropfindAnswer::PropfindAnswer(Listing listing, PropfindRequest request, bool minimal, ServiceTree& tree)
-    : _listing(std::move(listing)), _kind(request.kind), _minimal(minimal), _tree(tree), _text(multistatusBegin) {
-    const bool all = _kind == PropfindRequest::Kind::AllProperties;
-    if (all) {
+PropfindAnswer::PropfindAnswer(Listing listing, PropfindRequest request, bool isMinimal, ServiceTree& tree)
+    : _listing(std::move(listing)), _kind(request.kind), _isMinimal(isMinimal), _tree(tree), _text(MultistatusBegin) {
+    const bool isAll = _kind == PropfindRequest::Kind::AllProperties;
+    if (isAll) {
         for (const LiveProperty& property : LiveProperties()) {
             if (property.prefix == 'D') {
                 _wanted.push_back({&property, {}, ""});
@@ -57,9 +57,9 @@ PropfindAnswer::PropfindAnswer(Listing listing, PropfindRequest request, bool mi
         }
     }
     for (PropertyName& name : request.names) {
-        const LiveProperty* live = name.nameSpace == davNamespace ? FindLiveProperty(name.name) : nullptr;
+        const LiveProperty* live = name.nameSpace == DavNamespace ? FindLiveProperty(name.name) : nullptr;
         // All dead properties, and those of RFC 4918, are in "all" anyway.
-        if (!all || (live != nullptr && live->prefix != 'D')) {
+        if (!isAll || (live != nullptr && live->prefix != 'D')) {
             std::string empty = EmptyElement(name);
             _wanted.push_back({live, std::move(name), std::move(empty)});
         }
@@ -82,7 +82,7 @@ std::size_t PropfindAnswer::Read(char* buffer, std::size_t size) {
         entries[_next] = {};
         if (++_next == entries.size()) {
             _KeepChecksums();
-            _text += multistatusEnd;
+            _text += MultistatusEnd;
         }
     }
     const std::size_t count = _text.copy(buffer, size, _position);
@@ -98,16 +98,16 @@ void PropfindAnswer::_KeepChecksums() {
 }
 
 void PropfindAnswer::_Append(Listing::Entry& entry) {
-    constexpr std::size_t checksumsPerTransaction = 1000;
-    if (_needsChecksums && !entry.resource.collection && entry.resource.md5.empty()) {
+    constexpr std::size_t ChecksumsPerTransaction = 1000;
+    if (_needsChecksums && !entry.resource.isCollection && entry.resource.md5.empty()) {
         _tree.CompleteChecksum(entry);
         _newChecksums.push_back(entry.resource);
-        if (_newChecksums.size() == checksumsPerTransaction) {
+        if (_newChecksums.size() == ChecksumsPerTransaction) {
             _KeepChecksums();
         }
     }
     _text += "<D:response><D:href>";
-    AppendEscaped(_text, Href(entry.path, entry.resource.collection));
+    AppendEscaped(_text, Href(entry.path, entry.resource.isCollection));
     _text += "</D:href>\n";
     if (_kind == PropfindRequest::Kind::Names) {
         _AppendNames(entry);
@@ -122,13 +122,13 @@ void PropfindAnswer::_AppendNames(const Listing::Entry& entry) {
     for (const LiveProperty& property : LiveProperties()) {
         std::string value;
         if (property.append(entry.resource, value)) {
-            AppendEmptyElement(_text, {std::string(davNamespace), std::string(property.name)});
+            AppendEmptyElement(_text, {std::string(DavNamespace), std::string(property.name)});
         }
     }
     for (const DeadProperty& dead : entry.deadProperties) {
         AppendEmptyElement(_text, dead.name);
     }
-    _text += foundEnd;
+    _text += FoundEnd;
 }
 
 void PropfindAnswer::_AppendValues(const Listing::Entry& entry) {
@@ -158,19 +158,19 @@ void PropfindAnswer::_AppendValues(const Listing::Entry& entry) {
             _text += dead.xml;
         }
     }
-    if (_missing.empty() || _minimal) {
+    if (_missing.empty() || _isMinimal) {
         // An empty propstat stays: a response must have at least one.
-        _text += foundEnd;
+        _text += FoundEnd;
         return;
     }
     if (_text.size() == beforeValues) {
         _text.resize(begin);
     } else {
-        _text += foundEnd;
+        _text += FoundEnd;
     }
     _text += "<D:propstat><D:prop>";
     _text += _missing;
-    _text += missingEnd;
+    _text += MissingEnd;
 }
 
 }  // namespace service

@@ -18,7 +18,7 @@ class ServiceTree;
 class PropfindAnswer : public Body {
 public:
     /// `minimal` leaves out the properties that a resource lacks. `tree` must outlive this object.
-    PropfindAnswer(Listing listing, PropfindRequest request, bool minimal, ServiceTree& tree);
+    PropfindAnswer(Listing listing, PropfindRequest request, bool isMinimal, ServiceTree& tree);
 
     std::optional<std::uint64_t> Size() const override { return std::nullopt; }
     std::size_t Read(char* buffer, std::size_t size) override;
@@ -40,7 +40,7 @@ private:
     Listing _listing;
     PropfindRequest::Kind _kind;
     std::vector<Wanted> _wanted;
-    bool _minimal;
+    bool _isMinimal;
     bool _needsChecksums = false;
     ServiceTree& _tree;
     std::vector<Resource> _newChecksums;
@@ -57,8 +57,8 @@ bool WantsDeadProperties(const PropfindRequest& request);
 void AppendEmptyElement(std::string& xml, const PropertyName& name);
 
 /// What a multistatus document begins and ends with.
-inline constexpr std::string_view multistatusBegin =
+inline constexpr std::string_view MultistatusBegin =
     "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<D:multistatus xmlns:D=\"DAV:\" xmlns:P=\"DAV:\">\n";
-inline constexpr std::string_view multistatusEnd = "</D:multistatus>\n";
+inline constexpr std::string_view MultistatusEnd = "</D:multistatus>\n";
 
 }  // namespace service

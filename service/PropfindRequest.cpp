@@ -17,8 +17,8 @@ PropfindRequest PropfindRequest::Parse(std::string_view body) {
     int kinds = 0;
     std::set<std::pair<std::string, std::string>> seen;
     for (const auto* element = FirstElement(document.Root()); element != nullptr; element = NextElement(element)) {
-        const bool listed = IsDavElement(element, "prop");
-        if (listed) {
+        const bool isListed = IsDavElement(element, "prop");
+        if (isListed) {
             request.kind = Kind::Listed;
             ++kinds;
         } else if (IsDavElement(element, "allprop")) {
@@ -28,7 +28,7 @@ PropfindRequest PropfindRequest::Parse(std::string_view body) {
             request.kind = Kind::Names;
             ++kinds;
         }
-        if (!listed && !IsDavElement(element, "include")) {
+        if (!isListed && !IsDavElement(element, "include")) {
             continue;
         }
         for (const auto* name = FirstElement(element); name != nullptr; name = NextElement(name)) {

@@ -9,16 +9,16 @@ namespace service {
 namespace {
 
 // What a phrase has in place of the name of what it is about.
-constexpr char nameMark = '*';
-constexpr std::size_t longestName = 255;
+constexpr char NameMark = '*';
+constexpr std::size_t LongestName = 255;
 
 using Phrases = std::array<std::string_view, 4>;
 
-constexpr Phrases occupied{"Existing file: already exists.", "The file already exists. Existing: *",
+constexpr Phrases Occupied{"Existing file: already exists.", "The file already exists. Existing: *",
                            "ALREADY.EXISTS: *: existing.file", "exists already:  this is an Existing File"};
-constexpr Phrases absent{"Folder * does not exist.", "not found: the folder does.not exist", "Does Exist: NOT. *",
+constexpr Phrases Absent{"Folder * does not exist.", "not found: the folder does.not exist", "Does Exist: NOT. *",
                          "It does exist  not"};
-constexpr Phrases noParent{"The parent is missing.", "Missing: parent of *", "No parent.", "* has no parent: missing"};
+constexpr Phrases NoParent{"The parent is missing.", "Missing: parent of *", "No parent.", "* has no parent: missing"};
 
 const Phrases* PhrasesFor(int status, const std::string& method) {
     // RFC 4918 has nothing to say about these two, and their 404 says that there is no such file.
@@ -27,11 +27,11 @@ const Phrases* PhrasesFor(int status, const std::string& method) {
     }
     switch (status) {
         case 404:
-            return &absent;
+            return &Absent;
         case 405:
-            return method == "MKCOL" ? &occupied : nullptr;
+            return method == "MKCOL" ? &Occupied : nullptr;
         case 409:
-            return &noParent;
+            return &NoParent;
         default:
             return nullptr;
     }
@@ -45,10 +45,10 @@ std::optional<std::string> ReasonPhrases::Next(int status, const std::string& me
         return std::nullopt;
     }
     std::string phrase((*phrases)[_given++ % phrases->size()]);
-    if (const std::size_t mark = phrase.find(nameMark); mark != std::string::npos) {
+    if (const std::size_t mark = phrase.find(NameMark); mark != std::string::npos) {
         const auto segments = SplitUrlPath(target);
         const std::string_view name = segments.empty() ? "/" : segments.back();
-        phrase.replace(mark, 1, name.substr(0, longestName));
+        phrase.replace(mark, 1, name.substr(0, LongestName));
     }
     return phrase;
 }

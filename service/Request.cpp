@@ -8,14 +8,14 @@
 namespace service {
 namespace {
 
-constexpr std::string_view scheme = "http://";
+constexpr std::string_view Scheme = "http://";
 
 // Splits "http://host:port/path" into the authority and the path; nothing before the path of other URLs.
 std::pair<std::string, std::string_view> Split(std::string_view url) {
-    if (url.size() < scheme.size() || strncasecmp(url.data(), scheme.data(), scheme.size()) != 0) {
+    if (url.size() < Scheme.size() || strncasecmp(url.data(), Scheme.data(), Scheme.size()) != 0) {
         return {"", url};
     }
-    url.remove_prefix(scheme.size());
+    url.remove_prefix(Scheme.size());
     const std::size_t length = std::min(url.find('/'), url.size());
     const std::string_view path = url.substr(length);
     return {std::string(url.substr(0, length)), path.empty() ? "/" : path};
@@ -35,9 +35,9 @@ std::string Request::Path() const {
 std::string Request::PathOf(std::string_view url) const {
     const auto [authority, path] = Split(url);
     const std::string* host = Header("host");
-    const bool foreign = authority.empty() ? url.find("://") < url.find('/')
+    const bool isForeign = authority.empty() ? url.find("://") < url.find('/')
                                            : host == nullptr || strcasecmp(authority.c_str(), host->c_str()) != 0;
-    if (foreign) {
+    if (isForeign) {
         throw HttpError(502, "The URL '" + std::string(url) + "' is on another server");
     }
     return ParseUrlPath(path.substr(0, path.find('?')));

@@ -12,11 +12,11 @@ std::string Resource::VersionId() const {
 }
 
 std::string Resource::ETag() const {
-    return collection ? std::string() : '"' + VersionId() + '"';
+    return isCollection ? std::string() : '"' + VersionId() + '"';
 }
 
 std::string Resource::ContentType() const {
-    constexpr std::array<std::pair<const char*, const char*>, 12> types{{{".css", "text/css"},
+    constexpr std::array<std::pair<const char*, const char*>, 12> Types{{{".css", "text/css"},
                                                                          {".csv", "text/csv"},
                                                                          {".gif", "image/gif"},
                                                                          {".htm", "text/html"},
@@ -30,7 +30,7 @@ std::string Resource::ContentType() const {
                                                                          {".zip", "application/zip"}}};
     const std::size_t dot = name.rfind('.');
     if (dot != std::string::npos) {
-        for (const auto& [extension, type] : types) {
+        for (const auto& [extension, type] : Types) {
             if (strcasecmp(name.c_str() + dot, extension) == 0) {
                 return type;
             }
@@ -40,8 +40,8 @@ std::string Resource::ContentType() const {
 }
 
 std::int64_t Resource::ModifiedSeconds() const {
-    constexpr std::int64_t perSecond = 1000000000;
-    return modified / perSecond - (modified % perSecond < 0 ? 1 : 0);
+    constexpr std::int64_t PerSecond = 1000000000;
+    return modified / PerSecond - (modified % PerSecond < 0 ? 1 : 0);
 }
 
 }  // namespace service

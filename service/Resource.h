@@ -12,7 +12,7 @@ struct Resource {
     std::int64_t parent = 0;
     /// The last segment of the server path; empty in the root.
     std::string name;
-    bool collection = false;
+    bool isCollection = false;
     /// Names the resource for good; follows from the id.
     std::string itemId;
     std::string owner;

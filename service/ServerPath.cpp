@@ -8,17 +8,17 @@
 namespace service {
 namespace {
 
-constexpr std::size_t longestSegment = 255;
+constexpr std::size_t LongestSegment = 255;
 
 }  // namespace
 
 bool IsSegment(std::string_view name) {
-    return !name.empty() && name.size() <= longestSegment && name != "." && name != ".." &&
+    return !name.empty() && name.size() <= LongestSegment && name != "." && name != ".." &&
            name.find('/') == std::string_view::npos && name.find('\0') == std::string_view::npos && IsValidUtf8(name);
 }
 
 bool IsReserved(std::string_view path) {
-    return IsWithin(path, reservedName) || IsWithin(path, addressName);
+    return IsWithin(path, ReservedName) || IsWithin(path, AddressName);
 }
 
 std::vector<std::string_view> SplitUrlPath(std::string_view urlPath) {
@@ -58,7 +58,7 @@ std::string ParseSegment(std::string_view encoded) {
     if (!segment) {
         throw HttpError(400, "The URL has a '%' that two hexadecimal digits do not follow");
     }
-    if (segment->size() > longestSegment) {
+    if (segment->size() > LongestSegment) {
         throw HttpError(414, "A name in the URL is longer than 255 bytes");
     }
     if (!IsSegment(*segment)) {
@@ -84,23 +84,23 @@ std::string ParseUrlPath(std::string_view urlPath) {
     return path;
 }
 
-std::string Href(std::string_view path, bool collection) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
+std::string Href(std::string_view path, bool isCollection) {
+    constexpr std::string_view Digits = "0123456789ABCDEF";
     std::string href = "/";
     href.reserve(path.size() + 2);
     for (const char c : path) {
-        const bool unreserved = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
+        const bool isUnreserved = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') ||
                                 std::string_view("-._~/").find(c) != std::string_view::npos;
-        if (unreserved) {
+        if (isUnreserved) {
             href += c;
         } else {
             const auto byte = static_cast<unsigned char>(c);
             href += '%';
-            href += digits[byte >> 4U];
-            href += digits[byte & 0x0FU];
+            href += Digits[byte >> 4U];
+            href += Digits[byte & 0x0FU];
         }
     }
-    if (collection && href.size() > 1) {
+    if (isCollection && href.size() > 1) {
         href += '/';
     }
     return href;

@@ -11,10 +11,10 @@ namespace service {
 /// root is the empty text. Segments are valid UTF-8, at most 255 bytes long and never ".", ".." or empty.
 
 /// The folder at the root that holds the service's own files. No request reaches it.
-inline constexpr std::string_view reservedName = ".ovsync-service";
+inline constexpr std::string_view ReservedName = ".ovsync-service";
 
 /// The name in the root that the addresses of what is no server path begin with. Nothing is stored there.
-inline constexpr std::string_view addressName = ".ovs";
+inline constexpr std::string_view AddressName = ".ovs";
 
 /// Whether `path` is or begins with one of the two names above.
 bool IsReserved(std::string_view path);
@@ -37,7 +37,7 @@ std::string ParseSegment(std::string_view encoded);
 std::string ParseUrlPath(std::string_view urlPath);
 
 /// The percent-encoded absolute path of a resource; ends in "/" for a collection.
-std::string Href(std::string_view path, bool collection);
+std::string Href(std::string_view path, bool isCollection);
 
 /// The path of the collection that `path` lies in; the root for the root.
 std::string ParentPath(std::string_view path);

@@ -18,18 +18,18 @@ bool IsCollection(const ContentStore::Entry& entry) {
 
 // Whether the metadata still describes what is on the disk.
 bool Describes(const Resource& known, const ContentStore::Entry& found) {
-    return known.collection == IsCollection(found) && known.size == found.size && known.modified == found.modified;
+    return known.isCollection == IsCollection(found) && known.size == found.size && known.modified == found.modified;
 }
 
 std::string SeedName(const char* kind, std::int64_t number) {
-    constexpr std::size_t digits = 6;
+    constexpr std::size_t Digits = 6;
     std::string name = std::to_string(number);
-    name.insert(0, digits - std::min(digits, name.size()), '0');
+    name.insert(0, Digits - std::min(Digits, name.size()), '0');
     return name.insert(0, kind);
 }
 
 void RequireFolder(const std::string& path, const Resource& resource) {
-    if (!resource.collection) {
+    if (!resource.isCollection) {
         throw std::runtime_error("'" + path + "' is no folder");
     }
 }
@@ -79,11 +79,11 @@ void ServiceTree::_Change(std::vector<Rename> steps, const std::function<void()>
     }
 }
 
-Resource ServiceTree::_New(const Resource& parent, const std::string& name, const std::string& user, bool collection) {
+Resource ServiceTree::_New(const Resource& parent, const std::string& name, const std::string& user, bool isCollection) {
     Resource resource;
     resource.parent = parent.id;
     resource.name = name;
-    resource.collection = collection;
+    resource.isCollection = isCollection;
     resource.owner = user;
     resource.created = _clock.Now();
     resource.changed = resource.created;
@@ -94,7 +94,7 @@ Resource ServiceTree::_New(const Resource& parent, const std::string& name, cons
 // called in a transaction.
 bool ServiceTree::_Adopt(const Resource& parent, std::optional<Resource>& known, const ContentStore::Entry* found) {
     bool listChanged = false;
-    if (known && (found == nullptr || known->collection != IsCollection(*found))) {
+    if (known && (found == nullptr || known->isCollection != IsCollection(*found))) {
         _metadata.RemoveTree(known->id);
         known.reset();
         listChanged = true;
@@ -113,7 +113,7 @@ bool ServiceTree::_Adopt(const Resource& parent, std::optional<Resource>& known,
 }
 
 void ServiceTree::_Refresh(Resource& known, const ContentStore::Entry& found) {
-    known.version += known.collection ? 0 : 1;
+    known.version += known.isCollection ? 0 : 1;
     known.md5.clear();
     known.changed = _clock.Now();
     Observe(known, found);
@@ -192,7 +192,7 @@ std::optional<std::string> ServiceTree::_Path(const Address& address) {
         path = path.empty() ? step->name : ChildPath(step->name, path);
     }
     // People may have taken it away.
-    const auto found = folder && folder->collection ? _Find(path) : std::nullopt;
+    const auto found = folder && folder->isCollection ? _Find(path) : std::nullopt;
     if (!found || found->id != folder->id) {
         return std::nullopt;
     }
@@ -226,7 +226,7 @@ std::optional<Resource> ServiceTree::_Find(const std::string& path) {
     std::optional<Resource> resource = _Root();
     for (std::size_t end = 0; resource && end < path.size();) {
         end = std::min(path.find('/', end + 1), path.size());
-        resource = resource->collection ? _Child(*resource, path.substr(0, end)) : std::nullopt;
+        resource = resource->isCollection ? _Child(*resource, path.substr(0, end)) : std::nullopt;
     }
     return resource;
 }
@@ -241,7 +241,7 @@ Resource ServiceTree::_Existing(const std::string& path) {
 
 Resource ServiceTree::_ParentOfNew(const std::string& path) {
     auto parent = _Find(ParentPath(path));
-    if (!parent || !parent->collection) {
+    if (!parent || !parent->isCollection) {
         throw HttpError(409, "There is no collection at '" + ParentPath(path) + "'");
     }
     return *parent;
@@ -265,7 +265,7 @@ Listing ServiceTree::_List(const std::string& path, const Resource& resource, Re
     listing.entries.push_back({path, resource, {}});
     for (std::size_t i = 0; i < listing.entries.size(); ++i) {
         const bool descend = depth == Request::Depth::Infinity || (depth == Request::Depth::One && i == 0);
-        if (descend && listing.entries[i].resource.collection) {
+        if (descend && listing.entries[i].resource.isCollection) {
             const std::string parentPath = listing.entries[i].path;
             for (Resource& child : _Children(listing.entries[i].resource, parentPath)) {
                 std::string childPath = ChildPath(parentPath, child.name);
@@ -277,11 +277,11 @@ Listing ServiceTree::_List(const std::string& path, const Resource& resource, Re
     return listing;
 }
 
-Listing ServiceTree::List(const Address& address, Request::Depth depth, bool withDeadProperties) {
+Listing ServiceTree::List(const Address& address, Request::Depth depth, bool wantsDeadProperties) {
     const std::lock_guard lock(_mutex);
     const std::string path = _ExistingPath(address);
     Listing listing = _List(path, _Existing(path), depth);
-    if (withDeadProperties) {
+    if (wantsDeadProperties) {
         for (Listing::Entry& entry : listing.entries) {
             entry.deadProperties = _metadata.DeadProperties(entry.resource.id);
         }
@@ -293,7 +293,7 @@ std::pair<Resource, FileDescriptor> ServiceTree::Open(const std::string& path, c
     const std::lock_guard lock(_mutex);
     Resource resource = _Existing(path);
     _Check(preconditions, path, resource);
-    return {resource, resource.collection ? FileDescriptor() : _content.Open(path)};
+    return {resource, resource.isCollection ? FileDescriptor() : _content.Open(path)};
 }
 
 std::optional<std::pair<FileDescriptor, std::uint64_t>> ServiceTree::OpenSyncConfiguration() const {
@@ -314,7 +314,7 @@ std::pair<Resource, bool> ServiceTree::Put(const std::string& path, UploadFile& 
     }
     Resource parent = _ParentOfNew(path);
     const auto existing = _Child(parent, path);
-    if (existing && existing->collection) {
+    if (existing && existing->isCollection) {
         throw HttpError(405, "'" + path + "' is a collection");
     }
     _RefuseOccupied(path);
@@ -406,7 +406,7 @@ void ServiceTree::_CopyContent(Listing& source, const std::string& target) {
     const std::string from = source.entries.front().path;
     for (auto& [path, resource, dead] : source.entries) {
         const std::string copyPath = target + path.substr(from.size());
-        if (resource.collection) {
+        if (resource.isCollection) {
             _content.MakeFolder(copyPath);
         } else {
             const auto copy = _content.MakeFile(copyPath);
@@ -431,7 +431,7 @@ bool ServiceTree::Copy(const std::string& from, const std::string& to, Request::
     const std::string old = _content.WorkPath();
     std::vector<Rename> steps;
     if (place.replaced) {
-        steps.push_back({to, old, !place.replaced->collection && !original.collection});
+        steps.push_back({to, old, !place.replaced->isCollection && !original.isCollection});
     }
     steps.push_back({made, to});
     try {
@@ -507,16 +507,16 @@ std::pair<std::vector<ServiceTree::Outcome>, bool> ServiceTree::SetProperties(co
     MetadataStore::Transaction transaction(_metadata);
     for (const auto& instruction : update.instructions) {
         const PropertyName& name = instruction.property.name;
-        const LiveProperty* live = name.nameSpace == davNamespace ? FindLiveProperty(name.name) : nullptr;
+        const LiveProperty* live = name.nameSpace == DavNamespace ? FindLiveProperty(name.name) : nullptr;
         Outcome outcome{name, 200, ""};
         if (live != nullptr && live->set == nullptr) {
             outcome.status = 403;
             outcome.reason = "The service itself keeps this property";
         } else if (live != nullptr) {
             outcome.reason =
-                instruction.structured ? "The value has elements in it" : live->set(resource, instruction.text);
+                instruction.hasElements ? "The value has elements in it" : live->set(resource, instruction.text);
             outcome.status = outcome.reason.empty() ? 200 : 409;
-        } else if (instruction.remove) {
+        } else if (instruction.isRemoval) {
             _metadata.RemoveDeadProperty(resource.id, name);
         } else {
             _metadata.SetDeadProperty(resource.id, instruction.property);
@@ -533,12 +533,12 @@ std::pair<std::vector<ServiceTree::Outcome>, bool> ServiceTree::SetProperties(co
             outcome.status = outcome.status == 200 ? 424 : outcome.status;
         }
     }
-    return {std::move(outcomes), resource.collection};
+    return {std::move(outcomes), resource.isCollection};
 }
 
 void ServiceTree::CompleteChecksum(Listing::Entry& entry) {
     Resource& resource = entry.resource;
-    if (!resource.collection && resource.md5.empty()) {
+    if (!resource.isCollection && resource.md5.empty()) {
         resource.md5 = _content.Checksum(entry.path, resource.size, resource.modified).value_or("");
     }
 }
@@ -564,16 +564,16 @@ void ServiceTree::Seed(const std::string& path, std::int64_t files, std::int64_t
     RequireFolder(path, present.at(path));
     MetadataStore::Transaction transaction(_metadata);
     std::set<std::string> grown;
-    const auto make = [&](const std::string& parent, const std::string& name, bool collection) {
+    const auto make = [&](const std::string& parent, const std::string& name, bool isCollection) {
         std::string made = ChildPath(parent, name);
         if (const auto found = present.find(made); found != present.end()) {
-            if (collection) {
+            if (isCollection) {
                 RequireFolder(made, found->second);
             }
             return made;
         }
-        Resource resource = _New(present.at(parent), name, _owner, collection);
-        if (collection) {
+        Resource resource = _New(present.at(parent), name, _owner, isCollection);
+        if (isCollection) {
             _content.MakeFolder(made);
             grown.insert(made);
         } else {
@@ -592,8 +592,8 @@ void ServiceTree::Seed(const std::string& path, std::int64_t files, std::int64_t
     const auto width = static_cast<std::int64_t>(std::ceil(std::sqrt(static_cast<double>(folders))));
     std::vector<std::string> places{path};
     for (std::int64_t i = 0; i < folders; ++i) {
-        const bool first = i < width;
-        const std::string& parent = first ? path : places.at(static_cast<std::size_t>(1 + i % width));
+        const bool isFirst = i < width;
+        const std::string& parent = isFirst ? path : places.at(static_cast<std::size_t>(1 + i % width));
         places.push_back(make(parent, SeedName("folder-", i + 1), true));
     }
     for (std::int64_t i = 0; i < files; ++i) {

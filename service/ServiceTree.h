@@ -37,7 +37,7 @@ public:
     std::int64_t Now() { return _clock.Now(); }
 
     /// Throws HttpError 404 when there is nothing at `address`.
-    Listing List(const Address& address, Request::Depth depth, bool withDeadProperties);
+    Listing List(const Address& address, Request::Depth depth, bool wantsDeadProperties);
 
     /// The resource at `path` and, if it is a file, the file opened for reading.
     std::pair<Resource, FileDescriptor> Open(const std::string& path, const Preconditions& preconditions);
@@ -99,7 +99,7 @@ private:
     bool _Adopt(const Resource& parent, std::optional<Resource>& known, const ContentStore::Entry* found);
     void _Refresh(Resource& known, const ContentStore::Entry& found);
     void _ChildrenChanged(Resource& parent, const std::string& path);
-    Resource _New(const Resource& parent, const std::string& name, const std::string& user, bool collection);
+    Resource _New(const Resource& parent, const std::string& name, const std::string& user, bool isCollection);
     Listing _List(const std::string& path, const Resource& resource, Request::Depth depth);
     void _CopyContent(Listing& source, const std::string& target);
     Destination _Destination(const std::string& from, const std::string& to, bool overwrite);

@@ -4,13 +4,13 @@ namespace service {
 
 void StopSignal::Stop() {
     const std::lock_guard lock(_mutex);
-    _stopped = true;
+    _isStopped = true;
     _changed.notify_all();
 }
 
 bool StopSignal::WaitFor(std::chrono::milliseconds time) {
     std::unique_lock lock(_mutex);
-    return _changed.wait_for(lock, time, [this] { return _stopped; });
+    return _changed.wait_for(lock, time, [this] { return _isStopped; });
 }
 
 }  // namespace service

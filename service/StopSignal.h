@@ -17,7 +17,7 @@ public:
 private:
     std::mutex _mutex;
     std::condition_variable _changed;
-    bool _stopped = false;
+    bool _isStopped = false;
 };
 
 }  // namespace service

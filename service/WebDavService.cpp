@@ -22,18 +22,18 @@
 namespace service {
 namespace {
 
-constexpr int notAllowed = 405;
-constexpr std::array<const char*, 10> methods{"OPTIONS", "GET",  "HEAD", "PUT",      "DELETE",
+constexpr int NotAllowed = 405;
+constexpr std::array<const char*, 10> Methods{"OPTIONS", "GET",  "HEAD", "PUT",      "DELETE",
                                               "MKCOL",   "COPY", "MOVE", "PROPFIND", "PROPPATCH"};
-constexpr const char* xmlType = "application/xml; charset=\"utf-8\"";
+constexpr const char* XmlType = "application/xml; charset=\"utf-8\"";
 
-constexpr std::array<const char*, 3> methodsById{"DELETE", "MKCOL", "PROPFIND"};
-constexpr std::array<const char*, 2> methodsOfSyncConfiguration{"GET", "HEAD"};
+constexpr std::array<const char*, 3> MethodsById{"DELETE", "MKCOL", "PROPFIND"};
+constexpr std::array<const char*, 2> MethodsOfSyncConfiguration{"GET", "HEAD"};
 
-template <typename Methods>
-std::string AllBut(const Methods& offered, const std::string& refused) {
+template <typename Names>
+std::string AllBut(const Names& offered, const std::string& refused) {
     std::string list;
-    for (const char* method : offered) {
+    for (const char* method : isOffered) {
         if (method != refused) {
             list += (list.empty() ? "" : ", ") + std::string(method);
         }
@@ -44,9 +44,9 @@ std::string AllBut(const Methods& offered, const std::string& refused) {
 // What may be asked instead of a method that the address of the request does not take.
 std::string AllowedInstead(const Request& request) {
     if (request.IsForSyncConfiguration()) {
-        return AllBut(methodsOfSyncConfiguration, "");
+        return AllBut(MethodsOfSyncConfiguration, "");
     }
-    return request.IsByFolderId() ? AllBut(methodsById, "") : AllBut(methods, request.method);
+    return request.IsByFolderId() ? AllBut(MethodsById, "") : AllBut(Methods, request.method);
 }
 
 int StatusOf(const std::system_error& error) {
@@ -71,11 +71,11 @@ struct Range {
 // The one range that is asked for. Nothing when the header is none, or names several, which may be ignored.
 // An empty range cannot be satisfied.
 std::optional<Range> ParseRange(std::string_view text, std::uint64_t size) {
-    constexpr std::string_view unit = "bytes=";
-    if (text.substr(0, unit.size()) != unit || text.find(',') != std::string_view::npos) {
+    constexpr std::string_view Unit = "bytes=";
+    if (text.substr(0, Unit.size()) != Unit || text.find(',') != std::string_view::npos) {
         return std::nullopt;
     }
-    text.remove_prefix(unit.size());
+    text.remove_prefix(Unit.size());
     const std::size_t dash = text.find('-');
     if (dash == std::string_view::npos || text.size() == 1) {
         return std::nullopt;
@@ -83,8 +83,8 @@ std::optional<Range> ParseRange(std::string_view text, std::uint64_t size) {
     const auto number = [](std::string_view digits, std::uint64_t absent) -> std::optional<std::uint64_t> {
         std::uint64_t value = absent;
         const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-        const bool good = digits.empty() || (error == std::errc() && end == digits.data() + digits.size());
-        return good ? std::optional(value) : std::nullopt;
+        const bool isNumber = digits.empty() || (error == std::errc() && end == digits.data() + digits.size());
+        return isNumber ? std::optional(value) : std::nullopt;
     };
     const auto begin = number(text.substr(0, dash), 0);
     const auto end = number(text.substr(dash + 1), std::numeric_limits<std::uint64_t>::max());
@@ -113,9 +113,9 @@ bool IsCurrent(const Request& request, const Resource& resource) {
 
 // What only addresses by path take.
 void RefuseByFolderId(const Request& request) {
-    const bool offered = std::find(methodsById.begin(), methodsById.end(), request.method) != methodsById.end();
-    if (!offered || (request.method != "MKCOL" && !request.Where().path.empty())) {
-        throw HttpError(notAllowed, "The address of a folder by its id does not take " + request.method);
+    const bool isOffered = std::find(MethodsById.begin(), MethodsById.end(), request.method) != MethodsById.end();
+    if (!isOffered || (request.method != "MKCOL" && !request.Where().path.empty())) {
+        throw HttpError(NotAllowed, "The address of a folder by its id does not take " + request.method);
     }
     if (request.method == "PROPFIND" && request.RequestedDepth() != Request::Depth::Zero) {
         throw HttpError(403, "The address of a folder by its id takes no other Depth than 0");
@@ -134,7 +134,7 @@ void AddFolderHeaders(Answer& answer, const Resource& folder) {
 }  // namespace
 
 bool WebDavService::Knows(const std::string& method) {
-    return std::find(methods.begin(), methods.end(), method) != methods.end();
+    return std::find(Methods.begin(), Methods.end(), method) != Methods.end();
 }
 
 Answer WebDavService::Text(int status, const std::string& text) {
@@ -155,7 +155,7 @@ Answer WebDavService::Handle(Request& request) {
         if (reason) {
             answer.status = 400;
             answer.headers.emplace_back("x-ovs-reason-phrase", std::move(*reason));
-        } else if (answer.status == notAllowed) {
+        } else if (answer.status == NotAllowed) {
             answer.headers.emplace_back("Allow", AllowedInstead(request));
         }
         return answer;
@@ -184,7 +184,7 @@ Answer WebDavService::_Dispatch(Request& request) {
     };
     const auto operation = operations.find(request.method);
     if (operation == operations.end()) {
-        throw HttpError(notAllowed, "The service does not know the method " + request.method);
+        throw HttpError(NotAllowed, "The service does not know the method " + request.method);
     }
     if (request.IsForSyncConfiguration()) {
         return _SyncConfiguration(request);
@@ -197,7 +197,7 @@ Answer WebDavService::_Dispatch(Request& request) {
 
 Answer WebDavService::_SyncConfiguration(const Request& request) {
     if (request.method != "GET" && request.method != "HEAD") {
-        throw HttpError(notAllowed, "The sync configuration does not take " + request.method);
+        throw HttpError(NotAllowed, "The sync configuration does not take " + request.method);
     }
     auto document = _tree.OpenSyncConfiguration();
     if (!document) {
@@ -215,17 +215,17 @@ Answer WebDavService::_Options(Request& request) {
         request.Path();
     }
     Answer answer;
-    answer.headers = {{"DAV", "1, drovane"}, {"Allow", AllBut(methods, "")}, {"MS-Author-Via", "DAV"}};
+    answer.headers = {{"DAV", "1, drovane"}, {"Allow", AllBut(Methods, "")}, {"MS-Author-Via", "DAV"}};
     return answer;
 }
 
 Answer WebDavService::_Get(Request& request) {
     const std::string path = request.Path();
     auto [resource, file] = _tree.Open(path, Preconditions(request));
-    if (resource.collection) {
+    if (resource.isCollection) {
         std::string names;
         for (const auto& entry : _tree.List({path}, Request::Depth::One, false).entries) {
-            names += entry.path == path ? "" : LastSegment(entry.path) + (entry.resource.collection ? "/\n" : "\n");
+            names += entry.path == path ? "" : LastSegment(entry.path) + (entry.resource.isCollection ? "/\n" : "\n");
         }
         return Text(200, names);
     }
@@ -266,7 +266,7 @@ Answer WebDavService::_Put(Request& request) {
     }
     const std::string path = request.Path();
     if (request.target.back() == '/') {
-        throw HttpError(notAllowed, "The URL ends in '/', so it is that of a collection");
+        throw HttpError(NotAllowed, "The URL ends in '/', so it is that of a collection");
     }
     const auto [resource, isNew] = _tree.Put(path, *request.upload, request.user, Preconditions(request));
     Answer answer;
@@ -299,7 +299,7 @@ Answer WebDavService::_MakeCollection(Request& request) {
         xml += "</id><ownerId>";
         AppendEscaped(xml, made.owner);
         xml += "</ownerId></Folder></Folders></Response>\n";
-        answer.headers.emplace_back("Content-Type", xmlType);
+        answer.headers.emplace_back("Content-Type", XmlType);
         answer.body = std::make_unique<TextBody>(std::move(xml));
     }
     return answer;
@@ -315,12 +315,12 @@ Answer WebDavService::_CopyOrMove(Request& request) {
     const std::string* overwriteHeader = request.Header("overwrite");
     const bool overwrite = overwriteHeader == nullptr || strcasecmp(overwriteHeader->c_str(), "F") != 0;
     const Request::Depth depth = request.RequestedDepth();
-    const bool move = request.method == "MOVE";
-    if (depth == Request::Depth::One || (move && depth == Request::Depth::Zero)) {
+    const bool isMove = request.method == "MOVE";
+    if (depth == Request::Depth::One || (isMove && depth == Request::Depth::Zero)) {
         throw HttpError(400, request.method + " does not take this Depth");
     }
     const Preconditions preconditions(request);
-    const bool isNew = move ? _tree.Move(from, to, overwrite, preconditions)
+    const bool isNew = isMove ? _tree.Move(from, to, overwrite, preconditions)
                             : _tree.Copy(from, to, depth, overwrite, request.user, preconditions);
     Answer answer;
     answer.status = isNew ? 201 : 204;
@@ -339,25 +339,25 @@ Answer WebDavService::_Propfind(Request& request) {
         return answer;
     }
     answer.status = 207;
-    answer.headers.emplace_back("Content-Type", xmlType);
+    answer.headers.emplace_back("Content-Type", XmlType);
     const Resource& asked = listing.entries.front().resource;
-    if (request.IsOfOwnClient() && asked.collection) {
+    if (request.IsOfOwnClient() && asked.isCollection) {
         AddFolderHeaders(answer, asked);
     }
-    const bool minimal = request.PrefersMinimal();
-    if (minimal) {
+    const bool isMinimal = request.PrefersMinimal();
+    if (isMinimal) {
         answer.headers.emplace_back("Preference-Applied", "return=minimal");
     }
-    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), minimal, _tree);
+    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), isMinimal, _tree);
     return answer;
 }
 
 Answer WebDavService::_Proppatch(Request& request) {
     const PropertyUpdate update = PropertyUpdate::Parse(request.body);
     const std::string path = request.Path();
-    const auto [outcomes, collection] = _tree.SetProperties(path, update, Preconditions(request));
-    std::string xml(multistatusBegin);
-    xml += "<D:response><D:href>" + Href(path, collection) + "</D:href>\n";
+    const auto [outcomes, isCollection] = _tree.SetProperties(path, update, Preconditions(request));
+    std::string xml(MultistatusBegin);
+    xml += "<D:response><D:href>" + Href(path, isCollection) + "</D:href>\n";
     for (const auto& outcome : outcomes) {
         xml += "<D:propstat><D:prop>";
         AppendEmptyElement(xml, outcome.name);
@@ -386,10 +386,10 @@ Answer WebDavService::_Proppatch(Request& request) {
         xml += "</D:propstat>\n";
     }
     xml += "</D:response>\n";
-    xml += multistatusEnd;
+    xml += MultistatusEnd;
     Answer answer;
     answer.status = 207;
-    answer.headers.emplace_back("Content-Type", xmlType);
+    answer.headers.emplace_back("Content-Type", XmlType);
     answer.body = std::make_unique<TextBody>(std::move(xml));
     return answer;
 }

@@ -73,7 +73,7 @@ const _xmlNode* NextElement(const _xmlNode* element) {
 }
 
 bool IsDavElement(const _xmlNode* element, std::string_view name) {
-    return ElementName(element) == name && ElementNamespace(element) == davNamespace;
+    return ElementName(element) == name && ElementNamespace(element) == DavNamespace;
 }
 
 std::string ElementName(const _xmlNode* element) {

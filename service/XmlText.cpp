@@ -44,7 +44,7 @@ bool IsValidUtf8(std::string_view text) {
 }
 
 void AppendEscaped(std::string& xml, std::string_view text) {
-    constexpr std::string_view replacement = "\xEF\xBF\xBD";
+    constexpr std::string_view Replacement = "\xEF\xBF\xBD";
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
         switch (c) {
@@ -70,9 +70,9 @@ void AppendEscaped(std::string& xml, std::string_view text) {
                 break;
             default:
                 if (static_cast<unsigned char>(c) < 0x20) {
-                    xml += replacement;
+                    xml += Replacement;
                 } else if (const auto three = text.substr(i, 3); three == "\xEF\xBF\xBE" || three == "\xEF\xBF\xBF") {
-                    xml += replacement;
+                    xml += Replacement;
                     i += 2;
                 } else {
                     xml += c;

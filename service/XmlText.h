@@ -6,7 +6,7 @@
 namespace service {
 
 /// The namespace of WebDAV and of the service's own properties.
-inline constexpr std::string_view davNamespace = "DAV:";
+inline constexpr std::string_view DavNamespace = "DAV:";
 
 /// Whether `text` is UTF-8 without overlong forms, surrogates and numbers above U+10FFFF.
 bool IsValidUtf8(std::string_view text);

@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr int wrongUsage = 2;
-constexpr const char* passwordVariable = "OVSYNC_SERVICE_PASSWORD";
+constexpr int WrongUsage = 2;
+constexpr const char* PasswordVariable = "OVSYNC_SERVICE_PASSWORD";
 
 struct Arguments {
     std::string directory;
@@ -25,7 +25,7 @@ struct Arguments {
     std::int64_t seedFiles = -1;
     std::int64_t seedFolders = 0;
     std::string seedFolder = "seeded";
-    bool verbose = false;
+    bool isVerbose = false;
 };
 
 void Describe(CLI::App& app, Arguments& arguments) {
@@ -35,7 +35,7 @@ void Describe(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     app.add_option(
         "--user", arguments.user,
-        std::string("Let in only this user, with the password in the environment variable ") + passwordVariable);
+        std::string("Let in only this user, with the password in the environment variable ") + PasswordVariable);
     app.add_option("--fault", arguments.faults,
                    "Misbehave: KIND[=ARGUMENT][,method=METHOD][,request=NUMBER]. Can be repeated.\n"
                    "Instead of carrying out the request: hang, reset, redirect=STATUS, error-page, status=CODE.\n"
@@ -44,18 +44,18 @@ void Describe(CLI::App& app, Arguments& arguments) {
                    "METHOD limits it to one HTTP method, NUMBER to that one of the requests (from 1).")
         ->take_all()
         ->allow_extra_args(false);
-    constexpr std::int64_t most = 10000000;
+    constexpr std::int64_t Most = 10000000;
     CLI::Option* seedFiles =
         app.add_option("--seed-files", arguments.seedFiles, "First fill a folder with this many small files")
-            ->check(CLI::Range(std::int64_t{0}, most));
+            ->check(CLI::Range(std::int64_t{0}, Most));
     app.add_option("--seed-folders", arguments.seedFolders,
                    "Spread them over this many folders below it, in two levels; 0 leaves them in it")
-        ->check(CLI::Range(std::int64_t{0}, most))
+        ->check(CLI::Range(std::int64_t{0}, Most))
         ->needs(seedFiles)
         ->capture_default_str();
     app.add_option("--seed-folder", arguments.seedFolder, "The name of the folder that --seed-files fills")
         ->capture_default_str();
-    app.add_flag("--verbose", arguments.verbose, "Write a line for each request to standard error");
+    app.add_flag("--verbose", arguments.isVerbose, "Write a line for each request to standard error");
     app.set_version_flag("--version", std::string("ovsync-service ") + OVSYNC_VERSION);
     app.footer("The service answers on 127.0.0.1 only. It keeps what it knows about the files in DIR/.ovsync-service.");
 }
@@ -64,17 +64,17 @@ void Describe(CLI::App& app, Arguments& arguments) {
 service::HttpServer::Options ToOptions(const Arguments& arguments) {
     service::HttpServer::Options options;
     options.port = arguments.port;
-    options.verbose = arguments.verbose;
+    options.isVerbose = arguments.isVerbose;
     if (arguments.user) {
         options.user = *arguments.user;
         if (options.user.empty() || options.user.find(':') != std::string::npos ||
             !service::IsValidUtf8(options.user)) {
             throw std::invalid_argument("--user: the name is empty, has a ':' or is not UTF-8");
         }
-        const char* password = std::getenv(passwordVariable);
+        const char* password = std::getenv(PasswordVariable);
         if (password == nullptr || *password == '\0') {
             throw std::invalid_argument(std::string("--user needs the password in the environment variable ") +
-                                        passwordVariable);
+                                        PasswordVariable);
         }
         options.password = password;
     }
@@ -116,13 +116,13 @@ int main(int argc, char** argv) try {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_SUCCESS : wrongUsage;
+        return app.exit(error) == 0 ? EXIT_SUCCESS : WrongUsage;
     }
     Serve(arguments, ToOptions(arguments));
     return EXIT_SUCCESS;
 } catch (const std::invalid_argument& error) {
     std::cerr << "ovsync-service: " << error.what() << "\n";
-    return wrongUsage;
+    return WrongUsage;
 } catch (const std::exception& error) {
     std::cerr << "ovsync-service: " << error.what() << "\n";
     return EXIT_FAILURE;

@@ -118,10 +118,10 @@ TEST(Crash, LosesNothingThatWasAcknowledgedAndLeavesNothingHalfDone) {
     const unsigned seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::minstd_rand random(seed);
-    constexpr int loadCount = 3;
+    constexpr int LoadCount = 3;
     std::vector<Load> loads;
-    loads.reserve(loadCount);
-    for (int id = 0; id < loadCount; ++id) {
+    loads.reserve(LoadCount);
+    for (int id = 0; id < LoadCount; ++id) {
         loads.emplace_back(id, static_cast<unsigned>(random()));
     }
     for (int round = 0; round < 15; ++round) {
@@ -136,7 +136,7 @@ TEST(Crash, LosesNothingThatWasAcknowledgedAndLeavesNothingHalfDone) {
         }
         EXPECT_TRUE(std::filesystem::is_empty(folder / ".ovsync-service/work"));
         std::vector<std::thread> threads;
-        threads.reserve(loadCount);
+        threads.reserve(LoadCount);
         for (Load& load : loads) {
             threads.emplace_back([&load, port = service.Port()] { load.Run(port); });
         }

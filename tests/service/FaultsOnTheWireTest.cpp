@@ -11,13 +11,13 @@ using testing::Not;
 using testing::StartsWith;
 using Ending = RawConnection::Ending;
 
-const std::string content = "0123456789";
+const std::string Content = "0123456789";
 
 // A service with faults and the file "f"; what it sends is looked at byte by byte.
 class FaultyService {
 public:
     explicit FaultyService(const std::vector<std::string>& faults) {
-        _folder.Write("f", content);
+        _folder.Write("f", Content);
         std::vector<std::string> arguments{_folder.Path()};
         for (const std::string& fault : faults) {
             arguments.insert(arguments.end(), {"--fault", fault});
@@ -176,7 +176,7 @@ TEST(FaultOnTheWire, ErrorInBodyEndsInGoodOrder) {
     EXPECT_EQ(body.find("<html>"), 60U);
     EXPECT_THAT(body, EndsWith("</html>\n"));
     EXPECT_THAT(answer, EndsWith("0\r\n\r\n"));
-    EXPECT_THAT(Unchunked(BodyOf(service.Get())), StartsWith(content + "<html>"));
+    EXPECT_THAT(Unchunked(BodyOf(service.Get())), StartsWith(Content + "<html>"));
 }
 
 TEST(FaultOnTheWire, DripSendsAByteASecond) {
@@ -199,13 +199,13 @@ TEST(FaultOnTheWire, ContentLengthIsTooLargeOrTooSmall) {
     FaultyService larger({"content-length=+10"});
     const std::string tooShort = larger.Get();
     EXPECT_THAT(tooShort, HasSubstr("Content-Length: 20\r\n"));
-    EXPECT_EQ(BodyOf(tooShort), content);
+    EXPECT_EQ(BodyOf(tooShort), Content);
     EXPECT_EQ(tooShort.find("Content-Length"), tooShort.rfind("Content-Length"));
     EXPECT_EQ(larger.End(), Ending::Closed);
     FaultyService smaller({"content-length=-4"});
     const std::string tooLong = smaller.Get();
     EXPECT_THAT(tooLong, HasSubstr("Content-Length: 6\r\n"));
-    EXPECT_EQ(BodyOf(tooLong), content);
+    EXPECT_EQ(BodyOf(tooLong), Content);
     EXPECT_EQ(tooLong.find("Content-Length"), tooLong.rfind("Content-Length"));
     const std::string listing = smaller.List();
     EXPECT_THAT(listing, HasSubstr("Content-Length: " + std::to_string(BodyOf(listing).size() - 4) + "\r\n"));

@@ -11,7 +11,7 @@ namespace {
 using testing::HasSubstr;
 using testing::IsSupersetOf;
 
-const std::string version = "x-ovs-version: 1";
+const std::string Version = "x-ovs-version: 1";
 
 // The words of a reason as clients take it apart.
 std::set<std::string> Words(std::string reason) {
@@ -31,7 +31,7 @@ protected:
 
     HttpClient::Answer SendOwn(const std::string& method, const std::string& target, std::vector<std::string> more = {},
                                const std::string& body = "") {
-        more.push_back(version);
+        more.push_back(Version);
         return Send(method, target, more, body);
     }
 
@@ -104,8 +104,8 @@ TEST_F(FoldersTest, IdFollowsTheFolder) {
 TEST_F(FoldersTest, IdMayBeEncodedAsMuchAsOneLikes) {
     std::string encoded;
     for (const char c : Id("/A")) {
-        constexpr const char* digits = "0123456789abcdef";
-        encoded += {'%', digits[c / 16], digits[c % 16]};
+        constexpr const char* Digits = "0123456789abcdef";
+        encoded += {'%', Digits[c / 16], Digits[c % 16]};
     }
     EXPECT_EQ(Href(encoded), "/A/");
     EXPECT_EQ(Send("PROPFIND", "//%2eovs/%66olders//" + encoded + "//", {"Depth: 0"}).status, 207);
@@ -274,7 +274,7 @@ TEST_F(FoldersTest, AddressesByIdTakeNothingElse) {
     const std::string id = Id("/A");
     for (const std::string& target : {ById(id), ById("unknown"), ById(id, "f")}) {
         for (const char* method : {"OPTIONS", "GET", "HEAD", "PUT", "COPY", "MOVE", "PROPPATCH", "LOCK"}) {
-            for (const auto& headers : {std::vector<std::string>{}, std::vector<std::string>{version}}) {
+            for (const auto& headers : {std::vector<std::string>{}, std::vector<std::string>{Version}}) {
                 const auto answer = Send(method, target, headers, std::string(method) == "PUT" ? "x" : "");
                 EXPECT_EQ(answer.status, 405) << method << " " << target;
                 EXPECT_EQ(answer.headers.at("allow"), "DELETE, MKCOL, PROPFIND") << method;
@@ -371,7 +371,7 @@ TEST_F(FoldersTest, IdsStayOverARestart) {
     ASSERT_EQ(_service.End(SIGTERM), 0);
     const ServiceProcess again({_folder.Path()});
     HttpClient client(again.Port());
-    EXPECT_EQ(client.Send("PROPFIND", ById(id), {"Depth: 0", version}).headers.at("x-ovs-id"), id);
+    EXPECT_EQ(client.Send("PROPFIND", ById(id), {"Depth: 0", Version}).headers.at("x-ovs-id"), id);
 }
 
 }  // namespace

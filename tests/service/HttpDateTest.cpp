@@ -7,11 +7,11 @@
 namespace service {
 namespace {
 
-constexpr std::int64_t moment = 1795169730;  // 2026-11-20 10:15:30 UTC, a Friday
+constexpr std::int64_t Moment = 1795169730;  // 2026-11-20 10:15:30 UTC, a Friday
 
 TEST(HttpDate, IsWrittenAsHttpAndAsIsoDate) {
-    EXPECT_EQ(FormatHttpDate(moment), "Fri, 20 Nov 2026 10:15:30 GMT");
-    EXPECT_EQ(FormatIsoDate(moment), "2026-11-20T10:15:30Z");
+    EXPECT_EQ(FormatHttpDate(Moment), "Fri, 20 Nov 2026 10:15:30 GMT");
+    EXPECT_EQ(FormatIsoDate(Moment), "2026-11-20T10:15:30Z");
     EXPECT_EQ(FormatHttpDate(-1), "Wed, 31 Dec 1969 23:59:59 GMT");
 }
 
@@ -20,10 +20,10 @@ TEST(HttpDate, ThatNoFourDigitYearHoldsIsClamped) {
 }
 
 TEST(HttpDate, IsReadInAllThreeFormsOfHttp) {
-    EXPECT_EQ(ParseHttpDate("Fri, 20 Nov 2026 10:15:30 GMT"), moment);
-    EXPECT_EQ(ParseHttpDate("Friday, 20-Nov-26 10:15:30 GMT"), moment);
-    EXPECT_EQ(ParseHttpDate("Fri Nov 20 10:15:30 2026"), moment);
-    EXPECT_EQ(ParseIsoDate("2026-11-20T10:15:30Z"), moment);
+    EXPECT_EQ(ParseHttpDate("Fri, 20 Nov 2026 10:15:30 GMT"), Moment);
+    EXPECT_EQ(ParseHttpDate("Friday, 20-Nov-26 10:15:30 GMT"), Moment);
+    EXPECT_EQ(ParseHttpDate("Fri Nov 20 10:15:30 2026"), Moment);
+    EXPECT_EQ(ParseIsoDate("2026-11-20T10:15:30Z"), Moment);
 }
 
 TEST(HttpDate, ThatIsNoneIsNotRead) {

@@ -19,7 +19,7 @@ Resource File() {
 
 Resource Folder() {
     Resource folder = File();
-    folder.collection = true;
+    folder.isCollection = true;
     return folder;
 }
 

@@ -18,11 +18,11 @@ protected:
         _store = std::make_unique<MetadataStore>(_folder / "m.db", "berta", 2000);
     }
 
-    Resource Insert(const std::string& name, std::int64_t parent, bool collection = false) {
+    Resource Insert(const std::string& name, std::int64_t parent, bool isCollection = false) {
         Resource resource;
         resource.name = name;
         resource.parent = parent;
-        resource.collection = collection;
+        resource.isCollection = isCollection;
         resource.changed = 5;
         _store->Insert(resource);
         return resource;
@@ -36,7 +36,7 @@ TEST_F(MetadataStoreTest, NewStoreHasARootOfItsOwner) {
     const Resource root = _store->Root();
     EXPECT_EQ(root.id, 1);
     EXPECT_EQ(root.parent, 0);
-    EXPECT_TRUE(root.collection);
+    EXPECT_TRUE(root.isCollection);
     EXPECT_EQ(root.owner, "anna");
     EXPECT_EQ(root.created, 1000);
 }
@@ -60,10 +60,10 @@ TEST_F(MetadataStoreTest, KeepsEveryMemberOverARestart) {
     _store->Update(r);
     Reopen();
     const Resource k = _store->Child(1, "f").value();
-    EXPECT_EQ(std::tie(k.id, k.parent, k.name, k.collection, k.itemId, k.owner, k.privileges, k.visibility, k.classType,
+    EXPECT_EQ(std::tie(k.id, k.parent, k.name, k.isCollection, k.itemId, k.owner, k.privileges, k.visibility, k.classType,
                        k.displayName, k.syncOption, k.linksExtractedAt, k.attribute, k.version, k.size, k.modified,
                        k.md5, k.created, k.changed),
-              std::tie(r.id, r.parent, r.name, r.collection, r.itemId, r.owner, r.privileges, r.visibility, r.classType,
+              std::tie(r.id, r.parent, r.name, r.isCollection, r.itemId, r.owner, r.privileges, r.visibility, r.classType,
                        r.displayName, r.syncOption, r.linksExtractedAt, r.attribute, r.version, r.size, r.modified,
                        r.md5, r.created, r.changed));
 }

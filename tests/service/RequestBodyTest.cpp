@@ -69,8 +69,8 @@ TEST(PropertyUpdate, KeepsTheOrderAndTheWholeElements) {
     EXPECT_EQ(one.property.name.nameSpace, "urn:a");
     EXPECT_EQ(one.property.xml, R"(<a:one xmlns:a="urn:a" k="v" xml:lang="de">t<b xmlns="urn:b"/>&amp;</a:one>)");
     EXPECT_EQ(one.text, "t&");
-    EXPECT_TRUE(one.structured);
-    EXPECT_TRUE(update.instructions[1].remove);
+    EXPECT_TRUE(one.hasElements);
+    EXPECT_TRUE(update.instructions[1].isRemoval);
     EXPECT_EQ(update.instructions[2].property.xml, R"(<plain xml:lang="de"/>)");
 }
 

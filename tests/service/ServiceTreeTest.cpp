@@ -181,7 +181,7 @@ TEST_F(ServiceTreeTest, FileThatBecomesAFolderIsAnotherResource) {
     const Resource file = Get("f");
     std::filesystem::remove(_folder / "f");
     std::filesystem::create_directory(_folder / "f");
-    EXPECT_TRUE(Get("f").collection);
+    EXPECT_TRUE(Get("f").isCollection);
     EXPECT_NE(Get("f").id, file.id);
 }
 

@@ -7,28 +7,28 @@
 namespace service::test {
 namespace {
 
-const std::string address = "/.ovs/sync-config.xml";
-const std::string file = ".ovsync-service/sync-config.xml";
+const std::string Address = "/.ovs/sync-config.xml";
+const std::string File = ".ovsync-service/sync-config.xml";
 
 class SyncConfigurationTest : public ServiceTest {
 protected:
     using ServiceTest::ServiceTest;
 
-    HttpClient::Answer Get() { return Send("GET", address); }
+    HttpClient::Answer Get() { return Send("GET", Address); }
 };
 
 TEST_F(SyncConfigurationTest, IsNotThereUnlessSomebodyPublishesIt) {
     const auto answer = Get();
     EXPECT_EQ(answer.status, 404);
     EXPECT_THAT(answer.body, testing::HasSubstr("no sync configuration"));
-    EXPECT_EQ(Status("HEAD", address), 404);
+    EXPECT_EQ(Status("HEAD", Address), 404);
 }
 
 TEST_F(SyncConfigurationTest, IsSentAsItIs) {
     for (const std::string& document :
          {std::string("<SyncConfig/>"), std::string("\xEF\xBB\xBF\r\n<SyncConfig>\xC3\xA4</SyncConfig>\n\n"),
           std::string("\xFF\xFE<\0S\0", 6), std::string("no XML & none at all \x01"), std::string(300000, 'x')}) {
-        _folder.Write(file, document);
+        _folder.Write(File, document);
         const auto answer = Get();
         EXPECT_EQ(answer.status, 200);
         EXPECT_EQ(answer.error, "");
@@ -39,7 +39,7 @@ TEST_F(SyncConfigurationTest, IsSentAsItIs) {
 }
 
 TEST_F(SyncConfigurationTest, MayBeEmpty) {
-    _folder.Write(file, "");
+    _folder.Write(File, "");
     const auto answer = Get();
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.body, "");
@@ -47,18 +47,18 @@ TEST_F(SyncConfigurationTest, MayBeEmpty) {
 }
 
 TEST_F(SyncConfigurationTest, IsReadAnewForEachRequest) {
-    _folder.Write(file, "old");
+    _folder.Write(File, "old");
     EXPECT_EQ(Get().body, "old");
     _folder.Write("new", "new and longer");
-    std::filesystem::rename(_folder / "new", _folder / file);
+    std::filesystem::rename(_folder / "new", _folder / File);
     EXPECT_EQ(Get().body, "new and longer");
-    std::filesystem::remove(_folder / file);
+    std::filesystem::remove(_folder / File);
     EXPECT_EQ(Get().status, 404);
 }
 
 TEST_F(SyncConfigurationTest, HeadHasTheSameHeadersAndNoBody) {
-    _folder.Write(file, "<SyncConfig/>");
-    const auto answer = Send("HEAD", address);
+    _folder.Write(File, "<SyncConfig/>");
+    const auto answer = Send("HEAD", Address);
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.body, "");
     EXPECT_EQ(answer.headers.at("content-type"), "application/xml");
@@ -68,25 +68,25 @@ TEST_F(SyncConfigurationTest, HeadHasTheSameHeadersAndNoBody) {
 TEST_F(SyncConfigurationTest, OnlyAPlainFileCounts) {
     const TemporaryFolder outside;
     outside.Write("secret", "s");
-    std::filesystem::create_symlink(outside / "secret", _folder / file);
+    std::filesystem::create_symlink(outside / "secret", _folder / File);
     EXPECT_EQ(Get().status, 404);
-    std::filesystem::remove(_folder / file);
-    mkfifo((_folder / file).c_str(), 0600);
+    std::filesystem::remove(_folder / File);
+    mkfifo((_folder / File).c_str(), 0600);
     EXPECT_EQ(Get().status, 404);
-    std::filesystem::remove(_folder / file);
-    std::filesystem::create_directory(_folder / file);
+    std::filesystem::remove(_folder / File);
+    std::filesystem::create_directory(_folder / File);
     EXPECT_EQ(Get().status, 404);
 }
 
 TEST_F(SyncConfigurationTest, CannotBeChangedOverHttp) {
-    _folder.Write(file, "<SyncConfig/>");
+    _folder.Write(File, "<SyncConfig/>");
     _folder.Write("f", "x");
     for (const char* method : {"PUT", "DELETE", "MKCOL", "PROPFIND", "PROPPATCH", "OPTIONS", "COPY", "MOVE"}) {
-        const auto answer = Send(method, address, {Destination("/elsewhere")}, std::string(method) == "PUT" ? "x" : "");
+        const auto answer = Send(method, Address, {Destination("/elsewhere")}, std::string(method) == "PUT" ? "x" : "");
         EXPECT_EQ(answer.status, 405) << method;
         EXPECT_EQ(answer.headers.at("allow"), "GET, HEAD") << method;
     }
-    EXPECT_EQ(Status("MOVE", "/f", {Destination(address)}), 403);
+    EXPECT_EQ(Status("MOVE", "/f", {Destination(Address)}), 403);
     EXPECT_EQ(Get().body, "<SyncConfig/>");
     EXPECT_FALSE(_folder.Has("elsewhere"));
     EXPECT_TRUE(_folder.Has("f"));
@@ -94,14 +94,14 @@ TEST_F(SyncConfigurationTest, CannotBeChangedOverHttp) {
 
 TEST(SyncConfigurationOfAServiceWithAUser, IsForTheUserAlone) {
     const TemporaryFolder folder;
-    folder.Write(file, "<SyncConfig/>");
+    folder.Write(File, "<SyncConfig/>");
     const ServiceProcess service({folder.Path(), "--user", "ann"}, {{"OVSYNC_SERVICE_PASSWORD", "secret"}});
     HttpClient stranger(service.Port());
-    const auto refused = stranger.Send("GET", address);
+    const auto refused = stranger.Send("GET", Address);
     EXPECT_EQ(refused.status, 401);
     EXPECT_THAT(refused.body, testing::Not(testing::HasSubstr("SyncConfig")));
     HttpClient ann(service.Port(), "ann:secret");
-    EXPECT_EQ(ann.Send("GET", address).body, "<SyncConfig/>");
+    EXPECT_EQ(ann.Send("GET", Address).body, "<SyncConfig/>");
 }
 
 class FaultySyncConfigurationTest : public SyncConfigurationTest {
@@ -109,7 +109,7 @@ protected:
     FaultySyncConfigurationTest()
         : SyncConfigurationTest({"--fault", "cut=4,request=1", "--fault", "status=503,request=2", "--fault",
                                  "content-type=text/html,request=3"}) {
-        _folder.Write(file, "<SyncConfig/>");
+        _folder.Write(File, "<SyncConfig/>");
     }
 };
 
