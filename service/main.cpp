@@ -7,10 +7,11 @@
 #include <iostream>
 #include <optional>
 
-#include "service/HttpServer.h"
-#include "service/ServerPath.h"
-#include "service/ServiceTree.h"
-#include "service/XmlText.h"
+#include "service/http/HttpServer.h"
+#include "service/protocol/ServerPath.h"
+#include "service/protocol/XmlText.h"
+#include "service/tree/Seeding.h"
+#include "service/tree/ServiceTree.h"
 
 namespace {
 
@@ -44,13 +45,13 @@ void Describe(CLI::App& app, Arguments& arguments) {
                    "METHOD limits it to one HTTP method, NUMBER to that one of the requests (from 1).")
         ->take_all()
         ->allow_extra_args(false);
-    constexpr std::int64_t Most = 10000000;
+    constexpr std::int64_t most = 10000000;
     CLI::Option* seedFiles =
         app.add_option("--seed-files", arguments.seedFiles, "First fill a folder with this many small files")
-            ->check(CLI::Range(std::int64_t{0}, Most));
+            ->check(CLI::Range(std::int64_t{0}, most));
     app.add_option("--seed-folders", arguments.seedFolders,
                    "Spread them over this many folders below it, in two levels; 0 leaves them in it")
-        ->check(CLI::Range(std::int64_t{0}, Most))
+        ->check(CLI::Range(std::int64_t{0}, most))
         ->needs(seedFiles)
         ->capture_default_str();
     app.add_option("--seed-folder", arguments.seedFolder, "The name of the folder that --seed-files fills")
@@ -61,14 +62,14 @@ void Describe(CLI::App& app, Arguments& arguments) {
 }
 
 // What CLI11 cannot check. Throws std::invalid_argument.
-service::HttpServer::Options ToOptions(const Arguments& arguments) {
-    service::HttpServer::Options options;
+service::http::HttpServer::Options ToOptions(const Arguments& arguments) {
+    service::http::HttpServer::Options options;
     options.port = arguments.port;
     options.isVerbose = arguments.isVerbose;
     if (arguments.user) {
         options.user = *arguments.user;
         if (options.user.empty() || options.user.find(':') != std::string::npos ||
-            !service::IsValidUtf8(options.user)) {
+            !service::protocol::IsValidUtf8(options.user)) {
             throw std::invalid_argument("--user: the name is empty, has a ':' or is not UTF-8");
         }
         const char* password = std::getenv(PasswordVariable);
@@ -79,15 +80,15 @@ service::HttpServer::Options ToOptions(const Arguments& arguments) {
         options.password = password;
     }
     for (const std::string& fault : arguments.faults) {
-        options.faults.push_back(service::Fault::Parse(fault));
+        options.faults.push_back(service::http::Fault::Parse(fault));
     }
-    if (!service::IsSegment(arguments.seedFolder) || service::IsReserved(arguments.seedFolder)) {
+    if (!service::protocol::IsSegment(arguments.seedFolder) || service::protocol::IsReserved(arguments.seedFolder)) {
         throw std::invalid_argument("--seed-folder: '" + arguments.seedFolder + "' cannot be the name of a folder");
     }
     return options;
 }
 
-void Serve(const Arguments& arguments, const service::HttpServer::Options& options) {
+void Serve(const Arguments& arguments, const service::http::HttpServer::Options& options) {
     // Blocked before any other thread begins, so that only this one meets them.
     sigset_t stopSignals;
     sigemptyset(&stopSignals);
@@ -97,11 +98,12 @@ void Serve(const Arguments& arguments, const service::HttpServer::Options& optio
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     xmlInitParser();
 
-    service::ServiceTree tree(arguments.directory, options.user.empty() ? "anonymous" : options.user);
+    service::tree::ServiceTree tree(arguments.directory, options.user.empty() ? "anonymous" : options.user);
     if (arguments.seedFiles >= 0) {
-        tree.Seed(arguments.seedFolder, arguments.seedFiles, arguments.seedFolders);
+        service::tree::Seed(tree, arguments.directory,
+                            {arguments.seedFolder, arguments.seedFiles, arguments.seedFolders});
     }
-    const service::HttpServer server(tree, options);
+    const service::http::HttpServer server(tree, options);
     std::cout << "Serving " << arguments.directory << " on http://127.0.0.1:" << server.Port() << "/" << std::endl;
     int received = 0;
     sigwait(&stopSignals, &received);

@@ -29,22 +29,22 @@ std::atomic<long> calls{0};
 
 /// Whether the call is to fail.
 bool Count(bool couldNeedSpace) {
-    static const long CrashPoint = NumberFrom("CRASH_POINT");
-    static const long MovePoint = NumberFrom("MOVE_POINT");
-    static const long FailurePoint = NumberFrom("FAILURE_POINT");
-    static const int Error = static_cast<int>(NumberFrom("FAILURE_ERROR"));
-    static const bool Lasts = NumberFrom("FAILURE_LASTS") != 0;
+    static const long crashPoint = NumberFrom("CRASH_POINT");
+    static const long movePoint = NumberFrom("MOVE_POINT");
+    static const long failurePoint = NumberFrom("FAILURE_POINT");
+    static const int error = static_cast<int>(NumberFrom("FAILURE_ERROR"));
+    static const bool lasts = NumberFrom("FAILURE_LASTS") != 0;
     const long call = ++calls;
-    if (call == MovePoint) {
+    if (call == movePoint) {
         static_cast<void>(syscall(SYS_renameat, AT_FDCWD, std::getenv("MOVE_FROM"), AT_FDCWD, std::getenv("MOVE_TO")));
     }
-    if (call == CrashPoint) {
+    if (call == crashPoint) {
         static_cast<void>(raise(SIGKILL));
     }
-    if (FailurePoint == 0 || call < FailurePoint || (call > FailurePoint && !(Lasts && couldNeedSpace))) {
+    if (failurePoint == 0 || call < failurePoint || (call > failurePoint && !(lasts && couldNeedSpace))) {
         return false;
     }
-    errno = Error;
+    errno = error;
     return true;
 }
 

@@ -87,12 +87,12 @@ std::map<std::string, std::string> Properties(HttpClient& client, const std::str
 }
 
 std::string Normalized(const std::string& body) {
-    static const std::regex HttpDate("[A-Z][a-z]{2}, [0-9]{2} [A-Z][a-z]{2} [0-9]{4} [0-9:]{8} GMT");
-    static const std::regex IsoDate("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}Z");
-    static const std::regex Store("[0-9a-f]{12}-");
-    std::string text = std::regex_replace(body, HttpDate, "DATE");
-    text = std::regex_replace(text, IsoDate, "ISODATE");
-    return std::regex_replace(text, Store, "STORE-");
+    static const std::regex httpDate("[A-Z][a-z]{2}, [0-9]{2} [A-Z][a-z]{2} [0-9]{4} [0-9:]{8} GMT");
+    static const std::regex isoDate("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}Z");
+    static const std::regex store("[0-9a-f]{12}-");
+    std::string text = std::regex_replace(body, httpDate, "DATE");
+    text = std::regex_replace(text, isoDate, "ISODATE");
+    return std::regex_replace(text, store, "STORE-");
 }
 
 }  // namespace service::test
