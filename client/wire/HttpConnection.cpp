@@ -67,16 +67,16 @@ public:
         _answer = AnswerSummary();
         _bodySize = 0;
         _headers.clear();
-        _headersEnded = false;
-        _headersHandedOn = false;
+        _isHeadComplete = false;
+        _isHeadHandedOn = false;
         _isDigestAsked = false;
         _refusal = nullptr;
         _detail[0] = '\0';
         transaction.Forget();
-        if (_knowsBasic && _settings.digestHosts->ForbidBasic(transaction.Url())) {
+        if (_hasBasic && _settings.digestHosts->ForbidBasic(transaction.Url())) {
             // It would send the password without being asked again.
             _Open();
-            _knowsBasic = false;
+            _hasBasic = false;
         }
 
         const QString failure = _Send();
@@ -151,10 +151,10 @@ private:
         const QUrl url = _transaction->Url();
         const QByteArray method = _transaction->Method();
         const QByteArray body = _transaction->RequestBody();
-        ContentSource* const stream = _transaction->StreamedBody();
-        const bool asksFirst = stream != nullptr && _transaction->StreamedBodySize() > AskBeforeSending;
+        IContentSource* const stream = _transaction->StreamedBody();
+        const bool isAskedFirst = stream != nullptr && _transaction->StreamedBodySize() > AskBeforeSending;
         // Without an empty Expect the library asks before it sends any stream.
-        CurlList headers(curl_slist_append(nullptr, asksFirst ? "Expect: 100-continue" : "Expect:"));
+        CurlList headers(curl_slist_append(nullptr, isAskedFirst ? "Expect: 100-continue" : "Expect:"));
         for (const auto& header : _transaction->RequestHeaders()) {
             const QByteArray line = header.first + ": " + header.second;
             curl_slist* const longer = curl_slist_append(headers.get(), line.constData());
@@ -185,8 +185,8 @@ private:
         _Set(CURLOPT_CUSTOMREQUEST, method.constData());
         _Set(CURLOPT_HTTPHEADER, headers.get());
         // Within one machine compressing takes longer than sending.
-        const bool mayComeCompressed = _transaction->MayComeCompressed() && !IsLoopback(url);
-        _Set(CURLOPT_ACCEPT_ENCODING, mayComeCompressed ? "gzip" : static_cast<const char*>(nullptr));
+        const bool isCompressible = _transaction->MayComeCompressed() && !IsLoopback(url);
+        _Set(CURLOPT_ACCEPT_ENCODING, isCompressible ? "gzip" : static_cast<const char*>(nullptr));
 
         curl_multi_add_handle(_multi.get(), _easy.get());
         QString failure = _Run();
@@ -287,14 +287,14 @@ private:
     /// Not before the body or the end, because a 401 whose challenge is then answered has no body as far as this class
     /// can see, and is not the answer.
     void _HandOnHeaders() {
-        if (_headersHandedOn) {
+        if (_isHeadHandedOn) {
             return;
         }
-        _headersHandedOn = true;
+        _isHeadHandedOn = true;
         _answer.status = _Status();
         _answer.contentType = HttpTransaction::ValueOf(_headers, "content-type");
         // The HTTP library takes a connection that ends inside the head for the end of an answer without a body.
-        if (!_headersEnded) {
+        if (!_isHeadComplete) {
             throw sync::core::SyncException(
                 QStringLiteral("the answer was cut off or damaged: the connection ended inside its head"));
         }
@@ -320,18 +320,18 @@ private:
     void _TakeHeaderLine(const QByteArray& line) {
         if (line.startsWith("HTTP/")) {
             _headers.clear();
-            _headersEnded = false;
+            _isHeadComplete = false;
             return;
         }
         if (line.isEmpty()) {
-            _headersEnded = true;
+            _isHeadComplete = true;
             if (_Status() == HttpStatus::Unauthorized) {
                 _TakeChallenge();
             }
         }
         const int colon = line.indexOf(':');
         // What follows the end is a trailer.
-        if (colon > 0 && !_headersEnded) {
+        if (colon > 0 && !_isHeadComplete) {
             _headers.append({line.left(colon), line.mid(colon + 1).trimmed()});
         }
     }
@@ -342,12 +342,12 @@ private:
         static const QRegularExpression digest(QStringLiteral("(^|,)\\s*digest[ \\t]"),
                                                QRegularExpression::CaseInsensitiveOption);
         QString challenges = QString::fromLatin1(HttpTransaction::ValueOf(_headers, "www-authenticate"));
-        const bool mayBeBasic = challenges.contains(QLatin1String("basic"), Qt::CaseInsensitive);
+        const bool hasBasic = challenges.contains(QLatin1String("basic"), Qt::CaseInsensitive);
         _isDigestAsked = digest.match(challenges.replace(quoted, QStringLiteral("\"\""))).hasMatch();
-        if (_isDigestAsked || !mayBeBasic) {
+        if (_isDigestAsked || !hasBasic) {
             return;
         }
-        _knowsBasic = true;
+        _hasBasic = true;
         if (_settings.digestHosts->ForbidBasic(_transaction->Url())) {
             _answer.status = HttpStatus::Unauthorized;
             throw sync::core::SyncException(
@@ -391,8 +391,8 @@ private:
     static size_t _OnHeaderLine(char* bytes, size_t /*unit*/, size_t size, void* self) {
         auto* const transfer = static_cast<Transfer*>(self);
         // A line that goes on with the one before could look like a header that the HTTP library does not see.
-        const bool goesOn = size > 0 && (*bytes == ' ' || *bytes == '\t');
-        if (!goesOn) {
+        const bool isContinued = size > 0 && (*bytes == ' ' || *bytes == '\t');
+        if (!isContinued) {
             transfer->_HandOn([&] { transfer->_TakeHeaderLine(QByteArray(bytes, static_cast<int>(size)).trimmed()); });
         }
         return transfer->_refusal ? 0 : size;
@@ -422,11 +422,11 @@ private:
     AnswerSummary _answer;
     qint64 _bodySize = 0;
     HttpTransaction::Headers _headers;
-    bool _headersEnded = false;
-    bool _headersHandedOn = false;
+    bool _isHeadComplete = false;
+    bool _isHeadHandedOn = false;
     bool _isDigestAsked = false;
     /// Whether the HTTP library may have answered somebody with Basic, and would do so again without being asked.
-    bool _knowsBasic = false;
+    bool _hasBasic = false;
     std::exception_ptr _refusal;
 };
 

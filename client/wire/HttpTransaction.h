@@ -6,7 +6,7 @@
 #include <QUrl>
 #include <cstddef>
 
-#include "client/wire/ContentSource.h"
+#include "client/wire/IContentSource.h"
 
 namespace ovsync {
 namespace wire {
@@ -29,7 +29,7 @@ public:
     /// Empty when the request has none.
     virtual QByteArray RequestBody() const { return QByteArray(); }
     /// Where the body comes from when it is sent in pieces, in place of RequestBody; null when it is not.
-    virtual ContentSource* StreamedBody() { return nullptr; }
+    virtual IContentSource* StreamedBody() { return nullptr; }
     /// How many bytes StreamedBody gives.
     virtual qint64 StreamedBodySize() const { return 0; }
 
