@@ -6,6 +6,7 @@
 
 #include "client/listing/FolderProtocol.h"
 #include "client/wire/DateReader.h"
+#include "client/wire/Printable.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
