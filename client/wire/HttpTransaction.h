@@ -36,6 +36,14 @@ public:
     /// Whether the body may come compressed. One that may not is handed on as it came.
     virtual bool MayComeCompressed() const { return true; }
 
+    /// Whether the head of the answer says all there is to know. The body is then not handed on, nor waited for for
+    /// long (some never end), and how it ends does not matter.
+    virtual bool IsHeadEnough() const { return false; }
+
+    /// The server says that what was asked for is a collection, whose URL ends in '/'. Returns whether Url has that
+    /// from now on; the request is then sent again.
+    virtual bool TakeSlash() { return false; }
+
     /// What a transaction left is to be forgotten: before anything is sent, and when what came is no answer.
     virtual void Forget() = 0;
     /// Once, with the final answer: neither an interim one nor one that only asked for credentials.
