@@ -11,9 +11,9 @@ namespace ovsync {
 namespace content {
 
 using wire::ConnectionSettings;
-using wire::ContentSource;
 using wire::HttpDate;
 using wire::HttpStatus;
+using wire::IContentSource;
 using wire::TransactionError;
 
 ContentConnection::ContentConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
@@ -42,7 +42,7 @@ ContentVersion ContentConnection::Download(const QUrl& url, ContentSink& sink) {
     return download.Version();
 }
 
-UploadOutcome ContentConnection::Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
                                         const ContentVersion& known) {
     QPair<QByteArray, QByteArray> header("If-None-Match", "*");
     if (condition == UploadCondition::Unchanged) {

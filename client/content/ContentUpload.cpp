@@ -8,10 +8,10 @@ namespace ovsync {
 namespace content {
 
 using sync::core::SyncException;
-using wire::ContentSource;
 using wire::HttpTransaction;
+using wire::IContentSource;
 
-ContentUpload::ContentUpload(const QUrl& url, ContentSource& source, qint64 size,
+ContentUpload::ContentUpload(const QUrl& url, IContentSource& source, qint64 size,
                              const QPair<QByteArray, QByteArray>& condition)
     : ContentTransaction("PUT", url), _source(source), _size(size), _condition(condition) {}
 
@@ -19,7 +19,7 @@ HttpTransaction::Headers ContentUpload::RequestHeaders() const {
     return {_condition, {"Content-Type", "application/octet-stream"}};
 }
 
-ContentSource* ContentUpload::StreamedBody() {
+IContentSource* ContentUpload::StreamedBody() {
     return this;
 }
 

@@ -10,8 +10,10 @@ struct HttpStatus {
     static constexpr int Accepted = 202;
     static constexpr int NoContent = 204;
     static constexpr int MultiStatus = 207;
+    static constexpr int MovedPermanently = 301;
     static constexpr int Found = 302;
     static constexpr int NotModified = 304;
+    static constexpr int PermanentRedirect = 308;
     /// The first that says no.
     static constexpr int BadRequest = 400;
     static constexpr int Unauthorized = 401;

@@ -6,9 +6,9 @@ namespace ovsync {
 namespace wire {
 
 /// Gives the content of a file while it is sent. What an operation throws ends the upload and passes through it.
-class ContentSource {
+class IContentSource {
 public:
-    virtual ~ContentSource() = default;
+    virtual ~IContentSource() = default;
 
     /// Before the first piece, and again when the server wants to have the content a second time.
     virtual void Restart() = 0;
