@@ -70,6 +70,8 @@ public:
         _headersEnded = false;
         _headersHandedOn = false;
         _isDigestAsked = false;
+        _streamed = 0;
+        _isAnswerAwaited = false;
         _refusal = nullptr;
         _detail[0] = '\0';
         transaction.Forget();
@@ -115,6 +117,8 @@ private:
         _Set(CURLOPT_FOLLOWLOCATION, 0L);
         _Set(CURLOPT_NOSIGNAL, 1L);
         _Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+        // Somebody on the way forgets a connection on which nothing is said for minutes.
+        _Set(CURLOPT_TCP_KEEPALIVE, 1L);
         _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(_settings.connectLimit.count()));
         _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
         _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
@@ -210,9 +214,10 @@ private:
             const auto silence = [this] {
                 return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - _lastSign);
             };
+            const std::chrono::milliseconds limit = _SilenceLimit();
             int active = 0;
             if (result == CURLM_OK) {
-                auto patience = std::max(_settings.silenceLimit - silence(), std::chrono::milliseconds(0));
+                auto patience = std::max(limit - silence(), std::chrono::milliseconds(0));
                 if (_settings.onProgress) {
                     _settings.onProgress(_bodySize, false);
                     patience = std::min(patience, ProgressInterval);
@@ -224,9 +229,9 @@ private:
             }
             if (active > 0) {
                 _lastSign = Clock::now();
-            } else if (silence() >= _settings.silenceLimit) {
+            } else if (silence() >= limit) {
                 return QStringLiteral("nothing was received or sent for %1 s")
-                    .arg(static_cast<double>(_settings.silenceLimit.count()) / 1000.0);
+                    .arg(static_cast<double>(limit.count()) / 1000.0);
             }
             if (_IsTooSlow()) {
                 return QStringLiteral("less than %1 bytes a second were received for %2 s")
@@ -235,6 +240,10 @@ private:
             }
         }
         return QStringLiteral("it was cancelled");
+    }
+
+    std::chrono::milliseconds _SilenceLimit() const {
+        return _isAnswerAwaited ? std::max(_settings.silenceLimit, _settings.answerLimit) : _settings.silenceLimit;
     }
 
     bool _IsTooSlow() {
@@ -321,6 +330,8 @@ private:
         if (line.startsWith("HTTP/")) {
             _headers.clear();
             _headersEnded = false;
+            const bool isInterim = line.split(' ').value(1).startsWith('1');
+            _isAnswerAwaited = _isAnswerAwaited && isInterim;
             return;
         }
         if (line.isEmpty()) {
@@ -372,6 +383,10 @@ private:
         auto* const transfer = static_cast<Transfer*>(self);
         size_t count = CURL_READFUNC_ABORT;
         transfer->_HandOn([&] { count = transfer->_transaction->StreamedBody()->Read(bytes, size); });
+        if (count <= size) {
+            transfer->_streamed += static_cast<qint64>(count);
+            transfer->_isAnswerAwaited = transfer->_streamed == transfer->_transaction->StreamedBodySize();
+        }
         // That it took long is not the server's silence.
         transfer->_lastSign = Clock::now();
         return count;
@@ -383,6 +398,7 @@ private:
         int result = CURL_SEEKFUNC_FAIL;
         transfer->_HandOn([&] {
             transfer->_transaction->StreamedBody()->Restart();
+            transfer->_streamed = 0;
             result = CURL_SEEKFUNC_OK;
         });
         return result;
@@ -425,6 +441,9 @@ private:
     bool _headersEnded = false;
     bool _headersHandedOn = false;
     bool _isDigestAsked = false;
+    qint64 _streamed = 0;
+    /// Whether a streamed body is sent to its end and the answer has not begun.
+    bool _isAnswerAwaited = false;
     /// Whether the HTTP library may have answered somebody with Basic, and would do so again without being asked.
     bool _knowsBasic = false;
     std::exception_ptr _refusal;
