@@ -34,6 +34,7 @@ client sync/pull 'sync/(pass|local|report)|content|store|wire'
 client sync/push 'sync/(pass|local|report)|content|store|wire'
 allow client/cli/output 'host/|dvsync/|client/(cli/output|sync/report|wire)/'
 allow client/cli/input 'host/|dvsync/|client/(cli/(input|output)|sync/(pass|local)|library|content|requests|wire)/'
+allow client/cli/files 'host/|dvsync/|client/(cli/(files|commands|input|output)|sync/(pass|local|report)|library|content|wire|store)/'
 allow client/cli/commands 'host/|dvsync/|client/'
 allow client 'host/|dvsync/|client/'
 # Of the service's folders each knows those before it.
