@@ -55,12 +55,11 @@ private:
 /// Whether a PROPFIND needs to know the dead properties.
 bool WantsDeadProperties(const protocol::PropfindRequest& request);
 
-/// Appends an element for `name` without a value, for use where D and P are prefixes of DAV:.
+/// Appends an element for `name` without a value, for use in a multistatus document.
 void AppendEmptyElement(std::string& xml, const protocol::PropertyName& name);
 
 /// What a multistatus document begins and ends with.
-inline constexpr std::string_view MultistatusBegin =
-    "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<D:multistatus xmlns:D=\"DAV:\" xmlns:P=\"DAV:\">\n";
+std::string MultistatusBegin();
 inline constexpr std::string_view MultistatusEnd = "</D:multistatus>\n";
 
 }  // namespace service::dav

@@ -17,6 +17,7 @@
 #include "service/protocol/HttpError.h"
 #include "service/protocol/ServerPath.h"
 #include "service/protocol/TextBody.h"
+#include "service/protocol/UnixTime.h"
 #include "service/protocol/XmlText.h"
 
 namespace service::dav {
@@ -99,6 +100,18 @@ std::optional<Range> ParseRange(std::string_view text, std::uint64_t size) {
         return std::nullopt;
     }
     return *begin >= size ? Range{} : Range{*begin, std::min(*end, size - 1) - *begin + 1};
+}
+
+// What a header says; nothing when it is not there or cannot be read.
+template <typename Value>
+std::optional<Value> HeaderValue(const protocol::Request& request, const char* name,
+                                 std::optional<Value> (*parse)(std::string_view text)) {
+    const std::string* text = request.Header(name);
+    return text == nullptr ? std::nullopt : parse(*text);
+}
+
+std::optional<bool> ParseBit(std::string_view text) {
+    return text == "T" || text == "F" ? std::optional(text == "T") : std::nullopt;
 }
 
 // Whether a GET may be answered by 304.
@@ -275,10 +288,19 @@ protocol::Answer WebDavService::_Put(const protocol::Request& request, store::Up
     if (request.target.back() == '/') {
         throw protocol::HttpError(NotAllowed, "The URL ends in '/', so it is that of a collection");
     }
-    const auto [resource, isNew] = _tree.Put(path, upload, request.user, tree::Preconditions(request));
+    const auto modified = HeaderValue(request, "x-oc-mtime", protocol::ParseUnixTime);
+    const auto isExecutable = HeaderValue(request, "x-ovs-executable", ParseBit);
+    const auto [resource, isNew] =
+        _tree.Put(path, upload, {modified, isExecutable}, request.user, tree::Preconditions(request));
     protocol::Answer answer;
     answer.status = isNew ? 201 : 204;
     answer.headers.emplace_back("ETag", resource.ETag());
+    if (modified) {
+        answer.headers.emplace_back("X-OC-Mtime", "accepted");
+    }
+    if (isExecutable) {
+        answer.headers.emplace_back("x-ovs-executable", "accepted");
+    }
     return answer;
 }
 
@@ -363,7 +385,7 @@ protocol::Answer WebDavService::_Proppatch(const protocol::Request& request) {
     const protocol::PropertyUpdate update = protocol::PropertyUpdate::Parse(request.body);
     const std::string path = request.Path();
     const auto [outcomes, isCollection] = _tree.SetProperties(path, update, tree::Preconditions(request));
-    std::string xml(MultistatusBegin);
+    std::string xml = MultistatusBegin();
     xml += "<D:response><D:href>" + protocol::Href(path, isCollection) + "</D:href>\n";
     for (const auto& outcome : outcomes) {
         xml += "<D:propstat><D:prop>";

@@ -46,6 +46,7 @@ std::optional<ContentStore::Entry> Describe(int folder, const std::string& name)
     } else if (S_ISREG(status.st_mode)) {
         entry.kind = ContentStore::Kind::File;
         entry.size = status.st_size;
+        entry.isExecutable = (status.st_mode & S_IXUSR) != 0;
     }
     return entry;
 }
@@ -56,6 +57,23 @@ std::int64_t ModifiedNanoseconds(const struct stat& status) {
     constexpr std::int64_t perSecond = 1000000000;
     constexpr std::int64_t furthest = 9000000000;
     return std::clamp<std::int64_t>(status.st_mtim.tv_sec, -furthest, furthest) * perSecond + status.st_mtim.tv_nsec;
+}
+
+bool SetModified(int file, std::int64_t nanoseconds) {
+    constexpr std::int64_t perSecond = 1000000000;
+    const timespec times[] = {{0, UTIME_OMIT}, {nanoseconds / perSecond, nanoseconds % perSecond}};
+    return futimens(file, times) == 0;
+}
+
+bool SetExecutable(int file, bool isExecutable) {
+    constexpr mode_t forAll = S_IXUSR | S_IXGRP | S_IXOTH;
+    struct stat status {};
+    if (fstat(file, &status) != 0) {
+        return false;
+    }
+    const mode_t readers = (status.st_mode & (S_IRUSR | S_IRGRP | S_IROTH)) >> 2U;
+    const mode_t mode = (status.st_mode & ~forAll & ALLPERMS) | (isExecutable ? readers | S_IXUSR : 0U);
+    return fchmod(file, mode) == 0;
 }
 
 ContentStore::ContentStore(const std::string& directory)
@@ -157,6 +175,13 @@ FileDescriptor ContentStore::Open(const std::string& path) const {
         ThrowErrno("Cannot open", path);
     }
     return file;
+}
+
+void ContentStore::SetAttributes(const std::string& path, std::int64_t modified, bool isExecutable) {
+    const FileDescriptor file = Open(path);
+    if (!SetModified(file.Get(), modified) || !SetExecutable(file.Get(), isExecutable)) {
+        ThrowErrno("Cannot change the attributes of", path);
+    }
 }
 
 std::optional<std::string> ContentStore::Checksum(const std::string& path, std::int64_t size,

@@ -19,6 +19,12 @@ namespace service::store {
 /// The time of a file in nanoseconds since 1970, clamped to what 64 bits can hold.
 std::int64_t ModifiedNanoseconds(const struct stat& status);
 
+/// Gives an open file a time. Returns false, with errno set, when the system refuses. So does the next one.
+bool SetModified(int file, std::int64_t nanoseconds);
+
+/// Has an open file executable for all who may read it, or for nobody.
+bool SetExecutable(int file, bool isExecutable);
+
 /// The files and folders below the served folder. Paths are server paths, and for the service's own files paths that
 /// begin with the reserved name. Symbolic links are never followed, so nothing outside is touched.
 /// Throws std::system_error with the path when the system refuses. Thread-safe as far as the file system is.
@@ -34,6 +40,8 @@ public:
         /// In nanoseconds since 1970.
         std::int64_t modified = 0;
         std::uint64_t inode = 0;
+        /// Whether the owner of a file may execute it.
+        bool isExecutable = false;
     };
 
     /// Takes `directory` for this process alone. Throws std::runtime_error when another process has it.
@@ -60,6 +68,9 @@ public:
 
     /// Opens a file for reading.
     FileDescriptor Open(const std::string& path) const;
+
+    /// Gives a file a time (nanoseconds since 1970) and has it executable for all who may read it, or for nobody.
+    void SetAttributes(const std::string& path, std::int64_t modified, bool isExecutable);
 
     /// The checksum of a file, 32 lower-case hexadecimal digits; nothing when it cannot be read or is not the one
     /// described by `size` and `modified`.

@@ -158,8 +158,15 @@ std::unique_ptr<store::UploadFile> ServiceTree::NewUpload() {
     return _content.MakeFile(_content.WorkPath());
 }
 
-ServiceTree::Stored ServiceTree::Put(const std::string& path, store::UploadFile& upload, const std::string& user,
+ServiceTree::Stored ServiceTree::Put(const std::string& path, store::UploadFile& upload,
+                                     const FileAttributes& attributes, const std::string& user,
                                      const Preconditions& preconditions) {
+    if (attributes.modified) {
+        upload.SetModified(*attributes.modified);
+    }
+    if (attributes.isExecutable) {
+        upload.SetExecutable(*attributes.isExecutable);
+    }
     upload.Sync();
     upload.Finish();
     const std::lock_guard lock(_mutex);
@@ -178,6 +185,12 @@ ServiceTree::Stored ServiceTree::Put(const std::string& path, store::UploadFile&
         existing.value_or(store::Resource::New(parent, protocol::LastSegment(path), user, false, _clock.Now()));
     resource.version += existing ? 1 : 0;
     Observe(resource, upload);
+    if (attributes.isExecutable) {
+        resource.isExecutable = *attributes.isExecutable;
+    } else if (resource.isExecutable) {
+        upload.SetExecutable(true);
+        upload.Sync();
+    }
     resource.changed = _clock.Now();
     std::vector<store::Rename> steps;
     const std::string old = _content.WorkPath();
@@ -266,6 +279,7 @@ void ServiceTree::_CopyContent(Listing& source, const std::string& target) {
         } else {
             const auto copy = _content.MakeFile(copyPath);
             copy->Fill(_content.Open(path).Get());
+            copy->SetExecutable(resource.isExecutable);
             copy->Sync();
             copy->Finish();
             copy->Keep();
@@ -356,13 +370,14 @@ ServiceTree::PropertyOutcomes ServiceTree::SetProperties(const std::string& path
     const std::lock_guard lock(_mutex);
     store::Resource resource = _Existing(path);
     _Check(preconditions, path, resource);
+    const store::Resource before = resource;
 
     std::vector<Outcome> outcomes;
     bool failed = false;
     store::MetadataStore::Transaction transaction(_metadata);
     for (const auto& instruction : update.instructions) {
         const protocol::PropertyName& name = instruction.property.name;
-        const LiveProperty* live = name.nameSpace == protocol::DavNamespace ? FindLiveProperty(name.name) : nullptr;
+        const LiveProperty* live = FindLiveProperty(name);
         Outcome outcome{name, 200, ""};
         if (live != nullptr && live->set == nullptr) {
             outcome.status = 403;
@@ -381,14 +396,35 @@ ServiceTree::PropertyOutcomes ServiceTree::SetProperties(const std::string& path
     }
     if (!failed) {
         resource.changed = _clock.Now();
-        _metadata.Update(resource);
-        transaction.Commit();
+        _SetAttributes(path, before, resource, [&] {
+            _metadata.Update(resource);
+            transaction.Commit();
+        });
     } else {
         for (Outcome& outcome : outcomes) {
             outcome.status = outcome.status == 200 ? 424 : outcome.status;
         }
     }
     return {std::move(outcomes), resource.isCollection};
+}
+
+// Has the disk and the metadata agree about the time and the executable bit of `resource`, which were those of
+// `before`. If the process is killed in between, the disk is right.
+void ServiceTree::_SetAttributes(const std::string& path, const store::Resource& before, store::Resource& resource,
+                                 const std::function<void()>& changeMetadata) {
+    if (resource.modified == before.modified && resource.isExecutable == before.isExecutable) {
+        changeMetadata();
+        return;
+    }
+    try {
+        _content.SetAttributes(path, resource.modified, resource.isExecutable);
+        // The disk may keep less of the time.
+        Observe(resource, _content.Find(path).value());
+        changeMetadata();
+    } catch (...) {
+        _content.SetAttributes(path, before.modified, before.isExecutable);
+        throw;
+    }
 }
 
 void ServiceTree::CompleteChecksum(Listing::Entry& entry) {

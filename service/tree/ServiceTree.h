@@ -59,9 +59,17 @@ public:
         bool isNew = false;
     };
 
+    /// What a client says of a file that it puts.
+    struct FileAttributes {
+        /// In nanoseconds since 1970; else the time of the upload.
+        std::optional<std::int64_t> modified = std::nullopt;
+        /// Else as it was in the file that is replaced.
+        std::optional<bool> isExecutable = std::nullopt;
+    };
+
     /// Makes the upload the content of `path`.
-    Stored Put(const std::string& path, store::UploadFile& upload, const std::string& user,
-               const Preconditions& preconditions);
+    Stored Put(const std::string& path, store::UploadFile& upload, const FileAttributes& attributes,
+               const std::string& user, const Preconditions& preconditions);
 
     /// Returns what it made.
     store::Resource MakeCollection(const protocol::Address& address, const std::string& user,
@@ -113,6 +121,8 @@ private:
     void _RefuseOccupied(const std::string& path) const;
     void _Check(const Preconditions& preconditions, const std::string& path,
                 const std::optional<store::Resource>& resource);
+    void _SetAttributes(const std::string& path, const store::Resource& before, store::Resource& resource,
+                        const std::function<void()>& changeMetadata);
     void _Change(std::vector<store::Rename> steps, const std::function<void()>& changeMetadata);
 
     store::Clock _clock;
