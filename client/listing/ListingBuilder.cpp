@@ -110,7 +110,7 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
                                 .arg(QString::number(_limit.value), _limit.source));
     }
     const std::string_view href = Trimmed(entry.Href());
-    if (href.empty()) {
+    if (href.empty() && _scope == HrefScope::Any) {
         throw SyncException(QStringLiteral("an entry has an empty href"));
     }
     try {

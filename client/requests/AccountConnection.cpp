@@ -2,7 +2,10 @@
 
 #include <vector>
 
+#include "client/requests/FolderCreationRequest.h"
+#include "client/requests/FolderQueryRequest.h"
 #include "client/requests/PropfindRequest.h"
+#include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -10,6 +13,7 @@ namespace requests {
 
 using sync::interf::IHttpRequest;
 using wire::ConnectionSettings;
+using wire::HttpStatus;
 using wire::HttpTransaction;
 
 AccountConnection::AccountConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
@@ -53,6 +57,14 @@ void AccountConnection::_Perform(IHttpRequest& request, HttpTransaction& transac
         }
     }
     _connection.Perform(transaction);
+    auto* const creation = dynamic_cast<FolderCreationRequest*>(&request);
+    if (creation != nullptr && creation->GetStatusCode() == HttpStatus::MethodNotAllowed) {
+        FolderQueryRequest query(creation->Url(), listing::HrefScope::OfUrl);
+        _connection.Perform(query);
+        if (query.GetStatusCode() == HttpStatus::MultiStatus) {
+            creation->TakeAsThere();
+        }
+    }
 }
 
 }  // namespace requests

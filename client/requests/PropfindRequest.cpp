@@ -93,7 +93,7 @@ bool IsXml(const QByteArray& contentType) {
 }  // namespace
 
 PropfindRequest::PropfindRequest(const QUrl& url, Depth depth, HrefScope scope)
-    : _url(url), _depth(depth), _scope(scope), _names(DefaultProperties()) {}
+    : _url(url), _sentUrl(url), _depth(depth), _scope(scope), _names(DefaultProperties()) {}
 
 PropfindRequest::~PropfindRequest() = default;
 
@@ -155,7 +155,7 @@ QByteArray PropfindRequest::Method() const {
 }
 
 QUrl PropfindRequest::Url() const {
-    return _url;
+    return _sentUrl;
 }
 
 HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
@@ -172,6 +172,11 @@ HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
 
 QByteArray PropfindRequest::RequestBody() const {
     return PropfindBody(_names, _isStandardOnly);
+}
+
+bool PropfindRequest::TakeSlash() {
+    _sentUrl = AsCollection(_url);
+    return true;
 }
 
 void PropfindRequest::Forget() {
@@ -193,7 +198,7 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
         if (!IsXml(contentType)) {
             throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
         }
-        _reader = std::make_unique<MultistatusReader>(_url, _depth, _scope, _limits);
+        _reader = std::make_unique<MultistatusReader>(_sentUrl, _depth, _scope, _limits);
         return;
     }
     const bool isMeaningful = status >= HttpStatus::BadRequest ||

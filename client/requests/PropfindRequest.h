@@ -55,6 +55,7 @@ public:
     QUrl Url() const override;
     Headers RequestHeaders() const override;
     QByteArray RequestBody() const override;
+    bool TakeSlash() override;
     void Forget() override;
     void OnHeaders(int status, const Headers& headers) override;
     void OnBody(const char* bytes, size_t size) override;
@@ -62,6 +63,7 @@ public:
 
 private:
     const QUrl _url;
+    QUrl _sentUrl;
     const Depth _depth;
     const listing::HrefScope _scope;
     QByteArray _modifiedSince;

@@ -18,6 +18,7 @@ struct HttpStatus {
     static constexpr int BadRequest = 400;
     static constexpr int Unauthorized = 401;
     static constexpr int NotFound = 404;
+    static constexpr int MethodNotAllowed = 405;
     static constexpr int ProxyAuthenticationRequired = 407;
     static constexpr int Gone = 410;
     static constexpr int PreconditionFailed = 412;
