@@ -5,6 +5,7 @@
 #include "client/requests/FolderCreationRequest.h"
 #include "client/requests/FolderQueryRequest.h"
 #include "client/requests/PropfindRequest.h"
+#include "client/requests/TreeListing.h"
 #include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 
@@ -53,7 +54,12 @@ void AccountConnection::_Perform(IHttpRequest& request, HttpTransaction& transac
     if (auto* const propfind = dynamic_cast<PropfindRequest*>(&request)) {
         propfind->SetLimits(_limits);
         if (propfind->IsListing()) {
-            propfind->SetStandardPropertiesOnly(_capabilities.IsForeign(propfind->Url()));
+            ServerTraits& server = _capabilities.Of(propfind->Url());
+            propfind->SetServerKind(server.kind);
+            if (propfind->IsTree()) {
+                TreeListing(_connection, server).Perform(*propfind);
+                return;
+            }
         }
     }
     _connection.Perform(transaction);

@@ -25,6 +25,7 @@ struct HttpStatus {
     static constexpr int FailedDependency = 424;
     /// The first that says that the server failed.
     static constexpr int InternalServerError = 500;
+    static constexpr int NotImplemented = 501;
     static constexpr int BadGateway = 502;
     static constexpr int ServiceUnavailable = 503;
     static constexpr int GatewayTimeout = 504;
