@@ -36,6 +36,12 @@ allow client/cli/output 'host/|dvsync/|client/(cli/output|sync/report|wire)/'
 allow client/cli/input 'host/|dvsync/|client/(cli/(input|output)|sync/(pass|local)|library|content|requests|wire)/'
 allow client/cli/commands 'host/|dvsync/|client/'
 allow client 'host/|dvsync/|client/'
+# Of the service's folders each knows those before it.
+allow service/protocol 'service/protocol/'
+allow service/store 'service/(store|protocol)/'
+allow service/tree 'service/(tree|store|protocol)/'
+allow service/dav 'service/(dav|tree|store|protocol)/'
+allow service/http 'service/(http|dav|tree|store|protocol)/'
 allow service 'service/'
 
 # A header of the library that exports nothing is its own affair, and is not installed.
