@@ -93,24 +93,21 @@ int MadeUpId(const std::string& key) {
 }  // namespace
 
 ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope,
-                               const ListingLimits& limits)
+                               const ListingLimits& limits, const std::shared_ptr<DAVPropfindResult>& whole)
     : _depth(depth),
       _scope(scope),
       _limit(limits.entries),
       _href(asked),
-      _result(std::make_shared<DAVPropfindResult>()) {
+      _isPart(whole != nullptr),
+      _result(whole ? whole : std::make_shared<DAVPropfindResult>()) {
     const std::string path = asked.path(QUrl::FullyEncoded).toStdString();
     _href.Read(path.data(), path.size());
     _askedKey = _href.Key();
 }
 
 void ListingBuilder::Add(const MultistatusEntry& entry) {
-    if (++_count > _limit.value) {
-        throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
-                                .arg(QString::number(_limit.value), _limit.source));
-    }
     const std::string_view href = Trimmed(entry.Href());
-    if (href.empty()) {
+    if (href.empty() && _scope == HrefScope::Any) {
         throw SyncException(QStringLiteral("an entry has an empty href"));
     }
     try {
@@ -136,6 +133,12 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
     if (!_IsInScope(key)) {
         entry.Fail(QStringLiteral("lies outside what was asked"));
     }
+    _isAlone = false;
+    // The asked one is an entry as well.
+    if (_result->collectionResponses.size() + _result->fileResponses.size() + 2 > _limit.value) {
+        throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
+                                .arg(QString::number(_limit.value), _limit.source));
+    }
     const bool isFolder = form == Form::Folder;
     auto& map = isFolder ? _result->collectionResponses : _result->fileResponses;
     const auto& otherMap = isFolder ? _result->fileResponses : _result->collectionResponses;
@@ -155,10 +158,14 @@ std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {
     if (!_hasOwn) {
         throw SyncException(QStringLiteral("the listing has no entry for what was asked"));
     }
-    const bool isAlone = _result->collectionResponses.isEmpty() && _result->fileResponses.isEmpty();
-    const bool isFile = isAlone && !_isOwnContainer;
+    const bool isFile = _isAlone && !_isOwnContainer;
     if (isFile) {
+        // Of a part it was a folder when the one above was listed.
+        _result->collectionResponses.remove(FromUtf8(_askedKey));
         _result->fileResponses.insert(FromUtf8(_askedKey), _own);
+    }
+    if (_isPart) {
+        return _result;
     }
     if (isFile || _depth == DAVPropfindRequest::Resource) {
         _result->isSingleResponse = true;

@@ -2,7 +2,11 @@
 
 #include <vector>
 
+#include "client/requests/FolderCreationRequest.h"
+#include "client/requests/FolderQueryRequest.h"
 #include "client/requests/PropfindRequest.h"
+#include "client/requests/TreeListing.h"
+#include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -10,6 +14,7 @@ namespace requests {
 
 using sync::interf::IHttpRequest;
 using wire::ConnectionSettings;
+using wire::HttpStatus;
 using wire::HttpTransaction;
 
 AccountConnection::AccountConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
@@ -49,10 +54,23 @@ void AccountConnection::_Perform(IHttpRequest& request, HttpTransaction& transac
     if (auto* const propfind = dynamic_cast<PropfindRequest*>(&request)) {
         propfind->SetLimits(_limits);
         if (propfind->IsListing()) {
-            propfind->SetStandardPropertiesOnly(_capabilities.IsForeign(propfind->Url()));
+            ServerTraits& server = _capabilities.Of(propfind->Url());
+            propfind->SetServerKind(server.kind);
+            if (propfind->IsTree()) {
+                TreeListing(_connection, server).Perform(*propfind);
+                return;
+            }
         }
     }
     _connection.Perform(transaction);
+    auto* const creation = dynamic_cast<FolderCreationRequest*>(&request);
+    if (creation != nullptr && creation->GetStatusCode() == HttpStatus::MethodNotAllowed) {
+        FolderQueryRequest query(creation->Url(), listing::HrefScope::OfUrl);
+        _connection.Perform(query);
+        if (query.GetStatusCode() == HttpStatus::MultiStatus) {
+            creation->TakeAsThere();
+        }
+    }
 }
 
 }  // namespace requests

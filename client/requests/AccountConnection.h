@@ -13,7 +13,8 @@ namespace requests {
 /// thread-safe.
 ///
 /// Before the first listing from a server it asks the server by OPTIONS what it knows; listings from a server that is
-/// not the service leave out the properties that only the service knows.
+/// not the service leave out the properties that only the service knows. A whole tree that a server does not list at
+/// once is listed folder by folder (see TreeListing).
 ///
 /// How an answer is never taken for less than it is: the library that asks looks at the status and at the result of a
 /// request, and takes a request without a result for an empty listing. So nothing reaches it that is neither a failure

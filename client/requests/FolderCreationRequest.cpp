@@ -70,6 +70,10 @@ QByteArray MadeUpBody(const QUrl& url) {
 FolderCreationRequest::FolderCreationRequest(const QUrl& url)
     : WholeAnswerRequest("MKCOL", url, {HttpStatus::Created}) {}
 
+void FolderCreationRequest::TakeAsThere() {
+    ReplaceAnswer(HttpStatus::BadRequest, {{"x-ovs-reason-phrase", "existing file already exists"}});
+}
+
 void FolderCreationRequest::OnEnd() {
     if (GetStatusCode() != HttpStatus::Created) {
         return;

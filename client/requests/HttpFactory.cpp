@@ -39,15 +39,6 @@ const QUrl& Checked(const std::shared_ptr<QUrl>& url, const char* what) {
     return *url;
 }
 
-QUrl AsCollection(const QUrl& url) {
-    QUrl collection = url;
-    if (!url.path(QUrl::FullyEncoded).endsWith(QLatin1Char('/'))) {
-        // As an encoded path, because a decoded one would lose the escapes of '/' and '%'.
-        collection.setPath(url.path(QUrl::FullyEncoded) + QLatin1Char('/'), QUrl::TolerantMode);
-    }
-    return collection;
-}
-
 bool IsAskedById(const sync::config::FolderConfiguration& folder) {
     const QString& id = folder.getServerFolderId();
     return !id.isEmpty() && !id.startsWith(QLatin1String(MadeUpIdPrefix));
@@ -66,13 +57,14 @@ std::shared_ptr<DAVPropfindRequest> HttpFactory::CreatePropfindRequest(std::shar
         depth != DAVPropfindRequest::Tree) {
         throw SyncException(QStringLiteral("A PROPFIND has the depth 0, 1 or 2, not %1").arg(depth));
     }
-    return std::make_shared<PropfindRequest>(depth == DAVPropfindRequest::Resource ? asked : AsCollection(asked),
-                                             static_cast<DAVPropfindRequest::Depth>(depth));
+    return std::make_shared<PropfindRequest>(
+        depth == DAVPropfindRequest::Resource ? asked : HttpTransaction::AsCollection(asked),
+        static_cast<DAVPropfindRequest::Depth>(depth));
 }
 
 std::shared_ptr<IHttpRequest> HttpFactory::CreateFolderRequest(int kind, std::shared_ptr<QUrl> url,
                                                                const sync::config::FolderConfiguration& folder) {
-    const QUrl asked = AsCollection(Checked(url, "request for a folder"));
+    const QUrl asked = HttpTransaction::AsCollection(Checked(url, "request for a folder"));
     switch (kind) {
         case FolderQuery:
             return std::make_shared<FolderQueryRequest>(asked, IsAskedById(folder) ? HrefScope::Any : HrefScope::OfUrl);
@@ -94,10 +86,10 @@ std::shared_ptr<IHttpRequest> HttpFactory::CreateFileRequest(std::shared_ptr<QUr
 
 std::shared_ptr<IHttpRequest> HttpFactory::CreateMoveRequest(std::shared_ptr<QUrl> source,
                                                              std::shared_ptr<QUrl> destination, int /*serverId*/) {
-    const QUrl from = AsCollection(Checked(source, "move's source"));
-    const QUrl to = AsCollection(Checked(destination, "move's destination"));
+    const QUrl from = HttpTransaction::AsCollection(Checked(source, "move's source"));
+    const QUrl to = HttpTransaction::AsCollection(Checked(destination, "move's destination"));
     return std::make_shared<WholeAnswerRequest>(
-        "MOVE", from, QList<int>{HttpStatus::Created, HttpStatus::NoContent, HttpStatus::MultiStatus},
+        "MOVE", from, QList<int>{HttpStatus::Ok, HttpStatus::Created, HttpStatus::NoContent, HttpStatus::MultiStatus},
         HttpTransaction::Headers{{"Destination", to.toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment)},
                                  {"Overwrite", "F"}});
 }

@@ -30,16 +30,19 @@ public:
     QByteArray Method() const override;
     QUrl Url() const override;
     Headers RequestHeaders() const override;
+    bool TakeSlash() override;
     void Forget() override;
     void OnHeaders(int status, const Headers& headers) override;
     void OnBody(const char* bytes, size_t size) override;
 
 protected:
+    void ReplaceAnswer(int status, const Headers& headers);
     void ReplaceBody(const QByteArray& body) { _body = body; }
 
 private:
     const QByteArray _method;
     const QUrl _url;
+    QUrl _sentUrl;
     const QList<int> _answers;
     const Headers _sentHeaders;
     int _status = 0;

@@ -19,6 +19,7 @@ struct HttpStatus {
     static constexpr int BadRequest = 400;
     static constexpr int Unauthorized = 401;
     static constexpr int NotFound = 404;
+    static constexpr int MethodNotAllowed = 405;
     static constexpr int ProxyAuthenticationRequired = 407;
     static constexpr int Gone = 410;
     static constexpr int PreconditionFailed = 412;
@@ -26,6 +27,7 @@ struct HttpStatus {
     static constexpr int FailedDependency = 424;
     /// The first that says that the server failed.
     static constexpr int InternalServerError = 500;
+    static constexpr int NotImplemented = 501;
     static constexpr int BadGateway = 502;
     static constexpr int ServiceUnavailable = 503;
     static constexpr int GatewayTimeout = 504;

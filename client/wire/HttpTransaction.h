@@ -50,13 +50,16 @@ public:
     /// The headers are in the order in which they came, their names as they were sent.
     virtual void OnHeaders(int status, const Headers& headers) = 0;
     /// Any number of times after OnHeaders, the body in pieces, uncompressed where MayComeCompressed.
-    virtual void OnBody(const char* bytes, size_t size) = 0;
+    virtual void OnBody(const char* /*bytes*/, size_t /*size*/) {}
     /// The body came completely.
     virtual void OnEnd() {}
 
     /// The value of the header `name`, in any letter case; of one that came more than once the values joined with ", ",
     /// of one that did not come none.
     static QByteArray ValueOf(const Headers& headers, const char* name);
+
+    /// `url` with the '/' that the path of a collection ends in.
+    static QUrl AsCollection(const QUrl& url);
 };
 
 }  // namespace wire

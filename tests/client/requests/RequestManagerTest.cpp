@@ -9,7 +9,6 @@
 #include "client/library/RequestAuthenticatorFactory.h"
 #include "client/requests/AccountConnection.h"
 #include "client/requests/HttpFactory.h"
-#include "client/requests/OptionsRequest.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "tests/client/Fixtures.h"
@@ -110,12 +109,20 @@ TEST(ListingLimitsTest, AnAnswerAboveALimitIsNoListing) {
                                            " bytes, the limit set by --bytes"));
 }
 
-TEST_F(RequestManagerTest, RefusesAnEndlessAnswerToTheQuestionWhatAServerKnows) {
-    const QByteArray body(OptionsRequest::BodyLimit + 1, 'x');
-    ScriptedServer server({ScriptedServer::Answer(
-        "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body)});
-    EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}),
-                HasSubstr("the body of the answer is above 1048576 bytes"));
+TEST_F(RequestManagerTest, WaitsForNoBodyOfTheAnswerToTheQuestionWhatAServerKnows) {
+    const QByteArray endless = "HTTP/1.1 200 OK\r\nDAV: 1\r\n\r\n" + QByteArray(1024 * 1024, 'x');
+    for (const auto& options :
+         {AnswerOf("statuses/options-endless-200", Ending::Stall),
+          AnswerOf("statuses/options-endless-200", Ending::Close), ScriptedServer::Answer(endless, Ending::Stall)}) {
+        ScriptedServer server({options, ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+        const auto request = RequestOf(server.Url(QueriedPath));
+        EXPECT_EQ(ErrorOfExecuting({request}), "");
+        EXPECT_TRUE(request->GetResult());
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+        EXPECT_FALSE(server.Requests().last().body.contains("syncproperties"));
+        EXPECT_EQ(server.Requests().last().connection, 2);
+    }
 }
 
 TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
@@ -191,6 +198,37 @@ TEST_F(RequestManagerTest, FollowsNoRedirect) {
     EXPECT_FALSE(request->GetResult());
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, SaysWhereARedirectLeads) {
+    for (const char* fixture : {"bad/moved-301", "bad/redirected-307"}) {
+        ScriptedServer server({OptionsStep(), AnswerOf(fixture)});
+        EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}),
+                    HasSubstr(" to http://elsewhere.invalid/, content type"));
+    }
+}
+
+TEST_F(RequestManagerTest, AsksForACollectionWithTheSlashThatTheServerMisses) {
+    ScriptedServer server({AnswerOf("statuses/slash-missing-301"), AnswerOf("folders/found-without-href-207")});
+    const auto request = RequestOf(server.Url(QStringLiteral("/Projects/A%20b")), DAVPropfindRequest::Resource);
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_EQ(request->GetStatusCode(), 207);
+    EXPECT_EQ(request->GetResult()->singleResponse.getHref(), QStringLiteral("/Projects/A%20b/"));
+    EXPECT_EQ(request->GetUrl(), server.Url(QStringLiteral("/Projects/A%20b")));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().last().target, "/Projects/A%20b/");
+    EXPECT_EQ(server.Requests().last().headers.value("depth"), "0");
+}
+
+TEST_F(RequestManagerTest, ASlashElsewhereIsARedirect) {
+    for (const char* path : {"/Projects/B", "/Projects/A%20b/"}) {
+        ScriptedServer server({AnswerOf("statuses/slash-missing-301")});
+        EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QLatin1String(path)), DAVPropfindRequest::Resource)}),
+                    HasSubstr("status 301 to http://127.0.0.1/Projects/A%20b/"));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
 }
 
 TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
