@@ -105,20 +105,6 @@ void AddCommands(CommandRegistry& registry) {
     commands::AddTrashCommand(registry);
 }
 
-/// Whether a server that answered the request for the whole tree at `location` with `status` refuses that for any tree.
-bool RefusesTrees(int status, ServiceConnection& connection, const Location& location) {
-    if (status < HttpStatus::BadRequest || status >= HttpStatus::InternalServerError ||
-        status == HttpStatus::Unauthorized || status == HttpStatus::NotFound) {
-        return false;
-    }
-    // Servers word it in too many ways, but one that shows the folder itself can only mean the depth.
-    try {
-        return connection.Folders().FolderExists(connection.Folder(location.serverPath));
-    } catch (const sync::core::SyncException&) {
-        return false;
-    }
-}
-
 }  // namespace
 
 ExitCode RunCommandLine(int argc, const char* const* argv) {
@@ -192,10 +178,6 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         Complain(QStringLiteral("The answer was ") + connection->LastAnswer());
         if (e.StatusCode() == HttpStatus::Unauthorized) {
             Complain(QStringLiteral("Give a user name with -u."));
-        }
-        if (registry.ListsTree() && RefusesTrees(e.StatusCode(), *connection, location)) {
-            Complain(QStringLiteral(
-                "This server does not list a whole tree at once (Depth: infinity). List it folder by folder with ls."));
         }
         return ExitCode::Refused;
     } catch (const std::exception& e) {
