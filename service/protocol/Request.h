@@ -40,8 +40,8 @@ public:
     /// Whether the client names itself as one of the service's own: the answers then differ from RFC 4918.
     bool IsOfOwnClient() const;
 
-    /// The server path in a URL that another part of the request gives. Throws HttpError, 502 if it is on another
-    /// server.
+    /// The server path in a URL that another part of the request gives, absolute or without scheme and host. Throws
+    /// HttpError, 502 if it is on another server.
     std::string PathOf(std::string_view url) const;
 
     /// The header Depth, or infinity. Throws HttpError 400.
