@@ -202,7 +202,8 @@ protocol::Answer WebDavService::_Get(const protocol::Request& request) {
     auto [resource, file] = _tree.Open(path, tree::Preconditions(request));
     if (resource.isCollection) {
         std::string names;
-        for (const auto& entry : _tree.List({path}, protocol::Request::Depth::One, false).entries) {
+        for (const auto& entry :
+             _tree.List({path}, protocol::Request::Depth::One, false, request.isAbandoned).entries) {
             names += entry.path == path
                          ? ""
                          : protocol::LastSegment(entry.path) + (entry.resource.isCollection ? "/\n" : "\n");
@@ -310,8 +311,9 @@ protocol::Answer WebDavService::_CopyOrMove(const protocol::Request& request) {
         throw protocol::HttpError(400, request.method + " does not take this Depth");
     }
     const tree::Preconditions preconditions(request);
-    const bool isNew = isMove ? _tree.Move(from, to, overwrite, preconditions)
-                              : _tree.Copy(from, to, depth, overwrite, request.user, preconditions);
+    const bool isNew = isMove
+                           ? _tree.Move(from, to, overwrite, preconditions)
+                           : _tree.Copy(from, to, depth, overwrite, request.user, preconditions, request.isAbandoned);
     protocol::Answer answer;
     answer.status = isNew ? 201 : 204;
     return answer;
@@ -319,7 +321,8 @@ protocol::Answer WebDavService::_CopyOrMove(const protocol::Request& request) {
 
 protocol::Answer WebDavService::_Propfind(const protocol::Request& request) {
     protocol::PropfindRequest wanted = protocol::PropfindRequest::Parse(request.body);
-    tree::Listing listing = _tree.List(request.Where(), request.RequestedDepth(), WantsDeadProperties(wanted));
+    tree::Listing listing =
+        _tree.List(request.Where(), request.RequestedDepth(), WantsDeadProperties(wanted), request.isAbandoned);
     const std::string* date = request.Header("if-modified-since");
     const auto since = date == nullptr ? std::nullopt : protocol::ParseHttpDate(*date);
     protocol::Answer answer;
@@ -338,7 +341,7 @@ protocol::Answer WebDavService::_Propfind(const protocol::Request& request) {
     if (isMinimal) {
         answer.headers.emplace_back("Preference-Applied", "return=minimal");
     }
-    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), isMinimal, _tree);
+    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), isMinimal, _checksums);
     return answer;
 }
 

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -25,6 +26,11 @@ constexpr unsigned IdleSeconds = 300;
 
 int Socket(MHD_Connection* connection) {
     return MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+}
+
+bool HasLeft(int client) {
+    pollfd state{client, POLLRDHUP, 0};
+    return poll(&state, 1, 0) != 0;
 }
 
 store::FileDescriptor Listen(std::uint16_t port) {
@@ -167,6 +173,7 @@ std::unique_ptr<HttpServer::Exchange> HttpServer::_Begin(MHD_Connection* connect
     protocol::Request& request = exchange->request;
     request.method = method;
     request.target = target;
+    request.isAbandoned = [this, socket = Socket(connection)] { return _stop.IsStopped() || HasLeft(socket); };
     request.user = _options.user.empty() ? "anonymous" : _options.user;
     MHD_get_connection_values(connection, MHD_HEADER_KIND, &Callbacks::AddHeader, &request.headers);
     if (!_IsAllowed(request)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@ public:
     /// The body, except of a PUT, whose body is a file.
     std::string body;
     std::string user;
+    /// Whether nobody waits for the answer any more. Empty: somebody does.
+    std::function<bool()> isAbandoned;
 
     /// The header with this name (in lower case), or null.
     const std::string* Header(const std::string& name) const;
