@@ -37,7 +37,7 @@
 #include "client/library/ServiceConnection.h"
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/pass/WrongFolder.h"
+#include "client/sync/pass/ServiceFolder.h"
 #include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 #include "host/http/HttpException.h"

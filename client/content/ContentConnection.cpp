@@ -11,10 +11,10 @@ namespace ovsync {
 namespace content {
 
 using wire::ConnectionSettings;
-using wire::ContentSource;
 using wire::HttpDate;
 using wire::HttpStatus;
 using wire::HttpTransaction;
+using wire::IContentSource;
 using wire::TransactionError;
 
 ContentConnection::ContentConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
@@ -48,7 +48,7 @@ ContentVersion ContentConnection::Download(const QUrl& url, ContentSink& sink) {
     return whole.Whole();
 }
 
-UploadOutcome ContentConnection::Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
                                         const ContentVersion& known) {
     HttpTransaction::Headers headers;
     if (condition == UploadCondition::New) {

@@ -17,7 +17,7 @@ public:
 
     std::optional<ContentVersion> Look(const QUrl& url) override;
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
-    UploadOutcome Upload(const QUrl& url, wire::ContentSource& source, qint64 size, UploadCondition condition,
+    UploadOutcome Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
                          const ContentVersion& known) override;
     void Cancel() override;
 

@@ -8,10 +8,10 @@ namespace ovsync {
 namespace content {
 
 using sync::core::SyncException;
-using wire::ContentSource;
 using wire::HttpTransaction;
+using wire::IContentSource;
 
-ContentUpload::ContentUpload(const QUrl& url, ContentSource& source, qint64 size, const Headers& conditions)
+ContentUpload::ContentUpload(const QUrl& url, IContentSource& source, qint64 size, const Headers& conditions)
     : ContentTransaction("PUT", url), _source(source), _size(size), _conditions(conditions) {}
 
 HttpTransaction::Headers ContentUpload::RequestHeaders() const {
@@ -24,7 +24,7 @@ HttpTransaction::Headers ContentUpload::RequestHeaders() const {
     return headers;
 }
 
-ContentSource* ContentUpload::StreamedBody() {
+IContentSource* ContentUpload::StreamedBody() {
     return this;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "client/content/ContentTransaction.h"
-#include "client/wire/ContentSource.h"
+#include "client/wire/IContentSource.h"
 
 namespace ovsync {
 namespace content {
@@ -9,13 +9,13 @@ namespace content {
 /// Stores the content of a file, and tells its date, which some servers keep. A source that does not have just the
 /// announced size breaks the transaction off before the server was sent as much as was announced, so that it has
 /// nothing whole to store. Not thread-safe.
-class ContentUpload : public ContentTransaction, private wire::ContentSource {
+class ContentUpload : public ContentTransaction, private wire::IContentSource {
 public:
     /// Sends `conditions` among the headers. `source` has to outlive this object.
-    ContentUpload(const QUrl& url, wire::ContentSource& source, qint64 size, const Headers& conditions);
+    ContentUpload(const QUrl& url, wire::IContentSource& source, qint64 size, const Headers& conditions);
 
     Headers RequestHeaders() const override;
-    wire::ContentSource* StreamedBody() override;
+    wire::IContentSource* StreamedBody() override;
     qint64 StreamedBodySize() const override;
     void OnEnd() override;
 
@@ -25,7 +25,7 @@ private:
     size_t _ReadSource(char* bytes, size_t size);
     void _CheckThatSourceEnds();
 
-    wire::ContentSource& _source;
+    wire::IContentSource& _source;
     const qint64 _size;
     const Headers _conditions;
     qint64 _sent = 0;

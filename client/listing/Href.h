@@ -7,6 +7,14 @@
 namespace ovsync {
 namespace listing {
 
+/// Which hrefs the entries of an answer may have.
+enum class HrefScope {
+    /// That of the URL that was asked and, by the depth, those below it.
+    OfUrl,
+    /// The one entry has any href: what was asked was not named by its path. For Depth 0 only.
+    Any
+};
+
 /// Reads the hrefs of an answer, one after the other. The raw path is split at its slashes first, then each segment is
 /// decoded, once: an escaped slash stays part of its segment. Keeps its buffers, so that reading an href allocates
 /// nothing once they have grown. Not thread-safe.

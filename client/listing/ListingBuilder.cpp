@@ -6,6 +6,7 @@
 
 #include "client/listing/FolderProtocol.h"
 #include "client/wire/DateReader.h"
+#include "client/wire/Printable.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -118,18 +119,18 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
         entry.Fail(QLatin1String("has an href that cannot be taken: ") + reason.Message());
     }
     const std::string& key = _href.Key();
-    if (_scope == HrefScope::Any && !_ownSeen) {
+    if (_scope == HrefScope::Any && !_hasOwn) {
         _askedKey = key;
     }
     const QString classType = _Text(entry, Entry::ClassType);
     const Form form = _FormOf(classType, entry.IsCollection());
     if (key == _askedKey) {
-        if (_ownSeen) {
+        if (_hasOwn) {
             entry.Fail(QStringLiteral("came before"));
         }
-        _ownSeen = true;
+        _hasOwn = true;
         _Describe(entry, classType, form, _own);
-        _ownIsContainer = form != Form::File;
+        _isOwnContainer = form != Form::File;
         return;
     }
     if (!_IsInScope(key)) {
@@ -151,11 +152,11 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
 }
 
 std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {
-    if (!_ownSeen) {
+    if (!_hasOwn) {
         throw SyncException(QStringLiteral("the listing has no entry for what was asked"));
     }
     const bool isAlone = _result->collectionResponses.isEmpty() && _result->fileResponses.isEmpty();
-    const bool isFile = isAlone && !_ownIsContainer;
+    const bool isFile = isAlone && !_isOwnContainer;
     if (isFile) {
         _result->fileResponses.insert(FromUtf8(_askedKey), _own);
     }

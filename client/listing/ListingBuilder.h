@@ -9,7 +9,6 @@
 #include <string>
 
 #include "client/listing/Href.h"
-#include "client/listing/HrefScope.h"
 #include "client/listing/MultistatusEntry.h"
 #include "client/wire/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
@@ -61,8 +60,8 @@ private:
     qint64 _count = 0;
     Href _href;
     std::string _askedKey;
-    bool _ownSeen = false;
-    bool _ownIsContainer = false;
+    bool _hasOwn = false;
+    bool _isOwnContainer = false;
     sync::http::DAVPropfindResponse _own;
     const sync::http::DAVPropfindResponse _blank;
     std::shared_ptr<sync::http::DAVPropfindResult> _result;

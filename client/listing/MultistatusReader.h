@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <memory>
 
-#include "client/listing/HrefScope.h"
+#include "client/listing/Href.h"
 #include "client/wire/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "host/http/DAVPropfindResult.h"

@@ -15,9 +15,6 @@ public:
     explicit FolderCreationRequest(const QUrl& url);
 
     void OnEnd() override;
-
-protected:
-    bool IsAnswer(int status) const override;
 };
 
 }  // namespace requests

@@ -35,14 +35,14 @@ QStringList DefaultProperties() {
 
 /// The body of a PROPFIND that asks for `names`, with or without those that only the service knows. Throws
 /// SyncException for a name that cannot be read.
-QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
+QByteArray PropfindBody(const QStringList& names, bool isStandardOnly) {
     // A namespace is a URI reference, and none of the characters left out here can stand in one.
     static const QRegularExpression nameForm(QStringLiteral(
         "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
     const QString davNamespace = QStringLiteral("DAV:");
     QMap<QString, QString> namespaces{{QStringLiteral("D"), davNamespace}};
     QString elements;
-    bool asksForResourceType = false;
+    bool isResourceTypeAsked = false;
     for (const QString& name : names) {
         const QRegularExpressionMatch match = nameForm.match(name);
         const QString prefix = match.captured(2);
@@ -53,7 +53,7 @@ QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
         const QString nameSpace = match.captured(1);
         const QString localName = match.captured(3);
         const QByteArray localBytes = localName.toLatin1();
-        if (standardOnly && nameSpace == davNamespace &&
+        if (isStandardOnly && nameSpace == davNamespace &&
             MultistatusEntry::IsOfService({localBytes.constData(), static_cast<size_t>(localBytes.size())})) {
             continue;
         }
@@ -64,14 +64,14 @@ QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
             declaration = QStringLiteral(" xmlns:%1=\"%2\"").arg(prefix, nameSpace.toHtmlEscaped());
         }
         elements += QStringLiteral("<%1:%2%3/>").arg(prefix, localName, declaration);
-        asksForResourceType =
-            asksForResourceType || (nameSpace == davNamespace && localName == QLatin1String("resourcetype"));
+        isResourceTypeAsked =
+            isResourceTypeAsked || (nameSpace == davNamespace && localName == QLatin1String("resourcetype"));
     }
     // What the service names versions by, others have only this for.
-    if (standardOnly && names == DefaultProperties()) {
+    if (isStandardOnly && names == DefaultProperties()) {
         elements += QLatin1String("<D:getetag/>");
     }
-    if (!asksForResourceType) {
+    if (!isResourceTypeAsked) {
         elements.prepend(QLatin1String("<D:resourcetype/>"));
     }
     QString declarations;
@@ -98,14 +98,15 @@ PropfindRequest::PropfindRequest(const QUrl& url, Depth depth, HrefScope scope)
 PropfindRequest::~PropfindRequest() = default;
 
 bool PropfindRequest::AsksTheSameAs(const PropfindRequest& other) const {
-    return _url == other._url && RequestHeaders() == other.RequestHeaders() && RequestBody() == other.RequestBody();
+    return _url == other._url && _depth == other._depth && _modifiedSince == other._modifiedSince &&
+           _names == other._names;
 }
 
 std::unique_ptr<PropfindRequest> PropfindRequest::Copy() const {
     auto copy = std::make_unique<PropfindRequest>(_url, _depth, _scope);
     copy->_modifiedSince = _modifiedSince;
     copy->_names = _names;
-    copy->_standardOnly = _standardOnly;
+    copy->_isStandardOnly = _isStandardOnly;
     copy->_status = _status;
     copy->_headers = _headers;
     if (_result) {
@@ -170,7 +171,7 @@ HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
 }
 
 QByteArray PropfindRequest::RequestBody() const {
-    return PropfindBody(_names, _standardOnly);
+    return PropfindBody(_names, _isStandardOnly);
 }
 
 void PropfindRequest::Forget() {

@@ -29,11 +29,11 @@ public:
     /// Whether the request lists what lies in a collection.
     bool IsListing() const { return _depth != Resource; }
     /// Whether the properties that only the service knows are left out. They are not, unless set.
-    void SetStandardPropertiesOnly(bool standardOnly) { _standardOnly = standardOnly; }
+    void SetStandardPropertiesOnly(bool isStandardOnly) { _isStandardOnly = isStandardOnly; }
 
     void SetLimits(const wire::ListingLimits& limits) { _limits = limits; }
 
-    /// Whether `other` would be sent with the same words.
+    /// Whether `other` would be sent with the same words to the same server.
     bool AsksTheSameAs(const PropfindRequest& other) const;
     /// A request of the same words with an answer of its own, equal to this one's.
     std::unique_ptr<PropfindRequest> Copy() const;
@@ -66,7 +66,7 @@ private:
     const listing::HrefScope _scope;
     QByteArray _modifiedSince;
     QStringList _names;
-    bool _standardOnly = false;
+    bool _isStandardOnly = false;
     wire::ListingLimits _limits;
 
     int _status = 0;

@@ -7,7 +7,7 @@ namespace requests {
 
 using wire::HttpConnection;
 
-ServerCapabilities::ServerCapabilities(HttpConnection& session) : _session(session) {}
+ServerCapabilities::ServerCapabilities(HttpConnection& connection) : _connection(connection) {}
 
 bool ServerCapabilities::IsForeign(const QUrl& collection) {
     const QString server =
@@ -17,7 +17,7 @@ bool ServerCapabilities::IsForeign(const QUrl& collection) {
         return known.value();
     }
     OptionsRequest request(collection);
-    _session.Perform(request);
+    _connection.Perform(request);
     const bool isSuccess = request.StatusCode() >= 200 && request.StatusCode() < 300;
     const bool isForeign = isSuccess && !request.DavTokens().isEmpty() && !request.DavTokens().contains("drovane");
     _foreignByServer.insert(server, isForeign);

@@ -12,8 +12,8 @@ namespace requests {
 /// What is known of the servers that a connection talks to. Not thread-safe.
 class ServerCapabilities {
 public:
-    /// `session` has to outlive this object.
-    explicit ServerCapabilities(wire::HttpConnection& session);
+    /// `connection` has to outlive this object.
+    explicit ServerCapabilities(wire::HttpConnection& connection);
 
     /// Whether the server of `collection` is another WebDAV server than the service, which does not know the service's
     /// own properties. Asks each server once, by OPTIONS of `collection`, and remembers what it said; a server that
@@ -21,7 +21,7 @@ public:
     bool IsForeign(const QUrl& collection);
 
 private:
-    wire::HttpConnection& _session;
+    wire::HttpConnection& _connection;
     QMap<QString, bool> _foreignByServer;
 };
 

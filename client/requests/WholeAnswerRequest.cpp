@@ -13,7 +13,9 @@ using sync::core::SyncException;
 using wire::HttpStatus;
 using wire::HttpTransaction;
 
-WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url) : _method(method), _url(url) {}
+WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url, const QList<int>& answers,
+                                       const Headers& headers)
+    : _method(method), _url(url), _answers(answers), _sentHeaders(headers) {}
 
 int WholeAnswerRequest::GetStatusCode() {
     return _status == HttpStatus::MultiStatus ? HttpStatus::FailedDependency : _status;
@@ -40,7 +42,7 @@ QUrl WholeAnswerRequest::Url() const {
 }
 
 HttpTransaction::Headers WholeAnswerRequest::RequestHeaders() const {
-    return {{VersionHeader, ProtocolVersion}};
+    return Headers{{VersionHeader, ProtocolVersion}} + _sentHeaders;
 }
 
 void WholeAnswerRequest::Forget() {
@@ -50,7 +52,7 @@ void WholeAnswerRequest::Forget() {
 }
 
 void WholeAnswerRequest::OnHeaders(int status, const Headers& headers) {
-    if (status < HttpStatus::BadRequest && !IsAnswer(status)) {
+    if (status < HttpStatus::BadRequest && !_answers.contains(status)) {
         throw SyncException(QStringLiteral("the status is unexpected for this request"));
     }
     _status = status;

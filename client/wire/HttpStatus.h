@@ -14,6 +14,7 @@ struct HttpStatus {
     static constexpr int MovedPermanently = 301;
     static constexpr int Found = 302;
     static constexpr int NotModified = 304;
+    static constexpr int PermanentRedirect = 308;
     /// The first that says no.
     static constexpr int BadRequest = 400;
     static constexpr int Unauthorized = 401;

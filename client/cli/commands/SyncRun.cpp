@@ -62,7 +62,7 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 }  // namespace
 
 ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
-                 Output& output, const std::function<SyncOutcome(pass::PassContext&)>& pass) {
+                 Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
     const QString root = AbsolutePath(arguments.directory);
 
@@ -94,9 +94,9 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
 
     SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun);
-    pass::PassContext context(service, tree, *records, options, observer);
+    pass::SyncPass common(service, tree, *records, options, observer);
     try {
-        const SyncOutcome outcome = pass(context);
+        const SyncOutcome outcome = pass(common);
         observer.Summarise(outcome);
         return ExitCodeOf(outcome);
     } catch (...) {

@@ -6,14 +6,14 @@
 #include <memory>
 
 #include "client/sync/local/LocalFile.h"
-#include "client/wire/ContentSource.h"
+#include "client/wire/IContentSource.h"
 
 namespace ovsync {
 namespace files {
 
 /// A file of this machine while it is sent, its date and the MD5 of what was sent. Throws LocalError when it cannot be
 /// read. Not thread-safe.
-class SentFile : public wire::ContentSource {
+class SentFile : public wire::IContentSource {
 public:
     /// Follows links. Throws UsageError when `path` is a folder or no file that has a size.
     explicit SentFile(const QString& path);

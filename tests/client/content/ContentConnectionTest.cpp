@@ -22,7 +22,7 @@ namespace ovsync {
 namespace content {
 
 using wire::ConnectionSettings;
-using wire::ContentSource;
+using wire::IContentSource;
 using wire::TransactionError;
 namespace {
 
@@ -74,7 +74,7 @@ public:
     std::function<void()> onWrite;
 };
 
-class Source : public ContentSource {
+class Source : public IContentSource {
 public:
     explicit Source(const QByteArray& bytes) : content(bytes) {}
 

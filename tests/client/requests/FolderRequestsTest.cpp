@@ -115,7 +115,7 @@ protected:
     const CleanEnvironment environment;
     const std::shared_ptr<RequestAuthenticatorFactory> authenticators =
         std::make_shared<RequestAuthenticatorFactory>(QStringLiteral("alice"), QStringLiteral("open sesame"));
-    HttpFactory factory{std::make_shared<AccountConnections>()};
+    HttpFactory factory;
     std::string error;
     ScriptedServer::Request sent;
     std::vector<std::shared_ptr<IHttpRequest>> completed;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "client/library/RequestAuthenticatorFactory.h"
+#include "client/requests/AccountConnection.h"
 #include "client/requests/HttpFactory.h"
 #include "client/requests/OptionsRequest.h"
 #include "client/wire/TransactionError.h"
@@ -36,7 +37,6 @@ using tests::AnswerOf;
 using tests::BadAnswer;
 using tests::BadAnswers;
 using tests::CleanEnvironment;
-using tests::Describe;
 using tests::FixtureAnswer;
 using tests::FixtureBytes;
 using tests::FixtureNameOf;
@@ -51,8 +51,7 @@ using Ending = ScriptedServer::Ending;
 const QString QueriedPath = QStringLiteral("/Projects/A/");
 
 std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
-    return HttpFactory(std::make_shared<AccountConnections>())
-        .CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
+    return HttpFactory().CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
 }
 
 class RequestManagerTest : public testing::Test {
@@ -75,9 +74,9 @@ protected:
     const CleanEnvironment environment;
     const QString user = QStringLiteral("alice");
     const QString password = QStringLiteral("open sesame");
-    RequestAuthenticatorFactory authenticators{user, password};
-    const std::shared_ptr<AccountConnection> session = AccountConnections().Of(0, authenticators);
-    RequestManager manager{session};
+    const std::shared_ptr<AccountConnection> connection = std::make_shared<AccountConnection>(
+        ConnectionSettings(), RequestAuthenticatorFactory(user, password).CreateAuthenticator(0));
+    RequestManager manager{connection};
     std::vector<IHttpRequest::RequestState> states;
 };
 
@@ -89,8 +88,7 @@ TEST(ListingLimitsTest, AnAnswerAboveALimitIsNoListing) {
         const CleanEnvironment environment;
         ConnectionSettings settings;
         settings.listing = limits;
-        RequestAuthenticatorFactory nobody{QString(), QString()};
-        RequestManager manager(AccountConnections(settings).Of(0, nobody));
+        RequestManager manager(std::make_shared<AccountConnection>(settings, QAuthenticator()));
         const auto request = RequestOf(server.Url(QueriedPath));
         try {
             manager.Execute({request});
@@ -177,7 +175,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
         EXPECT_EQ(ErrorOfExecuting({request}), "");
         EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
         EXPECT_FALSE(request->GetResult());
-        EXPECT_THAT(session->LastAnswer().toStdString(),
+        EXPECT_THAT(connection->LastAnswer().toStdString(),
                     AllOf(HasSubstr("status " + QByteArray(name).right(3).toStdString()),
                           HasSubstr("content type text/plain"), HasSubstr("the body begins: Because")));
         server.Stop();
@@ -247,7 +245,7 @@ TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
     EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
                                                    HasSubstr("Failed to connect"), HasSubstr("no answer")));
     EXPECT_EQ(request->GetStatusCode(), 0);
-    EXPECT_EQ(session->LastAnswer(), QStringLiteral("no answer"));
+    EXPECT_EQ(connection->LastAnswer(), QStringLiteral("no answer"));
 }
 
 TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {
@@ -302,42 +300,6 @@ TEST_F(RequestManagerTest, ListsNothingFromAServerThatDoesNotAnswerWhatItKnows) 
     const auto request = RequestOf(server.Url(QueriedPath));
     EXPECT_THAT(ErrorOfExecuting({request}), HasSubstr("/Projects/A/ failed: Empty reply"));
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
-    server.Stop();
-    EXPECT_TRUE(server.SawItsScript());
-}
-
-TEST_F(RequestManagerTest, ASharedListingAnswersTheNextOneThatAsksTheSameOnce) {
-    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
-    ScriptedServer server({OptionsStep(), listing, listing});
-    session->ShareNextListing();
-    const auto first = RequestOf(server.Url(QueriedPath));
-    EXPECT_EQ(ErrorOfExecuting({first}), "");
-    const QStringList whole = Describe(*first->GetResult());
-    first->GetResult()->fileResponses.clear();
-    const auto second = RequestOf(server.Url(QueriedPath));
-    EXPECT_EQ(ErrorOfExecuting({second}), "");
-    EXPECT_EQ(second->GetStatusCode(), 207);
-    EXPECT_EQ(Describe(*second->GetResult()), whole);
-    EXPECT_EQ(second->GetResponseHeaders(), first->GetResponseHeaders());
-    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateAnswered, IHttpRequest::StateAnswered));
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}), "");
-    server.Stop();
-    EXPECT_TRUE(server.SawItsScript());
-}
-
-TEST_F(RequestManagerTest, NoListingIsSharedUnlessAskedForAndTheSame) {
-    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
-    ScriptedServer server({OptionsStep(), listing, listing, listing, listing, listing, listing, listing});
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath))}), "");
-    const auto conditional = RequestOf(server.Url(QueriedPath));
-    conditional->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
-    session->ShareNextListing();
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), conditional}), "");
-    session->ShareNextListing();
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath), 2)}), "");
-    const auto named = RequestOf(server.Url(QueriedPath));
-    named->SetProperties({QStringLiteral("{DAV:}D:getetag")});
-    EXPECT_EQ(ErrorOfExecuting({named}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }
