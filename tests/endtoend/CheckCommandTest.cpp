@@ -11,7 +11,6 @@
 
 namespace {
 
-using testing::HasSubstr;
 using tests::ErrorsOf;
 using tests::ProgramResult;
 using tests::RunOvsync;
