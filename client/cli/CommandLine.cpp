@@ -22,6 +22,7 @@
 #include "client/cli/commands/TrashCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
+#include "client/cli/files/CheckCommand.h"
 #include "client/cli/files/CopyCommand.h"
 #include "client/cli/files/GetCommand.h"
 #include "client/cli/files/PutCommand.h"
@@ -99,6 +100,7 @@ void AddCommands(CommandRegistry& registry) {
     files::AddCopyCommand(registry);
     commands::AddPullCommand(registry);
     commands::AddPushCommand(registry);
+    files::AddCheckCommand(registry);
     commands::AddSettingsCommand(registry);
     commands::AddVersionCommand(registry);
     commands::AddAgentCommand(registry);
