@@ -120,7 +120,6 @@ void AddCheckCommand(CommandRegistry& registry) {
     registry.AddExclude(command);
     command->add_flag("--download", registry.Given().downloads,
                       "Compare the content itself where the service knows no checksum, and not the size alone");
-    registry.MarkAsListingTree(command);
 }
 
 }  // namespace files

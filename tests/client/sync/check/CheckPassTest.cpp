@@ -138,11 +138,4 @@ TEST_F(CheckPassTest, WhatCannotBeAskedForIsUnknown) {
     }
 }
 
-TEST_F(CheckPassTest, AListingThatIsNotWholeIsAnError) {
-    service.isPlain = true;
-    service.levels = 1;
-    service.Put(Text("A/a.txt"), "a");
-    EXPECT_ANY_THROW(Found());
-}
-
 }  // namespace
