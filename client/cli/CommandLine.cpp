@@ -14,16 +14,19 @@
 #include "client/cli/commands/AgentCommand.h"
 #include "client/cli/commands/ListCommand.h"
 #include "client/cli/commands/MakeFolderCommand.h"
-#include "client/cli/commands/MoveCommand.h"
 #include "client/cli/commands/PullCommand.h"
 #include "client/cli/commands/PushCommand.h"
-#include "client/cli/commands/RemoveCommand.h"
 #include "client/cli/commands/SettingsCommand.h"
 #include "client/cli/commands/SizeCommand.h"
 #include "client/cli/commands/StatCommand.h"
 #include "client/cli/commands/TrashCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
+#include "client/cli/files/CheckCommand.h"
+#include "client/cli/files/CopyCommand.h"
+#include "client/cli/files/GetCommand.h"
+#include "client/cli/files/PutCommand.h"
+#include "client/cli/files/RemoveCommand.h"
 #include "client/cli/input/Credentials.h"
 #include "client/cli/input/Interruption.h"
 #include "client/cli/input/Location.h"
@@ -88,11 +91,16 @@ void AddCommands(CommandRegistry& registry) {
     commands::AddTreeCommand(registry);
     commands::AddSizeCommand(registry);
     commands::AddStatCommand(registry);
+    files::AddGetCommand(registry);
+    files::AddCatCommand(registry);
+    files::AddPutCommand(registry);
     commands::AddMakeFolderCommand(registry);
-    commands::AddRemoveCommand(registry);
-    commands::AddMoveCommand(registry);
+    files::AddRemoveCommand(registry);
+    files::AddMoveCommand(registry);
+    files::AddCopyCommand(registry);
     commands::AddPullCommand(registry);
     commands::AddPushCommand(registry);
+    files::AddCheckCommand(registry);
     commands::AddSettingsCommand(registry);
     commands::AddVersionCommand(registry);
     commands::AddAgentCommand(registry);

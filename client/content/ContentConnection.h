@@ -2,7 +2,7 @@
 
 #include <QAuthenticator>
 
-#include "client/content/ContentTransaction.h"
+#include "client/content/ContentDownload.h"
 #include "client/content/IContentConnection.h"
 #include "client/wire/HttpConnection.h"
 
@@ -22,6 +22,9 @@ public:
     void Cancel() override;
 
 private:
+    /// Whether what came is of use; otherwise the whole content is to be asked for.
+    bool _PerformRest(ContentDownload& rest);
+    void _RequireContent(const ContentDownload& download) const;
     void _Perform(ContentTransaction& transaction);
     [[noreturn]] void _ThrowRefusal(const ContentTransaction& transaction) const;
 

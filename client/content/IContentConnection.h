@@ -16,7 +16,9 @@ enum class UploadCondition {
     /// There is no such file.
     New,
     /// The file is still the version that is given: by its entity tag or, where it has none, by its date.
-    Unchanged
+    Unchanged,
+    /// Nothing: whatever is there is replaced.
+    Any
 };
 
 enum class UploadOutcome {

@@ -8,6 +8,7 @@
 #include "client/library/ServerConfigManager.h"
 #include "client/library/SyncConfigWatch.h"
 #include "client/requests/HttpFactory.h"
+#include "client/requests/PropfindRequest.h"
 #include "client/requests/RequestManager.h"
 #include "client/requests/SharedListing.h"
 #include "client/requests/UrlBuilder.h"
@@ -16,8 +17,10 @@
 #include "dvsync/DrovaneRemoteFolderManager.h"
 #include "dvsync/ExternalSyncConfig.h"
 #include "dvsync/ExternalSyncConfigManager.h"
+#include "dvsync/ResourceMapping.h"
 #include "host/configurationfactory/ConfigurationFactory.h"
 #include "host/core/SyncException.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace library {
@@ -116,13 +119,49 @@ std::unique_ptr<sync::interf::ICustomFileConfigUpdater> ServiceConnection::NewUp
     return std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
 }
 
+std::optional<FoundResource> ServiceConnection::Find(const QString& serverPath) {
+    if (serverPath.isEmpty()) {
+        return FoundResource{true, {}};
+    }
+    const auto request =
+        std::make_shared<requests::PropfindRequest>(UrlOf(serverPath), sync::http::DAVPropfindRequest::Resource);
+    _connection->Execute({request}, [](const auto&, auto) {});
+    const int status = request->GetStatusCode();
+    if (status == wire::HttpStatus::NotFound || status == wire::HttpStatus::Gone) {
+        return std::nullopt;
+    }
+    const auto result = request->GetResult();
+    if (!result) {
+        throw sync::http::HttpException(
+            QStringLiteral("PROPFIND with url %1 failed with error code %2").arg(request->Url().toString()).arg(status),
+            status, request->Url());
+    }
+    // A file that was asked for stands among the file-like entries, a collection does not.
+    if (result->fileResponses.isEmpty()) {
+        return FoundResource{true, {}};
+    }
+    return FoundResource{
+        false, sync::dv::dvsync::BuildFileConfigFromFindResponse(
+                   Folder(serverPath.left(qMax(0, serverPath.lastIndexOf(QLatin1Char('/'))))), result->singleResponse)};
+}
+
 std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {
+    return std::make_unique<content::ContentConnection>(_SettingsOfTransfers(),
+                                                        _authenticators->CreateAuthenticator(TheServerId));
+}
+
+std::unique_ptr<content::ResourceConnection> ServiceConnection::NewResourceConnection() const {
+    return std::make_unique<content::ResourceConnection>(_SettingsOfTransfers(),
+                                                         _authenticators->CreateAuthenticator(TheServerId));
+}
+
+wire::ConnectionSettings ServiceConnection::_SettingsOfTransfers() const {
     wire::ConnectionSettings settings = _settings;
     // What is shown of several transfers at once is not for one of them to say.
     settings.onProgress = nullptr;
     // Several transfers share a line that may be slow.
     settings.leastRate = 0;
-    return std::make_unique<content::ContentConnection>(settings, _authenticators->CreateAuthenticator(TheServerId));
+    return settings;
 }
 
 QUrl ServiceConnection::UrlOf(const QString& serverPath) const {

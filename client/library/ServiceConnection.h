@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "client/content/IContentConnection.h"
+#include "client/content/ResourceConnection.h"
 #include "client/library/NetworkAccessManagerFactory.h"
 #include "client/library/RemoteFileManagerFactory.h"
 #include "client/requests/AccountConnection.h"
@@ -27,6 +28,13 @@ namespace library {
 struct FolderListing {
     QVector<sync::config::FolderConfiguration> folders;
     QVector<sync::config::FileConfiguration> files;
+};
+
+/// What is at one place of the service. A plain value.
+struct FoundResource {
+    bool isFolder = false;
+    /// Where it is a file.
+    sync::config::FileConfiguration file;
 };
 
 /// The library, loaded over real HTTP for one server. Installs the process's configuration factory for as long as it
@@ -55,8 +63,15 @@ public:
     std::unique_ptr<sync::interf::ICustomFileConfigUpdater> NewUpdater(
         std::shared_ptr<sync::interf::IFileConfigManager> records);
 
+    /// What is at `serverPath`, asked for as a file: some servers answer with an error to the URL of a file that ends
+    /// in '/'. None when there is nothing. Throws HttpException for any other answer that is none, and
+    /// TransactionError.
+    std::optional<FoundResource> Find(const QString& serverPath);
+
     /// A connection of its own for content, for another thread.
     std::unique_ptr<content::IContentConnection> NewContentConnection() const;
+    /// The same for what is done with files on the service.
+    std::unique_ptr<content::ResourceConnection> NewResourceConnection() const;
 
     /// The URL of a server path; empty when there is none for it.
     QUrl UrlOf(const QString& serverPath) const;
@@ -73,6 +88,7 @@ public:
 private:
     class Configuration;
 
+    wire::ConnectionSettings _SettingsOfTransfers() const;
     std::shared_ptr<RemoteFileManagerFactory> _NewFileManagers(
         const std::shared_ptr<requests::IRequestSender>& sender) const;
     std::unique_ptr<sync::interf::IRemoteFolderManager> _NewFolderManager(

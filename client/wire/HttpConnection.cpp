@@ -149,18 +149,18 @@ private:
     }
 
     std::chrono::milliseconds _Patience() const {
-        std::chrono::milliseconds patience = _settings.silenceLimit;
+        std::chrono::milliseconds patience = ProgressInterval;
         for (const Transfer& transfer : _active) {
-            patience = std::min(patience, _settings.silenceLimit - transfer->Silence());
+            patience = std::min(patience, transfer->SilenceLimit() - transfer->Silence());
         }
-        return std::clamp(patience, std::chrono::milliseconds(0), ProgressInterval);
+        return std::max(patience, std::chrono::milliseconds(0));
     }
 
     void _CheckPace(ITransactionQueue& queue) {
         for (const Transfer& transfer : _active) {
-            if (transfer->Silence() >= _settings.silenceLimit) {
+            if (transfer->Silence() >= transfer->SilenceLimit()) {
                 _Fail(transfer, QStringLiteral("nothing was received or sent for %1 s")
-                                    .arg(static_cast<double>(_settings.silenceLimit.count()) / 1000.0));
+                                    .arg(static_cast<double>(transfer->SilenceLimit().count()) / 1000.0));
             }
             if (transfer->HasEnough()) {
                 _End(transfer.get(), CURLE_OPERATION_TIMEDOUT, queue);

@@ -9,6 +9,7 @@ struct HttpStatus {
     static constexpr int Created = 201;
     static constexpr int Accepted = 202;
     static constexpr int NoContent = 204;
+    static constexpr int PartialContent = 206;
     static constexpr int MultiStatus = 207;
     static constexpr int MovedPermanently = 301;
     static constexpr int Found = 302;
@@ -22,6 +23,7 @@ struct HttpStatus {
     static constexpr int ProxyAuthenticationRequired = 407;
     static constexpr int Gone = 410;
     static constexpr int PreconditionFailed = 412;
+    static constexpr int RangeNotSatisfiable = 416;
     static constexpr int FailedDependency = 424;
     /// The first that says that the server failed.
     static constexpr int InternalServerError = 500;

@@ -2,6 +2,7 @@
 
 #include <QHostAddress>
 #include <QRegularExpression>
+#include <algorithm>
 #include <new>
 
 #include "client/wire/HttpStatus.h"
@@ -57,7 +58,11 @@ void HttpTransfer::Begin(HttpTransaction& transaction, CURLM* multi) {
     _isHeadComplete = false;
     _isHeadHandedOn = false;
     _isForSlash = false;
+    _streamed = 0;
+    _isAnswerAwaited = false;
     _isDigestAsked = false;
+    _streamed = 0;
+    _isAnswerAwaited = false;
     _refusal = nullptr;
     _detail[0] = '\0';
     transaction.Forget();
@@ -114,6 +119,10 @@ std::chrono::milliseconds HttpTransfer::Silence() const {
     return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - _lastSign);
 }
 
+std::chrono::milliseconds HttpTransfer::SilenceLimit() const {
+    return _isAnswerAwaited ? std::max(_settings.silenceLimit, _settings.answerLimit) : _settings.silenceLimit;
+}
+
 bool HttpTransfer::HasEnough() const {
     return _isHeadComplete && _transaction->IsHeadEnough() && Clock::now() - _headEnd >= UnreadBodyPatience;
 }
@@ -128,6 +137,8 @@ void HttpTransfer::_Open() {
     _Set(CURLOPT_FOLLOWLOCATION, 0L);
     _Set(CURLOPT_NOSIGNAL, 1L);
     _Set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+    // Somebody on the way forgets a connection on which nothing is said for minutes.
+    _Set(CURLOPT_TCP_KEEPALIVE, 1L);
     _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(_settings.connectLimit.count()));
     _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
     _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
@@ -268,6 +279,8 @@ void HttpTransfer::_TakeHeaderLine(const QByteArray& line) {
     if (line.startsWith("HTTP/")) {
         _headers.clear();
         _isHeadComplete = false;
+        const bool isInterim = line.split(' ').value(1).startsWith('1');
+        _isAnswerAwaited = _isAnswerAwaited && isInterim;
         return;
     }
     if (line.isEmpty()) {
@@ -322,6 +335,10 @@ size_t HttpTransfer::_OnRead(char* bytes, size_t /*unit*/, size_t size, void* se
     auto* const transfer = static_cast<HttpTransfer*>(self);
     size_t count = CURL_READFUNC_ABORT;
     transfer->_HandOn([&] { count = transfer->_transaction->StreamedBody()->Read(bytes, size); });
+    if (count <= size) {
+        transfer->_streamed += static_cast<qint64>(count);
+        transfer->_isAnswerAwaited = transfer->_streamed == transfer->_transaction->StreamedBodySize();
+    }
     // That it took long is not the server's silence.
     transfer->NoteSignOfLife();
     return count;
@@ -333,6 +350,7 @@ int HttpTransfer::_OnRewind(void* self, curl_off_t /*offset*/, int /*origin*/) {
     int result = CURL_SEEKFUNC_FAIL;
     transfer->_HandOn([&] {
         transfer->_transaction->StreamedBody()->Restart();
+        transfer->_streamed = 0;
         result = CURL_SEEKFUNC_OK;
     });
     return result;

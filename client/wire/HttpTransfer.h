@@ -47,6 +47,8 @@ public:
 
     /// For how long nothing was heard.
     std::chrono::milliseconds Silence() const;
+    /// For how long that may be so.
+    std::chrono::milliseconds SilenceLimit() const;
     void NoteSignOfLife() { _lastSign = Clock::now(); }
     /// Whether all that counts has come, and what is left was waited for long enough.
     bool HasEnough() const;
@@ -91,7 +93,13 @@ private:
     bool _isHeadComplete = false;
     bool _isHeadHandedOn = false;
     bool _isForSlash = false;
+    qint64 _streamed = 0;
+    /// Whether a streamed body is sent to its end and the answer has not begun.
+    bool _isAnswerAwaited = false;
     bool _isDigestAsked = false;
+    qint64 _streamed = 0;
+    /// Whether a streamed body is sent to its end and the answer has not begun.
+    bool _isAnswerAwaited = false;
     /// Whether the HTTP library may have answered somebody with Basic, and would do so again without being asked.
     bool _hasBasic = false;
     std::exception_ptr _refusal;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <cstddef>
 
 namespace ovsync {
@@ -14,6 +15,8 @@ public:
     virtual void Restart() = 0;
     /// Puts at most `size` bytes into `bytes` and returns how many; 0 at the end.
     virtual size_t Read(char* bytes, size_t size) = 0;
+    /// When the file was last changed; invalid when the server is not to be told.
+    virtual QDateTime Modified() const { return {}; }
 };
 
 }  // namespace wire

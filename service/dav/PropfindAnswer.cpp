@@ -4,7 +4,6 @@
 
 #include "service/protocol/ServerPath.h"
 #include "service/protocol/XmlText.h"
-#include "service/tree/ServiceTree.h"
 
 namespace service::dav {
 namespace {
@@ -25,8 +24,8 @@ std::string EmptyElement(const protocol::PropertyName& name) {
 }  // namespace
 
 void AppendEmptyElement(std::string& xml, const protocol::PropertyName& name) {
-    if (name.nameSpace == protocol::DavNamespace) {
-        const tree::LiveProperty* live = tree::FindLiveProperty(name.name);
+    const tree::LiveProperty* live = tree::FindLiveProperty(name);
+    if (live != nullptr || name.nameSpace == protocol::DavNamespace) {
         xml += '<';
         xml += live == nullptr ? 'D' : live->prefix;
         xml += ':' + name.name + "/>";
@@ -39,16 +38,23 @@ void AppendEmptyElement(std::string& xml, const protocol::PropertyName& name) {
     }
 }
 
+std::string MultistatusBegin() {
+    return "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<D:multistatus" + std::string(tree::PrefixDeclarations) + ">\n";
+}
+
 bool WantsDeadProperties(const protocol::PropfindRequest& request) {
     return request.kind != protocol::PropfindRequest::Kind::Listed ||
-           std::any_of(request.names.begin(), request.names.end(), [](const protocol::PropertyName& name) {
-               return name.nameSpace != protocol::DavNamespace || tree::FindLiveProperty(name.name) == nullptr;
-           });
+           std::any_of(request.names.begin(), request.names.end(),
+                       [](const protocol::PropertyName& name) { return tree::FindLiveProperty(name) == nullptr; });
 }
 
 PropfindAnswer::PropfindAnswer(tree::Listing listing, protocol::PropfindRequest request, bool isMinimal,
-                               tree::ServiceTree& tree)
-    : _listing(std::move(listing)), _kind(request.kind), _isMinimal(isMinimal), _tree(tree), _text(MultistatusBegin) {
+                               tree::Checksums& checksums)
+    : _listing(std::move(listing)),
+      _kind(request.kind),
+      _isMinimal(isMinimal),
+      _checksums(checksums),
+      _text(MultistatusBegin()) {
     const bool isAll = _kind == protocol::PropfindRequest::Kind::AllProperties;
     if (isAll) {
         for (const tree::LiveProperty& property : tree::LiveProperties()) {
@@ -58,8 +64,7 @@ PropfindAnswer::PropfindAnswer(tree::Listing listing, protocol::PropfindRequest 
         }
     }
     for (protocol::PropertyName& name : request.names) {
-        const tree::LiveProperty* live =
-            name.nameSpace == protocol::DavNamespace ? tree::FindLiveProperty(name.name) : nullptr;
+        const tree::LiveProperty* live = tree::FindLiveProperty(name);
         // All dead properties, and those of RFC 4918, are in "all" anyway.
         if (!isAll || (live != nullptr && live->prefix != 'D')) {
             std::string empty = EmptyElement(name);
@@ -83,7 +88,6 @@ std::size_t PropfindAnswer::Read(char* buffer, std::size_t size) {
         // What has been written is not needed again, and a listing can be large.
         entries[_next] = {};
         if (++_next == entries.size()) {
-            _KeepChecksums();
             _text += MultistatusEnd;
         }
     }
@@ -92,21 +96,18 @@ std::size_t PropfindAnswer::Read(char* buffer, std::size_t size) {
     return count;
 }
 
-void PropfindAnswer::_KeepChecksums() {
-    if (!_newChecksums.empty()) {
-        _tree.KeepChecksums(_newChecksums);
-        _newChecksums.clear();
+void PropfindAnswer::_CompleteChecksum(tree::Listing::Entry& entry) {
+    if (entry.resource.size <= _bytesLeft) {
+        _bytesLeft -= entry.resource.size;
+        _checksums.Complete(entry);
+    } else {
+        _checksums.CompleteAllLater();
     }
 }
 
 void PropfindAnswer::_Append(tree::Listing::Entry& entry) {
-    constexpr std::size_t checksumsPerTransaction = 1000;
     if (_needsChecksums && !entry.resource.isCollection && entry.resource.md5.empty()) {
-        _tree.CompleteChecksum(entry);
-        _newChecksums.push_back(entry.resource);
-        if (_newChecksums.size() == checksumsPerTransaction) {
-            _KeepChecksums();
-        }
+        _CompleteChecksum(entry);
     }
     _text += "<D:response><D:href>";
     protocol::AppendEscaped(_text, protocol::Href(entry.path, entry.resource.isCollection));
@@ -124,7 +125,7 @@ void PropfindAnswer::_AppendNames(const tree::Listing::Entry& entry) {
     for (const tree::LiveProperty& property : tree::LiveProperties()) {
         std::string value;
         if (property.append(entry.resource, value)) {
-            AppendEmptyElement(_text, {std::string(protocol::DavNamespace), std::string(property.name)});
+            AppendEmptyElement(_text, {std::string(tree::NamespaceOf(property)), std::string(property.name)});
         }
     }
     for (const protocol::DeadProperty& dead : entry.deadProperties) {

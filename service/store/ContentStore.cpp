@@ -8,10 +8,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <set>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include "service/protocol/ServerPath.h"
 
@@ -46,8 +48,20 @@ std::optional<ContentStore::Entry> Describe(int folder, const std::string& name)
     } else if (S_ISREG(status.st_mode)) {
         entry.kind = ContentStore::Kind::File;
         entry.size = status.st_size;
+        entry.isExecutable = (status.st_mode & S_IXUSR) != 0;
     }
     return entry;
+}
+
+// The clock by which the system gives files their times stands still for up to 10 ms, and two changes in between could
+// not be told apart.
+void WaitForTheNextTime(std::int64_t modified) {
+    constexpr std::chrono::milliseconds longest(20);
+    const auto now = std::chrono::system_clock::now();
+    const auto age = now.time_since_epoch() - std::chrono::nanoseconds(modified);
+    if (age < longest) {
+        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(longest - age, longest));
+    }
 }
 
 }  // namespace
@@ -56,6 +70,23 @@ std::int64_t ModifiedNanoseconds(const struct stat& status) {
     constexpr std::int64_t perSecond = 1000000000;
     constexpr std::int64_t furthest = 9000000000;
     return std::clamp<std::int64_t>(status.st_mtim.tv_sec, -furthest, furthest) * perSecond + status.st_mtim.tv_nsec;
+}
+
+bool SetModified(int file, std::int64_t nanoseconds) {
+    constexpr std::int64_t perSecond = 1000000000;
+    const timespec times[] = {{0, UTIME_OMIT}, {nanoseconds / perSecond, nanoseconds % perSecond}};
+    return futimens(file, times) == 0;
+}
+
+bool SetExecutable(int file, bool isExecutable) {
+    constexpr mode_t forAll = S_IXUSR | S_IXGRP | S_IXOTH;
+    struct stat status {};
+    if (fstat(file, &status) != 0) {
+        return false;
+    }
+    const mode_t readers = (status.st_mode & (S_IRUSR | S_IRGRP | S_IROTH)) >> 2U;
+    const mode_t mode = (status.st_mode & ~forAll & ALLPERMS) | (isExecutable ? readers | S_IXUSR : 0U);
+    return fchmod(file, mode) == 0;
 }
 
 ContentStore::ContentStore(const std::string& directory)
@@ -159,18 +190,37 @@ FileDescriptor ContentStore::Open(const std::string& path) const {
     return file;
 }
 
-std::optional<std::string> ContentStore::Checksum(const std::string& path, std::int64_t size,
-                                                  std::int64_t modified) const try {
+void ContentStore::SetAttributes(const std::string& path, std::int64_t modified, bool isExecutable) {
     const FileDescriptor file = Open(path);
+    if (!SetModified(file.Get(), modified) || !SetExecutable(file.Get(), isExecutable)) {
+        ThrowErrno("Cannot change the attributes of", path);
+    }
+}
+
+std::optional<std::string> ContentStore::Checksum(const std::string& path, std::int64_t size, std::int64_t modified,
+                                                  const Interruption& isInterrupted) const try {
+    const FileDescriptor file = Open(path);
+    const auto isDescribed = [&] {
+        struct stat status {};
+        return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink > 0 &&
+               status.st_size == size && ModifiedNanoseconds(status) == modified;
+    };
+    if (!isDescribed()) {
+        return std::nullopt;
+    }
+    WaitForTheNextTime(modified);
     Md5 md5;
     std::array<char, 65536> buffer{};
     ssize_t count = 0;
-    while ((count = read(file.Get(), buffer.data(), buffer.size())) > 0) {
+    constexpr unsigned checkedBlocks = 256;
+    for (unsigned block = 1; (count = read(file.Get(), buffer.data(), buffer.size())) > 0; ++block) {
         md5.Add(buffer.data(), static_cast<std::size_t>(count));
+        const bool isInVain = block % checkedBlocks == 0 && !isDescribed();
+        if (isInVain || (isInterrupted && isInterrupted())) {
+            return std::nullopt;
+        }
     }
-    struct stat status {};
-    if (count < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size != size ||
-        ModifiedNanoseconds(status) != modified) {
+    if (count < 0 || !isDescribed()) {
         return std::nullopt;
     }
     return md5.Finish();

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "service/store/FileDescriptor.h"
+#include "service/store/Interruption.h"
 #include "service/store/Rename.h"
 #include "service/store/UploadFile.h"
 
@@ -18,6 +19,12 @@ namespace service::store {
 
 /// The time of a file in nanoseconds since 1970, clamped to what 64 bits can hold.
 std::int64_t ModifiedNanoseconds(const struct stat& status);
+
+/// Gives an open file a time. Returns false, with errno set, when the system refuses. So does the next one.
+bool SetModified(int file, std::int64_t nanoseconds);
+
+/// Has an open file executable for all who may read it, or for nobody.
+bool SetExecutable(int file, bool isExecutable);
 
 /// The files and folders below the served folder. Paths are server paths, and for the service's own files paths that
 /// begin with the reserved name. Symbolic links are never followed, so nothing outside is touched.
@@ -34,6 +41,8 @@ public:
         /// In nanoseconds since 1970.
         std::int64_t modified = 0;
         std::uint64_t inode = 0;
+        /// Whether the owner of a file may execute it.
+        bool isExecutable = false;
     };
 
     /// Takes `directory` for this process alone. Throws std::runtime_error when another process has it.
@@ -61,9 +70,14 @@ public:
     /// Opens a file for reading.
     FileDescriptor Open(const std::string& path) const;
 
-    /// The checksum of a file, 32 lower-case hexadecimal digits; nothing when it cannot be read or is not the one
-    /// described by `size` and `modified`.
-    std::optional<std::string> Checksum(const std::string& path, std::int64_t size, std::int64_t modified) const;
+    /// Gives a file a time (nanoseconds since 1970) and has it executable for all who may read it, or for nobody.
+    void SetAttributes(const std::string& path, std::int64_t modified, bool isExecutable);
+
+    /// The checksum of a file, 32 lower-case hexadecimal digits; nothing when it cannot be read, is not the one
+    /// described by `size` and `modified`, or when it was interrupted. Whoever changes the file from then on gives it
+    /// another time.
+    std::optional<std::string> Checksum(const std::string& path, std::int64_t size, std::int64_t modified,
+                                        const Interruption& isInterrupted = {}) const;
 
     /// A new path below the service's own folder that nothing has.
     std::string WorkPath();

@@ -1,5 +1,7 @@
 #include "service/store/MetadataStore.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <limits>
 #include <stdexcept>
@@ -8,9 +10,8 @@
 namespace service::store {
 namespace {
 
-constexpr std::int64_t FormatVersion = 1;
-
-constexpr const char* Tables = R"(
+// What makes each format of the one before, and so the first one of nothing.
+constexpr std::array<const char*, 2> Formats{R"(
 CREATE TABLE store (id TEXT NOT NULL);
 INSERT INTO store VALUES (lower(hex(randomblob(6))));
 CREATE TABLE resource (
@@ -48,7 +49,11 @@ CREATE TABLE journal (
     inode INTEGER NOT NULL
 );
 PRAGMA user_version = 1;
-)";
+)",
+                                             R"(
+ALTER TABLE resource ADD COLUMN executable INTEGER NOT NULL DEFAULT 0;
+PRAGMA user_version = 2;
+)"};
 
 // A column of the table `resource` and the member of Resource that it keeps.
 template <typename Value>
@@ -75,6 +80,7 @@ constexpr std::tuple Columns{
     Column{"version", &Resource::version},
     Column{"size", &Resource::size},
     Column{"modified", &Resource::modified},
+    Column{"executable", &Resource::isExecutable},
     Column{"md5", &Resource::md5},
     Column{"created", &Resource::created},
     Column{"changed", &Resource::changed},
@@ -127,6 +133,8 @@ MetadataStore::MetadataStore(const std::string& file, const std::string& owner, 
       _child(_database.Handle(), SelectSql("WHERE parent = ? AND name = ?")),
       _byId(_database.Handle(), SelectSql("WHERE id = ?")),
       _children(_database.Handle(), SelectSql("WHERE parent = ? ORDER BY name")),
+      _withoutChecksum(_database.Handle(),
+                       SelectSql("WHERE md5 = '' AND NOT collection AND id > ? ORDER BY id LIMIT 16")),
       _insert(_database.Handle(), InsertSql()),
       _update(_database.Handle(), UpdateSql()),
       _updateTimes(_database.Handle(), "UPDATE resource SET modified = ?, changed = ? WHERE id = ?"),
@@ -144,21 +152,24 @@ std::string MetadataStore::_OpenTables(const std::string& owner, std::int64_t no
     std::int64_t version = 0;
     Statement userVersion(_database.Handle(), "PRAGMA user_version");
     userVersion.Each([&] { version = userVersion.Integer(0); });
-    if (version == 0) {
-        Database::Transaction transaction(_database);
-        _database.Execute(Tables);
-        Statement insert(_database.Handle(), InsertSql());
-        Resource root;
-        root.isCollection = true;
-        root.owner = owner;
-        root.created = now;
-        root.changed = now;
-        root.modified = now * 1000000;
-        WithValues(root, [&](const auto&... columns) { insert.Run(columns...); });
-        transaction.Commit();
-    } else if (version != FormatVersion) {
+    if (version < 0 || version > static_cast<std::int64_t>(Formats.size())) {
         throw std::runtime_error("The metadata is in format " + std::to_string(version) +
-                                 "; this program knows format " + std::to_string(FormatVersion) + " only");
+                                 "; this program knows those up to " + std::to_string(Formats.size()) + " only");
+    }
+    if (version < static_cast<std::int64_t>(Formats.size())) {
+        Database::Transaction transaction(_database);
+        std::for_each(Formats.begin() + version, Formats.end(), [&](const char* sql) { _database.Execute(sql); });
+        if (version == 0) {
+            Statement insert(_database.Handle(), InsertSql());
+            Resource root;
+            root.isCollection = true;
+            root.owner = owner;
+            root.created = now;
+            root.changed = now;
+            root.modified = now * 1000000;
+            WithValues(root, [&](const auto&... columns) { insert.Run(columns...); });
+        }
+        transaction.Commit();
     }
     std::string storeId;
     Statement select(_database.Handle(), "SELECT id FROM store");
@@ -198,6 +209,12 @@ std::vector<Resource> MetadataStore::Children(std::int64_t parent) {
     std::vector<Resource> children;
     _children.Each([&] { children.push_back(_Row(_children)); }, parent);
     return children;
+}
+
+std::vector<Resource> MetadataStore::WithoutChecksum(std::int64_t afterId) {
+    std::vector<Resource> files;
+    _withoutChecksum.Each([&] { files.push_back(_Row(_withoutChecksum)); }, afterId);
+    return files;
 }
 
 void MetadataStore::Insert(Resource& resource) {

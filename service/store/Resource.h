@@ -34,6 +34,8 @@ struct Resource {
     /// The last change of the content, in nanoseconds since 1970: the time that the file or folder has on the disk, in
     /// a folder therefore the last change of its list of children.
     std::int64_t modified = 0;
+    /// Whether a file may be executed by its owner on the disk.
+    bool isExecutable = false;
     /// Of a file's content, 32 lower-case hexadecimal digits; empty until it is computed.
     std::string md5;
     /// When the service first knew of it, by its clock, in milliseconds.

@@ -39,10 +39,11 @@ void UploadFile::Write(std::string_view data) {
     }
 }
 
-void UploadFile::Fill(int source) {
+void UploadFile::Fill(int source, const Interruption& isInterrupted) {
     std::array<char, 65536> buffer{};
     ssize_t count = 0;
     while ((count = read(source, buffer.data(), buffer.size())) > 0) {
+        ThrowIf(isInterrupted);
         Write({buffer.data(), static_cast<std::size_t>(count)});
     }
     if (count < 0) {
@@ -50,20 +51,30 @@ void UploadFile::Fill(int source) {
     }
 }
 
+void UploadFile::SetModified(std::int64_t nanoseconds) {
+    _Require(store::SetModified(_file.Get(), nanoseconds));
+}
+
+void UploadFile::SetExecutable(bool isExecutable) {
+    _Require(store::SetExecutable(_file.Get(), isExecutable));
+}
+
 void UploadFile::Sync() {
-    if (fsync(_file.Get()) != 0) {
-        throw std::system_error(errno, std::generic_category(), "Cannot write the file " + _path);
-    }
+    _Require(fsync(_file.Get()) == 0);
 }
 
 void UploadFile::Finish() {
     struct stat status {};
-    if (fstat(_file.Get(), &status) != 0) {
-        throw std::system_error(errno, std::generic_category(), "Cannot write the file " + _path);
-    }
+    _Require(fstat(_file.Get(), &status) == 0);
     _size = status.st_size;
     _modified = ModifiedNanoseconds(status);
     _checksum = _md5.Finish();
+}
+
+void UploadFile::_Require(bool isDone) const {
+    if (!isDone) {
+        throw std::system_error(errno, std::generic_category(), "Cannot write the file " + _path);
+    }
 }
 
 }  // namespace service::store

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "service/store/FileDescriptor.h"
+#include "service/store/Interruption.h"
 #include "service/store/Md5.h"
 
 namespace service::store {
@@ -22,11 +23,17 @@ public:
 
     void Write(std::string_view data);
 
-    /// Writes everything that can still be read from the descriptor `source`.
-    void Fill(int source);
+    /// Writes everything that can still be read from the descriptor `source`. Throws Interrupted.
+    void Fill(int source, const Interruption& isInterrupted = {});
 
     /// The file stays when this object goes.
     void Keep() { _keep = true; }
+
+    /// Gives it a time (nanoseconds since 1970) in place of that of the last Write(), which has to be over.
+    void SetModified(std::int64_t nanoseconds);
+
+    /// Has it executable for all who may read it, or for nobody, which is how it begins.
+    void SetExecutable(bool isExecutable);
 
     /// Flushes everything to the disk.
     void Sync();
@@ -42,6 +49,8 @@ public:
     const std::string& Checksum() const { return _checksum; }
 
 private:
+    void _Require(bool isDone) const;
+
     FileDescriptor _folder;
     std::string _name;
     std::string _path;

@@ -6,6 +6,7 @@
 #include <cctype>
 
 #include "service/protocol/HttpDate.h"
+#include "service/protocol/UnixTime.h"
 #include "service/protocol/XmlText.h"
 
 namespace service::tree {
@@ -87,6 +88,23 @@ std::string SetAttribute(store::Resource& resource, const std::string& value) {
     return {};
 }
 
+std::string SetModificationTime(store::Resource& resource, const std::string& value) {
+    const auto time = protocol::ParseUnixTime(value);
+    if (resource.isCollection || !time) {
+        return "Only files have this time, and theirs is seconds since 1970 such as '1795169730.5'";
+    }
+    resource.modified = *time;
+    return {};
+}
+
+std::string SetExecutableBit(store::Resource& resource, const std::string& value) {
+    if (resource.isCollection || (!value.empty() && value != "T" && value != "F")) {
+        return "Only files are executable, by 'T' or 'F'";
+    }
+    resource.isExecutable = value == "T";
+    return {};
+}
+
 template <std::string store::Resource::*member>
 bool AppendMember(const store::Resource& resource, std::string& xml) {
     return AppendIfSet(resource.*member, xml);
@@ -163,13 +181,34 @@ const std::vector<LiveProperty>& LiveProperties() {
         {"syncoption", 'P', true, AppendMember<&store::Resource::syncOption>, SetAny<&store::Resource::syncOption>},
         {"linksextractedat", 'P', true, AppendMember<&store::Resource::linksExtractedAt>, SetLinksExtractedAt},
         {"attribute", 'P', true, AppendMember<&store::Resource::attribute>, SetAttribute},
+        {"mtime", 'O', true,
+         [](const store::Resource& r, std::string& xml) {
+             return !r.isCollection && AppendIfSet(protocol::FormatUnixTime(r.modified), xml);
+         },
+         SetModificationTime},
+        {"executable", 'A', true,
+         [](const store::Resource& r, std::string& xml) { return AppendIfSet(r.isExecutable ? "T" : "", xml); },
+         SetExecutableBit},
     };
     return properties;
 }
 
-const LiveProperty* FindLiveProperty(std::string_view name) {
+std::string_view NamespaceOf(const LiveProperty& property) {
+    switch (property.prefix) {
+        case 'O':
+            return "urn:ovsync";
+        case 'A':
+            return "http://apache.org/dav/props/";
+        default:
+            return protocol::DavNamespace;
+    }
+}
+
+const LiveProperty* FindLiveProperty(const protocol::PropertyName& name) {
     const auto& all = LiveProperties();
-    const auto found = std::find_if(all.begin(), all.end(), [&](const LiveProperty& p) { return p.name == name; });
+    const auto found = std::find_if(all.begin(), all.end(), [&](const LiveProperty& p) {
+        return p.name == name.name && NamespaceOf(p) == name.nameSpace;
+    });
     return found == all.end() ? nullptr : &*found;
 }
 

@@ -11,9 +11,13 @@ bool IsCollection(const store::ContentStore::Entry& entry) {
     return entry.kind == store::ContentStore::Kind::Collection;
 }
 
+bool HasContentOf(const store::Resource& known, const store::ContentStore::Entry& found) {
+    return known.isCollection == IsCollection(found) && known.size == found.size && known.modified == found.modified;
+}
+
 // Whether the metadata still describes what is on the disk.
 bool Describes(const store::Resource& known, const store::ContentStore::Entry& found) {
-    return known.isCollection == IsCollection(found) && known.size == found.size && known.modified == found.modified;
+    return HasContentOf(known, found) && known.isExecutable == found.isExecutable;
 }
 
 }  // namespace
@@ -21,6 +25,7 @@ bool Describes(const store::Resource& known, const store::ContentStore::Entry& f
 void Observe(store::Resource& resource, const store::ContentStore::Entry& found) {
     resource.size = found.size;
     resource.modified = found.modified;
+    resource.isExecutable = found.isExecutable;
 }
 
 Reconciler::Reconciler(store::ContentStore& content, store::MetadataStore& metadata, store::Clock& clock,
@@ -51,8 +56,10 @@ bool Reconciler::_Adopt(const store::Resource& parent, std::optional<store::Reso
 }
 
 void Reconciler::_Refresh(store::Resource& known, const store::ContentStore::Entry& found) {
-    known.version += known.isCollection ? 0 : 1;
-    known.md5.clear();
+    if (!HasContentOf(known, found)) {
+        known.version += known.isCollection ? 0 : 1;
+        known.md5.clear();
+    }
     known.changed = _clock.Now();
     Observe(known, found);
     _metadata.Update(known);

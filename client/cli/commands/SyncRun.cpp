@@ -61,6 +61,18 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 
 }  // namespace
 
+pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root) {
+    pass::ServiceFolder service;
+    service.folder = connection.Folder(location.serverPath);
+    service.folder.localPath = root;
+    service.address = AddressOf(location);
+    service.folders = &connection.Folders();
+    service.files = &connection.Files();
+    service.newConnection = [&connection] { return connection.NewContentConnection(); };
+    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
+    return service;
+}
+
 ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
                  Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
@@ -81,17 +93,10 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     const auto records = std::make_shared<RecordDatabase>(
         root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
-    pass::ServiceFolder service;
-    service.folder = connection.Folder(location.serverPath);
-    service.folder.localPath = root;
-    service.address = AddressOf(location);
+    pass::ServiceFolder service = ServiceFolderAt(connection, location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
-    service.folders = &connection.Folders();
-    service.files = &connection.Files();
     service.updater = updater.get();
-    service.newConnection = [&connection] { return connection.NewContentConnection(); };
-    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
 
     SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun);
     pass::SyncPass common(service, tree, *records, options, observer);

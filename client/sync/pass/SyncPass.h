@@ -24,7 +24,8 @@ public:
         QDateTime at;
     };
 
-    /// The arguments outlive this object.
+    /// The arguments outlive this object. In a dry run `tree` is only read; `records` have to be a copy then, as
+    /// RecordDatabase::Access::Try makes one.
     SyncPass(const ServiceFolder& service, local::ILocalTree& tree, store::RecordDatabase& records,
              const SyncOptions& options, report::ISyncObserver& observer);
 

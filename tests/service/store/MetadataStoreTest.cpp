@@ -55,6 +55,7 @@ TEST_F(MetadataStoreTest, KeepsEveryMemberOverARestart) {
     r.size = 5000000000;
     r.modified = 1795169730123456789;
     r.md5 = "m";
+    r.isExecutable = true;
     r.created = 11;
     r.changed = 12;
     _store->Update(r);
@@ -62,10 +63,10 @@ TEST_F(MetadataStoreTest, KeepsEveryMemberOverARestart) {
     const Resource k = _store->Child(1, "f").value();
     EXPECT_EQ(std::tie(k.id, k.parent, k.name, k.isCollection, k.itemId, k.owner, k.privileges, k.visibility,
                        k.classType, k.displayName, k.syncOption, k.linksExtractedAt, k.attribute, k.version, k.size,
-                       k.modified, k.md5, k.created, k.changed),
+                       k.modified, k.isExecutable, k.md5, k.created, k.changed),
               std::tie(r.id, r.parent, r.name, r.isCollection, r.itemId, r.owner, r.privileges, r.visibility,
                        r.classType, r.displayName, r.syncOption, r.linksExtractedAt, r.attribute, r.version, r.size,
-                       r.modified, r.md5, r.created, r.changed));
+                       r.modified, r.isExecutable, r.md5, r.created, r.changed));
 }
 
 TEST_F(MetadataStoreTest, NeverGivesAnIdTwice) {
@@ -161,6 +162,24 @@ TEST_F(MetadataStoreTest, ChecksumOfOtherContentIsNotKept) {
     file.md5 = "fresh";
     _store->SetChecksum(file);
     EXPECT_EQ(_store->Child(1, "f")->md5, "fresh");
+}
+
+TEST(MetadataStoreFile, OfAnEarlierFormatIsBroughtUpToDate) {
+    const test::TemporaryFolder folder;
+    { Database(folder / "m.db").Execute(test::Fixture("metadata-format-1.sql").c_str()); }
+    for (int start = 0; start < 2; ++start) {
+        MetadataStore store(folder / "m.db", "berta", 9000);
+        EXPECT_EQ(store.Root().owner, "anna");
+        const Resource file = store.Child(1, "f").value();
+        EXPECT_EQ(file.id, 7);
+        EXPECT_EQ(file.version, 3);
+        EXPECT_EQ(file.visibility, "hide");
+        EXPECT_EQ(file.md5, "5d41402abc4b2a76b9719d911017c592");
+        EXPECT_EQ(file.changed, 3000);
+        EXPECT_FALSE(file.isExecutable);
+        EXPECT_EQ(store.DeadProperties(7).size(), 1U);
+        EXPECT_EQ(store.LastChange(), 3000);
+    }
 }
 
 TEST(MetadataStoreFile, ThatIsDamagedOrOfAnotherFormatIsNamed) {

@@ -14,6 +14,7 @@ store::Resource File() {
     file.owner = "anna";
     file.version = 3;
     file.size = 1234;
+    file.modified = 1795169730500000000;
     return file;
 }
 
@@ -23,13 +24,20 @@ store::Resource Folder() {
     return folder;
 }
 
-std::string Set(store::Resource& resource, std::string_view name, const std::string& value) {
-    return FindLiveProperty(name)->set(resource, value);
+// By "{namespace}name", or the name alone in DAV:.
+protocol::PropertyName NameOf(const std::string& name) {
+    const std::size_t end = name.find('}');
+    return end == std::string::npos ? protocol::PropertyName{"DAV:", name}
+                                    : protocol::PropertyName{name.substr(1, end - 1), name.substr(end + 1)};
 }
 
-std::string Element(std::string_view name, const store::Resource& resource) {
+std::string Set(store::Resource& resource, const std::string& name, const std::string& value) {
+    return FindLiveProperty(NameOf(name))->set(resource, value);
+}
+
+std::string Element(const std::string& name, const store::Resource& resource) {
     std::string xml;
-    AppendElement(*FindLiveProperty(name), resource, xml);
+    AppendElement(*FindLiveProperty(NameOf(name)), resource, xml);
     return xml;
 }
 
@@ -46,7 +54,8 @@ TEST(LiveProperty, SyncPropertiesHaveOnlyThoseThatAreNotEmpty) {
     EXPECT_EQ(Element("syncproperties", File()),
               "<P:syncproperties><P:resourceid>17</P:resourceid><P:parentid>4</P:parentid><P:version>3</P:version>"
               "<P:versionid>store-17-3</P:versionid><P:itemid>store-17</P:itemid><P:ownerid>anna</P:ownerid>"
-              "<P:privileges>rw</P:privileges><P:visibility>show</P:visibility></P:syncproperties>");
+              "<P:privileges>rw</P:privileges><P:visibility>show</P:visibility>"
+              "<O:mtime>1795169730.5</O:mtime></P:syncproperties>");
 }
 
 TEST(LiveProperty, ClassTypeFollowsTheKindUntilItIsSet) {
@@ -101,6 +110,37 @@ TEST(LiveProperty, DisplayNameIsTheNameUnlessSet) {
     EXPECT_THAT(Element("displayname", file), testing::HasSubstr(">b c.txt<"));
     Set(file, "displayname", "A & B");
     EXPECT_THAT(Element("displayname", file), testing::HasSubstr(">A &amp; B<"));
+}
+
+TEST(LiveProperty, TimeOfAFileIsKeptToTheNanosecond) {
+    store::Resource file = File();
+    EXPECT_EQ(Set(file, "{urn:ovsync}mtime", "1795169730.000000001"), "");
+    EXPECT_EQ(Element("{urn:ovsync}mtime", file), "<O:mtime>1795169730.000000001</O:mtime>");
+    EXPECT_EQ(Element("getlastmodified", file), "<D:getlastmodified>Fri, 20 Nov 2026 10:15:30 GMT</D:getlastmodified>");
+    for (const char* bad : {"", "x", "-1", "1.", ".5", "1,5", "9999999999999999999"}) {
+        EXPECT_NE(Set(file, "{urn:ovsync}mtime", bad), "") << bad;
+    }
+    EXPECT_EQ(file.modified, 1795169730000000001);
+    store::Resource folder = Folder();
+    EXPECT_NE(Set(folder, "{urn:ovsync}mtime", "1"), "");
+    EXPECT_EQ(Element("{urn:ovsync}mtime", folder), "");
+}
+
+TEST(LiveProperty, OnlyAFileThatIsExecutableSaysSo) {
+    const std::string name = "{http://apache.org/dav/props/}executable";
+    store::Resource file = File();
+    EXPECT_EQ(Element(name, file), "");
+    EXPECT_EQ(Set(file, name, "T"), "");
+    EXPECT_EQ(Element(name, file), "<A:executable>T</A:executable>");
+    EXPECT_THAT(Element("syncproperties", file), testing::HasSubstr("<A:executable>T</A:executable>"));
+    for (const char* off : {"F", ""}) {
+        EXPECT_EQ(Set(file, name, "T"), "");
+        EXPECT_EQ(Set(file, name, off), "");
+        EXPECT_FALSE(file.isExecutable);
+    }
+    EXPECT_NE(Set(file, name, "true"), "");
+    store::Resource folder = Folder();
+    EXPECT_NE(Set(folder, name, "T"), "");
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ protected:
     bool Put(const std::string& path, const std::string& content) {
         const auto upload = _tree->NewUpload();
         upload->Write(content);
-        return _tree->Put(path, *upload, "berta", _none).isNew;
+        return _tree->Put(path, *upload, {}, "berta", _none).isNew;
     }
 
     store::Resource Get(const std::string& path) {

@@ -46,7 +46,7 @@ protected:
         const std::optional<FileRecord> record = records.FindFile(Text("a"));
         const PassSides sides{serviceFolder, tree, records, options, Exclusion(nullptr)};
         const RecordMaker maker(serviceFolder, QDateTime());
-        const auto answer = question(FileComparison(sides, maker), record);
+        auto answer = question(FileComparison(sides, maker), record);
         EXPECT_EQ(records.FindFile(Text("a"))->local.modified, record->local.modified);
         EXPECT_EQ(records.FindFile(Text("a"))->file.lastModifiedDate, record->file.lastModifiedDate);
         return answer;
