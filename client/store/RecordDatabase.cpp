@@ -327,6 +327,27 @@ QStringList RecordDatabase::FilePaths() {
     return _Texts("SELECT path FROM files");
 }
 
+int RecordDatabase::FileCount() {
+    return _Texts("SELECT count(*) FROM files").first().toInt();
+}
+
+QVector<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
+    QVector<std::pair<QString, Fingerprint>> fingerprints;
+    Statement& statement =
+        _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files");
+    while (statement.Step()) {
+        RowReader column(statement);
+        std::pair<QString, Fingerprint> row;
+        column(row.first);
+        column(row.second.inode);
+        column(row.second.size);
+        column(row.second.modified);
+        column(row.second.changed);
+        fingerprints.append(row);
+    }
+    return fingerprints;
+}
+
 void RecordDatabase::WriteFile(const FileRecord& record) {
     WriteRow(_Statement("INSERT OR REPLACE INTO files VALUES (" RECORD_VALUES ")"), record);
 }

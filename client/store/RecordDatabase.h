@@ -4,9 +4,11 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QVector>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "client/store/ConflictCopy.h"
 #include "client/store/FileRecord.h"
@@ -63,6 +65,9 @@ public:
     std::optional<FileRecord> FindFile(const QString& path);
     /// In no order.
     QStringList FilePaths();
+    int FileCount();
+    /// Of the files here, by their paths. In no order.
+    QVector<std::pair<QString, Fingerprint>> Fingerprints();
     void WriteFile(const FileRecord& record);
     void ForgetFile(const QString& path);
 

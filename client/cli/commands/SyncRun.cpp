@@ -69,6 +69,7 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
     service.folders = &connection.Folders();
     service.files = &connection.Files();
     service.newConnection = [&connection] { return connection.NewContentConnection(); };
+    service.isEmpty = [&connection](const QString& serverPath) { return connection.IsEmpty(serverPath); };
     service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
     return service;
 }

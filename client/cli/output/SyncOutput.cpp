@@ -34,6 +34,7 @@ constexpr KindText Texts[] = {
     {Kind::FolderMade, "folderMade", "made", "folder* made"},
     {Kind::Sent, "sent", "sent", "sent"},
     {Kind::FolderSent, "folderSent", "made there", "folder* made on the service"},
+    {Kind::DeletedThere, "deletedThere", "deleted there", "deleted on the service"},
     {Kind::DeletedHere, "deletedHere", "only there", "deleted here and still on the service"},
     {Kind::NewerThere, "newerThere", "newer there", "newer on the service"},
     {Kind::Skipped, "skipped", "skipped", "skipped"},

@@ -58,6 +58,16 @@ bool LocalSnapshot::Has(const QString& path, LocalEntry::Kind kind) const {
     return entry != entries.end() && entry->kind == kind;
 }
 
+QStringList LocalSnapshot::Others() const {
+    QStringList others;
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        if (entry->kind == LocalEntry::Kind::Other) {
+            others.append(entry.key());
+        }
+    }
+    return others;
+}
+
 LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
     LocalSnapshot snapshot;
     QStringList folders(QString{});

@@ -11,6 +11,7 @@ namespace pass {
 using local::Exclusion;
 using local::FoldedPath;
 using local::FolderOf;
+using local::LocalSnapshot;
 using local::ReasonAgainst;
 using report::SyncEvent;
 using sync::config::FileConfiguration;
@@ -40,6 +41,8 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
         _files.insert(path, file);
     }
     _RemoveRefused();
+    _hasChecksums = std::any_of(_files.begin(), _files.end(),
+                                [](const FileConfiguration& file) { return !file.md5Checksum.isEmpty(); });
 }
 
 void RemoteTree::RefuseClashes(const QStringList& local, bool tellsCaseApart, bool tellsFormsApart) {
@@ -73,9 +76,24 @@ void RemoteTree::LeaveOut(const QString& path) {
     _RemoveRefused();
 }
 
-bool RemoteTree::HasChecksums() const {
-    return std::any_of(_files.begin(), _files.end(),
-                       [](const FileConfiguration& file) { return !file.md5Checksum.isEmpty(); });
+QVector<SyncEvent> RemoteTree::LeaveOutLinks(const LocalSnapshot& snapshot) {
+    QVector<SyncEvent> events;
+    for (const QString& path : snapshot.Others()) {
+        if (HasFile(path) || HasFolder(path)) {
+            events.append({SyncEvent::Kind::Refused, path,
+                           QStringLiteral("it is neither a file nor a folder here, and one of both on the service")});
+        } else {
+            events.append({SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder")});
+        }
+        _refusedPaths.insert(path);
+    }
+    _RemoveRefused();
+    return events;
+}
+
+void RemoteTree::Forget(const QString& path) {
+    _files.remove(path);
+    _folders.erase(path);
 }
 
 bool RemoteTree::IsRefused(const QString& path) const {

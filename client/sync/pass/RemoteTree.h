@@ -8,6 +8,7 @@
 #include <set>
 
 #include "client/sync/local/Exclusion.h"
+#include "client/sync/local/LocalSnapshot.h"
 #include "client/sync/pass/ServiceFolder.h"
 #include "client/sync/report/SyncEvent.h"
 #include "host/configuration/FileConfiguration.h"
@@ -32,13 +33,20 @@ public:
     /// Takes out what lies at and below `path`: nobody knows what to make of it. Tells of nothing.
     void LeaveOut(const QString& path);
 
+    /// Takes out what lies at and below every place where neither a file nor a folder is here, and returns what is to be
+    /// told of these.
+    [[nodiscard]] QVector<report::SyncEvent> LeaveOutLinks(const local::LocalSnapshot& snapshot);
+
+    /// There is nothing at `path` any more, which was a file or an empty folder.
+    void Forget(const QString& path);
+
     /// By their paths, in path order, so that a folder comes before what lies in it.
     const Files& AllFiles() const { return _files; }
     /// In path order. Without the service's folder itself.
     const std::set<QString>& AllFolders() const { return _folders; }
 
     /// Whether any file has a checksum, as the service's have.
-    bool HasChecksums() const;
+    bool HasChecksums() const { return _hasChecksums; }
     bool HasFile(const QString& path) const { return _files.contains(path); }
     bool HasFolder(const QString& path) const { return path.isEmpty() || _folders.count(path) != 0; }
     /// Whether the listing had something at `path`, or above it, that was refused: nobody knows what is there.
@@ -56,6 +64,7 @@ private:
     const QString _prefix;
     Files _files;
     std::set<QString> _folders;
+    bool _hasChecksums = false;
     QSet<QString> _refusedPaths;
     QVector<report::SyncEvent> _refused;
 };

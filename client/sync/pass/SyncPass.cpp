@@ -24,6 +24,14 @@ QString AddressSetting() {
     return QStringLiteral("address");
 }
 
+QString LastPassSetting() {
+    return QStringLiteral("last complete pull");
+}
+
+QString LastFilterSetting() {
+    return QStringLiteral("excluded from it");
+}
+
 }  // namespace
 
 SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::RecordDatabase& records,
@@ -82,6 +90,26 @@ SyncPass::Listing SyncPass::List(const QDateTime& since, const LocalSnapshot& sn
         tree.LeaveOut(closed.path);
     }
     return listing;
+}
+
+SyncPass::Listing SyncPass::ListChanges(const LocalSnapshot& snapshot, bool isHere) {
+    const QDateTime lastPass = QDateTime::fromString(_sides.records.Setting(LastPassSetting()), Qt::ISODate);
+    const bool isSameFilter = _sides.records.Setting(LastFilterSetting()) == _sides.options.filterText;
+    if (!lastPass.isValid() || !isSameFilter || !isHere) {
+        return List(QDateTime(), snapshot);
+    }
+    // When nothing changed the time stays as it is: a wrong answer then costs one pass, and not every change up to it.
+    Listing listing = List(lastPass, snapshot);
+    const bool wasAhead = listing.at.isValid() && listing.at < lastPass;
+    return listing.tree || !wasAhead ? std::move(listing) : List(QDateTime(), snapshot);
+}
+
+void SyncPass::EndListing(const Listing& listing) {
+    const QDateTime time = _report.Outcome() == SyncOutcome::InStep ? listing.at : QDateTime();
+    store::RecordDatabase::Transaction transaction(_sides.records);
+    _sides.records.WriteSetting(LastPassSetting(), time.toUTC().toString(Qt::ISODate));
+    _sides.records.WriteSetting(LastFilterSetting(), _sides.options.filterText);
+    transaction.Commit();
 }
 
 SyncOutcome SyncPass::Run(const std::function<void()>& pass) const {

@@ -48,6 +48,8 @@ private:
     size_t Read(char* bytes, size_t size) override;
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
     void _Send(content::IContentConnection& session);
+    /// Deletes what the service has, unless the file is here again.
+    content::UploadOutcome _Remove(content::IContentConnection& session, const content::ContentVersion& known) const;
     /// Sends the same once more, although it must not be there.
     void _TryConditions(content::IContentConnection& session);
     /// Whether the service has something else than what the upload is to replace.

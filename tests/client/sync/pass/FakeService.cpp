@@ -1,6 +1,9 @@
 #include "tests/client/sync/pass/FakeService.h"
 
+#include <gtest/gtest.h>
+
 #include <QCryptographicHash>
+#include <algorithm>
 
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteVersion.h"
@@ -53,7 +56,12 @@ public:
         _service._folders.insert(PathOf(folder.serverPath));
         return {sync::core::SyncResults::ResultType(0), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
-    sync::core::SyncResults DeleteFolder(FolderConfiguration&) override { throw std::logic_error("not used"); }
+    sync::core::SyncResults DeleteFolder(FolderConfiguration& folder) override {
+        EXPECT_EQ(folder.getServerFolderId(), Text("id of ") + folder.serverPath);
+        _service._Meet("RMCOL", PathOf(folder.serverPath));
+        _service.Remove(PathOf(folder.serverPath));
+        return {sync::core::SyncResults::ResultType(2), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    }
     sync::core::SyncResults MoveFolder(const FolderConfiguration&, const FolderConfiguration&) override {
         throw std::logic_error("not used");
     }
@@ -63,8 +71,13 @@ public:
                _service.unlisted.count(PathOf(folder.serverPath)) != 0;
     }
     bool FileExists(const FileConfiguration&) override { throw std::logic_error("not used"); }
-    bool GetFolderProperties(const FolderConfiguration&, FolderConfiguration&) override {
-        throw std::logic_error("not used");
+    bool GetFolderProperties(const FolderConfiguration& folder, FolderConfiguration& result) override {
+        if (!_service.HasFolder(PathOf(folder.serverPath))) {
+            return false;
+        }
+        result = folder;
+        result.setServerFolderId(Text("id of ") + folder.serverPath);
+        return true;
     }
     std::shared_ptr<QVector<FolderConfiguration>> GetNameSortedDirsByFolder(FolderConfiguration& folder) override {
         _service._Meet("LIST", PathOf(folder.serverPath));
@@ -230,6 +243,20 @@ public:
         return UploadOutcome::Stored;
     }
 
+    bool Remove(const QUrl& url, const ContentVersion& known) override {
+        _Begin("DELETE", url);
+        {
+            const Lock lock(_service._mutex);
+            const auto file = _service._files.find(PathOf(url));
+            if (file != _service._files.end() && !_service.ignoresConditions && !_IsKnown(file->second, known)) {
+                return false;
+            }
+        }
+        _service.Remove(PathOf(url));
+        _service._Meet("DELETED", PathOf(url));
+        return true;
+    }
+
     void Cancel() override { _isCancelled = true; }
 
 private:
@@ -332,6 +359,7 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.folders = _folderManager.get();
     service.files = _fileManager.get();
     service.updater = _updater.get();
+    service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.newConnection = [this] { return std::make_unique<Session>(*this); };
     service.urlOf = [](const QString& serverPath) {
         QUrl url(Text("http://service.test/"));
@@ -343,6 +371,13 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.folder.serverRootPath = Text("S");
     service.folder.localPath = localPath;
     return service;
+}
+
+bool FakeService::_IsEmpty(const QString& path) const {
+    const Lock lock(_mutex);
+    const auto isIn = [&path](const QString& other) { return FolderOf(other) == path; };
+    return std::none_of(_files.begin(), _files.end(), [&isIn](const auto& file) { return isIn(file.first); }) &&
+           std::none_of(_folders.begin(), _folders.end(), isIn) && std::none_of(unlisted.begin(), unlisted.end(), isIn);
 }
 
 int FakeService::Count(const char* method) const {

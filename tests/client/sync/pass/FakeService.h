@@ -44,7 +44,7 @@ public:
     ovsync::pass::ServiceFolder Folder(const QString& localPath);
 
     /// Called before every request with its method and the path that it is for ("LIST", "FIND", "HEAD", "GET", "PUT",
-    /// "SENT" between storing a file and the answer, "MKCOL"), by the thread that makes it. May throw.
+    /// "SENT" between storing a file and the answer, "DELETE", "DELETED" after that, "MKCOL", "RMCOL"), by the thread that makes it. May throw.
     std::function<void(const QString& method, const QString& path)> onRequest;
     /// How many requests there were of a method.
     int Count(const char* method) const;
@@ -83,6 +83,7 @@ private:
     class FileManagerFactory;
     class Session;
 
+    bool _IsEmpty(const QString& path) const;
     void _Meet(const char* method, const QString& path);
     sync::config::FileConfiguration _Describe(const QString& path, const File& file) const;
     QByteArray _Tag(const File& file) const;
