@@ -18,13 +18,35 @@ void Observe(store::Resource& resource, const store::UploadFile& upload) {
 
 }  // namespace
 
+// For what has to work on a full disk.
+template <typename Operation>
+auto ServiceTree::_WithSpace(Operation operation) {
+    return store::WithSpace(operation, [this](int calls) {
+        if (calls > 0 && !_reserve.Release()) {
+            return false;
+        }
+        try {
+            _metadata.RecycleSpace();
+        } catch (const std::system_error&) {
+            // That takes space, too, when the metadata has grown.
+        }
+        return true;
+    });
+}
+
 ServiceTree::ServiceTree(const std::string& directory, const std::string& owner)
     : _content(directory),
-      _metadata(_content.OwnFile("metadata.db"), owner, _clock.Now()),
+      _reserve(_content.OwnFile("reserve")),
+      _metadata(
+          store::WithSpace([&] { return store::MetadataStore(_content.OwnFile("metadata.db"), owner, _clock.Now()); },
+                           [this](int /*calls*/) { return _reserve.Release(); })),
       _reconciler(_content, _metadata, _clock, owner) {
-    _content.Undo(_metadata.Journal());
-    _metadata.ClearJournal();
+    _WithSpace([this] {
+        _content.Undo(_metadata.Journal());
+        _metadata.ClearJournal();
+    });
     _content.ClearWork();
+    _reserve.Fill();
     _clock.NotBefore(_metadata.LastChange());
 }
 
@@ -141,21 +163,25 @@ Listing ServiceTree::_List(const std::string& path, const store::Resource& resou
 Listing ServiceTree::List(const protocol::Address& address, protocol::Request::Depth depth, bool wantsDeadProperties,
                           const store::Interruption& isInterrupted) {
     const std::lock_guard lock(_mutex);
-    const std::string path = _ExistingPath(address);
-    Listing listing = _List(path, _Existing(path), depth, isInterrupted);
-    if (wantsDeadProperties) {
-        for (Listing::Entry& entry : listing.entries) {
-            entry.deadProperties = _metadata.DeadProperties(entry.resource.id);
+    return _WithSpace([&] {
+        const std::string path = _ExistingPath(address);
+        Listing listing = _List(path, _Existing(path), depth, isInterrupted);
+        if (wantsDeadProperties) {
+            for (Listing::Entry& entry : listing.entries) {
+                entry.deadProperties = _metadata.DeadProperties(entry.resource.id);
+            }
         }
-    }
-    return listing;
+        return listing;
+    });
 }
 
 ServiceTree::Opened ServiceTree::Open(const std::string& path, const Preconditions& preconditions) {
     const std::lock_guard lock(_mutex);
-    store::Resource resource = _Existing(path);
-    _Check(preconditions, path, resource);
-    return {resource, resource.isCollection ? store::FileDescriptor() : _content.Open(path)};
+    return _WithSpace([&] {
+        store::Resource resource = _Existing(path);
+        _Check(preconditions, path, resource);
+        return Opened{resource, resource.isCollection ? store::FileDescriptor() : _content.Open(path)};
+    });
 }
 
 std::optional<store::ContentStore::OpenFile> ServiceTree::OpenSyncConfiguration() const {
@@ -248,19 +274,27 @@ void ServiceTree::Remove(const protocol::Address& address, const Preconditions& 
     const std::string removed = _content.WorkPath();
     {
         const std::lock_guard lock(_mutex);
-        const std::string path = _ExistingPath(address);
-        if (path.empty()) {
-            throw protocol::HttpError(403, "The root cannot be removed");
-        }
-        const store::Resource resource = _Existing(path);
-        _Check(preconditions, path, resource);
-        store::Resource parent = _ParentOfNew(path);
-        _Change({{path, removed}}, [&] {
-            _metadata.RemoveTree(resource.id);
-            _reconciler.ChildrenChanged(parent, protocol::ParentPath(path));
-        });
+        _WithSpace([&] { _Remove(address, preconditions, removed); });
     }
     _content.RemoveWork(removed);
+    const std::lock_guard lock(_mutex);
+    _reserve.Fill();
+}
+
+// What is at `address` goes to the work path `removed`.
+void ServiceTree::_Remove(const protocol::Address& address, const Preconditions& preconditions,
+                          const std::string& removed) {
+    const std::string path = _ExistingPath(address);
+    if (path.empty()) {
+        throw protocol::HttpError(403, "The root cannot be removed");
+    }
+    const store::Resource resource = _Existing(path);
+    _Check(preconditions, path, resource);
+    store::Resource parent = _ParentOfNew(path);
+    _Change({{path, removed}}, [&] {
+        _metadata.RemoveTree(resource.id);
+        _reconciler.ChildrenChanged(parent, protocol::ParentPath(path));
+    });
 }
 
 ServiceTree::Destination ServiceTree::_Destination(const std::string& from, const std::string& to, bool overwrite) {

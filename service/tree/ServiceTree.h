@@ -14,6 +14,7 @@
 #include "service/store/Clock.h"
 #include "service/store/ContentStore.h"
 #include "service/store/MetadataStore.h"
+#include "service/store/SpaceReserve.h"
 #include "service/tree/Listing.h"
 #include "service/tree/Preconditions.h"
 #include "service/tree/Reconciler.h"
@@ -26,7 +27,8 @@ namespace service::tree {
 /// Every change is whole or not at all, whether it throws or the process is killed, and is on the disk when the
 /// operation returns.
 /// Throws HttpError when a request cannot be granted, std::system_error and std::runtime_error when the disk or the
-/// database fails. Thread-safe; a checked precondition still holds when the change is made.
+/// database fails. What reads or removes still works on a full disk. Thread-safe; a checked precondition still holds
+/// when the change is made.
 class ServiceTree {
 public:
     /// Serves `directory`, undoing what a killed process left half done. `owner` is said to have made the files
@@ -116,6 +118,8 @@ private:
         std::optional<store::Resource> replaced;
     };
 
+    template <typename Operation>
+    auto _WithSpace(Operation operation);
     std::string _PathOf(const store::Resource& resource);
     std::optional<std::string> _Path(const protocol::Address& address);
     std::string _ExistingPath(const protocol::Address& address);
@@ -124,6 +128,7 @@ private:
     Listing _List(const std::string& path, const store::Resource& resource, protocol::Request::Depth depth,
                   const store::Interruption& isInterrupted);
     void _CopyContent(Listing& source, const std::string& target, const store::Interruption& isInterrupted);
+    void _Remove(const protocol::Address& address, const Preconditions& preconditions, const std::string& removed);
     Destination _Destination(const std::string& from, const std::string& to, bool overwrite);
     void _RefuseOccupied(const std::string& path) const;
     void _Check(const Preconditions& preconditions, const std::string& path,
@@ -134,6 +139,7 @@ private:
 
     store::Clock _clock;
     store::ContentStore _content;
+    store::SpaceReserve _reserve;
     store::MetadataStore _metadata;
     Reconciler _reconciler;
     // Guards _metadata, and keeps it and the content in step.
