@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <stdexcept>
@@ -80,7 +81,10 @@ void GiveTo(const std::string& user, const std::string& folder) {
         throw std::runtime_error(folder + " cannot be given to " + user);
     }
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
-        static_cast<void>(lchown(entry.path().c_str(), owner->pw_uid, owner->pw_gid));
+        // Somebody may be changing the folder meanwhile.
+        if (lchown(entry.path().c_str(), owner->pw_uid, owner->pw_gid) != 0 && errno != ENOENT) {
+            throw std::runtime_error(entry.path().string() + " cannot be given to " + user);
+        }
     }
 }
 
