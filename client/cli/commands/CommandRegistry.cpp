@@ -105,7 +105,6 @@ void CommandRegistry::AddPassOptions(CLI::App* command) {
                      "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
         ->type_name("DAYS")
         ->check(CLI::Range(0, MostDaysKept));
-    MarkAsListingTree(command);
 }
 
 const CommandRegistry::Command* CommandRegistry::Parsed() const {
@@ -114,11 +113,6 @@ const CommandRegistry::Command* CommandRegistry::Parsed() const {
 
 const CommandRegistry::LocalCommand* CommandRegistry::ParsedLocal() const {
     return ParsedOf(_localCommands);
-}
-
-bool CommandRegistry::ListsTree() const {
-    return std::any_of(_treeCommands.begin(), _treeCommands.end(),
-                       [](const CLI::App* command) { return command->parsed(); });
 }
 
 void CommandRegistry::_AddJson(CLI::App* command) {

@@ -61,8 +61,20 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 
 }  // namespace
 
+pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root) {
+    pass::ServiceFolder service;
+    service.folder = connection.Folder(location.serverPath);
+    service.folder.localPath = root;
+    service.address = AddressOf(location);
+    service.folders = &connection.Folders();
+    service.files = &connection.Files();
+    service.newConnection = [&connection] { return connection.NewContentConnection(); };
+    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
+    return service;
+}
+
 ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
-                 Output& output, const std::function<SyncOutcome(pass::PassContext&)>& pass) {
+                 Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
     const QString root = AbsolutePath(arguments.directory);
 
@@ -81,22 +93,15 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     const auto records = std::make_shared<RecordDatabase>(
         root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
-    pass::ServiceFolder service;
-    service.folder = connection.Folder(location.serverPath);
-    service.folder.localPath = root;
-    service.address = AddressOf(location);
+    pass::ServiceFolder service = ServiceFolderAt(connection, location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
-    service.folders = &connection.Folders();
-    service.files = &connection.Files();
     service.updater = updater.get();
-    service.newConnection = [&connection] { return connection.NewContentConnection(); };
-    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
 
     SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun);
-    pass::PassContext context(service, tree, *records, options, observer);
+    pass::SyncPass common(service, tree, *records, options, observer);
     try {
-        const SyncOutcome outcome = pass(context);
+        const SyncOutcome outcome = pass(common);
         observer.Summarise(outcome);
         return ExitCodeOf(outcome);
     } catch (...) {
