@@ -56,7 +56,9 @@ ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& 
                                      const wire::ConnectionSettings& settings)
     : _settings(settings),
       _authenticators(std::make_shared<RequestAuthenticatorFactory>(credentials.user(), credentials.password())) {
-    const auto sessions = std::make_shared<requests::AccountConnections>(settings);
+    wire::ConnectionSettings unlimited = settings;
+    unlimited.bandwidth = 0;
+    const auto sessions = std::make_shared<requests::AccountConnections>(unlimited);
     const auto httpFactory = std::make_shared<requests::HttpFactory>(sessions);
     const auto urlBuilder = std::make_shared<requests::UrlBuilder>();
     _account.baseUrl = baseUrl;
@@ -102,13 +104,21 @@ std::unique_ptr<sync::interf::ICustomFileConfigUpdater> ServiceConnection::NewUp
     return std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
 }
 
-std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {
+std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection(int sharers) const {
     wire::ConnectionSettings settings = _settings;
     // What is shown of several transfers at once is not for one of them to say.
     settings.onProgress = nullptr;
     // Several transfers share a line that may be slow.
     settings.leastRate = 0;
+    settings.bandwidth = (settings.bandwidth + sharers - 1) / sharers;
     return std::make_unique<content::ContentConnection>(settings, _authenticators->CreateAuthenticator(TheServerId));
+}
+
+qint64 ServiceConnection::SizeOf(const QString& serverPath, qint64 recorded) const {
+    if (recorded >= 0) {
+        return recorded;
+    }
+    return recorded == -1 ? _settings.listing.largeSizes->Of(serverPath) : recorded + (Q_INT64_C(1) << 32);
 }
 
 QUrl ServiceConnection::UrlOf(const QString& serverPath) const {

@@ -55,10 +55,15 @@ public:
         std::shared_ptr<sync::interf::IFileConfigManager> records);
 
     /// A session of its own for content, for another thread.
-    std::unique_ptr<content::IContentConnection> NewContentConnection() const;
+    /// `sharers` of them share the bandwidth.
+    std::unique_ptr<content::IContentConnection> NewContentConnection(int sharers = 1) const;
 
     /// The URL of a server path; empty when there is none for it.
     QUrl UrlOf(const QString& serverPath) const;
+
+    /// The size of a file that this connection listed, in bytes, as far as it is known: the library's records hold 32
+    /// bits of it, with their sign. -1 when it is 4 GiB or more and the service did not say it.
+    qint64 SizeOf(const QString& serverPath, qint64 recorded) const;
 
     /// None when the service has no such folder. Throws what the library throws.
     std::optional<FolderListing> List(sync::config::FolderConfiguration folder);

@@ -57,7 +57,7 @@ private:
 
     const sync::http::DAVPropfindRequest::Depth _depth;
     const HrefScope _scope;
-    const wire::ListingLimits::Limit _limit;
+    const wire::ListingLimits _limits;
     qint64 _count = 0;
     Href _href;
     std::string _askedKey;

@@ -1,5 +1,7 @@
 #include "client/wire/HttpConnection.h"
 
+#include <openssl/x509_vfy.h>
+
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <algorithm>
@@ -18,6 +20,7 @@ namespace wire {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Cause = TransactionError::Cause;
 
 const long ReceiveBufferSize = 256L * 1024L;
 const long SendBufferSize = 256L * 1024L;
@@ -31,6 +34,39 @@ struct MultiDeleter {
 
 bool IsLoopback(const QUrl& url) {
     return url.host() == QLatin1String("localhost") || QHostAddress(url.host()).isLoopback();
+}
+
+Cause CauseOf(CURLcode code, long verification) {
+    switch (code) {
+        case CURLE_COULDNT_RESOLVE_HOST:
+            return Cause::UnknownHost;
+        case CURLE_COULDNT_RESOLVE_PROXY:
+            return Cause::UnknownProxy;
+        case CURLE_COULDNT_CONNECT:
+        case CURLE_PROXY:
+            return Cause::NoConnection;
+        case CURLE_OPERATION_TIMEDOUT:
+            return Cause::ConnectTimeout;
+        case CURLE_SSL_CONNECT_ERROR:
+        case CURLE_UNSUPPORTED_PROTOCOL:
+        case CURLE_WEIRD_SERVER_REPLY:
+            return Cause::WrongProtocol;
+        case CURLE_PEER_FAILED_VERIFICATION:
+            if (verification == X509_V_OK) {
+                return Cause::WrongName;
+            }
+            return verification == X509_V_ERR_CERT_HAS_EXPIRED ? Cause::Expired : Cause::NotTrusted;
+        case CURLE_SSL_CACERT_BADFILE:
+            return Cause::NoCertificates;
+        case CURLE_GOT_NOTHING:
+        case CURLE_PARTIAL_FILE:
+        case CURLE_SEND_ERROR:
+        case CURLE_RECV_ERROR:
+        case CURLE_BAD_CONTENT_ENCODING:
+            return Cause::CutOff;
+        default:
+            return Cause::Other;
+    }
 }
 
 QString TransportReason(CURLcode code, const char* detail) {
@@ -72,6 +108,7 @@ public:
         _isDigestAsked = false;
         _refusal = nullptr;
         _detail[0] = '\0';
+        _cause = Cause::Other;
         transaction.Forget();
         if (_knowsBasic && _settings.digestHosts->ForbidBasic(transaction.Url())) {
             // It would send the password without being asked again.
@@ -94,7 +131,7 @@ public:
         }
         if (!failure.isEmpty()) {
             _answer.status = _Status();
-            throw TransactionError(transaction.Method(), transaction.Url(), failure, _answer);
+            throw TransactionError(transaction.Method(), transaction.Url(), failure, _answer, _cause);
         }
     }
 
@@ -118,6 +155,15 @@ private:
         _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(_settings.connectLimit.count()));
         _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
         _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
+        if (_settings.bandwidth > 0) {
+            _Set(CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(_settings.bandwidth));
+            _Set(CURLOPT_MAX_SEND_SPEED_LARGE, static_cast<curl_off_t>(_settings.bandwidth));
+            // A larger piece would be waited for, without a sign of life.
+            _Set(CURLOPT_BUFFERSIZE, static_cast<long>(std::clamp<qint64>(_settings.bandwidth, CURL_MAX_WRITE_SIZE / 16,
+                                                                          ReceiveBufferSize)));
+            _Set(CURLOPT_UPLOAD_BUFFERSIZE,
+                 static_cast<long>(std::clamp<qint64>(_settings.bandwidth, CURL_MAX_WRITE_SIZE, SendBufferSize)));
+        }
         _Set(CURLOPT_SSL_VERIFYPEER, 1L);
         _Set(CURLOPT_SSL_VERIFYHOST, 2L);
         if (!_settings.caFile.isEmpty()) {
@@ -225,15 +271,18 @@ private:
             if (active > 0) {
                 _lastSign = Clock::now();
             } else if (silence() >= _settings.silenceLimit) {
+                _cause = Cause::Silence;
                 return QStringLiteral("nothing was received or sent for %1 s")
                     .arg(static_cast<double>(_settings.silenceLimit.count()) / 1000.0);
             }
             if (_IsTooSlow()) {
+                _cause = Cause::Slowness;
                 return QStringLiteral("less than %1 bytes a second were received for %2 s")
                     .arg(_settings.leastRate)
                     .arg(static_cast<double>(_settings.slownessLimit.count()) / 1000.0);
             }
         }
+        _cause = Cause::Cancelled;
         return QStringLiteral("it was cancelled");
     }
 
@@ -257,6 +306,9 @@ private:
             return QStringLiteral("the HTTP library ended without a result");
         }
         const CURLcode code = message->data.result;
+        long verification = 0;
+        curl_easy_getinfo(_easy.get(), CURLINFO_SSL_VERIFYRESULT, &verification);
+        _cause = CauseOf(code, verification);
         return code == CURLE_OK ? QString() : TransportReason(code, _detail);
     }
 
@@ -428,6 +480,8 @@ private:
     /// Whether the HTTP library may have answered somebody with Basic, and would do so again without being asked.
     bool _knowsBasic = false;
     std::exception_ptr _refusal;
+    /// Why the transaction failed on the way.
+    Cause _cause = Cause::Other;
 };
 
 HttpConnection::HttpConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)

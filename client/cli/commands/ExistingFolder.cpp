@@ -21,15 +21,17 @@ sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, cons
     file.serverId = folder.serverId;
     file.serverPath = folder.serverPath;
     if (connection.Folders().FileExists(file)) {
-        throw input::UsageError(QStringLiteral("/%1 is a file, and %2 works on folders only")
+        throw input::UsageError(QStringLiteral("\"%1\" is a file, and %2 works on folders only")
                                     .arg(folder.serverPath, QLatin1String(command)));
     }
     ThrowNoSuchFolder(location);
 }
 
 void ThrowNoSuchFolder(const Location& location) {
+    QUrl url = location.baseUrl;
+    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
     throw sync::http::HttpException(QStringLiteral("The service has no folder /%1").arg(location.serverPath),
-                                    wire::HttpStatus::NotFound, QUrl());
+                                    wire::HttpStatus::NotFound, url);
 }
 
 }  // namespace commands

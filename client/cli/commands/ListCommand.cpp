@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/commands/ListedEntries.h"
 
 namespace ovsync {
 namespace commands {
@@ -17,11 +18,13 @@ using output::WriteEntries;
 
 namespace {
 
-void ListFolder(ServiceConnection& connection, const Location& location, ListFormat format, Output& output) {
-    const std::optional<FolderListing> listing = connection.List(connection.Folder(location.serverPath));
+void ListFolder(ServiceConnection& connection, const Location& location, const local::Exclusion& excluded,
+                ListFormat format, Output& output) {
+    std::optional<FolderListing> listing = connection.List(connection.Folder(location.serverPath));
     if (!listing) {
         ThrowNoSuchFolder(location);
     }
+    PrepareEntries(connection, location, excluded, listing->folders, listing->files);
     WriteEntries(listing->folders, listing->files, format, output);
     if (format == ListFormat::Json) {
         output.Write("\n");
@@ -31,12 +34,14 @@ void ListFolder(ServiceConnection& connection, const Location& location, ListFor
 }  // namespace
 
 void AddListCommand(CommandRegistry& registry) {
-    CLI::App* const command =
-        registry.AddAction("ls", "Lists the sub-folders and the files of a folder, one name a line, in name order.",
-                           [](ServiceConnection& connection, const Location& location, const Arguments& given,
-                              Output& output) { ListFolder(connection, location, given.Format(), output); });
+    CLI::App* const command = registry.AddAction(
+        "ls", "Lists the sub-folders and the files of a folder, one name a line, in name order.",
+        [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+            ListFolder(connection, location, given.Excluded(), given.Format(), output);
+        });
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     registry.AddLong(command);
+    registry.AddExclude(command);
 }
 
 }  // namespace commands

@@ -44,6 +44,7 @@ void AddMoveCommand(CommandRegistry& registry) {
             MoveFolder(connection, location, Location::FromUrl(QString::fromStdString(given.destination)), given.isJson,
                        output);
         });
+    registry.MarkAsWriting(command);
     CommandRegistry::AddText(command, "FROM", "The folder, for example http://host/folder/", registry.Given().url);
     CommandRegistry::AddText(command, "TO", "Its new URL, for example http://host/elsewhere/name/",
                              registry.Given().destination);

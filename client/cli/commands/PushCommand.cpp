@@ -18,7 +18,9 @@ using output::Output;
 namespace {
 
 ExitCode Push(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
-    return RunPass(connection, location, arguments, output,
+    SyncArguments used = arguments;
+    used.isPush = true;
+    return RunPass(connection, location, used, output,
                    [](pass::PassContext& context) { return push::PushPass(context).Run(); });
 }
 
@@ -32,6 +34,7 @@ void AddPushCommand(CommandRegistry& registry) {
     CommandRegistry::AddText(command, "DIR", "The local folder, which must be there", registry.Given().directory);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     registry.AddPassOptions(command);
+    registry.MarkAsWriting(command);
 }
 
 }  // namespace commands

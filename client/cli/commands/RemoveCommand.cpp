@@ -36,6 +36,7 @@ void AddRemoveCommand(CommandRegistry& registry) {
         registry.AddAction("rm", "Removes a folder and everything in it.",
                            [](ServiceConnection& connection, const Location& location, const Arguments& given,
                               Output& output) { RemoveFolder(connection, location, given.isJson, output); });
+    registry.MarkAsWriting(command);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/old/", registry.Given().url);
 }
 

@@ -54,7 +54,7 @@ PassContext::PassContext(const ServiceFolder& service, ILocalTree& tree, store::
       _tree(tree),
       _records(records),
       _options(options),
-      _exclusion(options.filter),
+      _exclusion(options.exclusion),
       _trash(tree, QDateTime::currentDateTimeUtc(), options.daysKept),
       _installer(tree, records, _trash),
       _observer(observer) {}
@@ -105,7 +105,7 @@ std::optional<RemoteTree> PassContext::List(const QDateTime& since, const LocalS
     const int status = _service.folders->GetAllFilesAndSubFoldersByFolder(folder, folders, files);
     ThrowIfStopped();
     if (status == HttpStatus::NotFound) {
-        throw HttpException(QStringLiteral("There is no folder %1").arg(_service.address), status, QUrl());
+        throw HttpException(QStringLiteral("The service has no folder %1").arg(_service.address), status, QUrl());
     }
     _listedAt = folder.getLastServerSyncRequestTime();
     if (status != 0) {
@@ -287,8 +287,8 @@ void PassContext::ReportFailure(const QString& path, const std::exception_ptr& e
             throw;
         }
         if (IsRefusal(e.StatusCode())) {
-            Report(SyncEvent::Kind::Refused, path, e.Message());
-        } else if (_IsTooMuch(path, e.Message())) {
+            Report({SyncEvent::Kind::Refused, path, e.Message(), 0, error});
+        } else if (_IsTooMuch({SyncEvent::Kind::Failed, path, e.Message(), 0, error})) {
             throw;
         }
     } catch (const store::StoreError&) {
@@ -297,16 +297,16 @@ void PassContext::ReportFailure(const QString& path, const std::exception_ptr& e
         if (e.ConcernsWholeDisk()) {
             throw;
         }
-        Report(SyncEvent::Kind::Refused, path, e.Message());
+        Report({SyncEvent::Kind::Refused, path, e.Message(), 0, error});
     } catch (const sync::core::SyncException& e) {
-        if (_IsTooMuch(path, e.Message())) {
+        if (_IsTooMuch({SyncEvent::Kind::Failed, path, e.Message(), 0, error})) {
             throw;
         }
     }
 }
 
-bool PassContext::_IsTooMuch(const QString& path, const QString& failure) {
-    Report(SyncEvent::Kind::Failed, path, failure);
+bool PassContext::_IsTooMuch(const SyncEvent& failure) {
+    Report(failure);
     return ++_failuresInARow >= PatienceWithFailures;
 }
 

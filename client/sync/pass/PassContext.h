@@ -93,7 +93,7 @@ private:
     /// Whether the service still has the content of the record, which knows no version.
     bool _HasContentOfRecord(const sync::config::FileConfiguration& remote, const store::FileRecord& record);
     /// Tells of the failure. True when so many came in a row that the pass is to end.
-    bool _IsTooMuch(const QString& path, const QString& failure);
+    bool _IsTooMuch(const report::SyncEvent& failure);
 
     const ServiceFolder& _service;
     local::ILocalTree& _tree;

@@ -89,7 +89,7 @@ void PullPass::_Pull() {
 
 std::optional<RemoteTree> PullPass::_List(const LocalSnapshot& snapshot) {
     const QDateTime lastPass = QDateTime::fromString(_context.Records().Setting(LastPassSetting()), Qt::ISODate);
-    const bool isSameFilter = _context.Records().Setting(LastFilterSetting()) == _context.Options().filterText;
+    const bool isSameFilter = _context.Records().Setting(LastFilterSetting()) == _context.Options().exclusion.Text();
     if (!lastPass.isValid() || !isSameFilter || !_IsAllHere(snapshot)) {
         return _context.List(QDateTime(), snapshot);
     }
@@ -157,7 +157,7 @@ void PullPass::_TellOrders(const std::deque<PullOrder>& orders) {
     for (const PullOrder& order : orders) {
         if (order.target == PullOrder::Target::Beside) {
             _context.Report(SyncEvent::Kind::Conflict, order.path,
-                            QStringLiteral("it changed here and on the service, whose version is put beside it"));
+                            QStringLiteral("it changed here and on the service, whose version would be put beside it"));
         } else {
             _context.Report(
                 order.target == PullOrder::Target::New ? SyncEvent::Kind::Fetched : SyncEvent::Kind::Updated,
@@ -260,7 +260,7 @@ void PullPass::_Keep(const PullPlan::Gone& gone, const QString& reason) {
 void PullPass::_WriteLastPass(const QDateTime& time) {
     RecordDatabase::Transaction transaction(_context.Records());
     _context.Records().WriteSetting(LastPassSetting(), time.toUTC().toString(Qt::ISODate));
-    _context.Records().WriteSetting(LastFilterSetting(), _context.Options().filterText);
+    _context.Records().WriteSetting(LastFilterSetting(), _context.Options().exclusion.Text());
     transaction.Commit();
 }
 
