@@ -52,7 +52,8 @@ Cause CauseOf(CURLcode code, long verification) {
         case CURLE_WEIRD_SERVER_REPLY:
             return Cause::WrongProtocol;
         case CURLE_PEER_FAILED_VERIFICATION:
-            if (verification == X509_V_OK) {
+            // The chain was fine then, and is not looked at again.
+            if (verification == X509_V_OK || verification == X509_V_ERR_UNSPECIFIED) {
                 return Cause::WrongName;
             }
             return verification == X509_V_ERR_CERT_HAS_EXPIRED ? Cause::Expired : Cause::NotTrusted;

@@ -8,8 +8,11 @@
 #include <ostream>
 #include <string>
 
+#include "tests/client/Fixtures.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/SelfSignedCertificate.h"
 #include "tests/fakes/Text.h"
 
 namespace {
@@ -289,6 +292,61 @@ TEST_F(CommandLineTest, EveryCommandHasHelp) {
         EXPECT_EQ(result.exitCode, 0);
         EXPECT_THAT(result.output.toStdString(), AllOf(HasSubstr("Usage: ovsync"), HasSubstr("Exit status:")));
     }
+}
+
+TEST(CertificateTest, IsTrustedByAFileThatTheEnvironmentOrTheCommandNames) {
+    const tests::SelfSignedCertificate certificate;
+    const QString file = certificate.Files().certificateFile;
+    const auto list = [&certificate](const QStringList& options, const QStringList& environment) {
+        const tests::ScriptedServer server(
+            {tests::ScriptedServer::Answer(tests::FixtureAnswer(Text("statuses/options-foreign-200")).Bytes()),
+             tests::ScriptedServer::Answer(tests::ListingAnswer(Text("apache.xml")))},
+            certificate.Files());
+        return RunOvsync(QStringList({Text("ls"), server.Url(Text("/Projects/A/")).toString()}) + options, environment);
+    };
+    // What the environment of the tests names is not meant.
+    const QString noBundle = Text("CURL_CA_BUNDLE=");
+    const ProgramResult stranger = list({}, {noBundle, Text("SSL_CERT_FILE=")});
+    EXPECT_EQ(stranger.exitCode, 3);
+    EXPECT_THAT(ErrorsOf(stranger), testing::MatchesRegex("ovsync: the certificate of 127.0.0.1:[0-9]+ is not trusted "
+                                                          "\\(--ca-file FILE trusts it\\)\n"));
+    EXPECT_EQ(list({Text("--ca-file"), file}, {}).exitCode, 0);
+    EXPECT_EQ(list({}, {noBundle, Text("SSL_CERT_FILE=") + file}).exitCode, 0);
+    EXPECT_EQ(list({}, {Text("CURL_CA_BUNDLE=") + file, Text("SSL_CERT_FILE=/missing")}).exitCode, 0);
+    EXPECT_EQ(list({Text("--ca-file"), file}, {Text("SSL_CERT_FILE=/missing")}).exitCode, 0);
+    const ProgramResult missing = list({}, {noBundle, Text("SSL_CERT_FILE=/missing")});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_THAT(ErrorsOf(missing), HasSubstr("SSL_CERT_FILE=/missing: "));
+}
+
+TEST(WebPageTest, IsNotShownUnlessAskedFor) {
+    const Service service({Text("--fault"), Text("error-page,method=PROPFIND")});
+    for (const char* command : {"ls", "tree", "du", "stat"}) {
+        const ProgramResult result = RunOvsync({Text(command), service.Url()});
+        EXPECT_THAT(ErrorsOf(result),
+                    AllOf(HasSubstr("is not a WebDAV server, at least not at its root: a web page came"),
+                          Not(HasSubstr("<")), Not(HasSubstr("200"))));
+    }
+    EXPECT_THAT(ErrorsOf(RunOvsync({Text("ls"), Text("-v"), service.Url()})), HasSubstr("<html>"));
+}
+
+TEST(WebPageTest, IsNotShownForASingleFileEither) {
+    Service service({Text("--fault"), Text("status=403,method=GET")});
+    service.AddFile(Text("a"), "1");
+    const QTemporaryDir folder;
+    const ProgramResult result = RunOvsync({Text("pull"), service.Url(), folder.path()});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(result), testing::MatchesRegex("refused a: 127.0.0.1:[0-9]+ does not let you read \"a\" "
+                                                        "without a user \\(-u USER\\)\n"));
+    const ProgramResult verbose = RunOvsync({Text("pull"), Text("-v"), service.Url(), folder.path()});
+    EXPECT_THAT(ErrorsOf(verbose), AllOf(HasSubstr("GET http://"), HasSubstr("status 403")));
+    const ProgramResult json = RunOvsync({Text("pull"), Text("--json"), service.Url(), folder.path()});
+    const nlohmann::json event = nlohmann::json::parse(json.output.split('\n').first().constData());
+    EXPECT_EQ(event["event"], "refused");
+    EXPECT_EQ(event["kind"], "refused");
+    EXPECT_EQ(event["status"], 403);
+    EXPECT_THAT(event["error"].get<std::string>(), HasSubstr("does not let you read"));
+    EXPECT_THAT(event["detail"].get<std::string>(), HasSubstr("GET http://"));
 }
 
 class LoginTest : public testing::Test {

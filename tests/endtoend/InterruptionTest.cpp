@@ -67,6 +67,17 @@ TEST_P(InterruptionTest, EndsAPullInGoodOrder) {
     EXPECT_THAT(next.output.toStdString(), StartsWith("fetched b\n"));
 }
 
+TEST_P(InterruptionTest, ComesBeforeALargeFileThatMayTakeLittleOfTheBandwidth) {
+    Service service;
+    service.AddFile(Text("a"), QByteArray(64 * 1024 * 1024, 'x'));
+    const ProgramResult result =
+        Interrupt({Text("pull"), Text("--bandwidth"), Text("8K"), service.Url(), _folder.path()},
+                  [this] { return Names().size() == 1; });
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.output, QByteArray("Stopped\n"));
+    EXPECT_EQ(Names(), QStringList());
+}
+
 TEST_P(InterruptionTest, EndsAPushInGoodOrder) {
     Service service({Text("--fault"), Text("hang,method=PUT,request=2")});
     for (const char* name : {"a", "b"}) {

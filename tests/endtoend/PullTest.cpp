@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
@@ -225,6 +227,28 @@ TEST_F(PullTest, NoFolderIsMadeForWhatCannotBePulled) {
     expectError("", "file", 1, "file\" is not a folder");
     expectError("", "link", 2, "link: No such file or directory");
     EXPECT_EQ(Names(), before);
+}
+
+TEST_F(PullTest, AFolderThatCannotBeWrittenIsNamed) {
+    _service.AddFile(Text("a"), "1");
+    ASSERT_TRUE(QFile::setPermissions(_folder.path(), QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+    // Root may write everywhere, unless it gives that up.
+    QStringList command({Text(OVSYNC_PROGRAM), Text("pull"), _service.Url(), _folder.path()});
+    if (geteuid() == 0) {
+        command = QStringList({Text("setpriv"), Text("--bounding-set"), Text("-all")}) + command;
+    }
+    const auto errorsOf = [&command](const QStringList& options) {
+        QProcess process;
+        process.start(command.first(), command.mid(1) + options);
+        EXPECT_TRUE(process.waitForFinished());
+        EXPECT_EQ(process.exitCode(), options.isEmpty() ? 1 : 0);
+        return process.readAllStandardError().toStdString();
+    };
+    EXPECT_EQ(errorsOf({}),
+              "ovsync: the folder \"" + _folder.path().toStdString() + "\" cannot be written: Permission denied\n");
+    EXPECT_EQ(errorsOf({Text("-n")}), "");
+    ASSERT_TRUE(QFile::setPermissions(_folder.path(),
+                                      QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner));
 }
 
 TEST_F(PullTest, WhatCannotBeSyncedIsNamed) {
