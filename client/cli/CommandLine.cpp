@@ -17,16 +17,18 @@
 #include "client/cli/commands/AgentCommand.h"
 #include "client/cli/commands/ListCommand.h"
 #include "client/cli/commands/MakeFolderCommand.h"
-#include "client/cli/commands/MoveCommand.h"
 #include "client/cli/commands/PullCommand.h"
 #include "client/cli/commands/PushCommand.h"
-#include "client/cli/commands/RemoveCommand.h"
 #include "client/cli/commands/SettingsCommand.h"
 #include "client/cli/commands/SizeCommand.h"
 #include "client/cli/commands/StatCommand.h"
 #include "client/cli/commands/TrashCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
+#include "client/cli/files/CopyCommand.h"
+#include "client/cli/files/GetCommand.h"
+#include "client/cli/files/PutCommand.h"
+#include "client/cli/files/RemoveCommand.h"
 #include "client/cli/input/ArgumentOrder.h"
 #include "client/cli/input/Credentials.h"
 #include "client/cli/input/Interruption.h"
@@ -39,7 +41,7 @@
 #include "client/library/ServiceConnection.h"
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/pass/WrongFolder.h"
+#include "client/sync/pass/ServiceFolder.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
 #include "host/core/SyncException.h"
@@ -108,9 +110,13 @@ void AddCommands(CommandRegistry& registry) {
     commands::AddTreeCommand(registry);
     commands::AddSizeCommand(registry);
     commands::AddStatCommand(registry);
+    files::AddGetCommand(registry);
+    files::AddCatCommand(registry);
+    files::AddPutCommand(registry);
     commands::AddMakeFolderCommand(registry);
-    commands::AddRemoveCommand(registry);
-    commands::AddMoveCommand(registry);
+    files::AddRemoveCommand(registry);
+    files::AddMoveCommand(registry);
+    files::AddCopyCommand(registry);
     commands::AddPullCommand(registry);
     commands::AddPushCommand(registry);
     commands::AddSettingsCommand(registry);

@@ -9,10 +9,13 @@ struct HttpStatus {
     static constexpr int Created = 201;
     static constexpr int Accepted = 202;
     static constexpr int NoContent = 204;
+    static constexpr int PartialContent = 206;
     static constexpr int MultiStatus = 207;
     static constexpr int MultipleChoices = 300;
+    static constexpr int MovedPermanently = 301;
     static constexpr int Found = 302;
     static constexpr int NotModified = 304;
+    static constexpr int PermanentRedirect = 308;
     /// The first that says no.
     static constexpr int BadRequest = 400;
     static constexpr int Unauthorized = 401;
@@ -24,6 +27,7 @@ struct HttpStatus {
     static constexpr int Gone = 410;
     static constexpr int PreconditionFailed = 412;
     static constexpr int PayloadTooLarge = 413;
+    static constexpr int RangeNotSatisfiable = 416;
     static constexpr int Locked = 423;
     static constexpr int FailedDependency = 424;
     static constexpr int TooManyRequests = 429;

@@ -238,7 +238,7 @@ TEST_F(CommandLineTest, AnErrorIsAnObjectWhereTheResultWouldBe) {
         return error;
     };
     const nlohmann::json refused = errorOf({Text("ls"), Text("--json"), service.Url() + Text("gone")});
-    EXPECT_THAT(refused["error"].get<std::string>(), HasSubstr("there is no folder \"gone\" on 127.0.0.1:"));
+    EXPECT_THAT(refused["error"].get<std::string>(), HasSubstr("\"gone\" on 127.0.0.1:"));
     EXPECT_EQ(refused["kind"], "refused");
     EXPECT_EQ(refused["status"], 404);
     EXPECT_THAT(refused["detail"].get<std::string>(), HasSubstr("/gone"));

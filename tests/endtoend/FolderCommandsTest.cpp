@@ -88,17 +88,22 @@ TEST_F(FolderCommandsTest, AFileIsInTheWayOfAFolder) {
 TEST_F(FolderCommandsTest, AFolderIsRemovedWithWhatLiesInIt) {
     _service.AddFile(Text("A/b/c.txt"), "c");
     _service.AddFile(Text("B/c.txt"), "c");
-    EXPECT_EQ(OutputOf({Text("rm")}, "A/"), QByteArray());
+    EXPECT_EQ(OutputOf({Text("rm"), Text("-r")}, "A/"), QByteArray());
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("B/\nB/c.txt\n"));
-    const QByteArray removed = OutputOf({Text("rm"), Text("--json")}, "B");
+    const QByteArray removed = OutputOf({Text("rm"), Text("-r"), Text("--json")}, "B");
     EXPECT_EQ(nlohmann::json::parse(removed.constData())["serverPath"], "B");
 }
 
-TEST_F(FolderCommandsTest, OnlyFoldersThatAreThereAreRemoved) {
-    _service.AddFile(Text("a.txt"), "a");
-    ExpectFailure({Text("rm")}, "a.txt", 2, "\"a.txt\" is a file, and rm works on folders only");
-    ExpectFailure({Text("rm")}, "gone", 1, "no folder \"gone\"");
-    EXPECT_EQ(OutputOf({Text("ls")}, ""), QByteArray("a.txt\n"));
+TEST_F(FolderCommandsTest, AFolderThatHasSomethingInItIsRemovedOnlyWhenAskedFor) {
+    _service.AddFile(Text("A/a.txt"), "a");
+    _service.AddFolder(Text("B/b"));
+    _service.AddFolder(Text("C"));
+    ExpectFailure({Text("rm")}, "A", 1, "\"A\" has something in it; rm -r");
+    ExpectFailure({Text("rm")}, "B/", 1, "\"B\" has something in it");
+    ExpectFailure({Text("rm")}, "gone", 1, "there is no file or folder \"gone\"");
+    ExpectFailure({Text("rm"), Text("-r")}, "", 2, "the root cannot be removed");
+    EXPECT_EQ(OutputOf({Text("rm")}, "C"), QByteArray());
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/a.txt\nB/\nB/b/\n"));
 }
 
 TEST_F(FolderCommandsTest, AFolderIsMovedAndKeepsItsId) {
@@ -119,12 +124,13 @@ TEST_F(FolderCommandsTest, NothingIsMovedOverAnything) {
     _service.AddFile(Text("B/c.txt"), "c");
     _service.AddFile(Text("f.txt"), "f");
     const QByteArray before = OutputOf({Text("tree")}, "");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "there is something at the target");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "there is something at the target");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "something at \"B\" already");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "something at \"f.txt\" already");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "missing/A", 1, "400");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "A/inside", 1, "does not accept writing here");
-    ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "g.txt", 2, "\"f.txt\" is a file");
-    ExpectFailure({Text("mv"), _service.Url() + Text("gone")}, "g", 1, "no folder \"gone\"");
+    ExpectFailure({Text("mv"), Text("-f"), _service.Url() + Text("A")}, "f.txt", 1, "a folder replaces nothing");
+    ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "A/b.txt", 1, "something at \"A/b.txt\" already");
+    ExpectFailure({Text("mv"), _service.Url() + Text("gone")}, "g", 1, "there is no file or folder \"gone\"");
     EXPECT_EQ(OutputOf({Text("tree")}, ""), before);
 }
 

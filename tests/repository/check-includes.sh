@@ -34,8 +34,15 @@ client sync/pull 'sync/(pass|local|report)|content|store|wire'
 client sync/push 'sync/(pass|local|report)|content|store|wire'
 allow client/cli/output 'host/|dvsync/|client/(cli/output|sync/(local|report)|store|wire)/'
 allow client/cli/input 'host/|dvsync/|client/(cli/(input|output)|sync/(pass|local)|library|content|requests|wire)/'
+allow client/cli/files 'host/|dvsync/|client/(cli/(files|commands|input|output)|sync/(pass|local|report)|library|content|wire|store)/'
 allow client/cli/commands 'host/|dvsync/|client/'
 allow client 'host/|dvsync/|client/'
+# Of the service's folders each knows those before it.
+allow service/protocol 'service/protocol/'
+allow service/store 'service/(store|protocol)/'
+allow service/tree 'service/(tree|store|protocol)/'
+allow service/dav 'service/(dav|tree|store|protocol)/'
+allow service/http 'service/(http|dav|tree|store|protocol)/'
 allow service 'service/'
 
 # A header of the library that exports nothing is its own affair, and is not installed.

@@ -28,10 +28,8 @@ sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, cons
 }
 
 void ThrowNoSuchFolder(const Location& location) {
-    QUrl url = location.baseUrl;
-    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
     throw sync::http::HttpException(QStringLiteral("The service has no folder /%1").arg(location.serverPath),
-                                    wire::HttpStatus::NotFound, url);
+                                    wire::HttpStatus::NotFound, location.Url());
 }
 
 }  // namespace commands

@@ -20,8 +20,7 @@ namespace {
 ExitCode Push(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
     SyncArguments used = arguments;
     used.isPush = true;
-    return RunPass(connection, location, used, output,
-                   [](pass::PassContext& context) { return push::PushPass(context).Run(); });
+    return RunPass(connection, location, used, output, [](pass::SyncPass& pass) { return push::PushPass(pass).Run(); });
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/commands/FileOnService.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/FileFormat.h"
 #include "client/cli/output/FolderFormat.h"
@@ -53,18 +55,17 @@ void AddListedFields(ServiceConnection& connection, const Location& location, co
 
 void ShowResource(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
     const bool asJson = given.isJson;
-    FolderConfiguration folder;
-    if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
-        if (!location.serverPath.isEmpty()) {
-            AddListedFields(connection, location, given, folder);
-        }
-        output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
+    library::FoundResource found = FindResource(connection, location);
+    if (!found.isFolder) {
+        found.file.size = connection.SizeOf(found.file.serverPath, found.file.size);
+        output.Write(asJson ? JsonObject(found.file) + '\n' : FieldLines(found.file, output));
         return;
     }
-    sync::config::FileConfiguration file =
-        connection.Files().GetFileByName(connection.Folder(location.ParentPath()), location.Name());
-    file.size = connection.SizeOf(file.serverPath, file.size);
-    output.Write(asJson ? JsonObject(file) + '\n' : FieldLines(file, output));
+    FolderConfiguration folder = FindFolder(connection, location, "stat");
+    if (!location.serverPath.isEmpty()) {
+        AddListedFields(connection, location, given, folder);
+    }
+    output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
 }
 
 }  // namespace

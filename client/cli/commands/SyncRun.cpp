@@ -82,7 +82,7 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 }  // namespace
 
 ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
-                 Output& output, const std::function<SyncOutcome(pass::PassContext&)>& pass) {
+                 Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
     const QString root = AbsolutePath(arguments.directory);
     RequireFolder(arguments.directory, root, !arguments.isDryRun);
@@ -122,9 +122,9 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     context.isWriting = arguments.isPush;
     SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun, ErrorText(context),
                         arguments.errors.isVerbose);
-    pass::PassContext passContext(service, tree, *records, options, observer);
+    pass::SyncPass common(service, tree, *records, options, observer);
     try {
-        const SyncOutcome outcome = pass(passContext);
+        const SyncOutcome outcome = pass(common);
         observer.Summarise(outcome);
         return ExitCodeOf(outcome);
     } catch (...) {

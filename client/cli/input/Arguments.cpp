@@ -20,6 +20,7 @@ using output::Progress;
 
 namespace {
 
+const int SilenceLimitsOfAnswer = 30;
 const int SilenceLimitsOfSlowness = 10;
 const qint64 LeastBandwidth = 1024;
 
@@ -79,6 +80,7 @@ wire::ConnectionSettings Arguments::Connecting() const {
     settings.bandwidth = ReadBandwidth(bandwidth);
     settings.silenceLimit =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(silenceLimit));
+    settings.answerLimit = SilenceLimitsOfAnswer * settings.silenceLimit;
     settings.slownessLimit = SilenceLimitsOfSlowness * settings.silenceLimit;
     settings.listing.entries = {maxListingEntries, QString::fromLatin1(EntriesOption)};
     settings.listing.bytes = {maxListingBytes, QString::fromLatin1(BytesOption)};

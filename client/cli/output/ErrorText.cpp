@@ -8,6 +8,7 @@
 #include "client/sync/local/LocalError.h"
 #include "client/sync/report/Cancelled.h"
 #include "client/wire/HttpStatus.h"
+#include "client/wire/Printable.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 
@@ -80,7 +81,7 @@ ErrorMessage ErrorText::Of(const std::exception_ptr& error) const {
         QString text;
         switch (e.Why()) {
             case Cause::WrongAnswer:
-                text = _WrongAnswer(status, e.Answer().contentType, e.Reason());
+                text = _WrongAnswer(e);
                 break;
             case Cause::UnknownHost:
                 text = QStringLiteral("there is no server %1, or its name cannot be looked up").arg(server);
@@ -143,8 +144,7 @@ QString ErrorText::_Refusal(int status, const QString& path) const {
     const QString place = _Place(path);
     switch (status) {
         case HttpStatus::Found:
-            return QStringLiteral("%1 redirects from %2 to somewhere else, which ovsync does not follow")
-                .arg(server, place);
+            return _Redirection(place, QByteArray());
         case HttpStatus::Unauthorized:
             return _context.user.isEmpty()
                        ? QStringLiteral("%1 wants a user and a password (-u USER)").arg(server)
@@ -191,16 +191,25 @@ QString ErrorText::_Refusal(int status, const QString& path) const {
                : QString();
 }
 
-QString ErrorText::_WrongAnswer(int status, const QByteArray& contentType, const QString& reason) const {
-    const QString& server = _context.server;
-    if (status >= HttpStatus::MultipleChoices && status < HttpStatus::BadRequest && status != HttpStatus::NotModified) {
-        return _Refusal(HttpStatus::Found, _context.path);
+QString ErrorText::_WrongAnswer(const TransactionError& error) const {
+    const wire::AnswerSummary& answer = error.Answer();
+    const QString place = _Place(_context.path);
+    const bool isRedirection = answer.status >= HttpStatus::MultipleChoices && answer.status < HttpStatus::BadRequest &&
+                               answer.status != HttpStatus::NotModified;
+    if (isRedirection) {
+        return _Redirection(place, answer.location);
     }
-    if (contentType.contains("html")) {
+    if (answer.contentType.contains("html")) {
         return QStringLiteral("%1 is not a WebDAV server, at least not at %2: a web page came")
-            .arg(server, _Place(_context.path));
+            .arg(_context.server, place);
     }
-    return QStringLiteral("the answer of %1 cannot be used: %2").arg(server, reason);
+    return QStringLiteral("the answer of %1 cannot be used: %2").arg(_context.server, error.Reason());
+}
+
+QString ErrorText::_Redirection(const QString& place, const QByteArray& location) const {
+    const QString target = location.isEmpty() ? QStringLiteral("somewhere else") : wire::Printable(location);
+    return QStringLiteral("%1 redirects from %2 to %3, which ovsync does not follow")
+        .arg(_context.server, place, target);
 }
 
 QString ErrorText::_Place(const QString& path) const {

@@ -4,6 +4,10 @@
 #include <exception>
 
 namespace ovsync {
+namespace wire {
+class TransactionError;
+}
+
 namespace output {
 
 /// What is told of a failure. A plain value.
@@ -44,7 +48,8 @@ public:
 private:
     /// Of an answer that says no. Empty for a status that says nothing in particular.
     QString _Refusal(int status, const QString& path) const;
-    QString _WrongAnswer(int status, const QByteArray& contentType, const QString& reason) const;
+    QString _WrongAnswer(const wire::TransactionError& error) const;
+    QString _Redirection(const QString& place, const QByteArray& location) const;
     QString _Place(const QString& path) const;
 
     const Context _context;

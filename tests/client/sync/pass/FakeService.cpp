@@ -17,7 +17,7 @@ using ovsync::content::UploadOutcome;
 using ovsync::local::FolderOf;
 using ovsync::local::NameOf;
 using ovsync::pass::ListedSize;
-using ovsync::wire::ContentSource;
+using ovsync::wire::IContentSource;
 using ovsync::wire::TransactionError;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
@@ -203,7 +203,7 @@ public:
         return _VersionOf(file);
     }
 
-    UploadOutcome Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+    UploadOutcome Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
                          const ContentVersion& known) override {
         const QString path = PathOf(url);
         _Begin("PUT", url);
