@@ -25,6 +25,7 @@
 #include "client/cli/commands/TrashCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
+#include "client/cli/files/CheckCommand.h"
 #include "client/cli/files/CopyCommand.h"
 #include "client/cli/files/GetCommand.h"
 #include "client/cli/files/PutCommand.h"
@@ -42,9 +43,7 @@
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/ServiceFolder.h"
-#include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
-#include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
@@ -66,7 +65,6 @@ using output::ExitCode;
 using output::LoggedErrors;
 using output::Output;
 using output::ShownInErrors;
-using wire::HttpStatus;
 using wire::TransactionError;
 
 namespace {
@@ -119,24 +117,11 @@ void AddCommands(CommandRegistry& registry) {
     files::AddCopyCommand(registry);
     commands::AddPullCommand(registry);
     commands::AddPushCommand(registry);
+    files::AddCheckCommand(registry);
     commands::AddSettingsCommand(registry);
     commands::AddVersionCommand(registry);
     commands::AddAgentCommand(registry);
     commands::AddTrashCommand(registry);
-}
-
-/// Whether a server that answered the request for the whole tree at `location` with `status` refuses that for any tree.
-bool RefusesTrees(int status, ServiceConnection& connection, const Location& location) {
-    if (status < HttpStatus::BadRequest || status >= HttpStatus::InternalServerError ||
-        status == HttpStatus::Unauthorized || status == HttpStatus::NotFound) {
-        return false;
-    }
-    // Servers word it in too many ways, but one that shows the folder itself can only mean the depth.
-    try {
-        return connection.Folders().FolderExists(connection.Folder(location.serverPath));
-    } catch (const sync::core::SyncException&) {
-        return false;
-    }
 }
 
 }  // namespace
@@ -211,15 +196,11 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         return exitCode;
     } catch (const std::exception& e) {
         ErrorMessage message = ErrorText(context).Of(std::current_exception());
-        if (connection && dynamic_cast<const HttpException*>(&e) != nullptr) {
+        const bool isLastAnswer =
+            connection && connection->LastAnswer().startsWith(QStringLiteral("status %1,").arg(message.status));
+        if (isLastAnswer && dynamic_cast<const HttpException*>(&e) != nullptr) {
             // The library knows the status alone.
-            if (connection->LastAnswer().startsWith(QStringLiteral("status %1,").arg(message.status))) {
-                message.detail += QStringLiteral(" The answer was ") + connection->LastAnswer();
-            }
-            if (registry.ListsTree() && RefusesTrees(message.status, *connection, location)) {
-                message.text = QStringLiteral("%1 does not list a whole tree at once; list it folder by folder with ls")
-                                   .arg(context.server);
-            }
+            message.detail += QStringLiteral(" The answer was ") + connection->LastAnswer();
         }
         const ExitCode exitCode = ExitCodeOf(e);
         if (exitCode == ExitCode::WrongUsage) {

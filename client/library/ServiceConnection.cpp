@@ -8,8 +8,8 @@
 #include "client/library/ServerConfigManager.h"
 #include "client/library/SyncConfigWatch.h"
 #include "client/requests/HttpFactory.h"
+#include "client/requests/PropfindRequest.h"
 #include "client/requests/RequestManager.h"
-#include "client/requests/ResourceQueryRequest.h"
 #include "client/requests/SharedListing.h"
 #include "client/requests/UrlBuilder.h"
 #include "client/wire/HttpStatus.h"
@@ -129,23 +129,26 @@ std::optional<FoundResource> ServiceConnection::Find(const QString& serverPath) 
     if (serverPath.isEmpty()) {
         return FoundResource{true, {}};
     }
-    const auto request = std::make_shared<requests::ResourceQueryRequest>(UrlOf(serverPath));
+    const auto request =
+        std::make_shared<requests::PropfindRequest>(UrlOf(serverPath), sync::http::DAVPropfindRequest::Resource);
     _connection->Execute({request}, [](const auto&, auto) {});
     const int status = request->GetStatusCode();
     if (status == wire::HttpStatus::NotFound || status == wire::HttpStatus::Gone) {
         return std::nullopt;
     }
-    if (request->HasFolder()) {
-        return FoundResource{true, {}};
-    }
-    if (!request->GetResult()) {
+    const auto result = request->GetResult();
+    if (!result) {
         throw sync::http::HttpException(
             QStringLiteral("PROPFIND with url %1 failed with error code %2").arg(request->Url().toString()).arg(status),
             status, request->Url());
     }
-    return FoundResource{false, sync::dv::dvsync::BuildFileConfigFromFindResponse(
-                                    Folder(serverPath.left(qMax(0, serverPath.lastIndexOf(QLatin1Char('/'))))),
-                                    request->GetResult()->singleResponse)};
+    // A file that was asked for stands among the file-like entries, a collection does not.
+    if (result->fileResponses.isEmpty()) {
+        return FoundResource{true, {}};
+    }
+    return FoundResource{
+        false, sync::dv::dvsync::BuildFileConfigFromFindResponse(
+                   Folder(serverPath.left(qMax(0, serverPath.lastIndexOf(QLatin1Char('/'))))), result->singleResponse)};
 }
 
 std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection(int sharers) const {

@@ -92,11 +92,11 @@ public:
 private:
     class Configuration;
 
+    wire::ConnectionSettings _SettingsOfTransfers(int sharers) const;
     std::shared_ptr<RemoteFileManagerFactory> _NewFileManagers(
         const std::shared_ptr<requests::IRequestSender>& sender) const;
     std::unique_ptr<sync::interf::IRemoteFolderManager> _NewFolderManager(
         const std::shared_ptr<requests::IRequestSender>& sender) const;
-    wire::ConnectionSettings _SettingsOfTransfers(int sharers) const;
 
     const wire::ConnectionSettings _settings;
     sync::config::ServerConfiguration _account;

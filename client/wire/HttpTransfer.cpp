@@ -97,6 +97,8 @@ void HttpTransfer::Begin(HttpTransaction& transaction, CURLM* multi) {
     _isHeadComplete = false;
     _isHeadHandedOn = false;
     _isForSlash = false;
+    _streamed = 0;
+    _isAnswerAwaited = false;
     _isDigestAsked = false;
     _streamed = 0;
     _isAnswerAwaited = false;

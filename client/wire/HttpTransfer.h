@@ -94,6 +94,9 @@ private:
     bool _isHeadComplete = false;
     bool _isHeadHandedOn = false;
     bool _isForSlash = false;
+    qint64 _streamed = 0;
+    /// Whether a streamed body is sent to its end and the answer has not begun.
+    bool _isAnswerAwaited = false;
     bool _isDigestAsked = false;
     qint64 _streamed = 0;
     /// Whether a streamed body is sent to its end and the answer has not begun.

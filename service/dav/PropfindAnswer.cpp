@@ -4,7 +4,6 @@
 
 #include "service/protocol/ServerPath.h"
 #include "service/protocol/XmlText.h"
-#include "service/tree/ServiceTree.h"
 
 namespace service::dav {
 namespace {
@@ -50,8 +49,12 @@ bool WantsDeadProperties(const protocol::PropfindRequest& request) {
 }
 
 PropfindAnswer::PropfindAnswer(tree::Listing listing, protocol::PropfindRequest request, bool isMinimal,
-                               tree::ServiceTree& tree)
-    : _listing(std::move(listing)), _kind(request.kind), _isMinimal(isMinimal), _tree(tree), _text(MultistatusBegin()) {
+                               tree::Checksums& checksums)
+    : _listing(std::move(listing)),
+      _kind(request.kind),
+      _isMinimal(isMinimal),
+      _checksums(checksums),
+      _text(MultistatusBegin()) {
     const bool isAll = _kind == protocol::PropfindRequest::Kind::AllProperties;
     if (isAll) {
         for (const tree::LiveProperty& property : tree::LiveProperties()) {
@@ -85,7 +88,6 @@ std::size_t PropfindAnswer::Read(char* buffer, std::size_t size) {
         // What has been written is not needed again, and a listing can be large.
         entries[_next] = {};
         if (++_next == entries.size()) {
-            _KeepChecksums();
             _text += MultistatusEnd;
         }
     }
@@ -94,21 +96,18 @@ std::size_t PropfindAnswer::Read(char* buffer, std::size_t size) {
     return count;
 }
 
-void PropfindAnswer::_KeepChecksums() {
-    if (!_newChecksums.empty()) {
-        _tree.KeepChecksums(_newChecksums);
-        _newChecksums.clear();
+void PropfindAnswer::_CompleteChecksum(tree::Listing::Entry& entry) {
+    if (entry.resource.size <= _bytesLeft) {
+        _bytesLeft -= entry.resource.size;
+        _checksums.Complete(entry);
+    } else {
+        _checksums.CompleteAllLater();
     }
 }
 
 void PropfindAnswer::_Append(tree::Listing::Entry& entry) {
-    constexpr std::size_t checksumsPerTransaction = 1000;
     if (_needsChecksums && !entry.resource.isCollection && entry.resource.md5.empty()) {
-        _tree.CompleteChecksum(entry);
-        _newChecksums.push_back(entry.resource);
-        if (_newChecksums.size() == checksumsPerTransaction) {
-            _KeepChecksums();
-        }
+        _CompleteChecksum(entry);
     }
     _text += "<D:response><D:href>";
     protocol::AppendEscaped(_text, protocol::Href(entry.path, entry.resource.isCollection));

@@ -6,13 +6,12 @@
 #include <array>
 #include <cctype>
 #include <cerrno>
-#include <charconv>
-#include <limits>
 #include <map>
 #include <system_error>
 
 #include "service/dav/FileBody.h"
 #include "service/dav/PropfindAnswer.h"
+#include "service/protocol/ByteRange.h"
 #include "service/protocol/HttpDate.h"
 #include "service/protocol/HttpError.h"
 #include "service/protocol/ServerPath.h"
@@ -62,44 +61,6 @@ int StatusOf(const std::system_error& error) {
         default:
             return 500;
     }
-}
-
-struct Range {
-    std::uint64_t first = 0;
-    std::uint64_t size = 0;
-};
-
-// The one range that is asked for. Nothing when the header is none, or names several, which may be ignored.
-// An empty range cannot be satisfied.
-std::optional<Range> ParseRange(std::string_view text, std::uint64_t size) {
-    constexpr std::string_view unit = "bytes=";
-    if (text.substr(0, unit.size()) != unit || text.find(',') != std::string_view::npos) {
-        return std::nullopt;
-    }
-    text.remove_prefix(unit.size());
-    const std::size_t dash = text.find('-');
-    if (dash == std::string_view::npos || text.size() == 1) {
-        return std::nullopt;
-    }
-    const auto number = [](std::string_view digits, std::uint64_t absent) -> std::optional<std::uint64_t> {
-        std::uint64_t value = absent;
-        const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
-        const bool isNumber = digits.empty() || (error == std::errc() && end == digits.data() + digits.size());
-        return isNumber ? std::optional(value) : std::nullopt;
-    };
-    const auto begin = number(text.substr(0, dash), 0);
-    const auto end = number(text.substr(dash + 1), std::numeric_limits<std::uint64_t>::max());
-    if (!begin || !end) {
-        return std::nullopt;
-    }
-    if (dash == 0) {
-        const std::uint64_t count = std::min(*end, size);
-        return Range{size - count, count};
-    }
-    if (*end < *begin) {
-        return std::nullopt;
-    }
-    return *begin >= size ? Range{} : Range{*begin, std::min(*end, size - 1) - *begin + 1};
 }
 
 // What a header says; nothing when it is not there or cannot be read.
@@ -241,7 +202,8 @@ protocol::Answer WebDavService::_Get(const protocol::Request& request) {
     auto [resource, file] = _tree.Open(path, tree::Preconditions(request));
     if (resource.isCollection) {
         std::string names;
-        for (const auto& entry : _tree.List({path}, protocol::Request::Depth::One, false).entries) {
+        for (const auto& entry :
+             _tree.List({path}, protocol::Request::Depth::One, false, request.isAbandoned).entries) {
             names += entry.path == path
                          ? ""
                          : protocol::LastSegment(entry.path) + (entry.resource.isCollection ? "/\n" : "\n");
@@ -260,9 +222,9 @@ protocol::Answer WebDavService::_Get(const protocol::Request& request) {
     const auto size = static_cast<std::uint64_t>(resource.size);
     const std::string* rangeHeader = request.Header("range");
     const std::string* ifRange = request.Header("if-range");
-    std::optional<Range> range;
+    std::optional<protocol::ByteRange> range;
     if (rangeHeader != nullptr && (ifRange == nullptr || *ifRange == resource.ETag())) {
-        range = ParseRange(*rangeHeader, size);
+        range = protocol::ByteRange::Parse(*rangeHeader, size);
     }
     if (range && range->size == 0) {
         answer = Text(416, "The file has only " + std::to_string(size) + " bytes");
@@ -275,7 +237,7 @@ protocol::Answer WebDavService::_Get(const protocol::Request& request) {
                                                          std::to_string(range->first + range->size - 1) + "/" +
                                                          std::to_string(size));
     }
-    const Range part = range.value_or(Range{0, size});
+    const protocol::ByteRange part = range.value_or(protocol::ByteRange{0, size});
     answer.body = std::make_unique<FileBody>(std::move(file), part.first, part.size);
     return answer;
 }
@@ -349,8 +311,9 @@ protocol::Answer WebDavService::_CopyOrMove(const protocol::Request& request) {
         throw protocol::HttpError(400, request.method + " does not take this Depth");
     }
     const tree::Preconditions preconditions(request);
-    const bool isNew = isMove ? _tree.Move(from, to, overwrite, preconditions)
-                              : _tree.Copy(from, to, depth, overwrite, request.user, preconditions);
+    const bool isNew = isMove
+                           ? _tree.Move(from, to, overwrite, preconditions)
+                           : _tree.Copy(from, to, depth, overwrite, request.user, preconditions, request.isAbandoned);
     protocol::Answer answer;
     answer.status = isNew ? 201 : 204;
     return answer;
@@ -358,7 +321,8 @@ protocol::Answer WebDavService::_CopyOrMove(const protocol::Request& request) {
 
 protocol::Answer WebDavService::_Propfind(const protocol::Request& request) {
     protocol::PropfindRequest wanted = protocol::PropfindRequest::Parse(request.body);
-    tree::Listing listing = _tree.List(request.Where(), request.RequestedDepth(), WantsDeadProperties(wanted));
+    tree::Listing listing =
+        _tree.List(request.Where(), request.RequestedDepth(), WantsDeadProperties(wanted), request.isAbandoned);
     const std::string* date = request.Header("if-modified-since");
     const auto since = date == nullptr ? std::nullopt : protocol::ParseHttpDate(*date);
     protocol::Answer answer;
@@ -377,7 +341,7 @@ protocol::Answer WebDavService::_Propfind(const protocol::Request& request) {
     if (isMinimal) {
         answer.headers.emplace_back("Preference-Applied", "return=minimal");
     }
-    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), isMinimal, _tree);
+    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), isMinimal, _checksums);
     return answer;
 }
 

@@ -5,6 +5,7 @@
 #include "service/dav/ReasonPhrases.h"
 #include "service/protocol/Answer.h"
 #include "service/protocol/Request.h"
+#include "service/tree/Checksums.h"
 #include "service/tree/Preconditions.h"
 #include "service/tree/ServiceTree.h"
 
@@ -13,8 +14,8 @@ namespace service::dav {
 /// Answers the requests of WebDAV clients from a tree. Thread-safe.
 class WebDavService {
 public:
-    /// `tree` must outlive this object and the answers.
-    explicit WebDavService(tree::ServiceTree& tree) : _tree(tree) {}
+    /// `tree` must outlive this object, and this object the answers.
+    explicit WebDavService(tree::ServiceTree& tree) : _tree(tree), _checksums(tree) {}
 
     /// Whether a request with this method can be answered by something else than 405.
     static bool Knows(const std::string& method);
@@ -42,6 +43,7 @@ private:
     protocol::Answer _Proppatch(const protocol::Request& request);
 
     tree::ServiceTree& _tree;
+    tree::Checksums _checksums;
     ReasonPhrases _reasons;
 };
 

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <iostream>
 #include <system_error>
 
+#include "service/protocol/Credentials.h"
 #include "service/protocol/HttpDate.h"
 #include "service/protocol/HttpError.h"
 
@@ -24,6 +26,11 @@ constexpr unsigned IdleSeconds = 300;
 
 int Socket(MHD_Connection* connection) {
     return MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
+}
+
+bool HasLeft(int client) {
+    pollfd state{client, POLLRDHUP, 0};
+    return poll(&state, 1, 0) != 0;
 }
 
 store::FileDescriptor Listen(std::uint16_t port) {
@@ -151,16 +158,13 @@ HttpServer::~HttpServer() {
     MHD_stop_daemon(_daemon);
 }
 
-bool HttpServer::_IsAllowed(MHD_Connection* connection) const {
+bool HttpServer::_IsAllowed(const protocol::Request& request) const {
     if (_options.user.empty()) {
         return true;
     }
-    const auto release = [](char* text) { MHD_free(text); };
-    char* rawPassword = nullptr;
-    const std::unique_ptr<char, decltype(release)> user(MHD_basic_auth_get_username_password(connection, &rawPassword),
-                                                        release);
-    const std::unique_ptr<char, decltype(release)> password(rawPassword, release);
-    return user != nullptr && password != nullptr && _options.user == user.get() && _options.password == password.get();
+    const std::string* header = request.Header("authorization");
+    const auto credentials = header == nullptr ? std::nullopt : protocol::Credentials::Parse(*header);
+    return credentials && credentials->user == _options.user && credentials->password == _options.password;
 }
 
 std::unique_ptr<HttpServer::Exchange> HttpServer::_Begin(MHD_Connection* connection, const char* target,
@@ -169,9 +173,10 @@ std::unique_ptr<HttpServer::Exchange> HttpServer::_Begin(MHD_Connection* connect
     protocol::Request& request = exchange->request;
     request.method = method;
     request.target = target;
+    request.isAbandoned = [this, socket = Socket(connection)] { return _stop.IsStopped() || HasLeft(socket); };
     request.user = _options.user.empty() ? "anonymous" : _options.user;
     MHD_get_connection_values(connection, MHD_HEADER_KIND, &Callbacks::AddHeader, &request.headers);
-    if (!_IsAllowed(connection)) {
+    if (!_IsAllowed(request)) {
         exchange->refusal = dav::WebDavService::Text(401, "The user's name or password is missing or wrong");
         exchange->refusal->headers.emplace_back("WWW-Authenticate", "Basic realm=\"Drovane\", charset=\"UTF-8\"");
         return exchange;

@@ -48,7 +48,7 @@ private:
     // How the HTTP library calls back.
     struct Callbacks;
 
-    bool _IsAllowed(MHD_Connection* connection) const;
+    bool _IsAllowed(const protocol::Request& request) const;
     std::unique_ptr<Exchange> _Begin(MHD_Connection* connection, const char* target, const char* method);
     bool _Finish(MHD_Connection* connection, Exchange& exchange);
     bool _Send(MHD_Connection* connection, protocol::Answer answer);

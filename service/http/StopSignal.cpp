@@ -8,6 +8,11 @@ void StopSignal::Stop() {
     _changed.notify_all();
 }
 
+bool StopSignal::IsStopped() {
+    const std::lock_guard lock(_mutex);
+    return _isStopped;
+}
+
 bool StopSignal::WaitFor(std::chrono::milliseconds time) {
     std::unique_lock lock(_mutex);
     return _changed.wait_for(lock, time, [this] { return _isStopped; });

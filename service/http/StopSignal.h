@@ -11,6 +11,8 @@ class StopSignal {
 public:
     void Stop();
 
+    bool IsStopped();
+
     /// Waits; returns true as soon as the server stops, false when the time is over.
     [[nodiscard]] bool WaitFor(std::chrono::milliseconds time);
 

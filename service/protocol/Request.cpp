@@ -38,6 +38,9 @@ std::string Request::Path() const {
 }
 
 std::string Request::PathOf(std::string_view url) const {
+    if (url.substr(0, 2) == "//") {
+        throw HttpError(400, "The URL '" + std::string(url) + "' has a host, but no scheme");
+    }
     const auto [authority, path] = Split(url);
     const std::string* host = Header("host");
     const bool isForeign = authority.empty() ? url.find("://") < url.find('/')

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -21,6 +22,8 @@ public:
     /// The body, except of a PUT, whose body is a file.
     std::string body;
     std::string user;
+    /// Whether nobody waits for the answer any more. Empty: somebody does.
+    std::function<bool()> isAbandoned;
 
     /// The header with this name (in lower case), or null.
     const std::string* Header(const std::string& name) const;
@@ -40,8 +43,8 @@ public:
     /// Whether the client names itself as one of the service's own: the answers then differ from RFC 4918.
     bool IsOfOwnClient() const;
 
-    /// The server path in a URL that another part of the request gives. Throws HttpError, 502 if it is on another
-    /// server.
+    /// The server path in a URL that another part of the request gives, absolute or without scheme and host. Throws
+    /// HttpError, 502 if it is on another server.
     std::string PathOf(std::string_view url) const;
 
     /// The header Depth, or infinity. Throws HttpError 400.

@@ -8,10 +8,12 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <set>
 #include <stdexcept>
 #include <system_error>
+#include <thread>
 
 #include "service/protocol/ServerPath.h"
 
@@ -49,6 +51,17 @@ std::optional<ContentStore::Entry> Describe(int folder, const std::string& name)
         entry.isExecutable = (status.st_mode & S_IXUSR) != 0;
     }
     return entry;
+}
+
+// The clock by which the system gives files their times stands still for up to 10 ms, and two changes in between could
+// not be told apart.
+void WaitForTheNextTime(std::int64_t modified) {
+    constexpr std::chrono::milliseconds longest(20);
+    const auto now = std::chrono::system_clock::now();
+    const auto age = now.time_since_epoch() - std::chrono::nanoseconds(modified);
+    if (age < longest) {
+        std::this_thread::sleep_for(std::min<std::chrono::nanoseconds>(longest - age, longest));
+    }
 }
 
 }  // namespace
@@ -184,18 +197,30 @@ void ContentStore::SetAttributes(const std::string& path, std::int64_t modified,
     }
 }
 
-std::optional<std::string> ContentStore::Checksum(const std::string& path, std::int64_t size,
-                                                  std::int64_t modified) const try {
+std::optional<std::string> ContentStore::Checksum(const std::string& path, std::int64_t size, std::int64_t modified,
+                                                  const Interruption& isInterrupted) const try {
     const FileDescriptor file = Open(path);
+    const auto isDescribed = [&] {
+        struct stat status {};
+        return fstat(file.Get(), &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink > 0 &&
+               status.st_size == size && ModifiedNanoseconds(status) == modified;
+    };
+    if (!isDescribed()) {
+        return std::nullopt;
+    }
+    WaitForTheNextTime(modified);
     Md5 md5;
     std::array<char, 65536> buffer{};
     ssize_t count = 0;
-    while ((count = read(file.Get(), buffer.data(), buffer.size())) > 0) {
+    constexpr unsigned checkedBlocks = 256;
+    for (unsigned block = 1; (count = read(file.Get(), buffer.data(), buffer.size())) > 0; ++block) {
         md5.Add(buffer.data(), static_cast<std::size_t>(count));
+        const bool isInVain = block % checkedBlocks == 0 && !isDescribed();
+        if (isInVain || (isInterrupted && isInterrupted())) {
+            return std::nullopt;
+        }
     }
-    struct stat status {};
-    if (count < 0 || fstat(file.Get(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size != size ||
-        ModifiedNanoseconds(status) != modified) {
+    if (count < 0 || !isDescribed()) {
         return std::nullopt;
     }
     return md5.Finish();

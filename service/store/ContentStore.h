@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "service/store/FileDescriptor.h"
+#include "service/store/Interruption.h"
 #include "service/store/Rename.h"
 #include "service/store/UploadFile.h"
 
@@ -72,9 +73,11 @@ public:
     /// Gives a file a time (nanoseconds since 1970) and has it executable for all who may read it, or for nobody.
     void SetAttributes(const std::string& path, std::int64_t modified, bool isExecutable);
 
-    /// The checksum of a file, 32 lower-case hexadecimal digits; nothing when it cannot be read or is not the one
-    /// described by `size` and `modified`.
-    std::optional<std::string> Checksum(const std::string& path, std::int64_t size, std::int64_t modified) const;
+    /// The checksum of a file, 32 lower-case hexadecimal digits; nothing when it cannot be read, is not the one
+    /// described by `size` and `modified`, or when it was interrupted. Whoever changes the file from then on gives it
+    /// another time.
+    std::optional<std::string> Checksum(const std::string& path, std::int64_t size, std::int64_t modified,
+                                        const Interruption& isInterrupted = {}) const;
 
     /// A new path below the service's own folder that nothing has.
     std::string WorkPath();

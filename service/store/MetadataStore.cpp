@@ -133,6 +133,8 @@ MetadataStore::MetadataStore(const std::string& file, const std::string& owner, 
       _child(_database.Handle(), SelectSql("WHERE parent = ? AND name = ?")),
       _byId(_database.Handle(), SelectSql("WHERE id = ?")),
       _children(_database.Handle(), SelectSql("WHERE parent = ? ORDER BY name")),
+      _withoutChecksum(_database.Handle(),
+                       SelectSql("WHERE md5 = '' AND NOT collection AND id > ? ORDER BY id LIMIT 16")),
       _insert(_database.Handle(), InsertSql()),
       _update(_database.Handle(), UpdateSql()),
       _updateTimes(_database.Handle(), "UPDATE resource SET modified = ?, changed = ? WHERE id = ?"),
@@ -207,6 +209,12 @@ std::vector<Resource> MetadataStore::Children(std::int64_t parent) {
     std::vector<Resource> children;
     _children.Each([&] { children.push_back(_Row(_children)); }, parent);
     return children;
+}
+
+std::vector<Resource> MetadataStore::WithoutChecksum(std::int64_t afterId) {
+    std::vector<Resource> files;
+    _withoutChecksum.Each([&] { files.push_back(_Row(_withoutChecksum)); }, afterId);
+    return files;
 }
 
 void MetadataStore::Insert(Resource& resource) {

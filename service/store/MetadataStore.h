@@ -32,6 +32,9 @@ public:
     /// In the order of the bytes of their names.
     std::vector<Resource> Children(std::int64_t parent);
 
+    /// Some files without a checksum, those with the lowest ids above `afterId`, in the order of these.
+    std::vector<Resource> WithoutChecksum(std::int64_t afterId);
+
     /// Gives the resource an id of its own (which sets `id` and `itemId`) and keeps it.
     void Insert(Resource& resource);
     /// Keeps all members of the resource with this id.
@@ -69,6 +72,7 @@ private:
     Statement _child;
     Statement _byId;
     Statement _children;
+    Statement _withoutChecksum;
     Statement _insert;
     Statement _update;
     Statement _updateTimes;

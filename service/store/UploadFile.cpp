@@ -39,10 +39,11 @@ void UploadFile::Write(std::string_view data) {
     }
 }
 
-void UploadFile::Fill(int source) {
+void UploadFile::Fill(int source, const Interruption& isInterrupted) {
     std::array<char, 65536> buffer{};
     ssize_t count = 0;
     while ((count = read(source, buffer.data(), buffer.size())) > 0) {
+        ThrowIf(isInterrupted);
         Write({buffer.data(), static_cast<std::size_t>(count)});
     }
     if (count < 0) {

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "service/store/FileDescriptor.h"
+#include "service/store/Interruption.h"
 #include "service/store/Md5.h"
 
 namespace service::store {
@@ -22,8 +23,8 @@ public:
 
     void Write(std::string_view data);
 
-    /// Writes everything that can still be read from the descriptor `source`.
-    void Fill(int source);
+    /// Writes everything that can still be read from the descriptor `source`. Throws Interrupted.
+    void Fill(int source, const Interruption& isInterrupted = {});
 
     /// The file stays when this object goes.
     void Keep() { _keep = true; }

@@ -52,16 +52,21 @@ void ServiceTree::_Change(std::vector<store::Rename> steps, const std::function<
     }
 }
 
+std::string ServiceTree::_PathOf(const store::Resource& resource) {
+    std::string path;
+    for (auto step = std::optional(resource); step && step->parent != 0; step = _metadata.ById(step->parent)) {
+        path = path.empty() ? step->name : protocol::ChildPath(step->name, path);
+    }
+    return path;
+}
+
 // The server path of `address`; nothing when it begins in a folder that is not there.
 std::optional<std::string> ServiceTree::_Path(const protocol::Address& address) {
     if (!address.folder) {
         return address.path;
     }
     const auto folder = _metadata.ByItemId(*address.folder);
-    std::string path;
-    for (auto step = folder; step && step->parent != 0; step = _metadata.ById(step->parent)) {
-        path = path.empty() ? step->name : protocol::ChildPath(step->name, path);
-    }
+    std::string path = folder ? _PathOf(*folder) : "";
     // People may have taken it away.
     const auto found = folder && folder->isCollection ? _reconciler.Find(path) : std::nullopt;
     if (!found || found->id != folder->id) {
@@ -113,10 +118,12 @@ void ServiceTree::_Check(const Preconditions& preconditions, const std::string& 
     preconditions.Check(path, resource, [this](const std::string& other) { return _reconciler.Find(other); });
 }
 
-Listing ServiceTree::_List(const std::string& path, const store::Resource& resource, protocol::Request::Depth depth) {
+Listing ServiceTree::_List(const std::string& path, const store::Resource& resource, protocol::Request::Depth depth,
+                           const store::Interruption& isInterrupted) {
     Listing listing;
     listing.entries.push_back({path, resource, {}});
     for (std::size_t i = 0; i < listing.entries.size(); ++i) {
+        store::ThrowIf(isInterrupted);
         const bool descend =
             depth == protocol::Request::Depth::Infinity || (depth == protocol::Request::Depth::One && i == 0);
         if (descend && listing.entries[i].resource.isCollection) {
@@ -131,10 +138,11 @@ Listing ServiceTree::_List(const std::string& path, const store::Resource& resou
     return listing;
 }
 
-Listing ServiceTree::List(const protocol::Address& address, protocol::Request::Depth depth, bool wantsDeadProperties) {
+Listing ServiceTree::List(const protocol::Address& address, protocol::Request::Depth depth, bool wantsDeadProperties,
+                          const store::Interruption& isInterrupted) {
     const std::lock_guard lock(_mutex);
     const std::string path = _ExistingPath(address);
-    Listing listing = _List(path, _Existing(path), depth);
+    Listing listing = _List(path, _Existing(path), depth, isInterrupted);
     if (wantsDeadProperties) {
         for (Listing::Entry& entry : listing.entries) {
             entry.deadProperties = _metadata.DeadProperties(entry.resource.id);
@@ -270,7 +278,7 @@ ServiceTree::Destination ServiceTree::_Destination(const std::string& from, cons
 }
 
 // Copies the files and folders of `source` to the work path `target`, and sets the checksums of the files in `source`.
-void ServiceTree::_CopyContent(Listing& source, const std::string& target) {
+void ServiceTree::_CopyContent(Listing& source, const std::string& target, const store::Interruption& isInterrupted) {
     const std::string from = source.entries.front().path;
     for (auto& [path, resource, dead] : source.entries) {
         const std::string copyPath = target + path.substr(from.size());
@@ -278,7 +286,7 @@ void ServiceTree::_CopyContent(Listing& source, const std::string& target) {
             _content.MakeFolder(copyPath);
         } else {
             const auto copy = _content.MakeFile(copyPath);
-            copy->Fill(_content.Open(path).Get());
+            copy->Fill(_content.Open(path).Get(), isInterrupted);
             copy->SetExecutable(resource.isExecutable);
             copy->Sync();
             copy->Finish();
@@ -289,13 +297,14 @@ void ServiceTree::_CopyContent(Listing& source, const std::string& target) {
 }
 
 bool ServiceTree::Copy(const std::string& from, const std::string& to, protocol::Request::Depth depth, bool overwrite,
-                       const std::string& user, const Preconditions& preconditions) {
+                       const std::string& user, const Preconditions& preconditions,
+                       const store::Interruption& isInterrupted) {
     const std::lock_guard lock(_mutex);
     const store::Resource original = _Existing(from);
     Destination place = _Destination(from, to, overwrite);
     _Check(preconditions, from, original);
 
-    Listing source = _List(from, original, depth);
+    Listing source = _List(from, original, depth, isInterrupted);
     const std::string made = _content.WorkPath();
     const std::string old = _content.WorkPath();
     std::vector<store::Rename> steps;
@@ -304,7 +313,7 @@ bool ServiceTree::Copy(const std::string& from, const std::string& to, protocol:
     }
     steps.push_back({made, to});
     try {
-        _CopyContent(source, made);
+        _CopyContent(source, made, isInterrupted);
         _Change(steps, [&] {
             if (place.replaced) {
                 _metadata.RemoveTree(place.replaced->id);
@@ -427,11 +436,29 @@ void ServiceTree::_SetAttributes(const std::string& path, const store::Resource&
     }
 }
 
-void ServiceTree::CompleteChecksum(Listing::Entry& entry) {
-    store::Resource& resource = entry.resource;
-    if (!resource.isCollection && resource.md5.empty()) {
-        resource.md5 = _content.Checksum(entry.path, resource.size, resource.modified).value_or("");
+std::vector<Listing::Entry> ServiceTree::WithoutChecksum(std::int64_t afterId) {
+    const std::lock_guard lock(_mutex);
+    std::vector<Listing::Entry> entries;
+    for (store::Resource& file : _metadata.WithoutChecksum(afterId)) {
+        std::string path = _PathOf(file);
+        entries.push_back({std::move(path), std::move(file), {}});
     }
+    return entries;
+}
+
+void ServiceTree::CompleteChecksum(Listing::Entry& entry, const store::Interruption& isInterrupted) {
+    store::Resource& resource = entry.resource;
+    {
+        const std::lock_guard lock(_mutex);
+        const auto known = _metadata.ById(resource.id);
+        if (known && known->size == resource.size && known->modified == resource.modified) {
+            resource.md5 = known->md5;
+        }
+    }
+    if (!resource.md5.empty()) {
+        return;
+    }
+    resource.md5 = _content.Checksum(entry.path, resource.size, resource.modified, isInterrupted).value_or("");
 }
 
 void ServiceTree::KeepChecksums(const std::vector<store::Resource>& resources) {

@@ -36,8 +36,9 @@ public:
     /// The service's time in milliseconds since 1970.
     std::int64_t Now() { return _clock.Now(); }
 
-    /// Throws HttpError 404 when there is nothing at `address`.
-    Listing List(const protocol::Address& address, protocol::Request::Depth depth, bool wantsDeadProperties);
+    /// Throws HttpError 404 when there is nothing at `address`, and Interrupted.
+    Listing List(const protocol::Address& address, protocol::Request::Depth depth, bool wantsDeadProperties,
+                 const store::Interruption& isInterrupted = {});
 
     struct Opened {
         store::Resource resource;
@@ -77,9 +78,10 @@ public:
 
     void Remove(const protocol::Address& address, const Preconditions& preconditions);
 
-    /// Both return whether there was nothing at `to` before.
+    /// Both return whether there was nothing at `to` before. A copy throws Interrupted.
     bool Copy(const std::string& from, const std::string& to, protocol::Request::Depth depth, bool overwrite,
-              const std::string& user, const Preconditions& preconditions);
+              const std::string& user, const Preconditions& preconditions,
+              const store::Interruption& isInterrupted = {});
     bool Move(const std::string& from, const std::string& to, bool overwrite, const Preconditions& preconditions);
 
     /// What became of one instruction of a PROPPATCH.
@@ -100,9 +102,12 @@ public:
     PropertyOutcomes SetProperties(const std::string& path, const protocol::PropertyUpdate& update,
                                    const Preconditions& preconditions);
 
-    /// Computes the checksum if it is not known yet; it stays empty if the file has changed since.
-    void CompleteChecksum(Listing::Entry& entry);
-    /// Keeps the checksums of these files.
+    /// Some files without a checksum, those with the lowest ids above `afterId`, in the order of these.
+    std::vector<Listing::Entry> WithoutChecksum(std::int64_t afterId);
+    /// Computes the checksum of a file, unless it is known by now; it stays empty if the file has changed since, or if
+    /// it was interrupted.
+    void CompleteChecksum(Listing::Entry& entry, const store::Interruption& isInterrupted = {});
+    /// Keeps the checksums of these files, but for those that have changed since.
     void KeepChecksums(const std::vector<store::Resource>& resources);
 
 private:
@@ -111,12 +116,14 @@ private:
         std::optional<store::Resource> replaced;
     };
 
+    std::string _PathOf(const store::Resource& resource);
     std::optional<std::string> _Path(const protocol::Address& address);
     std::string _ExistingPath(const protocol::Address& address);
     store::Resource _Existing(const std::string& path);
     store::Resource _ParentOfNew(const std::string& path);
-    Listing _List(const std::string& path, const store::Resource& resource, protocol::Request::Depth depth);
-    void _CopyContent(Listing& source, const std::string& target);
+    Listing _List(const std::string& path, const store::Resource& resource, protocol::Request::Depth depth,
+                  const store::Interruption& isInterrupted);
+    void _CopyContent(Listing& source, const std::string& target, const store::Interruption& isInterrupted);
     Destination _Destination(const std::string& from, const std::string& to, bool overwrite);
     void _RefuseOccupied(const std::string& path) const;
     void _Check(const Preconditions& preconditions, const std::string& path,

@@ -19,7 +19,6 @@
 
 namespace {
 
-using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using tests::ErrorsOf;

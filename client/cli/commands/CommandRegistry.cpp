@@ -120,7 +120,6 @@ void CommandRegistry::AddPassOptions(CLI::App* command) {
                      "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
         ->type_name("DAYS")
         ->check(CLI::Range(0, MostDaysKept));
-    MarkAsListingTree(command);
 }
 
 const CommandRegistry::Command* CommandRegistry::Parsed() const {

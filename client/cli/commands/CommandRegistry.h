@@ -3,7 +3,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "client/cli/input/Arguments.h"
 #include "client/cli/input/Location.h"
@@ -45,8 +44,6 @@ public:
     void AddExclude(CLI::App* command);
     void AddBandwidth(CLI::App* command);
     void AddPassOptions(CLI::App* command);
-    /// The command needs a listing of a whole tree.
-    void MarkAsListingTree(const CLI::App* command) { _treeCommands.push_back(command); }
     /// The command changes something on the service.
     void MarkAsWriting(const CLI::App* command) { _writingCommands.push_back(command); }
     /// The command takes the URLs of files, too.
@@ -58,7 +55,6 @@ public:
     /// What the command line, once it was read, asks for: null when that is a local command.
     const Command* Parsed() const;
     const LocalCommand* ParsedLocal() const;
-    bool ListsTree() const { return _HasParsed(_treeCommands); }
     bool Writes() const { return _HasParsed(_writingCommands); }
     bool TakesFiles() const { return _HasParsed(_fileCommands); }
 
@@ -71,7 +67,6 @@ private:
     input::Arguments _given;
     std::map<const CLI::App*, Command> _commands;
     std::map<const CLI::App*, LocalCommand> _localCommands;
-    std::vector<const CLI::App*> _treeCommands;
     std::vector<const CLI::App*> _writingCommands;
     std::vector<const CLI::App*> _fileCommands;
 };

@@ -149,7 +149,6 @@ void AddSizeCommand(CommandRegistry& registry) {
         ->type_name("N")
         ->check(CLI::Range(0, MostLevels));
     registry.AddExclude(command);
-    registry.MarkAsListingTree(command);
 }
 
 }  // namespace commands

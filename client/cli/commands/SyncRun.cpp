@@ -81,6 +81,18 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 
 }  // namespace
 
+pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root) {
+    pass::ServiceFolder service;
+    service.folder = connection.Folder(location.serverPath);
+    service.folder.localPath = root;
+    service.address = AddressOf(location);
+    service.folders = &connection.Folders();
+    service.files = &connection.Files();
+    service.newConnection = [&connection] { return connection.NewContentConnection(); };
+    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
+    return service;
+}
+
 ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
                  Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
@@ -101,19 +113,13 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     const auto records = std::make_shared<RecordDatabase>(
         root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
-    pass::ServiceFolder service;
-    service.folder = connection.Folder(location.serverPath);
-    service.folder.localPath = root;
-    service.address = AddressOf(location);
+    pass::ServiceFolder service = ServiceFolderAt(connection, location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
-    service.folders = &connection.Folders();
-    service.files = &connection.Files();
     service.updater = updater.get();
     service.newConnection = [&connection, transfers = arguments.transfers] {
         return connection.NewContentConnection(transfers);
     };
-    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
 
     ErrorText::Context context;
     context.server = location.Server();

@@ -1,7 +1,6 @@
 #include "client/sync/pass/SyncPass.h"
 
 #include "client/sync/local/LocalError.h"
-#include "client/sync/pass/WholeTreeCheck.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -75,7 +74,6 @@ SyncPass::Listing SyncPass::List(const QDateTime& since, const LocalSnapshot& sn
     if (status != 0) {
         return listing;
     }
-    RequireWholeTree(service, *folders, *files);
     RemoteTree& tree = listing.tree.emplace(service, *folders, *files, _sides.exclusion);
     _sides.records.WriteSetting(AddressSetting(), service.address);
     tree.RefuseClashes(snapshot.entries.keys(), _sides.tree.TellsCaseApart(), _sides.tree.TellsUnicodeFormsApart());

@@ -13,6 +13,8 @@ TEST_F(AuthenticationTest, LetsTheUserIn) {
     HttpClient client(_service.Port(), "anna:p:a\xC3\xA4ss");
     EXPECT_EQ(client.Send("PUT", "/f", {}, "x").status, 201);
     EXPECT_EQ(Properties(client, "/f")["ownerid"], "anna");
+    HttpClient other(_service.Port());
+    EXPECT_EQ(other.Send("GET", "/f", {"Authorization: bAsIc YW5uYTpwOmHDpHNz"}).status, 200);
 }
 
 TEST_F(AuthenticationTest, TurnsOthersAwayAndChangesNothingForThem) {
@@ -28,6 +30,7 @@ TEST_F(AuthenticationTest, TurnsOthersAwayAndChangesNothingForThem) {
     EXPECT_FALSE(_folder.Has("f"));
     HttpClient malformed(_service.Port());
     EXPECT_EQ(malformed.Send("GET", "/", {"Authorization: Basic !!!"}).status, 401);
+    EXPECT_EQ(malformed.Send("GET", "/", {"Authorization: Basic YW5uYTpwOmHDpHNz="}).status, 401);
     EXPECT_EQ(malformed.Send("GET", "/", {"Authorization: Bearer abc"}).status, 401);
 }
 

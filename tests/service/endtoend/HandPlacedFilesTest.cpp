@@ -1,4 +1,8 @@
+#include <signal.h>
 #include <sys/stat.h>
+
+#include <chrono>
+#include <thread>
 
 #include "tests/service/ServiceTest.h"
 
@@ -29,6 +33,58 @@ TEST_F(HandPlacedFilesTest, ThatChangeHaveANewVersionAndChecksum) {
     EXPECT_EQ(after["resourceid"], before["resourceid"]);
     EXPECT_EQ(after["checksummd5"], "8a459e8b3f36a46f53288c5d98dd361c");
     EXPECT_EQ(Send("GET", "/f").body, "longer text");
+}
+
+TEST_F(HandPlacedFilesTest, ThatAreLargeAreListedAtOnceAndGetTheirChecksumLater) {
+    _folder.Write("large", "");
+    std::filesystem::resize_file(_folder / "large", 20000000);
+    _folder.Write("small", "hello");
+    EXPECT_EQ(Properties(_client, "/large").count("checksummd5"), 0U);
+    EXPECT_EQ(Properties(_client, "/small")["checksummd5"], "5d41402abc4b2a76b9719d911017c592");
+    const std::string tag = Send("GET", "/large").headers.at("etag");
+    while (Properties(_client, "/large").count("checksummd5") == 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    auto values = Properties(_client, "/large");
+    EXPECT_EQ(values["checksummd5"], "10e4462c9d0b08e7f0b304c4fbfeafa3");
+    EXPECT_EQ(values["version"], "1");
+    EXPECT_EQ(values["getetag"], tag);
+}
+
+TEST_F(HandPlacedFilesTest, ThatAreHugeKeepTheServiceFromNothing) {
+    _folder.Write("huge", "");
+    std::filesystem::resize_file(_folder / "huge", std::uintmax_t{1} << 40U);
+    EXPECT_EQ(Properties(_client, "/huge").count("checksummd5"), 0U);
+    EXPECT_EQ(Status("PUT", "/f", {}, "x"), 201);
+    EXPECT_EQ(Status("DELETE", "/huge"), 204);
+    _folder.Write("huge", "");
+    std::filesystem::resize_file(_folder / "huge", std::uintmax_t{1} << 40U);
+    EXPECT_EQ(Properties(_client, "/huge")["getcontentlength"], "1099511627776");
+    EXPECT_EQ(_service.End(SIGTERM), 0);
+}
+
+TEST_F(HandPlacedFilesTest, ThatAreTakenAwayDoNotHoldUpTheChecksumsOfOthers) {
+    _folder.Write("a", "");
+    std::filesystem::resize_file(_folder / "a", std::uintmax_t{1} << 40U);
+    Properties(_client, "/a");
+    EXPECT_EQ(Status("DELETE", "/a"), 204);
+    _folder.Write("b", "");
+    std::filesystem::resize_file(_folder / "b", 20000000);
+    while (Properties(_client, "/b").count("checksummd5") == 0) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+}
+
+TEST_F(HandPlacedFilesTest, CopyForAClientThatHasLeftEnds) {
+    _folder.Write("huge", "");
+    std::filesystem::resize_file(_folder / "huge", std::uintmax_t{1} << 40U);
+    {
+        RawConnection impatient(_service.Port());
+        impatient.Send("COPY /huge HTTP/1.1\r\nHost: x\r\nDestination: /copy\r\n\r\n");
+        EXPECT_EQ(impatient.Read(200), "");
+    }
+    EXPECT_EQ(Status("GET", "/copy"), 404);
+    EXPECT_TRUE(std::filesystem::is_empty(_folder / ".ovsync-service/work"));
 }
 
 TEST_F(HandPlacedFilesTest, ThatAreTakenAwayVanish) {

@@ -114,6 +114,8 @@ TEST_F(MethodsTest, GetAnswersWithOneRange) {
     EXPECT_EQ(range("bytes=2-4").body, "234");
     EXPECT_EQ(range("bytes=2-4").headers.at("content-range"), "bytes 2-4/10");
     EXPECT_EQ(range("bytes=7-").body, "789");
+    EXPECT_EQ(range("bytes=7-99999999999999999999").body, "789");
+    EXPECT_EQ(range("bytes=99999999999999999999-").status, 416);
     EXPECT_EQ(range("bytes=-3").body, "789");
     EXPECT_EQ(range("bytes=-99").body, "0123456789");
     EXPECT_EQ(range("bytes=8-99").headers.at("content-range"), "bytes 8-9/10");

@@ -38,6 +38,8 @@ TEST(Request, TakesDestinationsOnThisServerOnly) {
     EXPECT_EQ(DestinationStatus("http://127.0.0.1:8081/a"), 502);
     EXPECT_EQ(DestinationStatus("https://127.0.0.1:8080/a"), 502);
     EXPECT_EQ(DestinationStatus("a"), 400);
+    EXPECT_EQ(DestinationStatus("//127.0.0.1:8080/a"), 400);
+    EXPECT_EQ(DestinationStatus("//a"), 400);
     EXPECT_EQ(DestinationStatus("http://127.0.0.1:8080/../a"), 400);
 }
 

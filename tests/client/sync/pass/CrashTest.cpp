@@ -166,7 +166,7 @@ TEST_F(CrashTest, APushThatDiesAtAnyMomentIsCompletedByTheNext) {
         }
         ++moments;
     }
-    EXPECT_GT(moments, 3);
+    EXPECT_GE(moments, 3);
 }
 
 }  // namespace

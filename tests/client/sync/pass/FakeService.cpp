@@ -89,7 +89,7 @@ public:
         }
         folders = std::make_shared<QVector<FolderConfiguration>>();
         for (const QString& path : _service._folders) {
-            if (_service.forgotten.count(path) != 0 || path.count(QLatin1Char('/')) >= _service.levels) {
+            if (_service.forgotten.count(path) != 0) {
                 continue;
             }
             FolderConfiguration listed;
@@ -100,7 +100,7 @@ public:
         *folders += _service.extraFolders;
         files = std::make_shared<QVector<FileConfiguration>>();
         for (const auto& file : _service._files) {
-            if (_service.forgotten.count(file.first) == 0 && file.first.count(QLatin1Char('/')) < _service.levels) {
+            if (_service.forgotten.count(file.first) == 0) {
                 files->append(_service._Describe(file.first, file.second));
             }
         }
