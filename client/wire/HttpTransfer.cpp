@@ -100,8 +100,6 @@ void HttpTransfer::Begin(HttpTransaction& transaction, CURLM* multi) {
     _streamed = 0;
     _isAnswerAwaited = false;
     _isDigestAsked = false;
-    _streamed = 0;
-    _isAnswerAwaited = false;
     _refusal = nullptr;
     _detail[0] = '\0';
     transaction.Forget();

@@ -98,9 +98,6 @@ private:
     /// Whether a streamed body is sent to its end and the answer has not begun.
     bool _isAnswerAwaited = false;
     bool _isDigestAsked = false;
-    qint64 _streamed = 0;
-    /// Whether a streamed body is sent to its end and the answer has not begun.
-    bool _isAnswerAwaited = false;
     /// Whether the HTTP library may have answered somebody with Basic, and would do so again without being asked.
     bool _hasBasic = false;
     std::exception_ptr _refusal;

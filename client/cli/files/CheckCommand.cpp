@@ -111,10 +111,11 @@ private:
 ExitCode Check(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
     const QString root = input::AbsolutePath(QString::fromStdString(given.directory));
     local::LocalTree tree(root);
+    const local::Exclusion exclusion = given.Excluded();
     const pass::ServiceFolder service = commands::ServiceFolderAt(connection, location, root);
     CheckOutput told(output, given, ErrorText({location.Server(), location.serverPath, QStringLiteral("file")}));
     const CheckPass::Teller tell = [&told](const CheckFinding& finding) { told.Tell(finding); };
-    CheckPass pass(service, tree, given.Excluded(), given.downloads, tell);
+    CheckPass pass(service, tree, exclusion, given.downloads, tell);
     pass.Run();
     told.Summarise(pass);
     return told.IsSame() ? ExitCode::Done : ExitCode::Refused;

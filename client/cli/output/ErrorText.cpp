@@ -168,7 +168,9 @@ QString ErrorText::_Refusal(int status, const QString& path) const {
         case HttpStatus::Conflict:
             return QStringLiteral("the folder above %1 is missing on %2").arg(place, server);
         case HttpStatus::PreconditionFailed:
-            return QStringLiteral("there is something at the target on %1, or it has just changed").arg(server);
+            return _context.isWriting
+                       ? QStringLiteral("there is something at the target on %1, or it has just changed").arg(server)
+                       : QStringLiteral("%1 refuses this (status %2)").arg(server, QString::number(status));
         case HttpStatus::PayloadTooLarge:
             return QStringLiteral("%1 does not take anything as large as this").arg(server);
         case HttpStatus::Locked:

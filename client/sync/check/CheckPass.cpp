@@ -7,7 +7,6 @@
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/RemoteVersion.h"
-#include "client/sync/pass/WholeTreeCheck.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -65,7 +64,6 @@ RemoteTree CheckPass::_List() const {
     if (status == HttpStatus::NotFound) {
         throw HttpException(QStringLiteral("There is no folder %1").arg(_service.address), status, QUrl());
     }
-    RequireWholeTree(_service, *folders, *files);
     return RemoteTree(_service, *folders, *files, _exclusion);
 }
 

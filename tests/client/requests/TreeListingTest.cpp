@@ -331,17 +331,15 @@ TEST_F(TreeListingTest, TheSilenceOfOneFolderEndsTheWhole) {
 }
 
 TEST_F(TreeListingTest, ACancelledWalkEndsAtOnce) {
-    AccountConnection* cancelled = nullptr;
+    AccountConnection another(settings, QAuthenticator());
     QList<ScriptedServer::Step> steps = StepsOf(RefusingTrees);
     const auto answer = steps[4].answer;
-    steps[4].answer = [answer, &cancelled](const ScriptedServer::Request& request) {
-        cancelled->Cancel();
+    steps[4].answer = [answer, &another](const ScriptedServer::Request& request) {
+        another.Cancel();
         return answer(request).left(20);
     };
     steps[4].ending = Ending::Stall;
     ScriptedServer server(steps);
-    AccountConnection another(settings, QAuthenticator());
-    cancelled = &another;
     try {
         another.Execute({TreeRequest(server)}, [](const IRequestSender::Request& /*request*/, int /*state*/) {});
         FAIL();
