@@ -37,7 +37,7 @@ QString LastFilterSetting() {
 SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::RecordDatabase& records,
                    const SyncOptions& options, ISyncObserver& observer)
     : _dryRunTree(tree),
-      _sides{service, options.isDryRun ? _dryRunTree : tree, records, options, local::Exclusion(options.filter)},
+      _sides{service, options.isDryRun ? _dryRunTree : tree, records, options, options.exclusion},
       _trash(_sides.tree, QDateTime::currentDateTimeUtc(), options.daysKept),
       _installer(_sides.tree, records, _trash),
       _report(options, observer) {}
@@ -94,7 +94,7 @@ SyncPass::Listing SyncPass::List(const QDateTime& since, const LocalSnapshot& sn
 
 SyncPass::Listing SyncPass::ListChanges(const LocalSnapshot& snapshot, bool isHere) {
     const QDateTime lastPass = QDateTime::fromString(_sides.records.Setting(LastPassSetting()), Qt::ISODate);
-    const bool isSameFilter = _sides.records.Setting(LastFilterSetting()) == _sides.options.filterText;
+    const bool isSameFilter = _sides.records.Setting(LastFilterSetting()) == _sides.options.exclusion.Text();
     if (!lastPass.isValid() || !isSameFilter || !isHere) {
         return List(QDateTime(), snapshot);
     }
@@ -108,7 +108,7 @@ void SyncPass::EndListing(const Listing& listing) {
     const QDateTime time = _report.Outcome() == SyncOutcome::InStep ? listing.at : QDateTime();
     store::RecordDatabase::Transaction transaction(_sides.records);
     _sides.records.WriteSetting(LastPassSetting(), time.toUTC().toString(Qt::ISODate));
-    _sides.records.WriteSetting(LastFilterSetting(), _sides.options.filterText);
+    _sides.records.WriteSetting(LastFilterSetting(), _sides.options.exclusion.Text());
     transaction.Commit();
 }
 

@@ -59,21 +59,27 @@ TEST_F(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
 }
 
 TEST_F(TwoWayPassTest, AFirstPassTransfersOnlyWhatDiffers) {
-    for (const bool isPlain : {false, true}) {
-        service.isPlain = isPlain;
-        const QString name = isPlain ? Text("plain/") : Text("own/");
-        for (const char* same : {"a", "b", "c"}) {
-            Write((name + Text(same)).toUtf8().constData(), "same");
-            service.Put(name + Text(same), "same");
-        }
-        service.Put(name + Text("theirs"), "theirs");
-        service.ForgetCounts();
-        EXPECT_EQ(Sync(), SyncOutcome::InStep);
-        EXPECT_EQ(service.Count("PUT"), 0);
-        // Where there are no checksums the content itself has to be compared.
-        EXPECT_EQ(service.Count("GET"), isPlain ? 4 : 1);
-        EXPECT_EQ(Contents(), service.Contents());
+    for (const char* same : {"a", "b", "c"}) {
+        Write(same, "same");
+        service.Put(Text(same), "same");
     }
+    service.Put(Text("theirs"), "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 0);
+    EXPECT_EQ(service.Count("GET"), 1);
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, AFirstPassComparesTheContentItselfWhereThereAreNoChecksums) {
+    service.isPlain = true;
+    for (const char* same : {"a", "b", "c"}) {
+        Write(same, "same");
+        service.Put(Text(same), "same");
+    }
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 0);
+    EXPECT_EQ(service.Count("GET"), 3);
+    ExpectInStep();
 }
 
 TEST_F(TwoWayPassTest, ChangesTravelBothWays) {

@@ -1,4 +1,4 @@
-#include "client/cli/commands/TrashCommand.h"
+#include "client/cli/offline/TrashCommand.h"
 
 #include "client/wire/DateReader.h"
 
@@ -6,12 +6,11 @@
 #include <QRegularExpression>
 
 #include <QDateTime>
-#include <QFileInfo>
 #include <nlohmann/json.hpp>
 
-#include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
+#include "client/cli/offline/SyncedFolder.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/DateText.h"
 #include "client/store/RecordDatabase.h"
@@ -20,9 +19,9 @@
 #include "client/sync/local/Trash.h"
 
 namespace ovsync {
-namespace commands {
+namespace offline {
 
-using input::AbsolutePath;
+using commands::CommandRegistry;
 using input::Arguments;
 using input::Refusal;
 using input::UsageError;
@@ -70,16 +69,6 @@ TrashTime ReadTrashTime(const QString& text) {
                                     .arg(text));
     }
     return time;
-}
-
-QString SyncedFolder(const QString& directory) {
-    QString root = AbsolutePath(directory);
-    const QFileInfo hidden(root + QLatin1Char('/') + RecordDatabase::HiddenFolder());
-    if (!hidden.isDir() || hidden.isSymLink()) {
-        throw UsageError(QStringLiteral("%1 is no synced folder: it has no folder \"%2\" in it")
-                             .arg(directory, RecordDatabase::HiddenFolder()));
-    }
-    return root;
 }
 
 Trash TrashOf(LocalTree& tree, int days = Trash::DefaultDays) {
@@ -148,17 +137,18 @@ void RestoreFromTrash(const QString& directory, const QString& path, const std::
     }
 }
 
-ExitCode EmptyTrash(const QString& directory, std::optional<int> days, bool asJson, Output& output) {
-    const QString root = SyncedFolder(directory);
+ExitCode EmptyTrash(const Arguments& given, Output& output) {
+    const QString root = SyncedFolder(QString::fromStdString(given.directory));
+    const std::optional<int> days = given.olderThan;
     const RecordDatabase lock(root, RecordDatabase::Access::Change);
     LocalTree tree(root);
     const QVector<SyncEvent> failures = days ? TrashOf(tree, *days).RemoveOld() : TrashOf(tree).RemoveAll();
     nlohmann::ordered_json left = nlohmann::ordered_json::array();
     for (const SyncEvent& failure : failures) {
-        Complain(failure.path + QStringLiteral(": ") + failure.detail);
+        Complain({"file", failure.path + QStringLiteral(": ") + failure.detail}, ExitCode::Refused, given.Errors());
         left.push_back({{"path", failure.path.toStdString()}, {"detail", failure.detail.toStdString()}});
     }
-    if (asJson) {
+    if (given.isJson) {
         output.Write(QByteArray::fromStdString(nlohmann::ordered_json({{"left", left}}).dump()) + '\n');
     }
     return failures.isEmpty() ? ExitCode::Done : ExitCode::Refused;
@@ -166,7 +156,7 @@ ExitCode EmptyTrash(const QString& directory, std::optional<int> days, bool asJs
 
 }  // namespace
 
-void AddTrashCommand(CommandRegistry& registry) {
+void AddTrashCommand(commands::CommandRegistry& registry) {
     CLI::App* const trash =
         registry.AddGroup("trash", "Looks after what pulls replaced or deleted in a local folder.", TrashFooter);
     CLI::App* command =
@@ -192,9 +182,8 @@ void AddTrashCommand(CommandRegistry& registry) {
         ->type_name("TIME");
     command->add_option("--to", registry.Given().to, "Bring it to NAME, another path below DIR")->type_name("NAME");
 
-    command = registry.AddLocal(*trash, "empty", "Removes it for good.", [](const Arguments& given, Output& output) {
-        return EmptyTrash(QString::fromStdString(given.directory), given.olderThan, given.isJson, output);
-    });
+    command = registry.AddLocal(*trash, "empty", "Removes it for good.",
+                                [](const Arguments& given, Output& output) { return EmptyTrash(given, output); });
     CommandRegistry::AddText(command, "DIR", "The local folder", registry.Given().directory);
     command
         ->add_option("--older-than", registry.Given().olderThan,
@@ -203,5 +192,5 @@ void AddTrashCommand(CommandRegistry& registry) {
         ->check(CLI::Range(0, MostDays));
 }
 
-}  // namespace commands
+}  // namespace offline
 }  // namespace ovsync
