@@ -43,9 +43,8 @@ void AddSyncCommand(CommandRegistry& registry) {
         ->add_option("--conflict", registry.Given().conflicts,
                      "Take the \"newer\" version of what both sides changed, or that of \"here\" or \"there\", and keep "
                      "the other one in the trash (both are kept side by side unless given)")
-        ->type_name("WHICH")
-        ->transform(CLI::Transformer(winners))
-        ->check(CLI::IsMember(winners));
+        ->type_name("newer|here|there")
+        ->transform(CLI::CheckedTransformer(winners).description(""));
     registry.AddDeletionLimit(command);
     registry.AddPassOptions(command);
     registry.MarkAsWriting(command);
