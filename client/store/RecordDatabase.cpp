@@ -333,8 +333,7 @@ int RecordDatabase::FileCount() {
 
 QVector<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
     QVector<std::pair<QString, Fingerprint>> fingerprints;
-    Statement& statement =
-        _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files");
+    Statement& statement = _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files");
     while (statement.Step()) {
         RowReader column(statement);
         std::pair<QString, Fingerprint> row;

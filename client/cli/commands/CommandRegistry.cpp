@@ -113,9 +113,10 @@ void CommandRegistry::AddBandwidth(CLI::App* command) {
 
 void CommandRegistry::AddDeletionLimit(CLI::App* command) {
     command
-        ->add_option("--max-delete", _given.maxDelete,
-                     "Delete nothing on a side when it would be more than N files, or N% of them (half of ten and more, "
-                     "and never all, unless given)")
+        ->add_option(
+            "--max-delete", _given.maxDelete,
+            "Delete nothing on a side when it would be more than N files, or N% of them (half of ten and more, "
+            "and never all, unless given)")
         ->type_name("N");
 }
 

@@ -40,9 +40,10 @@ void AddSyncCommand(CommandRegistry& registry) {
     CommandRegistry::AddText(command, "DIR", "The local folder, made when it is missing", registry.Given().directory);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     command
-        ->add_option("--conflict", registry.Given().conflicts,
-                     "Take the \"newer\" version of what both sides changed, or that of \"here\" or \"there\", and keep "
-                     "the other one in the trash (both are kept side by side unless given)")
+        ->add_option(
+            "--conflict", registry.Given().conflicts,
+            "Take the \"newer\" version of what both sides changed, or that of \"here\" or \"there\", and keep "
+            "the other one in the trash (both are kept side by side unless given)")
         ->type_name("newer|here|there")
         ->transform(CLI::CheckedTransformer(winners).description(""));
     registry.AddDeletionLimit(command);

@@ -33,8 +33,8 @@ public:
     /// Takes out what lies at and below `path`: nobody knows what to make of it. Tells of nothing.
     void LeaveOut(const QString& path);
 
-    /// Takes out what lies at and below every place where neither a file nor a folder is here, and returns what is to be
-    /// told of these.
+    /// Takes out what lies at and below every place where neither a file nor a folder is here, and returns what is to
+    /// be told of these.
     [[nodiscard]] QVector<report::SyncEvent> LeaveOutLinks(const local::LocalSnapshot& snapshot);
 
     /// There is nothing at `path` any more, which was a file or an empty folder.

@@ -47,8 +47,7 @@ bool LocalDeletions::_IsThere(const QString& path) {
         if (_check.IsGone(path)) {
             return false;
         }
-        _report.Tell(SyncEvent::Kind::Kept, path,
-                     QStringLiteral("the listing lacks it, but the service still has it"));
+        _report.Tell(SyncEvent::Kind::Kept, path, QStringLiteral("the listing lacks it, but the service still has it"));
     } catch (const Cancelled&) {
         throw;
     } catch (const std::exception&) {

@@ -101,7 +101,8 @@ PullPlan::Folders PullPlan::FindFolders(const QSet<QString>& needed) const {
                                        ? QStringLiteral("it is a folder on the service and a file here")
                                        : QStringLiteral("it is a folder on the service, and neither file nor folder "
                                                         "here")});
-        } else if (!deleted.contains(path) && (_snapshot.HasFolder(FolderOf(path)) || missing.contains(FolderOf(path)))) {
+        } else if (!deleted.contains(path) &&
+                   (_snapshot.HasFolder(FolderOf(path)) || missing.contains(FolderOf(path)))) {
             missing.insert(path);
             folders.missing.append(path);
         }

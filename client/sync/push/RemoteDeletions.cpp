@@ -33,10 +33,12 @@ bool RemoteDeletions::MayDelete(int deletions) {
         }
         return true;
     }
-    const QString reason = isReplaced ? QStringLiteral("this is another folder, or another disk, than that of the pass "
-                                                       "before, and it lacks %1 of %2 files")
-                                      : QStringLiteral("%1 of %2 files are gone here, which is too many to be deleted "
-                                                       "on the service without a word");
+    const QString reason = isReplaced ? QStringLiteral(
+                                            "this is another folder, or another disk, than that of the pass "
+                                            "before, and it lacks %1 of %2 files")
+                                      : QStringLiteral(
+                                            "%1 of %2 files are gone here, which is too many to be deleted "
+                                            "on the service without a word");
     _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
                  reason.arg(deletions).arg(files) +
                      QStringLiteral("; nothing is deleted there. Look whether they should go, and give --max-delete "

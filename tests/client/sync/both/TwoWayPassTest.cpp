@@ -96,8 +96,8 @@ TEST_F(TwoWayPassTest, DeletionsTravelBothWaysWithTheirFolders) {
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
     service.Remove(Text("h"));
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
-    EXPECT_EQ(Told(), QStringList({Text("Deleted h"), Text("Deleted h/i"), Text("Deleted h/i/b"), Text("DeletedThere f"),
-                                   Text("DeletedThere f/g"), Text("DeletedThere f/g/a")}));
+    EXPECT_EQ(Told(), QStringList({Text("Deleted h"), Text("Deleted h/i"), Text("Deleted h/i/b"),
+                                   Text("DeletedThere f"), Text("DeletedThere f/g"), Text("DeletedThere f/g/a")}));
     EXPECT_EQ(service.Contents(), Files({{Text("stays"), "1 of stays"}}));
     EXPECT_FALSE(service.HasFolder(Text("f")));
     EXPECT_FALSE(QDir(Path("h")).exists());

@@ -44,7 +44,8 @@ public:
     ovsync::pass::ServiceFolder Folder(const QString& localPath);
 
     /// Called before every request with its method and the path that it is for ("LIST", "FIND", "HEAD", "GET", "PUT",
-    /// "SENT" between storing a file and the answer, "DELETE", "DELETED" after that, "MKCOL", "RMCOL"), by the thread that makes it. May throw.
+    /// "SENT" between storing a file and the answer, "DELETE", "DELETED" after that, "MKCOL", "RMCOL"), by the thread
+    /// that makes it. May throw.
     std::function<void(const QString& method, const QString& path)> onRequest;
     /// How many requests there were of a method.
     int Count(const char* method) const;

@@ -191,8 +191,8 @@ TEST(SyncDecisionTableTest, HasEverySituationOnce) {
     for (const LocalState here : LocalStates) {
         for (const RemoteState there : RemoteStates) {
             for (const bool hasRecord : {false, true}) {
-                const bool isPossible = (hasRecord || !NeedsRecord(here, there)) &&
-                                        !(hasRecord && here == LocalState::Unknown);
+                const bool isPossible =
+                    (hasRecord || !NeedsRecord(here, there)) && !(hasRecord && here == LocalState::Unknown);
                 int rows = 0;
                 for (const Row& row : Rows) {
                     rows += row.here == here && row.there == there && row.hasRecord == hasRecord ? 1 : 0;
