@@ -82,6 +82,7 @@ SyncArguments Arguments::Syncing() const {
             isJson,
             transfers,
             isStrict,
+            isForced,
             ReadLimit(maxDelete),
             daysKept};
 }

@@ -18,6 +18,7 @@ struct SyncArguments {
     bool isJson = false;
     int transfers = 4;
     bool isStrict = false;
+    bool isForced = false;
     pass::DeletionLimit deletionLimit;
     int daysKept = local::Trash::DefaultDays;
 };
