@@ -16,6 +16,7 @@ using content::UploadOutcome;
 using local::FolderOf;
 using local::NameOf;
 using local::Recordable;
+using pass::DiffersByMissingChecksum;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::ListedSize;
@@ -150,9 +151,9 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
 
 bool Uploader::_IsStillThere(const PushOrder& order) {
     const FileConfiguration now = _sides.service.FileAt(order.path);
-    return IdentityOf(now) == IdentityOf(order.remote) &&
-           (!_maker.IsInDoubt(order.remote) ||
-            _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
+    const bool isSame = IdentityOf(now) == IdentityOf(order.remote) || DiffersByMissingChecksum(now, order.remote);
+    return isSame && (!_maker.IsInDoubt(order.remote) ||
+                      _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
 }
 
 bool Uploader::_TellsByDate(const Upload& upload) {
