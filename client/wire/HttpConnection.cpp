@@ -16,7 +16,6 @@ namespace wire {
 namespace {
 
 using Clock = HttpTransfer::Clock;
-using Cause = TransactionError::Cause;
 
 const std::chrono::milliseconds ProgressInterval(200);
 
@@ -78,6 +77,7 @@ public:
 
 private:
     using Transfer = std::unique_ptr<HttpTransfer>;
+    using Cause = TransactionError::Cause;
 
     /// Takes what `queue` gives as far as there is room. False when nothing is under way then.
     bool _Begin(ITransactionQueue& queue, size_t most) {
