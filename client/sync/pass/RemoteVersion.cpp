@@ -27,6 +27,11 @@ QString IdentityOf(const FileConfiguration& file) {
            QLatin1Char('\n') + QString::number(ListedSize(file.size));
 }
 
+bool DiffersByMissingChecksum(const FileConfiguration& file, const FileConfiguration& known) {
+    return !file.versionId.isEmpty() && file.itemId == known.itemId && file.versionId == known.versionId &&
+           file.md5Checksum.isEmpty() != known.md5Checksum.isEmpty();
+}
+
 bool IsOlder(const FileConfiguration& file, const FileConfiguration& known) {
     const QString key = QStringLiteral("version");
     bool hasNumber = false;

@@ -22,6 +22,10 @@ content::ContentVersion KnownVersionOf(const sync::config::FileConfiguration& fi
 /// that names neither versions nor checksums nor strong entity tags, the date and the size have to do.
 QString IdentityOf(const sync::config::FileConfiguration& file);
 
+/// Whether the service names the same version for both, and only one has a checksum: it may be computed later.
+bool DiffersByMissingChecksum(const sync::config::FileConfiguration& file,
+                              const sync::config::FileConfiguration& known);
+
 /// Whether `file` is another version of the file that `known` is one of, and has a lower number.
 bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);
 

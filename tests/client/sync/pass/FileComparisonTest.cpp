@@ -154,4 +154,30 @@ TEST_F(FileComparisonTest, MoreThanTheListedContentThereIsAnother) {
     }));
 }
 
+TEST_F(FileComparisonTest, ChecksumThatBecomesKnownIsNoNewVersion) {
+    StartWith("hello");
+    {
+        RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
+        FileRecord record = *records.FindFile(Text("a"));
+        record.file.md5Checksum.clear();
+        records.WriteFile(record);
+    }
+    const RemoteFileState there = There();
+    EXPECT_EQ(there.state, RemoteState::Same);
+    ASSERT_TRUE(there.renewed);
+    EXPECT_EQ(there.renewed->file.md5Checksum, Listed().md5Checksum);
+}
+
+TEST_F(FileComparisonTest, ChecksumThatBecomesKnownAndIsOfOtherContentIsANewVersion) {
+    StartWith("hello");
+    {
+        RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
+        FileRecord record = *records.FindFile(Text("a"));
+        record.file.md5Checksum.clear();
+        record.contentMd5 = Text("00000000000000000000000000000000");
+        records.WriteFile(record);
+    }
+    EXPECT_EQ(There().state, RemoteState::New);
+}
+
 }  // namespace
