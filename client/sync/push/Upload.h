@@ -4,6 +4,7 @@
 #include <QString>
 #include <QUrl>
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -47,6 +48,7 @@ private:
     void Restart() override;
     size_t Read(char* bytes, size_t size) override;
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
+    void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);
     /// Sends the same once more, although it must not be there.
     void _TryConditions(content::IContentConnection& session);

@@ -16,6 +16,7 @@ using content::UploadOutcome;
 using local::FolderOf;
 using local::NameOf;
 using local::Recordable;
+using pass::HasIdentity;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::ListedSize;
@@ -150,7 +151,7 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
 
 bool Uploader::_IsStillThere(const PushOrder& order) {
     const FileConfiguration now = _sides.service.FileAt(order.path);
-    return IdentityOf(now) == IdentityOf(order.remote) &&
+    return HasIdentity(now, IdentityOf(order.remote)) &&
            (!_maker.IsInDoubt(order.remote) ||
             _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
 }
@@ -164,8 +165,9 @@ bool Uploader::_TellsByDate(const PushOrder& order) {
                                     "change that somebody else makes meanwhile could be overwritten"));
         return false;
     }
-    // Dates have whole seconds: within that of the change another one would not be seen.
-    if (date.toSecsSinceEpoch() >= listed.toSecsSinceEpoch()) {
+    // Dates have whole seconds: within that of the change another one would not be seen. That of the listing is over by
+    // now.
+    if (date.toSecsSinceEpoch() > listed.toSecsSinceEpoch()) {
         _report.Tell(SyncEvent::Kind::Refused, order.path,
                      QStringLiteral("it has just changed on the service; the next push sends it"));
         return false;
