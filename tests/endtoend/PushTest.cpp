@@ -107,6 +107,18 @@ TEST_F(PushTest, AConflictIsLeftToThePeople) {
     ExpectPull(0, "Nothing to do");
 }
 
+TEST_F(PushTest, TheFolderIsMadeAndNotTheOneAboveIt) {
+    Write("a", "1");
+    const auto push = [this](const char* path) {
+        return RunOvsync({Text("push"), _folder.path(), _service.Url() + Text(path)});
+    };
+    EXPECT_EQ(push("new/folder/").exitCode, 1);
+    EXPECT_FALSE(_service.HasFile(Text("new")));
+    const ProgramResult result = push("new/");
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    EXPECT_TRUE(_service.HasFile(Text("new/a")));
+}
+
 TEST_F(PushTest, AFormIsNotWrittenInto) {
     _service.AddFile(Text("form/inside"), "1");
     _service.MakeForm(Text("form/"));

@@ -46,16 +46,20 @@ void Upload::Run(content::IContentConnection& session) noexcept {
 }
 
 std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentConnection& session) {
+    _WaitUntil(_order.notBefore);
     std::optional<content::ContentVersion> version = session.Look(_url);
     if (!version || !version->hasWeakTag) {
         return version;
     }
-    const auto end = std::chrono::steady_clock::now() + TagPatience;
+    _WaitUntil(std::chrono::steady_clock::now() + TagPatience);
+    return session.Look(_url);
+}
+
+void Upload::_WaitUntil(std::chrono::steady_clock::time_point end) const {
     while (std::chrono::steady_clock::now() < end) {
         Cancelled::ThrowIf(_isStopped);
         std::this_thread::sleep_for(WaitStep);
     }
-    return session.Look(_url);
 }
 
 void Upload::_Send(content::IContentConnection& session) {

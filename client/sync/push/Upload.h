@@ -4,6 +4,7 @@
 #include <QString>
 #include <QUrl>
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -54,6 +55,7 @@ private:
     QDateTime Modified() const override;
     std::optional<bool> IsExecutable() const override { return _order.isExecutable; }
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
+    void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);
     content::UploadCondition _ConditionOf(const content::ContentVersion& known) const;
     /// Sends the same once more, although it must not be there.

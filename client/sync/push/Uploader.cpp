@@ -17,6 +17,7 @@ using local::FolderOf;
 using local::NameOf;
 using local::Recordable;
 using pass::DiffersByMissingChecksum;
+using pass::HasIdentity;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::ListedSize;
@@ -151,7 +152,7 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
 
 bool Uploader::_IsStillThere(const PushOrder& order) {
     const FileConfiguration now = _sides.service.FileAt(order.path);
-    const bool isSame = IdentityOf(now) == IdentityOf(order.remote) || DiffersByMissingChecksum(now, order.remote);
+    const bool isSame = HasIdentity(now, IdentityOf(order.remote)) || DiffersByMissingChecksum(now, order.remote);
     return isSame && (!_maker.IsInDoubt(order.remote) ||
                       _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
 }
@@ -171,8 +172,9 @@ bool Uploader::_TellsByDate(const Upload& upload) {
                 "change that somebody else makes meanwhile could be overwritten; --force replaces it nonetheless"));
         return false;
     }
-    // Dates have whole seconds: within that of the change another one would not be seen.
-    if (date.toSecsSinceEpoch() >= listed.toSecsSinceEpoch()) {
+    // Dates have whole seconds: within that of the change another one would not be seen. That of the listing is over by
+    // now.
+    if (date.toSecsSinceEpoch() > listed.toSecsSinceEpoch()) {
         _report.Tell(SyncEvent::Kind::Refused, order.path,
                      QStringLiteral("it has just changed on the service; the next push sends it"));
         return false;

@@ -50,7 +50,11 @@ public:
     sync::core::SyncResults CreateFolder(FolderConfiguration& folder, QString, bool) override {
         _service._Meet("MKCOL", PathOf(folder.serverPath));
         const Lock lock(_service._mutex);
-        _service._folders.insert(PathOf(folder.serverPath));
+        if (PathOf(folder.serverPath).isEmpty()) {
+            _service.isMissing = false;
+        } else {
+            _service._folders.insert(PathOf(folder.serverPath));
+        }
         return {sync::core::SyncResults::ResultType(0), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
     sync::core::SyncResults DeleteFolder(FolderConfiguration&) override { throw std::logic_error("not used"); }
@@ -82,6 +86,9 @@ public:
                                          std::shared_ptr<QVector<FileConfiguration>>& files) override {
         _service._Meet("LIST", QString());
         const Lock lock(_service._mutex);
+        if (_service.isMissing) {
+            return 404;
+        }
         _service._now = _service._now.addSecs(10);
         folder.setLastServerSyncRequestTime(_service._now.addSecs(_service.secondsAhead));
         if (folder.getLastSyncTime().isValid() && _service._changed < folder.getLastSyncTime()) {

@@ -130,6 +130,20 @@ TEST_F(FileComparisonTest, TheServicesFileIsReadWhereTheRecordKnowsNoVersionForS
     EXPECT_FALSE(There().renewed);
 }
 
+TEST_F(FileComparisonTest, AFileForWhichTheServerHasATagByNowIsTheSame) {
+    service.isPlain = true;
+    StartWith("1");
+    EXPECT_FALSE(There().renewed);
+    service.listsTags = true;
+    const RemoteFileState there = There();
+    EXPECT_EQ(there.state, RemoteState::Same);
+    ASSERT_TRUE(there.renewed);
+    EXPECT_EQ(there.renewed->file.versionId, Listed().versionId);
+    EXPECT_EQ(service.Count("GET"), 1);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(There().state, RemoteState::New);
+}
+
 TEST_F(FileComparisonTest, ContentThatCannotBeReadThereIsNewAndTheFailureHandedOut) {
     service.isPlain = true;
     StartWith("1");

@@ -7,6 +7,7 @@
 #include <QFile>
 
 #include "client/wire/TransactionError.h"
+#include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
 
@@ -14,6 +15,7 @@ namespace {
 
 using ovsync::report::SyncOutcome;
 using ovsync::wire::TransactionError;
+using sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
@@ -309,6 +311,29 @@ TEST_F(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
     options.isDryRun = false;
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(Told(), told);
+}
+
+TEST_F(PushPassTest, AFolderThatIsMissingIsMade) {
+    service.isMissing = true;
+    Write("a", "1");
+    options.isDryRun = true;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    const QStringList told = Told();
+    EXPECT_EQ(told, QStringList({Text("FolderSent ."), Text("Sent a")}));
+    EXPECT_TRUE(service.isMissing);
+    options.isDryRun = false;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), told);
+    EXPECT_FALSE(service.isMissing);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "1"}}));
+}
+
+TEST_F(PushPassTest, AFolderThatWasInStepIsNotMadeAgain) {
+    PushOne();
+    service.isMissing = true;
+    EXPECT_THROW(Push(), HttpException);
+    EXPECT_TRUE(service.isMissing);
+    EXPECT_EQ(service.Count("MKCOL") + service.Count("PUT"), 0);
 }
 
 TEST_F(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
