@@ -132,6 +132,7 @@ SyncArguments Arguments::Syncing() const {
             isQuiet,
             transfers,
             isStrict,
+            isForced,
             ReadLimit(maxDelete),
             daysKept};
 }

@@ -54,7 +54,7 @@ SyncOutcome TwoWayPass::Run() {
 void TwoWayPass::_Sync() {
     LocalSnapshot snapshot = _pass.Begin();
     _report.Tell(snapshot.refused);
-    SyncPass::Listing listing = _pass.ListChanges(snapshot, _IsUnchanged(snapshot));
+    SyncPass::Listing listing = _IsUnchanged(snapshot) ? _pass.ListChanges(snapshot, true) : _pass.ListOrMake(snapshot);
     if (!listing.tree) {
         for (const QString& path : snapshot.Others()) {
             _report.Tell(report::SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder"));

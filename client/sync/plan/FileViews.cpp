@@ -10,7 +10,7 @@ namespace plan {
 using local::LocalEntry;
 using local::LocalSnapshot;
 using pass::FileComparison;
-using pass::IdentityOf;
+using pass::HasIdentity;
 using pass::IsContentOf;
 using pass::LocalState;
 using pass::PassReport;
@@ -108,9 +108,8 @@ bool FileViews::_IsContentThere(const FileView& view, const QString& md5) const 
 }
 
 void FileViews::_FindCopies(FileView& view) const {
-    const QString identity = IdentityOf(view.remote);
     for (const ConflictCopy& copy : _copiesOf.values(view.path)) {
-        const bool isOfVersion = copy.identity == identity;
+        const bool isOfVersion = HasIdentity(view.remote, copy.identity);
         if (isOfVersion) {
             view.situation.isBesideAlready = true;
             view.copy = copy.copy;

@@ -28,8 +28,7 @@ void PushPass::_Push() {
     PassReport& report = _pass.Report();
     const LocalSnapshot snapshot = _pass.Begin();
     report.Tell(snapshot.refused);
-    // Without a condition, which always gives a listing.
-    SyncPass::Listing listing = _pass.List(QDateTime(), snapshot);
+    SyncPass::Listing listing = _pass.ListOrMake(snapshot);
     report.Tell(listing.tree->LeaveOutLinks(snapshot));
     const RecordMaker maker(sides.service, listing.at);
     const FileComparison comparison(sides, maker);

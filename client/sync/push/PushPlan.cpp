@@ -21,11 +21,13 @@ using plan::FileView;
 using plan::FileViews;
 using plan::SyncStep;
 using report::SyncEvent;
+using sync::config::FileConfiguration;
 
 namespace {
 
 /// So much may be sent twice, in bytes.
 constexpr qint64 TrialSize = qint64(64) * 1024;
+constexpr std::chrono::milliseconds MoreThanASecond(1200);
 
 /// Whether a folder is here where the service's file was, or something else where a folder of the service was.
 bool IsInTheWay(const LocalSnapshot& snapshot, const QString& path) {
@@ -68,6 +70,7 @@ PushPlan::Deletions PushPlan::FindGone() const {
             order.isNew = false;
             order.remote = view.remote;
             order.knownMd5 = view.knownMd5;
+            order.notBefore = _EndOfSecondOf(view.remote);
             order.looksBefore = !_remote.HasChecksums();
             (IsInTheWay(_snapshot, path) ? deletions.inTheWay : deletions.others).files.push_back(order);
         }
@@ -150,13 +153,22 @@ void PushPlan::_Order(const FileView& view) {
     order.isNew = !_remote.HasFile(view.path);
     order.remote = view.remote;
     order.knownMd5 = view.knownMd5;
+    order.notBefore = _EndOfSecondOf(view.remote);
     order.looksBefore = !_remote.HasChecksums();
     order.size = view.here.entry->fingerprint.size;
+    order.isExecutable = view.here.entry->IsExecutable();
     // An empty folder may be one of the service itself.
     order.triesConditions =
         order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;
     _work.orders.push_back(order);
     NeedFoldersOf(view.path);
+}
+
+std::chrono::steady_clock::time_point PushPlan::_EndOfSecondOf(const FileConfiguration& remote) const {
+    const bool isThatOfListing =
+        _maker.IsInDoubt(remote) && remote.lastModifiedDate.toSecsSinceEpoch() == _maker.ListedAt().toSecsSinceEpoch();
+    return isThatOfListing ? std::chrono::steady_clock::now() + MoreThanASecond
+                           : std::chrono::steady_clock::time_point();
 }
 
 PushPlan::Work PushPlan::Finish() {

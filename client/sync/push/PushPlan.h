@@ -64,6 +64,8 @@ public:
 
 private:
     void _Order(const plan::FileView& view);
+    /// When the second in which `remote` was changed is over, if its date alone tells it and it was the listing's.
+    std::chrono::steady_clock::time_point _EndOfSecondOf(const sync::config::FileConfiguration& remote) const;
     void _FindGoneFolders(Deletions& deletions) const;
     void _FindForgottenFolders();
     void _FindFolders();
