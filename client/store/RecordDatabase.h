@@ -4,7 +4,6 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
-#include <QVector>
 #include <map>
 #include <memory>
 #include <optional>
@@ -12,6 +11,7 @@
 
 #include "client/store/ConflictCopy.h"
 #include "client/store/FileRecord.h"
+#include "client/store/FolderRecord.h"
 #include "client/store/Placement.h"
 #include "client/store/RecordChanges.h"
 #include "client/store/Statement.h"
@@ -67,14 +67,22 @@ public:
     QStringList FilePaths();
     int FileCount();
     /// Of the files here, by their paths. In no order.
-    QVector<std::pair<QString, Fingerprint>> Fingerprints();
+    QList<std::pair<QString, Fingerprint>> Fingerprints();
+    QList<std::pair<QString, Fingerprint>> FingerprintsBelow(const QString& folder);
     void WriteFile(const FileRecord& record);
     void ForgetFile(const QString& path);
 
     /// The folders that the service had when the last pass ended. A folder comes before those in it.
     QStringList Folders();
+    QList<FolderRecord> FolderRecords();
+    /// Leaves it as it is when it is there.
     void WriteFolder(const QString& path);
+    void WriteFolder(const FolderRecord& folder);
     void ForgetFolder(const QString& path);
+
+    /// The file or folder at `from`, with everything in it, and what is remembered of copies, is at `to` now; on the
+    /// service at `serverTo` in place of `serverFrom`.
+    void MoveTree(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo);
 
     QList<Placement> Placements();
     void WritePlacement(const Placement& placement);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "client/sync/both/Moves.h"
 #include "client/sync/both/TwoWayPlan.h"
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pull/Downloader.h"
@@ -65,10 +66,12 @@ void TwoWayPass::_Sync() {
     _report.Tell(remote.LeaveOutLinks(snapshot));
     const RecordMaker maker(_sides.service, listing.at);
     const FileComparison comparison(_sides, maker);
+    LocalChanges changes(_sides, _pass.Installing(), _report, snapshot);
+    Moves moves(_sides, comparison, maker, snapshot, remote, changes, _report);
+    moves.CarryOut();
     const FileViews views(_sides, comparison, remote, snapshot, _report, Direction::Both);
     PullPlan here(_sides, views, maker, remote, snapshot);
     PushPlan there(_sides, views, maker, remote, snapshot);
-    LocalChanges changes(_sides, _pass.Installing(), _report, snapshot);
     LocalDeletions deletionsHere(_sides, remote, changes, _report);
     RemoteDeletions deletionsThere(_sides, comparison, maker, snapshot, remote, _report);
 
@@ -114,6 +117,7 @@ void TwoWayPass::_Sync() {
         deletionsThere.Keep(goneHere.others);
     }
     _sides.records.Write(here.FindEndedConflicts());
+    moves.RememberFolders();
     _pass.EndListing(listing);
 }
 

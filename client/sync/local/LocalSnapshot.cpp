@@ -68,6 +68,18 @@ QStringList LocalSnapshot::Others() const {
     return others;
 }
 
+void LocalSnapshot::Move(const QString& from, const QString& to) {
+    if (entries.value(from).kind == LocalEntry::Kind::Folder) {
+        const QString below = from + QLatin1Char('/');
+        for (const QString& path : entries.keys()) {
+            if (path.startsWith(below)) {
+                entries.insert(to + path.mid(from.size()), entries.take(path));
+            }
+        }
+    }
+    entries.insert(to, entries.take(from));
+}
+
 LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
     LocalSnapshot snapshot;
     QStringList folders(QString{});

@@ -30,6 +30,9 @@ struct LocalSnapshot {
     /// Where there is neither a file nor a folder.
     QStringList Others() const;
 
+    /// What was at `from`, with everything in it, is at `to` now, where nothing was.
+    void Move(const QString& from, const QString& to);
+
     /// Throws LocalError.
     static LocalSnapshot Of(ILocalTree& tree, const Exclusion& exclusion);
 };

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
 
 namespace ovsync {
 namespace pass {
@@ -12,6 +13,7 @@ using local::Exclusion;
 using local::FoldedPath;
 using local::FolderOf;
 using local::LocalSnapshot;
+using local::NameOf;
 using local::ReasonAgainst;
 using report::SyncEvent;
 using sync::config::FileConfiguration;
@@ -22,8 +24,14 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
     : _prefix(service.ServerPath(QString()) + (service.folder.serverPath.isEmpty() ? QString() : QStringLiteral("/"))) {
     for (const FolderConfiguration& folder : folders) {
         const QString path = _Accept(folder.serverPath, folder.name, true, exclusion);
-        if (!path.isEmpty() && !_folders.insert(path).second) {
+        if (path.isEmpty()) {
+            continue;
+        }
+        if (!_folders.insert(path).second) {
             _Refuse(path, QStringLiteral("the service has more than one entry of this name"));
+        }
+        if (!IsMadeUpId(folder.getServerFolderId())) {
+            _folderIds.insert(path, folder.getServerFolderId());
         }
     }
     for (const FileConfiguration& file : files) {
@@ -88,6 +96,56 @@ QVector<SyncEvent> RemoteTree::LeaveOutLinks(const LocalSnapshot& snapshot) {
     }
     _RemoveRefused();
     return events;
+}
+
+void RemoteTree::Move(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo) {
+    const QString below = from + QLatin1Char('/');
+    const auto isMoved = [&](const QString& path) { return path == from || path.startsWith(below); };
+    const auto movedPath = [&](const QString& path) { return to + path.mid(from.size()); };
+    QStringList folders;
+    for (auto folder = _folders.lower_bound(from); folder != _folders.end() && folder->startsWith(from);) {
+        if (isMoved(*folder)) {
+            folders.append(*folder);
+            folder = _folders.erase(folder);
+        } else {
+            ++folder;
+        }
+    }
+    for (const QString& folder : folders) {
+        _folders.insert(movedPath(folder));
+        if (_folderIds.contains(folder)) {
+            _folderIds.insert(movedPath(folder), _folderIds.take(folder));
+        }
+    }
+    Files files;
+    for (auto file = _files.lowerBound(from); file != _files.end() && file.key().startsWith(from);) {
+        if (isMoved(file.key())) {
+            files.insert(file.key(), file.value());
+            file = _files.erase(file);
+        } else {
+            ++file;
+        }
+    }
+    for (auto file = files.begin(); file != files.end(); ++file) {
+        file->serverPath = serverTo + file->serverPath.mid(serverFrom.size());
+        file->name = NameOf(movedPath(file.key()));
+        _files.insert(movedPath(file.key()), *file);
+    }
+}
+
+QString RemoteTree::FolderOfId(const QString& itemId) const {
+    const QString path = itemId.isEmpty() ? QString() : _folderIds.key(itemId);
+    return HasFolder(path) ? path : QString();
+}
+
+QHash<QString, QString> RemoteTree::FilesById(const QSet<QString>& left) const {
+    QHash<QString, QString> files;
+    for (auto file = _files.begin(); file != _files.end(); ++file) {
+        if (!left.contains(file.key()) && !IsMadeUpId(file->itemId)) {
+            files.insert(file->itemId, file.key());
+        }
+    }
+    return files;
 }
 
 void RemoteTree::Forget(const QString& path) {

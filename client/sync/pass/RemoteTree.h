@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QMap>
 #include <QSet>
 #include <QString>
@@ -37,6 +38,13 @@ public:
     /// be told of these.
     [[nodiscard]] QVector<report::SyncEvent> LeaveOutLinks(const local::LocalSnapshot& snapshot);
 
+    /// There is a folder at `path` now.
+    void AddFolder(const QString& path) { _folders.insert(path); }
+
+    /// What was at `from`, with everything in it, is at `to` now, where nothing was; on the service at `serverTo` in
+    /// place of `serverFrom`.
+    void Move(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo);
+
     /// There is nothing at `path` any more, which was a file or an empty folder.
     void Forget(const QString& path);
 
@@ -44,6 +52,13 @@ public:
     const Files& AllFiles() const { return _files; }
     /// In path order. Without the service's folder itself.
     const std::set<QString>& AllFolders() const { return _folders; }
+
+    /// By which the service knows the folder, wherever it lies; empty where it has no ids.
+    QString FolderId(const QString& path) const { return _folderIds.value(path); }
+    /// Empty when there is none.
+    QString FolderOfId(const QString& itemId) const;
+    /// The paths of the files that have an id, by this, without those in `left`.
+    QHash<QString, QString> FilesById(const QSet<QString>& left) const;
 
     /// Whether any file has a checksum, as the service's have.
     bool HasChecksums() const { return _hasChecksums; }
@@ -64,6 +79,7 @@ private:
     const QString _prefix;
     Files _files;
     std::set<QString> _folders;
+    QHash<QString, QString> _folderIds;
     bool _hasChecksums = false;
     QSet<QString> _refusedPaths;
     QVector<report::SyncEvent> _refused;

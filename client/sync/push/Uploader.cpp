@@ -37,7 +37,7 @@ QString ConditionsSetting() {
 }  // namespace
 
 bool Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
-    const QSet<QString> missing = _MakeFolders(folders);
+    const QSet<QString> missing = MakeFolders(folders);
     const auto isUnplaced = [&missing](const PushOrder& order) { return missing.contains(FolderOf(order.path)); };
     orders.erase(std::remove_if(orders.begin(), orders.end(), isUnplaced), orders.end());
     _ChooseTrial(orders);
@@ -45,7 +45,7 @@ bool Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
     return _hasAll && missing.isEmpty();
 }
 
-QSet<QString> Uploader::_MakeFolders(const QStringList& folders) {
+QSet<QString> Uploader::MakeFolders(const QStringList& folders) {
     QSet<QString> missing;
     for (const QString& path : folders) {
         if (missing.contains(FolderOf(path)) || !_MakeFolder(path)) {

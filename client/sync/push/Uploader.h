@@ -30,6 +30,9 @@ public:
     /// PassReport::TellFailure throws.
     bool Run(const QStringList& folders, std::deque<PushOrder> orders);
 
+    /// Of these a folder comes before those in it. Returns those that cannot be made. Throws as Run does.
+    QSet<QString> MakeFolders(const QStringList& folders);
+
 private:
     qint64 SizeOf(const PushOrder& order) const override;
     void Tell(const PushOrder& order) override;
@@ -41,8 +44,6 @@ private:
     void _TellConflict(const PushOrder& order);
     void _TellFailure(const QString& path, const std::exception_ptr& error);
     void _TakeRemoved(const PushOrder& order);
-    /// Returns those that cannot be made.
-    QSet<QString> _MakeFolders(const QStringList& folders);
     /// False when it cannot be made.
     bool _MakeFolder(const QString& path);
     /// Lets at most one file try the conditions, and none once it is known.

@@ -19,6 +19,9 @@ struct SyncEvent {
         /// A file or folder of this side was brought to the service.
         Sent,
         FolderSent,
+        /// A file or folder was moved to this path here, or on the service, because it was moved on the other side.
+        Moved,
+        MovedThere,
         /// A file or folder was deleted on the service, because it was deleted here.
         DeletedThere,
         /// A file that was deleted here, which the service still has, because nothing is to be deleted there.

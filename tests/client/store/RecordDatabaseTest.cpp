@@ -224,7 +224,7 @@ TEST_F(RecordDatabaseTest, AProgramThatReadsTheDatabaseIsInTheWay) {
 
 TEST_F(RecordDatabaseTest, ANewerFormatIsRefusedAndLeftAsItIs) {
     ErrorOfOpening();
-    Run("PRAGMA user_version = 2");
+    Run("PRAGMA user_version = 3");
     const QByteArray before = Bytes();
     EXPECT_THAT(ErrorOfOpening(), HasSubstr("newer version"));
     EXPECT_THAT(ErrorOfOpening(RecordDatabase::Access::Try), HasSubstr("newer version"));

@@ -34,6 +34,8 @@ constexpr KindName KindNames[] = {
     {SyncEvent::Kind::FolderMade, "FolderMade"},
     {SyncEvent::Kind::Sent, "Sent"},
     {SyncEvent::Kind::FolderSent, "FolderSent"},
+    {SyncEvent::Kind::Moved, "Moved"},
+    {SyncEvent::Kind::MovedThere, "MovedThere"},
     {SyncEvent::Kind::DeletedThere, "DeletedThere"},
     {SyncEvent::Kind::DeletedHere, "DeletedHere"},
     {SyncEvent::Kind::NewerThere, "NewerThere"},
