@@ -72,7 +72,12 @@ void Changes::MakeForSync() {
     const std::string last = std::to_string(_number);
     const std::string next = std::to_string(++_number);
     _Remember();
-    _wanted = _here;
+    _wanted.clear();
+    for (const auto& [path, content] : _here) {
+        if (path.back() != '/') {
+            _wanted[path] = content;
+        }
+    }
     for (const auto& [side, other] :
          {std::make_pair(&_sides.here, &_sides.there), std::make_pair(&_sides.there, &_sides.here)}) {
         const bool isHere = side == &_sides.here;
@@ -96,6 +101,12 @@ void Changes::MakeForSync() {
             _wanted[name + "moved " + next + "/inner/file"] = "moved " + name;
         } else {
             write(name + "moved " + next + "/inner/file", "moved " + name);
+        }
+    }
+    const FolderImage files = _wanted;
+    for (const auto& [path, content] : files) {
+        for (size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+            _wanted[path.substr(0, slash + 1)] = "";
         }
     }
 }

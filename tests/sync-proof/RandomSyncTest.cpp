@@ -133,7 +133,7 @@ public:
                 const auto pass = _Sync(place);
                 isQuiet = pass->ExitCode() == 0 && isQuiet;
                 text += pass->Text();
-                _EndConflicts(place, *pass);
+                isQuiet = !_EndConflicts(place, *pass) && isQuiet;
             }
             if (isQuiet) {
                 const FolderImage there = ReadFolder(_there / "shared");
@@ -186,21 +186,27 @@ private:
         EXPECT_THAT(exit, testing::AnyOf(0, 1, 3, -SIGKILL)) << pass.Text();
     }
 
-    /// Deletes here whatever a pass complains of, and all copies.
-    static void _EndConflicts(Place& place, const Pass& pass) {
+    /// Deletes here whatever a pass complains of, and all copies. Returns whether there was any.
+    static bool _EndConflicts(Place& place, const Pass& pass) {
+        bool isAny = false;
+        const auto remove = [&place, &isAny](const std::string& path) {
+            isAny = true;
+            place.changes.Remove(path);
+        };
         for (const auto& [path, events] : pass.Events()) {
             for (const char* event : {"conflict", "kept", "refused", "failed"}) {
                 if (events.count(event) != 0 && !path.empty() && fs::exists(place.folder / path)) {
-                    place.changes.Remove(path);
+                    remove(path);
                 }
             }
         }
         for (const auto& [path, content] : ReadFolder(place.folder.Path())) {
             if (path.find(" (from the service, ") != std::string::npos ||
                 path.find(" (changed here, ") != std::string::npos) {
-                place.changes.Remove(path);
+                remove(path);
             }
         }
+        return isAny;
     }
 
     std::vector<const RandomChanges*> _AllChanges() const {

@@ -120,6 +120,10 @@ bool Moves::_Move(const QString& path, const Places& now, bool isFolder) {
     if (!isMoved || now.here.isEmpty() || now.there.isEmpty()) {
         return false;
     }
+    // What is left alone is not moved with the folder that it lies in.
+    if (isFolder && (_remote.HasRefusedBelow(now.here) || _remote.HasRefusedBelow(now.there))) {
+        return false;
+    }
     const bool isMovedThere = now.there != path;
     const QString place = isMovedThere ? now.there : now.here;
     const bool isDone =

@@ -8,7 +8,6 @@ namespace ovsync {
 namespace both {
 
 using local::FolderOf;
-using pass::RemoteState;
 using plan::FileView;
 using plan::SyncStep;
 using pull::PullOrder;

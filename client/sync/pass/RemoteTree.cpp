@@ -165,6 +165,11 @@ bool RemoteTree::IsRefused(const QString& path) const {
     return false;
 }
 
+bool RemoteTree::HasRefusedBelow(const QString& path) const {
+    return std::any_of(_refusedPaths.begin(), _refusedPaths.end(),
+                       [&path](const QString& refused) { return refused.startsWith(path + QLatin1Char('/')); });
+}
+
 QString RemoteTree::_Accept(const QString& serverPath, const QString& name, bool isFolder, const Exclusion& exclusion) {
     if (!serverPath.startsWith(_prefix)) {
         _Refuse(serverPath, QStringLiteral("it does not lie below the folder that was listed"));

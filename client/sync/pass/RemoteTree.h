@@ -67,6 +67,9 @@ public:
     /// Whether the listing had something at `path`, or above it, that was refused: nobody knows what is there.
     bool IsRefused(const QString& path) const;
 
+    /// Whether that is so of anything below `path`.
+    bool HasRefusedBelow(const QString& path) const;
+
     const QVector<report::SyncEvent>& Refused() const { return _refused; }
 
 private:

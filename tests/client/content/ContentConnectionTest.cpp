@@ -581,6 +581,30 @@ TEST_F(ContentUploadTest, WithoutAnEntityTagAFileIsReplacedOnlyIfItsDateIsTheSam
     EXPECT_FALSE(headers.contains("if-none-match"));
 }
 
+TEST_F(ContentUploadTest, AFileIsDeletedOnlyIfItIsStillTheSame) {
+    ContentVersion known;
+    known.entityTag = "\"a-7\"";
+    known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
+    const QMap<QByteArray, bool> answers = {{"folders/status-204", true}, {"folders/status-404", true}};
+    for (auto answer = answers.begin(); answer != answers.end(); ++answer) {
+        ScriptedServer server({AnswerOf(answer.key().constData())});
+        EXPECT_EQ(session->Remove(server.Url(FilePath), known), answer.value()) << answer.key().constData();
+        server.Stop();
+        const auto request = server.Requests().first();
+        EXPECT_EQ(request.method, "DELETE");
+        EXPECT_EQ(request.headers.value("if-match"), "\"a-7\"");
+        EXPECT_FALSE(request.headers.contains("if-unmodified-since"));
+    }
+    ScriptedServer changed({"HTTP/1.1 412 Precondition Failed\r\nContent-Length: 0\r\n\r\n"});
+    known.entityTag.clear();
+    EXPECT_FALSE(session->Remove(changed.Url(FilePath), known));
+    changed.Stop();
+    EXPECT_EQ(changed.Requests().first().headers.value("if-unmodified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
+    ScriptedServer refusing({"HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n"});
+    EXPECT_THROW((void)session->Remove(refusing.Url(FilePath), known), ::sync::http::HttpException);
+    EXPECT_THROW((void)session->Remove(refusing.Url(FilePath), ContentVersion()), SyncException);
+}
+
 TEST_F(ContentUploadTest, NothingIsReplacedWithoutAnEntityTagAndADate) {
     ScriptedServer server({});
     Source source(FileText);

@@ -215,6 +215,16 @@ TEST_F(MovesTest, ATrialOfMovesTellsTheSameAndChangesNothing) {
     ExpectInStep();
 }
 
+TEST_F(MovesTest, AFolderIsNotMovedAsAWholeWithASyncedFolderInIt) {
+    Begin({"f/a", "f/inner/b"});
+    ASSERT_TRUE(QDir().mkpath(Path("f/inner/.ovsync")));
+    Rename("f", "g");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Contents(), Files({{Text("g/a"), "1 of f/a"}}));
+    EXPECT_FALSE(service.HasFolder(Text("g/inner")));
+    EXPECT_EQ(Content("g/inner/b"), QByteArray("1 of f/inner/b"));
+}
+
 TEST_F(MovesTest, AConflictMovesWithItsFile) {
     Begin({"f/a", "f/b"});
     Write("f/a", "mine");
