@@ -32,7 +32,6 @@ using local::TrashTime;
 using output::Complain;
 using output::DateText;
 using output::ExitCode;
-using output::JsonObject;
 using output::Output;
 using report::SyncEvent;
 using store::RecordDatabase;
