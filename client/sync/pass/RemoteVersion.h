@@ -26,6 +26,10 @@ QString IdentityOf(const sync::config::FileConfiguration& file);
 bool DiffersByMissingChecksum(const sync::config::FileConfiguration& file,
                               const sync::config::FileConfiguration& known);
 
+/// Whether `identity` is that of `file`, also as it was known when the server had no strong entity tag for it yet: some
+/// have none within the second of the last change.
+bool HasIdentity(const sync::config::FileConfiguration& file, const QString& identity);
+
 /// Whether `file` is another version of the file that `known` is one of, and has a lower number.
 bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);
 

@@ -44,7 +44,7 @@ protected:
         const ServiceFolder serviceFolder = service.Folder(folder.path());
         RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
         const std::optional<FileRecord> record = records.FindFile(Text("a"));
-        const PassSides sides{serviceFolder, tree, records, options, Exclusion(nullptr)};
+        const PassSides sides{serviceFolder, tree, records, options, Exclusion()};
         const RecordMaker maker(serviceFolder, QDateTime());
         auto answer = question(FileComparison(sides, maker), record);
         EXPECT_EQ(records.FindFile(Text("a"))->local.modified, record->local.modified);
@@ -54,7 +54,7 @@ protected:
 
     LocalFileState Here() {
         return Ask([this](const FileComparison& comparison, const std::optional<FileRecord>& record) {
-            return comparison.CompareHere(Text("a"), LocalSnapshot::Of(tree, Exclusion(nullptr)), record);
+            return comparison.CompareHere(Text("a"), LocalSnapshot::Of(tree, Exclusion()), record);
         });
     }
 
@@ -128,6 +128,20 @@ TEST_F(FileComparisonTest, TheServicesFileIsReadWhereTheRecordKnowsNoVersionForS
     service.Overwrite(Text("a"), "2");
     EXPECT_EQ(There().state, RemoteState::New);
     EXPECT_FALSE(There().renewed);
+}
+
+TEST_F(FileComparisonTest, AFileForWhichTheServerHasATagByNowIsTheSame) {
+    service.isPlain = true;
+    StartWith("1");
+    EXPECT_FALSE(There().renewed);
+    service.listsTags = true;
+    const RemoteFileState there = There();
+    EXPECT_EQ(there.state, RemoteState::Same);
+    ASSERT_TRUE(there.renewed);
+    EXPECT_EQ(there.renewed->file.versionId, Listed().versionId);
+    EXPECT_EQ(service.Count("GET"), 1);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(There().state, RemoteState::New);
 }
 
 TEST_F(FileComparisonTest, ContentThatCannotBeReadThereIsNewAndTheFailureHandedOut) {
