@@ -18,8 +18,9 @@ using output::Output;
 namespace {
 
 ExitCode Push(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
-    return RunPass(connection, location, arguments, output,
-                   [](pass::SyncPass& pass) { return push::PushPass(pass).Run(); });
+    SyncArguments used = arguments;
+    used.isPush = true;
+    return RunPass(connection, location, used, output, [](pass::SyncPass& pass) { return push::PushPass(pass).Run(); });
 }
 
 }  // namespace
@@ -31,7 +32,10 @@ void AddPushCommand(CommandRegistry& registry) {
                                Output& output) { return Push(connection, location, given.Syncing(), output); });
     CommandRegistry::AddText(command, "DIR", "The local folder, which must be there", registry.Given().directory);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
+    command->add_flag("-f,--force", registry.Given().isForced,
+                      "Replace a file also where the server gives it neither an entity tag nor a date");
     registry.AddPassOptions(command);
+    registry.MarkAsWriting(command);
 }
 
 }  // namespace commands

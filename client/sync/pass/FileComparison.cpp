@@ -119,6 +119,9 @@ RemoteFileState FileComparison::CompareThere(const FileConfiguration& remote,
 }
 
 bool FileComparison::_HasContentOfRecord(const FileConfiguration& remote, const FileRecord& record) const {
+    if (DiffersByMissingChecksum(remote, record.file)) {
+        return IsContentOf(remote, LikelySize(ListedSize(record.file.size)), record.contentMd5);
+    }
     const bool isInDoubt =
         record.file.versionId.isEmpty() && record.file.md5Checksum.isEmpty() && !record.file.lastModifiedDate.isValid();
     return isInDoubt && ListedSize(remote.size) == ListedSize(record.file.size) &&

@@ -39,6 +39,11 @@ bool HasIdentity(const FileConfiguration& file, const QString& identity) {
     return identity == IdentityOf(file) || (!EntityTagOf(file).isEmpty() && identity == IdentityByDate(file));
 }
 
+bool DiffersByMissingChecksum(const FileConfiguration& file, const FileConfiguration& known) {
+    return !file.versionId.isEmpty() && file.itemId == known.itemId && file.versionId == known.versionId &&
+           file.md5Checksum.isEmpty() != known.md5Checksum.isEmpty();
+}
+
 bool IsOlder(const FileConfiguration& file, const FileConfiguration& known) {
     const QString key = QStringLiteral("version");
     bool hasNumber = false;

@@ -26,6 +26,10 @@ QString IdentityOf(const sync::config::FileConfiguration& file);
 /// have none within the second of the last change.
 bool HasIdentity(const sync::config::FileConfiguration& file, const QString& identity);
 
+/// Whether the service names the same version for both, and only one has a checksum: it may be computed later.
+bool DiffersByMissingChecksum(const sync::config::FileConfiguration& file,
+                              const sync::config::FileConfiguration& known);
+
 /// Whether `file` is another version of the file that `known` is one of, and has a lower number.
 bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);
 

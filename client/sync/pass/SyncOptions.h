@@ -1,12 +1,10 @@
 #pragma once
 
-#include <QString>
 #include <atomic>
-#include <memory>
 
+#include "client/sync/local/Exclusion.h"
 #include "client/sync/local/Trash.h"
 #include "client/sync/pass/DeletionLimit.h"
-#include "host/interfaces/ISyncFilter.h"
 
 namespace ovsync {
 namespace pass {
@@ -19,16 +17,16 @@ struct SyncOptions {
     int daysKept = local::Trash::DefaultDays;
     /// Whether everything is only said, and nothing done.
     bool isDryRun = false;
+    /// Whether a push replaces a file of which the server tells nothing by which another change could be noticed.
+    bool isForced = false;
     /// Whether what no pass ever syncs counts as left to somebody.
     bool isStrict = false;
     /// The most files that a pull deletes.
     DeletionLimit deletionLimit;
     /// How many files may be transferred at once.
     int transfers = 4;
-    /// What is left alone on both sides; null for nothing.
-    std::shared_ptr<sync::interf::ISyncFilter> filter;
-    /// A text that differs when `filter` does.
-    QString filterText;
+    /// What is left alone on both sides.
+    local::Exclusion exclusion;
     /// Becomes true when the pass is to end early. Must not be null; outlives the pass.
     const std::atomic<bool>* isStopped = nullptr;
 };

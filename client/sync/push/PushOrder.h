@@ -27,6 +27,7 @@ struct PushOrder {
     bool triesConditions = false;
     /// Of the local file when it was looked at, in bytes.
     qint64 size = 0;
+    bool isExecutable = false;
 };
 
 }  // namespace push

@@ -164,6 +164,7 @@ void PushPlan::_Order(const QString& path, const LocalEntry& here, const QString
     order.notBefore = _EndOfSecondOf(order.remote);
     order.looksBefore = !_remote.HasChecksums();
     order.size = here.fingerprint.size;
+    order.isExecutable = here.IsExecutable();
     // An empty folder may be one of the service itself.
     order.triesConditions =
         order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <exception>
 
 namespace ovsync {
 namespace report {
@@ -26,7 +27,7 @@ struct SyncEvent {
         Skipped,
         /// What turned out when the file was transferred, and concerns all of them.
         Noted,
-        /// The kinds from here on tell of what is left to be done by somebody.
+        /// From here on: what somebody still has to do something about.
         /// Both sides changed the file.
         Conflict,
         /// The service deleted it; it was kept here.
@@ -44,6 +45,8 @@ struct SyncEvent {
     QString detail;
     /// Of what was transferred.
     qint64 bytes = 0;
+    /// What failed, where something did; `detail` is then its message.
+    std::exception_ptr error = nullptr;
 
     bool IsProblem() const { return kind >= Kind::Conflict; }
 };

@@ -228,7 +228,7 @@ public:
             const bool isThere = there != _service._files.end();
             const bool isOther =
                 condition == UploadCondition::New ? isThere : !isThere || !_IsKnown(there->second, known);
-            if (isOther && !_service.ignoresConditions) {
+            if (condition != UploadCondition::Any && isOther && !_service.ignoresConditions) {
                 return UploadOutcome::Refused;
             }
         }
@@ -255,7 +255,7 @@ private:
         ContentVersion version;
         version.entityTag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
         version.size = _service.isWithoutLengths ? -1 : file.content.size() + _service.excessOfLengths;
-        version.lastModified = file.modified;
+        version.lastModified = _service.isWithoutDates ? QDateTime() : file.modified;
         return version;
     }
 
@@ -378,7 +378,7 @@ FileConfiguration FakeService::_Describe(const QString& path, const File& file) 
     description.name = NameOf(path);
     description.serverPath = Text(Root) + path;
     description.size = ListedSize(file.content.size());
-    description.lastModifiedDate = isWithoutDates ? QDateTime() : file.modified;
+    description.lastModifiedDate = isWithoutDates || isListingNoDates ? QDateTime() : file.modified;
     description.customProperties[Text("version")] = QString::number(isPlain ? 0 : file.version);
     description.itemId = Text("path:S/") + path;
     if (listsTags) {

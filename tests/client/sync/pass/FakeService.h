@@ -63,6 +63,8 @@ public:
     /// Names no strong entity tags.
     bool isWithoutTags = false;
     bool isWithoutDates = false;
+    /// Names dates only where it is asked for one file's content.
+    bool isListingNoDates = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
     /// Announces no sizes of what it sends.

@@ -44,7 +44,7 @@ protected:
         const ServiceFolder serviceFolder = service.Folder(folder.path());
         RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
         const std::optional<FileRecord> record = records.FindFile(Text("a"));
-        const PassSides sides{serviceFolder, tree, records, options, Exclusion(nullptr)};
+        const PassSides sides{serviceFolder, tree, records, options, Exclusion()};
         const RecordMaker maker(serviceFolder, QDateTime());
         auto answer = question(FileComparison(sides, maker), record);
         EXPECT_EQ(records.FindFile(Text("a"))->local.modified, record->local.modified);
@@ -54,7 +54,7 @@ protected:
 
     LocalFileState Here() {
         return Ask([this](const FileComparison& comparison, const std::optional<FileRecord>& record) {
-            return comparison.CompareHere(Text("a"), LocalSnapshot::Of(tree, Exclusion(nullptr)), record);
+            return comparison.CompareHere(Text("a"), LocalSnapshot::Of(tree, Exclusion()), record);
         });
     }
 
@@ -166,6 +166,32 @@ TEST_F(FileComparisonTest, MoreThanTheListedContentThereIsAnother) {
     EXPECT_FALSE(Ask([](const FileComparison& comparison, const std::optional<FileRecord>& record) {
         return comparison.IsContentThere(Text("a"), 1, record->contentMd5);
     }));
+}
+
+TEST_F(FileComparisonTest, ChecksumThatBecomesKnownIsNoNewVersion) {
+    StartWith("hello");
+    {
+        RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
+        FileRecord record = *records.FindFile(Text("a"));
+        record.file.md5Checksum.clear();
+        records.WriteFile(record);
+    }
+    const RemoteFileState there = There();
+    EXPECT_EQ(there.state, RemoteState::Same);
+    ASSERT_TRUE(there.renewed);
+    EXPECT_EQ(there.renewed->file.md5Checksum, Listed().md5Checksum);
+}
+
+TEST_F(FileComparisonTest, ChecksumThatBecomesKnownAndIsOfOtherContentIsANewVersion) {
+    StartWith("hello");
+    {
+        RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
+        FileRecord record = *records.FindFile(Text("a"));
+        record.file.md5Checksum.clear();
+        record.contentMd5 = Text("00000000000000000000000000000000");
+        records.WriteFile(record);
+    }
+    EXPECT_EQ(There().state, RemoteState::New);
 }
 
 }  // namespace

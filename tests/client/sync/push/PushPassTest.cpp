@@ -247,6 +247,36 @@ TEST_F(PushPassTest, WithoutEntityTagsAndDatesNothingIsOverwritten) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
 }
 
+TEST_F(PushPassTest, WithoutEntityTagsAndDatesAFileIsReplacedWhenThatIsForced) {
+    PushOne();
+    service.isWithoutTags = true;
+    service.isWithoutDates = true;
+    options.isForced = true;
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
+TEST_F(PushPassTest, ForceOverwritesNothingThatIsSeenToHaveChanged) {
+    PushOne();
+    service.isWithoutTags = true;
+    service.isWithoutDates = true;
+    options.isForced = true;
+    service.Put(Text("a"), "33");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("33"));
+}
+
+TEST_F(PushPassTest, ADateThatIsNotListedIsAskedForAndTellsVersionsApart) {
+    PushOne();
+    service.isWithoutTags = true;
+    service.isListingNoDates = true;
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
 TEST_F(PushPassTest, FilesAndFoldersOfOneNameAreToldOf) {
     Write("a", "1");
     Write("f/b", "1");
