@@ -16,7 +16,6 @@
 #include "client/wire/HttpStatus.h"
 #include "dvsync/DrovaneCustomFileConfigUpdater.h"
 #include "dvsync/ExternalSyncConfigManager.h"
-#include "host/configurationfactory/ConfigurationFactory.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -63,16 +62,12 @@ ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& 
     _configuration = std::make_shared<Configuration>(_account);
     _session = sessions->Of(TheServerId, *_authenticators);
     _networkAccess = std::make_shared<NetworkAccessManagerFactory>(_authenticators, TheServerId, baseUrl, settings);
-    sync::factory::ConfigurationFactory::Install(_configuration);
+    _ofThread = std::make_unique<ThreadConfiguration>(_configuration);
     _fileManagers = std::make_shared<RemoteFileManagerFactory>(
         urlBuilder, std::make_shared<requests::RequestManager>(_session), _authenticators, httpFactory, _networkAccess);
     _files = _fileManagers->CreateRemoteFileManager(TheServerId);
     _folders = std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(urlBuilder, TheServerId, _authenticators,
                                                                               httpFactory, _configuration);
-}
-
-ServiceConnection::~ServiceConnection() {
-    sync::factory::ConfigurationFactory::Install(nullptr);
 }
 
 std::optional<FolderListing> ServiceConnection::List(sync::config::FolderConfiguration folder) {
@@ -99,7 +94,10 @@ std::shared_ptr<sync::interf::IExternalSyncConfigManager> ServiceConnection::Fet
 std::unique_ptr<sync::interf::ICustomFileConfigUpdater> ServiceConnection::NewUpdater(
     std::shared_ptr<sync::interf::IFileConfigManager> records) {
     _configuration->SetRecords(std::move(records));
-    return std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
+    auto updater = std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
+    // It has them now, and they may be what keeps others from the folder.
+    _configuration->SetRecords(nullptr);
+    return updater;
 }
 
 std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {

@@ -1,0 +1,178 @@
+#include "client/agent/PullThenPush.h"
+
+#include <QFileInfo>
+#include <utility>
+
+#include "client/cli/input/GlobFilter.h"
+#include "client/store/FileConfigManager.h"
+#include "client/store/RecordDatabase.h"
+#include "client/sync/local/LocalTree.h"
+#include "client/sync/pass/SyncConfiguration.h"
+#include "client/sync/pull/PullPass.h"
+#include "client/sync/push/PushPass.h"
+#include "client/wire/HttpStatus.h"
+#include "dvsync/ExternalSyncConfig.h"
+#include "dvsync/VersionChecker.h"
+#include "dvsync/VersionManager.h"
+#include "host/http/HttpException.h"
+
+namespace ovsync {
+namespace agent {
+
+using input::GlobFilter;
+using library::ServiceConnection;
+using report::ISyncObserver;
+using report::SyncOutcome;
+using store::RecordDatabase;
+using wire::HttpStatus;
+
+namespace {
+
+/// The same for every spelling of one URL, and the same as the command line has it.
+QString AddressOfFolder(const input::Location& location) {
+    QUrl url = location.baseUrl;
+    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
+        url.setPort(-1);
+    }
+    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
+    return url.toString(QUrl::FullyEncoded);
+}
+
+PassResult ResultOf(SyncOutcome outcome) {
+    switch (outcome) {
+        case SyncOutcome::InStep:
+            return {PassResult::End::InStep, QString()};
+        case SyncOutcome::LeftSome:
+            return {PassResult::End::LeftSome, QString()};
+        case SyncOutcome::Failed:
+            return {PassResult::End::Failed, QString()};
+        case SyncOutcome::Cancelled:
+            return {PassResult::End::Stopped, QString()};
+    }
+    return {PassResult::End::Failed, QString()};
+}
+
+bool IsAboutCredentials(int status) {
+    return status == HttpStatus::Unauthorized || status == HttpStatus::ProxyAuthenticationRequired;
+}
+
+ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigManager>& published) {
+    pass::SyncConfiguration tuning(published);
+    ServiceWishes wishes;
+    wishes.delayAfterFailure = std::chrono::seconds(tuning.GetSyncDelayAfterServerError());
+    if (!published) {
+        wishes.frequency = std::chrono::seconds(tuning.GetSyncFrequency());
+        return wishes;
+    }
+    wishes.frequency = std::chrono::seconds(published->GetExternalSyncConfig().syncFrequency);
+    QString newest;
+    sync::dv::dvsync::VersionChecker checker(std::make_shared<sync::dv::dvsync::VersionManager>(published));
+    if (checker.ThereIsANewAppVersion(newest)) {
+        wishes.newVersion = newest;
+    }
+    return wishes;
+}
+
+}  // namespace
+
+PullThenPush::PullThenPush(const folders::SyncedFolder& folder, const QAuthenticator& credentials)
+    : _folder(folder), _credentials(credentials) {}
+
+PassResult PullThenPush::Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+    _isStopped = &isStopped;
+    PassResult result{PassResult::End::Failed, QString()};
+    try {
+        result = ResultOf(_Sync(isStopped, observer));
+    } catch (const sync::http::HttpException& e) {
+        if (IsAboutCredentials(e.StatusCode())) {
+            result.end = PassResult::End::Rejected;
+            result.error = _credentials.isNull()
+                               ? QStringLiteral("the service wants a name and a password. Give them by \"ovsync login "
+                                                "%1\", with the name in the URL of the folders file or as its \"user\"")
+                               : QStringLiteral("the service does not take the password of %2. Give another one by "
+                                                "\"ovsync login -u %2 %1\"");
+            result.error = _credentials.isNull() ? result.error.arg(_folder.location.baseUrl.toString())
+                                                 : result.error.arg(_folder.location.baseUrl.toString(),
+                                                                    _credentials.user());
+        } else {
+            result.error = e.Message();
+        }
+    } catch (const sync::core::SyncException& e) {
+        result.error = e.Message();
+    } catch (const std::exception& e) {
+        result.error = QString::fromUtf8(e.what());
+    }
+    if (isStopped) {
+        result.end = PassResult::End::Stopped;
+    }
+    // A new connection may do better than this one.
+    if (result.end == PassResult::End::Failed) {
+        _connection.reset();
+    }
+    _isStopped = nullptr;
+    return result;
+}
+
+ServiceWishes PullThenPush::AskWishes() {
+    try {
+        return WishesOf(_Connection().FetchSyncConfig());
+    } catch (const std::exception&) {
+        // Other servers publish nothing.
+        return WishesOf(nullptr);
+    }
+}
+
+ServiceConnection& PullThenPush::_Connection() {
+    if (!_connection) {
+        wire::ConnectionSettings settings;
+        settings.caFile = _folder.caFile;
+        settings.onProgress = [this](qint64, bool) {
+            if (_isStopped != nullptr && *_isStopped) {
+                _connection->Cancel();
+            }
+        };
+        _connection = std::make_unique<ServiceConnection>(_folder.location.baseUrl, _credentials, settings);
+    }
+    return *_connection;
+}
+
+SyncOutcome PullThenPush::_Sync(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+    ServiceConnection& connection = _Connection();
+    const QString root = QFileInfo(_folder.directory).canonicalFilePath();
+    // A folder that is away deletes nothing, and is not made anew.
+    local::LocalTree tree(root.isEmpty() ? _folder.directory : root);
+    const auto records = std::make_shared<RecordDatabase>(root, RecordDatabase::Access::Change);
+
+    pass::SyncOptions options;
+    options.deletes = true;
+    options.transfers = _folder.transfers;
+    options.deletionLimit = _folder.deletionLimit;
+    options.daysKept = _folder.daysKept;
+    options.filter = std::make_shared<GlobFilter>(_folder.excluded);
+    options.filterText = _folder.excluded.join(QLatin1Char('/'));
+    options.isStopped = &isStopped;
+
+    pass::ServiceFolder service;
+    service.folder = connection.Folder(_folder.location.serverPath);
+    service.folder.localPath = root;
+    service.address = AddressOfFolder(_folder.location);
+    const auto updater =
+        connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
+    service.folders = &connection.Folders();
+    service.files = &connection.Files();
+    service.updater = updater.get();
+    service.newConnection = [&connection] { return connection.NewContentConnection(); };
+    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
+
+    pass::PassContext pulling(service, tree, *records, options, observer);
+    const SyncOutcome pulled = pull::PullPass(pulling).Run();
+    if (pulled == SyncOutcome::Failed || pulled == SyncOutcome::Cancelled) {
+        return pulled;
+    }
+    pass::PassContext pushing(service, tree, *records, options, observer);
+    const SyncOutcome pushed = push::PushPass(pushing).Run();
+    return pushed == SyncOutcome::InStep ? pulled : pushed;
+}
+
+}  // namespace agent
+}  // namespace ovsync
