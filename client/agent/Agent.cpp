@@ -64,7 +64,8 @@ void Agent::Run() {
     std::signal(SIGPIPE, SIG_IGN);
     _server.Listen(StatusServer::PathIn(user::RuntimeFolder()));
     LogLine(AgentLogger(), log4cplus::INFO_LOG_LEVEL, QStringLiteral("begins, process %1").arg(getpid()));
-    QMetaObject::invokeMethod(QCoreApplication::instance(), [this] { _Load(); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [this] { _Load(); }, Qt::QueuedConnection);
     QCoreApplication::exec();
     LogLine(AgentLogger(), log4cplus::INFO_LOG_LEVEL, QStringLiteral("ends"));
     _EndWorkers();
@@ -131,8 +132,8 @@ void Agent::_Adjust(const QVector<Wanted>& wanted) {
     };
     for (const Wanted& before : qAsConst(_wanted)) {
         const auto worker = _workers.find(before.folder.directory);
-        const bool stays = std::any_of(wanted.begin(), wanted.end(),
-                                       [&](const Wanted& after) { return isSame(before, after); });
+        const bool stays =
+            std::any_of(wanted.begin(), wanted.end(), [&](const Wanted& after) { return isSame(before, after); });
         if (worker == _workers.end()) {
             continue;
         }

@@ -3,8 +3,6 @@
 #include "client/agent/AgentLock.h"
 #include "client/agent/StatusServer.h"
 #include "client/user/Places.h"
-#include "dvsync/SyncService.h"
-#include "host/core/SyncAppName.h"
 
 namespace ovsync {
 namespace agent {
@@ -18,8 +16,7 @@ const int PatienceWithAgent = 5000;
 }  // namespace
 
 bool AgentClient::IsRunning() {
-    return sync::dv::dvsync::IsDrovaneSynchronizationServiceRunning(sync::core::GetSyncAppName()) &&
-           AgentLock(RuntimeFolder()).IsTaken();
+    return AgentLock(RuntimeFolder()).IsTaken();
 }
 
 bool AgentClient::Send(const QByteArray& request) {

@@ -10,7 +10,7 @@ namespace agent {
 /// Asks this user's agent. The process has a QCoreApplication meanwhile. Not thread-safe.
 class AgentClient {
 public:
-    /// Whether this user's agent runs: some agent has to be found by the library, and one has to hold this user's lock.
+    /// Whether this user's agent runs, maybe without answering yet. The library looks at the names of processes alone.
     static bool IsRunning();
 
     /// False when there is none, or none that answers.

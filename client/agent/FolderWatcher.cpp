@@ -21,8 +21,8 @@ namespace agent {
 
 namespace {
 
-const uint32_t FolderEvents = IN_CREATE | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR |
-                              IN_EXCL_UNLINK;
+const uint32_t FolderEvents =
+    IN_CREATE | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR | IN_EXCL_UNLINK;
 
 struct FolderCloser {
     void operator()(DIR* folder) const { closedir(folder); }
@@ -35,10 +35,9 @@ QVector<QByteArray> FoldersIn(const QByteArray& path) {
     while (const dirent* const entry = folder ? readdir(folder.get()) : nullptr) {
         const QByteArray name(entry->d_name);
         struct stat status {};
-        const bool isFolder =
-            entry->d_type == DT_DIR ||
-            (entry->d_type == DT_UNKNOWN && lstat((path + '/' + name).constData(), &status) == 0 &&
-             S_ISDIR(status.st_mode));
+        const bool isFolder = entry->d_type == DT_DIR ||
+                              (entry->d_type == DT_UNKNOWN && lstat((path + '/' + name).constData(), &status) == 0 &&
+                               S_ISDIR(status.st_mode));
         if (isFolder && name != "." && name != "..") {
             names.append(name);
         }

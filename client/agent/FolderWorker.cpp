@@ -202,8 +202,7 @@ void FolderWorker::_Log(const PassResult& result, const FolderStatus& before) co
                     QStringLiteral("%1: %2: %3").arg(_folder.directory, problem.path, problem.detail));
         }
         if (!result.error.isEmpty()) {
-            LogLine(logger, log4cplus::ERROR_LOG_LEVEL,
-                    QStringLiteral("%1: %2").arg(_folder.directory, result.error));
+            LogLine(logger, log4cplus::ERROR_LOG_LEVEL, QStringLiteral("%1: %2").arg(_folder.directory, result.error));
         }
     }
     if (_pass.fetched + _pass.sent + _pass.deleted > 0) {

@@ -16,12 +16,12 @@
 namespace ovsync {
 namespace agent {
 
-/// Keeps one folder in step, on a thread of its own that sleeps until a pass is due or something changed. Its operations
-/// are thread-safe.
+/// Keeps one folder in step, on a thread of its own that sleeps until a pass is due or something changed. Its
+/// operations are thread-safe.
 class FolderWorker : private report::ISyncObserver {
 public:
-    /// `onStatus` is called on that thread whenever there is something new to say, several times a second while files are
-    /// transferred; after the end once more.
+    /// `onStatus` is called on that thread whenever there is something new to say, several times a second while files
+    /// are transferred; after the end once more.
     FolderWorker(const folders::SyncedFolder& folder, const FolderPassMaker& makePass,
                  const std::function<void()>& onStatus);
     /// Waits for the end of what is under way.

@@ -87,13 +87,15 @@ PassResult PullThenPush::Run(const std::atomic<bool>& isStopped, ISyncObserver& 
         if (IsAboutCredentials(e.StatusCode())) {
             result.end = PassResult::End::Rejected;
             result.error = _credentials.isNull()
-                               ? QStringLiteral("the service wants a name and a password. Give them by \"ovsync login "
-                                                "%1\", with the name in the URL of the folders file or as its \"user\"")
-                               : QStringLiteral("the service does not take the password of %2. Give another one by "
-                                                "\"ovsync login -u %2 %1\"");
-            result.error = _credentials.isNull() ? result.error.arg(_folder.location.baseUrl.toString())
-                                                 : result.error.arg(_folder.location.baseUrl.toString(),
-                                                                    _credentials.user());
+                               ? QStringLiteral(
+                                     "the service wants a name and a password. Give them by \"ovsync login "
+                                     "%1\", with the name in the URL of the folders file or as its \"user\"")
+                               : QStringLiteral(
+                                     "the service does not take the password of %2. Give another one by "
+                                     "\"ovsync login -u %2 %1\"");
+            result.error = _credentials.isNull()
+                               ? result.error.arg(_folder.location.baseUrl.toString())
+                               : result.error.arg(_folder.location.baseUrl.toString(), _credentials.user());
         } else {
             result.error = e.Message();
         }

@@ -70,13 +70,10 @@ ordered_json ProgressOf(const FolderStatus& folder) {
         return nullptr;
     }
     const report::SyncProgress& progress = *folder.progress;
-    ordered_json json = {{"files", progress.doneFiles},
-                         {"allFiles", progress.allFiles},
-                         {"bytes", progress.doneBytes},
-                         {"allBytes", progress.allBytes},
-                         {"seconds", folder.progressSeconds},
-                         {"bytesPerSecond", nullptr},
-                         {"secondsLeft", nullptr}};
+    ordered_json json = {
+        {"files", progress.doneFiles},   {"allFiles", progress.allFiles},     {"bytes", progress.doneBytes},
+        {"allBytes", progress.allBytes}, {"seconds", folder.progressSeconds}, {"bytesPerSecond", nullptr},
+        {"secondsLeft", nullptr}};
     if (folder.progressSeconds > 0 && progress.doneBytes > 0) {
         const double rate = static_cast<double>(progress.doneBytes) / folder.progressSeconds;
         const auto left = static_cast<double>(qMax<qint64>(0, progress.allBytes - progress.doneBytes));

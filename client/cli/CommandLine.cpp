@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "client/cli/commands/AgentCommand.h"
+#include "client/cli/commands/FoldersCommand.h"
 #include "client/cli/commands/ListCommand.h"
+#include "client/cli/commands/LoginCommand.h"
 #include "client/cli/commands/MakeFolderCommand.h"
 #include "client/cli/commands/MoveCommand.h"
 #include "client/cli/commands/PullCommand.h"
@@ -21,6 +23,7 @@
 #include "client/cli/commands/SettingsCommand.h"
 #include "client/cli/commands/SizeCommand.h"
 #include "client/cli/commands/StatCommand.h"
+#include "client/cli/commands/StatusCommand.h"
 #include "client/cli/commands/TrashCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
@@ -66,7 +69,8 @@ using sync::http::HttpException;
 const char* const Footer =
     "Exit status: 0 done, 1 the service said no or something is left for you to do, 2 wrong usage, 3 the service could "
     "not be reached or understood.\n"
-    "The password of a user comes from the environment variable OVSYNC_PASSWORD, from ~/.netrc or from a prompt.\n"
+    "The password of a user comes from the environment variable OVSYNC_PASSWORD, from the desktop's keyring, from "
+    "~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";
 
 void ComplainOf(const std::exception& error) {
@@ -95,7 +99,10 @@ void AddCommands(CommandRegistry& registry) {
     commands::AddPushCommand(registry);
     commands::AddSettingsCommand(registry);
     commands::AddVersionCommand(registry);
+    commands::AddFoldersCommand(registry);
+    commands::AddLoginCommand(registry);
     commands::AddAgentCommand(registry);
+    commands::AddStatusCommand(registry);
     commands::AddTrashCommand(registry);
 }
 

@@ -51,12 +51,10 @@ void Edit(const std::function<QByteArray(const QByteArray&, const QVector<Synced
 
 /// Throws UsageError when it is not there.
 int IndexOf(const QString& directory, const QVector<SyncedFolder>& folders) {
-    const auto found = std::find_if(folders.begin(), folders.end(), [&directory](const SyncedFolder& folder) {
-        return folder.directory == directory;
-    });
+    const auto found = std::find_if(folders.begin(), folders.end(),
+                                    [&directory](const SyncedFolder& folder) { return folder.directory == directory; });
     if (found == folders.end()) {
-        throw UsageError(
-            QStringLiteral("%1 is none of the folders that \"ovsync folders list\" shows").arg(directory));
+        throw UsageError(QStringLiteral("%1 is none of the folders that \"ovsync folders list\" shows").arg(directory));
     }
     return static_cast<int>(found - folders.begin());
 }
@@ -71,8 +69,7 @@ void AddToFoldersFile(const SyncedFolder& folder) {
     Edit([&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
         for (const SyncedFolder& known : folders) {
             if (known.directory == folder.directory) {
-                throw UsageError(
-                    QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
+                throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
             }
         }
         return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);

@@ -4,9 +4,9 @@
 
 #include "client/folders/FoldersText.h"
 
-/// The folders file of this user, see user::FoldersFilePath. Changes throw Refusal when the file has a mistake or cannot
-/// be changed by a program, UsageError when the folder is not the one to be changed, and SyncException when the disk
-/// fails; nothing is changed then. Thread-safe.
+/// The folders file of this user, see user::FoldersFilePath. Changes throw Refusal when the file has a mistake or
+/// cannot be changed by a program, UsageError when the folder is not the one to be changed, and SyncException when the
+/// disk fails; nothing is changed then. Thread-safe.
 
 namespace ovsync {
 namespace folders {

@@ -94,8 +94,9 @@ private:
     QString _Text(const char* key, const toml::node& node) {
         const auto text = node.value_exact<std::string>();
         if (!text || text->empty()) {
-            _Complain(LineOf(node), QStringLiteral("\"%1\" has to be a text in quotes, and not an empty one")
-                                        .arg(QLatin1String(key)));
+            _Complain(
+                LineOf(node),
+                QStringLiteral("\"%1\" has to be a text in quotes, and not an empty one").arg(QLatin1String(key)));
             return QString();
         }
         return TextOf(*text);
@@ -107,8 +108,7 @@ private:
             path.replace(0, 1, _home);
         }
         if (!path.isEmpty() && !QDir::isAbsolutePath(path)) {
-            _Complain(LineOf(node),
-                      QStringLiteral("\"%1\" has to begin with \"/\" or \"~/\"").arg(QLatin1String(key)));
+            _Complain(LineOf(node), QStringLiteral("\"%1\" has to begin with \"/\" or \"~/\"").arg(QLatin1String(key)));
         }
         return path.isEmpty() ? path : QDir::cleanPath(path);
     }
@@ -255,8 +255,7 @@ FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
             }
             const toml::array* const tables = node.as_array();
             if (tables == nullptr || !tables->is_homogeneous<toml::table>()) {
-                reading.mistakes.append(
-                    QStringLiteral("line %1: a folder begins with [[folder]]").arg(LineOf(node)));
+                reading.mistakes.append(QStringLiteral("line %1: a folder begins with [[folder]]").arg(LineOf(node)));
                 continue;
             }
             QSet<QString> known;
@@ -271,8 +270,8 @@ FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
             }
         }
     } catch (const toml::parse_error& e) {
-        reading.mistakes.append(QStringLiteral("line %1: %2")
-                                    .arg(QString::number(e.source().begin.line), TextOf(e.description())));
+        reading.mistakes.append(
+            QStringLiteral("line %1: %2").arg(QString::number(e.source().begin.line), TextOf(e.description())));
     }
     SortMistakes(reading.mistakes);
     return reading;
@@ -281,7 +280,9 @@ FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
 QByteArray WithFolder(const QByteArray& text, const SyncedFolder& folder) {
     const QByteArray lineEnd = LineEndOf(text);
     QByteArray block;
-    const auto add = [&](const char* key, const QByteArray& value) { block += QByteArray(key) + " = " + value + lineEnd; };
+    const auto add = [&](const char* key, const QByteArray& value) {
+        block += QByteArray(key) + " = " + value + lineEnd;
+    };
     if (!text.isEmpty()) {
         block += (text.endsWith('\n') ? QByteArray() : lineEnd) + lineEnd;
     }

@@ -18,7 +18,8 @@ public:
     /// none. Throws SyncException when ~/.netrc cannot be read.
     QAuthenticator Find(const QString& host, const QString& user);
 
-    /// Writes it into the keyring, and where there is none into ~/.netrc. Throws SyncException when neither can be done.
+    /// Writes it into the keyring, and where there is none into ~/.netrc. Throws SyncException when neither can be
+    /// done.
     Place Keep(const QString& host, const QString& user, const QString& password);
 
 private:

@@ -5,9 +5,8 @@
 namespace ovsync {
 namespace commands {
 
-/// `ovsync agent status`: whether the sync application runs. Done when it does, Refused when it does not.
-/// `ovsync agent start`: starts the sync application unless it runs already, waits a little until it can be seen, and
-/// goes on as ShowAgent.
+/// `ovsync agent status|start|stop|run|enable`: the application that the library starts. Done when it runs then, with
+/// stop when it does not.
 void AddAgentCommand(CommandRegistry& registry);
 
 }  // namespace commands

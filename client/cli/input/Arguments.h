@@ -42,6 +42,7 @@ struct Arguments {
     int daysKept = local::Trash::DefaultDays;
     bool isStrict = false;
     bool isDryRun = false;
+    bool isWatching = false;
     int transfers = pass::SyncOptions().transfers;
 
     wire::ConnectionSettings Connecting() const;
