@@ -43,13 +43,7 @@ void PassSignalOn(int signal) {
 }  // namespace
 
 Agent::Agent()
-    : _server({[this] { return StatusLine(_Status()); }, [this] { _Load(); }, [] { QCoreApplication::quit(); }}) {}
-
-Agent::~Agent() {
-    _EndWorkers();
-}
-
-void Agent::Run() {
+    : _server({[this] { return StatusLine(_Status()); }, [this] { _Load(); }, [] { QCoreApplication::quit(); }}) {
     if (pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
         throw SyncException(QStringLiteral("There are no descriptors to be had."));
     }
@@ -62,6 +56,13 @@ void Agent::Run() {
         sigaction(signal, &action, nullptr);
     }
     std::signal(SIGPIPE, SIG_IGN);
+}
+
+Agent::~Agent() {
+    _EndWorkers();
+}
+
+void Agent::Run() {
     _server.Listen(StatusServer::PathIn(user::RuntimeFolder()));
     LogLine(AgentLogger(), log4cplus::INFO_LOG_LEVEL, QStringLiteral("begins, process %1").arg(getpid()));
     QMetaObject::invokeMethod(

@@ -19,6 +19,7 @@ namespace agent {
 /// SIGTERM and SIGINT end it, SIGHUP has it read the file again. One in a process, on the main thread.
 class Agent {
 public:
+    /// From now on these signals are waited for. Throws SyncException when the system is out of descriptors.
     Agent();
     ~Agent();
     Agent(const Agent&) = delete;

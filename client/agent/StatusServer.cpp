@@ -1,6 +1,7 @@
 #include "client/agent/StatusServer.h"
 
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <QLocalSocket>
@@ -34,7 +35,7 @@ QString StatusServer::PathIn(const QString& folder) {
 
 void StatusServer::Listen(const QString& path) {
     QLocalServer::removeServer(path);
-    if (!_server.listen(path)) {
+    if (!_server.listen(path) || chmod(path.toUtf8().constData(), S_IRUSR | S_IWUSR) != 0) {
         throw sync::core::SyncException(QStringLiteral("%1: %2").arg(path, _server.errorString()));
     }
 }

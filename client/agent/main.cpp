@@ -39,11 +39,12 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "OvSync.exe: another one runs for this user already.\n");
             return 1;
         }
+        ovsync::agent::Agent agent;
         if (!isInForeground && !LetGoOfStreams()) {
             return 1;
         }
         ovsync::agent::BeginLog(ovsync::user::StateFolder(), isInForeground);
-        ovsync::agent::Agent().Run();
+        agent.Run();
         return 0;
     } catch (const sync::core::SyncException& e) {
         std::fprintf(stderr, "OvSync.exe: %s\n", e.what());

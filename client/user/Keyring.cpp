@@ -16,7 +16,7 @@ const int PatienceInMilliseconds = 3000;
 
 /// Without one the keyring's library would start one, and a keyring of its own in it.
 bool HasSessionBus() {
-    return qEnvironmentVariableIsSet("DBUS_SESSION_BUS_ADDRESS") ||
+    return !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS") ||
            QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + QLatin1String("/bus"));
 }
 

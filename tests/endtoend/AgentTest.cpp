@@ -13,6 +13,7 @@
 
 #include "dvsync/SyncService.h"
 #include "host/core/SyncAppName.h"
+#include "tests/endtoend/AgentUser.h"
 
 namespace {
 
@@ -44,7 +45,26 @@ QList<pid_t> ProcessesOf(const QString& program, const QByteArray& mark) {
     return ids;
 }
 
-class StartedAgentTest : public testing::Test {
+/// Whoever is started by this process is of a user of its own.
+class AgentSurroundings : public testing::Test {
+protected:
+    AgentSurroundings() { _Set(user.Environment()); }
+    ~AgentSurroundings() override { _Set(before); }
+
+    const tests::AgentUser user;
+
+private:
+    static void _Set(const QStringList& variables) {
+        for (const QString& variable : variables) {
+            qputenv(variable.section(QLatin1Char('='), 0, 0).toUtf8().constData(),
+                    variable.section(QLatin1Char('='), 1).toUtf8());
+        }
+    }
+
+    const QStringList before = QStringList({QStringLiteral("HOME=") + qEnvironmentVariable("HOME")});
+};
+
+class StartedAgentTest : public AgentSurroundings {
 protected:
     StartedAgentTest() { qputenv("OVSYNC_AGENT_TEST", mark); }
     ~StartedAgentTest() override { EndWith(SIGKILL); }
@@ -73,7 +93,7 @@ TEST_F(StartedAgentTest, IsStartedByTheLibraryFoundByItAndEnds) {
 }
 
 // A copy of the agent, under a name that no other process on this machine has.
-class AgentTest : public testing::Test {
+class AgentTest : public AgentSurroundings {
 protected:
     AgentTest() {
         EXPECT_TRUE(QFile::copy(QStringLiteral(OVSYNC_AGENT_PROGRAM), program));
