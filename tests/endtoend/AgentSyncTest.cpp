@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QThread>
 #include <csignal>
 
 #include "tests/endtoend/AgentUser.h"

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QUuid>
@@ -48,20 +49,28 @@ QList<pid_t> ProcessesOf(const QString& program, const QByteArray& mark) {
 /// Whoever is started by this process is of a user of its own.
 class AgentSurroundings : public testing::Test {
 protected:
-    AgentSurroundings() { _Set(user.Environment()); }
-    ~AgentSurroundings() override { _Set(before); }
+    AgentSurroundings() {
+        for (const QString& variable : user.Environment()) {
+            const QByteArray name = variable.section(QLatin1Char('='), 0, 0).toUtf8();
+            if (qEnvironmentVariableIsSet(name.constData())) {
+                before.insert(name, qgetenv(name.constData()));
+            }
+            qputenv(name.constData(), variable.section(QLatin1Char('='), 1).toUtf8());
+        }
+    }
+    ~AgentSurroundings() override {
+        for (const QString& variable : user.Environment()) {
+            qunsetenv(variable.section(QLatin1Char('='), 0, 0).toUtf8().constData());
+        }
+        for (auto variable = before.begin(); variable != before.end(); ++variable) {
+            qputenv(variable.key().constData(), variable.value());
+        }
+    }
 
     const tests::AgentUser user;
 
 private:
-    static void _Set(const QStringList& variables) {
-        for (const QString& variable : variables) {
-            qputenv(variable.section(QLatin1Char('='), 0, 0).toUtf8().constData(),
-                    variable.section(QLatin1Char('='), 1).toUtf8());
-        }
-    }
-
-    const QStringList before = QStringList({QStringLiteral("HOME=") + qEnvironmentVariable("HOME")});
+    QMap<QByteArray, QByteArray> before;
 };
 
 class StartedAgentTest : public AgentSurroundings {

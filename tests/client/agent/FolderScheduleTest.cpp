@@ -81,7 +81,7 @@ TEST_F(FolderScheduleTest, AChangeDoesNotPutOffThePassThatIsDueAnyway) {
 TEST_F(FolderScheduleTest, AChangeWhileAPassGoesOnIsForTheNextOne) {
     _schedule.BeginPass();
     _schedule.NoteChange(seconds(1005));
-    _schedule.EndPass(ScheduleEnd::Done);
+    _schedule.EndPass(seconds(1006), ScheduleEnd::Done);
     EXPECT_EQ(_schedule.Due(), Time(seconds(1007)));
 }
 
@@ -152,7 +152,7 @@ TEST_F(FolderScheduleTest, TryingAgainForgetsRejectionAndFailures) {
 TEST_F(FolderScheduleTest, AChangeBeforeARejectionIsNotForgottenAfterIt) {
     _schedule.BeginPass();
     _schedule.NoteChange(seconds(1001));
-    _schedule.EndPass(ScheduleEnd::Rejected);
+    _schedule.EndPass(seconds(1002), ScheduleEnd::Rejected);
     _schedule.TryAgain(seconds(2000));
     EXPECT_EQ(_schedule.Due(), Time(seconds(1003)));
 }
