@@ -242,11 +242,13 @@ void FolderWorker::OnEvent(const SyncEvent& event) {
 }
 
 void FolderWorker::OnProgress(const SyncProgress& progress) {
-    if (!_transfers.isValid()) {
+    // Each direction of a pass counts its own transfers.
+    if (!_transfers.isValid() || progress.doneFiles < _pass.progress->doneFiles) {
         _transfers.start();
     }
-    _Tell([this, &progress](FolderStatus& status) {
-        status.progress = progress;
+    _pass.progress = progress;
+    _Tell([this](FolderStatus& status) {
+        status.progress = _pass.progress;
         status.progressSeconds = static_cast<double>(_transfers.elapsed()) / 1000;
     });
 }

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cstring>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <thread>
 
 #include "client/agent/AgentClient.h"
@@ -72,12 +73,17 @@ ExitCode StartAgent(bool asJson, Output& output) {
     return isRunning ? ExitCode::Done : ExitCode::Refused;
 }
 
-ExitCode StopAgent(bool asJson, Output& output) {
-    const input::Application application;
+/// Whether none runs any more.
+bool EndAgent() {
     AgentClient agent;
     // One that just begins takes no requests yet.
-    const bool hasEnded = BecomesTrue([&agent] { return !AgentClient::IsRunning() || agent.Send("stop"); }) &&
-                          BecomesTrue([] { return !AgentClient::IsRunning(); });
+    return BecomesTrue([&agent] { return !AgentClient::IsRunning() || agent.Send("stop"); }) &&
+           BecomesTrue([] { return !AgentClient::IsRunning(); });
+}
+
+ExitCode StopAgent(bool asJson, Output& output) {
+    const input::Application application;
+    const bool hasEnded = EndAgent();
     Report(!hasEnded, asJson, output);
     return hasEnded ? ExitCode::Done : ExitCode::Refused;
 }
@@ -99,21 +105,33 @@ QString AgentProgram() {
         QStringLiteral("%1: %2").arg(QFile::decodeName(program), QString::fromLocal8Bit(std::strerror(errno))));
 }
 
-ExitCode EnableAgent(Output& output) {
-    const input::Application application;
+/// What it complains of; none when it did what it was to.
+std::optional<QString> ComplaintOfSystemd(const char* action) {
     QProcess systemctl;
-    systemctl.start(QStringLiteral("systemctl"), {QStringLiteral("--user"), QStringLiteral("enable"),
-                                                  QStringLiteral("--now"), QStringLiteral("ovsync.service")});
-    const bool isOver = systemctl.waitForFinished();
-    if (!isOver || systemctl.exitStatus() != QProcess::NormalExit || systemctl.exitCode() != 0) {
-        const QString said = QString::fromUtf8(systemctl.readAllStandardError()).simplified();
+    systemctl.start(QStringLiteral("systemctl"),
+                    {QStringLiteral("--user"), QString::fromLatin1(action), QStringLiteral("ovsync.service")});
+    if (systemctl.waitForFinished() && systemctl.exitStatus() == QProcess::NormalExit && systemctl.exitCode() == 0) {
+        return std::nullopt;
+    }
+    const QString said = QString::fromUtf8(systemctl.readAllStandardError()).simplified();
+    return said.isEmpty() ? systemctl.errorString() : said;
+}
+
+ExitCode EnableAgent(bool asJson, Output& output) {
+    const input::Application application;
+    std::optional<QString> complaint = ComplaintOfSystemd("enable");
+    if (!complaint) {
+        // One that systemd did not start would be in the way.
+        EndAgent();
+        complaint = ComplaintOfSystemd("start");
+    }
+    if (complaint) {
         throw Refusal(
             QStringLiteral("systemd does not start it for you here (%1). Have \"ovsync agent start\" run when you log "
                            "in, from ~/.profile for example, or as a line \"@reboot ovsync agent start\" of crontab -e")
-                .arg(said.isEmpty() ? systemctl.errorString() : said));
+                .arg(*complaint));
     }
-    output.Write("OvSync.exe runs, and will when you log in\n");
-    return ExitCode::Done;
+    return ShowAgent(asJson, output);
 }
 
 }  // namespace
@@ -130,7 +148,7 @@ void AddAgentCommand(CommandRegistry& registry) {
     registry.AddLocal(*agent, "run", "Becomes it, and shows what it logs.",
                       [](const Arguments&, Output&) -> ExitCode { RunAgentHere(); });
     registry.AddLocal(*agent, "enable", "Has systemd start it now, and whenever you log in.",
-                      [](const Arguments&, Output& output) { return EnableAgent(output); });
+                      [](const Arguments& given, Output& output) { return EnableAgent(given.isJson, output); });
 }
 
 }  // namespace commands
