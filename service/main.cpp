@@ -7,15 +7,16 @@
 #include <iostream>
 #include <optional>
 
-#include "service/HttpServer.h"
-#include "service/ServerPath.h"
-#include "service/ServiceTree.h"
-#include "service/XmlText.h"
+#include "service/http/HttpServer.h"
+#include "service/protocol/ServerPath.h"
+#include "service/protocol/XmlText.h"
+#include "service/tree/Seeding.h"
+#include "service/tree/ServiceTree.h"
 
 namespace {
 
-constexpr int wrongUsage = 2;
-constexpr const char* passwordVariable = "OVSYNC_SERVICE_PASSWORD";
+constexpr int WrongUsage = 2;
+constexpr const char* PasswordVariable = "OVSYNC_SERVICE_PASSWORD";
 
 struct Arguments {
     std::string directory;
@@ -25,7 +26,7 @@ struct Arguments {
     std::int64_t seedFiles = -1;
     std::int64_t seedFolders = 0;
     std::string seedFolder = "seeded";
-    bool verbose = false;
+    bool isVerbose = false;
 };
 
 void Describe(CLI::App& app, Arguments& arguments) {
@@ -35,7 +36,7 @@ void Describe(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     app.add_option(
         "--user", arguments.user,
-        std::string("Let in only this user, with the password in the environment variable ") + passwordVariable);
+        std::string("Let in only this user, with the password in the environment variable ") + PasswordVariable);
     app.add_option("--fault", arguments.faults,
                    "Misbehave: KIND[=ARGUMENT][,method=METHOD][,request=NUMBER]. Can be repeated.\n"
                    "Instead of carrying out the request: hang, reset, redirect=STATUS, error-page, status=CODE.\n"
@@ -55,39 +56,39 @@ void Describe(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     app.add_option("--seed-folder", arguments.seedFolder, "The name of the folder that --seed-files fills")
         ->capture_default_str();
-    app.add_flag("--verbose", arguments.verbose, "Write a line for each request to standard error");
+    app.add_flag("--verbose", arguments.isVerbose, "Write a line for each request to standard error");
     app.set_version_flag("--version", std::string("ovsync-service ") + OVSYNC_VERSION);
     app.footer("The service answers on 127.0.0.1 only. It keeps what it knows about the files in DIR/.ovsync-service.");
 }
 
 // What CLI11 cannot check. Throws std::invalid_argument.
-service::HttpServer::Options ToOptions(const Arguments& arguments) {
-    service::HttpServer::Options options;
+service::http::HttpServer::Options ToOptions(const Arguments& arguments) {
+    service::http::HttpServer::Options options;
     options.port = arguments.port;
-    options.verbose = arguments.verbose;
+    options.isVerbose = arguments.isVerbose;
     if (arguments.user) {
         options.user = *arguments.user;
         if (options.user.empty() || options.user.find(':') != std::string::npos ||
-            !service::IsValidUtf8(options.user)) {
+            !service::protocol::IsValidUtf8(options.user)) {
             throw std::invalid_argument("--user: the name is empty, has a ':' or is not UTF-8");
         }
-        const char* password = std::getenv(passwordVariable);
+        const char* password = std::getenv(PasswordVariable);
         if (password == nullptr || *password == '\0') {
             throw std::invalid_argument(std::string("--user needs the password in the environment variable ") +
-                                        passwordVariable);
+                                        PasswordVariable);
         }
         options.password = password;
     }
     for (const std::string& fault : arguments.faults) {
-        options.faults.push_back(service::Fault::Parse(fault));
+        options.faults.push_back(service::http::Fault::Parse(fault));
     }
-    if (!service::IsSegment(arguments.seedFolder) || service::IsReserved(arguments.seedFolder)) {
+    if (!service::protocol::IsSegment(arguments.seedFolder) || service::protocol::IsReserved(arguments.seedFolder)) {
         throw std::invalid_argument("--seed-folder: '" + arguments.seedFolder + "' cannot be the name of a folder");
     }
     return options;
 }
 
-void Serve(const Arguments& arguments, const service::HttpServer::Options& options) {
+void Serve(const Arguments& arguments, const service::http::HttpServer::Options& options) {
     // Blocked before any other thread begins, so that only this one meets them.
     sigset_t stopSignals;
     sigemptyset(&stopSignals);
@@ -97,11 +98,12 @@ void Serve(const Arguments& arguments, const service::HttpServer::Options& optio
     static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
     xmlInitParser();
 
-    service::ServiceTree tree(arguments.directory, options.user.empty() ? "anonymous" : options.user);
+    service::tree::ServiceTree tree(arguments.directory, options.user.empty() ? "anonymous" : options.user);
     if (arguments.seedFiles >= 0) {
-        tree.Seed(arguments.seedFolder, arguments.seedFiles, arguments.seedFolders);
+        service::tree::Seed(tree, arguments.directory,
+                            {arguments.seedFolder, arguments.seedFiles, arguments.seedFolders});
     }
-    const service::HttpServer server(tree, options);
+    const service::http::HttpServer server(tree, options);
     std::cout << "Serving " << arguments.directory << " on http://127.0.0.1:" << server.Port() << "/" << std::endl;
     int received = 0;
     sigwait(&stopSignals, &received);
@@ -116,13 +118,13 @@ int main(int argc, char** argv) try {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_SUCCESS : wrongUsage;
+        return app.exit(error) == 0 ? EXIT_SUCCESS : WrongUsage;
     }
     Serve(arguments, ToOptions(arguments));
     return EXIT_SUCCESS;
 } catch (const std::invalid_argument& error) {
     std::cerr << "ovsync-service: " << error.what() << "\n";
-    return wrongUsage;
+    return WrongUsage;
 } catch (const std::exception& error) {
     std::cerr << "ovsync-service: " << error.what() << "\n";
     return EXIT_FAILURE;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/cli/input/GlobFilter.h"
+#include "client/cli/input/ServiceFolderAt.h"
 #include "client/store/FileConfigManager.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalTree.h"
@@ -27,16 +28,6 @@ using store::RecordDatabase;
 using wire::HttpStatus;
 
 namespace {
-
-/// The same for every spelling of one URL, and the same as the command line has it.
-QString AddressOfFolder(const input::Location& location) {
-    QUrl url = location.baseUrl;
-    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
-        url.setPort(-1);
-    }
-    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
-    return url.toString(QUrl::FullyEncoded);
-}
 
 PassResult ResultOf(SyncOutcome outcome) {
     switch (outcome) {
@@ -154,24 +145,17 @@ SyncOutcome PullThenPush::_Sync(const std::atomic<bool>& isStopped, ISyncObserve
     options.filterText = _folder.excluded.join(QLatin1Char('/'));
     options.isStopped = &isStopped;
 
-    pass::ServiceFolder service;
-    service.folder = connection.Folder(_folder.location.serverPath);
-    service.folder.localPath = root;
-    service.address = AddressOfFolder(_folder.location);
+    pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
-    service.folders = &connection.Folders();
-    service.files = &connection.Files();
     service.updater = updater.get();
-    service.newConnection = [&connection] { return connection.NewContentConnection(); };
-    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
 
-    pass::PassContext pulling(service, tree, *records, options, observer);
+    pass::SyncPass pulling(service, tree, *records, options, observer);
     const SyncOutcome pulled = pull::PullPass(pulling).Run();
     if (pulled == SyncOutcome::Failed || pulled == SyncOutcome::Cancelled) {
         return pulled;
     }
-    pass::PassContext pushing(service, tree, *records, options, observer);
+    pass::SyncPass pushing(service, tree, *records, options, observer);
     const SyncOutcome pushed = push::PushPass(pushing).Run();
     return pushed == SyncOutcome::InStep ? pulled : pushed;
 }

@@ -5,7 +5,7 @@
 
 #include "client/agent/IFolderPass.h"
 #include "client/library/ServiceConnection.h"
-#include "client/sync/pass/PassContext.h"
+#include "client/sync/report/SyncOutcome.h"
 
 namespace ovsync {
 namespace agent {

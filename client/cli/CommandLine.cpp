@@ -11,22 +11,25 @@
 #include <string>
 #include <vector>
 
-#include "client/cli/commands/AgentCommand.h"
-#include "client/cli/commands/FoldersCommand.h"
+#include "client/cli/agent/AgentCommand.h"
+#include "client/cli/agent/FoldersCommand.h"
+#include "client/cli/agent/LoginCommand.h"
+#include "client/cli/agent/StatusCommand.h"
 #include "client/cli/commands/ListCommand.h"
-#include "client/cli/commands/LoginCommand.h"
 #include "client/cli/commands/MakeFolderCommand.h"
-#include "client/cli/commands/MoveCommand.h"
 #include "client/cli/commands/PullCommand.h"
 #include "client/cli/commands/PushCommand.h"
-#include "client/cli/commands/RemoveCommand.h"
 #include "client/cli/commands/SettingsCommand.h"
 #include "client/cli/commands/SizeCommand.h"
 #include "client/cli/commands/StatCommand.h"
-#include "client/cli/commands/StatusCommand.h"
 #include "client/cli/commands/TrashCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
+#include "client/cli/files/CheckCommand.h"
+#include "client/cli/files/CopyCommand.h"
+#include "client/cli/files/GetCommand.h"
+#include "client/cli/files/PutCommand.h"
+#include "client/cli/files/RemoveCommand.h"
 #include "client/cli/input/Credentials.h"
 #include "client/cli/input/Interruption.h"
 #include "client/cli/input/Location.h"
@@ -38,7 +41,7 @@
 #include "client/library/ServiceConnection.h"
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/pass/WrongFolder.h"
+#include "client/sync/pass/ServiceFolder.h"
 #include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
@@ -92,11 +95,16 @@ void AddCommands(CommandRegistry& registry) {
     commands::AddTreeCommand(registry);
     commands::AddSizeCommand(registry);
     commands::AddStatCommand(registry);
+    files::AddGetCommand(registry);
+    files::AddCatCommand(registry);
+    files::AddPutCommand(registry);
     commands::AddMakeFolderCommand(registry);
-    commands::AddRemoveCommand(registry);
-    commands::AddMoveCommand(registry);
+    files::AddRemoveCommand(registry);
+    files::AddMoveCommand(registry);
+    files::AddCopyCommand(registry);
     commands::AddPullCommand(registry);
     commands::AddPushCommand(registry);
+    files::AddCheckCommand(registry);
     commands::AddSettingsCommand(registry);
     commands::AddVersionCommand(registry);
     commands::AddFoldersCommand(registry);
@@ -104,20 +112,6 @@ void AddCommands(CommandRegistry& registry) {
     commands::AddAgentCommand(registry);
     commands::AddStatusCommand(registry);
     commands::AddTrashCommand(registry);
-}
-
-/// Whether a server that answered the request for the whole tree at `location` with `status` refuses that for any tree.
-bool RefusesTrees(int status, ServiceConnection& connection, const Location& location) {
-    if (status < HttpStatus::BadRequest || status >= HttpStatus::InternalServerError ||
-        status == HttpStatus::Unauthorized || status == HttpStatus::NotFound) {
-        return false;
-    }
-    // Servers word it in too many ways, but one that shows the folder itself can only mean the depth.
-    try {
-        return connection.Folders().FolderExists(connection.Folder(location.serverPath));
-    } catch (const sync::core::SyncException&) {
-        return false;
-    }
 }
 
 }  // namespace
@@ -193,10 +187,6 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         Complain(QStringLiteral("The answer was ") + connection->LastAnswer());
         if (e.StatusCode() == HttpStatus::Unauthorized) {
             Complain(QStringLiteral("Give a user name with -u."));
-        }
-        if (registry.ListsTree() && RefusesTrees(e.StatusCode(), *connection, location)) {
-            Complain(QStringLiteral(
-                "This server does not list a whole tree at once (Depth: infinity). List it folder by folder with ls."));
         }
         return ExitCode::Refused;
     } catch (const std::exception& e) {

@@ -11,9 +11,10 @@ namespace ovsync {
 namespace content {
 
 using wire::ConnectionSettings;
-using wire::ContentSource;
 using wire::HttpDate;
 using wire::HttpStatus;
+using wire::HttpTransaction;
+using wire::IContentSource;
 using wire::TransactionError;
 
 ContentConnection::ContentConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
@@ -34,28 +35,36 @@ std::optional<ContentVersion> ContentConnection::Look(const QUrl& url) {
 }
 
 ContentVersion ContentConnection::Download(const QUrl& url, ContentSink& sink) {
-    ContentDownload download(url, sink);
-    _Perform(download);
-    if (download.StatusCode() != HttpStatus::Ok) {
-        _ThrowRefusal(download);
+    const ContentPart part = sink.Received();
+    if (part.size > 0 && !part.entityTag.isEmpty()) {
+        ContentDownload rest(url, sink, part);
+        if (_PerformRest(rest)) {
+            return rest.Whole();
+        }
     }
-    return download.Version();
+    ContentDownload whole(url, sink, ContentPart());
+    _Perform(whole);
+    _RequireContent(whole);
+    return whole.Whole();
 }
 
-UploadOutcome ContentConnection::Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
                                         const ContentVersion& known) {
-    QPair<QByteArray, QByteArray> header("If-None-Match", "*");
-    if (condition == UploadCondition::Unchanged) {
-        header = known.entityTag.isEmpty() ? qMakePair(QByteArray("If-Unmodified-Since"), HttpDate(known.lastModified))
-                                           : qMakePair(QByteArray("If-Match"), known.entityTag);
+    HttpTransaction::Headers headers;
+    if (condition == UploadCondition::New) {
+        headers.append(qMakePair(QByteArray("If-None-Match"), QByteArray("*")));
+    } else if (condition == UploadCondition::Unchanged) {
+        headers.append(known.entityTag.isEmpty()
+                           ? qMakePair(QByteArray("If-Unmodified-Since"), HttpDate(known.lastModified))
+                           : qMakePair(QByteArray("If-Match"), known.entityTag));
     }
-    if (header.second.isEmpty()) {
+    if (!headers.isEmpty() && headers.first().second.isEmpty()) {
         throw sync::core::SyncException(
             QStringLiteral("%1 cannot be replaced only if it is unchanged: the server gave neither an entity tag nor a "
                            "date for it")
                 .arg(url.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo)));
     }
-    ContentUpload upload(url, source, size, header);
+    ContentUpload upload(url, source, size, headers);
     _Perform(upload);
     switch (upload.StatusCode()) {
         case HttpStatus::Ok:
@@ -71,6 +80,28 @@ UploadOutcome ContentConnection::Upload(const QUrl& url, ContentSource& source, 
 
 void ContentConnection::Cancel() {
     _session.Cancel();
+}
+
+bool ContentConnection::_PerformRest(ContentDownload& rest) {
+    try {
+        _Perform(rest);
+    } catch (const TransactionError&) {
+        if (rest.IsToBeAskedAnew()) {
+            return false;
+        }
+        throw;
+    }
+    if (rest.IsToBeAskedAnew()) {
+        return false;
+    }
+    _RequireContent(rest);
+    return true;
+}
+
+void ContentConnection::_RequireContent(const ContentDownload& download) const {
+    if (download.StatusCode() != HttpStatus::Ok && !download.IsRest()) {
+        _ThrowRefusal(download);
+    }
 }
 
 void ContentConnection::_Perform(ContentTransaction& transaction) {

@@ -2,7 +2,7 @@
 
 #include <QAuthenticator>
 
-#include "client/content/ContentTransaction.h"
+#include "client/content/ContentDownload.h"
 #include "client/content/IContentConnection.h"
 #include "client/wire/HttpConnection.h"
 
@@ -17,11 +17,14 @@ public:
 
     std::optional<ContentVersion> Look(const QUrl& url) override;
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
-    UploadOutcome Upload(const QUrl& url, wire::ContentSource& source, qint64 size, UploadCondition condition,
+    UploadOutcome Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
                          const ContentVersion& known) override;
     void Cancel() override;
 
 private:
+    /// Whether what came is of use; otherwise the whole content is to be asked for.
+    bool _PerformRest(ContentDownload& rest);
+    void _RequireContent(const ContentDownload& download) const;
     void _Perform(ContentTransaction& transaction);
     [[noreturn]] void _ThrowRefusal(const ContentTransaction& transaction) const;
 

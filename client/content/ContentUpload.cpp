@@ -8,18 +8,23 @@ namespace ovsync {
 namespace content {
 
 using sync::core::SyncException;
-using wire::ContentSource;
 using wire::HttpTransaction;
+using wire::IContentSource;
 
-ContentUpload::ContentUpload(const QUrl& url, ContentSource& source, qint64 size,
-                             const QPair<QByteArray, QByteArray>& condition)
-    : ContentTransaction("PUT", url), _source(source), _size(size), _condition(condition) {}
+ContentUpload::ContentUpload(const QUrl& url, IContentSource& source, qint64 size, const Headers& conditions)
+    : ContentTransaction("PUT", url), _source(source), _size(size), _conditions(conditions) {}
 
 HttpTransaction::Headers ContentUpload::RequestHeaders() const {
-    return {_condition, {"Content-Type", "application/octet-stream"}};
+    Headers headers = _conditions;
+    headers.append(qMakePair(QByteArray("Content-Type"), QByteArray("application/octet-stream")));
+    const QDateTime modified = _source.Modified();
+    if (modified.isValid()) {
+        headers.append(qMakePair(QByteArray("X-OC-Mtime"), QByteArray::number(modified.toSecsSinceEpoch())));
+    }
+    return headers;
 }
 
-ContentSource* ContentUpload::StreamedBody() {
+IContentSource* ContentUpload::StreamedBody() {
     return this;
 }
 

@@ -1,22 +1,21 @@
 #pragma once
 
 #include "client/content/ContentTransaction.h"
-#include "client/wire/ContentSource.h"
+#include "client/wire/IContentSource.h"
 
 namespace ovsync {
 namespace content {
 
-/// Stores the content of a file on a condition. A source that does not have just the announced size breaks the
-/// transaction off before the server was sent as much as was announced, so that it has nothing whole to store. Not
-/// thread-safe.
-class ContentUpload : public ContentTransaction, private wire::ContentSource {
+/// Stores the content of a file, and tells its date, which some servers keep. A source that does not have just the
+/// announced size breaks the transaction off before the server was sent as much as was announced, so that it has
+/// nothing whole to store. Not thread-safe.
+class ContentUpload : public ContentTransaction, private wire::IContentSource {
 public:
-    /// Sends `condition` among the headers. `source` has to outlive this object.
-    ContentUpload(const QUrl& url, wire::ContentSource& source, qint64 size,
-                  const QPair<QByteArray, QByteArray>& condition);
+    /// Sends `conditions` among the headers. `source` has to outlive this object.
+    ContentUpload(const QUrl& url, wire::IContentSource& source, qint64 size, const Headers& conditions);
 
     Headers RequestHeaders() const override;
-    wire::ContentSource* StreamedBody() override;
+    wire::IContentSource* StreamedBody() override;
     qint64 StreamedBodySize() const override;
     void OnEnd() override;
 
@@ -26,9 +25,9 @@ private:
     size_t _ReadSource(char* bytes, size_t size);
     void _CheckThatSourceEnds();
 
-    wire::ContentSource& _source;
+    wire::IContentSource& _source;
     const qint64 _size;
-    const QPair<QByteArray, QByteArray> _condition;
+    const Headers _conditions;
     qint64 _sent = 0;
 };
 

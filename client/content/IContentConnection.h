@@ -6,7 +6,7 @@
 
 #include "client/content/ContentSink.h"
 #include "client/content/ContentVersion.h"
-#include "client/wire/ContentSource.h"
+#include "client/wire/IContentSource.h"
 
 namespace ovsync {
 namespace content {
@@ -16,7 +16,9 @@ enum class UploadCondition {
     /// There is no such file.
     New,
     /// The file is still the version that is given: by its entity tag or, where it has none, by its date.
-    Unchanged
+    Unchanged,
+    /// Nothing: whatever is there is replaced.
+    Any
 };
 
 enum class UploadOutcome {
@@ -44,7 +46,7 @@ public:
     /// Sends exactly `size` bytes; `known` counts for UploadCondition::Unchanged only and must have a tag or a date
     /// there. Throws TransactionError also when `source` has fewer or more: then the server was given no whole content.
     /// After an error without an answer the server may have stored the content nonetheless.
-    [[nodiscard]] virtual UploadOutcome Upload(const QUrl& url, wire::ContentSource& source, qint64 size,
+    [[nodiscard]] virtual UploadOutcome Upload(const QUrl& url, wire::IContentSource& source, qint64 size,
                                                UploadCondition condition, const ContentVersion& known) = 0;
 
     /// Ends the operation under way, and each to come, with a TransactionError at once. May be called by any thread,

@@ -4,27 +4,48 @@
 
 #include "client/content/ContentConnection.h"
 #include "client/library/DrovaneHttp.h"
-#include "client/library/PublishedConfig.h"
-#include "client/library/RemoteFileManagerFactory.h"
 #include "client/library/RequestAuthenticatorFactory.h"
 #include "client/library/ServerConfigManager.h"
 #include "client/library/SyncConfigWatch.h"
-#include "client/requests/AccountConnections.h"
 #include "client/requests/HttpFactory.h"
+#include "client/requests/PropfindRequest.h"
 #include "client/requests/RequestManager.h"
+#include "client/requests/SharedListing.h"
 #include "client/requests/UrlBuilder.h"
 #include "client/wire/HttpStatus.h"
 #include "dvsync/DrovaneCustomFileConfigUpdater.h"
+#include "dvsync/DrovaneRemoteFolderManager.h"
+#include "dvsync/ExternalSyncConfig.h"
 #include "dvsync/ExternalSyncConfigManager.h"
+#include "dvsync/ResourceMapping.h"
 #include "host/core/SyncException.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace library {
+
+using requests::AccountConnection;
+using requests::HttpFactory;
+using requests::IRequestSender;
+using requests::RequestManager;
+using requests::SharedListing;
+using requests::UrlBuilder;
 
 namespace {
 
 // There is one server at a time.
 const int TheServerId = 1;
+
+/// What a service published at the moment when it was asked, for whoever would ask it again for each value.
+class PublishedConfig : public sync::interf::IExternalSyncConfigManager {
+public:
+    explicit PublishedConfig(const sync::dv::dvsync::ExternalSyncConfig& config) : _config(config) {}
+
+    sync::dv::dvsync::ExternalSyncConfig GetExternalSyncConfig() override { return _config; }
+
+private:
+    const sync::dv::dvsync::ExternalSyncConfig _config;
+};
 
 }  // namespace
 
@@ -54,29 +75,25 @@ private:
 ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& credentials,
                                      const wire::ConnectionSettings& settings)
     : _settings(settings),
-      _authenticators(std::make_shared<RequestAuthenticatorFactory>(credentials.user(), credentials.password())) {
-    const auto sessions = std::make_shared<requests::AccountConnections>(settings);
-    const auto httpFactory = std::make_shared<requests::HttpFactory>(sessions);
-    const auto urlBuilder = std::make_shared<requests::UrlBuilder>();
+      _authenticators(std::make_shared<RequestAuthenticatorFactory>(credentials.user(), credentials.password())),
+      _connection(std::make_shared<AccountConnection>(settings, credentials)),
+      _urlBuilder(std::make_shared<UrlBuilder>()) {
     _account.baseUrl = baseUrl;
     _configuration = std::make_shared<Configuration>(_account);
-    _session = sessions->Of(TheServerId, *_authenticators);
     _networkAccess = std::make_shared<NetworkAccessManagerFactory>(_authenticators, TheServerId, baseUrl, settings);
     _ofThread = std::make_unique<ThreadConfiguration>(_configuration);
-    _fileManagers = std::make_shared<RemoteFileManagerFactory>(
-        urlBuilder, std::make_shared<requests::RequestManager>(_session), _authenticators, httpFactory, _networkAccess);
+    _fileManagers = _NewFileManagers(_connection);
     _files = _fileManagers->CreateRemoteFileManager(TheServerId);
-    _folders = std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(urlBuilder, TheServerId, _authenticators,
-                                                                              httpFactory, _configuration);
+    _folders = _NewFolderManager(_connection);
 }
 
 std::optional<FolderListing> ServiceConnection::List(sync::config::FolderConfiguration folder) {
-    // The library asks for folders and for files by the same request, which is sent once. The folders come first
-    // because they are few: whoever reads an answer first works on a copy of what it changes.
-    _session->ShareNextListing();
-    const auto folders = _folders->GetNameSortedDirsByFolder(folder);
+    const auto listing = std::make_shared<SharedListing>(_connection);
+    // The folders come first because they are few: whoever reads an answer first works on a copy of what it changes.
+    const auto folders = _NewFolderManager(listing)->GetNameSortedDirsByFolder(folder);
     std::shared_ptr<QVector<sync::config::FileConfiguration>> files;
-    if (_files->GetNameSortedFilesByFolder(folder, files) == wire::HttpStatus::NotFound) {
+    const auto fileManager = _NewFileManagers(listing)->CreateRemoteFileManager(TheServerId);
+    if (fileManager->GetNameSortedFilesByFolder(folder, files) == wire::HttpStatus::NotFound) {
         return std::nullopt;
     }
     return FolderListing{*folders, *files};
@@ -100,17 +117,53 @@ std::unique_ptr<sync::interf::ICustomFileConfigUpdater> ServiceConnection::NewUp
     return updater;
 }
 
+std::optional<FoundResource> ServiceConnection::Find(const QString& serverPath) {
+    if (serverPath.isEmpty()) {
+        return FoundResource{true, {}};
+    }
+    const auto request =
+        std::make_shared<requests::PropfindRequest>(UrlOf(serverPath), sync::http::DAVPropfindRequest::Resource);
+    _connection->Execute({request}, [](const auto&, auto) {});
+    const int status = request->GetStatusCode();
+    if (status == wire::HttpStatus::NotFound || status == wire::HttpStatus::Gone) {
+        return std::nullopt;
+    }
+    const auto result = request->GetResult();
+    if (!result) {
+        throw sync::http::HttpException(
+            QStringLiteral("PROPFIND with url %1 failed with error code %2").arg(request->Url().toString()).arg(status),
+            status, request->Url());
+    }
+    // A file that was asked for stands among the file-like entries, a collection does not.
+    if (result->fileResponses.isEmpty()) {
+        return FoundResource{true, {}};
+    }
+    return FoundResource{
+        false, sync::dv::dvsync::BuildFileConfigFromFindResponse(
+                   Folder(serverPath.left(qMax(0, serverPath.lastIndexOf(QLatin1Char('/'))))), result->singleResponse)};
+}
+
 std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {
+    return std::make_unique<content::ContentConnection>(_SettingsOfTransfers(),
+                                                        _authenticators->CreateAuthenticator(TheServerId));
+}
+
+std::unique_ptr<content::ResourceConnection> ServiceConnection::NewResourceConnection() const {
+    return std::make_unique<content::ResourceConnection>(_SettingsOfTransfers(),
+                                                         _authenticators->CreateAuthenticator(TheServerId));
+}
+
+wire::ConnectionSettings ServiceConnection::_SettingsOfTransfers() const {
     wire::ConnectionSettings settings = _settings;
     // What is shown of several transfers at once is not for one of them to say.
     settings.onProgress = nullptr;
     // Several transfers share a line that may be slow.
     settings.leastRate = 0;
-    return std::make_unique<content::ContentConnection>(settings, _authenticators->CreateAuthenticator(TheServerId));
+    return settings;
 }
 
 QUrl ServiceConnection::UrlOf(const QString& serverPath) const {
-    const std::shared_ptr<QUrl> url = requests::UrlBuilder().BuildUrl(_account, serverPath);
+    const std::shared_ptr<QUrl> url = _urlBuilder->BuildUrl(_account, serverPath);
     return url ? *url : QUrl();
 }
 
@@ -122,6 +175,19 @@ sync::config::FolderConfiguration ServiceConnection::Folder(const QString& serve
     folder.serverPath = serverPath;
     folder.serverRootPath = serverPath;
     return folder;
+}
+
+std::shared_ptr<RemoteFileManagerFactory> ServiceConnection::_NewFileManagers(
+    const std::shared_ptr<IRequestSender>& sender) const {
+    return std::make_shared<RemoteFileManagerFactory>(_urlBuilder, std::make_shared<RequestManager>(sender),
+                                                      _authenticators, std::make_shared<HttpFactory>(sender),
+                                                      _networkAccess);
+}
+
+std::unique_ptr<sync::interf::IRemoteFolderManager> ServiceConnection::_NewFolderManager(
+    const std::shared_ptr<IRequestSender>& sender) const {
+    return std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(
+        _urlBuilder, TheServerId, _authenticators, std::make_shared<HttpFactory>(sender), _configuration);
 }
 
 }  // namespace library

@@ -8,16 +8,18 @@
 #include <optional>
 
 #include "client/content/IContentConnection.h"
+#include "client/content/ResourceConnection.h"
 #include "client/library/NetworkAccessManagerFactory.h"
+#include "client/library/RemoteFileManagerFactory.h"
 #include "client/library/ThreadConfiguration.h"
 #include "client/requests/AccountConnection.h"
 #include "client/wire/ConnectionSettings.h"
-#include "dvsync/DrovaneRemoteFolderManager.h"
 #include "host/interfaces/ICustomFileConfigUpdater.h"
 #include "host/interfaces/IExternalSyncConfigManager.h"
 #include "host/interfaces/IFileConfigManager.h"
 #include "host/interfaces/IRemoteFileManager.h"
-#include "host/interfaces/factory/IRemoteFileManagerFactory.h"
+#include "host/interfaces/IRemoteFolderManager.h"
+#include "host/interfaces/IUrlBuilder.h"
 #include "host/interfaces/factory/IRequestAuthenticatorFactory.h"
 
 namespace ovsync {
@@ -27,6 +29,13 @@ namespace library {
 struct FolderListing {
     QVector<sync::config::FolderConfiguration> folders;
     QVector<sync::config::FileConfiguration> files;
+};
+
+/// What is at one place of the service. A plain value.
+struct FoundResource {
+    bool isFolder = false;
+    /// Where it is a file.
+    sync::config::FileConfiguration file;
 };
 
 /// The library, loaded over real HTTP for one server. Has the process's configuration factory hand out its settings on
@@ -55,35 +64,49 @@ public:
     std::unique_ptr<sync::interf::ICustomFileConfigUpdater> NewUpdater(
         std::shared_ptr<sync::interf::IFileConfigManager> records);
 
-    /// A session of its own for content, for another thread.
+    /// What is at `serverPath`, asked for as a file: some servers answer with an error to the URL of a file that ends
+    /// in '/'. None when there is nothing. Throws HttpException for any other answer that is none, and
+    /// TransactionError.
+    std::optional<FoundResource> Find(const QString& serverPath);
+
+    /// A connection of its own for content, for another thread.
     std::unique_ptr<content::IContentConnection> NewContentConnection() const;
+    /// The same for what is done with files on the service.
+    std::unique_ptr<content::ResourceConnection> NewResourceConnection() const;
 
     /// The URL of a server path; empty when there is none for it.
     QUrl UrlOf(const QString& serverPath) const;
 
-    /// None when the service has no such folder. Throws what the library throws.
+    /// Asks the service once. None when it has no such folder. Throws what the library throws.
     std::optional<FolderListing> List(sync::config::FolderConfiguration folder);
 
     /// Ends what the library asks at this moment, and what it asks later, with a TransactionError.
-    void Cancel() { _session->Cancel(); }
+    void Cancel() { _connection->Cancel(); }
 
     /// One line on what the server answered last.
-    QString LastAnswer() const { return _configAnswer.isEmpty() ? _session->LastAnswer() : _configAnswer; }
+    QString LastAnswer() const { return _configAnswer.isEmpty() ? _connection->LastAnswer() : _configAnswer; }
 
 private:
     class Configuration;
 
+    wire::ConnectionSettings _SettingsOfTransfers() const;
+    std::shared_ptr<RemoteFileManagerFactory> _NewFileManagers(
+        const std::shared_ptr<requests::IRequestSender>& sender) const;
+    std::unique_ptr<sync::interf::IRemoteFolderManager> _NewFolderManager(
+        const std::shared_ptr<requests::IRequestSender>& sender) const;
+
     const wire::ConnectionSettings _settings;
     sync::config::ServerConfiguration _account;
     std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> _authenticators;
-    std::shared_ptr<requests::AccountConnection> _session;
+    std::shared_ptr<requests::AccountConnection> _connection;
+    std::shared_ptr<sync::interf::IUrlBuilder> _urlBuilder;
     std::shared_ptr<NetworkAccessManagerFactory> _networkAccess;
     QString _configAnswer;
     std::shared_ptr<Configuration> _configuration;
     std::unique_ptr<ThreadConfiguration> _ofThread;
-    std::shared_ptr<sync::interf::factory::IRemoteFileManagerFactory> _fileManagers;
+    std::shared_ptr<RemoteFileManagerFactory> _fileManagers;
     std::shared_ptr<sync::interf::IRemoteFileManager> _files;
-    std::unique_ptr<sync::dv::dvsync::DrovaneRemoteFolderManager> _folders;
+    std::unique_ptr<sync::interf::IRemoteFolderManager> _folders;
 };
 
 }  // namespace library

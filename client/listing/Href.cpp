@@ -114,9 +114,8 @@ std::string HostOfAuthority(const std::string& authority) {
 
 Href::Href(const QUrl& asked)
     : _host(asked.host(QUrl::FullyEncoded).toLower().toStdString()),
-      _base(asked.path(QUrl::FullyEncoded).toStdString()) {
-    _base.erase(_base.rfind('/') + 1);
-}
+      _asked(asked.path(QUrl::FullyEncoded).toStdString()),
+      _base(_asked.substr(0, _asked.rfind('/') + 1)) {}
 
 void Href::Read(const char* text, size_t size) {
     _path.clear();
@@ -127,7 +126,7 @@ void Href::Read(const char* text, size_t size) {
     }
     const size_t schemeSize = SchemeSize(text, size);
     if (schemeSize == 0) {
-        const std::string resolved = _base + std::string(text, size);
+        const std::string resolved = size == 0 ? _asked : _base + std::string(text, size);
         _ReadPath(resolved.data(), resolved.size());
         return;
     }

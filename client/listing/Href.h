@@ -7,6 +7,14 @@
 namespace ovsync {
 namespace listing {
 
+/// Which hrefs the entries of an answer may have.
+enum class HrefScope {
+    /// That of the URL that was asked and, by the depth, those below it.
+    OfUrl,
+    /// The one entry has any href: what was asked was not named by its path. For Depth 0 only.
+    Any
+};
+
 /// Reads the hrefs of an answer, one after the other. The raw path is split at its slashes first, then each segment is
 /// decoded, once: an escaped slash stays part of its segment. Keeps its buffers, so that reading an href allocates
 /// nothing once they have grown. Not thread-safe.
@@ -16,9 +24,9 @@ public:
     explicit Href(const QUrl& asked);
 
     /// Takes an absolute path, an absolute http or https URL (its scheme and port may differ from those asked, as they
-    /// do behind a proxy), or a reference relative to what was asked. '#' and '?' are read as part of the path. Throws
-    /// SyncException when it names another host or has a '.' or '..' segment or a NUL, escaped or not; the values of
-    /// the operations below are then unspecified.
+    /// do behind a proxy), or a reference relative to what was asked, which an empty one stands for itself. '#' and '?'
+    /// are read as part of the path. Throws SyncException when it names another host or has a '.' or '..' segment or a
+    /// NUL, escaped or not; the values of the operations below are then unspecified.
     void Read(const char* text, size_t size);
 
     /// The absolute path, its segments percent-encoded, without empty segments. The text as it was read where that is
@@ -43,6 +51,7 @@ private:
     void _AppendSegment(const char* text, size_t size);
 
     std::string _host;
+    std::string _asked;
     std::string _base;
     std::string _path;
     std::string _key;

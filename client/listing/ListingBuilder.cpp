@@ -6,6 +6,7 @@
 
 #include "client/listing/FolderProtocol.h"
 #include "client/wire/DateReader.h"
+#include "client/wire/Printable.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -92,24 +93,21 @@ int MadeUpId(const std::string& key) {
 }  // namespace
 
 ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope,
-                               const ListingLimits& limits)
+                               const ListingLimits& limits, const std::shared_ptr<DAVPropfindResult>& whole)
     : _depth(depth),
       _scope(scope),
       _limit(limits.entries),
       _href(asked),
-      _result(std::make_shared<DAVPropfindResult>()) {
+      _isPart(whole != nullptr),
+      _result(whole ? whole : std::make_shared<DAVPropfindResult>()) {
     const std::string path = asked.path(QUrl::FullyEncoded).toStdString();
     _href.Read(path.data(), path.size());
     _askedKey = _href.Key();
 }
 
 void ListingBuilder::Add(const MultistatusEntry& entry) {
-    if (++_count > _limit.value) {
-        throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
-                                .arg(QString::number(_limit.value), _limit.source));
-    }
     const std::string_view href = Trimmed(entry.Href());
-    if (href.empty()) {
+    if (href.empty() && _scope == HrefScope::Any) {
         throw SyncException(QStringLiteral("an entry has an empty href"));
     }
     try {
@@ -118,22 +116,28 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
         entry.Fail(QLatin1String("has an href that cannot be taken: ") + reason.Message());
     }
     const std::string& key = _href.Key();
-    if (_scope == HrefScope::Any && !_ownSeen) {
+    if (_scope == HrefScope::Any && !_hasOwn) {
         _askedKey = key;
     }
     const QString classType = _Text(entry, Entry::ClassType);
     const Form form = _FormOf(classType, entry.IsCollection());
     if (key == _askedKey) {
-        if (_ownSeen) {
+        if (_hasOwn) {
             entry.Fail(QStringLiteral("came before"));
         }
-        _ownSeen = true;
+        _hasOwn = true;
         _Describe(entry, classType, form, _own);
-        _ownIsContainer = form != Form::File;
+        _isOwnContainer = form != Form::File;
         return;
     }
     if (!_IsInScope(key)) {
         entry.Fail(QStringLiteral("lies outside what was asked"));
+    }
+    _isAlone = false;
+    // The asked one is an entry as well.
+    if (_result->collectionResponses.size() + _result->fileResponses.size() + 2 > _limit.value) {
+        throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
+                                .arg(QString::number(_limit.value), _limit.source));
     }
     const bool isFolder = form == Form::Folder;
     auto& map = isFolder ? _result->collectionResponses : _result->fileResponses;
@@ -151,13 +155,17 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
 }
 
 std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {
-    if (!_ownSeen) {
+    if (!_hasOwn) {
         throw SyncException(QStringLiteral("the listing has no entry for what was asked"));
     }
-    const bool isAlone = _result->collectionResponses.isEmpty() && _result->fileResponses.isEmpty();
-    const bool isFile = isAlone && !_ownIsContainer;
+    const bool isFile = _isAlone && !_isOwnContainer;
     if (isFile) {
+        // Of a part it was a folder when the one above was listed.
+        _result->collectionResponses.remove(FromUtf8(_askedKey));
         _result->fileResponses.insert(FromUtf8(_askedKey), _own);
+    }
+    if (_isPart) {
+        return _result;
     }
     if (isFile || _depth == DAVPropfindRequest::Resource) {
         _result->isSingleResponse = true;

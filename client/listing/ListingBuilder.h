@@ -9,7 +9,6 @@
 #include <string>
 
 #include "client/listing/Href.h"
-#include "client/listing/HrefScope.h"
 #include "client/listing/MultistatusEntry.h"
 #include "client/wire/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
@@ -25,10 +24,14 @@ namespace listing {
 /// neither map. The hrefs of file-like entries end in no '/', those of forms neither, so that the path of a form is the
 /// path of what lies in it up to the last '/'. Throws SyncException for an entry that lies outside what was asked, that
 /// came before, that has a number that is none, or that is one more than the limit.
+///
+/// A whole tree can be put together of the answers for its folders: each is a part, whose entries go into the result
+/// that has the folder's own entry already.
 class ListingBuilder {
 public:
+    /// A part when there is a `whole`, whose entries then count for the limit too.
     ListingBuilder(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth, HrefScope scope,
-                   const wire::ListingLimits& limits);
+                   const wire::ListingLimits& limits, const std::shared_ptr<sync::http::DAVPropfindResult>& whole);
 
     void Add(const MultistatusEntry& entry);
 
@@ -58,14 +61,15 @@ private:
     const sync::http::DAVPropfindRequest::Depth _depth;
     const HrefScope _scope;
     const wire::ListingLimits::Limit _limit;
-    qint64 _count = 0;
     Href _href;
     std::string _askedKey;
-    bool _ownSeen = false;
-    bool _ownIsContainer = false;
+    bool _hasOwn = false;
+    bool _isOwnContainer = false;
     sync::http::DAVPropfindResponse _own;
     const sync::http::DAVPropfindResponse _blank;
-    std::shared_ptr<sync::http::DAVPropfindResult> _result;
+    const bool _isPart;
+    const std::shared_ptr<sync::http::DAVPropfindResult> _result;
+    bool _isAlone = true;
     std::array<Remembered<QString>, MultistatusEntry::PropertyCount> _texts;
     std::array<Remembered<QDateTime>, MultistatusEntry::PropertyCount> _dates;
 };

@@ -4,6 +4,7 @@
 
 #include "client/wire/EnumTable.h"
 #include "client/wire/HttpStatus.h"
+#include "client/wire/Printable.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {

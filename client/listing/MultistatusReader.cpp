@@ -68,8 +68,9 @@ struct ParserDeleter {
 /// The document while it is read.
 class MultistatusReader::Document {
 public:
-    Document(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope, const ListingLimits& limits)
-        : _listing(asked, depth, scope, limits) {
+    Document(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope, const ListingLimits& limits,
+             const std::shared_ptr<DAVPropfindResult>& whole)
+        : _listing(asked, depth, scope, limits, whole) {
         xmlInitParser();
         xmlSAXHandler handlers = {};
         handlers.initialized = XML_SAX2_MAGIC;
@@ -323,8 +324,8 @@ private:
 };
 
 MultistatusReader::MultistatusReader(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope,
-                                     const ListingLimits& limits)
-    : _document(std::make_unique<Document>(asked, depth, scope, limits)) {}
+                                     const ListingLimits& limits, const std::shared_ptr<DAVPropfindResult>& whole)
+    : _document(std::make_unique<Document>(asked, depth, scope, limits, whole)) {}
 
 MultistatusReader::~MultistatusReader() = default;
 

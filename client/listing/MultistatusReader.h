@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <memory>
 
-#include "client/listing/HrefScope.h"
+#include "client/listing/Href.h"
 #include "client/wire/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "host/http/DAVPropfindResult.h"
@@ -29,9 +29,12 @@ namespace listing {
 /// They have 31 bits, so that among many thousand entries two can be equal; item ids never are.
 class MultistatusReader {
 public:
-    /// For the answer to a request of `asked` with `depth`. Of the limits, only that of the entries counts here.
+    /// For the answer to a request of `asked` with `depth`. Of the limits, only that of the entries counts here. With a
+    /// `whole`, which has the entry of `asked`, what lies in that goes there, and Finish returns it: so the answers for
+    /// its folders make one listing of a tree. It is good for nothing after an exception.
     MultistatusReader(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth,
-                      HrefScope scope = HrefScope::OfUrl, const wire::ListingLimits& limits = wire::ListingLimits());
+                      HrefScope scope = HrefScope::OfUrl, const wire::ListingLimits& limits = wire::ListingLimits(),
+                      const std::shared_ptr<sync::http::DAVPropfindResult>& whole = nullptr);
     ~MultistatusReader();
     MultistatusReader(const MultistatusReader&) = delete;
     MultistatusReader& operator=(const MultistatusReader&) = delete;

@@ -1,8 +1,12 @@
 #include "client/requests/AccountConnection.h"
 
-#include <utility>
 #include <vector>
 
+#include "client/requests/FolderCreationRequest.h"
+#include "client/requests/FolderQueryRequest.h"
+#include "client/requests/PropfindRequest.h"
+#include "client/requests/TreeListing.h"
+#include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -10,10 +14,11 @@ namespace requests {
 
 using sync::interf::IHttpRequest;
 using wire::ConnectionSettings;
+using wire::HttpStatus;
 using wire::HttpTransaction;
 
 AccountConnection::AccountConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
-    : _limits(settings.listing), _session(settings, credentials) {}
+    : _limits(settings.listing), _connection(settings, credentials) {}
 
 void AccountConnection::Execute(const QList<Request>& requests, const Completion& completed) {
     std::vector<HttpTransaction*> transactions;
@@ -41,39 +46,30 @@ void AccountConnection::Execute(const QList<Request>& requests, const Completion
     }
 }
 
-void AccountConnection::ShareNextListing() {
-    _sharesNextListing = true;
-    _shared.reset();
-}
-
 QString AccountConnection::LastAnswer() const {
-    return _session.LastAnswer().Text();
+    return _connection.LastAnswer().Text();
 }
 
 void AccountConnection::_Perform(IHttpRequest& request, HttpTransaction& transaction) {
-    auto* const propfind = dynamic_cast<PropfindRequest*>(&request);
-    if (propfind != nullptr) {
+    if (auto* const propfind = dynamic_cast<PropfindRequest*>(&request)) {
         propfind->SetLimits(_limits);
+        if (propfind->IsListing()) {
+            ServerTraits& server = _capabilities.Of(propfind->Url());
+            propfind->SetServerKind(server.kind);
+            if (propfind->IsTree()) {
+                TreeListing(_connection, server).Perform(*propfind);
+                return;
+            }
+        }
     }
-    if (propfind != nullptr && propfind->IsListing()) {
-        _List(*propfind);
-    } else {
-        _shared.reset();
-        _session.Perform(transaction);
-    }
-}
-
-void AccountConnection::_List(PropfindRequest& listing) {
-    const std::unique_ptr<PropfindRequest> shared = std::move(_shared);
-    const bool sharesThis = std::exchange(_sharesNextListing, false);
-    listing.SetStandardPropertiesOnly(_capabilities.IsForeign(listing.Url()));
-    if (shared && shared->AsksTheSameAs(listing)) {
-        listing.TakeAnswerOf(*shared);
-        return;
-    }
-    _session.Perform(listing);
-    if (sharesThis) {
-        _shared = listing.Copy();
+    _connection.Perform(transaction);
+    auto* const creation = dynamic_cast<FolderCreationRequest*>(&request);
+    if (creation != nullptr && creation->GetStatusCode() == HttpStatus::MethodNotAllowed) {
+        FolderQueryRequest query(creation->Url(), listing::HrefScope::OfUrl);
+        _connection.Perform(query);
+        if (query.GetStatusCode() == HttpStatus::MultiStatus) {
+            creation->TakeAsThere();
+        }
     }
 }
 

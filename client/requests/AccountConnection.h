@@ -1,14 +1,10 @@
 #pragma once
 
-#include <QList>
 #include <QString>
-#include <functional>
-#include <memory>
 
-#include "client/requests/PropfindRequest.h"
+#include "client/requests/IRequestSender.h"
 #include "client/requests/ServerCapabilities.h"
 #include "client/wire/HttpConnection.h"
-#include "host/interfaces/IHttpRequest.h"
 
 namespace ovsync {
 namespace requests {
@@ -17,7 +13,8 @@ namespace requests {
 /// thread-safe.
 ///
 /// Before the first listing from a server it asks the server by OPTIONS what it knows; listings from a server that is
-/// not the service leave out the properties that only the service knows.
+/// not the service leave out the properties that only the service knows. A whole tree that a server does not list at
+/// once is listed folder by folder (see TreeListing).
 ///
 /// How an answer is never taken for less than it is: the library that asks looks at the status and at the result of a
 /// request, and takes a request without a result for an empty listing. So nothing reaches it that is neither a failure
@@ -25,25 +22,17 @@ namespace requests {
 /// than announced, a status without a meaning, a body that the request refuses) is thrown out of Execute as an
 /// TransactionError and passes through the library, which catches nothing. A result is attached to a request only after
 /// the last byte of its answer was received and read.
-class AccountConnection {
+class AccountConnection : public IRequestSender {
 public:
-    using Request = std::shared_ptr<sync::interf::IHttpRequest>;
-    using Completion = std::function<void(const Request&, sync::interf::IHttpRequest::RequestState)>;
-
     /// A null `credentials` stands for none.
     AccountConnection(const wire::ConnectionSettings& settings, const QAuthenticator& credentials);
 
-    /// Emits the signal of each request that was sent and calls `completed` right after. Throws TransactionError for
-    /// the first request whose answer is none; those after it are not sent. Throws SyncException, before anything is
-    /// sent, when a request was not made by a HttpFactory.
-    void Execute(const QList<Request>& requests, const Completion& completed);
+    /// Throws TransactionError for the first request whose answer is none; those after it are not sent. Throws
+    /// SyncException, before anything is sent, when a request was not made by a HttpFactory.
+    void Execute(const QList<Request>& requests, const Completion& completed) override;
 
     /// Ends the request under way, and each to come, with a TransactionError.
-    void Cancel() { _session.Cancel(); }
-
-    /// From now on the answer to the next listing also answers the one after it, if that asks the same, and that one is
-    /// not sent. Once: the library lists a folder's files and its sub-folders by two equal requests.
-    void ShareNextListing();
+    void Cancel() { _connection.Cancel(); }
 
     /// One line on the status, the content type and the first bytes of the answer to the last request that was sent, to
     /// go with an error of the library, which knows the status only.
@@ -51,13 +40,10 @@ public:
 
 private:
     void _Perform(sync::interf::IHttpRequest& request, wire::HttpTransaction& transaction);
-    void _List(PropfindRequest& listing);
 
     const wire::ListingLimits _limits;
-    wire::HttpConnection _session;
-    ServerCapabilities _capabilities{_session};
-    bool _sharesNextListing = false;
-    std::unique_ptr<PropfindRequest> _shared;
+    wire::HttpConnection _connection;
+    ServerCapabilities _capabilities{_connection};
 };
 
 }  // namespace requests

@@ -67,7 +67,12 @@ QByteArray MadeUpBody(const QUrl& url) {
 
 }  // namespace
 
-FolderCreationRequest::FolderCreationRequest(const QUrl& url) : WholeAnswerRequest("MKCOL", url) {}
+FolderCreationRequest::FolderCreationRequest(const QUrl& url)
+    : WholeAnswerRequest("MKCOL", url, {HttpStatus::Created}) {}
+
+void FolderCreationRequest::TakeAsThere() {
+    ReplaceAnswer(HttpStatus::BadRequest, {{"x-ovs-reason-phrase", "existing file already exists"}});
+}
 
 void FolderCreationRequest::OnEnd() {
     if (GetStatusCode() != HttpStatus::Created) {
@@ -78,10 +83,6 @@ void FolderCreationRequest::OnEnd() {
     } else if (IdIn(GetResponseBody()).isEmpty()) {
         throw SyncException(QStringLiteral("the body does not say which id the new folder has"));
     }
-}
-
-bool FolderCreationRequest::IsAnswer(int status) const {
-    return status == HttpStatus::Created;
 }
 
 }  // namespace requests

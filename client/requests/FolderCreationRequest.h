@@ -9,15 +9,16 @@ namespace requests {
 ///
 /// A 201 of the service, which is known by its header x-ovs-id, has to have that body: what is no XML, is not complete
 /// or names no id is refused. A 201 of another server gets the body that the service would have sent, with the id that
-/// the client makes up for the folder. Not thread-safe.
+/// the client makes up for the folder. A 405, by which other servers say that something is there, becomes what the
+/// service would have said, where that is a folder. Not thread-safe.
 class FolderCreationRequest : public WholeAnswerRequest {
 public:
     explicit FolderCreationRequest(const QUrl& url);
 
-    void OnEnd() override;
+    /// The folder was found to be there already, after a 405.
+    void TakeAsThere();
 
-protected:
-    bool IsAnswer(int status) const override;
+    void OnEnd() override;
 };
 
 }  // namespace requests

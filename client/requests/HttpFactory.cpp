@@ -1,13 +1,15 @@
 #include "client/requests/HttpFactory.h"
 
+#include <utility>
+
 #include "client/listing/FolderProtocol.h"
-#include "client/requests/FileQueryRequest.h"
+#include "client/requests/AccountConnection.h"
 #include "client/requests/FolderCreationRequest.h"
-#include "client/requests/FolderDeletionRequest.h"
 #include "client/requests/FolderQueryRequest.h"
-#include "client/requests/MoveRequest.h"
 #include "client/requests/PropfindRequest.h"
 #include "client/requests/RequestExecutor.h"
+#include "client/requests/WholeAnswerRequest.h"
+#include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -18,6 +20,8 @@ using listing::MadeUpIdPrefix;
 using sync::core::SyncException;
 using sync::http::DAVPropfindRequest;
 using sync::interf::IHttpRequest;
+using wire::HttpStatus;
+using wire::HttpTransaction;
 
 namespace {
 
@@ -35,15 +39,6 @@ const QUrl& Checked(const std::shared_ptr<QUrl>& url, const char* what) {
     return *url;
 }
 
-QUrl AsCollection(const QUrl& url) {
-    QUrl collection = url;
-    if (!url.path(QUrl::FullyEncoded).endsWith(QLatin1Char('/'))) {
-        // As an encoded path, because a decoded one would lose the escapes of '/' and '%'.
-        collection.setPath(url.path(QUrl::FullyEncoded) + QLatin1Char('/'), QUrl::TolerantMode);
-    }
-    return collection;
-}
-
 bool IsAskedById(const sync::config::FolderConfiguration& folder) {
     const QString& id = folder.getServerFolderId();
     return !id.isEmpty() && !id.startsWith(QLatin1String(MadeUpIdPrefix));
@@ -51,7 +46,9 @@ bool IsAskedById(const sync::config::FolderConfiguration& folder) {
 
 }  // namespace
 
-HttpFactory::HttpFactory(const std::shared_ptr<AccountConnections>& sessions) : _sessions(sessions) {}
+HttpFactory::HttpFactory(const wire::ConnectionSettings& settings) : _settings(settings) {}
+
+HttpFactory::HttpFactory(std::shared_ptr<IRequestSender> sender) : _sender(std::move(sender)) {}
 
 std::shared_ptr<DAVPropfindRequest> HttpFactory::CreatePropfindRequest(std::shared_ptr<QUrl> url, int /*serverId*/,
                                                                        int depth) {
@@ -60,20 +57,23 @@ std::shared_ptr<DAVPropfindRequest> HttpFactory::CreatePropfindRequest(std::shar
         depth != DAVPropfindRequest::Tree) {
         throw SyncException(QStringLiteral("A PROPFIND has the depth 0, 1 or 2, not %1").arg(depth));
     }
-    return std::make_shared<PropfindRequest>(depth == DAVPropfindRequest::Resource ? asked : AsCollection(asked),
-                                             static_cast<DAVPropfindRequest::Depth>(depth));
+    return std::make_shared<PropfindRequest>(
+        depth == DAVPropfindRequest::Resource ? asked : HttpTransaction::AsCollection(asked),
+        static_cast<DAVPropfindRequest::Depth>(depth));
 }
 
 std::shared_ptr<IHttpRequest> HttpFactory::CreateFolderRequest(int kind, std::shared_ptr<QUrl> url,
                                                                const sync::config::FolderConfiguration& folder) {
-    const QUrl asked = AsCollection(Checked(url, "request for a folder"));
+    const QUrl asked = HttpTransaction::AsCollection(Checked(url, "request for a folder"));
     switch (kind) {
         case FolderQuery:
             return std::make_shared<FolderQueryRequest>(asked, IsAskedById(folder) ? HrefScope::Any : HrefScope::OfUrl);
         case FolderCreation:
             return std::make_shared<FolderCreationRequest>(asked);
         case FolderDeletion:
-            return std::make_shared<FolderDeletionRequest>(asked);
+            return std::make_shared<WholeAnswerRequest>(
+                "DELETE", asked,
+                QList<int>{HttpStatus::Ok, HttpStatus::Accepted, HttpStatus::NoContent, HttpStatus::MultiStatus});
         default:
             throw SyncException(QStringLiteral("A request for a folder is of the kind 2, 3 or 6, not %1").arg(kind));
     }
@@ -81,18 +81,29 @@ std::shared_ptr<IHttpRequest> HttpFactory::CreateFolderRequest(int kind, std::sh
 
 std::shared_ptr<IHttpRequest> HttpFactory::CreateFileRequest(std::shared_ptr<QUrl> url, int /*serverId*/,
                                                              int /*options*/) {
-    return std::make_shared<FileQueryRequest>(Checked(url, "request for a file"));
+    return std::make_shared<WholeAnswerRequest>("HEAD", Checked(url, "request for a file"), QList<int>{HttpStatus::Ok});
 }
 
 std::shared_ptr<IHttpRequest> HttpFactory::CreateMoveRequest(std::shared_ptr<QUrl> source,
                                                              std::shared_ptr<QUrl> destination, int /*serverId*/) {
-    return std::make_shared<MoveRequest>(AsCollection(Checked(source, "move's source")),
-                                         AsCollection(Checked(destination, "move's destination")));
+    const QUrl from = HttpTransaction::AsCollection(Checked(source, "move's source"));
+    const QUrl to = HttpTransaction::AsCollection(Checked(destination, "move's destination"));
+    return std::make_shared<WholeAnswerRequest>(
+        "MOVE", from, QList<int>{HttpStatus::Ok, HttpStatus::Created, HttpStatus::NoContent, HttpStatus::MultiStatus},
+        HttpTransaction::Headers{{"Destination", to.toEncoded(QUrl::RemoveUserInfo | QUrl::RemoveFragment)},
+                                 {"Overwrite", "F"}});
 }
 
 std::shared_ptr<sync::interf::IRequestExecutor> HttpFactory::CreateRequestExecutor(
     int serverId, std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> authenticatorFactory) {
-    return std::make_shared<RequestExecutor>(_sessions->Of(serverId, *authenticatorFactory));
+    if (_sender) {
+        return std::make_shared<RequestExecutor>(_sender);
+    }
+    std::shared_ptr<IRequestSender>& sender = _senders[serverId];
+    if (!sender) {
+        sender = std::make_shared<AccountConnection>(_settings, authenticatorFactory->CreateAuthenticator(serverId));
+    }
+    return std::make_shared<RequestExecutor>(sender);
 }
 
 }  // namespace requests

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QMap>
 #include <QUrl>
 #include <memory>
 
-#include "client/requests/AccountConnections.h"
+#include "client/requests/IRequestSender.h"
+#include "client/wire/ConnectionSettings.h"
 #include "host/interfaces/factory/IHttpFactory.h"
 
 namespace ovsync {
@@ -14,8 +16,11 @@ namespace requests {
 /// Not thread-safe.
 class HttpFactory : public sync::interf::factory::IHttpFactory {
 public:
-    /// The executors use `sessions`.
-    explicit HttpFactory(const std::shared_ptr<AccountConnections>& sessions);
+    /// The executors of an account share one AccountConnection, which the first of them makes. Later ones do not ask
+    /// their authenticator factory for anything.
+    explicit HttpFactory(const wire::ConnectionSettings& settings = wire::ConnectionSettings());
+    /// All executors use `sender`, whatever their account.
+    explicit HttpFactory(std::shared_ptr<IRequestSender> sender);
 
     /// A `depth` of Children or Tree adds the '/' as well. Throws SyncException when `depth` is not a
     /// DAVPropfindRequest::Depth.
@@ -27,17 +32,18 @@ public:
         int kind, std::shared_ptr<QUrl> url, const sync::config::FolderConfiguration& folder) override;
     std::shared_ptr<sync::interf::IHttpRequest> CreateFileRequest(std::shared_ptr<QUrl> url, int serverId,
                                                                   int options) override;
-    /// Moves a folder.
+    /// Moves a folder to where nothing may be.
     std::shared_ptr<sync::interf::IHttpRequest> CreateMoveRequest(std::shared_ptr<QUrl> source,
                                                                   std::shared_ptr<QUrl> destination,
                                                                   int serverId) override;
-    /// Every executor of an account uses the same session.
     std::shared_ptr<sync::interf::IRequestExecutor> CreateRequestExecutor(
         int serverId,
         std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> authenticatorFactory) override;
 
 private:
-    const std::shared_ptr<AccountConnections> _sessions;
+    const wire::ConnectionSettings _settings;
+    const std::shared_ptr<IRequestSender> _sender;
+    QMap<int, std::shared_ptr<IRequestSender>> _senders;
 };
 
 }  // namespace requests

@@ -1,7 +1,5 @@
 #include "client/requests/OptionsRequest.h"
 
-#include "host/core/SyncException.h"
-
 namespace ovsync {
 namespace requests {
 
@@ -18,7 +16,6 @@ QUrl OptionsRequest::Url() const {
 void OptionsRequest::Forget() {
     _status = 0;
     _davTokens.clear();
-    _bodySize = 0;
 }
 
 void OptionsRequest::OnHeaders(int status, const Headers& headers) {
@@ -28,13 +25,6 @@ void OptionsRequest::OnHeaders(int status, const Headers& headers) {
         if (!token.trimmed().isEmpty()) {
             _davTokens.append(token.trimmed());
         }
-    }
-}
-
-void OptionsRequest::OnBody(const char* /*bytes*/, size_t size) {
-    _bodySize += static_cast<qint64>(size);
-    if (_bodySize > BodyLimit) {
-        throw sync::core::SyncException(QStringLiteral("the body of the answer is above %1 bytes").arg(BodyLimit));
     }
 }
 

@@ -9,13 +9,9 @@
 namespace ovsync {
 namespace requests {
 
-/// Asks a server what it knows. Takes every answer whose body, which tells nothing, has at most BodyLimit. Not
-/// thread-safe.
+/// Asks a server what it knows. Takes every answer, and nothing of its body. Not thread-safe.
 class OptionsRequest : public wire::HttpTransaction {
 public:
-    /// In bytes.
-    static constexpr qint64 BodyLimit = qint64(1024) * 1024;
-
     explicit OptionsRequest(const QUrl& url);
 
     int StatusCode() const { return _status; }
@@ -24,15 +20,14 @@ public:
 
     QByteArray Method() const override;
     QUrl Url() const override;
+    bool IsHeadEnough() const override { return true; }
     void Forget() override;
     void OnHeaders(int status, const Headers& headers) override;
-    void OnBody(const char* bytes, size_t size) override;
 
 private:
     const QUrl _url;
     int _status = 0;
     QList<QByteArray> _davTokens;
-    qint64 _bodySize = 0;
 };
 
 }  // namespace requests

@@ -33,16 +33,16 @@ QStringList DefaultProperties() {
     };
 }
 
-/// The body of a PROPFIND that asks for `names`, with or without those that only the service knows. Throws
-/// SyncException for a name that cannot be read.
-QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
+/// The body of a PROPFIND that asks a server of that `kind` for `names`. Throws SyncException for a name that cannot be
+/// read.
+QByteArray PropfindBody(const QStringList& names, ServerKind kind) {
     // A namespace is a URI reference, and none of the characters left out here can stand in one.
     static const QRegularExpression nameForm(QStringLiteral(
         "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
     const QString davNamespace = QStringLiteral("DAV:");
     QMap<QString, QString> namespaces{{QStringLiteral("D"), davNamespace}};
     QString elements;
-    bool asksForResourceType = false;
+    bool isResourceTypeAsked = false;
     for (const QString& name : names) {
         const QRegularExpressionMatch match = nameForm.match(name);
         const QString prefix = match.captured(2);
@@ -53,7 +53,7 @@ QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
         const QString nameSpace = match.captured(1);
         const QString localName = match.captured(3);
         const QByteArray localBytes = localName.toLatin1();
-        if (standardOnly && nameSpace == davNamespace &&
+        if (kind == ServerKind::Foreign && nameSpace == davNamespace &&
             MultistatusEntry::IsOfService({localBytes.constData(), static_cast<size_t>(localBytes.size())})) {
             continue;
         }
@@ -64,14 +64,14 @@ QByteArray PropfindBody(const QStringList& names, bool standardOnly) {
             declaration = QStringLiteral(" xmlns:%1=\"%2\"").arg(prefix, nameSpace.toHtmlEscaped());
         }
         elements += QStringLiteral("<%1:%2%3/>").arg(prefix, localName, declaration);
-        asksForResourceType =
-            asksForResourceType || (nameSpace == davNamespace && localName == QLatin1String("resourcetype"));
+        isResourceTypeAsked =
+            isResourceTypeAsked || (nameSpace == davNamespace && localName == QLatin1String("resourcetype"));
     }
     // What the service names versions by, others have only this for.
-    if (standardOnly && names == DefaultProperties()) {
+    if (kind != ServerKind::Service && names == DefaultProperties()) {
         elements += QLatin1String("<D:getetag/>");
     }
-    if (!asksForResourceType) {
+    if (!isResourceTypeAsked) {
         elements.prepend(QLatin1String("<D:resourcetype/>"));
     }
     QString declarations;
@@ -93,19 +93,20 @@ bool IsXml(const QByteArray& contentType) {
 }  // namespace
 
 PropfindRequest::PropfindRequest(const QUrl& url, Depth depth, HrefScope scope)
-    : _url(url), _depth(depth), _scope(scope), _names(DefaultProperties()) {}
+    : _url(url), _sentUrl(url), _depth(depth), _sentDepth(depth), _scope(scope), _names(DefaultProperties()) {}
 
 PropfindRequest::~PropfindRequest() = default;
 
 bool PropfindRequest::AsksTheSameAs(const PropfindRequest& other) const {
-    return _url == other._url && RequestHeaders() == other.RequestHeaders() && RequestBody() == other.RequestBody();
+    return _url == other._url && _depth == other._depth && _modifiedSince == other._modifiedSince &&
+           _names == other._names;
 }
 
 std::unique_ptr<PropfindRequest> PropfindRequest::Copy() const {
     auto copy = std::make_unique<PropfindRequest>(_url, _depth, _scope);
     copy->_modifiedSince = _modifiedSince;
     copy->_names = _names;
-    copy->_standardOnly = _standardOnly;
+    copy->_serverKind = _serverKind;
     copy->_status = _status;
     copy->_headers = _headers;
     if (_result) {
@@ -118,6 +119,23 @@ void PropfindRequest::TakeAnswerOf(PropfindRequest& other) {
     _status = other._status;
     _headers = other._headers;
     _result = std::move(other._result);
+}
+
+void PropfindRequest::AskForOneLevel() {
+    _sentDepth = Children;
+    _modifiedSince.clear();
+}
+
+std::unique_ptr<PropfindRequest> PropfindRequest::ForFolder(const QUrl& url, bool isPart) const {
+    auto request = std::make_unique<PropfindRequest>(url, Children);
+    request->_names = _names;
+    request->_serverKind = _serverKind;
+    request->_limits = _limits;
+    if (isPart) {
+        request->_whole = _result;
+        request->_wholeSize = _wholeSize;
+    }
+    return request;
 }
 
 int PropfindRequest::GetStatusCode() {
@@ -141,7 +159,7 @@ void PropfindRequest::SetModifiedSinceTime(const QDateTime& time) {
 }
 
 void PropfindRequest::SetProperties(const QStringList& names) {
-    PropfindBody(names, false);
+    PropfindBody(names, ServerKind::Service);
     _names = names;
 }
 
@@ -154,12 +172,12 @@ QByteArray PropfindRequest::Method() const {
 }
 
 QUrl PropfindRequest::Url() const {
-    return _url;
+    return _sentUrl;
 }
 
 HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
     Headers headers{
-        {"Depth", _depth == Tree ? QByteArray("infinity") : QByteArray::number(_depth)},
+        {"Depth", _sentDepth == Tree ? QByteArray("infinity") : QByteArray::number(_sentDepth)},
         {"Content-Type", "application/xml; charset=\"utf-8\""},
         {"Prefer", "return=minimal"},
     };
@@ -170,12 +188,18 @@ HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
 }
 
 QByteArray PropfindRequest::RequestBody() const {
-    return PropfindBody(_names, _standardOnly);
+    return PropfindBody(_names, _serverKind);
+}
+
+bool PropfindRequest::TakeSlash() {
+    _sentUrl = AsCollection(_url);
+    return true;
 }
 
 void PropfindRequest::Forget() {
     _status = 0;
     _headers.clear();
+    *_wholeSize -= _bodySize;
     _bodySize = 0;
     _serverTime = QDateTime();
     _reader.reset();
@@ -192,7 +216,7 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
         if (!IsXml(contentType)) {
             throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
         }
-        _reader = std::make_unique<MultistatusReader>(_url, _depth, _scope, _limits);
+        _reader = std::make_unique<MultistatusReader>(_sentUrl, _sentDepth, _scope, _limits, _whole);
         return;
     }
     const bool isMeaningful = status >= HttpStatus::BadRequest ||
@@ -205,7 +229,8 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
 
 void PropfindRequest::OnBody(const char* bytes, size_t size) {
     _bodySize += static_cast<qint64>(size);
-    if (_bodySize > _limits.bytes.value) {
+    *_wholeSize += static_cast<qint64>(size);
+    if (*_wholeSize > _limits.bytes.value) {
         throw SyncException(QStringLiteral("the listing has more than %1 bytes, the limit set by %2")
                                 .arg(QString::number(_limits.bytes.value), _limits.bytes.source));
     }
@@ -221,7 +246,8 @@ void PropfindRequest::OnEnd() {
     } else if (_status == HttpStatus::NotModified) {
         _result = std::make_shared<DAVPropfindResult>();
     }
-    if (_result) {
+    // Of a whole the first answer's counts: what changes after it may be missing in what was listed by then.
+    if (_result && !_whole) {
         _result->serverTime = _serverTime;
     }
 }

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "client/listing/MultistatusReader.h"
+#include "client/requests/ServerCapabilities.h"
 #include "client/wire/HttpTransaction.h"
 #include "client/wire/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
@@ -28,12 +29,20 @@ public:
 
     /// Whether the request lists what lies in a collection.
     bool IsListing() const { return _depth != Resource; }
-    /// Whether the properties that only the service knows are left out. They are not, unless set.
-    void SetStandardPropertiesOnly(bool standardOnly) { _standardOnly = standardOnly; }
+    bool IsTree() const { return _depth == Tree; }
+    /// Which properties the server may know. Those of the service, unless set.
+    void SetServerKind(ServerKind kind) { _serverKind = kind; }
 
     void SetLimits(const wire::ListingLimits& limits) { _limits = limits; }
 
-    /// Whether `other` would be sent with the same words.
+    /// From now on asks, whatever its depth, for what lies right in the collection, and unconditionally: that a
+    /// collection is unchanged says nothing of what lies below it.
+    void AskForOneLevel();
+    /// A request for what lies right in the folder `url` of this tree, in the words of this one. With `isPart` it puts
+    /// that into the result of this one, which has to have one, and what it receives counts for the same limit.
+    std::unique_ptr<PropfindRequest> ForFolder(const QUrl& url, bool isPart) const;
+
+    /// Whether `other` would be sent with the same words to the same server.
     bool AsksTheSameAs(const PropfindRequest& other) const;
     /// A request of the same words with an answer of its own, equal to this one's.
     std::unique_ptr<PropfindRequest> Copy() const;
@@ -55,6 +64,7 @@ public:
     QUrl Url() const override;
     Headers RequestHeaders() const override;
     QByteArray RequestBody() const override;
+    bool TakeSlash() override;
     void Forget() override;
     void OnHeaders(int status, const Headers& headers) override;
     void OnBody(const char* bytes, size_t size) override;
@@ -62,16 +72,22 @@ public:
 
 private:
     const QUrl _url;
+    QUrl _sentUrl;
     const Depth _depth;
+    Depth _sentDepth;
     const listing::HrefScope _scope;
     QByteArray _modifiedSince;
     QStringList _names;
-    bool _standardOnly = false;
+    ServerKind _serverKind = ServerKind::Service;
     wire::ListingLimits _limits;
 
     int _status = 0;
     Headers _headers;
     qint64 _bodySize = 0;
+    /// Of this one and its parts.
+    std::shared_ptr<qint64> _wholeSize = std::make_shared<qint64>(0);
+    /// What this one is a part of.
+    std::shared_ptr<sync::http::DAVPropfindResult> _whole;
     QDateTime _serverTime;
     std::unique_ptr<listing::MultistatusReader> _reader;
     std::shared_ptr<sync::http::DAVPropfindResult> _result;

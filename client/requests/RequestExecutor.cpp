@@ -1,14 +1,16 @@
 #include "client/requests/RequestExecutor.h"
 
+#include <utility>
+
 namespace ovsync {
 namespace requests {
 
 using sync::interf::IHttpRequest;
 
-RequestExecutor::RequestExecutor(const std::shared_ptr<AccountConnection>& session) : _session(session) {}
+RequestExecutor::RequestExecutor(std::shared_ptr<IRequestSender> sender) : _sender(std::move(sender)) {}
 
 void RequestExecutor::Execute(const QList<std::shared_ptr<IHttpRequest>>& requests) {
-    _session->Execute(requests, [this](const std::shared_ptr<IHttpRequest>& request, IHttpRequest::RequestState state) {
+    _sender->Execute(requests, [this](const std::shared_ptr<IHttpRequest>& request, IHttpRequest::RequestState state) {
         Q_EMIT RequestCompleted(request, state);
     });
 }

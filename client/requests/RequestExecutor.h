@@ -3,7 +3,7 @@
 #include <QList>
 #include <memory>
 
-#include "client/requests/AccountConnection.h"
+#include "client/requests/IRequestSender.h"
 #include "host/interfaces/IRequestExecutor.h"
 
 namespace ovsync {
@@ -13,13 +13,13 @@ namespace requests {
 /// there was no answer. Not thread-safe.
 class RequestExecutor : public sync::interf::IRequestExecutor {
 public:
-    explicit RequestExecutor(const std::shared_ptr<AccountConnection>& session);
+    explicit RequestExecutor(std::shared_ptr<IRequestSender> sender);
 
-    /// Throws what AccountConnection::Execute throws, after it told that the request failed.
+    /// Throws what the sender throws, after it told that the request failed.
     void Execute(const QList<std::shared_ptr<sync::interf::IHttpRequest>>& requests) override;
 
 private:
-    const std::shared_ptr<AccountConnection> _session;
+    const std::shared_ptr<IRequestSender> _sender;
 };
 
 }  // namespace requests

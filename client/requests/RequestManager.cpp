@@ -1,14 +1,16 @@
 #include "client/requests/RequestManager.h"
 
+#include <utility>
+
 namespace ovsync {
 namespace requests {
 
 using sync::interf::IHttpRequest;
 
-RequestManager::RequestManager(const std::shared_ptr<AccountConnection>& session) : _session(session) {}
+RequestManager::RequestManager(std::shared_ptr<IRequestSender> sender) : _sender(std::move(sender)) {}
 
 void RequestManager::Execute(const QList<std::shared_ptr<IHttpRequest>>& requests) {
-    _session->Execute(requests, [](const std::shared_ptr<IHttpRequest>& /*request*/, IHttpRequest::RequestState) {});
+    _sender->Execute(requests, [](const std::shared_ptr<IHttpRequest>& /*request*/, IHttpRequest::RequestState) {});
 }
 
 }  // namespace requests

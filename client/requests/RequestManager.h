@@ -3,7 +3,7 @@
 #include <QList>
 #include <memory>
 
-#include "client/requests/AccountConnection.h"
+#include "client/requests/IRequestSender.h"
 #include "host/interfaces/IRequestManager.h"
 
 namespace ovsync {
@@ -12,13 +12,13 @@ namespace requests {
 /// Executes the requests that a HttpFactory made. Not thread-safe.
 class RequestManager : public sync::interf::IRequestManager {
 public:
-    explicit RequestManager(const std::shared_ptr<AccountConnection>& session);
+    explicit RequestManager(std::shared_ptr<IRequestSender> sender);
 
-    /// Throws what AccountConnection::Execute throws.
+    /// Throws what the sender throws.
     void Execute(const QList<std::shared_ptr<sync::interf::IHttpRequest>>& requests) override;
 
 private:
-    const std::shared_ptr<AccountConnection> _session;
+    const std::shared_ptr<IRequestSender> _sender;
 };
 
 }  // namespace requests

@@ -7,21 +7,32 @@ namespace requests {
 
 using wire::HttpConnection;
 
-ServerCapabilities::ServerCapabilities(HttpConnection& session) : _session(session) {}
+namespace {
 
-bool ServerCapabilities::IsForeign(const QUrl& collection) {
+ServerKind KindOf(const OptionsRequest& answered) {
+    const bool isSuccess = answered.StatusCode() >= 200 && answered.StatusCode() < 300;
+    if (!isSuccess || answered.DavTokens().isEmpty()) {
+        return ServerKind::Unknown;
+    }
+    return answered.DavTokens().contains("drovane") ? ServerKind::Service : ServerKind::Foreign;
+}
+
+}  // namespace
+
+ServerCapabilities::ServerCapabilities(HttpConnection& connection) : _connection(connection) {}
+
+ServerTraits& ServerCapabilities::Of(const QUrl& collection) {
     const QString server =
         collection.toString(QUrl::RemoveUserInfo | QUrl::RemovePath | QUrl::RemoveQuery | QUrl::RemoveFragment);
-    const auto known = _foreignByServer.constFind(server);
-    if (known != _foreignByServer.constEnd()) {
+    const auto known = _traitsByServer.find(server);
+    if (known != _traitsByServer.end()) {
         return known.value();
     }
     OptionsRequest request(collection);
-    _session.Perform(request);
-    const bool isSuccess = request.StatusCode() >= 200 && request.StatusCode() < 300;
-    const bool isForeign = isSuccess && !request.DavTokens().isEmpty() && !request.DavTokens().contains("drovane");
-    _foreignByServer.insert(server, isForeign);
-    return isForeign;
+    _connection.Perform(request);
+    ServerTraits traits;
+    traits.kind = KindOf(request);
+    return _traitsByServer.insert(server, traits).value();
 }
 
 }  // namespace requests

@@ -9,20 +9,36 @@
 namespace ovsync {
 namespace requests {
 
+enum class ServerKind {
+    Service,
+    /// Another WebDAV server, which does not know the service's own properties.
+    Foreign,
+    /// It does not say, so it is asked for all that either of them knows.
+    Unknown
+};
+
+/// What is known of a server. A plain value.
+struct ServerTraits {
+    ServerKind kind = ServerKind::Unknown;
+    /// Whether it was seen to list folders, but to refuse whole trees.
+    bool isRefusingTrees = false;
+    /// How many levels of a tree it was seen to list by one answer.
+    int levelsSeen = 0;
+};
+
 /// What is known of the servers that a connection talks to. Not thread-safe.
 class ServerCapabilities {
 public:
-    /// `session` has to outlive this object.
-    explicit ServerCapabilities(wire::HttpConnection& session);
+    /// `connection` has to outlive this object.
+    explicit ServerCapabilities(wire::HttpConnection& connection);
 
-    /// Whether the server of `collection` is another WebDAV server than the service, which does not know the service's
-    /// own properties. Asks each server once, by OPTIONS of `collection`, and remembers what it said; a server that
-    /// does not say counts as the service. Throws TransactionError when there is no answer.
-    bool IsForeign(const QUrl& collection);
+    /// The server of `collection`, for this object to remember and for the caller to add to. Asks each server once, by
+    /// OPTIONS of `collection`. Throws TransactionError when there is no answer.
+    ServerTraits& Of(const QUrl& collection);
 
 private:
-    wire::HttpConnection& _session;
-    QMap<QString, bool> _foreignByServer;
+    wire::HttpConnection& _connection;
+    QMap<QString, ServerTraits> _traitsByServer;
 };
 
 }  // namespace requests

@@ -13,7 +13,9 @@ using sync::core::SyncException;
 using wire::HttpStatus;
 using wire::HttpTransaction;
 
-WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url) : _method(method), _url(url) {}
+WholeAnswerRequest::WholeAnswerRequest(const QByteArray& method, const QUrl& url, const QList<int>& answers,
+                                       const Headers& headers)
+    : _method(method), _url(url), _sentUrl(url), _answers(answers), _sentHeaders(headers) {}
 
 int WholeAnswerRequest::GetStatusCode() {
     return _status == HttpStatus::MultiStatus ? HttpStatus::FailedDependency : _status;
@@ -36,11 +38,16 @@ QByteArray WholeAnswerRequest::Method() const {
 }
 
 QUrl WholeAnswerRequest::Url() const {
-    return _url;
+    return _sentUrl;
 }
 
 HttpTransaction::Headers WholeAnswerRequest::RequestHeaders() const {
-    return {{VersionHeader, ProtocolVersion}};
+    return Headers{{VersionHeader, ProtocolVersion}} + _sentHeaders;
+}
+
+bool WholeAnswerRequest::TakeSlash() {
+    _sentUrl = AsCollection(_url);
+    return true;
 }
 
 void WholeAnswerRequest::Forget() {
@@ -50,7 +57,7 @@ void WholeAnswerRequest::Forget() {
 }
 
 void WholeAnswerRequest::OnHeaders(int status, const Headers& headers) {
-    if (status < HttpStatus::BadRequest && !IsAnswer(status)) {
+    if (status < HttpStatus::BadRequest && !_answers.contains(status)) {
         throw SyncException(QStringLiteral("the status is unexpected for this request"));
     }
     _status = status;
@@ -62,6 +69,11 @@ void WholeAnswerRequest::OnBody(const char* bytes, size_t size) {
         throw SyncException(QStringLiteral("the body of the answer is above %1 bytes").arg(BodyLimit));
     }
     _body.append(bytes, static_cast<int>(size));
+}
+
+void WholeAnswerRequest::ReplaceAnswer(int status, const Headers& headers) {
+    _status = status;
+    _headers = headers;
 }
 
 }  // namespace requests

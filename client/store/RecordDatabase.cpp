@@ -21,7 +21,7 @@ namespace {
 
 const int SchemaVersion = 1;
 
-// In the order in which _WriteRecord binds and ReadRecord reads them.
+// In the order of MapColumns.
 #define RECORD_COLUMNS                                                                                          \
     "path TEXT PRIMARY KEY, server_id INTEGER, name TEXT, server_path TEXT, attribute TEXT, md5 TEXT, created " \
     "INTEGER, "                                                                                                 \
@@ -41,71 +41,113 @@ const char Schema[] =
     ", temporary TEXT NOT NULL, is_removal INTEGER NOT NULL, old_inode INTEGER, old_size INTEGER, old_modified INTEGER)"
     " WITHOUT ROWID;";
 
-const int RecordColumnCount = 24;
+/// Reads the columns of a row, one after the other.
+class RowReader {
+public:
+    explicit RowReader(const Statement& row) : _row(row) {}
 
-const char VersionKey[] = "version";
-const char VersionIdKey[] = "versionId";
-const char ResourceIdKey[] = "resourceId";
-const char VisibilityKey[] = "visibility";
-
-FileRecord ReadRecord(const Statement& row) {
-    int column = -1;
-    const auto text = [&] { return row.Text(++column); };
-    const auto integer = [&] { return row.Integer(++column); };
-    const auto time = [&] { return row.Time(++column); };
-    FileRecord record;
-    FileConfiguration& file = record.file;
-    record.path = text();
-    file.serverId = static_cast<int>(integer());
-    file.name = text();
-    file.serverPath = text();
-    file.attribute = text();
-    file.md5Checksum = text();
-    file.createdDate = time();
-    file.lastModifiedDate = time();
-    file.size = integer();
-    for (const char* key : {VersionKey, VersionIdKey, ResourceIdKey, VisibilityKey}) {
-        file.customProperties.insert(QLatin1String(key), text());
+    void operator()(QString& value) { value = _row.Text(++_column); }
+    void operator()(QDateTime& value) { value = _row.Time(++_column); }
+    template <typename Number>
+    void operator()(Number& value) {
+        value = static_cast<Number>(_row.Integer(++_column));
     }
-    file.ownerId = text();
-    file.itemId = text();
-    file.versionId = text();
-    file.linksExtractedAtTime = time();
-    file.setPrivileges(text());
-    file.setSyncOptionPersistentAcrossMachines(text().split(QLatin1Char(','), Qt::SkipEmptyParts));
-    record.local.inode = static_cast<quint64>(integer());
-    record.local.size = integer();
-    record.local.modified = integer();
-    record.local.changed = integer();
-    record.contentMd5 = text();
-    return record;
+
+private:
+    const Statement& _row;
+    int _column = -1;
+};
+
+/// Binds the parameters of a statement, one after the other.
+class RowBinder {
+public:
+    explicit RowBinder(Statement& statement) : _statement(statement) {}
+
+    void operator()(const QString& value) { _statement.Bind(value); }
+    void operator()(const QDateTime& value) { _statement.Bind(value); }
+    template <typename Number>
+    void operator()(Number value) {
+        _statement.Bind(static_cast<qint64>(value));
+    }
+
+private:
+    Statement& _statement;
+};
+
+/// Calls `column` with each field that a column holds, in the order of the columns: a RowReader fills them in.
+template <typename Column>
+void MapColumns(Column& column, FileRecord& record) {
+    FileConfiguration& file = record.file;
+    column(record.path);
+    column(file.serverId);
+    column(file.name);
+    column(file.serverPath);
+    column(file.attribute);
+    column(file.md5Checksum);
+    column(file.createdDate);
+    column(file.lastModifiedDate);
+    column(file.size);
+    for (const char* key : {"version", "versionId", "resourceId", "visibility"}) {
+        column(file.customProperties[QLatin1String(key)]);
+    }
+    column(file.ownerId);
+    column(file.itemId);
+    column(file.versionId);
+    column(file.linksExtractedAtTime);
+    QString privileges = file.getPrivileges();
+    column(privileges);
+    file.setPrivileges(privileges);
+    QString options = file.getSyncOptionPersistentAcrossMachines().join(QLatin1Char(','));
+    column(options);
+    file.setSyncOptionPersistentAcrossMachines(options.split(QLatin1Char(','), Qt::SkipEmptyParts));
+    column(record.local.inode);
+    column(record.local.size);
+    column(record.local.modified);
+    column(record.local.changed);
+    column(record.contentMd5);
 }
 
-void BindRecord(Statement& statement, const FileRecord& record) {
-    const FileConfiguration& file = record.file;
-    statement.Bind(record.path)
-        .Bind(static_cast<qint64>(file.serverId))
-        .Bind(file.name)
-        .Bind(file.serverPath)
-        .Bind(file.attribute)
-        .Bind(file.md5Checksum)
-        .Bind(file.createdDate)
-        .Bind(file.lastModifiedDate)
-        .Bind(file.size);
-    for (const char* key : {VersionKey, VersionIdKey, ResourceIdKey, VisibilityKey}) {
-        statement.Bind(file.customProperties.value(QLatin1String(key)));
+template <typename Column>
+void MapColumns(Column& column, Placement& placement) {
+    MapColumns(column, placement.record);
+    column(placement.temporary);
+    column(placement.isRemoval);
+    column(placement.old.inode);
+    column(placement.old.size);
+    column(placement.old.modified);
+}
+
+template <typename Column>
+void MapColumns(Column& column, ConflictCopy& copy) {
+    column(copy.copy);
+    column(copy.path);
+    column(copy.identity);
+    column(copy.contentMd5);
+}
+
+template <typename Row>
+Row ReadRow(const Statement& statement) {
+    Row row;
+    RowReader reader(statement);
+    MapColumns(reader, row);
+    return row;
+}
+
+template <typename Row>
+QList<Row> ReadRows(Statement& statement) {
+    QList<Row> rows;
+    while (statement.Step()) {
+        rows.append(ReadRow<Row>(statement));
     }
-    statement.Bind(file.ownerId)
-        .Bind(file.itemId)
-        .Bind(file.versionId)
-        .Bind(file.linksExtractedAtTime)
-        .Bind(file.getPrivileges())
-        .Bind(file.getSyncOptionPersistentAcrossMachines().join(QLatin1Char(',')))
-        .Bind(static_cast<qint64>(record.local.inode))
-        .Bind(record.local.size)
-        .Bind(record.local.modified)
-        .Bind(record.local.changed)
-        .Bind(record.contentMd5);
+    return rows;
+}
+
+/// Takes a copy, because the columns are mapped in both directions by one function.
+template <typename Row>
+void WriteRow(Statement& statement, Row row) {
+    RowBinder binder(statement);
+    MapColumns(binder, row);
+    statement.Run();
 }
 
 [[noreturn]] void ThrowSystemError(const QString& path) {
@@ -242,29 +284,51 @@ void RecordDatabase::Transaction::Commit() {
     _isOpen = false;
 }
 
+QStringList RecordDatabase::_Texts(const QByteArray& sql) {
+    QStringList texts;
+    Statement& statement = _Statement(sql);
+    while (statement.Step()) {
+        texts.append(statement.Text(0));
+    }
+    return texts;
+}
+
+void RecordDatabase::Write(const RecordChanges& changes) {
+    Transaction transaction(*this);
+    for (const FileRecord& record : changes.files) {
+        WriteFile(record);
+    }
+    for (const QString& path : changes.folders) {
+        WriteFolder(path);
+    }
+    for (const QString& path : changes.forgottenFiles) {
+        ForgetFile(path);
+    }
+    for (const QString& path : changes.forgottenFolders) {
+        ForgetFolder(path);
+    }
+    for (const ConflictCopy& copy : changes.forgottenCopies) {
+        ForgetCopy(copy);
+    }
+    transaction.Commit();
+}
+
 std::optional<FileRecord> RecordDatabase::FindFile(const QString& path) {
     Statement& statement = _Statement("SELECT * FROM files WHERE path = ?");
     std::optional<FileRecord> record;
     if (statement.Bind(path).Step()) {
-        record = ReadRecord(statement);
+        record = ReadRow<FileRecord>(statement);
         statement.Reset();
     }
     return record;
 }
 
 QStringList RecordDatabase::FilePaths() {
-    QStringList paths;
-    Statement& statement = _Statement("SELECT path FROM files");
-    while (statement.Step()) {
-        paths.append(statement.Text(0));
-    }
-    return paths;
+    return _Texts("SELECT path FROM files");
 }
 
 void RecordDatabase::WriteFile(const FileRecord& record) {
-    Statement& statement = _Statement("INSERT OR REPLACE INTO files VALUES (" RECORD_VALUES ")");
-    BindRecord(statement, record);
-    statement.Run();
+    WriteRow(_Statement("INSERT OR REPLACE INTO files VALUES (" RECORD_VALUES ")"), record);
 }
 
 void RecordDatabase::ForgetFile(const QString& path) {
@@ -272,12 +336,7 @@ void RecordDatabase::ForgetFile(const QString& path) {
 }
 
 QStringList RecordDatabase::Folders() {
-    QStringList paths;
-    Statement& statement = _Statement("SELECT path FROM folders ORDER BY path");
-    while (statement.Step()) {
-        paths.append(statement.Text(0));
-    }
-    return paths;
+    return _Texts("SELECT path FROM folders ORDER BY path");
 }
 
 void RecordDatabase::WriteFolder(const QString& path) {
@@ -289,31 +348,11 @@ void RecordDatabase::ForgetFolder(const QString& path) {
 }
 
 QList<Placement> RecordDatabase::Placements() {
-    QList<Placement> placements;
-    Statement& statement = _Statement("SELECT * FROM placements");
-    while (statement.Step()) {
-        int column = RecordColumnCount - 1;
-        Placement placement;
-        placement.record = ReadRecord(statement);
-        placement.temporary = statement.Text(++column);
-        placement.isRemoval = statement.Integer(++column) != 0;
-        placement.old.inode = static_cast<quint64>(statement.Integer(++column));
-        placement.old.size = statement.Integer(++column);
-        placement.old.modified = statement.Integer(++column);
-        placements.append(placement);
-    }
-    return placements;
+    return ReadRows<Placement>(_Statement("SELECT * FROM placements"));
 }
 
 void RecordDatabase::WritePlacement(const Placement& placement) {
-    Statement& statement = _Statement("INSERT OR REPLACE INTO placements VALUES (" RECORD_VALUES ",?,?,?,?,?)");
-    BindRecord(statement, placement.record);
-    statement.Bind(placement.temporary)
-        .Bind(static_cast<qint64>(placement.isRemoval))
-        .Bind(static_cast<qint64>(placement.old.inode))
-        .Bind(placement.old.size)
-        .Bind(placement.old.modified)
-        .Run();
+    WriteRow(_Statement("INSERT OR REPLACE INTO placements VALUES (" RECORD_VALUES ",?,?,?,?,?)"), placement);
 }
 
 void RecordDatabase::ForgetPlacement(const Placement& placement) {
@@ -321,21 +360,11 @@ void RecordDatabase::ForgetPlacement(const Placement& placement) {
 }
 
 QList<ConflictCopy> RecordDatabase::Copies() {
-    QList<ConflictCopy> copies;
-    Statement& statement = _Statement("SELECT copy, path, identity, content_md5 FROM copies");
-    while (statement.Step()) {
-        copies.append({statement.Text(0), statement.Text(1), statement.Text(2), statement.Text(3)});
-    }
-    return copies;
+    return ReadRows<ConflictCopy>(_Statement("SELECT * FROM copies"));
 }
 
 void RecordDatabase::WriteCopy(const ConflictCopy& copy) {
-    _Statement("INSERT OR REPLACE INTO copies VALUES (?, ?, ?, ?)")
-        .Bind(copy.copy)
-        .Bind(copy.path)
-        .Bind(copy.identity)
-        .Bind(copy.contentMd5)
-        .Run();
+    WriteRow(_Statement("INSERT OR REPLACE INTO copies VALUES (?, ?, ?, ?)"), copy);
 }
 
 void RecordDatabase::ForgetCopy(const ConflictCopy& copy) {

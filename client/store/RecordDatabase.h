@@ -11,6 +11,7 @@
 #include "client/store/ConflictCopy.h"
 #include "client/store/FileRecord.h"
 #include "client/store/Placement.h"
+#include "client/store/RecordChanges.h"
 #include "client/store/Statement.h"
 
 struct sqlite3;
@@ -56,6 +57,9 @@ public:
         bool _isOpen = true;
     };
 
+    /// In a transaction of its own.
+    void Write(const RecordChanges& changes);
+
     std::optional<FileRecord> FindFile(const QString& path);
     /// In no order.
     QStringList FilePaths();
@@ -89,6 +93,8 @@ private:
     void _Prepare();
     void _Execute(const char* sql);
     Statement& _Statement(const QByteArray& sql);
+    /// The first column of all rows.
+    QStringList _Texts(const QByteArray& sql);
 
     std::unique_ptr<QTemporaryDir> _copyFolder;
     int _lock = -1;

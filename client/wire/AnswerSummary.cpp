@@ -13,7 +13,9 @@ QString AnswerSummary::Text() const {
                                                : QLatin1String("content type ") + Printable(contentType);
     const QString body =
         firstBytes.isEmpty() ? QStringLiteral("no body") : QLatin1String("the body begins: ") + Printable(firstBytes);
-    return QLatin1String("status ") + QString::number(status) + QLatin1String(", ") + type + QLatin1String(", ") + body;
+    const QString redirect = location.isEmpty() ? QString() : QLatin1String(" to ") + Printable(location);
+    return QLatin1String("status ") + QString::number(status) + redirect + QLatin1String(", ") + type +
+           QLatin1String(", ") + body;
 }
 
 }  // namespace wire

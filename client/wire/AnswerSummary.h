@@ -14,10 +14,13 @@ struct AnswerSummary {
     /// 0 when no answer came.
     int status = 0;
     QByteArray contentType;
+    /// Where to, when it is a redirect.
+    QByteArray location;
     /// The first FirstBytesLimit bytes of the body, uncompressed.
     QByteArray firstBytes;
 
-    /// One line of printable ASCII: the status, the content type and the first bytes, everything else escaped as
+    /// One line of printable ASCII: the status, where a redirect leads to, the content type and the first bytes,
+    /// everything else escaped as
     /// `\xNN`.
     QString Text() const;
 };

@@ -17,6 +17,9 @@ struct ConnectionSettings {
     QString caFile;
     /// How long neither side may send a single byte.
     std::chrono::milliseconds silenceLimit = std::chrono::seconds(60);
+    /// The same between the last byte of a streamed body and the first one of the answer, where a server puts a large
+    /// file in its place, copies or scans it. The longer one of the two counts.
+    std::chrono::milliseconds answerLimit = std::chrono::minutes(30);
     /// For how long an answer's body may come at less than `leastRate`, in bytes a second, uncompressed. A transaction
     /// that comes faster may take as long as it likes. Zero bytes a second are no limit.
     std::chrono::milliseconds slownessLimit = std::chrono::minutes(10);

@@ -13,5 +13,14 @@ QByteArray HttpTransaction::ValueOf(const Headers& headers, const char* name) {
     return all;
 }
 
+QUrl HttpTransaction::AsCollection(const QUrl& url) {
+    QUrl collection = url;
+    if (!url.path(QUrl::FullyEncoded).endsWith(QLatin1Char('/'))) {
+        // As an encoded path, because a decoded one would lose the escapes of '/' and '%'.
+        collection.setPath(url.path(QUrl::FullyEncoded) + QLatin1Char('/'), QUrl::TolerantMode);
+    }
+    return collection;
+}
+
 }  // namespace wire
 }  // namespace ovsync

@@ -6,7 +6,7 @@
 #include <QUrl>
 #include <cstddef>
 
-#include "client/wire/ContentSource.h"
+#include "client/wire/IContentSource.h"
 
 namespace ovsync {
 namespace wire {
@@ -29,12 +29,20 @@ public:
     /// Empty when the request has none.
     virtual QByteArray RequestBody() const { return QByteArray(); }
     /// Where the body comes from when it is sent in pieces, in place of RequestBody; null when it is not.
-    virtual ContentSource* StreamedBody() { return nullptr; }
+    virtual IContentSource* StreamedBody() { return nullptr; }
     /// How many bytes StreamedBody gives.
     virtual qint64 StreamedBodySize() const { return 0; }
 
     /// Whether the body may come compressed. One that may not is handed on as it came.
     virtual bool MayComeCompressed() const { return true; }
+
+    /// Whether the head of the answer says all there is to know. The body is then not handed on, nor waited for for
+    /// long (some never end), and how it ends does not matter.
+    virtual bool IsHeadEnough() const { return false; }
+
+    /// The server says that what was asked for is a collection, whose URL ends in '/'. Returns whether Url has that
+    /// from now on; the request is then sent again.
+    virtual bool TakeSlash() { return false; }
 
     /// What a transaction left is to be forgotten: before anything is sent, and when what came is no answer.
     virtual void Forget() = 0;
@@ -42,13 +50,16 @@ public:
     /// The headers are in the order in which they came, their names as they were sent.
     virtual void OnHeaders(int status, const Headers& headers) = 0;
     /// Any number of times after OnHeaders, the body in pieces, uncompressed where MayComeCompressed.
-    virtual void OnBody(const char* bytes, size_t size) = 0;
+    virtual void OnBody(const char* /*bytes*/, size_t /*size*/) {}
     /// The body came completely.
     virtual void OnEnd() {}
 
     /// The value of the header `name`, in any letter case; of one that came more than once the values joined with ", ",
     /// of one that did not come none.
     static QByteArray ValueOf(const Headers& headers, const char* name);
+
+    /// `url` with the '/' that the path of a collection ends in.
+    static QUrl AsCollection(const QUrl& url);
 };
 
 }  // namespace wire

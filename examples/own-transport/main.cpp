@@ -53,8 +53,7 @@ int ListFiles(const QUrl& url, const QString& serverPath) {
     const auto authenticators =
         std::make_shared<ovsync::library::RequestAuthenticatorFactory>(credentials.user(), credentials.password());
     const auto managers = std::make_shared<ovsync::library::NetworkAccessManagerFactory>(authenticators, ServerId, url);
-    const auto requests =
-        std::make_shared<ovsync::requests::HttpFactory>(std::make_shared<ovsync::requests::AccountConnections>());
+    const auto requests = std::make_shared<ovsync::requests::HttpFactory>();
     sync::dv::dvsync::DrovaneRemoteFileManager files(std::make_shared<ovsync::requests::UrlBuilder>(),
                                                      std::make_shared<QtTransport>(*managers), ServerId, authenticators,
                                                      requests, managers, nullptr);

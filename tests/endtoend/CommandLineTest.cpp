@@ -189,7 +189,7 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
     expect({Text("mv"), Text("http://h/a")}, "TO is required");
     expect({Text("mv"), Text("http://h/a"), Text("http://i/b")}, "two servers");
     expect({Text("mv"), Text("http://h/a"), Text("https://h/b")}, "two servers");
-    expect({Text("mv"), Text("http://h/a"), Text("http://h:80/")}, "root");
+    expect({Text("mv"), Text("http://h/"), Text("http://h:80/a")}, "root");
 }
 
 TEST_F(CommandLineTest, EveryCommandHasHelp) {

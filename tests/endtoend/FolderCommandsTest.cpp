@@ -18,7 +18,6 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
-using tests::FixtureAnswer;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::ScriptedServer;
@@ -88,17 +87,22 @@ TEST_F(FolderCommandsTest, AFileIsInTheWayOfAFolder) {
 TEST_F(FolderCommandsTest, AFolderIsRemovedWithWhatLiesInIt) {
     _service.AddFile(Text("A/b/c.txt"), "c");
     _service.AddFile(Text("B/c.txt"), "c");
-    EXPECT_EQ(OutputOf({Text("rm")}, "A/"), QByteArray());
+    EXPECT_EQ(OutputOf({Text("rm"), Text("-r")}, "A/"), QByteArray());
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("B/\nB/c.txt\n"));
-    const QByteArray removed = OutputOf({Text("rm"), Text("--json")}, "B");
+    const QByteArray removed = OutputOf({Text("rm"), Text("-r"), Text("--json")}, "B");
     EXPECT_EQ(nlohmann::json::parse(removed.constData())["serverPath"], "B");
 }
 
-TEST_F(FolderCommandsTest, OnlyFoldersThatAreThereAreRemoved) {
-    _service.AddFile(Text("a.txt"), "a");
-    ExpectFailure({Text("rm")}, "a.txt", 2, "/a.txt is a file, and rm works on folders only");
-    ExpectFailure({Text("rm")}, "gone", 1, "no folder /gone");
-    EXPECT_EQ(OutputOf({Text("ls")}, ""), QByteArray("a.txt\n"));
+TEST_F(FolderCommandsTest, AFolderThatHasSomethingInItIsRemovedOnlyWhenAskedFor) {
+    _service.AddFile(Text("A/a.txt"), "a");
+    _service.AddFolder(Text("B/b"));
+    _service.AddFolder(Text("C"));
+    ExpectFailure({Text("rm")}, "A", 1, "/A has something in it; rm -r");
+    ExpectFailure({Text("rm")}, "B/", 1, "/B has something in it");
+    ExpectFailure({Text("rm")}, "gone", 1, "neither a file nor a folder /gone");
+    ExpectFailure({Text("rm"), Text("-r")}, "", 2, "the root cannot be removed");
+    EXPECT_EQ(OutputOf({Text("rm")}, "C"), QByteArray());
+    EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/a.txt\nB/\nB/b/\n"));
 }
 
 TEST_F(FolderCommandsTest, AFolderIsMovedAndKeepsItsId) {
@@ -119,12 +123,13 @@ TEST_F(FolderCommandsTest, NothingIsMovedOverAnything) {
     _service.AddFile(Text("B/c.txt"), "c");
     _service.AddFile(Text("f.txt"), "f");
     const QByteArray before = OutputOf({Text("tree")}, "");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "412");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "412");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "something at /B already");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "something at /f.txt already");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "missing/A", 1, "400");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "A/inside", 1, "403");
-    ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "g.txt", 2, "/f.txt is a file");
-    ExpectFailure({Text("mv"), _service.Url() + Text("gone")}, "g", 1, "no folder /gone");
+    ExpectFailure({Text("mv"), Text("-f"), _service.Url() + Text("A")}, "f.txt", 1, "a folder replaces nothing");
+    ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "A/b.txt", 1, "something at /A/b.txt already");
+    ExpectFailure({Text("mv"), _service.Url() + Text("gone")}, "g", 1, "neither a file nor a folder /gone");
     EXPECT_EQ(OutputOf({Text("tree")}, ""), before);
 }
 
@@ -245,60 +250,48 @@ TEST(StatTest, ShowsWhatThereIsOfAFolderWhenTheOneAboveCannotBeListed) {
     }
 }
 
-ScriptedServer::Step Answer(const char* fixture) {
-    return ScriptedServer::Answer(FixtureAnswer(Text(fixture)).Bytes());
+/// What a tree of the stand-in looks like, which meets `fault`.
+ProgramResult TreeMeeting(const QString& fault, const QStringList& command) {
+    Service service({Text("--fault"), fault});
+    service.AddFile(Text("A/b.txt"), "b");
+    service.AddFile(Text("A/C/d.txt"), "dd");
+    QStringList arguments = command;
+    arguments.insert(1, service.Url() + Text("A/"));
+    return RunOvsync(arguments);
 }
 
-const char* const NoTrees = "does not list a whole tree at once";
-
-TEST(TreeRefusalTest, IsToldFromARefusalOfTheFolder) {
+TEST(TreeRefusalTest, IsMetByListingFolderByFolder) {
     for (const char* status : {"400", "403", "412"}) {
-        const QString refusal = Text("status=") + Text(status) + Text(",method=PROPFIND");
+        const QString fault = Text("status=") + Text(status) + Text(",method=PROPFIND,request=1");
+        EXPECT_EQ(TreeMeeting(fault, {Text("tree")}).output, "C/\nC/d.txt\nb.txt\n") << status;
+        EXPECT_EQ(TreeMeeting(fault, {Text("du")}).output, "2 files, 3 bytes\n") << status;
         const QTemporaryDir folder;
-        for (const QStringList& command :
-             {QStringList(Text("tree")), QStringList(Text("du")), QStringList({Text("pull"), folder.path()})}) {
-            const auto errorsOf = [&command](const QString& fault, const char* path) {
-                Service service({Text("--fault"), fault});
-                service.AddFile(Text("A/b.txt"), "b");
-                QStringList arguments = command;
-                arguments.insert(1, service.Url() + Text(path));
-                const ProgramResult result = RunOvsync(arguments);
-                EXPECT_EQ(result.exitCode, 1) << result.errors.toStdString();
-                return result.errors.toStdString();
-            };
-            EXPECT_THAT(errorsOf(refusal + Text(",request=1"), "A/"), HasSubstr(NoTrees)) << status;
-            EXPECT_THAT(errorsOf(refusal, "A/"), Not(HasSubstr(NoTrees))) << status;
-            EXPECT_THAT(errorsOf(refusal + Text(",request=1"), "A/b.txt"), Not(HasSubstr(NoTrees))) << status;
-        }
+        const ProgramResult pulled = TreeMeeting(fault, {Text("pull"), folder.path()});
+        EXPECT_EQ(pulled.exitCode, 0) << ErrorsOf(pulled);
+        EXPECT_TRUE(QFile::exists(folder.filePath(Text("C/d.txt"))));
     }
 }
 
-TEST(TreeRefusalTest, IsNotAFailureOfTheServer) {
-    const Service service({Text("--fault"), Text("status=500,method=PROPFIND,request=1")});
-    EXPECT_THAT(RunOvsync({Text("tree"), service.Url()}).errors.toStdString(), Not(HasSubstr(NoTrees)));
-}
-
-TEST(TreeRefusalTest, IsUnderstoodInWhateverWords) {
-    for (const char* refusal : {"statuses/no-trees-apache-403", "statuses/no-trees-condition-403"}) {
+TEST(TreeRefusalTest, OfTheFolderItselfIsARefusal) {
+    for (const char* status : {"400", "403", "412"}) {
+        const QString fault = Text("status=") + Text(status) + Text(",method=PROPFIND");
         for (const char* command : {"tree", "du"}) {
-            ScriptedServer server(
-                {Answer("statuses/options-foreign-200"), Answer(refusal), Answer("folders/found-without-headers-207")});
-            const ProgramResult result = RunOvsync({Text(command), server.Url(Text("/Projects/A/")).toString()});
+            const ProgramResult result = TreeMeeting(fault, {Text(command)});
             EXPECT_EQ(result.exitCode, 1);
             EXPECT_EQ(result.output, QByteArray());
-            EXPECT_THAT(result.errors.toStdString(), HasSubstr(NoTrees));
-            server.Stop();
-            EXPECT_TRUE(server.SawItsScript());
+            EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr(status), HasSubstr("/A")));
         }
     }
 }
 
-TEST(TreeRefusalTest, IsNotReadOutOfAName) {
-    const ScriptedServer server({Answer("statuses/options-foreign-200"), Answer("statuses/forbidden-in-depth-403"),
-                                 Answer("statuses/forbidden-in-depth-403")});
-    const ProgramResult result = RunOvsync({Text("tree"), server.Url(Text("/Projects/In-depth/")).toString()});
+TEST(TreeRefusalTest, OfAFolderInItEndsTheWholeAndNamesTheFolder) {
+    Service service({Text("--fault"), Text("status=403,method=PROPFIND,request=1"), Text("--fault"),
+                     Text("status=403,method=PROPFIND,request=3")});
+    service.AddFile(Text("A/C/d.txt"), "dd");
+    const ProgramResult result = RunOvsync({Text("tree"), service.Url() + Text("A/")});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(result.errors.toStdString(), Not(HasSubstr(NoTrees)));
+    EXPECT_EQ(result.output, QByteArray());
+    EXPECT_THAT(result.errors.toStdString(), HasSubstr("A/C/ failed: this folder cannot be listed"));
 }
 
 struct FolderFault {

@@ -96,7 +96,7 @@ QList<ScriptedServer::Step> SlowListing(const std::function<void()>& delay) {
         delay();
         return ListingAnswer(Text("apache.xml"));
     };
-    return {ScriptedServer::Answer(FixtureAnswer(Text("statuses/options-foreign-200")).Bytes()), listing};
+    return {ScriptedServer::Answer(FixtureAnswer(Text("statuses/options-service-200")).Bytes()), listing};
 }
 
 TEST(ProgressTest, ALongListingShowsOnATerminalWhatCameUntilItIsThere) {

@@ -89,9 +89,11 @@ std::map<std::string, std::string> Properties(HttpClient& client, const std::str
 std::string Normalized(const std::string& body) {
     static const std::regex httpDate("[A-Z][a-z]{2}, [0-9]{2} [A-Z][a-z]{2} [0-9]{4} [0-9:]{8} GMT");
     static const std::regex isoDate("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:]{8}Z");
+    static const std::regex time("[0-9]+(\\.[0-9]+)?</O:mtime>");
     static const std::regex store("[0-9a-f]{12}-");
     std::string text = std::regex_replace(body, httpDate, "DATE");
     text = std::regex_replace(text, isoDate, "ISODATE");
+    text = std::regex_replace(text, time, "SECONDS</O:mtime>");
     return std::regex_replace(text, store, "STORE-");
 }
 

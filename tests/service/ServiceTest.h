@@ -16,7 +16,7 @@ namespace service::test {
 /// A running service with an empty folder, and a client of it.
 class ServiceTest : public testing::Test {
 protected:
-    explicit ServiceTest(const std::vector<std::string>& options = {}) : _service(WithFolder(options)) {}
+    explicit ServiceTest(const std::vector<std::string>& options = {}) : _service(_WithFolder(options)) {}
 
     HttpClient::Answer Send(const std::string& method, const std::string& target,
                             const std::vector<std::string>& headers = {}, const std::string& body = "") {
@@ -33,7 +33,7 @@ protected:
     HttpClient _client{_service.Port()};
 
 private:
-    std::vector<std::string> WithFolder(std::vector<std::string> options) const {
+    std::vector<std::string> _WithFolder(std::vector<std::string> options) const {
         options.insert(options.begin(), _folder.Path());
         return options;
     }

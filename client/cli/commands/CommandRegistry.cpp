@@ -113,7 +113,6 @@ void CommandRegistry::AddPassOptions(CLI::App* command) {
     AddFolderOptions(command);
     command->add_flag("-n,--dry-run", _given.isDryRun, "Only say what would be done, and change nothing");
     command->add_flag("--strict", _given.isStrict, "Exit with 1 also for links and other things that are never synced");
-    MarkAsListingTree(command);
 }
 
 const CommandRegistry::Command* CommandRegistry::Parsed() const {
@@ -122,11 +121,6 @@ const CommandRegistry::Command* CommandRegistry::Parsed() const {
 
 const CommandRegistry::LocalCommand* CommandRegistry::ParsedLocal() const {
     return ParsedOf(_localCommands);
-}
-
-bool CommandRegistry::ListsTree() const {
-    return std::any_of(_treeCommands.begin(), _treeCommands.end(),
-                       [](const CLI::App* command) { return command->parsed(); });
 }
 
 void CommandRegistry::_AddJson(CLI::App* command) {

@@ -3,7 +3,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "client/cli/input/Arguments.h"
 #include "client/cli/input/Location.h"
@@ -48,8 +47,6 @@ public:
     /// How a folder is synced, whoever begins the passes.
     void AddFolderOptions(CLI::App* command);
     void AddPassOptions(CLI::App* command);
-    /// The command needs a listing of a whole tree.
-    void MarkAsListingTree(const CLI::App* command) { _treeCommands.push_back(command); }
 
     /// What options write to.
     input::Arguments& Given() { return _given; }
@@ -57,7 +54,6 @@ public:
     /// What the command line, once it was read, asks for: null when that is a local command.
     const Command* Parsed() const;
     const LocalCommand* ParsedLocal() const;
-    bool ListsTree() const;
 
 private:
     void _AddJson(CLI::App* command);
@@ -66,7 +62,6 @@ private:
     input::Arguments _given;
     std::map<const CLI::App*, Command> _commands;
     std::map<const CLI::App*, LocalCommand> _localCommands;
-    std::vector<const CLI::App*> _treeCommands;
 };
 
 }  // namespace commands

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/commands/FileOnService.h"
 
 namespace ovsync {
 namespace commands {
@@ -17,12 +18,23 @@ using output::WriteEntries;
 
 namespace {
 
-void ListFolder(ServiceConnection& connection, const Location& location, ListFormat format, Output& output) {
+FolderListing ListingOf(ServiceConnection& connection, const Location& location) {
+    if (!location.isTypedAsFolder) {
+        const library::FoundResource found = FindResource(connection, location);
+        if (!found.isFolder) {
+            return {{}, {found.file}};
+        }
+    }
     const std::optional<FolderListing> listing = connection.List(connection.Folder(location.serverPath));
     if (!listing) {
         ThrowNoSuchFolder(location);
     }
-    WriteEntries(listing->folders, listing->files, format, output);
+    return *listing;
+}
+
+void List(ServiceConnection& connection, const Location& location, ListFormat format, Output& output) {
+    const FolderListing listing = ListingOf(connection, location);
+    WriteEntries(listing.folders, listing.files, format, output);
     if (format == ListFormat::Json) {
         output.Write("\n");
     }
@@ -31,10 +43,11 @@ void ListFolder(ServiceConnection& connection, const Location& location, ListFor
 }  // namespace
 
 void AddListCommand(CommandRegistry& registry) {
-    CLI::App* const command =
-        registry.AddAction("ls", "Lists the sub-folders and the files of a folder, one name a line, in name order.",
-                           [](ServiceConnection& connection, const Location& location, const Arguments& given,
-                              Output& output) { ListFolder(connection, location, given.Format(), output); });
+    CLI::App* const command = registry.AddAction(
+        "ls", "Lists the sub-folders and the files of a folder, one name a line, in name order; or a file.",
+        [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+            List(connection, location, given.Format(), output);
+        });
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     registry.AddLong(command);
 }

@@ -50,8 +50,7 @@ ExitCode Pull(ServiceConnection& connection, const Location& location, const Syn
             }
         }
     }
-    return RunPass(connection, location, used, output,
-                   [](pass::PassContext& context) { return pull::PullPass(context).Run(); });
+    return RunPass(connection, location, used, output, [](pass::SyncPass& pass) { return pull::PullPass(pass).Run(); });
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ namespace {
 
 ExitCode Push(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
     return RunPass(connection, location, arguments, output,
-                   [](pass::PassContext& context) { return push::PushPass(context).Run(); });
+                   [](pass::SyncPass& pass) { return push::PushPass(pass).Run(); });
 }
 
 }  // namespace

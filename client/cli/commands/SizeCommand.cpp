@@ -46,7 +46,6 @@ void AddSizeCommand(CommandRegistry& registry) {
         });
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     registry.AddExclude(command);
-    registry.MarkAsListingTree(command);
 }
 
 }  // namespace commands

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/commands/FileOnService.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/FileFormat.h"
 #include "client/cli/output/FolderFormat.h"
@@ -45,17 +47,16 @@ void AddListedFields(ServiceConnection& connection, const Location& location, Fo
 }
 
 void ShowResource(ServiceConnection& connection, const Location& location, bool asJson, Output& output) {
-    FolderConfiguration folder;
-    if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
-        if (!location.serverPath.isEmpty()) {
-            AddListedFields(connection, location, folder);
-        }
-        output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
+    const library::FoundResource found = FindResource(connection, location);
+    if (!found.isFolder) {
+        output.Write(asJson ? JsonObject(found.file) + '\n' : FieldLines(found.file, output));
         return;
     }
-    const sync::config::FileConfiguration file =
-        connection.Files().GetFileByName(connection.Folder(location.ParentPath()), location.Name());
-    output.Write(asJson ? JsonObject(file) + '\n' : FieldLines(file, output));
+    FolderConfiguration folder = FindFolder(connection, location, "stat");
+    if (!location.serverPath.isEmpty()) {
+        AddListedFields(connection, location, folder);
+    }
+    output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/GlobFilter.h"
 #include "client/cli/input/Interruption.h"
+#include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/output/SyncOutput.h"
 #include "client/store/FileConfigManager.h"
 #include "client/sync/local/LocalTree.h"
@@ -27,16 +28,6 @@ using report::SyncOutcome;
 using store::RecordDatabase;
 
 namespace {
-
-/// The same for every spelling of one URL.
-QString AddressOf(const Location& location) {
-    QUrl url = location.baseUrl;
-    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
-        url.setPort(-1);
-    }
-    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
-    return url.toString(QUrl::FullyEncoded);
-}
 
 SyncOutput::Format FormatOf(const SyncArguments& arguments) {
     if (arguments.isJson) {
@@ -62,7 +53,7 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 }  // namespace
 
 ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
-                 Output& output, const std::function<SyncOutcome(pass::PassContext&)>& pass) {
+                 Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
     const QString root = AbsolutePath(arguments.directory);
 
@@ -81,22 +72,15 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     const auto records = std::make_shared<RecordDatabase>(
         root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
-    pass::ServiceFolder service;
-    service.folder = connection.Folder(location.serverPath);
-    service.folder.localPath = root;
-    service.address = AddressOf(location);
+    pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
-    service.folders = &connection.Folders();
-    service.files = &connection.Files();
     service.updater = updater.get();
-    service.newConnection = [&connection] { return connection.NewContentConnection(); };
-    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
 
     SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun);
-    pass::PassContext context(service, tree, *records, options, observer);
+    pass::SyncPass common(service, tree, *records, options, observer);
     try {
-        const SyncOutcome outcome = pass(context);
+        const SyncOutcome outcome = pass(common);
         observer.Summarise(outcome);
         return ExitCodeOf(outcome);
     } catch (...) {

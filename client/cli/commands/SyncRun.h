@@ -7,7 +7,7 @@
 #include "client/cli/output/ExitCode.h"
 #include "client/cli/output/Output.h"
 #include "client/library/ServiceConnection.h"
-#include "client/sync/pass/PassContext.h"
+#include "client/sync/pass/SyncPass.h"
 
 namespace ovsync {
 namespace commands {
@@ -16,7 +16,7 @@ namespace commands {
 /// is no such local folder, and what the pass throws.
 output::ExitCode RunPass(library::ServiceConnection& connection, const input::Location& location,
                          const input::SyncArguments& arguments, output::Output& output,
-                         const std::function<report::SyncOutcome(pass::PassContext&)>& pass);
+                         const std::function<report::SyncOutcome(pass::SyncPass&)>& pass);
 
 }  // namespace commands
 }  // namespace ovsync

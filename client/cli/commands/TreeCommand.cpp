@@ -84,7 +84,6 @@ void AddTreeCommand(CommandRegistry& registry) {
         ->add_option("--since", registry.Given().since,
                      "List only if something changed since TIME, which an earlier listing gave as the service's")
         ->type_name("TIME");
-    registry.MarkAsListingTree(command);
 }
 
 }  // namespace commands

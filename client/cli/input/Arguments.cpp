@@ -17,6 +17,7 @@ using output::Progress;
 
 namespace {
 
+const int SilenceLimitsOfAnswer = 30;
 const int SilenceLimitsOfSlowness = 10;
 
 pass::DeletionLimit ReadLimit(const std::string& maxDelete) {
@@ -39,6 +40,7 @@ wire::ConnectionSettings Arguments::Connecting() const {
     settings.caFile = QString::fromStdString(caFile);
     settings.silenceLimit =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(silenceLimit));
+    settings.answerLimit = SilenceLimitsOfAnswer * settings.silenceLimit;
     settings.slownessLimit = SilenceLimitsOfSlowness * settings.silenceLimit;
     settings.listing.entries = {maxListingEntries, QString::fromLatin1(EntriesOption)};
     settings.listing.bytes = {maxListingBytes, QString::fromLatin1(BytesOption)};

@@ -37,6 +37,9 @@ struct Arguments {
     bool isLong = false;
     bool isJson = false;
     bool withParents = false;
+    bool isRecursive = false;
+    bool isForced = false;
+    bool downloads = false;
     bool deletes = false;
     std::string maxDelete;
     int daysKept = local::Trash::DefaultDays;

@@ -48,6 +48,7 @@ Location Location::FromUrl(const QString& text) {
         location.serverPath += name;
     }
     location.user = url.userName();
+    location.isTypedAsFolder = url.path().isEmpty() || url.path().endsWith(QLatin1Char('/'));
     location.baseUrl.setScheme(url.scheme());
     location.baseUrl.setHost(url.host());
     location.baseUrl.setPort(url.port());
@@ -66,7 +67,15 @@ QString Location::Name() const {
 Location Location::Parent() const {
     Location parent = *this;
     parent.serverPath = ParentPath();
+    parent.isTypedAsFolder = true;
     return parent;
+}
+
+Location Location::Below(const QString& name) const {
+    Location below = *this;
+    below.serverPath += (serverPath.isEmpty() ? QString() : QStringLiteral("/")) + name;
+    below.isTypedAsFolder = false;
+    return below;
 }
 
 bool Location::IsOnServerOf(const Location& other) const {

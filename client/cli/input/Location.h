@@ -14,6 +14,8 @@ struct Location {
     QString serverPath;
     /// The user in the URL; empty when there is none.
     QString user;
+    /// Whether the URL ends in '/'.
+    bool isTypedAsFolder = false;
 
     /// `text` is a URL in UTF-8, with or without percent-encoding. Throws UsageError when it is no http or https URL,
     /// has a query or a fragment, holds a password, or has a path that no server path stands for.
@@ -24,6 +26,8 @@ struct Location {
     QString Name() const;
     /// The collection that the place lies in, as a place itself.
     Location Parent() const;
+    /// What is named `name` in it.
+    Location Below(const QString& name) const;
 
     /// Whether scheme, host and port are the same.
     bool IsOnServerOf(const Location& other) const;

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <chrono>
 
-#include "client/sync/report/SyncProgress.h"
+#include "client/sync/report/ISyncObserver.h"
 
 namespace ovsync {
 namespace output {

@@ -53,6 +53,11 @@ QVector<NamedLocalEntry> ListUnlessClosed(ILocalTree& tree, const QString& folde
 
 }  // namespace
 
+bool LocalSnapshot::Has(const QString& path, LocalEntry::Kind kind) const {
+    const auto entry = entries.find(path);
+    return entry != entries.end() && entry->kind == kind;
+}
+
 LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
     LocalSnapshot snapshot;
     QStringList folders(QString{});

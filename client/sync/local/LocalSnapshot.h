@@ -23,6 +23,10 @@ struct LocalSnapshot {
     /// The folders that no pass looks into, with the reason: nobody knows what lies in them.
     QVector<report::SyncEvent> closed;
 
+    /// Whether there is a folder at `path`; the synced folder itself is one.
+    bool HasFolder(const QString& path) const { return path.isEmpty() || Has(path, LocalEntry::Kind::Folder); }
+    bool Has(const QString& path, LocalEntry::Kind kind) const;
+
     /// Throws LocalError.
     static LocalSnapshot Of(ILocalTree& tree, const Exclusion& exclusion);
 };

@@ -21,10 +21,10 @@ bool IsTemporaryName(const QString& name);
 /// "a (note 2).txt". The name is shortened where it would be too long.
 QString PathWithNote(const QString& path, const QString& note, int number);
 
-/// The folder that `path` lies in, empty for the synced folder itself; and its last segment.
 /// What to tell of a file whose other version lies at `copy`.
 QString ConflictText(const QString& copy);
 
+/// The folder that `path` lies in, empty for the synced folder itself; and its last segment.
 QString FolderOf(const QString& path);
 QString NameOf(const QString& path);
 

@@ -7,11 +7,19 @@
 #include <optional>
 
 #include "client/sync/local/ILocalTree.h"
-#include "client/sync/local/TrashEntry.h"
+#include "client/sync/local/TrashTime.h"
 #include "client/sync/report/SyncEvent.h"
 
 namespace ovsync {
 namespace local {
+
+/// A file in the trash. A plain value.
+struct TrashEntry {
+    TrashTime from;
+    /// Where it was, below the synced folder.
+    QString path;
+    qint64 size = 0;
+};
 
 /// What passes replaced or deleted in a synced folder, kept in its hidden folder by the time of the pass and the path
 /// of the file. Putting something in and taking it out are renames, and take no space. What no pass put there is left

@@ -4,7 +4,6 @@
 #include <algorithm>
 
 #include "client/sync/local/PathNames.h"
-#include "client/sync/pass/WrongFolder.h"
 
 namespace ovsync {
 namespace pass {

@@ -5,6 +5,7 @@
 namespace ovsync {
 namespace pass {
 
+using local::FolderOf;
 using local::NameOf;
 
 QString ServiceFolder::ServerPath(const QString& path) const {
@@ -20,6 +21,10 @@ sync::config::FolderConfiguration ServiceFolder::FolderAt(const QString& path) c
         below.localPath = folder.localPath + QLatin1Char('/') + path;
     }
     return below;
+}
+
+sync::config::FileConfiguration ServiceFolder::FileAt(const QString& path) const {
+    return files->GetFileByName(FolderAt(FolderOf(path)), NameOf(path));
 }
 
 }  // namespace pass

@@ -7,6 +7,7 @@
 
 #include "client/content/IContentConnection.h"
 #include "host/configuration/FolderConfiguration.h"
+#include "host/core/SyncException.h"
 #include "host/interfaces/ICustomFileConfigUpdater.h"
 #include "host/interfaces/IRemoteFileManager.h"
 #include "host/interfaces/IRemoteFolderManager.h"
@@ -33,6 +34,17 @@ struct ServiceFolder {
     QString ServerPath(const QString& path) const;
     /// The record from which the library works on the folder at `path` below the folder.
     sync::config::FolderConfiguration FolderAt(const QString& path) const;
+    /// Of the content of the file at `path` below the folder; empty when there is none for it.
+    QUrl UrlAt(const QString& path) const { return urlOf(ServerPath(path)); }
+    /// Asks the service for the file at `path` below the folder. Throws what the library throws.
+    sync::config::FileConfiguration FileAt(const QString& path) const;
+};
+
+/// What was named cannot be synced: it is no folder of the service, or the local folder is in step with another one.
+/// The message says so.
+class WrongFolder : public sync::core::SyncException {
+public:
+    using SyncException::SyncException;
 };
 
 }  // namespace pass

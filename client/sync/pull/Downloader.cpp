@@ -12,10 +12,8 @@ namespace ovsync {
 namespace pull {
 
 using local::ConflictText;
-using local::FolderOf;
 using local::Installer;
 using local::LocalError;
-using local::NameOf;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::LikelySize;
@@ -46,6 +44,11 @@ QString VersionNote(const FileConfiguration& remote) {
                 : QString());
 }
 
+/// What is told of a file that was fetched, and not put beside another one.
+SyncEvent::Kind KindOf(const PullOrder& order) {
+    return order.target == PullOrder::Target::New ? SyncEvent::Kind::Fetched : SyncEvent::Kind::Updated;
+}
+
 }  // namespace
 
 bool Downloader::Run(std::deque<PullOrder> orders) {
@@ -57,9 +60,18 @@ qint64 Downloader::SizeOf(const PullOrder& order) const {
     return LikelySize(order.remote.size);
 }
 
+void Downloader::Tell(const PullOrder& order) {
+    if (order.target == PullOrder::Target::Beside) {
+        _report.Tell(SyncEvent::Kind::Conflict, order.path,
+                     QStringLiteral("it changed here and on the service, whose version is put beside it"));
+    } else {
+        _report.Tell(KindOf(order), order.path, QString(), SizeOf(order));
+    }
+}
+
 std::unique_ptr<Download> Downloader::Make(PullOrder order, const QUrl& url) {
-    order.record = _context.RecordOf(order.path, order.remote);
-    return std::make_unique<Download>(_context.Tree(), std::move(order), url, _bytes);
+    order.record = _maker.Make(order.path, order.remote);
+    return std::make_unique<Download>(_sides.tree, std::move(order), url, _bytes);
 }
 
 void Downloader::Take(Transfers downloads, Pool& /*pool*/) {
@@ -79,7 +91,7 @@ void Downloader::_Take(const Transfers& downloads) {
     for (const std::unique_ptr<Download>& download : downloads) {
         ++_progress.doneFiles;
         if (HasCome(*download)) {
-            _context.ReportSuccess();
+            _report.TellSuccess();
             _TakeContent(*download, requests, orders);
         } else {
             others.push_back(download.get());
@@ -87,14 +99,14 @@ void Downloader::_Take(const Transfers& downloads) {
     }
     // First what came as it should: a failure may end the pass.
     if (!requests.isEmpty()) {
-        _context.Installing().Install(requests);
+        _installer.Install(requests);
     }
     for (int i = 0; i < requests.size(); ++i) {
         _TakePlaced(requests[i], *orders[static_cast<size_t>(i)]);
     }
     for (const Download* download : others) {
         if (download->Error()) {
-            _ReportFailure(download->Order().path, download->Error());
+            _TellFailure(download->Order().path, download->Error());
         } else {
             _TakeSurprise(*download);
         }
@@ -108,10 +120,10 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
     here.entry = order.here;
     here.md5 = order.md5Here;
     if (order.target == PullOrder::Target::Beside && here.md5.isEmpty()) {
-        _context.Read(order.path, here);
+        _comparison.Read(order.path, here);
     }
     if (here.md5 == download.Md5()) {
-        _context.Adopt(order.path, order.remote, here);
+        _sides.records.WriteFile(_maker.Make(order.path, order.remote, here));
         return;
     }
     if (order.target == PullOrder::Target::Beside) {
@@ -134,8 +146,7 @@ void Downloader::_TakeSurprise(const Download& download) {
     PullOrder order = download.Order();
     const QString path = order.path;
     try {
-        const FileConfiguration now =
-            _context.Service().files->GetFileByName(_context.Service().FolderAt(FolderOf(path)), NameOf(path));
+        const FileConfiguration now = _sides.service.FileAt(path);
         if (++order.attempts < MaxAttempts && IdentityOf(now) != IdentityOf(order.remote)) {
             order.remote = now;
             _orders.push_back(std::move(order));
@@ -152,16 +163,14 @@ void Downloader::_TakeSurprise(const Download& download) {
                 .arg(came, QString::number(LikelySize(now.size)),
                      now.md5Checksum.isEmpty() ? QStringLiteral("any") : now.md5Checksum));
     } catch (const std::exception&) {
-        _ReportFailure(path, std::current_exception());
+        _TellFailure(path, std::current_exception());
     }
 }
 
 void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder& order) {
     switch (request.result) {
         case Installer::Result::Done:
-            _context.Report(
-                order.target == PullOrder::Target::New ? SyncEvent::Kind::Fetched : SyncEvent::Kind::Updated,
-                order.path, QString(), request.placement.record.local.size);
+            _report.Tell(KindOf(order), order.path, QString(), request.placement.record.local.size);
             break;
         case Installer::Result::Occupied:
             _KeepBoth(order, request.placement.temporary, request.placement.record.contentMd5);
@@ -171,31 +180,30 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
             break;
     }
     if (!request.aside.isEmpty()) {
-        _context.Report(
-            SyncEvent::Kind::Conflict, order.path,
-            QStringLiteral("it was changed here while it was replaced: that is in \"%1\"").arg(request.aside));
+        _report.Tell(SyncEvent::Kind::Conflict, order.path,
+                     QStringLiteral("it was changed here while it was replaced: that is in \"%1\"").arg(request.aside));
     }
 }
 
 void Downloader::_KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5) {
     try {
-        const QString copy = _context.Installing().AddConflictCopy(temporary, order.path, VersionNote(order.remote));
-        const QString identity = _context.IsInDoubt(order.remote) ? QString() : IdentityOf(order.remote);
-        _context.Records().WriteCopy({copy, order.path, identity, md5});
-        _context.Report(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
+        const QString copy = _installer.AddConflictCopy(temporary, order.path, VersionNote(order.remote));
+        const QString identity = _maker.IsInDoubt(order.remote) ? QString() : IdentityOf(order.remote);
+        _sides.records.WriteCopy({copy, order.path, identity, md5});
+        _report.Tell(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
     } catch (const LocalError&) {
-        _ReportFailure(order.path, std::current_exception());
+        _TellFailure(order.path, std::current_exception());
     }
 }
 
 void Downloader::Refuse(const QString& path, const QString& reason) {
     _hasAll = false;
-    _context.Report(SyncEvent::Kind::Refused, path, reason);
+    _report.Tell(SyncEvent::Kind::Refused, path, reason);
 }
 
-void Downloader::_ReportFailure(const QString& path, const std::exception_ptr& error) {
+void Downloader::_TellFailure(const QString& path, const std::exception_ptr& error) {
     _hasAll = false;
-    _context.ReportFailure(path, error);
+    _report.TellFailure(path, error);
 }
 
 }  // namespace pull

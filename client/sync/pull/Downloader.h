@@ -8,23 +8,30 @@
 #include <memory>
 #include <vector>
 
+#include "client/sync/local/Installer.h"
+#include "client/sync/pass/FileComparison.h"
 #include "client/sync/pass/TransferLoop.h"
 #include "client/sync/pull/Download.h"
 
 namespace ovsync {
 namespace pull {
 
-/// Fetches files of the service, several at once, checks what came, and puts it in place. For one run. Not thread-safe.
+/// Fetches files of the service, several at once, checks what came, and puts it in place. For one run. Not
+/// thread-safe.
 class Downloader : private pass::TransferLoop<PullOrder, Download> {
 public:
-    explicit Downloader(pass::PassContext& context) : TransferLoop(context) {}
+    /// The arguments outlive this object.
+    Downloader(const pass::PassSides& sides, local::Installer& installer, const pass::FileComparison& comparison,
+               const pass::RecordMaker& maker, pass::PassReport& report)
+        : TransferLoop(sides, report), _installer(installer), _comparison(comparison), _maker(maker) {}
 
     /// True when everything came. Throws Cancelled, when what is finished is in place, and what
-    /// PassContext::ReportFailure throws.
+    /// PassReport::TellFailure throws.
     [[nodiscard]] bool Run(std::deque<PullOrder> orders);
 
 private:
     qint64 SizeOf(const PullOrder& order) const override;
+    void Tell(const PullOrder& order) override;
     std::unique_ptr<Download> Make(PullOrder order, const QUrl& url) override;
     void Refuse(const QString& path, const QString& reason) override;
     void Take(Transfers downloads, Pool& pool) override;
@@ -38,8 +45,11 @@ private:
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);
     void _KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5);
-    void _ReportFailure(const QString& path, const std::exception_ptr& error);
+    void _TellFailure(const QString& path, const std::exception_ptr& error);
 
+    local::Installer& _installer;
+    const pass::FileComparison& _comparison;
+    const pass::RecordMaker& _maker;
     bool _hasAll = true;
 };
 

@@ -1,14 +1,13 @@
 #include "client/sync/pull/GoneCheck.h"
-#include "client/wire/HttpStatus.h"
 
 #include "client/sync/local/PathNames.h"
+#include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace pull {
 
 using local::FolderOf;
-using local::NameOf;
 using wire::HttpStatus;
 
 bool GoneCheck::IsGone(const QString& path) {
@@ -29,7 +28,7 @@ bool GoneCheck::IsGone(const QString& path) {
 
 bool GoneCheck::_Ask(const QString& path) {
     try {
-        _service.files->GetFileByName(_service.FolderAt(FolderOf(path)), NameOf(path));
+        _service.FileAt(path);
         return false;
     } catch (const sync::http::HttpException& e) {
         if (e.StatusCode() == HttpStatus::NotFound || e.StatusCode() == HttpStatus::Gone) {

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "client/sync/pass/LocalState.h"
-#include "client/sync/pass/RemoteState.h"
+#include "client/sync/pass/FileState.h"
 
 /// What a pull does with one file. docs/sync.md has the same as tables. Thread-safe.
 

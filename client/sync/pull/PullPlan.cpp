@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/pull/PullDecision.h"
@@ -13,19 +12,22 @@ namespace pull {
 using local::ConflictText;
 using local::FolderOf;
 using local::LocalEntry;
-using local::LocalError;
 using local::LocalSnapshot;
 using local::TemporaryBeside;
+using pass::FileComparison;
 using pass::IdentityOf;
 using pass::LocalFileState;
 using pass::LocalState;
-using pass::PassContext;
+using pass::PassReport;
+using pass::PassSides;
+using pass::RecordMaker;
+using pass::RemoteFileState;
 using pass::RemoteState;
 using pass::RemoteTree;
 using report::SyncEvent;
 using store::ConflictCopy;
 using store::FileRecord;
-using store::RecordDatabase;
+using store::RecordChanges;
 using sync::config::FileConfiguration;
 
 namespace {
@@ -45,40 +47,43 @@ bool IsInTheWay(const RemoteTree& remote, const QString& path) {
 
 }  // namespace
 
-PullPlan::PullPlan(PassContext& context) : _context(context) {
-    for (const ConflictCopy& copy : _context.Records().Copies()) {
+PullPlan::PullPlan(const PassSides& sides, const FileComparison& comparison, const RecordMaker& maker,
+                   const RemoteTree& remote, PassReport& report)
+    : _sides(sides), _comparison(comparison), _maker(maker), _remote(remote), _report(report) {
+    for (const ConflictCopy& copy : _sides.records.Copies()) {
         _besideAlready[copy.path].insert(copy.identity, copy.copy);
     }
 }
 
-void PullPlan::FindGone(const RemoteTree& remote, const LocalSnapshot& snapshot, Gone& inTheWay, Gone& others) {
-    RecordDatabase::Transaction transaction(_context.Records());
-    for (const QString& path : _context.Records().FilePaths()) {
-        if (!remote.HasFile(path) && !remote.IsRefused(path) && !_context.Excluded().HasFileAt(path)) {
-            _FindGoneFile(path, remote, snapshot, IsInTheWay(remote, path) ? inTheWay : others);
-            _context.ThrowIfStopped();
+PullPlan::Deletions PullPlan::FindGone(const LocalSnapshot& snapshot) {
+    Deletions deletions;
+    for (const QString& path : _sides.records.FilePaths()) {
+        if (!_remote.HasFile(path) && !_remote.IsRefused(path) && !_sides.exclusion.HasFileAt(path)) {
+            _FindGoneFile(path, snapshot, deletions);
+            _report.ThrowIfStopped();
         }
     }
-    for (const QString& path : _context.Records().Folders()) {
-        if (remote.HasFolder(path) || remote.IsRefused(path) || _context.Excluded().HasFolderAt(path)) {
+    for (const QString& path : _sides.records.Folders()) {
+        if (_remote.HasFolder(path) || _remote.IsRefused(path) || _sides.exclusion.HasFolderAt(path)) {
             continue;
         }
-        const auto here = snapshot.entries.find(path);
-        if (here != snapshot.entries.end() && here->kind == LocalEntry::Kind::Folder) {
-            (IsInTheWay(remote, path) ? inTheWay : others).folders.append(path);
+        if (snapshot.HasFolder(path)) {
+            (IsInTheWay(_remote, path) ? deletions.inTheWay : deletions.others).folders.append(path);
         } else {
-            _context.Records().ForgetFolder(path);
+            deletions.records.forgottenFolders.append(path);
         }
     }
-    transaction.Commit();
+    return deletions;
 }
 
-void PullPlan::_FindGoneFile(const QString& path, const RemoteTree& remote, const LocalSnapshot& snapshot, Gone& gone) {
-    std::optional<FileRecord> record = _context.Records().FindFile(path);
-    const LocalFileState here = _context.Compare(path, snapshot, record);
+void PullPlan::_FindGoneFile(const QString& path, const LocalSnapshot& snapshot, Deletions& deletions) {
+    const LocalFileState here = _comparison.CompareHere(path, snapshot, _sides.records.FindFile(path));
+    if (here.renewed) {
+        deletions.records.files.append(*here.renewed);
+    }
     PullSituation situation;
     situation.here = here.state;
-    situation.there = remote.HasFolder(path) ? RemoteState::Folder : RemoteState::Nothing;
+    situation.there = _remote.HasFolder(path) ? RemoteState::Folder : RemoteState::Nothing;
     situation.hasRecord = true;
     switch (DecidePull(situation)) {
         case PullStep::Delete: {
@@ -87,81 +92,73 @@ void PullPlan::_FindGoneFile(const QString& path, const RemoteTree& remote, cons
             removal.temporary = TemporaryBeside(path);
             removal.isRemoval = true;
             removal.old = here.entry->fingerprint;
-            gone.files.append(removal);
+            (IsInTheWay(_remote, path) ? deletions.inTheWay : deletions.others).files.append(removal);
             break;
         }
         case PullStep::KeepChanged:
-            _context.Report(SyncEvent::Kind::Kept, path,
-                            QStringLiteral("it was deleted on the service, but has changed here"));
+            deletions.events.append(
+                {SyncEvent::Kind::Kept, path, QStringLiteral("it was deleted on the service, but has changed here")});
             break;
         default:
-            _context.Records().ForgetFile(path);
+            deletions.records.forgottenFiles.append(path);
             break;
     }
 }
 
-std::deque<PullOrder> PullPlan::FindOrders(const RemoteTree& remote, LocalSnapshot& snapshot) {
-    std::deque<PullOrder> orders;
-    RecordDatabase::Transaction transaction(_context.Records());
-    _MakeFolders(remote, snapshot);
-    const RemoteTree::Files& files = remote.AllFiles();
+PullPlan::Folders PullPlan::FindFolders(const LocalSnapshot& snapshot) const {
+    Folders folders;
+    QSet<QString> missing;
+    for (const QString& path : _remote.AllFolders()) {
+        const auto here = snapshot.entries.find(path);
+        if (snapshot.HasFolder(path)) {
+            folders.records.folders.append(path);
+        } else if (here != snapshot.entries.end()) {
+            folders.events.append({SyncEvent::Kind::Refused, path,
+                                   here->kind == LocalEntry::Kind::File
+                                       ? QStringLiteral("it is a folder on the service and a file here")
+                                       : QStringLiteral("it is a folder on the service, and neither file nor folder "
+                                                        "here")});
+        } else if (snapshot.HasFolder(FolderOf(path)) || missing.contains(FolderOf(path))) {
+            missing.insert(path);
+            folders.missing.append(path);
+        }
+    }
+    return folders;
+}
+
+PullPlan::Fetches PullPlan::FindFetches(const LocalSnapshot& snapshot) {
+    Fetches fetches;
+    const RemoteTree::Files& files = _remote.AllFiles();
     for (auto file = files.begin(); file != files.end(); ++file) {
-        if (!_blockedFolders.contains(FolderOf(file.key()))) {
-            _Decide(file.key(), file.value(), snapshot, orders);
-            _context.ThrowIfStopped();
+        if (snapshot.HasFolder(FolderOf(file.key()))) {
+            _Decide(file.key(), file.value(), snapshot, fetches);
+            _report.ThrowIfStopped();
         }
     }
-    transaction.Commit();
-    return orders;
-}
-
-void PullPlan::_MakeFolders(const RemoteTree& remote, LocalSnapshot& snapshot) {
-    for (const QString& path : remote.AllFolders()) {
-        if (_blockedFolders.contains(FolderOf(path)) || !_MakeFolder(path, snapshot)) {
-            _blockedFolders.insert(path);
-        } else {
-            _context.Records().WriteFolder(path);
-        }
-    }
-}
-
-bool PullPlan::_MakeFolder(const QString& path, LocalSnapshot& snapshot) {
-    const auto here = snapshot.entries.find(path);
-    if (here != snapshot.entries.end()) {
-        const bool isFolder = here->kind == LocalEntry::Kind::Folder;
-        if (!isFolder) {
-            _context.Report(SyncEvent::Kind::Refused, path,
-                            here->kind == LocalEntry::Kind::File
-                                ? QStringLiteral("it is a folder on the service and a file here")
-                                : QStringLiteral("it is a folder on the service, and neither file nor folder here"));
-        }
-        return isFolder;
-    }
-    if (!_context.Options().isDryRun) {
-        try {
-            _context.Tree().MakeFolder(path);
-        } catch (const LocalError&) {
-            _context.ReportFailure(path, std::current_exception());
-            return false;
-        }
-    }
-    LocalEntry folder;
-    folder.kind = LocalEntry::Kind::Folder;
-    snapshot.entries.insert(path, folder);
-    _context.Report(SyncEvent::Kind::FolderMade, path);
-    return true;
+    return fetches;
 }
 
 void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, const LocalSnapshot& snapshot,
-                       std::deque<PullOrder>& orders) {
-    std::optional<FileRecord> record = _context.Records().FindFile(path);
-    LocalFileState here = _context.Compare(path, snapshot, record);
+                       Fetches& fetches) {
+    std::optional<FileRecord> record = _sides.records.FindFile(path);
+    LocalFileState here = _comparison.CompareHere(path, snapshot, record);
+    if (here.renewed) {
+        record = here.renewed;
+        fetches.records.files.append(*record);
+    }
+    const RemoteFileState there = _comparison.CompareThere(remote, record);
+    if (there.failure) {
+        _report.TellFailure(path, there.failure);
+    }
+    if (there.renewed) {
+        fetches.records.files.append(*there.renewed);
+    }
     PullSituation situation;
     situation.here = here.state;
     situation.hasRecord = record.has_value();
-    situation.there = _context.StateOf(path, remote, record);
-    if (situation.there != RemoteState::Same && here.entry && here.entry->kind == LocalEntry::Kind::File) {
-        situation.isSameContent = _context.HasContentOf(path, remote, here);
+    situation.there = there.state;
+    if (there.state != RemoteState::Same && here.entry && here.entry->kind == LocalEntry::Kind::File) {
+        situation.isSameContent = _comparison.HasContentOf(path, remote, here);
         situation.isBesideAlready = _besideAlready.value(path).contains(IdentityOf(remote));
     }
 
@@ -172,45 +169,46 @@ void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, con
     order.md5Here = here.md5;
     switch (DecidePull(situation)) {
         case PullStep::Fetch:
-            orders.push_back(std::move(order));
+            fetches.orders.push_back(std::move(order));
             break;
         case PullStep::Replace:
             order.target = PullOrder::Target::Replace;
-            orders.push_back(std::move(order));
+            fetches.orders.push_back(std::move(order));
             break;
         case PullStep::FetchBeside:
             order.target = PullOrder::Target::Beside;
             _inConflict.insert(path);
-            orders.push_back(std::move(order));
+            fetches.orders.push_back(std::move(order));
             break;
         case PullStep::StillBeside:
             _inConflict.insert(path);
-            _context.Report(SyncEvent::Kind::Conflict, path,
-                            ConflictText(_besideAlready.value(path).value(IdentityOf(remote))));
+            fetches.events.append(
+                {SyncEvent::Kind::Conflict, path, ConflictText(_besideAlready.value(path).value(IdentityOf(remote)))});
             break;
         case PullStep::Record:
-            _context.Adopt(path, remote, here);
+            fetches.records.files.append(_maker.Make(path, remote, here));
             break;
         case PullStep::Blocked:
-            _context.Report(SyncEvent::Kind::Refused, path,
-                            here.state == LocalState::Folder
-                                ? QStringLiteral("it is a file on the service and a folder here")
-                                : QStringLiteral("it is a file on the service, and neither file nor folder here"));
+            fetches.events.append({SyncEvent::Kind::Refused, path,
+                                   here.state == LocalState::Folder
+                                       ? QStringLiteral("it is a file on the service and a folder here")
+                                       : QStringLiteral("it is a file on the service, and neither file nor folder "
+                                                        "here")});
             break;
         default:
             break;
     }
 }
 
-void PullPlan::ForgetCopies() {
-    RecordDatabase::Transaction transaction(_context.Records());
-    for (const ConflictCopy& copy : _context.Records().Copies()) {
+RecordChanges PullPlan::FindEndedConflicts() const {
+    RecordChanges changes;
+    for (const ConflictCopy& copy : _sides.records.Copies()) {
         // The disk is asked, because the snapshot has no excluded files.
-        if (!_inConflict.contains(copy.path) && !_context.Tree().Look(copy.copy)) {
-            _context.Records().ForgetCopy(copy);
+        if (!_inConflict.contains(copy.path) && !_sides.tree.Look(copy.copy)) {
+            changes.forgottenCopies.append(copy);
         }
     }
-    transaction.Commit();
+    return changes;
 }
 
 }  // namespace pull

@@ -8,14 +8,18 @@
 #include <deque>
 
 #include "client/store/Placement.h"
-#include "client/sync/pass/PassContext.h"
+#include "client/store/RecordChanges.h"
+#include "client/sync/local/LocalSnapshot.h"
+#include "client/sync/pass/FileComparison.h"
+#include "client/sync/pass/PassReport.h"
+#include "client/sync/pass/RemoteTree.h"
 #include "client/sync/pull/PullOrder.h"
 
 namespace ovsync {
 namespace pull {
 
-/// What a pull has to do, found out file by file as PullDecision says. What needs no transfer and no deletion is done
-/// on the way: missing folders are made, records written and forgotten, conflicts told of. Not thread-safe.
+/// What a pull has to do, found out file by file as PullDecision says. Does none of it, and tells of nothing but what
+/// could not be compared. Not thread-safe.
 class PullPlan {
 public:
     /// What is here and not on the service any more.
@@ -25,29 +29,50 @@ public:
         QStringList folders;
     };
 
-    /// `context` outlives this object.
-    explicit PullPlan(pass::PassContext& context);
+    struct Deletions {
+        /// What stands in the way of files and folders of the service, which have the same name; it goes first.
+        Gone inTheWay;
+        Gone others;
+        store::RecordChanges records;
+        QVector<report::SyncEvent> events;
+    };
 
-    /// What the service has deleted. First for what stands in the way of files and folders of the service, which have
-    /// the same name, then for the rest.
-    void FindGone(const pass::RemoteTree& remote, const local::LocalSnapshot& snapshot, Gone& inTheWay, Gone& others);
+    struct Folders {
+        /// To be made. A folder comes before those in it.
+        QStringList missing;
+        store::RecordChanges records;
+        QVector<report::SyncEvent> events;
+    };
 
-    /// What the service has. `snapshot` gets the folders that are made.
-    std::deque<PullOrder> FindOrders(const pass::RemoteTree& remote, local::LocalSnapshot& snapshot);
+    struct Fetches {
+        std::deque<PullOrder> orders;
+        store::RecordChanges records;
+        QVector<report::SyncEvent> events;
+    };
 
-    /// Forgets the copies of conflicts that are over, and that nobody has here any more.
-    void ForgetCopies();
+    /// The arguments outlive this object.
+    PullPlan(const pass::PassSides& sides, const pass::FileComparison& comparison, const pass::RecordMaker& maker,
+             const pass::RemoteTree& remote, pass::PassReport& report);
+
+    Deletions FindGone(const local::LocalSnapshot& snapshot);
+    Folders FindFolders(const local::LocalSnapshot& snapshot) const;
+    /// What the service has in the folders that `snapshot` has, too.
+    Fetches FindFetches(const local::LocalSnapshot& snapshot);
+
+    /// The records of copies of conflicts that are over, and that nobody has here any more. To be asked for when
+    /// everything was fetched.
+    store::RecordChanges FindEndedConflicts() const;
 
 private:
-    void _FindGoneFile(const QString& path, const pass::RemoteTree& remote, const local::LocalSnapshot& snapshot,
-                       Gone& gone);
-    void _MakeFolders(const pass::RemoteTree& remote, local::LocalSnapshot& snapshot);
-    bool _MakeFolder(const QString& path, local::LocalSnapshot& snapshot);
+    void _FindGoneFile(const QString& path, const local::LocalSnapshot& snapshot, Deletions& deletions);
     void _Decide(const QString& path, const sync::config::FileConfiguration& remote,
-                 const local::LocalSnapshot& snapshot, std::deque<PullOrder>& orders);
+                 const local::LocalSnapshot& snapshot, Fetches& fetches);
 
-    pass::PassContext& _context;
-    QSet<QString> _blockedFolders;
+    const pass::PassSides& _sides;
+    const pass::FileComparison& _comparison;
+    const pass::RecordMaker& _maker;
+    const pass::RemoteTree& _remote;
+    pass::PassReport& _report;
     /// The copies by their identities, by the paths of the files that they are versions of.
     QHash<QString, QHash<QString, QString>> _besideAlready;
     QSet<QString> _inConflict;

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "client/sync/pass/LocalState.h"
-#include "client/sync/pass/RemoteState.h"
+#include "client/sync/pass/FileState.h"
 
 /// What a push does with one file. docs/sync.md has the same as a table. Thread-safe.
 

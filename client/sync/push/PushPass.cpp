@@ -1,5 +1,7 @@
 #include "client/sync/push/PushPass.h"
 
+#include <utility>
+
 #include "client/sync/push/PushPlan.h"
 #include "client/sync/push/Uploader.h"
 
@@ -7,29 +9,30 @@ namespace ovsync {
 namespace push {
 
 using local::LocalSnapshot;
-using pass::RemoteTree;
-using report::SyncEvent;
+using pass::FileComparison;
+using pass::PassReport;
+using pass::PassSides;
+using pass::RecordMaker;
+using pass::SyncPass;
 using report::SyncOutcome;
 
 SyncOutcome PushPass::Run() {
-    return _context.Run([this] { _Push(); });
+    return _pass.Run([this] { _Push(); });
 }
 
 void PushPass::_Push() {
-    const LocalSnapshot snapshot = _context.Begin();
-    for (const SyncEvent& event : snapshot.refused) {
-        _context.Report(event);
-    }
+    const PassSides& sides = _pass.Sides();
+    PassReport& report = _pass.Report();
+    const LocalSnapshot snapshot = _pass.Begin();
+    report.Tell(snapshot.refused);
     // Without a condition, which always gives a listing.
-    const std::optional<RemoteTree> remote = _context.List(QDateTime(), snapshot);
-    std::deque<PushOrder> orders = PushPlan(_context, *remote, snapshot).FindOrders();
-    if (!_context.Options().isDryRun) {
-        Uploader(_context).Run(std::move(orders));
-        return;
-    }
-    for (const PushOrder& order : orders) {
-        _context.Report(SyncEvent::Kind::Sent, order.path, QString(), order.size);
-    }
+    const SyncPass::Listing listing = _pass.List(QDateTime(), snapshot);
+    const RecordMaker maker(sides.service, listing.at);
+    const FileComparison comparison(sides, maker);
+    PushPlan::Work work = PushPlan(sides, comparison, maker, *listing.tree, snapshot, report).Find();
+    sides.records.Write(work.records);
+    report.Tell(work.events);
+    Uploader(sides, comparison, maker, report).Run(work.folders, std::move(work.orders));
 }
 
 }  // namespace push

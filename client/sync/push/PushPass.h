@@ -1,6 +1,6 @@
 #pragma once
 
-#include "client/sync/pass/PassContext.h"
+#include "client/sync/pass/SyncPass.h"
 
 namespace ovsync {
 namespace push {
@@ -9,8 +9,8 @@ namespace push {
 /// with every file. For one run. Not thread-safe.
 class PushPass {
 public:
-    /// `context` outlives this object.
-    explicit PushPass(pass::PassContext& context) : _context(context) {}
+    /// `pass` outlives this object.
+    explicit PushPass(pass::SyncPass& pass) : _pass(pass) {}
 
     /// Throws as PullPass::Run does.
     [[nodiscard]] report::SyncOutcome Run();
@@ -18,7 +18,7 @@ public:
 private:
     void _Push();
 
-    pass::PassContext& _context;
+    pass::SyncPass& _pass;
 };
 
 }  // namespace push

@@ -4,7 +4,6 @@
 #include <set>
 
 #include "client/sync/local/PathNames.h"
-#include "client/sync/pass/RemoteContent.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/push/PushDecision.h"
 
@@ -15,20 +14,21 @@ using local::ConflictText;
 using local::FolderOf;
 using local::LocalEntry;
 using local::LocalSnapshot;
+using pass::FileComparison;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::LocalFileState;
 using pass::LocalState;
-using pass::Md5OnService;
-using pass::PassContext;
+using pass::PassReport;
+using pass::PassSides;
+using pass::RecordMaker;
+using pass::RemoteFileState;
 using pass::RemoteState;
 using pass::RemoteTree;
 using report::SyncEvent;
 using store::ConflictCopy;
 using store::FileRecord;
-using store::RecordDatabase;
 using sync::config::FileConfiguration;
-using sync::config::FolderConfiguration;
 
 namespace {
 
@@ -37,53 +37,55 @@ constexpr qint64 TrialSize = qint64(64) * 1024;
 
 }  // namespace
 
-PushPlan::PushPlan(PassContext& context, const RemoteTree& remote, const LocalSnapshot& snapshot)
-    : _context(context), _remote(remote), _snapshot(snapshot) {
-    for (const ConflictCopy& copy : _context.Records().Copies()) {
+PushPlan::PushPlan(const PassSides& sides, const FileComparison& comparison, const RecordMaker& maker,
+                   const RemoteTree& remote, const LocalSnapshot& snapshot, PassReport& report)
+    : _sides(sides), _comparison(comparison), _maker(maker), _remote(remote), _snapshot(snapshot), _report(report) {
+    for (const ConflictCopy& copy : _sides.records.Copies()) {
         _copies.insert(copy.copy, copy.contentMd5);
         _copiesOf.insert(copy.path, copy);
     }
-    for (const QString& folder : _context.Records().Folders()) {
+    for (const QString& folder : _sides.records.Folders()) {
         _knownFolders.insert(folder);
     }
 }
 
-std::deque<PushOrder> PushPlan::FindOrders() {
+PushPlan::Work PushPlan::Find() {
     std::set<QString> paths;
     for (auto entry = _snapshot.entries.begin(); entry != _snapshot.entries.end(); ++entry) {
         paths.insert(entry.key());
     }
-    for (const QString& path : _context.Records().FilePaths()) {
-        if (!_context.Excluded().HasFileAt(path)) {
+    for (const QString& path : _sides.records.FilePaths()) {
+        if (!_sides.exclusion.HasFileAt(path)) {
             paths.insert(path);
         }
     }
-    {
-        RecordDatabase::Transaction transaction(_context.Records());
-        for (const QString& path : paths) {
-            if (!_remote.IsRefused(path)) {
-                _Decide(path);
-                _context.ThrowIfStopped();
-            }
+    for (const QString& path : paths) {
+        if (!_remote.IsRefused(path)) {
+            _Decide(path);
+            _report.ThrowIfStopped();
         }
-        _TellDeletedFolders();
-        transaction.Commit();
     }
-    _MakeFolders();
+    _FindDeletedFolders();
+    _FindFolders();
     const auto isBlocked = [this](const PushOrder& order) { return _blockedFolders.contains(FolderOf(order.path)); };
-    _orders.erase(std::remove_if(_orders.begin(), _orders.end(), isBlocked), _orders.end());
-    return std::move(_orders);
+    std::deque<PushOrder>& orders = _work.orders;
+    orders.erase(std::remove_if(orders.begin(), orders.end(), isBlocked), orders.end());
+    return std::move(_work);
 }
 
 void PushPlan::_Decide(const QString& path) {
-    std::optional<FileRecord> record = _context.Records().FindFile(path);
-    LocalFileState here = _context.Compare(path, _snapshot, record);
+    std::optional<FileRecord> record = _sides.records.FindFile(path);
+    LocalFileState here = _comparison.CompareHere(path, _snapshot, record);
+    if (here.renewed) {
+        record = here.renewed;
+        _work.records.files.append(*record);
+    }
     if (here.state == LocalState::Other) {
-        _context.Report(SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder"));
+        _Tell(SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder"));
         return;
     }
     if (here.state == LocalState::Unknown && _copies.contains(path)) {
-        _context.Read(path, here);
+        _comparison.Read(path, here);
         // Once somebody wrote into it, it is a file of this side.
         if (here.md5 == _copies.value(path)) {
             return;
@@ -95,14 +97,22 @@ void PushPlan::_Decide(const QString& path) {
     situation.here = here.state;
     situation.hasRecord = record.has_value();
     if (isFileThere) {
-        situation.there = _context.StateOf(path, remote, record);
+        const RemoteFileState there = _comparison.CompareThere(remote, record);
+        if (there.failure) {
+            _report.TellFailure(path, there.failure);
+        }
+        if (there.renewed) {
+            _work.records.files.append(*there.renewed);
+        }
+        situation.there = there.state;
     } else if (_remote.HasFolder(path)) {
         situation.there = RemoteState::Folder;
     }
     std::optional<ConflictCopy> resolved;
     const bool isOther = situation.there == RemoteState::New || situation.there == RemoteState::Older;
     if (isOther && here.entry && here.entry->kind == LocalEntry::Kind::File) {
-        situation.isSameContent = _context.HasContentOf(path, remote, here) || _HasFetchedContentOf(path, remote, here);
+        situation.isSameContent =
+            _comparison.HasContentOf(path, remote, here) || _HasFetchedContentOf(path, remote, here);
         resolved = _FindResolved(path, remote);
         situation.isResolved = resolved.has_value();
     }
@@ -113,33 +123,30 @@ void PushPlan::_Decide(const QString& path) {
             _Order(path, *here.entry, resolved ? resolved->contentMd5 : record ? record->contentMd5 : QString());
             break;
         case PushStep::Record:
-            _context.Adopt(path, remote, here);
+            _work.records.files.append(_maker.Make(path, remote, here));
             break;
         case PushStep::ForgetRecord:
-            _context.Records().ForgetFile(path);
+            _work.records.forgottenFiles.append(path);
             break;
         case PushStep::TellDeletedHere:
-            _context.Report(SyncEvent::Kind::DeletedHere, path);
+            _Tell(SyncEvent::Kind::DeletedHere, path);
             break;
         case PushStep::TellNewerThere:
-            _context.Report(SyncEvent::Kind::NewerThere, path);
+            _Tell(SyncEvent::Kind::NewerThere, path);
             break;
         case PushStep::TellGone:
-            _context.Report(SyncEvent::Kind::Kept, path,
-                            QStringLiteral("it was deleted on the service, and is not sent again"));
+            _Tell(SyncEvent::Kind::Kept, path, QStringLiteral("it was deleted on the service, and is not sent again"));
             break;
         case PushStep::Conflict:
-            _context.Report(SyncEvent::Kind::Conflict, path, _ConflictText(path, remote));
+            _Tell(SyncEvent::Kind::Conflict, path, _ConflictText(path, remote));
             break;
         case PushStep::ConflictWithDeletion:
-            _context.Report(SyncEvent::Kind::Conflict, path,
-                            QStringLiteral("it changed here, and was deleted on the service"));
+            _Tell(SyncEvent::Kind::Conflict, path, QStringLiteral("it changed here, and was deleted on the service"));
             break;
         case PushStep::Blocked:
-            _context.Report(SyncEvent::Kind::Refused, path,
-                            here.state == LocalState::Folder
-                                ? QStringLiteral("it is a folder here and a file on the service")
-                                : QStringLiteral("it is a file here and a folder on the service"));
+            _Tell(SyncEvent::Kind::Refused, path,
+                  here.state == LocalState::Folder ? QStringLiteral("it is a folder here and a file on the service")
+                                                   : QStringLiteral("it is a file here and a folder on the service"));
             _blockedFolders.insert(path);
             break;
         case PushStep::Nothing:
@@ -158,7 +165,7 @@ void PushPlan::_Order(const QString& path, const LocalEntry& here, const QString
     // An empty folder may be one of the service itself.
     order.triesConditions =
         order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;
-    _orders.push_back(order);
+    _work.orders.push_back(order);
     _NeedFoldersOf(path);
 }
 
@@ -177,15 +184,15 @@ bool PushPlan::_HasFetchedContentOf(const QString& path, const FileConfiguration
     if (!canTell) {
         return false;
     }
-    _context.Read(path, here);
+    _comparison.Read(path, here);
     return _IsContentThere(path, remote, here.md5);
 }
 
 bool PushPlan::_IsContentThere(const QString& path, const FileConfiguration& remote, const QString& md5) {
     try {
-        return !md5.isEmpty() && Md5OnService(_context.Service(), path, remote.size) == md5;
+        return !md5.isEmpty() && _comparison.IsContentThere(path, remote.size, md5);
     } catch (const std::exception&) {
-        _context.ReportFailure(path, std::current_exception());
+        _report.TellFailure(path, std::current_exception());
         return false;
     }
 }
@@ -193,7 +200,7 @@ bool PushPlan::_IsContentThere(const QString& path, const FileConfiguration& rem
 std::optional<ConflictCopy> PushPlan::_FindResolved(const QString& path, const FileConfiguration& remote) {
     for (const ConflictCopy& copy : _copiesOf.values(path)) {
         // The disk is asked, because the snapshot has no excluded files.
-        if (_context.Tree().Look(copy.copy)) {
+        if (_sides.tree.Look(copy.copy)) {
             continue;
         }
         if (copy.identity.isEmpty() ? _IsContentThere(path, remote, copy.contentMd5)
@@ -204,20 +211,20 @@ std::optional<ConflictCopy> PushPlan::_FindResolved(const QString& path, const F
     return std::nullopt;
 }
 
-void PushPlan::_TellDeletedFolders() {
+void PushPlan::_FindDeletedFolders() {
     for (const QString& path : _knownFolders) {
-        if (_snapshot.entries.contains(path) || _context.Excluded().HasFolderAt(path)) {
+        if (_snapshot.entries.contains(path) || _sides.exclusion.HasFolderAt(path)) {
             continue;
         }
         if (_remote.HasFolder(path)) {
-            _context.Report(SyncEvent::Kind::DeletedHere, path);
+            _Tell(SyncEvent::Kind::DeletedHere, path);
         } else if (!_remote.IsRefused(path)) {
-            _context.Records().ForgetFolder(path);
+            _work.records.forgottenFolders.append(path);
         }
     }
 }
 
-void PushPlan::_MakeFolders() {
+void PushPlan::_FindFolders() {
     std::set<QString> missing;
     for (auto entry = _snapshot.entries.begin(); entry != _snapshot.entries.end(); ++entry) {
         const QString& path = entry.key();
@@ -231,45 +238,24 @@ void PushPlan::_MakeFolders() {
         }
     }
     for (const QString& path : missing) {
-        const bool isBlocked =
-            _blockedFolders.contains(path) || _blockedFolders.contains(FolderOf(path)) || _remote.IsRefused(path);
-        if (!isBlocked && !_neededFolders.contains(path)) {
-            _context.Report(SyncEvent::Kind::Kept, path,
-                            QStringLiteral("it was deleted on the service, and is not made again"));
-        } else if (isBlocked || !_MakeFolder(path)) {
+        if (_blockedFolders.contains(path) || _blockedFolders.contains(FolderOf(path)) || _remote.IsRefused(path)) {
             _blockedFolders.insert(path);
-        }
-        _context.ThrowIfStopped();
-    }
-}
-
-bool PushPlan::_MakeFolder(const QString& path) {
-    if (!_context.Options().isDryRun) {
-        try {
-            FolderConfiguration folder = _context.Service().FolderAt(path);
-            if (_context.Service().folders->FolderExists(folder)) {
-                _context.Report(
-                    SyncEvent::Kind::Refused, path,
-                    QStringLiteral("the service has something of this name that it does not list; what lies "
-                                   "in it stays here"));
-                return false;
-            }
-            _context.Service().folders->CreateFolder(folder, QString(), false);
-            _context.ReportSuccess();
-            _context.Records().WriteFolder(path);
-        } catch (const std::exception&) {
-            _context.ReportFailure(path, std::current_exception());
-            return false;
+        } else if (_neededFolders.contains(path)) {
+            _work.folders.append(path);
+        } else {
+            _Tell(SyncEvent::Kind::Kept, path, QStringLiteral("it was deleted on the service, and is not made again"));
         }
     }
-    _context.Report(SyncEvent::Kind::FolderSent, path);
-    return true;
 }
 
 void PushPlan::_NeedFoldersOf(const QString& path) {
     for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
         _neededFolders.insert(folder);
     }
+}
+
+void PushPlan::_Tell(SyncEvent::Kind kind, const QString& path, const QString& detail) {
+    _work.events.append({kind, path, detail});
 }
 
 }  // namespace push

@@ -1,25 +1,43 @@
 #pragma once
 
+#include <QHash>
 #include <QMultiHash>
 #include <QSet>
 #include <QString>
+#include <QStringList>
+#include <QVector>
 #include <deque>
+#include <optional>
 
 #include "client/store/ConflictCopy.h"
-#include "client/sync/pass/PassContext.h"
+#include "client/store/RecordChanges.h"
+#include "client/sync/local/LocalSnapshot.h"
+#include "client/sync/pass/FileComparison.h"
+#include "client/sync/pass/PassReport.h"
+#include "client/sync/pass/RemoteTree.h"
 #include "client/sync/push/PushOrder.h"
 
 namespace ovsync {
 namespace push {
 
-/// What a push has to do, found out file by file as PushDecision says. What needs no transfer is done on the way:
-/// missing folders are made on the service, records written and forgotten, conflicts told of. Not thread-safe.
+/// What a push has to do, found out file by file as PushDecision says. Does none of it, and tells of nothing but what
+/// could not be compared. Not thread-safe.
 class PushPlan {
 public:
-    /// The arguments outlive this object.
-    PushPlan(pass::PassContext& context, const pass::RemoteTree& remote, const local::LocalSnapshot& snapshot);
+    struct Work {
+        /// To be made on the service. A folder comes before those in it.
+        QStringList folders;
+        std::deque<PushOrder> orders;
+        store::RecordChanges records;
+        QVector<report::SyncEvent> events;
+    };
 
-    std::deque<PushOrder> FindOrders();
+    /// The arguments outlive this object.
+    PushPlan(const pass::PassSides& sides, const pass::FileComparison& comparison, const pass::RecordMaker& maker,
+             const pass::RemoteTree& remote, const local::LocalSnapshot& snapshot, pass::PassReport& report);
+
+    /// To be called once.
+    Work Find();
 
 private:
     void _Decide(const QString& path);
@@ -33,23 +51,25 @@ private:
     /// The copy of the service's version whose end was that of the conflict.
     std::optional<store::ConflictCopy> _FindResolved(const QString& path,
                                                      const sync::config::FileConfiguration& remote);
-    void _TellDeletedFolders();
-    void _MakeFolders();
-    /// False when it cannot be made.
-    bool _MakeFolder(const QString& path);
+    void _FindDeletedFolders();
+    void _FindFolders();
     /// The folders above `path` have to be there.
     void _NeedFoldersOf(const QString& path);
+    void _Tell(report::SyncEvent::Kind kind, const QString& path, const QString& detail = QString());
 
-    pass::PassContext& _context;
+    const pass::PassSides& _sides;
+    const pass::FileComparison& _comparison;
+    const pass::RecordMaker& _maker;
     const pass::RemoteTree& _remote;
     const local::LocalSnapshot& _snapshot;
+    pass::PassReport& _report;
     QHash<QString, QString> _copies;
     QMultiHash<QString, store::ConflictCopy> _copiesOf;
     QSet<QString> _knownFolders;
     /// Those in which something new lies.
     QSet<QString> _neededFolders;
     QSet<QString> _blockedFolders;
-    std::deque<PushOrder> _orders;
+    Work _work;
 };
 
 }  // namespace push

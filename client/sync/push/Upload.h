@@ -18,7 +18,7 @@ namespace push {
 /// Sends one file, in two runs when it replaces one whose entity tag the listing did not name: the first asks for the
 /// tag, so that the file can be looked at before the second. Run by one thread, used by another one in between and
 /// afterwards.
-class Upload : private wire::ContentSource {
+class Upload : private wire::IContentSource {
 public:
     /// `bytes` counts what was sent; `isStopped` ends waiting.
     Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,

@@ -1,11 +1,11 @@
 #include "client/sync/push/Uploader.h"
 
 #include <QFileInfo>
+#include <algorithm>
 #include <utility>
 
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/PathNames.h"
-#include "client/sync/pass/RemoteContent.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/Cancelled.h"
 
@@ -24,6 +24,7 @@ using report::Cancelled;
 using report::SyncEvent;
 using store::FileRecord;
 using sync::config::FileConfiguration;
+using sync::config::FolderConfiguration;
 
 namespace {
 
@@ -33,13 +34,48 @@ QString ConditionsSetting() {
 
 }  // namespace
 
-void Uploader::Run(std::deque<PushOrder> orders) {
+void Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
+    const QSet<QString> missing = _MakeFolders(folders);
+    const auto isUnplaced = [&missing](const PushOrder& order) { return missing.contains(FolderOf(order.path)); };
+    orders.erase(std::remove_if(orders.begin(), orders.end(), isUnplaced), orders.end());
     _ChooseTrial(orders);
     RunAll(std::move(orders));
 }
 
+QSet<QString> Uploader::_MakeFolders(const QStringList& folders) {
+    QSet<QString> missing;
+    for (const QString& path : folders) {
+        if (missing.contains(FolderOf(path)) || !_MakeFolder(path)) {
+            missing.insert(path);
+        }
+        _report.ThrowIfStopped();
+    }
+    return missing;
+}
+
+bool Uploader::_MakeFolder(const QString& path) {
+    try {
+        if (!_isDryRun) {
+            FolderConfiguration folder = _sides.service.FolderAt(path);
+            if (_sides.service.folders->FolderExists(folder)) {
+                Refuse(path, QStringLiteral("the service has something of this name that it does not list; what lies "
+                                            "in it stays here"));
+                return false;
+            }
+            _sides.service.folders->CreateFolder(folder, QString(), false);
+            _report.TellSuccess();
+        }
+        _sides.records.WriteFolder(path);
+    } catch (const std::exception&) {
+        _report.TellFailure(path, std::current_exception());
+        return false;
+    }
+    _report.Tell(SyncEvent::Kind::FolderSent, path);
+    return true;
+}
+
 void Uploader::_ChooseTrial(std::deque<PushOrder>& orders) {
-    bool isNeeded = _context.Records().Setting(ConditionsSetting()).isEmpty();
+    bool isNeeded = _sides.records.Setting(ConditionsSetting()).isEmpty();
     for (PushOrder& order : orders) {
         order.triesConditions = order.triesConditions && isNeeded;
         isNeeded = isNeeded && !order.triesConditions;
@@ -50,12 +86,16 @@ qint64 Uploader::SizeOf(const PushOrder& order) const {
     return order.size;
 }
 
+void Uploader::Tell(const PushOrder& order) {
+    _report.Tell(SyncEvent::Kind::Sent, order.path, QString(), order.size);
+}
+
 std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {
-    return std::make_unique<Upload>(_context.Tree(), std::move(order), url, _bytes, *_context.Options().isStopped);
+    return std::make_unique<Upload>(_sides.tree, std::move(order), url, _bytes, *_sides.options.isStopped);
 }
 
 void Uploader::Refuse(const QString& path, const QString& reason) {
-    _context.Report(SyncEvent::Kind::Refused, path, reason);
+    _report.Tell(SyncEvent::Kind::Refused, path, reason);
 }
 
 void Uploader::Take(Transfers uploads, Pool& pool) {
@@ -90,7 +130,7 @@ void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
         throw;
     } catch (const std::exception&) {
         ++_progress.doneFiles;
-        _context.ReportFailure(path, std::current_exception());
+        _report.TellFailure(path, std::current_exception());
     }
 }
 
@@ -102,34 +142,32 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
     // The tag is older than these answers: when this is still what was known, so was what the tag is of.
     const bool isKnown = upload.Version() && _IsStillThere(order);
     if (!isKnown) {
-        _context.Report(SyncEvent::Kind::Conflict, order.path,
-                        QStringLiteral("it changed here, and has just changed on the service"));
+        _report.Tell(SyncEvent::Kind::Conflict, order.path,
+                     QStringLiteral("it changed here, and has just changed on the service"));
     }
     return isKnown;
 }
 
 bool Uploader::_IsStillThere(const PushOrder& order) {
-    const pass::ServiceFolder& service = _context.Service();
-    const FileConfiguration now =
-        service.files->GetFileByName(service.FolderAt(FolderOf(order.path)), NameOf(order.path));
+    const FileConfiguration now = _sides.service.FileAt(order.path);
     return IdentityOf(now) == IdentityOf(order.remote) &&
-           (!_context.IsInDoubt(order.remote) ||
-            pass::Md5OnService(service, order.path, order.remote.size) == order.knownMd5);
+           (!_maker.IsInDoubt(order.remote) ||
+            _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
 }
 
 bool Uploader::_TellsByDate(const PushOrder& order) {
     const QDateTime& date = order.remote.lastModifiedDate;
-    const QDateTime& listed = _context.ListedAt();
+    const QDateTime& listed = _maker.ListedAt();
     if (!date.isValid() || !listed.isValid()) {
-        _context.Report(SyncEvent::Kind::Refused, order.path,
-                        QStringLiteral("the service gives the file neither an entity tag nor a date, without which a "
-                                       "change that somebody else makes meanwhile could be overwritten"));
+        _report.Tell(SyncEvent::Kind::Refused, order.path,
+                     QStringLiteral("the service gives the file neither an entity tag nor a date, without which a "
+                                    "change that somebody else makes meanwhile could be overwritten"));
         return false;
     }
     // Dates have whole seconds: within that of the change another one would not be seen.
     if (date.toSecsSinceEpoch() >= listed.toSecsSinceEpoch()) {
-        _context.Report(SyncEvent::Kind::Refused, order.path,
-                        QStringLiteral("it has just changed on the service; the next push sends it"));
+        _report.Tell(SyncEvent::Kind::Refused, order.path,
+                     QStringLiteral("it has just changed on the service; the next push sends it"));
         return false;
     }
     return true;
@@ -138,41 +176,40 @@ bool Uploader::_TellsByDate(const PushOrder& order) {
 void Uploader::_TakeSent(const Upload& upload) {
     const QString& path = upload.Order().path;
     if (upload.Outcome() == UploadOutcome::Refused) {
-        _context.Report(SyncEvent::Kind::Conflict, path,
-                        upload.Order().isNew ? QStringLiteral("it is new here, and has just been made on the service")
-                                             : QStringLiteral("it changed here, and has just changed on the service"));
+        _report.Tell(SyncEvent::Kind::Conflict, path,
+                     upload.Order().isNew ? QStringLiteral("it is new here, and has just been made on the service")
+                                          : QStringLiteral("it changed here, and has just changed on the service"));
         return;
     }
     const std::optional<FileRecord> record = _RecordOf(upload);
     if (!record) {
         // What is recorded stays what both sides had before: both differ from it now, and nobody overwrites the other.
-        _context.Report(SyncEvent::Kind::Conflict, path,
-                        QStringLiteral("it was sent, but what the service has is something else"));
+        _report.Tell(SyncEvent::Kind::Conflict, path,
+                     QStringLiteral("it was sent, but what the service has is something else"));
         return;
     }
-    _context.Records().WriteFile(*record);
+    _sides.records.WriteFile(*record);
     // Only now: a server that takes files and never confirms them has failed.
-    _context.ReportSuccess();
-    _context.Report(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
+    _report.TellSuccess();
+    _report.Tell(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
     if (const std::optional<bool> knowsConditions = upload.KnowsConditions()) {
-        _context.Records().WriteSetting(ConditionsSetting(),
-                                        *knowsConditions ? QStringLiteral("known") : QStringLiteral("ignored"));
+        _sides.records.WriteSetting(ConditionsSetting(),
+                                    *knowsConditions ? QStringLiteral("known") : QStringLiteral("ignored"));
         if (!*knowsConditions) {
-            _context.Report(
-                SyncEvent::Kind::Noted, path,
-                QStringLiteral("this server replaces files whatever conditions an upload has. What somebody "
-                               "else writes to a file in the very moment in which it is sent will be lost"));
+            _report.Tell(SyncEvent::Kind::Noted, path,
+                         QStringLiteral("this server replaces files whatever conditions an upload has. What somebody "
+                                        "else writes to a file in the very moment in which it is sent will be lost"));
         }
     }
     if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
-        _context.Report(SyncEvent::Kind::Refused, path,
-                        QStringLiteral("it was written while it was sent, and has to be sent again"));
+        _report.Tell(SyncEvent::Kind::Refused, path,
+                     QStringLiteral("it was written while it was sent, and has to be sent again"));
     }
 }
 
 std::optional<FileRecord> Uploader::_RecordOf(const Upload& upload) {
     const PushOrder& order = upload.Order();
-    const ServiceFolder& service = _context.Service();
+    const ServiceFolder& service = _sides.service;
     FileRecord record;
     record.path = order.path;
     record.contentMd5 = upload.Md5();
@@ -203,9 +240,7 @@ bool Uploader::_HasSize(const Upload& upload, qint64 size) {
         return upload.Version()->size == size;
     }
     // Some servers name no length for an empty file. A listing does, in 32 bits.
-    const QString& path = upload.Order().path;
-    return ListedSize(size) ==
-           _context.Service().files->GetFileByName(_context.Service().FolderAt(FolderOf(path)), NameOf(path)).size;
+    return ListedSize(size) == _sides.service.FileAt(upload.Order().path).size;
 }
 
 }  // namespace push

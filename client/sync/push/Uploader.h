@@ -1,34 +1,46 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
+#include <QStringList>
 #include <atomic>
 #include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
 
+#include "client/sync/pass/FileComparison.h"
 #include "client/sync/pass/TransferLoop.h"
 #include "client/sync/push/Upload.h"
 
 namespace ovsync {
 namespace push {
 
-/// Sends files to the service, several at once, and records what it has then. Nothing there is overwritten that was not
-/// known. For one run. Not thread-safe.
+/// Sends folders and files to the service, several files at once, and records what it has then. Nothing there is
+/// overwritten that was not known. For one run. Not thread-safe.
 class Uploader : private pass::TransferLoop<PushOrder, Upload> {
 public:
-    explicit Uploader(pass::PassContext& context) : TransferLoop(context) {}
+    /// The arguments outlive this object.
+    Uploader(const pass::PassSides& sides, const pass::FileComparison& comparison, const pass::RecordMaker& maker,
+             pass::PassReport& report)
+        : TransferLoop(sides, report), _comparison(comparison), _maker(maker) {}
 
-    /// Throws Cancelled, when what is sent is recorded, and what PassContext::ReportFailure throws.
-    void Run(std::deque<PushOrder> orders);
+    /// First makes `folders`, in which a folder comes before those in it. What lies in one that cannot be made is left
+    /// out. Throws Cancelled, when what is sent is recorded, and what PassReport::TellFailure throws.
+    void Run(const QStringList& folders, std::deque<PushOrder> orders);
 
 private:
     qint64 SizeOf(const PushOrder& order) const override;
+    void Tell(const PushOrder& order) override;
     std::unique_ptr<Upload> Make(PushOrder order, const QUrl& url) override;
     void Refuse(const QString& path, const QString& reason) override;
     void Take(Transfers uploads, Pool& pool) override;
     void TakeLast(Transfers uploads) override;
 
+    /// Returns those that cannot be made.
+    QSet<QString> _MakeFolders(const QStringList& folders);
+    /// False when it cannot be made.
+    bool _MakeFolder(const QString& path);
     /// Lets at most one file try the conditions, and none once it is known.
     void _ChooseTrial(std::deque<PushOrder>& orders);
     void _Take(std::unique_ptr<Upload> upload, Pool& pool);
@@ -42,6 +54,9 @@ private:
     bool _HasSize(const Upload& upload, qint64 size);
     /// None when the service has something else than what was sent.
     std::optional<store::FileRecord> _RecordOf(const Upload& upload);
+
+    const pass::FileComparison& _comparison;
+    const pass::RecordMaker& _maker;
 };
 
 }  // namespace push

@@ -1,10 +1,17 @@
 #pragma once
 
 #include "client/sync/report/SyncEvent.h"
-#include "client/sync/report/SyncProgress.h"
 
 namespace ovsync {
 namespace report {
+
+/// How far the transfers of a pass have come. A plain value.
+struct SyncProgress {
+    int doneFiles = 0;
+    int allFiles = 0;
+    qint64 doneBytes = 0;
+    qint64 allBytes = 0;
+};
 
 /// Is told what a pass does, on the pass's thread.
 class ISyncObserver {

@@ -22,7 +22,7 @@ namespace ovsync {
 namespace content {
 
 using wire::ConnectionSettings;
-using wire::ContentSource;
+using wire::IContentSource;
 using wire::TransactionError;
 namespace {
 
@@ -49,11 +49,14 @@ struct DiskFull : std::runtime_error {
 
 class Sink : public ContentSink {
 public:
+    ContentPart Received() override { return {content.size(), tag}; }
+    void TakeVersion(const ContentVersion& told) override { version = told; }
     void Restart(qint64 size) override {
         ++restarts;
         announced = size;
         content.clear();
     }
+    void GoOn() override { ++continuations; }
     void Write(const char* bytes, size_t size) override {
         if (onWrite) {
             onWrite();
@@ -62,12 +65,16 @@ public:
     }
 
     QByteArray content;
+    /// Of the version that the content at the beginning is of.
+    QByteArray tag;
+    ContentVersion version;
     qint64 announced = 0;
     int restarts = 0;
+    int continuations = 0;
     std::function<void()> onWrite;
 };
 
-class Source : public ContentSource {
+class Source : public IContentSource {
 public:
     explicit Source(const QByteArray& bytes) : content(bytes) {}
 
@@ -85,7 +92,10 @@ public:
         return static_cast<size_t>(count);
     }
 
+    QDateTime Modified() const override { return modified; }
+
     QByteArray content;
+    QDateTime modified;
     int restarts = 0;
     std::function<void(int at)> onRead;
 
@@ -256,6 +266,108 @@ TEST_F(ContentConnectionTest, AnErrorShowsWhatCameInsteadOfContent) {
         ErrorOf<HttpException>([&] { session.Download(server.Url(FilePath), sink); }),
         HasSubstr("failed: the service answered with 206 (status 206, content type text/plain, the body begins: "
                   "Because of this and that."));
+}
+
+/// The answer to who asks for what follows the first ten bytes of a content of fifteen.
+QByteArray RestAnswer(const QByteArray& range, const QByteArray& body = "KLMNO", const QByteArray& tag = "\"v1\"") {
+    return "HTTP/1.1 206 Partial Content\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n" +
+           (range.isEmpty() ? range : "Content-Range: " + range + "\r\n") +
+           (tag.isEmpty() ? tag : "ETag: " + tag + "\r\n") + "\r\n" + body;
+}
+
+class GoingOnTest : public ContentConnectionTest {
+protected:
+    GoingOnTest() {
+        sink.content = "ABCDEFGHIJ";
+        sink.tag = "\"v1\"";
+    }
+
+    Sink sink;
+};
+
+TEST_F(GoingOnTest, OnlyWhatIsMissingOfTheSameVersionIsAskedFor) {
+    ScriptedServer server({ScriptedServer::Answer(RestAnswer("bytes 10-14/15"))});
+    ContentConnection session(settings, QAuthenticator());
+    const ContentVersion version = session.Download(server.Url(FilePath), sink);
+    EXPECT_EQ(sink.content, "ABCDEFGHIJKLMNO");
+    EXPECT_EQ(sink.restarts, 0);
+    EXPECT_EQ(sink.continuations, 1);
+    EXPECT_EQ(version.size, 15);
+    EXPECT_EQ(sink.version.size, 15);
+    EXPECT_EQ(sink.version.entityTag, "\"v1\"");
+    server.Stop();
+    EXPECT_EQ(server.Requests().first().headers.value("range"), "bytes=10-");
+    EXPECT_EQ(server.Requests().first().headers.value("if-range"), "\"v1\"");
+}
+
+TEST_F(GoingOnTest, NothingIsAskedForInPartsWithoutAStrongTag) {
+    ScriptedServer server({AnswerOf("contents/file-200")});
+    ContentConnection session(settings, QAuthenticator());
+    sink.tag.clear();
+    session.Download(server.Url(FilePath), sink);
+    EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
+    server.Stop();
+    EXPECT_FALSE(server.Requests().first().headers.contains("range"));
+    EXPECT_FALSE(server.Requests().first().headers.contains("if-range"));
+}
+
+TEST_F(GoingOnTest, AnotherVersionStartsAnew) {
+    ScriptedServer server({AnswerOf("contents/file-200")});
+    ContentConnection session(settings, QAuthenticator());
+    session.Download(server.Url(FilePath), sink);
+    EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
+    EXPECT_EQ(sink.restarts, 1);
+    EXPECT_EQ(sink.version.entityTag, "\"a-7, b\"");
+}
+
+TEST_F(GoingOnTest, AnotherPartThanWasAskedForIsRefusedAndAllIsAskedForAnew) {
+    const QByteArray answers[] = {
+        RestAnswer(""),
+        RestAnswer("bytes 9-13/14"),
+        RestAnswer("bytes 11-15/16"),
+        RestAnswer("bytes 0-4/15"),
+        RestAnswer("bytes 10-14/20"),
+        RestAnswer("bytes 10-14/*"),
+        RestAnswer("bytes 10-9/10"),
+        RestAnswer("bytes 10-x/15"),
+        RestAnswer("lines 10-14/15"),
+        RestAnswer("bytes 10-14/15", "KLMNO", "\"v2\""),
+        RestAnswer("bytes 10-14/15", "KLMNO", "W/\"v1\""),
+        RestAnswer("bytes 10-14/15", "KLMNO", ""),
+        "HTTP/1.1 416 Range Not Satisfiable\r\nContent-Length: 0\r\nContent-Range: bytes */10\r\n\r\n",
+    };
+    for (const QByteArray& answer : answers) {
+        SCOPED_TRACE(answer.toStdString());
+        ScriptedServer server({ScriptedServer::Answer(answer), AnswerOf("contents/file-200")});
+        ContentConnection session(settings, QAuthenticator());
+        sink.content = "ABCDEFGHIJ";
+        session.Download(server.Url(FilePath), sink);
+        EXPECT_EQ(sink.content, "All that there is,\nto the last byte");
+        EXPECT_EQ(sink.continuations, 0);
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+        EXPECT_FALSE(server.Requests().last().headers.contains("range"));
+    }
+}
+
+TEST_F(GoingOnTest, APartOfAnotherLengthThanItsRangeIsNoAnswer) {
+    for (const char* body : {"KLMN", "KLMNOP"}) {
+        ScriptedServer server({ScriptedServer::Answer(RestAnswer("bytes 10-14/15", body))});
+        ContentConnection session(settings, QAuthenticator());
+        sink.content = "ABCDEFGHIJ";
+        EXPECT_THAT(ErrorOf<TransactionError>([&] { session.Download(server.Url(FilePath), sink); }),
+                    HasSubstr("came than the part that was announced"))
+            << body;
+        EXPECT_EQ(sink.restarts, 0);
+    }
+}
+
+TEST_F(GoingOnTest, AServerThatSaysNoIsNotAskedAgain) {
+    ScriptedServer server({AnswerOf("statuses/not-found-404")});
+    ContentConnection session(settings, QAuthenticator());
+    EXPECT_THAT(ErrorOf<HttpException>([&] { session.Download(server.Url(FilePath), sink); }), HasSubstr("404"));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
 }
 
 struct BadContent {
@@ -567,6 +679,72 @@ TEST_F(ContentUploadTest, OneSessionSendsAllKindsOfRequestsOverOneConnection) {
         EXPECT_EQ(request.connection, 1);
     }
     EXPECT_EQ(methods, "PUT HEAD GET PUT GET ");
+}
+
+TEST_F(ContentUploadTest, AnUploadThatReplacesAnythingHasNoCondition) {
+    ScriptedServer server({AnswerOf("folders/status-204")});
+    Source source(FileText);
+    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Any, ContentVersion()),
+              UploadOutcome::Stored);
+    server.Stop();
+    for (const char* header : {"if-match", "if-none-match", "if-unmodified-since"}) {
+        EXPECT_FALSE(server.Requests().first().headers.contains(header)) << header;
+    }
+}
+
+TEST_F(ContentUploadTest, TheDateOfTheFileIsTold) {
+    ScriptedServer server({AnswerOf("folders/status-201"), AnswerOf("folders/status-201")});
+    Source source(FileText);
+    Upload(server, source);
+    source.modified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30, 999), Qt::UTC);
+    Upload(server, source);
+    server.Stop();
+    EXPECT_FALSE(server.Requests().first().headers.contains("x-oc-mtime"));
+    EXPECT_EQ(server.Requests().last().headers.value("x-oc-mtime"), "1795169730");
+}
+
+TEST_F(ContentUploadTest, AServerMayThinkLongerAboutWhatItGotThanItMayBeSilentElse) {
+    settings.silenceLimit = std::chrono::milliseconds(100);
+    settings.answerLimit = std::chrono::seconds(30);
+    Restart(QAuthenticator());
+    Step step;
+    step.answer = [](const ScriptedServer::Request&) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(500));
+        return FixtureAnswer(QStringLiteral("folders/status-201")).Bytes();
+    };
+    ScriptedServer server({step});
+    Source source(FileText);
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+}
+
+TEST_F(ContentUploadTest, AServerThatNeverAnswersIsGivenUp) {
+    settings.silenceLimit = std::chrono::milliseconds(100);
+    settings.answerLimit = std::chrono::milliseconds(400);
+    Restart(QAuthenticator());
+    ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Stall)});
+    Source source(FileText);
+    EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, FileText.size()),
+                HasSubstr("nothing was received or sent for 0.4 s"));
+}
+
+TEST_F(ContentUploadTest, AnAnswerThatHasBegunIsNotThoughtAboutAnyLonger) {
+    settings.silenceLimit = std::chrono::milliseconds(300);
+    settings.answerLimit = std::chrono::seconds(30);
+    Restart(QAuthenticator());
+    ScriptedServer server({ScriptedServer::Answer("HTTP/1.1 201 Created\r\n", Ending::Stall)});
+    Source source(FileText);
+    EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, FileText.size()),
+                HasSubstr("nothing was received or sent for 0.3 s"));
+}
+
+TEST_F(ContentUploadTest, AServerThatSaysEarlyThatItGoesOnMayStillThink) {
+    settings.silenceLimit = std::chrono::milliseconds(100);
+    settings.answerLimit = std::chrono::milliseconds(400);
+    Restart(QAuthenticator());
+    ScriptedServer server({ScriptedServer::Answer("HTTP/1.1 102 Processing\r\n\r\n", Ending::Stall)});
+    Source source(FileText);
+    EXPECT_THAT(ErrorOfUpload<TransactionError>(server, source, FileText.size()),
+                HasSubstr("nothing was received or sent for 0.4 s"));
 }
 
 TEST_F(ContentUploadTest, OnlyThreeStatusesMeanStored) {

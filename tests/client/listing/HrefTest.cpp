@@ -87,6 +87,8 @@ TEST_F(HrefTest, ResolvesRelativeReferencesAgainstWhatWasAsked) {
     Href ofFile(QUrl(QStringLiteral("http://h/dav/a.txt")));
     ofFile.Read("b", 1);
     EXPECT_EQ(ofFile.Path(), "/dav/b");
+    ofFile.Read("", 0);
+    EXPECT_EQ(ofFile.Path(), "/dav/a.txt");
 }
 
 TEST_F(HrefTest, GivesTheNameEncodedAndDecoded) {

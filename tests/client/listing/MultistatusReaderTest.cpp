@@ -197,6 +197,10 @@ TEST(MultistatusReaderTest, SplitsPathsBeforeItDecodesThem) {
     EXPECT_EQ(result.collectionResponses.first().getFilename(), QStringLiteral("a%2Fb"));
 }
 
+TEST(MultistatusReaderTest, AnEmptyHrefIsWhatWasAskedFor) {
+    EXPECT_EQ(Keys(ReadListing("empty-href.xml").fileResponses), QStringList{QStringLiteral("Projects/A/b.txt")});
+}
+
 TEST(MultistatusReaderTest, ReadsTheEncodingThatTheDocumentDeclares) {
     EXPECT_EQ(Keys(ReadListing("latin1.xml").fileResponses),
               QStringList{QString::fromUtf8("Projects/A/\xC3\xA9t\xC3\xA9.txt")});
@@ -321,7 +325,7 @@ INSTANTIATE_TEST_SUITE_P(
                     GoodListing{"sabre.xml", "/remote.php/dav/files/alice/Projects/A/"},
                     GoodListing{"drovane.xml", "/Projects/A/"}, GoodListing{"slashes.xml", "/Projects/A/"},
                     GoodListing{"latin1.xml", "/Projects/A/"}, GoodListing{"file.xml", "/Projects/A/b%20c.txt"},
-                    GoodListing{"empty-folder.xml", "/Projects/A/"}),
+                    GoodListing{"empty-folder.xml", "/Projects/A/"}, GoodListing{"empty-href.xml", "/Projects/A/"}),
     [](const testing::TestParamInfo<GoodListing>& tested) {
         std::string name = tested.param.file;
         name.resize(name.find('.'));

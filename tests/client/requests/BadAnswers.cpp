@@ -64,7 +64,6 @@ const std::vector<BadAnswer>& BadAnswers() {
         {"external-document-type", "document type declaration"},
         {"entity-unknown", "Entity 'name' not defined"},
         {"no-href", "an entry has no href"},
-        {"empty-href", "an entry has an empty href"},
         {"two-hrefs", "has 2 hrefs"},
         {"element-in-href", "an element inside an href"},
         {"href-beside-the-folder", "/Projects/AB/b.txt lies outside"},

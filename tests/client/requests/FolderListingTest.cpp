@@ -49,8 +49,7 @@ protected:
         return std::make_unique<sync::dv::dvsync::DrovaneRemoteFolderManager>(
             std::make_shared<UrlBuilder>(), 0,
             std::make_shared<RequestAuthenticatorFactory>(QStringLiteral("alice"), QStringLiteral("open sesame")),
-            std::make_shared<HttpFactory>(std::make_shared<AccountConnections>()),
-            std::make_shared<tests::FakeConfigurationFactory>(accounts, nullptr));
+            std::make_shared<HttpFactory>(), std::make_shared<tests::FakeConfigurationFactory>(accounts, nullptr));
     }
 
     static FolderConfiguration Folder() {

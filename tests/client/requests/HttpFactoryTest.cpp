@@ -14,7 +14,7 @@ using sync::core::SyncException;
 using testing::HasSubstr;
 
 HttpFactory Factory() {
-    return HttpFactory(std::make_shared<AccountConnections>());
+    return HttpFactory();
 }
 
 QByteArray AskedUrl(const char* url, int depth) {

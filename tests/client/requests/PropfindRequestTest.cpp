@@ -74,7 +74,7 @@ TEST_F(PropfindRequestTest, LeavesOutWhatOnlyTheServiceKnows) {
           "visibility",       "checksummd5",       "syncoption",     "linksextractedat", "attribute"}) {
         names += QLatin1String("{DAV:}D:") + QLatin1String(name);
     }
-    request.SetStandardPropertiesOnly(true);
+    request.SetServerKind(ServerKind::Foreign);
     EXPECT_EQ(BodyFor(names),
               "<D:propfind xmlns:D=\"DAV:\"><D:prop><D:resourcetype/><D:getcontentlength/><D:getcontenttype/>"
               "<D:getetag/><D:getlastmodified/><D:creationdate/><D:displayname/></D:prop></D:propfind>");

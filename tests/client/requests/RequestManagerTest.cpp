@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "client/library/RequestAuthenticatorFactory.h"
+#include "client/requests/AccountConnection.h"
 #include "client/requests/HttpFactory.h"
-#include "client/requests/OptionsRequest.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "tests/client/Fixtures.h"
@@ -36,7 +36,6 @@ using tests::AnswerOf;
 using tests::BadAnswer;
 using tests::BadAnswers;
 using tests::CleanEnvironment;
-using tests::Describe;
 using tests::FixtureAnswer;
 using tests::FixtureBytes;
 using tests::FixtureNameOf;
@@ -51,8 +50,7 @@ using Ending = ScriptedServer::Ending;
 const QString QueriedPath = QStringLiteral("/Projects/A/");
 
 std::shared_ptr<DAVPropfindRequest> RequestOf(const QUrl& url, int depth = DAVPropfindRequest::Children) {
-    return HttpFactory(std::make_shared<AccountConnections>())
-        .CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
+    return HttpFactory().CreatePropfindRequest(std::make_shared<QUrl>(url), 0, depth);
 }
 
 class RequestManagerTest : public testing::Test {
@@ -75,9 +73,9 @@ protected:
     const CleanEnvironment environment;
     const QString user = QStringLiteral("alice");
     const QString password = QStringLiteral("open sesame");
-    RequestAuthenticatorFactory authenticators{user, password};
-    const std::shared_ptr<AccountConnection> session = AccountConnections().Of(0, authenticators);
-    RequestManager manager{session};
+    const std::shared_ptr<AccountConnection> connection = std::make_shared<AccountConnection>(
+        ConnectionSettings(), RequestAuthenticatorFactory(user, password).CreateAuthenticator(0));
+    RequestManager manager{connection};
     std::vector<IHttpRequest::RequestState> states;
 };
 
@@ -89,8 +87,7 @@ TEST(ListingLimitsTest, AnAnswerAboveALimitIsNoListing) {
         const CleanEnvironment environment;
         ConnectionSettings settings;
         settings.listing = limits;
-        RequestAuthenticatorFactory nobody{QString(), QString()};
-        RequestManager manager(AccountConnections(settings).Of(0, nobody));
+        RequestManager manager(std::make_shared<AccountConnection>(settings, QAuthenticator()));
         const auto request = RequestOf(server.Url(QueriedPath));
         try {
             manager.Execute({request});
@@ -112,12 +109,20 @@ TEST(ListingLimitsTest, AnAnswerAboveALimitIsNoListing) {
                                            " bytes, the limit set by --bytes"));
 }
 
-TEST_F(RequestManagerTest, RefusesAnEndlessAnswerToTheQuestionWhatAServerKnows) {
-    const QByteArray body(OptionsRequest::BodyLimit + 1, 'x');
-    ScriptedServer server({ScriptedServer::Answer(
-        "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body)});
-    EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}),
-                HasSubstr("the body of the answer is above 1048576 bytes"));
+TEST_F(RequestManagerTest, WaitsForNoBodyOfTheAnswerToTheQuestionWhatAServerKnows) {
+    const QByteArray endless = "HTTP/1.1 200 OK\r\nDAV: 1\r\n\r\n" + QByteArray(1024 * 1024, 'x');
+    for (const auto& options :
+         {AnswerOf("statuses/options-endless-200", Ending::Stall),
+          AnswerOf("statuses/options-endless-200", Ending::Close), ScriptedServer::Answer(endless, Ending::Stall)}) {
+        ScriptedServer server({options, ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
+        const auto request = RequestOf(server.Url(QueriedPath));
+        EXPECT_EQ(ErrorOfExecuting({request}), "");
+        EXPECT_TRUE(request->GetResult());
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+        EXPECT_FALSE(server.Requests().last().body.contains("syncproperties"));
+        EXPECT_EQ(server.Requests().last().connection, 2);
+    }
 }
 
 TEST_F(RequestManagerTest, FillsTheResultOfAListing) {
@@ -177,7 +182,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
         EXPECT_EQ(ErrorOfExecuting({request}), "");
         EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
         EXPECT_FALSE(request->GetResult());
-        EXPECT_THAT(session->LastAnswer().toStdString(),
+        EXPECT_THAT(connection->LastAnswer().toStdString(),
                     AllOf(HasSubstr("status " + QByteArray(name).right(3).toStdString()),
                           HasSubstr("content type text/plain"), HasSubstr("the body begins: Because")));
         server.Stop();
@@ -193,6 +198,37 @@ TEST_F(RequestManagerTest, FollowsNoRedirect) {
     EXPECT_FALSE(request->GetResult());
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(RequestManagerTest, SaysWhereARedirectLeads) {
+    for (const char* fixture : {"bad/moved-301", "bad/redirected-307"}) {
+        ScriptedServer server({OptionsStep(), AnswerOf(fixture)});
+        EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}),
+                    HasSubstr(" to http://elsewhere.invalid/, content type"));
+    }
+}
+
+TEST_F(RequestManagerTest, AsksForACollectionWithTheSlashThatTheServerMisses) {
+    ScriptedServer server({AnswerOf("statuses/slash-missing-301"), AnswerOf("folders/found-without-href-207")});
+    const auto request = RequestOf(server.Url(QStringLiteral("/Projects/A%20b")), DAVPropfindRequest::Resource);
+    EXPECT_EQ(ErrorOfExecuting({request}), "");
+    EXPECT_EQ(request->GetStatusCode(), 207);
+    EXPECT_EQ(request->GetResult()->singleResponse.getHref(), QStringLiteral("/Projects/A%20b/"));
+    EXPECT_EQ(request->GetUrl(), server.Url(QStringLiteral("/Projects/A%20b")));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests().last().target, "/Projects/A%20b/");
+    EXPECT_EQ(server.Requests().last().headers.value("depth"), "0");
+}
+
+TEST_F(RequestManagerTest, ASlashElsewhereIsARedirect) {
+    for (const char* path : {"/Projects/B", "/Projects/A%20b/"}) {
+        ScriptedServer server({AnswerOf("statuses/slash-missing-301")});
+        EXPECT_THAT(ErrorOfExecuting({RequestOf(server.Url(QLatin1String(path)), DAVPropfindRequest::Resource)}),
+                    HasSubstr("status 301 to http://127.0.0.1/Projects/A%20b/"));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript());
+    }
 }
 
 TEST_F(RequestManagerTest, TakesNotModifiedForAnAnswerToAConditionalRequest) {
@@ -247,7 +283,7 @@ TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
     EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
                                                    HasSubstr("Failed to connect"), HasSubstr("no answer")));
     EXPECT_EQ(request->GetStatusCode(), 0);
-    EXPECT_EQ(session->LastAnswer(), QStringLiteral("no answer"));
+    EXPECT_EQ(connection->LastAnswer(), QStringLiteral("no answer"));
 }
 
 TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {
@@ -286,14 +322,18 @@ TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOn
                 HasSubstr("<D:prop><D:resourcetype/><D:getetag/><O:version/></D:prop>"));
 }
 
-TEST_F(RequestManagerTest, AsksEveryOtherServerForEverything) {
+TEST_F(RequestManagerTest, AsksTheServiceForWhatItKnowsAndAServerThatDoesNotSayForAll) {
     for (const char* options :
          {"statuses/options-service-200", "statuses/options-service-in-two-headers-200", "statuses/options-silent-200",
           "statuses/options-foreign-405", "statuses/not-found-404"}) {
         ScriptedServer server({AnswerOf(options), ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
         EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}), "") << options;
         server.Stop();
-        EXPECT_TRUE(server.Requests().last().body.contains("<P:resourceclasstype/><P:syncproperties/>")) << options;
+        const bool isOfService = QByteArray(options).contains("service");
+        EXPECT_TRUE(server.Requests().last().body.contains(
+            isOfService ? "<P:resourceclasstype/><P:syncproperties/></D:prop>"
+                        : "<P:resourceclasstype/><P:syncproperties/><D:getetag/></D:prop>"))
+            << options;
     }
 }
 
@@ -302,42 +342,6 @@ TEST_F(RequestManagerTest, ListsNothingFromAServerThatDoesNotAnswerWhatItKnows) 
     const auto request = RequestOf(server.Url(QueriedPath));
     EXPECT_THAT(ErrorOfExecuting({request}), HasSubstr("/Projects/A/ failed: Empty reply"));
     EXPECT_THAT(states, ElementsAre(IHttpRequest::StateFailed));
-    server.Stop();
-    EXPECT_TRUE(server.SawItsScript());
-}
-
-TEST_F(RequestManagerTest, ASharedListingAnswersTheNextOneThatAsksTheSameOnce) {
-    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
-    ScriptedServer server({OptionsStep(), listing, listing});
-    session->ShareNextListing();
-    const auto first = RequestOf(server.Url(QueriedPath));
-    EXPECT_EQ(ErrorOfExecuting({first}), "");
-    const QStringList whole = Describe(*first->GetResult());
-    first->GetResult()->fileResponses.clear();
-    const auto second = RequestOf(server.Url(QueriedPath));
-    EXPECT_EQ(ErrorOfExecuting({second}), "");
-    EXPECT_EQ(second->GetStatusCode(), 207);
-    EXPECT_EQ(Describe(*second->GetResult()), whole);
-    EXPECT_EQ(second->GetResponseHeaders(), first->GetResponseHeaders());
-    EXPECT_THAT(states, ElementsAre(IHttpRequest::StateAnswered, IHttpRequest::StateAnswered));
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath))}), "");
-    server.Stop();
-    EXPECT_TRUE(server.SawItsScript());
-}
-
-TEST_F(RequestManagerTest, NoListingIsSharedUnlessAskedForAndTheSame) {
-    const auto listing = ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")));
-    ScriptedServer server({OptionsStep(), listing, listing, listing, listing, listing, listing, listing});
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath))}), "");
-    const auto conditional = RequestOf(server.Url(QueriedPath));
-    conditional->SetModifiedSinceTime(QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
-    session->ShareNextListing();
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), conditional}), "");
-    session->ShareNextListing();
-    EXPECT_EQ(ErrorOfExecuting({RequestOf(server.Url(QueriedPath)), RequestOf(server.Url(QueriedPath), 2)}), "");
-    const auto named = RequestOf(server.Url(QueriedPath));
-    named->SetProperties({QStringLiteral("{DAV:}D:getetag")});
-    EXPECT_EQ(ErrorOfExecuting({named}), "");
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }

@@ -18,6 +18,7 @@ namespace {
 using ovsync::store::FileConfigManager;
 using ovsync::store::FileRecord;
 using ovsync::store::Placement;
+using ovsync::store::RecordChanges;
 using ovsync::store::RecordDatabase;
 using ovsync::store::StoreError;
 using testing::HasSubstr;
@@ -179,6 +180,27 @@ TEST_F(RecordDatabaseTest, WhatWasNotCommittedIsUndone) {
         transaction.Commit();
     }
     EXPECT_TRUE(database.FindFile(Text("a")));
+}
+
+TEST_F(RecordDatabaseTest, ChangesAreWrittenTogether) {
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    database.WriteFile(Record("old"));
+    database.WriteFolder(Text("gone"));
+    database.WriteCopy({Text("copy"), Text("old"), Text("i"), Text("m")});
+    RecordChanges changes;
+    changes.files = {Record("new"), Record("new"), Record("other")};
+    changes.files[1].contentMd5 = Text("later");
+    changes.folders = QStringList(Text("made"));
+    changes.forgottenFiles = QStringList(Text("old"));
+    changes.forgottenFolders = QStringList(Text("gone"));
+    changes.forgottenCopies = database.Copies();
+    database.Write(changes);
+    QStringList paths = database.FilePaths();
+    paths.sort();
+    EXPECT_EQ(paths, QStringList({Text("new"), Text("other")}));
+    EXPECT_EQ(database.FindFile(Text("new"))->contentMd5, Text("later"));
+    EXPECT_EQ(database.Folders(), QStringList(Text("made")));
+    EXPECT_TRUE(database.Copies().isEmpty());
 }
 
 TEST_F(RecordDatabaseTest, OnlyOneCanBeOpen) {

@@ -5,7 +5,10 @@
 #include <QCryptographicHash>
 #include <QRegularExpression>
 #include <chrono>
+#include <future>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "client/requests/PropfindRequest.h"
 #include "client/wire/TransactionError.h"
@@ -339,6 +342,73 @@ TEST_F(HttpConnectionTest, OutlivesASlowAnswerThatIsNeverSilent) {
     EXPECT_GT(std::chrono::steady_clock::now() - start, 2 * settings.silenceLimit);
     ASSERT_TRUE(request.GetResult());
     EXPECT_TRUE(request.GetResult()->isSingleResponse);
+}
+
+/// Gives listings of the first level of some servers.
+class ListingQueue : public ITransactionQueue {
+public:
+    explicit ListingQueue(const std::vector<QUrl>& urls) {
+        for (const QUrl& url : urls) {
+            listings.push_back(std::make_unique<PropfindRequest>(url, PropfindRequest::Children));
+        }
+    }
+
+    HttpTransaction* Next() override { return next == listings.size() ? nullptr : listings[next++].get(); }
+    void OnPerformed(HttpTransaction& transaction) override {
+        EXPECT_EQ(static_cast<PropfindRequest&>(transaction).GetStatusCode(), 207);
+        ++performed;
+    }
+
+    std::vector<std::unique_ptr<PropfindRequest>> listings;
+    size_t next = 0;
+    size_t performed = 0;
+};
+
+TEST_F(HttpConnectionTest, PerformsSeveralAtTheSameTimeAndNoMore) {
+    std::promise<void> isAnswered;
+    ScriptedServer slow({{[wait = isAnswered.get_future().share()](const ScriptedServer::Request&) {
+        wait.wait();
+        return Listing();
+    }}});
+    ScriptedServer quick({ScriptedServer::Answer(Listing()), {[&isAnswered](const ScriptedServer::Request&) {
+                              isAnswered.set_value();
+                              return Listing();
+                          }}});
+    HttpConnection connection{ConnectionSettings(), QAuthenticator()};
+    ListingQueue queue({slow.Url(ListedPath), quick.Url(ListedPath), quick.Url(ListedPath)});
+    connection.PerformAll(queue, 2);
+    EXPECT_EQ(queue.performed, 3U);
+    for (const auto& listing : queue.listings) {
+        EXPECT_EQ(listing->GetResult()->fileResponses.size(), FilesInListing);
+    }
+    slow.Stop();
+    quick.Stop();
+    EXPECT_TRUE(slow.SawItsScript());
+    EXPECT_EQ(quick.Requests().last().connection, 1);
+}
+
+TEST_F(HttpConnectionTest, TheSilenceOfOneIsNotBrokenByOthers) {
+    ScriptedServer silent({ScriptedServer::Answer(QByteArray(), Ending::Stall)});
+    ScriptedServer::Step dripping = ScriptedServer::Answer(Listing());
+    dripping.millisecondsPerByte = 2;
+    ScriptedServer talking({dripping});
+    ConnectionSettings settings;
+    settings.silenceLimit = std::chrono::milliseconds(300);
+    HttpConnection connection(settings, QAuthenticator());
+    ListingQueue queue({talking.Url(ListedPath), silent.Url(ListedPath)});
+    try {
+        connection.PerformAll(queue, 2);
+        FAIL();
+    } catch (const TransactionError& error) {
+        EXPECT_THAT(error.Utf8Message(), AllOf(HasSubstr(silent.Url(ListedPath).toString().toStdString()),
+                                               HasSubstr("nothing was received or sent for 0.3 s")));
+    }
+    // What was under way is broken off, and the connection can be used again.
+    EXPECT_EQ(queue.listings.front()->GetStatusCode(), 0);
+    ScriptedServer server({ScriptedServer::Answer(Listing())});
+    ListingQueue another({server.Url(ListedPath)});
+    connection.PerformAll(another, 2);
+    EXPECT_EQ(another.performed, 1U);
 }
 
 TEST_F(HttpConnectionTest, TakesTheProxyFromTheEnvironment) {

@@ -17,7 +17,7 @@ using ovsync::content::UploadOutcome;
 using ovsync::local::FolderOf;
 using ovsync::local::NameOf;
 using ovsync::pass::ListedSize;
-using ovsync::wire::ContentSource;
+using ovsync::wire::IContentSource;
 using ovsync::wire::TransactionError;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
@@ -89,7 +89,7 @@ public:
         }
         folders = std::make_shared<QVector<FolderConfiguration>>();
         for (const QString& path : _service._folders) {
-            if (_service.forgotten.count(path) != 0 || path.count(QLatin1Char('/')) >= _service.levels) {
+            if (_service.forgotten.count(path) != 0) {
                 continue;
             }
             FolderConfiguration listed;
@@ -100,7 +100,7 @@ public:
         *folders += _service.extraFolders;
         files = std::make_shared<QVector<FileConfiguration>>();
         for (const auto& file : _service._files) {
-            if (_service.forgotten.count(file.first) == 0 && file.first.count(QLatin1Char('/')) < _service.levels) {
+            if (_service.forgotten.count(file.first) == 0) {
                 files->append(_service._Describe(file.first, file.second));
             }
         }
@@ -203,7 +203,7 @@ public:
         return _VersionOf(file);
     }
 
-    UploadOutcome Upload(const QUrl& url, ContentSource& source, qint64 size, UploadCondition condition,
+    UploadOutcome Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
                          const ContentVersion& known) override {
         const QString path = PathOf(url);
         _Begin("PUT", url);

@@ -71,8 +71,6 @@ public:
     std::set<QString> unlisted;
     /// These files and folders are there, and no listing has them.
     std::set<QString> forgotten;
-    /// How many levels it lists of a tree.
-    int levels = 1000;
     /// By how much the service's clock is wrong.
     int secondsAhead = 0;
     /// These are listed besides.

@@ -709,29 +709,6 @@ TEST_F(MishapTest, WithoutALengthTheListingTellsWhetherAFileWasStored) {
     EXPECT_EQ(Told(), QStringList(Text("Conflict b")));
 }
 
-TEST_F(MishapTest, AListingOfTheUpperLevelsIsAnError) {
-    service.isPlain = true;
-    StartWith("a", "1");
-    StartWith("f/g/b", "1");
-    for (const int levels : {1, 2}) {
-        service.levels = levels;
-        service.Put(Text("a"), QByteArray::number(levels));
-        EXPECT_THROW(Pull(), sync::core::SyncException) << levels;
-        EXPECT_THROW(Push(), sync::core::SyncException) << levels;
-    }
-    service.levels = 0;
-    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
-    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}, {Text("f/g/b"), "1"}}));
-}
-
-TEST_F(MishapTest, FoldersThatAreEmptyAreNoError) {
-    service.isPlain = true;
-    EXPECT_EQ(Pull(), SyncOutcome::InStep);
-    service.Put(Text("a"), "1");
-    service.AddFolder(Text("f/g"));
-    EXPECT_EQ(Pull(), SyncOutcome::InStep);
-}
-
 struct LimitCase {
     const char* text;
     int deletions;

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "client/sync/pass/WrongFolder.h"
+#include "client/sync/pass/ServiceFolder.h"
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/Text.h"
 

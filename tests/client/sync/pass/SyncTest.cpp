@@ -11,7 +11,7 @@
 
 namespace tests {
 
-using ovsync::pass::PassContext;
+using ovsync::pass::SyncPass;
 using ovsync::pull::PullPass;
 using ovsync::push::PushPass;
 using ovsync::report::SyncEvent;
@@ -53,20 +53,20 @@ SyncTest::SyncTest() : disk(folder.path()), tree(disk) {
 }
 
 SyncOutcome SyncTest::Pull() {
-    return _Run([](PassContext& context) { return PullPass(context).Run(); });
+    return _Run([](SyncPass& pass) { return PullPass(pass).Run(); });
 }
 
 SyncOutcome SyncTest::Push() {
-    return _Run([](PassContext& context) { return PushPass(context).Run(); });
+    return _Run([](SyncPass& pass) { return PushPass(pass).Run(); });
 }
 
-SyncOutcome SyncTest::_Run(const std::function<SyncOutcome(PassContext&)>& pass) {
+SyncOutcome SyncTest::_Run(const std::function<SyncOutcome(SyncPass&)>& pass) {
     events.clear();
     RecordDatabase records(folder.path(),
                            options.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
     const ovsync::pass::ServiceFolder serviceFolder = service.Folder(folder.path());
-    PassContext context(serviceFolder, tree, records, options, *this);
-    return pass(context);
+    SyncPass common(serviceFolder, tree, records, options, *this);
+    return pass(common);
 }
 
 void SyncTest::Write(const char* path, const QByteArray& content) {

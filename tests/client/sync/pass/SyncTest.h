@@ -10,7 +10,7 @@
 #include <map>
 
 #include "client/sync/local/LocalTree.h"
-#include "client/sync/pass/PassContext.h"
+#include "client/sync/pass/SyncPass.h"
 #include "client/sync/report/ISyncObserver.h"
 #include "tests/client/sync/local/FaultyTree.h"
 #include "tests/client/sync/pass/FakeService.h"
@@ -35,6 +35,9 @@ protected:
     QString Path(const char* path) const;
     bool HasTemporaryFiles() const;
 
+    /// Who puts what it is told into `events`.
+    ovsync::report::ISyncObserver& Observer() { return *this; }
+
     /// The events of the last pass as "Kind path", in path order and without those of the kind Fetched or Updated.
     QStringList Told() const;
     /// Their details.
@@ -49,8 +52,7 @@ protected:
     QVector<ovsync::report::SyncEvent> events;
 
 private:
-    ovsync::report::SyncOutcome _Run(
-        const std::function<ovsync::report::SyncOutcome(ovsync::pass::PassContext&)>& pass);
+    ovsync::report::SyncOutcome _Run(const std::function<ovsync::report::SyncOutcome(ovsync::pass::SyncPass&)>& pass);
     void OnEvent(const ovsync::report::SyncEvent& event) override { events.append(event); }
     void OnProgress(const ovsync::report::SyncProgress& /*progress*/) override {}
 };

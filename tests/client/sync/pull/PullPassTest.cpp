@@ -7,7 +7,7 @@
 
 #include "client/cli/input/GlobFilter.h"
 #include "client/sync/local/LocalError.h"
-#include "client/sync/pass/WrongFolder.h"
+#include "client/sync/pass/ServiceFolder.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
@@ -456,6 +456,24 @@ TEST_F(PullPassTest, ATrialTellsTheSameAndChangesNothing) {
     EXPECT_EQ(service.Count("GET"), 5);
     options.isDryRun = false;
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), told);
+}
+
+TEST_F(PullPassTest, ATrialTellsOfNoFolderThatIsNotGoingToBeEmpty) {
+    options.deletes = true;
+    service.Put(Text("f/b"), "1");
+    service.Put(Text("g/b"), "1");
+    Pull();
+    Write("f/g/mine", "5");
+    service.Remove(Text("f"));
+    service.Remove(Text("g"));
+    options.isDryRun = true;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    const QStringList told = Told();
+    EXPECT_EQ(told, QStringList({Text("Deleted f/b"), Text("Deleted g"), Text("Deleted g/b")}));
+    EXPECT_EQ(Contents(), Files({{Text("f/b"), "1"}, {Text("f/g/mine"), "5"}, {Text("g/b"), "1"}}));
+    options.isDryRun = false;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Told(), told);
 }
 

@@ -1,0 +1,59 @@
+#include "client/cli/files/SentFile.h"
+
+#include <fcntl.h>
+
+#include <QFileInfo>
+#include <cerrno>
+
+#include "client/cli/input/UsageError.h"
+#include "client/sync/local/LocalError.h"
+
+namespace ovsync {
+namespace files {
+
+using input::UsageError;
+using local::LocalError;
+
+namespace {
+
+const qint64 NanosecondsPerMillisecond = 1000000;
+
+}  // namespace
+
+SentFile::SentFile(const QString& path) {
+    const QFileInfo place(path);
+    if (place.isDir()) {
+        throw UsageError(QStringLiteral("%1 is a folder; push sends folders").arg(path));
+    }
+    if (place.exists() && !place.isFile()) {
+        throw UsageError(QStringLiteral("%1 is no file that has a size").arg(path));
+    }
+    const int descriptor = open(path.toUtf8().constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0) {
+        throw LocalError(path, errno);
+    }
+    _file = std::make_unique<local::LocalFile>(descriptor, path);
+    _before = _file->Look();
+}
+
+bool SentFile::HasChanged() {
+    return !_file->Look().IsUnchangedSince(_before);
+}
+
+void SentFile::Restart() {
+    _md5.reset();
+    _file->Rewind();
+}
+
+size_t SentFile::Read(char* bytes, size_t size) {
+    const size_t count = _file->Read(bytes, size);
+    _md5.addData(bytes, static_cast<int>(count));
+    return count;
+}
+
+QDateTime SentFile::Modified() const {
+    return QDateTime::fromMSecsSinceEpoch(_before.modified / NanosecondsPerMillisecond, Qt::UTC);
+}
+
+}  // namespace files
+}  // namespace ovsync

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QDateTime>
+#include <functional>
+#include <optional>
+
+#include "client/sync/local/DryRunTree.h"
+#include "client/sync/local/Installer.h"
+#include "client/sync/local/LocalSnapshot.h"
+#include "client/sync/pass/PassReport.h"
+#include "client/sync/pass/PassSides.h"
+#include "client/sync/pass/RemoteTree.h"
+
+namespace ovsync {
+namespace pass {
+
+/// What every pass does, whatever its direction: it begins, lists, and ends. Not thread-safe.
+class SyncPass {
+public:
+    struct Listing {
+        /// What the service has; none when nothing changed there.
+        std::optional<RemoteTree> tree;
+        /// The service's time of the listing; invalid when it told none.
+        QDateTime at;
+    };
+
+    /// The arguments outlive this object. In a dry run `tree` is only read; `records` have to be a copy then, as
+    /// RecordDatabase::Access::Try makes one.
+    SyncPass(const ServiceFolder& service, local::ILocalTree& tree, store::RecordDatabase& records,
+             const SyncOptions& options, report::ISyncObserver& observer);
+
+    const PassSides& Sides() const { return _sides; }
+    local::Installer& Installing() { return _installer; }
+    PassReport& Report() { return _report; }
+
+    /// Checks that the folder belongs to the service's folder, clears up after a pass that died and what is too old in
+    /// the trash, and looks through the folder. Throws WrongFolder, LocalError and StoreError.
+    local::LocalSnapshot Begin();
+
+    /// Asks for what changed since `since`, or for everything when that is invalid. Throws what the library throws, and
+    /// HttpException of status 404 when there is no such folder.
+    Listing List(const QDateTime& since, const local::LocalSnapshot& snapshot);
+
+    /// Carries `pass` out and tells how it ended.
+    report::SyncOutcome Run(const std::function<void()>& pass) const;
+
+private:
+    void _CheckAddress();
+
+    local::DryRunTree _dryRunTree;
+    const PassSides _sides;
+    local::Trash _trash;
+    local::Installer _installer;
+    PassReport _report;
+};
+
+}  // namespace pass
+}  // namespace ovsync

@@ -1,0 +1,106 @@
+#include "client/sync/pull/LocalChanges.h"
+
+#include "client/sync/local/LocalError.h"
+#include "client/sync/local/PathNames.h"
+
+namespace ovsync {
+namespace pull {
+
+using local::FolderOf;
+using local::Installer;
+using local::LocalEntry;
+using local::LocalError;
+using report::SyncEvent;
+
+namespace {
+
+const int RemovalsAtOnce = 256;
+
+void AddFoldersOf(const QString& path, QSet<QString>& folders) {
+    for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
+        folders.insert(folder);
+    }
+}
+
+}  // namespace
+
+void LocalChanges::MakeFolders(const QStringList& paths) {
+    store::RecordChanges made;
+    for (const QString& path : paths) {
+        if (!_snapshot.HasFolder(FolderOf(path))) {
+            continue;
+        }
+        try {
+            _tree.MakeFolder(path);
+        } catch (const LocalError&) {
+            _report.TellFailure(path, std::current_exception());
+            continue;
+        }
+        LocalEntry folder;
+        folder.kind = LocalEntry::Kind::Folder;
+        _snapshot.entries.insert(path, folder);
+        made.folders.append(path);
+        _report.Tell(SyncEvent::Kind::FolderMade, path);
+    }
+    _records.Write(made);
+}
+
+void LocalChanges::Delete(const PullPlan::Gone& gone) {
+    _DeleteFolders(gone.folders, _DeleteFiles(gone.files));
+}
+
+QSet<QString> LocalChanges::_DeleteFiles(const QVector<store::Placement>& files) {
+    QSet<QString> unfinished;
+    for (int start = 0; start < files.size(); start += RemovalsAtOnce) {
+        _report.ThrowIfStopped();
+        QVector<Installer::Request> requests;
+        for (const store::Placement& removal : files.mid(start, RemovalsAtOnce)) {
+            Installer::Request request;
+            request.placement = removal;
+            requests.append(request);
+        }
+        _installer.Install(requests);
+        for (const Installer::Request& request : requests) {
+            const QString& path = request.placement.record.path;
+            switch (request.result) {
+                case Installer::Result::Done:
+                    _snapshot.entries.remove(path);
+                    _report.Tell(SyncEvent::Kind::Deleted, path);
+                    break;
+                case Installer::Result::Occupied:
+                    _report.Tell(SyncEvent::Kind::Kept, path,
+                                 QStringLiteral("it was deleted on the service, but has just changed here"));
+                    break;
+                case Installer::Result::Failed:
+                    _report.Tell(SyncEvent::Kind::Refused, path, request.error);
+                    AddFoldersOf(path, unfinished);
+                    break;
+            }
+        }
+    }
+    return unfinished;
+}
+
+void LocalChanges::_DeleteFolders(const QStringList& folders, QSet<QString> unfinished) {
+    store::RecordDatabase::Transaction transaction(_records);
+    for (int i = folders.size() - 1; i >= 0; --i) {
+        const QString& path = folders[i];
+        try {
+            if (_tree.RemoveFolder(path)) {
+                _snapshot.entries.remove(path);
+                _report.Tell(SyncEvent::Kind::Deleted, path);
+            }
+            // One that still holds something else is this side's own from now on.
+            if (!unfinished.contains(path)) {
+                _records.ForgetFolder(path);
+            }
+        } catch (const LocalError&) {
+            AddFoldersOf(path, unfinished);
+            _report.TellFailure(path, std::current_exception());
+        }
+    }
+    transaction.Commit();
+}
+
+}  // namespace pull
+}  // namespace ovsync

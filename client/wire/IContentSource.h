@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QDateTime>
+#include <cstddef>
+
+namespace ovsync {
+namespace wire {
+
+/// Gives the content of a file while it is sent. What an operation throws ends the upload and passes through it.
+class IContentSource {
+public:
+    virtual ~IContentSource() = default;
+
+    /// Before the first piece, and again when the server wants to have the content a second time.
+    virtual void Restart() = 0;
+    /// Puts at most `size` bytes into `bytes` and returns how many; 0 at the end.
+    virtual size_t Read(char* bytes, size_t size) = 0;
+    /// When the file was last changed; invalid when the server is not to be told.
+    virtual QDateTime Modified() const { return {}; }
+};
+
+}  // namespace wire
+}  // namespace ovsync

@@ -1,0 +1,147 @@
+#include "service/tree/Reconciler.h"
+
+#include <algorithm>
+
+#include "service/protocol/ServerPath.h"
+
+namespace service::tree {
+namespace {
+
+bool IsCollection(const store::ContentStore::Entry& entry) {
+    return entry.kind == store::ContentStore::Kind::Collection;
+}
+
+bool HasContentOf(const store::Resource& known, const store::ContentStore::Entry& found) {
+    return known.isCollection == IsCollection(found) && known.size == found.size && known.modified == found.modified;
+}
+
+// Whether the metadata still describes what is on the disk.
+bool Describes(const store::Resource& known, const store::ContentStore::Entry& found) {
+    return HasContentOf(known, found) && known.isExecutable == found.isExecutable;
+}
+
+}  // namespace
+
+void Observe(store::Resource& resource, const store::ContentStore::Entry& found) {
+    resource.size = found.size;
+    resource.modified = found.modified;
+    resource.isExecutable = found.isExecutable;
+}
+
+Reconciler::Reconciler(store::ContentStore& content, store::MetadataStore& metadata, store::Clock& clock,
+                       const std::string& owner)
+    : _content(content), _metadata(metadata), _clock(clock), _owner(owner) {}
+
+// Brings the metadata of one name in line with the disk. Returns whether the list of children changed by it. To be
+// called in a transaction.
+bool Reconciler::_Adopt(const store::Resource& parent, std::optional<store::Resource>& known,
+                        const store::ContentStore::Entry* found) {
+    bool listChanged = false;
+    if (known && (found == nullptr || known->isCollection != IsCollection(*found))) {
+        _metadata.RemoveTree(known->id);
+        known.reset();
+        listChanged = true;
+    }
+    if (found == nullptr) {
+        return listChanged;
+    }
+    if (!known) {
+        known = store::Resource::New(parent, found->name, _owner, IsCollection(*found), _clock.Now());
+        Observe(*known, *found);
+        _metadata.Insert(*known);
+        return true;
+    }
+    _Refresh(*known, *found);
+    return listChanged;
+}
+
+void Reconciler::_Refresh(store::Resource& known, const store::ContentStore::Entry& found) {
+    if (!HasContentOf(known, found)) {
+        known.version += known.isCollection ? 0 : 1;
+        known.md5.clear();
+    }
+    known.changed = _clock.Now();
+    Observe(known, found);
+    _metadata.Update(known);
+}
+
+void Reconciler::ChildrenChanged(store::Resource& parent, const std::string& path) {
+    parent.changed = _clock.Now();
+    if (const auto found = _content.Find(path)) {
+        Observe(parent, *found);
+    }
+    _metadata.UpdateTimes(parent);
+}
+
+std::optional<store::Resource> Reconciler::Child(store::Resource& parent, const std::string& path) {
+    auto known = _metadata.Child(parent.id, protocol::LastSegment(path));
+    auto found = _content.Find(path);
+    if (found && found->kind == store::ContentStore::Kind::Other) {
+        found.reset();
+    }
+    if (known.has_value() != found.has_value() || (known && !Describes(*known, *found))) {
+        store::MetadataStore::Transaction transaction(_metadata);
+        if (_Adopt(parent, known, found ? &*found : nullptr)) {
+            ChildrenChanged(parent, protocol::ParentPath(path));
+        }
+        transaction.Commit();
+    }
+    return known;
+}
+
+std::vector<store::Resource> Reconciler::Children(store::Resource& parent, const std::string& path) {
+    std::vector<store::Resource> known = _metadata.Children(parent.id);
+    // A folder that has just been taken away lists nothing; its own collection notices it the next time.
+    const auto entries = _content.List(path).value_or(std::vector<store::ContentStore::Entry>());
+    std::vector<store::Resource> children;
+    children.reserve(entries.size());
+    std::optional<store::MetadataStore::Transaction> transaction;
+    bool listChanged = false;
+    auto row = known.begin();
+    auto entry = entries.begin();
+    while (row != known.end() || entry != entries.end()) {
+        const bool hasRow = row != known.end() && (entry == entries.end() || row->name <= entry->name);
+        const bool hasEntry = entry != entries.end() && (row == known.end() || entry->name <= row->name);
+        std::optional<store::Resource> child;
+        if (hasRow) {
+            child = std::move(*row++);
+        }
+        const store::ContentStore::Entry* found = hasEntry ? &*entry++ : nullptr;
+        if (!child || found == nullptr || !Describes(*child, *found)) {
+            if (!transaction) {
+                transaction.emplace(_metadata);
+            }
+            listChanged = _Adopt(parent, child, found) || listChanged;
+        }
+        if (child) {
+            children.push_back(std::move(*child));
+        }
+    }
+    if (listChanged) {
+        ChildrenChanged(parent, path);
+    }
+    if (transaction) {
+        transaction->Commit();
+    }
+    return children;
+}
+
+store::Resource Reconciler::_Root() {
+    store::Resource root = _metadata.Root();
+    const auto found = _content.Find("");
+    if (found && !Describes(root, *found)) {
+        _Refresh(root, *found);
+    }
+    return root;
+}
+
+std::optional<store::Resource> Reconciler::Find(const std::string& path) {
+    std::optional<store::Resource> resource = _Root();
+    for (std::size_t end = 0; resource && end < path.size();) {
+        end = std::min(path.find('/', end + 1), path.size());
+        resource = resource->isCollection ? Child(*resource, path.substr(0, end)) : std::nullopt;
+    }
+    return resource;
+}
+
+}  // namespace service::tree
