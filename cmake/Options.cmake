@@ -32,6 +32,12 @@ if(CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
 endif()
 
+# What Debian builds its own packages with.
+if(CMAKE_BUILD_TYPE STREQUAL Release AND NOT WIN32)
+  add_compile_options(-D_FORTIFY_SOURCE=2)
+  add_link_options(-Wl,-z,relro,-z,now)
+endif()
+
 set(DVSYNC_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
 if(DVSYNC_SANITIZE)
   add_compile_options(-fsanitize=${DVSYNC_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

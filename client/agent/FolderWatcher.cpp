@@ -120,7 +120,7 @@ bool FolderWatcher::_IsConcernedBy(const inotify_event& event, const QByteArray&
         return false;
     }
     if ((event.mask & IN_ISDIR) != 0) {
-        if (_IsLeftAlone(name)) {
+        if (_IsLeftAlone(event.wd, name)) {
             return false;
         }
         if ((event.mask & IN_MOVED_FROM) != 0) {
@@ -130,14 +130,14 @@ bool FolderWatcher::_IsConcernedBy(const inotify_event& event, const QByteArray&
         }
         return true;
     }
-    const QString file = QString::fromUtf8(name);
-    if (local::IsTemporaryName(file) || _exclusion.HasFile(file)) {
+    const QByteArray path = _PathOf(event.wd, name);
+    if (local::IsTemporaryName(QString::fromUtf8(name)) || _exclusion.HasFile(QString::fromUtf8(path))) {
         return false;
     }
     // What was only made has nothing in it yet, unless it is a further name of a file.
     struct stat status {};
     return (event.mask & IN_CREATE) == 0 ||
-           (lstat(_PathOf(event.wd, name).constData(), &status) == 0 && status.st_nlink > 1);
+           (lstat((_root + '/' + path).constData(), &status) == 0 && status.st_nlink > 1);
 }
 
 void FolderWatcher::_Stop(const QString& problem) {
@@ -160,13 +160,13 @@ void FolderWatcher::_WatchTree(int parent, const QByteArray& name) {
             continue;
         }
         // After the watch was added, so that what comes meanwhile is seen one way or the other.
-        const QVector<QByteArray> folders = FoldersIn(_PathOf(watch));
+        const QVector<QByteArray> folders = FoldersIn(_root + '/' + _PathOf(watch));
         if (watch != _rootWatch && folders.contains(store::RecordDatabase::HiddenFolder().toUtf8())) {
             _Forget(watch);
             continue;
         }
         for (const QByteArray& folder : folders) {
-            if (!_IsLeftAlone(folder)) {
+            if (!_IsLeftAlone(watch, folder)) {
                 waiting.append({watch, folder});
             }
         }
@@ -175,7 +175,7 @@ void FolderWatcher::_WatchTree(int parent, const QByteArray& name) {
 
 int FolderWatcher::_WatchFolder(int parent, const QByteArray& name) {
     const bool isRoot = parent < 0;
-    const QByteArray path = isRoot ? _root : _PathOf(parent, name);
+    const QByteArray path = isRoot ? _root : _root + '/' + _PathOf(parent, name);
     const int watch =
         inotify_add_watch(_descriptor, path.constData(), FolderEvents | (isRoot ? IN_MOVE_SELF : IN_DONT_FOLLOW));
     if (watch >= 0) {
@@ -218,21 +218,22 @@ void FolderWatcher::_Forget(int watch) {
     inotify_rm_watch(_descriptor, watch);
 }
 
-bool FolderWatcher::_IsLeftAlone(const QByteArray& folder) const {
-    const QString name = QString::fromUtf8(folder);
-    return name == store::RecordDatabase::HiddenFolder() || _exclusion.HasFolder(name);
+bool FolderWatcher::_IsLeftAlone(int parent, const QByteArray& folder) const {
+    return QString::fromUtf8(folder) == store::RecordDatabase::HiddenFolder() ||
+           _exclusion.HasFolder(QString::fromUtf8(_PathOf(parent, folder)));
 }
 
 QByteArray FolderWatcher::_PathOf(int watch) const {
     const auto folder = _folders.constFind(watch);
     if (folder == _folders.constEnd() || folder->parent < 0) {
-        return _root;
+        return QByteArray();
     }
     return _PathOf(folder->parent, folder->name);
 }
 
 QByteArray FolderWatcher::_PathOf(int parent, const QByteArray& name) const {
-    return _PathOf(parent) + '/' + name;
+    const QByteArray above = _PathOf(parent);
+    return above.isEmpty() ? name : above + '/' + name;
 }
 
 }  // namespace agent

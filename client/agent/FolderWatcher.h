@@ -51,7 +51,8 @@ private:
     int _WatchFolder(int parent, const QByteArray& name);
     void _ForgetTree(int parent, const QByteArray& name);
     void _Forget(int watch);
-    bool _IsLeftAlone(const QByteArray& folder) const;
+    bool _IsLeftAlone(int parent, const QByteArray& folder) const;
+    /// Below the root, for which it is empty.
     QByteArray _PathOf(int watch) const;
     QByteArray _PathOf(int parent, const QByteArray& name) const;
     bool _IsConcernedBy(const inotify_event& event, const QByteArray& name);

@@ -12,7 +12,7 @@
 
 #include "client/agent/AgentClock.h"
 #include "client/agent/AgentLog.h"
-#include "client/cli/input/GlobFilter.h"
+#include "client/cli/output/ErrorText.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -50,6 +50,14 @@ bool AreSameProblems(const FolderStatus& a, const FolderStatus& b) {
                       [](const SyncEvent& x, const SyncEvent& y) { return x.path == y.path && x.kind == y.kind; });
 }
 
+output::ErrorText ErrorTextOf(const input::Location& location) {
+    output::ErrorText::Context context;
+    context.server = location.Server();
+    context.path = location.serverPath;
+    context.thing = QStringLiteral("file or folder");
+    return output::ErrorText(context);
+}
+
 int NewWakeUp() {
     const int descriptor = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     if (descriptor < 0) {
@@ -71,7 +79,7 @@ FolderWorker::FolderWorker(const folders::SyncedFolder& folder, const FolderPass
       _onStatus(onStatus),
       _wakeUp(NewWakeUp()),
       _alarm(NewAlarm()),
-      _watcher(folder.directory, local::Exclusion(std::make_shared<input::GlobFilter>(folder.excluded))),
+      _watcher(folder.directory, local::Exclusion(folder.rules)),
       _schedule(Now(), RandomSource()) {
     _status.directory = folder.directory;
     _status.url = QUrl(folder.url).toDisplayString(QUrl::RemoveUserInfo);
@@ -237,7 +245,12 @@ void FolderWorker::OnEvent(const SyncEvent& event) {
     ++_pass.problemCount;
     _pass.conflictCount += event.kind == SyncEvent::Kind::Conflict ? 1 : 0;
     if (_pass.problems.size() < FolderStatus::MostProblems) {
-        _pass.problems.append(event);
+        SyncEvent told = event;
+        if (told.error) {
+            told.detail = ErrorTextOf(_folder.location).Of(told.error).text;
+            told.error = nullptr;
+        }
+        _pass.problems.append(told);
     }
 }
 

@@ -3,8 +3,8 @@
 #include <QFileInfo>
 #include <utility>
 
-#include "client/cli/input/GlobFilter.h"
 #include "client/cli/input/ServiceFolderAt.h"
+#include "client/cli/output/ErrorText.h"
 #include "client/store/FileConfigManager.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalTree.h"
@@ -20,8 +20,8 @@
 namespace ovsync {
 namespace agent {
 
-using input::GlobFilter;
 using library::ServiceConnection;
+using output::ErrorText;
 using report::ISyncObserver;
 using report::SyncOutcome;
 using store::RecordDatabase;
@@ -45,6 +45,14 @@ PassResult ResultOf(SyncOutcome outcome) {
 
 bool IsAboutCredentials(int status) {
     return status == HttpStatus::Unauthorized || status == HttpStatus::ProxyAuthenticationRequired;
+}
+
+ErrorText::Context ContextOf(const folders::SyncedFolder& folder, const QAuthenticator& credentials) {
+    ErrorText::Context context;
+    context.server = folder.location.Server();
+    context.path = folder.location.serverPath;
+    context.user = credentials.user();
+    return context;
 }
 
 ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigManager>& published) {
@@ -74,26 +82,12 @@ PassResult PullThenPush::Run(const std::atomic<bool>& isStopped, ISyncObserver& 
     PassResult result{PassResult::End::Failed, QString()};
     try {
         result = ResultOf(_Sync(isStopped, observer));
-    } catch (const sync::http::HttpException& e) {
-        if (IsAboutCredentials(e.StatusCode())) {
-            result.end = PassResult::End::Rejected;
-            result.error = _credentials.isNull()
-                               ? QStringLiteral(
-                                     "the service wants a name and a password. Give them by \"ovsync login "
-                                     "%1\", with the name in the URL of the folders file or as its \"user\"")
-                               : QStringLiteral(
-                                     "the service does not take the password of %2. Give another one by "
-                                     "\"ovsync login -u %2 %1\"");
-            result.error = _credentials.isNull()
-                               ? result.error.arg(_folder.location.baseUrl.toString())
-                               : result.error.arg(_folder.location.baseUrl.toString(), _credentials.user());
-        } else {
-            result.error = e.Message();
-        }
-    } catch (const sync::core::SyncException& e) {
-        result.error = e.Message();
     } catch (const std::exception& e) {
-        result.error = QString::fromUtf8(e.what());
+        const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
+        if (answer != nullptr && IsAboutCredentials(answer->StatusCode())) {
+            result.end = PassResult::End::Rejected;
+        }
+        result.error = ErrorText(ContextOf(_folder, _credentials)).Of(std::current_exception()).text;
     }
     if (isStopped) {
         result.end = PassResult::End::Stopped;
@@ -141,14 +135,16 @@ SyncOutcome PullThenPush::_Sync(const std::atomic<bool>& isStopped, ISyncObserve
     options.transfers = _folder.transfers;
     options.deletionLimit = _folder.deletionLimit;
     options.daysKept = _folder.daysKept;
-    options.filter = std::make_shared<GlobFilter>(_folder.excluded);
-    options.filterText = _folder.excluded.join(QLatin1Char('/'));
+    options.exclusion = local::Exclusion(_folder.rules);
     options.isStopped = &isStopped;
 
     pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();
+    service.newConnection = [&connection, transfers = _folder.transfers] {
+        return connection.NewContentConnection(transfers);
+    };
 
     pass::SyncPass pulling(service, tree, *records, options, observer);
     const SyncOutcome pulled = pull::PullPass(pulling).Run();

@@ -4,11 +4,14 @@
 
 #include <CLI/CLI.hpp>
 #include <QTextCodec>
+#include <algorithm>
 #include <exception>
 #include <iostream>
 #include <optional>
 #include <sstream>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "client/cli/agent/AgentCommand.h"
@@ -30,20 +33,20 @@
 #include "client/cli/files/GetCommand.h"
 #include "client/cli/files/PutCommand.h"
 #include "client/cli/files/RemoveCommand.h"
+#include "client/cli/input/ArgumentOrder.h"
 #include "client/cli/input/Credentials.h"
 #include "client/cli/input/Interruption.h"
 #include "client/cli/input/Location.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/Complaint.h"
+#include "client/cli/output/ErrorText.h"
 #include "client/cli/output/LoggedErrors.h"
-#include "client/cli/output/TerminalText.h"
 #include "client/library/ServiceConnection.h"
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/ServiceFolder.h"
-#include "client/wire/HttpStatus.h"
-#include "host/core/SyncException.h"
+#include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
@@ -51,6 +54,7 @@ namespace cli {
 
 using commands::CommandRegistry;
 using input::Arguments;
+using input::CommandFirst;
 using input::FindCredentials;
 using input::Interruption;
 using input::Location;
@@ -58,35 +62,48 @@ using input::Refusal;
 using input::UsageError;
 using library::ServiceConnection;
 using output::Complain;
+using output::ErrorMessage;
+using output::ErrorText;
 using output::ExitCode;
 using output::LoggedErrors;
 using output::Output;
 using output::ShownInErrors;
-using output::TerminalText;
-using wire::HttpStatus;
+using wire::TransactionError;
 
 namespace {
 
 using sync::http::HttpException;
 
 const char* const Footer =
+    "Options may stand before or after the command.\n"
     "Exit status: 0 done, 1 the service said no or something is left for you to do, 2 wrong usage, 3 the service could "
     "not be reached or understood.\n"
     "The password of a user comes from the environment variable OVSYNC_PASSWORD, from the desktop's keyring, from "
     "~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";
 
-void ComplainOf(const std::exception& error) {
-    Complain(QString::fromUtf8(error.what()));
-}
-
 /// `text` may have several lines.
-void ComplainOfUsage(const std::string& text) {
+void ComplainOfUsage(const std::string& text, bool asJson) {
     const QStringList lines = QString::fromStdString(text).trimmed().split(QLatin1Char('\n'));
-    Complain(lines.first());
-    for (const QString& line : lines.mid(1)) {
+    Complain({"usage", lines.first()}, ExitCode::WrongUsage, {asJson, false});
+    for (const QString& line : asJson ? QStringList() : lines.mid(1)) {
         std::cerr << ShownInErrors(line).toStdString() + '\n';
     }
+}
+
+ExitCode ExitCodeOf(const std::exception& error) {
+    if (dynamic_cast<const UsageError*>(&error) != nullptr ||
+        dynamic_cast<const pass::WrongFolder*>(&error) != nullptr) {
+        return ExitCode::WrongUsage;
+    }
+    if (dynamic_cast<const Refusal*>(&error) != nullptr || dynamic_cast<const local::LocalError*>(&error) != nullptr ||
+        dynamic_cast<const store::StoreError*>(&error) != nullptr ||
+        dynamic_cast<const HttpException*>(&error) != nullptr) {
+        return ExitCode::Refused;
+    }
+    const auto* const failure = dynamic_cast<const TransactionError*>(&error);
+    const bool isCancelled = failure != nullptr && failure->Why() == TransactionError::Cause::Cancelled;
+    return isCancelled ? ExitCode::Interrupted : ExitCode::Unreachable;
 }
 
 /// In the order in which help shows them.
@@ -119,21 +136,28 @@ void AddCommands(CommandRegistry& registry) {
 ExitCode RunCommandLine(int argc, const char* const* argv) {
     // Names of files are UTF-8, whatever the locale is.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
-    log4cplus::Logger log = log4cplus::Logger::getRoot();
-    log.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
-    const LoggedErrors loggedErrors(log, [](const QString& message) { Complain(TerminalText(message)); });
     Location location;
     std::optional<ServiceConnection> connection;
+    ErrorText::Context context;
     CLI::App app("Lists, looks up and changes what lies on a Drovane service or any other WebDAV server.", "ovsync");
     CommandRegistry registry(app);
     const Arguments& arguments = registry.Given();
+    log4cplus::Logger log = log4cplus::Logger::getRoot();
+    log.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
+    const LoggedErrors loggedErrors(log, [&arguments](const QString& message) {
+        if (arguments.isVerbose && !arguments.isJson) {
+            Complain(message);
+        }
+    });
     try {
         app.set_version_flag("--version", std::string("ovsync ") + OVSYNC_VERSION);
         app.require_subcommand(1);
         app.footer(Footer);
         AddCommands(registry);
         try {
-            app.parse(argc, argv);
+            std::vector<std::string> words = CommandFirst(app, argc, argv);
+            std::reverse(words.begin(), words.end());
+            app.parse(std::move(words));
         } catch (const CLI::ParseError& e) {
             std::ostringstream errors;
             const bool isDone = app.exit(e, std::cout, errors) == 0;
@@ -141,7 +165,9 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
                 // Whatever is missing is named before anything that is too much.
                 const bool misses = dynamic_cast<const CLI::RequiredError*>(&e) != nullptr;
                 const std::vector<std::string> unknown = misses ? app.remaining(true) : std::vector<std::string>();
-                ComplainOfUsage((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str());
+                const bool asJson = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+                ComplainOfUsage((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str(),
+                                asJson);
             }
             return isDone ? ExitCode::Done : ExitCode::WrongUsage;
         }
@@ -163,35 +189,32 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             }
         };
         const QString user = arguments.user.empty() ? location.user : QString::fromStdString(arguments.user);
-        connection.emplace(location.baseUrl, FindCredentials(user, location.baseUrl.host()), settings);
+        const QAuthenticator credentials = FindCredentials(user, location.baseUrl.host());
+        context.server = location.Server();
+        context.path = location.serverPath;
+        context.user = credentials.user();
+        context.isWriting = registry.Writes();
+        if (registry.TakesFiles()) {
+            context.thing = QStringLiteral("file or folder");
+        }
+        connection.emplace(location.baseUrl, credentials, settings);
         const ExitCode exitCode = (*registry.Parsed())(*connection, location, arguments, output);
         output.Flush();
         return exitCode;
-    } catch (const UsageError& e) {
-        ComplainOf(e);
-        return ExitCode::WrongUsage;
-    } catch (const Refusal& e) {
-        ComplainOf(e);
-        return ExitCode::Refused;
-    } catch (const pass::WrongFolder& e) {
-        ComplainOf(e);
-        return ExitCode::WrongUsage;
-    } catch (const local::LocalError& e) {
-        ComplainOf(e);
-        return ExitCode::Refused;
-    } catch (const store::StoreError& e) {
-        ComplainOf(e);
-        return ExitCode::Refused;
-    } catch (const HttpException& e) {
-        ComplainOf(e);
-        Complain(QStringLiteral("The answer was ") + connection->LastAnswer());
-        if (e.StatusCode() == HttpStatus::Unauthorized) {
-            Complain(QStringLiteral("Give a user name with -u."));
-        }
-        return ExitCode::Refused;
     } catch (const std::exception& e) {
-        ComplainOf(e);
-        return ExitCode::Unreachable;
+        ErrorMessage message = ErrorText(context).Of(std::current_exception());
+        const bool isLastAnswer =
+            connection && connection->LastAnswer().startsWith(QStringLiteral("status %1,").arg(message.status));
+        if (isLastAnswer && dynamic_cast<const HttpException*>(&e) != nullptr) {
+            // The library knows the status alone.
+            message.detail += QStringLiteral(" The answer was ") + connection->LastAnswer();
+        }
+        const ExitCode exitCode = ExitCodeOf(e);
+        if (exitCode == ExitCode::WrongUsage) {
+            message.kind = "usage";
+        }
+        Complain(message, exitCode, arguments.Errors());
+        return exitCode;
     }
 }
 

@@ -11,8 +11,8 @@
 #include <sstream>
 #include <string>
 
-#include "client/cli/input/GlobFilter.h"
 #include "client/cli/input/UsageError.h"
+#include "client/sync/local/Exclusion.h"
 
 namespace ovsync {
 namespace folders {
@@ -142,18 +142,19 @@ private:
     }
 
     void _ReadExcluded(const toml::node& node, SyncedFolder& folder) {
-        const toml::array* const globs = node.as_array();
-        if (globs == nullptr) {
+        const toml::array* const patterns = node.as_array();
+        if (patterns == nullptr) {
             _Complain(LineOf(node), QStringLiteral("\"exclude\" has to be a list, as [\"*.tmp\", \"cache\"]"));
             return;
         }
-        for (const toml::node& glob : *globs) {
-            folder.excluded.append(_Text(ExcludeKey, glob));
+        for (const toml::node& pattern : *patterns) {
+            const QString rule = _Text(ExcludeKey, pattern);
             try {
-                input::GlobFilter({folder.excluded.last()});
-            } catch (const UsageError& e) {
-                _Complain(LineOf(glob), e.Message());
+                local::Exclusion(rule.isEmpty() ? QStringList() : QStringList(rule));
+            } catch (const sync::core::SyncException& e) {
+                _Complain(LineOf(pattern), e.Message());
             }
+            folder.rules.append(rule);
         }
     }
 
@@ -292,12 +293,12 @@ QByteArray WithFolder(const QByteArray& text, const SyncedFolder& folder) {
     if (!folder.user.isEmpty() && folder.user != folder.location.user) {
         add(UserKey, Quoted(folder.user));
     }
-    if (!folder.excluded.isEmpty()) {
-        QByteArray globs;
-        for (const QString& glob : folder.excluded) {
-            globs += (globs.isEmpty() ? "" : ", ") + Quoted(glob);
+    if (!folder.rules.isEmpty()) {
+        QByteArray patterns;
+        for (const QString& rule : folder.rules) {
+            patterns += (patterns.isEmpty() ? "" : ", ") + Quoted(rule);
         }
-        add(ExcludeKey, '[' + globs + ']');
+        add(ExcludeKey, '[' + patterns + ']');
     }
     if (!folder.deletionLimitText.isEmpty()) {
         add(MaxDeleteKey, Quoted(folder.deletionLimitText));

@@ -21,7 +21,8 @@ struct SyncedFolder {
     input::Location location;
     /// Empty for whom ~/.netrc names for the host, or nobody.
     QString user;
-    QStringList excluded;
+    /// What is left alone, as local::Exclusion takes it.
+    QStringList rules;
     /// As it was written; empty for the usual limit.
     QString deletionLimitText;
     pass::DeletionLimit deletionLimit;
@@ -33,7 +34,7 @@ struct SyncedFolder {
 
     /// Whether the folder is synced in the same way.
     bool IsSyncedAs(const SyncedFolder& other) const {
-        return directory == other.directory && url == other.url && user == other.user && excluded == other.excluded &&
+        return directory == other.directory && url == other.url && user == other.user && rules == other.rules &&
                deletionLimitText == other.deletionLimitText && daysKept == other.daysKept &&
                transfers == other.transfers && caFile == other.caFile && isPaused == other.isPaused;
     }

@@ -36,6 +36,12 @@ namespace {
 // There is one server at a time.
 const int TheServerId = 1;
 
+wire::ConnectionSettings Unlimited(const wire::ConnectionSettings& settings) {
+    wire::ConnectionSettings unlimited = settings;
+    unlimited.bandwidth = 0;
+    return unlimited;
+}
+
 /// What a service published at the moment when it was asked, for whoever would ask it again for each value.
 class PublishedConfig : public sync::interf::IExternalSyncConfigManager {
 public:
@@ -76,7 +82,7 @@ ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& 
                                      const wire::ConnectionSettings& settings)
     : _settings(settings),
       _authenticators(std::make_shared<RequestAuthenticatorFactory>(credentials.user(), credentials.password())),
-      _connection(std::make_shared<AccountConnection>(settings, credentials)),
+      _connection(std::make_shared<AccountConnection>(Unlimited(settings), credentials)),
       _urlBuilder(std::make_shared<UrlBuilder>()) {
     _account.baseUrl = baseUrl;
     _configuration = std::make_shared<Configuration>(_account);
@@ -143,23 +149,31 @@ std::optional<FoundResource> ServiceConnection::Find(const QString& serverPath) 
                    Folder(serverPath.left(qMax(0, serverPath.lastIndexOf(QLatin1Char('/'))))), result->singleResponse)};
 }
 
-std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {
-    return std::make_unique<content::ContentConnection>(_SettingsOfTransfers(),
+std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection(int sharers) const {
+    return std::make_unique<content::ContentConnection>(_SettingsOfTransfers(sharers),
                                                         _authenticators->CreateAuthenticator(TheServerId));
 }
 
 std::unique_ptr<content::ResourceConnection> ServiceConnection::NewResourceConnection() const {
-    return std::make_unique<content::ResourceConnection>(_SettingsOfTransfers(),
+    return std::make_unique<content::ResourceConnection>(_SettingsOfTransfers(1),
                                                          _authenticators->CreateAuthenticator(TheServerId));
 }
 
-wire::ConnectionSettings ServiceConnection::_SettingsOfTransfers() const {
+wire::ConnectionSettings ServiceConnection::_SettingsOfTransfers(int sharers) const {
     wire::ConnectionSettings settings = _settings;
     // What is shown of several transfers at once is not for one of them to say.
     settings.onProgress = nullptr;
     // Several transfers share a line that may be slow.
     settings.leastRate = 0;
+    settings.bandwidth = (settings.bandwidth + sharers - 1) / sharers;
     return settings;
+}
+
+qint64 ServiceConnection::SizeOf(const QString& serverPath, qint64 recorded) const {
+    if (recorded >= 0) {
+        return recorded;
+    }
+    return recorded == -1 ? _settings.listing.largeSizes->Of(serverPath) : recorded + (Q_INT64_C(1) << 32);
 }
 
 QUrl ServiceConnection::UrlOf(const QString& serverPath) const {

@@ -39,7 +39,8 @@ struct FoundResource {
 };
 
 /// The library, loaded over real HTTP for one server. Has the process's configuration factory hand out its settings on
-/// the thread that made it, to which it belongs: there can be one at a time on a thread. Not thread-safe, but for Cancel.
+/// the thread that made it, to which it belongs: there can be one at a time on a thread. Not thread-safe, but for
+/// Cancel.
 class ServiceConnection {
 public:
     /// `baseUrl` has scheme, host and port. Null `credentials` are none.
@@ -69,13 +70,17 @@ public:
     /// TransactionError.
     std::optional<FoundResource> Find(const QString& serverPath);
 
-    /// A connection of its own for content, for another thread.
-    std::unique_ptr<content::IContentConnection> NewContentConnection() const;
+    /// A connection of its own for content, for another thread. `sharers` of them share the bandwidth.
+    std::unique_ptr<content::IContentConnection> NewContentConnection(int sharers = 1) const;
     /// The same for what is done with files on the service.
     std::unique_ptr<content::ResourceConnection> NewResourceConnection() const;
 
     /// The URL of a server path; empty when there is none for it.
     QUrl UrlOf(const QString& serverPath) const;
+
+    /// The size of a file that this connection listed, in bytes, as far as it is known: the library's records hold 32
+    /// bits of it, with their sign. -1 when it is 4 GiB or more and the service did not say it.
+    qint64 SizeOf(const QString& serverPath, qint64 recorded) const;
 
     /// Asks the service once. None when it has no such folder. Throws what the library throws.
     std::optional<FolderListing> List(sync::config::FolderConfiguration folder);
@@ -89,7 +94,7 @@ public:
 private:
     class Configuration;
 
-    wire::ConnectionSettings _SettingsOfTransfers() const;
+    wire::ConnectionSettings _SettingsOfTransfers(int sharers) const;
     std::shared_ptr<RemoteFileManagerFactory> _NewFileManagers(
         const std::shared_ptr<requests::IRequestSender>& sender) const;
     std::unique_ptr<sync::interf::IRemoteFolderManager> _NewFolderManager(

@@ -18,6 +18,30 @@ namespace {
 
 const int DeepestElement = 100;
 
+/// `isTrusted`: the server's certificate.
+TransactionError::Cause CauseOf(QNetworkReply::NetworkError error, bool isTrusted) {
+    using Cause = TransactionError::Cause;
+    switch (error) {
+        case QNetworkReply::NoError:
+            return Cause::WrongAnswer;
+        case QNetworkReply::HostNotFoundError:
+            return Cause::UnknownHost;
+        case QNetworkReply::ProxyNotFoundError:
+            return Cause::UnknownProxy;
+        case QNetworkReply::ConnectionRefusedError:
+        case QNetworkReply::UnknownNetworkError:
+            return Cause::NoConnection;
+        case QNetworkReply::OperationCanceledError:
+            return Cause::Silence;
+        case QNetworkReply::SslHandshakeFailedError:
+            return isTrusted ? Cause::WrongProtocol : Cause::NotTrusted;
+        case QNetworkReply::RemoteHostClosedError:
+            return Cause::CutOff;
+        default:
+            return Cause::Other;
+    }
+}
+
 bool IsRoot(const QXmlStreamReader& reader) {
     return reader.name() == QLatin1String("SyncConfig") && reader.namespaceUri().isEmpty();
 }
@@ -84,6 +108,7 @@ void SyncConfigWatch::_Look(QNetworkReply& reply, Seen& seen) {
     seen.answer.status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     seen.answer.contentType = reply.rawHeader("Content-Type");
     seen.answer.firstBytes = body.left(AnswerSummary::FirstBytesLimit);
+    seen.cause = CauseOf(reply.error(), seen.isTrusted);
     if (reply.error() == QNetworkReply::OperationCanceledError) {
         seen.problem = QStringLiteral("nothing was heard for too long");
     } else if (reply.error() != QNetworkReply::NoError) {
@@ -108,7 +133,7 @@ void SyncConfigWatch::RequireDocument() const {
         throw sync::http::HttpException(message, answer.status, _seen->url);
     }
     if (!_seen->problem.isEmpty()) {
-        throw TransactionError("GET", _seen->url, _seen->problem, answer);
+        throw TransactionError("GET", _seen->url, _seen->problem, answer, _seen->cause);
     }
 }
 

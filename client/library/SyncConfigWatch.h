@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "client/wire/AnswerSummary.h"
+#include "client/wire/TransactionError.h"
 #include "host/interfaces/factory/INetworkAccessManagerFactory.h"
 
 namespace ovsync {
@@ -31,6 +32,7 @@ private:
         bool isTrusted = true;
         /// Why there is no document; empty when there is one.
         QString problem = QStringLiteral("nothing was asked");
+        wire::TransactionError::Cause cause = wire::TransactionError::Cause::Other;
     };
 
     static void _Look(QNetworkReply& reply, Seen& seen);

@@ -17,6 +17,7 @@ using sync::http::DAVPropfindProperties;
 using sync::http::DAVPropfindRequest;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
+using wire::LargeSizes;
 using wire::ListingLimits;
 using wire::ReadDate;
 
@@ -65,13 +66,10 @@ int IntOf(const Entry& entry, Entry::Property property) {
     return static_cast<int>(number);
 }
 
-int ContentLengthOf(const Entry& entry) {
+uint64_t ContentLengthOf(const Entry& entry) {
     // Some servers give collections an empty length.
-    if (entry.IsCollection() && Trimmed(entry.Value(Entry::ContentLength)).empty()) {
-        return 0;
-    }
-    const uint64_t size = NumberOf(entry, Entry::ContentLength);
-    return size > std::numeric_limits<uint32_t>::max() ? -1 : static_cast<int32_t>(static_cast<uint32_t>(size));
+    const bool hasNone = entry.IsCollection() && Trimmed(entry.Value(Entry::ContentLength)).empty();
+    return hasNone ? 0 : NumberOf(entry, Entry::ContentLength);
 }
 
 /// The character may be a space itself; around any other there may be white space.
@@ -96,7 +94,7 @@ ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth dept
                                const ListingLimits& limits, const std::shared_ptr<DAVPropfindResult>& whole)
     : _depth(depth),
       _scope(scope),
-      _limit(limits.entries),
+      _limits(limits),
       _href(asked),
       _isPart(whole != nullptr),
       _result(whole ? whole : std::make_shared<DAVPropfindResult>()) {
@@ -135,9 +133,9 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
     }
     _isAlone = false;
     // The asked one is an entry as well.
-    if (_result->collectionResponses.size() + _result->fileResponses.size() + 2 > _limit.value) {
+    if (_result->collectionResponses.size() + _result->fileResponses.size() + 2 > _limits.entries.value) {
         throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
-                                .arg(QString::number(_limit.value), _limit.source));
+                                .arg(QString::number(_limits.entries.value), _limits.entries.source));
     }
     const bool isFolder = form == Form::Folder;
     auto& map = isFolder ? _result->collectionResponses : _result->fileResponses;
@@ -243,7 +241,11 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
         href.chop(1);
     }
     response.Describe(href, std::move(properties));
-    response.contentLength = ContentLengthOf(entry);
+    const uint64_t size = ContentLengthOf(entry);
+    response.contentLength = size > std::numeric_limits<uint32_t>::max() ? -1 : static_cast<int32_t>(size);
+    if (size >= LargeSizes::Least && size <= static_cast<uint64_t>(std::numeric_limits<qint64>::max())) {
+        _limits.largeSizes->Add(FromUtf8(key), static_cast<qint64>(size));
+    }
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);
     response.parentResourceId = IntOf(entry, Entry::ParentId);

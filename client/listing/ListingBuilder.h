@@ -60,7 +60,7 @@ private:
 
     const sync::http::DAVPropfindRequest::Depth _depth;
     const HrefScope _scope;
-    const wire::ListingLimits::Limit _limit;
+    const wire::ListingLimits _limits;
     Href _href;
     std::string _askedKey;
     bool _hasOwn = false;

@@ -24,6 +24,8 @@ struct ConnectionSettings {
     /// that comes faster may take as long as it likes. Zero bytes a second are no limit.
     std::chrono::milliseconds slownessLimit = std::chrono::minutes(10);
     qint64 leastRate = 1024;
+    /// How many bytes a second may be received, and how many sent; 0 for no limit.
+    qint64 bandwidth = 0;
     ListingLimits listing;
     /// How long it may take to reach the server, TLS included.
     std::chrono::milliseconds connectLimit = std::chrono::seconds(30);

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "client/wire/HttpTransfer.h"
+#include "client/wire/TransactionError.h"
 
 namespace ovsync {
 namespace wire {
@@ -15,6 +16,7 @@ namespace wire {
 namespace {
 
 using Clock = HttpTransfer::Clock;
+using Cause = TransactionError::Cause;
 
 const std::chrono::milliseconds ProgressInterval(200);
 
@@ -99,7 +101,7 @@ private:
     /// Until one is over, or something is to be told or looked at.
     void _Move(ITransactionQueue& queue) {
         if (_isCancelled) {
-            _Fail(_active.front(), QStringLiteral("it was cancelled"));
+            _Fail(_active.front(), Cause::Cancelled, QStringLiteral("it was cancelled"));
         }
         int running = 0;
         CURLMcode result = curl_multi_perform(_multi.get(), &running);
@@ -114,7 +116,7 @@ private:
             result = curl_multi_poll(_multi.get(), nullptr, 0, static_cast<int>(_Patience().count()), &activeSockets);
         }
         if (result != CURLM_OK) {
-            _Fail(_active.front(), QString::fromUtf8(curl_multi_strerror(result)));
+            _Fail(_active.front(), Cause::Other, QString::fromUtf8(curl_multi_strerror(result)));
         }
         if (activeSockets > 0 && _active.size() == 1) {
             _active.front()->NoteSignOfLife();
@@ -143,9 +145,9 @@ private:
         queue.OnPerformed(ended->Transaction());
     }
 
-    [[noreturn]] void _Fail(const Transfer& transfer, const QString& reason) {
+    [[noreturn]] void _Fail(const Transfer& transfer, Cause cause, const QString& reason) {
         _last = transfer.get();
-        transfer->Fail(reason, _multi.get());
+        transfer->Fail(cause, reason, _multi.get());
     }
 
     std::chrono::milliseconds _Patience() const {
@@ -159,8 +161,9 @@ private:
     void _CheckPace(ITransactionQueue& queue) {
         for (const Transfer& transfer : _active) {
             if (transfer->Silence() >= transfer->SilenceLimit()) {
-                _Fail(transfer, QStringLiteral("nothing was received or sent for %1 s")
-                                    .arg(static_cast<double>(transfer->SilenceLimit().count()) / 1000.0));
+                _Fail(transfer, Cause::Silence,
+                      QStringLiteral("nothing was received or sent for %1 s")
+                          .arg(static_cast<double>(transfer->SilenceLimit().count()) / 1000.0));
             }
             if (transfer->HasEnough()) {
                 _End(transfer.get(), CURLE_OPERATION_TIMEDOUT, queue);
@@ -174,9 +177,10 @@ private:
         const double seconds = std::chrono::duration<double>(now - _lastProgress).count();
         const qint64 size = _ReceivedSize();
         if (static_cast<double>(size - _sizeThen) < static_cast<double>(_settings.leastRate) * seconds) {
-            _Fail(_active.front(), QStringLiteral("less than %1 bytes a second were received for %2 s")
-                                       .arg(_settings.leastRate)
-                                       .arg(static_cast<double>(_settings.slownessLimit.count()) / 1000.0));
+            _Fail(_active.front(), Cause::Slowness,
+                  QStringLiteral("less than %1 bytes a second were received for %2 s")
+                      .arg(_settings.leastRate)
+                      .arg(static_cast<double>(_settings.slownessLimit.count()) / 1000.0));
         }
         _lastProgress = now;
         _sizeThen = size;

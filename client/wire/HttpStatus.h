@@ -11,6 +11,7 @@ struct HttpStatus {
     static constexpr int NoContent = 204;
     static constexpr int PartialContent = 206;
     static constexpr int MultiStatus = 207;
+    static constexpr int MultipleChoices = 300;
     static constexpr int MovedPermanently = 301;
     static constexpr int Found = 302;
     static constexpr int NotModified = 304;
@@ -18,19 +19,25 @@ struct HttpStatus {
     /// The first that says no.
     static constexpr int BadRequest = 400;
     static constexpr int Unauthorized = 401;
+    static constexpr int Forbidden = 403;
     static constexpr int NotFound = 404;
     static constexpr int MethodNotAllowed = 405;
     static constexpr int ProxyAuthenticationRequired = 407;
+    static constexpr int Conflict = 409;
     static constexpr int Gone = 410;
     static constexpr int PreconditionFailed = 412;
+    static constexpr int PayloadTooLarge = 413;
     static constexpr int RangeNotSatisfiable = 416;
+    static constexpr int Locked = 423;
     static constexpr int FailedDependency = 424;
+    static constexpr int TooManyRequests = 429;
     /// The first that says that the server failed.
     static constexpr int InternalServerError = 500;
     static constexpr int NotImplemented = 501;
     static constexpr int BadGateway = 502;
     static constexpr int ServiceUnavailable = 503;
     static constexpr int GatewayTimeout = 504;
+    static constexpr int InsufficientStorage = 507;
 };
 
 }  // namespace wire

@@ -1,12 +1,13 @@
 #include "client/wire/HttpTransfer.h"
 
+#include <openssl/x509_vfy.h>
+
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <algorithm>
 #include <new>
 
 #include "client/wire/HttpStatus.h"
-#include "client/wire/TransactionError.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -18,6 +19,9 @@ namespace {
 
 const long ReceiveBufferSize = 256L * 1024L;
 const long SendBufferSize = 256L * 1024L;
+/// Smaller ones the HTTP library does not take.
+const long LeastReceiveBufferSize = 1024L;
+const long LeastSendBufferSize = 16L * 1024L;
 /// Sending so much in vain costs more than asking first.
 const qint64 AskBeforeSending = qint64(1024) * 1024;
 /// How much, and for how long, is received of a body that nobody reads, so that the connection can be kept.
@@ -26,6 +30,41 @@ const std::chrono::milliseconds UnreadBodyPatience(1000);
 
 bool IsLoopback(const QUrl& url) {
     return url.host() == QLatin1String("localhost") || QHostAddress(url.host()).isLoopback();
+}
+
+TransactionError::Cause CauseOf(CURLcode code, long verification) {
+    using Cause = TransactionError::Cause;
+    switch (code) {
+        case CURLE_COULDNT_RESOLVE_HOST:
+            return Cause::UnknownHost;
+        case CURLE_COULDNT_RESOLVE_PROXY:
+            return Cause::UnknownProxy;
+        case CURLE_COULDNT_CONNECT:
+        case CURLE_PROXY:
+            return Cause::NoConnection;
+        case CURLE_OPERATION_TIMEDOUT:
+            return Cause::ConnectTimeout;
+        case CURLE_SSL_CONNECT_ERROR:
+        case CURLE_UNSUPPORTED_PROTOCOL:
+        case CURLE_WEIRD_SERVER_REPLY:
+            return Cause::WrongProtocol;
+        case CURLE_PEER_FAILED_VERIFICATION:
+            // The name is looked at before the chain.
+            if (verification == X509_V_OK || verification == X509_V_ERR_UNSPECIFIED) {
+                return Cause::WrongName;
+            }
+            return verification == X509_V_ERR_CERT_HAS_EXPIRED ? Cause::Expired : Cause::NotTrusted;
+        case CURLE_SSL_CACERT_BADFILE:
+            return Cause::NoCertificates;
+        case CURLE_GOT_NOTHING:
+        case CURLE_PARTIAL_FILE:
+        case CURLE_SEND_ERROR:
+        case CURLE_RECV_ERROR:
+        case CURLE_BAD_CONTENT_ENCODING:
+            return Cause::CutOff;
+        default:
+            return Cause::Other;
+    }
 }
 
 QString TransportReason(CURLcode code, const char* detail) {
@@ -81,7 +120,9 @@ bool HttpTransfer::End(CURLcode code, CURLM* multi) {
     curl_multi_remove_handle(multi, _easy.get());
     const bool isUnread = _isHeadComplete && _transaction->IsHeadEnough();
     if (code != CURLE_OK && !_refusal && !isUnread) {
-        Fail(TransportReason(code, _detail), multi);
+        long verification = 0;
+        curl_easy_getinfo(_easy.get(), CURLINFO_SSL_VERIFYRESULT, &verification);
+        Fail(CauseOf(code, verification), TransportReason(code, _detail), multi);
     }
     if (!_refusal) {
         _HandOn([this] {
@@ -102,10 +143,10 @@ bool HttpTransfer::End(CURLcode code, CURLM* multi) {
     return _isForSlash;
 }
 
-void HttpTransfer::Fail(const QString& reason, CURLM* multi) {
+void HttpTransfer::Fail(TransactionError::Cause cause, const QString& reason, CURLM* multi) {
     BreakOff(multi);
     _answer.status = _Status();
-    throw TransactionError(_transaction->Method(), _transaction->Url(), reason, _answer);
+    throw TransactionError(_transaction->Method(), _transaction->Url(), reason, _answer, cause);
 }
 
 void HttpTransfer::BreakOff(CURLM* multi) {
@@ -140,6 +181,16 @@ void HttpTransfer::_Open() {
     _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(_settings.connectLimit.count()));
     _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
     _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
+    if (_settings.bandwidth > 0) {
+        const auto piece = [this](long least, long most) {
+            return static_cast<long>(std::clamp<qint64>(_settings.bandwidth, least, most));
+        };
+        _Set(CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(_settings.bandwidth));
+        _Set(CURLOPT_MAX_SEND_SPEED_LARGE, static_cast<curl_off_t>(_settings.bandwidth));
+        // A larger piece would be waited for, without a sign of life.
+        _Set(CURLOPT_BUFFERSIZE, piece(LeastReceiveBufferSize, ReceiveBufferSize));
+        _Set(CURLOPT_UPLOAD_BUFFERSIZE, piece(LeastSendBufferSize, SendBufferSize));
+    }
     _Set(CURLOPT_SSL_VERIFYPEER, 1L);
     _Set(CURLOPT_SSL_VERIFYHOST, 2L);
     if (!_settings.caFile.isEmpty()) {

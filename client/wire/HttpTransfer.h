@@ -11,6 +11,7 @@
 #include "client/wire/ConnectionSettings.h"
 #include "client/wire/CurlHandle.h"
 #include "client/wire/HttpTransaction.h"
+#include "client/wire/TransactionError.h"
 
 namespace ovsync {
 namespace wire {
@@ -35,7 +36,7 @@ public:
     bool End(CURLcode code, CURLM* multi);
 
     /// Ends a transaction that is under way, because of `reason`, and throws that as a TransactionError.
-    [[noreturn]] void Fail(const QString& reason, CURLM* multi);
+    [[noreturn]] void Fail(TransactionError::Cause cause, const QString& reason, CURLM* multi);
 
     /// Ends a transaction that is under way without a word.
     void BreakOff(CURLM* multi);

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <QString>
+#include <memory>
+
+#include "client/wire/LargeSizes.h"
 
 namespace ovsync {
 namespace wire {
 
-/// How large a listing may become. A plain value.
+/// How large a listing may become, and where sizes go that it cannot hold. A plain value, but for the sizes, which its
+/// copies share.
 struct ListingLimits {
     struct Limit {
         qint64 value;
@@ -16,6 +20,7 @@ struct ListingLimits {
     Limit entries = {5000000, QStringLiteral("this client")};
     /// Of the answer's body, uncompressed.
     Limit bytes = {qint64(4) * 1024 * 1024 * 1024, QStringLiteral("this client")};
+    std::shared_ptr<LargeSizes> largeSizes = std::make_shared<LargeSizes>();
 };
 
 }  // namespace wire

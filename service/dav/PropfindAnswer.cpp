@@ -48,13 +48,20 @@ bool WantsDeadProperties(const protocol::PropfindRequest& request) {
                        [](const protocol::PropertyName& name) { return tree::FindLiveProperty(name) == nullptr; });
 }
 
-PropfindAnswer::PropfindAnswer(tree::Listing listing, protocol::PropfindRequest request, bool isMinimal,
-                               tree::Checksums& checksums)
-    : _listing(std::move(listing)),
+bool WantsSyncToken(const protocol::PropfindRequest& request) {
+    return std::any_of(request.names.begin(), request.names.end(), [](const protocol::PropertyName& name) {
+        return name.nameSpace == protocol::DavNamespace && name.name == "sync-token";
+    });
+}
+
+PropfindAnswer::PropfindAnswer(std::vector<tree::Listing::Entry> entries, protocol::PropfindRequest request,
+                               bool isMinimal, tree::Checksums& checksums, std::string trailer)
+    : _entries(std::move(entries)),
       _kind(request.kind),
       _isMinimal(isMinimal),
       _checksums(checksums),
-      _text(MultistatusBegin()) {
+      _text(MultistatusBegin()),
+      _trailer(std::move(trailer)) {
     const bool isAll = _kind == protocol::PropfindRequest::Kind::AllProperties;
     if (isAll) {
         for (const tree::LiveProperty& property : tree::LiveProperties()) {
@@ -82,14 +89,15 @@ std::size_t PropfindAnswer::Read(char* buffer, std::size_t size) {
         _text.clear();
         _position = 0;
     }
-    auto& entries = _listing.entries;
-    while (_next < entries.size() && _text.size() - _position < size) {
-        _Append(entries[_next]);
+    while (_next < _entries.size() && _text.size() - _position < size) {
+        _Append(_entries[_next]);
         // What has been written is not needed again, and a listing can be large.
-        entries[_next] = {};
-        if (++_next == entries.size()) {
-            _text += MultistatusEnd;
-        }
+        _entries[_next++] = {};
+    }
+    if (_next == _entries.size() && !_isEnded) {
+        _text += _trailer;
+        _text += MultistatusEnd;
+        _isEnded = true;
     }
     const std::size_t count = _text.copy(buffer, size, _position);
     _position += count;

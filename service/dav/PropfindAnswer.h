@@ -12,13 +12,14 @@
 
 namespace service::dav {
 
-/// The multistatus document that answers a PROPFIND. It is made piece by piece while it is read, and so are a few
-/// checksums that are not known yet; files have to do without the others, which are computed later.
+/// The multistatus document that answers a PROPFIND or a REPORT. It is made piece by piece while it is read, and so are
+/// a few checksums that are not known yet; files have to do without the others, which are computed later.
 class PropfindAnswer : public protocol::IBody {
 public:
-    /// `isMinimal` leaves out the properties that a resource lacks. `checksums` must outlive this object.
-    PropfindAnswer(tree::Listing listing, protocol::PropfindRequest request, bool isMinimal,
-                   tree::Checksums& checksums);
+    /// For `entries`; `isMinimal` leaves out the properties that a resource lacks. `checksums` must outlive
+    /// this object. `trailer` stands behind the entries.
+    PropfindAnswer(std::vector<tree::Listing::Entry> entries, protocol::PropfindRequest request, bool isMinimal,
+                   tree::Checksums& checksums, std::string trailer = {});
 
     std::optional<std::uint64_t> Size() const override { return std::nullopt; }
     std::size_t Read(char* buffer, std::size_t size) override;
@@ -37,7 +38,7 @@ private:
     void _AppendValues(const tree::Listing::Entry& entry);
     void _CompleteChecksum(tree::Listing::Entry& entry);
 
-    tree::Listing _listing;
+    std::vector<tree::Listing::Entry> _entries;
     protocol::PropfindRequest::Kind _kind;
     std::vector<Wanted> _wanted;
     bool _isMinimal;
@@ -49,10 +50,16 @@ private:
     std::string _text;
     std::size_t _position = 0;
     std::string _missing;
+    // What stands before the end of the document.
+    std::string _trailer;
+    bool _isEnded = false;
 };
 
 /// Whether a PROPFIND needs to know the dead properties.
 bool WantsDeadProperties(const protocol::PropfindRequest& request);
+
+/// Whether a PROPFIND asks for the sync token of collections.
+bool WantsSyncToken(const protocol::PropfindRequest& request);
 
 /// Appends an element for `name` without a value, for use in a multistatus document.
 void AppendEmptyElement(std::string& xml, const protocol::PropertyName& name);

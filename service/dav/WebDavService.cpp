@@ -15,6 +15,7 @@
 #include "service/protocol/HttpDate.h"
 #include "service/protocol/HttpError.h"
 #include "service/protocol/ServerPath.h"
+#include "service/protocol/SyncCollectionRequest.h"
 #include "service/protocol/TextBody.h"
 #include "service/protocol/UnixTime.h"
 #include "service/protocol/XmlText.h"
@@ -23,8 +24,8 @@ namespace service::dav {
 namespace {
 
 constexpr int NotAllowed = 405;
-constexpr std::array<const char*, 10> Methods{"OPTIONS", "GET",  "HEAD", "PUT",      "DELETE",
-                                              "MKCOL",   "COPY", "MOVE", "PROPFIND", "PROPPATCH"};
+constexpr std::array<const char*, 11> Methods{"OPTIONS", "GET",  "HEAD",     "PUT",       "DELETE", "MKCOL",
+                                              "COPY",    "MOVE", "PROPFIND", "PROPPATCH", "REPORT"};
 constexpr const char* XmlType = "application/xml; charset=\"utf-8\"";
 
 constexpr std::array<const char*, 3> MethodsById{"DELETE", "MKCOL", "PROPFIND"};
@@ -105,6 +106,15 @@ void AddFolderHeaders(protocol::Answer& answer, const store::Resource& folder) {
     }
 }
 
+protocol::Answer UnmetPrecondition(int status, const std::string& name) {
+    protocol::Answer answer;
+    answer.status = status;
+    answer.headers.emplace_back("Content-Type", XmlType);
+    answer.body = std::make_unique<protocol::TextBody>(
+        "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<D:error xmlns:D=\"DAV:\"><D:" + name + "/></D:error>\n");
+    return answer;
+}
+
 }  // namespace
 
 bool WebDavService::Knows(const std::string& method) {
@@ -159,6 +169,7 @@ protocol::Answer WebDavService::_Dispatch(const protocol::Request& request, stor
         {"MOVE", &WebDavService::_CopyOrMove},
         {"PROPFIND", &WebDavService::_Propfind},
         {"PROPPATCH", &WebDavService::_Proppatch},
+        {"REPORT", &WebDavService::_Report},
     };
     const auto operation = operations.find(request.method);
     if (operation == operations.end() && upload == nullptr) {
@@ -202,8 +213,7 @@ protocol::Answer WebDavService::_Get(const protocol::Request& request) {
     auto [resource, file] = _tree.Open(path, tree::Preconditions(request));
     if (resource.isCollection) {
         std::string names;
-        for (const auto& entry :
-             _tree.List({path}, protocol::Request::Depth::One, false, request.isAbandoned).entries) {
+        for (const auto& entry : _tree.List({path}, protocol::Request::Depth::One, {}, request.isAbandoned).entries) {
             names += entry.path == path
                          ? ""
                          : protocol::LastSegment(entry.path) + (entry.resource.isCollection ? "/\n" : "\n");
@@ -321,8 +331,8 @@ protocol::Answer WebDavService::_CopyOrMove(const protocol::Request& request) {
 
 protocol::Answer WebDavService::_Propfind(const protocol::Request& request) {
     protocol::PropfindRequest wanted = protocol::PropfindRequest::Parse(request.body);
-    tree::Listing listing =
-        _tree.List(request.Where(), request.RequestedDepth(), WantsDeadProperties(wanted), request.isAbandoned);
+    tree::Listing listing = _tree.List(request.Where(), request.RequestedDepth(),
+                                       {WantsDeadProperties(wanted), WantsSyncToken(wanted)}, request.isAbandoned);
     const std::string* date = request.Header("if-modified-since");
     const auto since = date == nullptr ? std::nullopt : protocol::ParseHttpDate(*date);
     protocol::Answer answer;
@@ -341,7 +351,38 @@ protocol::Answer WebDavService::_Propfind(const protocol::Request& request) {
     if (isMinimal) {
         answer.headers.emplace_back("Preference-Applied", "return=minimal");
     }
-    answer.body = std::make_unique<PropfindAnswer>(std::move(listing), std::move(wanted), isMinimal, _checksums);
+    answer.body =
+        std::make_unique<PropfindAnswer>(std::move(listing.entries), std::move(wanted), isMinimal, _checksums);
+    return answer;
+}
+
+protocol::Answer WebDavService::_Report(const protocol::Request& request) {
+    protocol::SyncCollectionRequest wanted = protocol::SyncCollectionRequest::Parse(request.body);
+    if (request.Header("depth") != nullptr && request.RequestedDepth() != protocol::Request::Depth::Zero) {
+        throw protocol::HttpError(400, "A sync-collection says by its sync-level how deep it goes; its Depth is 0");
+    }
+    tree::Changes changes;
+    try {
+        changes = _tree.ListChanges(request.Path(), wanted.depth, wanted.token, WantsDeadProperties(wanted.properties),
+                                    request.isAbandoned);
+    } catch (const tree::InvalidSyncToken&) {
+        return UnmetPrecondition(403, "valid-sync-token");
+    }
+    if (wanted.limit && changes.entries.size() + changes.removals.size() > *wanted.limit) {
+        return UnmetPrecondition(507, "number-of-matches-within-limits");
+    }
+    std::string trailer;
+    for (const auto& removal : changes.removals) {
+        trailer += "<D:response><D:href>";
+        protocol::AppendEscaped(trailer, protocol::Href(removal.path, removal.isCollection));
+        trailer += "</D:href><D:status>HTTP/1.1 404 Not Found</D:status></D:response>\n";
+    }
+    trailer += "<D:sync-token>" + changes.token + "</D:sync-token>\n";
+    protocol::Answer answer;
+    answer.status = 207;
+    answer.headers.emplace_back("Content-Type", XmlType);
+    answer.body = std::make_unique<PropfindAnswer>(std::move(changes.entries), std::move(wanted.properties),
+                                                   request.PrefersMinimal(), _checksums, std::move(trailer));
     return answer;
 }
 

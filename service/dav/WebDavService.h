@@ -40,6 +40,7 @@ private:
     protocol::Answer _MakeCollection(const protocol::Request& request);
     protocol::Answer _CopyOrMove(const protocol::Request& request);
     protocol::Answer _Propfind(const protocol::Request& request);
+    protocol::Answer _Report(const protocol::Request& request);
     protocol::Answer _Proppatch(const protocol::Request& request);
 
     tree::ServiceTree& _tree;

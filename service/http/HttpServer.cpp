@@ -23,6 +23,7 @@ constexpr std::size_t LargestXml = 1024UL * 1024UL;
 constexpr std::size_t BlockSize = 65536;
 constexpr std::size_t ConnectionMemory = 262144;
 constexpr unsigned IdleSeconds = 300;
+constexpr std::size_t MostIdleConnections = 100;
 
 int Socket(MHD_Connection* connection) {
     return MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
@@ -72,6 +73,7 @@ struct HttpServer::Callbacks {
         auto& self = *static_cast<HttpServer*>(server);
         auto* exchange = static_cast<Exchange*>(*state);
         if (exchange == nullptr) {
+            self._idle.Busy(connection);
             *state = self._Begin(connection, target, method).release();
             return MHD_YES;
         }
@@ -106,8 +108,18 @@ struct HttpServer::Callbacks {
         }
     }
 
-    static void Completed(void* /*server*/, MHD_Connection* /*connection*/, void** state,
-                          MHD_RequestTerminationCode /*code*/) {
+    static void Notice(void* server, MHD_Connection* connection, void** /*context*/,
+                       MHD_ConnectionNotificationCode code) {
+        auto& self = *static_cast<HttpServer*>(server);
+        if (code == MHD_CONNECTION_NOTIFY_STARTED) {
+            self._idle.Opened(connection, Socket(connection));
+        } else {
+            self._idle.Closed(connection);
+        }
+    }
+
+    static void Completed(void* server, MHD_Connection* connection, void** state, MHD_RequestTerminationCode /*code*/) {
+        static_cast<HttpServer*>(server)->_idle.Idle(connection);
         const std::unique_ptr<Exchange> finished(static_cast<Exchange*>(*state));
         *state = nullptr;
     }
@@ -139,14 +151,15 @@ struct HttpServer::Callbacks {
 };
 
 HttpServer::HttpServer(tree::ServiceTree& tree, const Options& options)
-    : _tree(tree), _options(options), _service(tree), _faults(options.faults) {
+    : _tree(tree), _options(options), _service(tree), _faults(options.faults), _idle(MostIdleConnections) {
     store::FileDescriptor listener = Listen(options.port);
     _port = PortOf(listener.Get());
     _daemon = MHD_start_daemon(MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL, 0,
                                nullptr, nullptr, &Callbacks::Handle, this, MHD_OPTION_LISTEN_SOCKET, listener.Get(),
-                               MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::Completed, this, MHD_OPTION_UNESCAPE_CALLBACK,
-                               &Callbacks::LeaveEncoded, this, MHD_OPTION_CONNECTION_MEMORY_LIMIT, ConnectionMemory,
-                               MHD_OPTION_CONNECTION_TIMEOUT, IdleSeconds, MHD_OPTION_END);
+                               MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::Completed, this, MHD_OPTION_NOTIFY_CONNECTION,
+                               &Callbacks::Notice, this, MHD_OPTION_UNESCAPE_CALLBACK, &Callbacks::LeaveEncoded, this,
+                               MHD_OPTION_CONNECTION_MEMORY_LIMIT, ConnectionMemory, MHD_OPTION_CONNECTION_TIMEOUT,
+                               IdleSeconds, MHD_OPTION_END);
     if (_daemon == nullptr) {
         throw std::runtime_error("The HTTP server cannot be started");
     }

@@ -11,6 +11,7 @@
 #include "service/http/Fault.h"
 #include "service/http/FaultInjector.h"
 #include "service/http/FaultPlan.h"
+#include "service/http/IdleConnections.h"
 #include "service/http/StopSignal.h"
 #include "service/tree/ServiceTree.h"
 
@@ -59,6 +60,7 @@ private:
     dav::WebDavService _service;
     FaultPlan _faults;
     StopSignal _stop;
+    IdleConnections _idle;
     FaultInjector _injector{_stop};
     std::uint16_t _port = 0;
     MHD_Daemon* _daemon = nullptr;

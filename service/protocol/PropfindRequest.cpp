@@ -1,8 +1,5 @@
 #include "service/protocol/PropfindRequest.h"
 
-#include <set>
-#include <utility>
-
 #include "service/protocol/HttpError.h"
 #include "service/protocol/XmlDocument.h"
 
@@ -15,7 +12,6 @@ PropfindRequest PropfindRequest::Parse(std::string_view body) {
     }
     const XmlDocument document(body, "propfind");
     int kinds = 0;
-    std::set<std::pair<std::string, std::string>> seen;
     for (const auto* element = FirstElement(document.Root()); element != nullptr; element = NextElement(element)) {
         const bool isListed = IsDavElement(element, "prop");
         if (isListed) {
@@ -31,17 +27,21 @@ PropfindRequest PropfindRequest::Parse(std::string_view body) {
         if (!isListed && !IsDavElement(element, "include")) {
             continue;
         }
-        for (const auto* name = FirstElement(element); name != nullptr; name = NextElement(name)) {
-            PropertyName property{ElementNamespace(name), ElementName(name)};
-            if (seen.emplace(property.nameSpace, property.name).second) {
-                request.names.push_back(std::move(property));
-            }
-        }
+        request.AddNames(element);
     }
     if (kinds != 1) {
         throw HttpError(400, "The propfind needs exactly one of prop, allprop and propname");
     }
     return request;
+}
+
+void PropfindRequest::AddNames(const _xmlNode* parent) {
+    for (const auto* name = FirstElement(parent); name != nullptr; name = NextElement(name)) {
+        PropertyName property{ElementNamespace(name), ElementName(name)};
+        if (_seen.emplace(property.nameSpace, property.name).second) {
+            names.push_back(std::move(property));
+        }
+    }
 }
 
 }  // namespace service::protocol

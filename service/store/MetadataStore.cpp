@@ -297,6 +297,10 @@ std::int64_t MetadataStore::LastChange() {
     return last;
 }
 
+void MetadataStore::RecycleSpace() {
+    _database.Execute("PRAGMA wal_checkpoint(RESTART)");
+}
+
 std::string MetadataStore::_ItemId(std::int64_t id) const {
     return _storeId + "-" + std::to_string(id);
 }

@@ -58,6 +58,9 @@ public:
     void WriteJournal(const std::vector<Rename>& steps);
     void ClearJournal();
 
+    /// Lets the next changes take the space on the disk of those before, as far as it goes.
+    void RecycleSpace();
+
     /// The time of the last change of all, in milliseconds.
     std::int64_t LastChange();
 

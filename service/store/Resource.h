@@ -44,6 +44,9 @@ struct Resource {
     /// name, and a new list of children in a collection, are changes too.
     std::int64_t changed = 0;
 
+    /// Not kept: what a collection's listing has, if it was asked for.
+    std::string syncToken;
+
     /// Names this version of this resource and no other.
     std::string VersionId() const;
 

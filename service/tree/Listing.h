@@ -6,6 +6,7 @@
 
 #include "service/protocol/Property.h"
 #include "service/store/Resource.h"
+#include "service/tree/ChangeLog.h"
 
 namespace service::tree {
 
@@ -23,6 +24,15 @@ struct Listing {
     std::vector<Entry> entries;
     /// When anything in it changed last, by the service's clock, in milliseconds.
     std::int64_t lastChange = 0;
+};
+
+/// What has changed in a collection.
+struct Changes {
+    /// What is new or another, in the order of a listing, without the collection itself.
+    std::vector<Listing::Entry> entries;
+    std::vector<ChangeLog::Removal> removals;
+    /// Stands for all of it.
+    std::string token;
 };
 
 }  // namespace service::tree

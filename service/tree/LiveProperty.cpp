@@ -164,6 +164,15 @@ const std::vector<LiveProperty>& LiveProperties() {
         {"supportedlock", 'D', false, Lacks, nullptr},
         {"resourceclasstype", 'P', false, AppendClassType, SetClassType},
         {"syncproperties", 'P', false, AppendSyncProperties, nullptr},
+        {"sync-token", 'P', false, AppendMember<&store::Resource::syncToken>, nullptr},
+        {"supported-report-set", 'P', false,
+         [](const store::Resource& r, std::string& xml) {
+             constexpr const char* reports =
+                 "<D:supported-report><D:report><D:sync-collection/></D:report></D:supported-report>";
+             xml += r.isCollection ? reports : "";
+             return r.isCollection;
+         },
+         nullptr},
         {"resourceid", 'P', true, [](const store::Resource& r, std::string& xml) { return AppendNumber(r.id, xml); },
          nullptr},
         {"parentid", 'P', true, [](const store::Resource& r, std::string& xml) { return AppendNumber(r.parent, xml); },

@@ -29,15 +29,16 @@ void Observe(store::Resource& resource, const store::ContentStore::Entry& found)
 }
 
 Reconciler::Reconciler(store::ContentStore& content, store::MetadataStore& metadata, store::Clock& clock,
-                       const std::string& owner)
-    : _content(content), _metadata(metadata), _clock(clock), _owner(owner) {}
+                       ChangeLog& log, const std::string& owner)
+    : _content(content), _metadata(metadata), _clock(clock), _log(log), _owner(owner) {}
 
-// Brings the metadata of one name in line with the disk. Returns whether the list of children changed by it. To be
-// called in a transaction.
-bool Reconciler::_Adopt(const store::Resource& parent, std::optional<store::Resource>& known,
+// Brings the metadata of what is at `path` in line with the disk. Returns whether the list of children changed by it.
+// To be called in a transaction.
+bool Reconciler::_Adopt(const store::Resource& parent, const std::string& path, std::optional<store::Resource>& known,
                         const store::ContentStore::Entry* found) {
     bool listChanged = false;
     if (known && (found == nullptr || known->isCollection != IsCollection(*found))) {
+        _log.AddRemoval({path, known->isCollection, _clock.Now()});
         _metadata.RemoveTree(known->id);
         known.reset();
         listChanged = true;
@@ -81,7 +82,7 @@ std::optional<store::Resource> Reconciler::Child(store::Resource& parent, const 
     }
     if (known.has_value() != found.has_value() || (known && !Describes(*known, *found))) {
         store::MetadataStore::Transaction transaction(_metadata);
-        if (_Adopt(parent, known, found ? &*found : nullptr)) {
+        if (_Adopt(parent, path, known, found ? &*found : nullptr)) {
             ChildrenChanged(parent, protocol::ParentPath(path));
         }
         transaction.Commit();
@@ -111,7 +112,8 @@ std::vector<store::Resource> Reconciler::Children(store::Resource& parent, const
             if (!transaction) {
                 transaction.emplace(_metadata);
             }
-            listChanged = _Adopt(parent, child, found) || listChanged;
+            const std::string childPath = protocol::ChildPath(path, child ? child->name : found->name);
+            listChanged = _Adopt(parent, childPath, child, found) || listChanged;
         }
         if (child) {
             children.push_back(std::move(*child));

@@ -8,6 +8,7 @@
 #include "service/store/ContentStore.h"
 #include "service/store/MetadataStore.h"
 #include "service/store/Resource.h"
+#include "service/tree/ChangeLog.h"
 
 namespace service::tree {
 
@@ -16,8 +17,9 @@ namespace service::tree {
 /// Throws as the content and the metadata do. Used by one thread at a time, which has both to itself.
 class Reconciler {
 public:
-    /// The first three must outlive this object. `owner` is said to have made what people put there.
-    Reconciler(store::ContentStore& content, store::MetadataStore& metadata, store::Clock& clock,
+    /// The first four must outlive this object. `log` is told what is gone. `owner` is said to have made what people
+    /// put there.
+    Reconciler(store::ContentStore& content, store::MetadataStore& metadata, store::Clock& clock, ChangeLog& log,
                const std::string& owner);
 
     /// What is at a server path.
@@ -34,13 +36,14 @@ public:
 
 private:
     store::Resource _Root();
-    bool _Adopt(const store::Resource& parent, std::optional<store::Resource>& known,
+    bool _Adopt(const store::Resource& parent, const std::string& path, std::optional<store::Resource>& known,
                 const store::ContentStore::Entry* found);
     void _Refresh(store::Resource& known, const store::ContentStore::Entry& found);
 
     store::ContentStore& _content;
     store::MetadataStore& _metadata;
     store::Clock& _clock;
+    ChangeLog& _log;
     std::string _owner;
 };
 

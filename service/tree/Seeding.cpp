@@ -64,7 +64,7 @@ void Seed(ServiceTree& tree, const std::string& directory, const Seeding& seedin
         SeedFile(root / parent / (NumberedName("file-", i + 1) + ".txt"));
     }
     std::vector<store::Resource> files;
-    for (auto& entry : tree.List({seeding.folder}, protocol::Request::Depth::Infinity, false).entries) {
+    for (auto& entry : tree.List({seeding.folder}, protocol::Request::Depth::Infinity, {}).entries) {
         if (!entry.resource.isCollection && entry.resource.md5.empty()) {
             tree.CompleteChecksum(entry);
             files.push_back(std::move(entry.resource));

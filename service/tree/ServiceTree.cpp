@@ -1,6 +1,7 @@
 #include "service/tree/ServiceTree.h"
 
 #include <map>
+#include <set>
 
 #include "service/protocol/HttpError.h"
 #include "service/protocol/ServerPath.h"
@@ -18,13 +19,35 @@ void Observe(store::Resource& resource, const store::UploadFile& upload) {
 
 }  // namespace
 
+// For what has to work on a full disk.
+template <typename Operation>
+auto ServiceTree::_WithSpace(Operation operation) {
+    return store::WithSpace(operation, [this](int calls) {
+        if (calls > 0 && !_reserve.Release()) {
+            return false;
+        }
+        try {
+            _metadata.RecycleSpace();
+        } catch (const std::system_error&) {
+            // That takes space, too, when the metadata has grown.
+        }
+        return true;
+    });
+}
+
 ServiceTree::ServiceTree(const std::string& directory, const std::string& owner)
     : _content(directory),
-      _metadata(_content.OwnFile("metadata.db"), owner, _clock.Now()),
-      _reconciler(_content, _metadata, _clock, owner) {
-    _content.Undo(_metadata.Journal());
-    _metadata.ClearJournal();
+      _reserve(_content.OwnFile("reserve")),
+      _metadata(
+          store::WithSpace([&] { return store::MetadataStore(_content.OwnFile("metadata.db"), owner, _clock.Now()); },
+                           [this](int /*calls*/) { return _reserve.Release(); })),
+      _reconciler(_content, _metadata, _clock, _log, owner) {
+    _WithSpace([this] {
+        _content.Undo(_metadata.Journal());
+        _metadata.ClearJournal();
+    });
     _content.ClearWork();
+    _reserve.Fill();
     _clock.NotBefore(_metadata.LastChange());
 }
 
@@ -138,24 +161,95 @@ Listing ServiceTree::_List(const std::string& path, const store::Resource& resou
     return listing;
 }
 
-Listing ServiceTree::List(const protocol::Address& address, protocol::Request::Depth depth, bool wantsDeadProperties,
+Listing ServiceTree::List(const protocol::Address& address, protocol::Request::Depth depth, Extras wanted,
                           const store::Interruption& isInterrupted) {
     const std::lock_guard lock(_mutex);
-    const std::string path = _ExistingPath(address);
-    Listing listing = _List(path, _Existing(path), depth, isInterrupted);
-    if (wantsDeadProperties) {
-        for (Listing::Entry& entry : listing.entries) {
-            entry.deadProperties = _metadata.DeadProperties(entry.resource.id);
+    return _WithSpace([&] {
+        const std::string path = _ExistingPath(address);
+        Listing listing = _List(path, _Existing(path), depth, isInterrupted);
+        if (wanted.hasDeadProperties) {
+            _AddDeadProperties(listing.entries);
+        }
+        if (wanted.hasSyncToken) {
+            const std::string token = _SyncToken();
+            for (Listing::Entry& entry : listing.entries) {
+                entry.resource.syncToken = entry.resource.isCollection ? token : "";
+            }
+        }
+        return listing;
+    });
+}
+
+void ServiceTree::_AddDeadProperties(std::vector<Listing::Entry>& entries) {
+    for (Listing::Entry& entry : entries) {
+        entry.deadProperties = _metadata.DeadProperties(entry.resource.id);
+    }
+}
+
+Changes ServiceTree::ListChanges(const std::string& path, protocol::Request::Depth depth, const std::string& token,
+                                 bool wantsDeadProperties, const store::Interruption& isInterrupted) {
+    const std::lock_guard lock(_mutex);
+    return _WithSpace([&] {
+        const store::Resource collection = _Existing(path);
+        if (!collection.isCollection) {
+            throw protocol::HttpError(403, "Only collections have changes to report");
+        }
+        const bool isFirst = token.empty();
+        const std::int64_t since = isFirst ? 0 : _log.TimeOf(token);
+        Changes changes;
+        std::set<std::string> present;
+        std::vector<Listing::Entry> entries = _List(path, collection, depth, isInterrupted).entries;
+        for (auto entry = entries.begin() + 1; entry != entries.end(); ++entry) {
+            present.insert(entry->path);
+            if (isFirst || entry->resource.changed > since) {
+                changes.entries.push_back(std::move(*entry));
+            }
+        }
+        if (wantsDeadProperties) {
+            _AddDeadProperties(changes.entries);
+        }
+        if (!isFirst) {
+            changes.removals = _Removals(since, path, depth, present, token);
+        }
+        changes.token = _SyncToken();
+        return changes;
+    });
+}
+
+// Stands for everything that has been noticed up to now, and stays the same until the next change is.
+std::string ServiceTree::_SyncToken() {
+    const std::int64_t last = std::max(_metadata.LastChange(), _log.LastRemoval());
+    // So the time alone says on which side of the token a change lies.
+    _clock.NotBefore(last + 1);
+    return _log.TokenAt(last);
+}
+
+// What was removed from `path` after `since` and has not come back, `present` being what is there.
+std::vector<ChangeLog::Removal> ServiceTree::_Removals(std::int64_t since, const std::string& path,
+                                                       protocol::Request::Depth depth,
+                                                       const std::set<std::string>& present, const std::string& token) {
+    std::vector<ChangeLog::Removal> gone;
+    for (ChangeLog::Removal& removal : _log.RemovalsSince(since)) {
+        // Of what was in a collection whose place another one has taken, the log says nothing.
+        if (protocol::IsWithin(path, removal.path) || (removal.isCollection && present.count(removal.path) != 0)) {
+            throw InvalidSyncToken(token);
+        }
+        const bool isInScope = depth == protocol::Request::Depth::One ? protocol::ParentPath(removal.path) == path
+                                                                      : protocol::IsWithin(removal.path, path);
+        if (isInScope && present.count(removal.path) == 0) {
+            gone.push_back(std::move(removal));
         }
     }
-    return listing;
+    return gone;
 }
 
 ServiceTree::Opened ServiceTree::Open(const std::string& path, const Preconditions& preconditions) {
     const std::lock_guard lock(_mutex);
-    store::Resource resource = _Existing(path);
-    _Check(preconditions, path, resource);
-    return {resource, resource.isCollection ? store::FileDescriptor() : _content.Open(path)};
+    return _WithSpace([&] {
+        store::Resource resource = _Existing(path);
+        _Check(preconditions, path, resource);
+        return Opened{resource, resource.isCollection ? store::FileDescriptor() : _content.Open(path)};
+    });
 }
 
 std::optional<store::ContentStore::OpenFile> ServiceTree::OpenSyncConfiguration() const {
@@ -248,19 +342,28 @@ void ServiceTree::Remove(const protocol::Address& address, const Preconditions& 
     const std::string removed = _content.WorkPath();
     {
         const std::lock_guard lock(_mutex);
-        const std::string path = _ExistingPath(address);
-        if (path.empty()) {
-            throw protocol::HttpError(403, "The root cannot be removed");
-        }
-        const store::Resource resource = _Existing(path);
-        _Check(preconditions, path, resource);
-        store::Resource parent = _ParentOfNew(path);
-        _Change({{path, removed}}, [&] {
-            _metadata.RemoveTree(resource.id);
-            _reconciler.ChildrenChanged(parent, protocol::ParentPath(path));
-        });
+        _WithSpace([&] { _Remove(address, preconditions, removed); });
     }
     _content.RemoveWork(removed);
+    const std::lock_guard lock(_mutex);
+    _reserve.Fill();
+}
+
+// What is at `address` goes to the work path `removed`.
+void ServiceTree::_Remove(const protocol::Address& address, const Preconditions& preconditions,
+                          const std::string& removed) {
+    const std::string path = _ExistingPath(address);
+    if (path.empty()) {
+        throw protocol::HttpError(403, "The root cannot be removed");
+    }
+    const store::Resource resource = _Existing(path);
+    _Check(preconditions, path, resource);
+    store::Resource parent = _ParentOfNew(path);
+    _Change({{path, removed}}, [&] {
+        _metadata.RemoveTree(resource.id);
+        _reconciler.ChildrenChanged(parent, protocol::ParentPath(path));
+    });
+    _log.AddRemoval({path, resource.isCollection, _clock.Now()});
 }
 
 ServiceTree::Destination ServiceTree::_Destination(const std::string& from, const std::string& to, bool overwrite) {
@@ -339,8 +442,16 @@ bool ServiceTree::Copy(const std::string& from, const std::string& to, protocol:
         _content.RemoveWork(made);
         throw;
     }
+    _LogReplaced(place, to);
     _content.RemoveWork(old);
     return !place.replaced;
+}
+
+// To be called when what was at `to` has been replaced.
+void ServiceTree::_LogReplaced(const Destination& place, const std::string& to) {
+    if (place.replaced) {
+        _log.AddRemoval({to, place.replaced->isCollection, _clock.Now()});
+    }
 }
 
 bool ServiceTree::Move(const std::string& from, const std::string& to, bool overwrite,
@@ -369,6 +480,8 @@ bool ServiceTree::Move(const std::string& from, const std::string& to, bool over
         _reconciler.ChildrenChanged(oldParent, protocol::ParentPath(from));
         _reconciler.ChildrenChanged(place.parent, protocol::ParentPath(to));
     });
+    _log.AddRemoval({from, resource.isCollection, _clock.Now()});
+    _LogReplaced(place, to);
     _content.RemoveWork(old);
     return !place.replaced;
 }

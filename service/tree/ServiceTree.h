@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "service/store/Clock.h"
 #include "service/store/ContentStore.h"
 #include "service/store/MetadataStore.h"
+#include "service/store/SpaceReserve.h"
 #include "service/tree/Listing.h"
 #include "service/tree/Preconditions.h"
 #include "service/tree/Reconciler.h"
@@ -26,7 +28,8 @@ namespace service::tree {
 /// Every change is whole or not at all, whether it throws or the process is killed, and is on the disk when the
 /// operation returns.
 /// Throws HttpError when a request cannot be granted, std::system_error and std::runtime_error when the disk or the
-/// database fails. Thread-safe; a checked precondition still holds when the change is made.
+/// database fails. What reads or removes still works on a full disk. Thread-safe; a checked precondition still holds
+/// when the change is made.
 class ServiceTree {
 public:
     /// Serves `directory`, undoing what a killed process left half done. `owner` is said to have made the files
@@ -36,9 +39,21 @@ public:
     /// The service's time in milliseconds since 1970.
     std::int64_t Now() { return _clock.Now(); }
 
+    /// What a listing has beside the rest.
+    struct Extras {
+        bool hasDeadProperties = false;
+        bool hasSyncToken = false;
+    };
+
     /// Throws HttpError 404 when there is nothing at `address`, and Interrupted.
-    Listing List(const protocol::Address& address, protocol::Request::Depth depth, bool wantsDeadProperties,
+    Listing List(const protocol::Address& address, protocol::Request::Depth depth, Extras wanted,
                  const store::Interruption& isInterrupted = {});
+
+    /// What has changed in the collection at `path` since the token was given, down to `depth`; all that is there if it
+    /// is empty. What changed more than once, or was made and removed again, may be among it. Throws HttpError,
+    /// InvalidSyncToken and Interrupted.
+    Changes ListChanges(const std::string& path, protocol::Request::Depth depth, const std::string& token,
+                        bool wantsDeadProperties, const store::Interruption& isInterrupted);
 
     struct Opened {
         store::Resource resource;
@@ -116,15 +131,24 @@ private:
         std::optional<store::Resource> replaced;
     };
 
+    template <typename Operation>
+    auto _WithSpace(Operation operation);
     std::string _PathOf(const store::Resource& resource);
     std::optional<std::string> _Path(const protocol::Address& address);
     std::string _ExistingPath(const protocol::Address& address);
     store::Resource _Existing(const std::string& path);
     store::Resource _ParentOfNew(const std::string& path);
+    void _AddDeadProperties(std::vector<Listing::Entry>& entries);
+    std::string _SyncToken();
+    std::vector<ChangeLog::Removal> _Removals(std::int64_t since, const std::string& path,
+                                              protocol::Request::Depth depth, const std::set<std::string>& present,
+                                              const std::string& token);
     Listing _List(const std::string& path, const store::Resource& resource, protocol::Request::Depth depth,
                   const store::Interruption& isInterrupted);
     void _CopyContent(Listing& source, const std::string& target, const store::Interruption& isInterrupted);
+    void _Remove(const protocol::Address& address, const Preconditions& preconditions, const std::string& removed);
     Destination _Destination(const std::string& from, const std::string& to, bool overwrite);
+    void _LogReplaced(const Destination& place, const std::string& to);
     void _RefuseOccupied(const std::string& path) const;
     void _Check(const Preconditions& preconditions, const std::string& path,
                 const std::optional<store::Resource>& resource);
@@ -134,7 +158,9 @@ private:
 
     store::Clock _clock;
     store::ContentStore _content;
+    store::SpaceReserve _reserve;
     store::MetadataStore _metadata;
+    ChangeLog _log;
     Reconciler _reconciler;
     // Guards _metadata, and keeps it and the content in step.
     std::mutex _mutex;

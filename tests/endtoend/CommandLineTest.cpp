@@ -8,8 +8,11 @@
 #include <ostream>
 #include <string>
 
+#include "tests/client/Fixtures.h"
 #include "tests/endtoend/Service.h"
 #include "tests/fakes/Printers.h"
+#include "tests/fakes/ScriptedServer.h"
+#include "tests/fakes/SelfSignedCertificate.h"
 #include "tests/fakes/Text.h"
 
 namespace {
@@ -146,7 +149,9 @@ TEST_F(CommandLineTest, WhatIsNotThereIsRefusedByTheService) {
         const ProgramResult result = RunOvsync({Text(command), service.Url() + Text("missing")});
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.output, QByteArray());
-        EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("missing"), HasSubstr("404"), HasSubstr("text/plain")));
+        EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr(" \"missing\" on 127.0.0.1:"), Not(HasSubstr("404"))));
+        const ProgramResult verbose = RunOvsync({Text("-v"), Text(command), service.Url() + Text("missing")});
+        EXPECT_THAT(ErrorsOf(verbose), AllOf(HasSubstr("missing"), HasSubstr("404"), HasSubstr("text/plain")));
     }
 }
 
@@ -159,7 +164,8 @@ TEST_F(CommandLineTest, AServerThatIsNotThereCannotBeReached) {
     const ProgramResult result = List(url + Text("folder/"));
     EXPECT_EQ(result.exitCode, 3);
     EXPECT_EQ(result.output, QByteArray());
-    EXPECT_THAT(ErrorsOf(result), HasSubstr("/folder/"));
+    EXPECT_THAT(ErrorsOf(result), testing::MatchesRegex("ovsync: 127.0.0.1:[0-9]+ cannot be reached\n"));
+    EXPECT_THAT(ErrorsOf(RunOvsync({Text("ls"), Text("-v"), url + Text("folder/")})), HasSubstr("/folder/"));
 }
 
 TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
@@ -174,22 +180,104 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
     expect({Text("frobnicate")}, "frobnicate");
     expect({Text("ls")}, "URL is required");
     expect({Text("ls"), Text("folder/")}, "folder/");
+    expect({Text("ls"), Text("")}, "the URL is empty");
+    expect({Text("ls"), Text("http://h:99999/")}, "there is no port 99999");
+    expect({Text("ls"), Text("-q"), Text("-v"), Text("http://h/")}, "excludes");
     expect({Text("ls"), Text("http://h/"), Text("--frobnicate")}, "--frobnicate");
-    expect({Text("ls"), Text("-l"), Text("--json"), Text("http://h/")}, "excludes");
     expect({Text("ls"), Text("--silence-limit"), Text("0"), Text("http://h/")}, "--silence-limit");
     expect({Text("ls"), Text("--ca-file"), Text("/missing.pem"), Text("http://h/")}, "/missing.pem");
     expect({Text("ls"), Text("http://ann:secret@h/")}, "OVSYNC_PASSWORD");
     expect({Text("ls"), Text("-u"), Text("ann"), Text("http://h/")}, "No password for ann at h");
-    expect({Text("tree"), Text("-l"), Text("--json"), Text("http://h/")}, "excludes");
     expect({Text("tree"), Text("--since"), Text("yesterday"), Text("http://h/")}, "\"yesterday\"");
-    expect({Text("du"), Text("--exclude"), Text("a/b"), Text("http://h/")}, "\"a/b\"");
-    expect({Text("du"), Text("--exclude"), Text(""), Text("http://h/")}, "--exclude");
+    for (const char* command : {"ls", "tree", "du"}) {
+        expect({Text(command), Text("--exclude"), Text("[a"), Text("http://h/")}, "\"[a\" is not a valid pattern");
+        expect({Text(command), Text("--exclude"), Text(""), Text("http://h/")}, "not a valid pattern");
+    }
+    expect({Text("du"), Text("--exclude-from"), Text("/missing"), Text("http://h/")}, "--exclude-from /missing: ");
+    const QTemporaryDir folder;
+    for (const char* rate : {"fast", "-1", "1023", "1e9", "5KK"}) {
+        expect({Text("pull"), Text("--bandwidth"), Text(rate), Text("http://h/"), folder.path()},
+               (std::string("--bandwidth \"") + rate + "\"").c_str());
+    }
     expect({Text("mkdir"), Text("http://h/")}, "the root is always there");
     expect({Text("rm"), Text("http://h/")}, "the root cannot be removed");
     expect({Text("mv"), Text("http://h/a")}, "TO is required");
     expect({Text("mv"), Text("http://h/a"), Text("http://i/b")}, "two servers");
     expect({Text("mv"), Text("http://h/a"), Text("https://h/b")}, "two servers");
     expect({Text("mv"), Text("http://h/"), Text("http://h:80/a")}, "root");
+}
+
+TEST_F(CommandLineTest, OptionsMayStandBeforeTheCommand) {
+    Service service;
+    service.AddFile(Text("folder/a.txt"), "a");
+    const QString url = service.Url() + Text("folder/");
+    EXPECT_EQ(RunOvsync({Text("--exclude"), Text("ls"), Text("ls"), url}).output, QByteArray("a.txt\n"));
+    EXPECT_EQ(RunOvsync({Text("--json"), Text("ls"), url}).output, RunOvsync({Text("ls"), url, Text("--json")}).output);
+    EXPECT_EQ(RunOvsync({Text("-l"), Text("ls"), url}).output, RunOvsync({Text("ls"), Text("-l"), url}).output);
+}
+
+TEST_F(CommandLineTest, QuietLeavesOutWhatIsNeitherAResultNorAnError) {
+    Service service;
+    service.AddFile(Text("folder/a.txt"), "a");
+    const QTemporaryDir folder;
+    const ProgramResult tree = RunOvsync({Text("tree"), Text("-q"), service.Url()});
+    EXPECT_EQ(tree.output, QByteArray("folder/\nfolder/a.txt\n"));
+    EXPECT_EQ(tree.errors, QByteArray());
+    const ProgramResult pull = RunOvsync({Text("pull"), Text("-q"), service.Url(), folder.path()});
+    EXPECT_EQ(pull.exitCode, 0);
+    EXPECT_EQ(pull.output + pull.errors, QByteArray());
+}
+
+TEST_F(CommandLineTest, AnErrorIsAnObjectWhereTheResultWouldBe) {
+    const Service service;
+    const auto errorOf = [](const QStringList& arguments) {
+        const ProgramResult result = RunOvsync(arguments);
+        EXPECT_EQ(result.output, QByteArray());
+        const nlohmann::json error = nlohmann::json::parse(result.errors.constData());
+        EXPECT_EQ(error["exitStatus"], result.exitCode);
+        return error;
+    };
+    const nlohmann::json refused = errorOf({Text("ls"), Text("--json"), service.Url() + Text("gone")});
+    EXPECT_THAT(refused["error"].get<std::string>(), HasSubstr("\"gone\" on 127.0.0.1:"));
+    EXPECT_EQ(refused["kind"], "refused");
+    EXPECT_EQ(refused["status"], 404);
+    EXPECT_THAT(refused["detail"].get<std::string>(), HasSubstr("/gone"));
+    const nlohmann::json wrong = errorOf({Text("--json"), Text("ls"), Text("http://h:0/")});
+    EXPECT_EQ(wrong["kind"], "usage");
+    EXPECT_FALSE(wrong.contains("status"));
+    EXPECT_EQ(errorOf({Text("ls"), Text("--json"), Text("--frobnicate")})["kind"], "usage");
+    for (const char* command : {"ls", "tree"}) {
+        const nlohmann::json both = errorOf({Text(command), Text("-l"), Text("--json"), Text("http://h/")});
+        EXPECT_EQ(both["error"], "--json excludes --long");
+    }
+    EXPECT_EQ(errorOf({Text("trash"), Text("list"), Text("/gone"), Text("--json")})["kind"], "usage");
+    EXPECT_EQ(errorOf({Text("ls"), Text("--json"), Text("http://127.0.0.1:1/")})["kind"], "unreachable");
+}
+
+TEST_F(CommandLineTest, RulesOfExclusionHoldInTheOrderInWhichTheyAreGiven) {
+    Service service;
+    for (const char* path : {"a.txt", "b.txt", "f/a.txt", "f/g/c.txt", "f/g/d.bin"}) {
+        service.AddFile(Text(path), "x");
+    }
+    QTemporaryDir folder;
+    QFile file(folder.filePath(Text("rules")));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("# what is built\n/f/g/\n");
+    file.close();
+    const auto tree = [&service](const QStringList& options) {
+        return RunOvsync(QStringList({Text("tree"), service.Url()}) + options).output;
+    };
+    EXPECT_EQ(tree({Text("--exclude"), Text("*.txt")}), QByteArray("f/\nf/g/\nf/g/d.bin\n"));
+    EXPECT_EQ(tree({Text("--exclude"), Text("*.txt"), Text("--include"), Text("a.txt")}),
+              QByteArray("a.txt\nf/\nf/a.txt\nf/g/\nf/g/d.bin\n"));
+    EXPECT_EQ(tree({Text("--include"), Text("a.txt"), Text("--exclude"), Text("*.txt")}),
+              QByteArray("f/\nf/g/\nf/g/d.bin\n"));
+    EXPECT_EQ(tree({Text("--exclude"), Text("f/**/c.txt"), Text("--exclude"), Text("/a.txt")}),
+              QByteArray("b.txt\nf/\nf/a.txt\nf/g/\nf/g/d.bin\n"));
+    EXPECT_EQ(tree({Text("--exclude-from"), file.fileName(), Text("--exclude"), Text("b*")}),
+              QByteArray("a.txt\nf/\nf/a.txt\n"));
+    EXPECT_EQ(RunOvsync({Text("ls"), service.Url() + Text("f"), Text("--exclude"), Text("/g/")}).output,
+              QByteArray("a.txt\n"));
 }
 
 TEST_F(CommandLineTest, EveryCommandHasHelp) {
@@ -206,6 +294,61 @@ TEST_F(CommandLineTest, EveryCommandHasHelp) {
     }
 }
 
+TEST(CertificateTest, IsTrustedByAFileThatTheEnvironmentOrTheCommandNames) {
+    const tests::SelfSignedCertificate certificate;
+    const QString file = certificate.Files().certificateFile;
+    const auto list = [&certificate](const QStringList& options, const QStringList& environment) {
+        const tests::ScriptedServer server(
+            {tests::ScriptedServer::Answer(tests::FixtureAnswer(Text("statuses/options-foreign-200")).Bytes()),
+             tests::ScriptedServer::Answer(tests::ListingAnswer(Text("apache.xml")))},
+            certificate.Files());
+        return RunOvsync(QStringList({Text("ls"), server.Url(Text("/Projects/A/")).toString()}) + options, environment);
+    };
+    // What the environment of the tests names is not meant.
+    const QString noBundle = Text("CURL_CA_BUNDLE=");
+    const ProgramResult stranger = list({}, {noBundle, Text("SSL_CERT_FILE=")});
+    EXPECT_EQ(stranger.exitCode, 3);
+    EXPECT_THAT(ErrorsOf(stranger), testing::MatchesRegex("ovsync: the certificate of 127.0.0.1:[0-9]+ is not trusted "
+                                                          "\\(--ca-file FILE trusts it\\)\n"));
+    EXPECT_EQ(list({Text("--ca-file"), file}, {}).exitCode, 0);
+    EXPECT_EQ(list({}, {noBundle, Text("SSL_CERT_FILE=") + file}).exitCode, 0);
+    EXPECT_EQ(list({}, {Text("CURL_CA_BUNDLE=") + file, Text("SSL_CERT_FILE=/missing")}).exitCode, 0);
+    EXPECT_EQ(list({Text("--ca-file"), file}, {Text("SSL_CERT_FILE=/missing")}).exitCode, 0);
+    const ProgramResult missing = list({}, {noBundle, Text("SSL_CERT_FILE=/missing")});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_THAT(ErrorsOf(missing), HasSubstr("SSL_CERT_FILE=/missing: "));
+}
+
+TEST(WebPageTest, IsNotShownUnlessAskedFor) {
+    const Service service({Text("--fault"), Text("error-page,method=PROPFIND")});
+    for (const char* command : {"ls", "tree", "du", "stat"}) {
+        const ProgramResult result = RunOvsync({Text(command), service.Url()});
+        EXPECT_THAT(ErrorsOf(result),
+                    AllOf(HasSubstr("is not a WebDAV server, at least not at its root: a web page came"),
+                          Not(HasSubstr("<")), Not(HasSubstr("200"))));
+    }
+    EXPECT_THAT(ErrorsOf(RunOvsync({Text("ls"), Text("-v"), service.Url()})), HasSubstr("<html>"));
+}
+
+TEST(WebPageTest, IsNotShownForASingleFileEither) {
+    Service service({Text("--fault"), Text("status=403,method=GET")});
+    service.AddFile(Text("a"), "1");
+    const QTemporaryDir folder;
+    const ProgramResult result = RunOvsync({Text("pull"), service.Url(), folder.path()});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(result), testing::MatchesRegex("refused a: 127.0.0.1:[0-9]+ does not let you read \"a\" "
+                                                        "without a user \\(-u USER\\)\n"));
+    const ProgramResult verbose = RunOvsync({Text("pull"), Text("-v"), service.Url(), folder.path()});
+    EXPECT_THAT(ErrorsOf(verbose), AllOf(HasSubstr("GET http://"), HasSubstr("status 403")));
+    const ProgramResult json = RunOvsync({Text("pull"), Text("--json"), service.Url(), folder.path()});
+    const nlohmann::json event = nlohmann::json::parse(json.output.split('\n').first().constData());
+    EXPECT_EQ(event["event"], "refused");
+    EXPECT_EQ(event["kind"], "refused");
+    EXPECT_EQ(event["status"], 403);
+    EXPECT_THAT(event["error"].get<std::string>(), HasSubstr("does not let you read"));
+    EXPECT_THAT(event["detail"].get<std::string>(), HasSubstr("GET http://"));
+}
+
 class LoginTest : public testing::Test {
 protected:
     LoginTest() : _service({Text("--user"), Text("ann")}, Text("s\xC3\xA9\x63ret")) {
@@ -220,7 +363,7 @@ protected:
 TEST_F(LoginTest, WithoutCredentialsTheServiceRefuses) {
     const ProgramResult result = RunOvsync({Text("ls"), Url()});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("401"), HasSubstr("-u")));
+    EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("wants a user and a password"), HasSubstr("-u")));
 }
 
 TEST_F(LoginTest, ThePasswordComesFromTheEnvironment) {
@@ -240,7 +383,7 @@ TEST_F(LoginTest, AWrongPasswordIsRefusedAndNotRepeated) {
     const ProgramResult result =
         RunOvsync({Text("ls"), Text("-u"), Text("ann"), Url()}, {Text("OVSYNC_PASSWORD=hunter2")});
     EXPECT_EQ(result.exitCode, 1);
-    EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("401"), Not(HasSubstr("hunter2"))));
+    EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("the password for \"ann\" is wrong"), Not(HasSubstr("hunter2"))));
 }
 
 TEST_F(LoginTest, ThePasswordComesFromTheNetrc) {
@@ -274,7 +417,8 @@ TEST_P(FaultTest, EndsInAnErrorAndNeverInAListing) {
     for (const QStringList& arguments : {QStringList({Text("ls"), service.Url() + Text("folder/")}),
                                          QStringList({Text("ls"), Text("--json"), service.Url() + Text("folder/")}),
                                          QStringList({Text("stat"), service.Url() + Text("folder/file-1.txt")})}) {
-        const ProgramResult result = RunOvsync(QStringList(arguments) << Text("--silence-limit") << Text("0.5"));
+        const ProgramResult result =
+            RunOvsync(QStringList(arguments) << Text("--silence-limit") << Text("0.5") << Text("-v"));
         EXPECT_EQ(result.exitCode, GetParam().exitCode) << ErrorsOf(result);
         EXPECT_EQ(result.output, QByteArray());
         EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("/folder"), HasSubstr(GetParam().message)));

@@ -18,6 +18,7 @@ namespace {
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
+using tests::FixtureAnswer;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::ScriptedServer;
@@ -70,7 +71,7 @@ TEST_F(FolderCommandsTest, AFolderThatIsThereAlreadyIsAsGoodAsANewOne) {
 }
 
 TEST_F(FolderCommandsTest, MissingParentsAreCreatedOnlyWhenAskedFor) {
-    ExpectFailure({Text("mkdir")}, "A/B/C", 1, "no folder /A/B");
+    ExpectFailure({Text("mkdir")}, "A/B/C", 1, "no folder \"A/B\"");
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray());
     OutputOf({Text("mkdir"), Text("-p")}, "A/B/C");
     OutputOf({Text("mkdir"), Text("-p")}, "A/B/D/");
@@ -81,7 +82,7 @@ TEST_F(FolderCommandsTest, AFileIsInTheWayOfAFolder) {
     _service.AddFile(Text("a.txt"), "a");
     ExpectFailure({Text("mkdir")}, "a.txt", 1, "400");
     ExpectFailure({Text("mkdir"), Text("-p")}, "a.txt/b", 1, "400");
-    ExpectFailure({Text("mkdir")}, "a.txt/b", 2, "/a.txt is a file");
+    ExpectFailure({Text("mkdir")}, "a.txt/b", 2, "\"a.txt\" is a file");
 }
 
 TEST_F(FolderCommandsTest, AFolderIsRemovedWithWhatLiesInIt) {
@@ -97,9 +98,9 @@ TEST_F(FolderCommandsTest, AFolderThatHasSomethingInItIsRemovedOnlyWhenAskedFor)
     _service.AddFile(Text("A/a.txt"), "a");
     _service.AddFolder(Text("B/b"));
     _service.AddFolder(Text("C"));
-    ExpectFailure({Text("rm")}, "A", 1, "/A has something in it; rm -r");
-    ExpectFailure({Text("rm")}, "B/", 1, "/B has something in it");
-    ExpectFailure({Text("rm")}, "gone", 1, "neither a file nor a folder /gone");
+    ExpectFailure({Text("rm")}, "A", 1, "\"A\" has something in it; rm -r");
+    ExpectFailure({Text("rm")}, "B/", 1, "\"B\" has something in it");
+    ExpectFailure({Text("rm")}, "gone", 1, "there is no file or folder \"gone\"");
     ExpectFailure({Text("rm"), Text("-r")}, "", 2, "the root cannot be removed");
     EXPECT_EQ(OutputOf({Text("rm")}, "C"), QByteArray());
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/a.txt\nB/\nB/b/\n"));
@@ -123,13 +124,13 @@ TEST_F(FolderCommandsTest, NothingIsMovedOverAnything) {
     _service.AddFile(Text("B/c.txt"), "c");
     _service.AddFile(Text("f.txt"), "f");
     const QByteArray before = OutputOf({Text("tree")}, "");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "something at /B already");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "something at /f.txt already");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "something at \"B\" already");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "something at \"f.txt\" already");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "missing/A", 1, "400");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "A/inside", 1, "403");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "A/inside", 1, "does not accept writing here");
     ExpectFailure({Text("mv"), Text("-f"), _service.Url() + Text("A")}, "f.txt", 1, "a folder replaces nothing");
-    ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "A/b.txt", 1, "something at /A/b.txt already");
-    ExpectFailure({Text("mv"), _service.Url() + Text("gone")}, "g", 1, "neither a file nor a folder /gone");
+    ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "A/b.txt", 1, "something at \"A/b.txt\" already");
+    ExpectFailure({Text("mv"), _service.Url() + Text("gone")}, "g", 1, "there is no file or folder \"gone\"");
     EXPECT_EQ(OutputOf({Text("tree")}, ""), before);
 }
 
@@ -145,7 +146,7 @@ TEST_F(FolderCommandsTest, ATreeHasEverythingBelowTheFolderByItsPath) {
     EXPECT_THAT(OutputOf({Text("tree"), Text("-l")}, "A/b").toStdString(),
                 testing::MatchesRegex(" +5  20[0-9-]+T[0-9:]+Z +1  c 1\\.txt\n"));
     EXPECT_EQ(OutputOf({Text("tree")}, "outside.txt"), QByteArray("outside.txt\n"));
-    ExpectFailure({Text("tree")}, "gone", 1, "no folder /gone");
+    ExpectFailure({Text("tree")}, "gone", 1, "no folder \"gone\"");
 }
 
 TEST_F(FolderCommandsTest, JsonSaysWhatIsAFolder) {
@@ -191,15 +192,65 @@ TEST_F(FolderCommandsTest, TheSizeOfATreeLeavesOutWhatIsExcluded) {
     _service.AddFile(Text("A/cache/c.txt"), "123");
     _service.AddFile(Text("A/sub/cache/d.txt"), "1234");
     _service.AddFile(Text("A/sub/\xC3\xA9.txt"), "12345");
-    EXPECT_EQ(OutputOf({Text("du")}, "A"), QByteArray("5 files, 15 bytes\n"));
-    EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("*.tmp")}, "A"), QByteArray("4 files, 13 bytes\n"));
-    EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("c?che"), Text("--exclude"), Text("[ab].*")}, "A"),
-              QByteArray("1 file, 5 bytes\n"));
-    EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("?.txt"), Text("--exclude"), Text("A")}, "A"),
+    EXPECT_EQ(OutputOf({Text("du")}, "A"), QByteArray("5 files, 15 B\n"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("--exclude"), Text("*.tmp")}, "A"), QByteArray("4 files, 13 B\n"));
+    EXPECT_EQ(
+        OutputOf({Text("du"), Text("-b"), Text("--exclude"), Text("c?che"), Text("--exclude"), Text("[ab].*")}, "A"),
+        QByteArray("1 file, 5 bytes\n"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("-b"), Text("--exclude"), Text("?.txt"), Text("--exclude"), Text("A")}, "A"),
               QByteArray("1 file, 2 bytes\n"));
+    EXPECT_EQ(
+        OutputOf({Text("du"), Text("-b"), Text("--exclude"), Text("/cache/"), Text("--exclude"), Text("sub/*.txt")},
+                 "A"),
+        QByteArray("3 files, 7 bytes\n"));
     EXPECT_EQ(OutputOf({Text("du"), Text("--json"), Text("--exclude"), Text("cach")}, "A/sub"),
               QByteArray("{\"files\":2,\"bytes\":9}\n"));
-    ExpectFailure({Text("du")}, "gone", 1, "no folder /gone");
+    ExpectFailure({Text("du")}, "gone", 1, "no folder \"gone\"");
+}
+
+TEST_F(FolderCommandsTest, TheSizesOfTheFoldersInATreeCanBeShownToo) {
+    _service.AddFile(Text("A/a"), "1");
+    _service.AddFile(Text("A/b/c"), QByteArray(2048, 'x'));
+    _service.AddFile(Text("A/b/d/e"), "123");
+    _service.AddFile(Text("A/f/g.tmp"), "1234");
+    _service.AddFolder(Text("A/h"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("-d"), Text("1")}, "A"), QByteArray("     2.0 KiB  b/\n"
+                                                                             "         4 B  f/\n"
+                                                                             "         0 B  h/\n"
+                                                                             "4 files, 2.0 KiB\n"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("-b"), Text("-d"), Text("2"), Text("--exclude"), Text("f")}, "A"),
+              QByteArray("        2051  b/\n           3  b/d/\n           0  h/\n3 files, 2052 bytes\n"));
+    const nlohmann::json json =
+        nlohmann::json::parse(OutputOf({Text("du"), Text("--json"), Text("-d"), Text("1")}, "A/b").constData());
+    EXPECT_EQ(json, nlohmann::json::parse(R"({"files":2,"bytes":2051,"folders":[{"path":"d","files":1,"bytes":3}]})"));
+    EXPECT_EQ(OutputOf({Text("du"), Text("-b")}, "A/a"), QByteArray("1 file, 1 byte\n"));
+}
+
+TEST(LargeSizesTest, AreCountedAndShownInFull) {
+    const auto response = [](const char* name, const char* size) {
+        return QByteArray("<D:response><D:href>/A/") + name + "</D:href><D:propstat><D:prop><D:resourcetype/>" +
+               "<D:getcontentlength>" + size +
+               "</D:getcontentlength></D:prop><D:status>HTTP/1.1 200 OK</D:status></D:propstat></D:response>";
+    };
+    const QByteArray body =
+        QByteArray("<D:multistatus xmlns:D=\"DAV:\"><D:response><D:href>/A/</D:href><D:propstat><D:prop>") +
+        "<D:resourcetype><D:collection/></D:resourcetype></D:prop><D:status>HTTP/1.1 200 OK</D:status>" +
+        "</D:propstat></D:response>" + response("a", "3000000000") + response("b%20c", "5000000000") +
+        response("d", "4294967295") + "</D:multistatus>";
+    const QByteArray listing =
+        "HTTP/1.1 207 Multi-Status\r\nContent-Type: text/xml\r\nContent-Length: " + QByteArray::number(body.size()) +
+        "\r\n\r\n" + body;
+    const auto outputOf = [&listing](const QStringList& command) {
+        const ScriptedServer server(
+            {ScriptedServer::Answer(FixtureAnswer(Text("statuses/options-foreign-200")).Bytes()),
+             ScriptedServer::Answer(listing)});
+        return RunOvsync(QStringList(command) << server.Url(Text("/A/")).toString()).output;
+    };
+    EXPECT_EQ(outputOf({Text("du"), Text("-b")}), QByteArray("3 files, 12294967295 bytes\n"));
+    EXPECT_EQ(outputOf({Text("du")}), QByteArray("3 files, 11.5 GiB\n"));
+    EXPECT_THAT(outputOf({Text("ls"), Text("-l")}).toStdString(),
+                testing::ContainsRegex("  3000000000 .* a\n +5000000000 .* b c\n +4294967295 .* d\n"));
+    EXPECT_EQ(nlohmann::json::parse(outputOf({Text("ls"), Text("--json")}).constData())[1]["size"], 5000000000);
 }
 
 TEST_F(FolderCommandsTest, WhatLiesInAFormIsNeitherListedNorMeasured) {
@@ -207,7 +258,7 @@ TEST_F(FolderCommandsTest, WhatLiesInAFormIsNeitherListedNorMeasured) {
     _service.AddFile(Text("A/plain.txt"), "1");
     _service.MakeForm(Text("A/form/"));
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/plain.txt\n"));
-    EXPECT_EQ(OutputOf({Text("du")}, ""), QByteArray("1 file, 1 byte\n"));
+    EXPECT_EQ(OutputOf({Text("du")}, ""), QByteArray("1 file, 1 B\n"));
     EXPECT_EQ(OutputOf({Text("ls")}, "A"), QByteArray("plain.txt\n"));
 }
 
@@ -238,13 +289,13 @@ TEST_F(FolderCommandsTest, StatShowsOfTheRootWhatItTellsItself) {
 
 TEST(StatTest, ShowsWhatThereIsOfAFolderWhenTheOneAboveCannotBeListed) {
     for (const char* fault : {"status=403", "status=302", "error-page", "cut=100"}) {
-        Service service({Text("--fault"), Text(fault) + Text(",method=PROPFIND,request=2")});
+        Service service({Text("--fault"), Text(fault) + Text(",method=PROPFIND,request=3")});
         service.AddFolder(Text("A/b"));
-        const ProgramResult result = RunOvsync({Text("stat"), service.Url() + Text("A/b")});
+        const ProgramResult result = RunOvsync({Text("stat"), Text("-v"), service.Url() + Text("A/b")});
         EXPECT_EQ(result.exitCode, 0) << fault;
         EXPECT_THAT(result.output.toStdString(),
                     AllOf(HasSubstr("Folder id         "), HasSubstr("Owner  "), Not(HasSubstr("Modified"))));
-        EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr("More of /A/b cannot be told"),
+        EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr("more of \"A/b\" cannot be told: "),
                                                        testing::ContainsRegex("http://127.0.0.1:[0-9]+/A[/.]")))
             << fault;
     }
@@ -264,7 +315,7 @@ TEST(TreeRefusalTest, IsMetByListingFolderByFolder) {
     for (const char* status : {"400", "403", "412"}) {
         const QString fault = Text("status=") + Text(status) + Text(",method=PROPFIND,request=1");
         EXPECT_EQ(TreeMeeting(fault, {Text("tree")}).output, "C/\nC/d.txt\nb.txt\n") << status;
-        EXPECT_EQ(TreeMeeting(fault, {Text("du")}).output, "2 files, 3 bytes\n") << status;
+        EXPECT_EQ(TreeMeeting(fault, {Text("du")}).output, "2 files, 3 B\n") << status;
         const QTemporaryDir folder;
         const ProgramResult pulled = TreeMeeting(fault, {Text("pull"), folder.path()});
         EXPECT_EQ(pulled.exitCode, 0) << ErrorsOf(pulled);
@@ -276,7 +327,7 @@ TEST(TreeRefusalTest, OfTheFolderItselfIsARefusal) {
     for (const char* status : {"400", "403", "412"}) {
         const QString fault = Text("status=") + Text(status) + Text(",method=PROPFIND");
         for (const char* command : {"tree", "du"}) {
-            const ProgramResult result = TreeMeeting(fault, {Text(command)});
+            const ProgramResult result = TreeMeeting(fault, {Text(command), Text("-v")});
             EXPECT_EQ(result.exitCode, 1);
             EXPECT_EQ(result.output, QByteArray());
             EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr(status), HasSubstr("/A")));
@@ -291,7 +342,7 @@ TEST(TreeRefusalTest, OfAFolderInItEndsTheWholeAndNamesTheFolder) {
     const ProgramResult result = RunOvsync({Text("tree"), service.Url() + Text("A/")});
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_EQ(result.output, QByteArray());
-    EXPECT_THAT(result.errors.toStdString(), HasSubstr("A/C/ failed: this folder cannot be listed"));
+    EXPECT_THAT(result.errors.toStdString(), HasSubstr("does not let you read \"A/C\""));
 }
 
 struct FolderFault {
@@ -342,9 +393,10 @@ TEST_P(FolderChangeFaultTest, EndsInAnErrorThatNamesTheFolder) {
         service.AddFile(Text("folder/file.txt"), "x");
         const QStringList url(service.Url() + Text("folder"));
         const QStringList arguments = QByteArray(method) == "DELETE"
-                                          ? QStringList(Text("rm")) + url
+                                          ? QStringList({Text("rm"), Text("-r")}) + url
                                           : QStringList(Text("mv")) + url + QStringList(service.Url() + Text("other"));
-        const ProgramResult result = RunOvsync(QStringList(arguments) << Text("--silence-limit") << Text("0.5"));
+        const ProgramResult result =
+            RunOvsync(QStringList(arguments) << Text("-v") << Text("--silence-limit") << Text("0.5"));
         EXPECT_EQ(result.exitCode, GetParam().exitCode) << method << ": " << result.errors.toStdString();
         EXPECT_THAT(result.errors.toStdString(), HasSubstr("folder")) << method;
         EXPECT_EQ(RunOvsync({Text("ls"), service.Url()}).output, QByteArray("folder/\n")) << method;

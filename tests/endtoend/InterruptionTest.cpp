@@ -67,6 +67,17 @@ TEST_P(InterruptionTest, EndsAPullInGoodOrder) {
     EXPECT_THAT(next.output.toStdString(), StartsWith("fetched b\n"));
 }
 
+TEST_P(InterruptionTest, ComesBeforeALargeFileThatMayTakeLittleOfTheBandwidth) {
+    Service service;
+    service.AddFile(Text("a"), QByteArray(64 * 1024 * 1024, 'x'));
+    const ProgramResult result =
+        Interrupt({Text("pull"), Text("--bandwidth"), Text("8K"), service.Url(), _folder.path()},
+                  [this] { return Names().size() == 1; });
+    EXPECT_EQ(result.exitCode, 130);
+    EXPECT_EQ(result.output, QByteArray("Stopped\n"));
+    EXPECT_EQ(Names(), QStringList());
+}
+
 TEST_P(InterruptionTest, EndsAPushInGoodOrder) {
     Service service({Text("--fault"), Text("hang,method=PUT,request=2")});
     for (const char* name : {"a", "b"}) {
@@ -78,7 +89,7 @@ TEST_P(InterruptionTest, EndsAPushInGoodOrder) {
                                            [&service] { return service.HasFile(Text("a")); });
     EXPECT_EQ(result.exitCode, 130);
     EXPECT_EQ(result.errors, QByteArray());
-    EXPECT_THAT(result.output.toStdString(), HasSubstr("Stopped: "));
+    EXPECT_THAT(result.output.toStdString(), HasSubstr("Stopped"));
     EXPECT_FALSE(service.HasFile(Text("b")));
 }
 
@@ -90,7 +101,7 @@ TEST_P(InterruptionTest, IsNoFailureOfTheFileThatIsLookedUpAfterItWasSent) {
         Interrupt({Text("push"), _folder.path(), service.Url()}, [&service] { return service.HasFile(Text("a")); });
     EXPECT_EQ(result.exitCode, 130);
     EXPECT_EQ(result.errors, QByteArray());
-    EXPECT_EQ(result.output, QByteArray("Stopped: Nothing to do\n"));
+    EXPECT_EQ(result.output, QByteArray("Stopped\n"));
 }
 
 TEST_P(InterruptionTest, EndsAListingThatDoesNotCome) {
@@ -99,7 +110,7 @@ TEST_P(InterruptionTest, EndsAListingThatDoesNotCome) {
         return QFile::exists(_folder.filePath(Text(".ovsync/records.db")));
     });
     EXPECT_EQ(result.exitCode, 130);
-    EXPECT_EQ(result.output, QByteArray("Stopped: Nothing to do\n"));
+    EXPECT_EQ(result.output, QByteArray("Stopped\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, InterruptionTest, testing::Values(SIGINT, SIGTERM));

@@ -119,7 +119,7 @@ INSTANTIATE_TEST_SUITE_P(
                         {{"PROPFIND infinity /files/", "lies/first-level-207"},
                          {"PROPFIND 1 /files/folder/", "statuses/forbidden-403"}},
                         1,
-                        "/files/folder/ failed: this folder cannot be listed",
+                        "does not let you read \"files/folder\"",
                         Everything},
                     Lie{"one level, and a folder below that is not there",
                         {{"PROPFIND infinity /files/", "lies/first-level-207"},

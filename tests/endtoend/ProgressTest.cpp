@@ -117,8 +117,8 @@ TEST(ProgressTest, APullShowsABar) {
     TerminalRun run({Text("pull"), service.Url(), folder.path()});
     EXPECT_TRUE(run.Shows("] 0/1 files, ")) << run.Shown();
     run.Interrupt();
-    EXPECT_TRUE(run.Shows("Stopped: ")) << run.Shown();
-    EXPECT_THAT(run.Shown(), HasSubstr(LineStart + std::string("Stopped: ")));
+    EXPECT_TRUE(run.Shows("Stopped")) << run.Shown();
+    EXPECT_THAT(run.Shown(), HasSubstr(LineStart + std::string("Stopped")));
 }
 
 TEST(ProgressTest, IsNotShownWhereThereIsNoTerminal) {

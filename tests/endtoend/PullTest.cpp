@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <nlohmann/json.hpp>
 
@@ -138,7 +140,7 @@ TEST_F(PullTest, ADryRunChangesNothing) {
     _service.AddFile(Text("a/b"), "1");
     const ProgramResult result = Pull({Text("--dry-run")});
     EXPECT_EQ(result.exitCode, 0);
-    EXPECT_EQ(result.output, QByteArray("made a\nfetched a/b\nWould be done: 1 fetched, 1 folder made (1 B)\n"));
+    EXPECT_EQ(result.output, QByteArray("would make a\nwould fetch a/b\nWould fetch 1, make 1 folder (1 B)\n"));
     EXPECT_EQ(QDir(_folder.path()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot), QStringList());
 }
 
@@ -197,7 +199,7 @@ TEST_F(PullTest, AMissingFolderIsMade) {
     _service.AddFile(Text("a/b"), "1");
     const ProgramResult trial = RunOvsync({Text("pull"), Text("--dry-run"), _service.Url(), Path("new/")});
     EXPECT_EQ(trial.exitCode, 0) << trial.errors.toStdString();
-    EXPECT_EQ(trial.output, QByteArray("made a\nfetched a/b\nWould be done: 1 fetched, 1 folder made (1 B)\n"));
+    EXPECT_EQ(trial.output, QByteArray("would make a\nwould fetch a/b\nWould fetch 1, make 1 folder (1 B)\n"));
     EXPECT_EQ(Names(), QStringList());
     const ProgramResult result = RunOvsync({Text("pull"), _service.Url(), Path("new/")});
     EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
@@ -219,12 +221,34 @@ TEST_F(PullTest, NoFolderIsMadeForWhatCannotBePulled) {
         }
     };
     expectError("gone", "new", 1, "no folder ");
-    expectError("a", "new", 2, "/a is a file");
+    expectError("a", "new", 2, "\"a\" is a file");
     expectError("", "gone/new", 2, "gone/new: No such file or directory");
     expectError("", "file/new", 2, "file/new: Not a directory");
-    expectError("", "file", 1, "file: Not a directory");
+    expectError("", "file", 1, "file\" is not a folder");
     expectError("", "link", 2, "link: No such file or directory");
     EXPECT_EQ(Names(), before);
+}
+
+TEST_F(PullTest, AFolderThatCannotBeWrittenIsNamed) {
+    _service.AddFile(Text("a"), "1");
+    ASSERT_TRUE(QFile::setPermissions(_folder.path(), QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+    // Root may write everywhere, unless it gives that up.
+    QStringList command({Text(OVSYNC_PROGRAM), Text("pull"), _service.Url(), _folder.path()});
+    if (geteuid() == 0) {
+        command = QStringList({Text("setpriv"), Text("--bounding-set"), Text("-all")}) + command;
+    }
+    const auto errorsOf = [&command](const QStringList& options) {
+        QProcess process;
+        process.start(command.first(), command.mid(1) + options);
+        EXPECT_TRUE(process.waitForFinished());
+        EXPECT_EQ(process.exitCode(), options.isEmpty() ? 1 : 0);
+        return process.readAllStandardError().toStdString();
+    };
+    EXPECT_EQ(errorsOf({}),
+              "ovsync: the folder \"" + _folder.path().toStdString() + "\" cannot be written: Permission denied\n");
+    EXPECT_EQ(errorsOf({Text("-n")}), "");
+    ASSERT_TRUE(QFile::setPermissions(_folder.path(),
+                                      QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner));
 }
 
 TEST_F(PullTest, WhatCannotBeSyncedIsNamed) {
@@ -235,8 +259,9 @@ TEST_F(PullTest, WhatCannotBeSyncedIsNamed) {
         EXPECT_EQ(result.output, QByteArray());
         return result.errors.toStdString();
     };
-    EXPECT_THAT(errorOf(_service.Url() + Text("gone"), _folder.path(), 1), HasSubstr("There is no folder"));
-    EXPECT_THAT(errorOf(_service.Url() + Text("a"), _folder.path(), 2), HasSubstr("/a is a file"));
+    EXPECT_THAT(errorOf(_service.Url() + Text("gone"), _folder.path(), 1),
+                HasSubstr("there is no folder \"gone\" on 127.0.0.1:"));
+    EXPECT_THAT(errorOf(_service.Url() + Text("a"), _folder.path(), 2), HasSubstr("\"a\" is a file"));
     EXPECT_EQ(Names(), QStringList());
 }
 

@@ -107,7 +107,7 @@ int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Require(folders->size() == result->collectionResponses.size() && files->size() == result->fileResponses.size(),
             "nothing that is listed is lost");
 
-    RemoteTree tree(service, *folders, *files, ovsync::local::Exclusion(nullptr));
+    RemoteTree tree(service, *folders, *files, ovsync::local::Exclusion());
     RequireIsLocal(tree);
     for (const bool tellsCaseApart : {false, true}) {
         for (const bool tellsFormsApart : {false, true}) {

@@ -6,11 +6,11 @@ set -euo pipefail
 prefix=$(realpath "$1")
 export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
 read -ra flags < <(pkg-config --cflags --libs dvsync)
-"$2" -std=c++17 "$(dirname "$0")/consumer/EveryLibrary.cpp" "${flags[@]}" -o "$prefix-with-pkg-config"
+"$2" -std=c++17 -fPIC "$(dirname "$0")/consumer/EveryLibrary.cpp" "${flags[@]}" -o "$prefix-with-pkg-config"
 [ "$(LD_LIBRARY_PATH=$prefix/lib "$prefix-with-pkg-config")" = "plan.dwg" ]
 [ "$(pkg-config --modversion dvsync)" = "$("$prefix/bin/ovsync" --version | cut -d' ' -f2)" ]
 
 read -ra flags < <(pkg-config --cflags --libs dvsync-client)
-"$2" -std=c++17 "$(dirname "$0")/../../examples/minimal-host/main.cpp" "${flags[@]}" -o "$prefix-minimal-host"
+"$2" -std=c++17 -fPIC "$(dirname "$0")/../../examples/minimal-host/main.cpp" "${flags[@]}" -o "$prefix-minimal-host"
 usage=$(LD_LIBRARY_PATH=$prefix/lib "$prefix-minimal-host" 2>&1) || [ $? -eq 2 ]
 [[ $usage == Usage:* ]]

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Usage: check-debian-packages.sh PREFIX BUILD
-# Makes the Debian packages of BUILD, and compares what is in them with what is installed under PREFIX.
+# Makes the Debian packages of BUILD, compares what is in them with what is installed under PREFIX, and asks lintian.
 set -euo pipefail
 packages=$(realpath "$1")-packages
 rm -rf "$packages"
@@ -59,4 +59,10 @@ expect "$runtime" 'libcurl4[^,]*'
 expect "$development" "dvsync \(= $version\)"
 expect "$development" 'libcurl4-openssl-dev'
 expect "$development" 'libxml2-dev'
+
+# Not for these: the libraries come with the programs, for one architecture; and cpack adds scripts that call ldconfig, which
+# the trigger makes superfluous.
+lintian --allow-root --fail-on error,warning --suppress-tags \
+    package-name-doesnt-match-sonames,pkg-config-unavailable-for-cross-compilation,maintscript-calls-ldconfig \
+    "$runtime" "$development" || status=1
 exit $status

@@ -5,7 +5,8 @@
 set -euo pipefail
 source "$(dirname "$0")/help.sh"
 PATH=$(realpath "$1")/bin:$PATH
-pages=$1/share/man/man1
+pages=$(mktemp -d)
+trap 'rm -rf "$pages"' EXIT
 status=0
 
 # check PROGRAM [COMMAND...]
@@ -28,6 +29,7 @@ check() {
 }
 
 for program in ovsync ovsync-service; do
+    zcat "$1/share/man/man1/$program.1.gz" >"$pages/$program.1"
     mandoc -T lint -W warning "$pages/$program.1" || status=1
     for_each_command check "$program"
 done

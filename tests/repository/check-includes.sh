@@ -34,7 +34,7 @@ allow client/sync/pass 'host/|dvsync/|client/(sync/(pass|local|report)|content|s
 client sync/check 'sync/(pass|local|report)|content|store|wire'
 client sync/pull 'sync/(pass|local|report)|content|store|wire'
 client sync/push 'sync/(pass|local|report)|content|store|wire'
-allow client/cli/output 'host/|dvsync/|client/(cli/output|sync/report|wire)/'
+allow client/cli/output 'host/|dvsync/|client/(cli/output|sync/(local|report)|store|wire)/'
 allow client/cli/input 'host/|dvsync/|client/(cli/(input|output)|sync/(pass|local)|user|library|content|requests|wire)/'
 allow client/cli/files 'host/|dvsync/|client/(cli/(files|commands|input|output)|sync/(check|pass|local|report)|library|content|wire|store)/'
 client folders 'cli/input|user|sync/(pass|local)'

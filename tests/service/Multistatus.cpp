@@ -47,7 +47,10 @@ Multistatus::Multistatus(const std::string& body) {
     if (document == nullptr || Name(xmlDocGetRootElement(document.get())) != "multistatus") {
         throw std::runtime_error("No multistatus: " + body);
     }
-    EachChild(xmlDocGetRootElement(document.get()), [&](const std::string&, const xmlNode* element) {
+    EachChild(xmlDocGetRootElement(document.get()), [&](const std::string& kind, const xmlNode* element) {
+        if (kind != "response") {
+            return;
+        }
         std::string href;
         Response response;
         EachChild(element, [&](const std::string& name, const xmlNode* part) {

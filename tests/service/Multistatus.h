@@ -25,7 +25,8 @@ struct Multistatus {
 /// The values of the properties of one resource, whatever the service knows of it.
 std::map<std::string, std::string> Properties(HttpClient& client, const std::string& target);
 
-/// `body` with all that differs from run to run replaced: dates by DATE, ISODATE or SECONDS, the first part of ids by STORE.
+/// `body` with all that differs from run to run replaced: dates by DATE, ISODATE or SECONDS, the first part of ids by
+/// STORE.
 std::string Normalized(const std::string& body);
 
 }  // namespace service::test

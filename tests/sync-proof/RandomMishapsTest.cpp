@@ -8,8 +8,8 @@
 #include <random>
 #include <thread>
 
+#include "tests/servers/DavServer.h"
 #include "tests/service/TemporaryFolder.h"
-#include "tests/sync-proof/DavServer.h"
 #include "tests/sync-proof/DiskWriter.h"
 #include "tests/sync-proof/FolderImage.h"
 #include "tests/sync-proof/Pass.h"
@@ -21,6 +21,10 @@ namespace syncproof {
 namespace {
 
 namespace fs = std::filesystem;
+using servers::IDavServer;
+using servers::ServerKind;
+using servers::StartDavServer;
+using servers::WithClockShift;
 using Words = std::vector<std::string>;
 
 /// So many rounds are made in the same folders.

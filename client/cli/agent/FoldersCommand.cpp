@@ -15,7 +15,6 @@
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Application.h"
 #include "client/cli/input/Credentials.h"
-#include "client/cli/input/GlobFilter.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/Complaint.h"
@@ -56,7 +55,6 @@ QString NamedDirectory(const std::string& given) {
 
 SyncedFolder GivenFolder(const Arguments& given) {
     const SyncArguments arguments = given.Syncing();
-    input::GlobFilter{arguments.excluded};
     SyncedFolder folder;
     folder.url = QString::fromStdString(given.url);
     folder.location = Location::FromUrl(folder.url);
@@ -64,7 +62,7 @@ SyncedFolder GivenFolder(const Arguments& given) {
     if (!folder.location.user.isEmpty() && folder.location.user != folder.user) {
         throw UsageError(QStringLiteral("The URL names another user than -u does."));
     }
-    folder.excluded = arguments.excluded;
+    folder.rules = given.rules;
     folder.deletionLimitText = QString::fromStdString(given.maxDelete);
     folder.daysKept = arguments.daysKept;
     folder.transfers = arguments.transfers;
@@ -94,14 +92,14 @@ void AddFolder(const Arguments& given) {
 }
 
 nlohmann::ordered_json SyncedFolderJson(const SyncedFolder& folder) {
-    nlohmann::ordered_json globs = nlohmann::ordered_json::array();
-    for (const QString& glob : folder.excluded) {
-        globs.push_back(glob.toStdString());
+    nlohmann::ordered_json rules = nlohmann::ordered_json::array();
+    for (const QString& rule : folder.rules) {
+        rules.push_back(rule.toStdString());
     }
     return {{"path", folder.directory.toStdString()},
             {"url", folder.url.toStdString()},
             {"user", folder.user.toStdString()},
-            {"exclude", globs},
+            {"exclude", rules},
             {"paused", folder.isPaused}};
 }
 

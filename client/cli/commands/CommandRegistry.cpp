@@ -41,7 +41,7 @@ CLI::App* CommandRegistry::AddAction(const char* name, const char* description, 
 CLI::App* CommandRegistry::AddCommand(const char* name, const char* description, const Command& command) {
     CLI::App* const added = _app.add_subcommand(name, description);
     added->add_option("-u,--user", _given.user, "Name to log in with")->type_name("USER");
-    _AddJson(added);
+    _AddCommon(added);
     added->add_option("--ca-file", _given.caFile, "Trust the PEM certificates in FILE in place of the system's")
         ->type_name("FILE")
         ->check(CLI::ExistingFile);
@@ -69,7 +69,7 @@ CLI::App* CommandRegistry::AddGroup(const char* name, const char* description, c
 CLI::App* CommandRegistry::AddLocal(CLI::App& group, const char* name, const char* description,
                                     const LocalCommand& command) {
     CLI::App* const added = group.add_subcommand(name, description);
-    _AddJson(added);
+    _AddCommon(added);
     added->footer(group.get_footer());
     _localCommands.emplace(added, command);
     return added;
@@ -89,12 +89,26 @@ void CommandRegistry::AddLong(CLI::App* command) {
 }
 
 void CommandRegistry::AddExclude(CLI::App* command) {
+    const auto add = [command](const char* name, const char* description, const char* type, const auto& action) {
+        command->add_option_function<std::string>(name, action, description)
+            ->type_name(type)
+            ->trigger_on_parse()
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    };
+    add("--exclude", "Leave out what PATTERN matches, by the rules of .gitignore; can be repeated", "PATTERN",
+        [this](const std::string& pattern) { _given.rules.append(QString::fromStdString(pattern)); });
+    add("--include", "Do not leave out what PATTERN matches, though an --exclude before it does", "PATTERN",
+        [this](const std::string& pattern) {
+            _given.rules.append(QLatin1Char('!') + QString::fromStdString(pattern));
+        });
+    add("--exclude-from", "Leave out by the patterns in FILE, which looks like a .gitignore", "FILE",
+        [this](const std::string& file) { _given.AddRulesOf(file); });
+}
+
+void CommandRegistry::AddBandwidth(CLI::App* command) {
     command
-        ->add_option("--exclude", _given.excluded,
-                     "Leave out files, and folders with what lies in them, whose name GLOB matches; can be repeated")
-        ->type_name("GLOB")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        ->add_option("--bandwidth", _given.bandwidth, "Transfer at most RATE bytes a second each way, as 500K or 2.5M")
+        ->type_name("RATE");
 }
 
 void CommandRegistry::AddFolderOptions(CLI::App* command) {
@@ -111,6 +125,7 @@ void CommandRegistry::AddFolderOptions(CLI::App* command) {
 
 void CommandRegistry::AddPassOptions(CLI::App* command) {
     AddFolderOptions(command);
+    AddBandwidth(command);
     command->add_flag("-n,--dry-run", _given.isDryRun, "Only say what would be done, and change nothing");
     command->add_flag("--strict", _given.isStrict, "Exit with 1 also for links and other things that are never synced");
 }
@@ -123,8 +138,14 @@ const CommandRegistry::LocalCommand* CommandRegistry::ParsedLocal() const {
     return ParsedOf(_localCommands);
 }
 
-void CommandRegistry::_AddJson(CLI::App* command) {
-    command->add_flag("--json", _given.isJson, "Print JSON");
+bool CommandRegistry::_HasParsed(const std::vector<const CLI::App*>& commands) {
+    return std::any_of(commands.begin(), commands.end(), [](const CLI::App* command) { return command->parsed(); });
+}
+
+void CommandRegistry::_AddCommon(CLI::App* command) {
+    command->add_flag("--json", _given.isJson, "Print JSON, errors too");
+    CLI::Option* const quiet = command->add_flag("-q,--quiet", _given.isQuiet, "Print results and errors only");
+    command->add_flag("-v,--verbose", _given.isVerbose, "Print the details of errors, too")->excludes(quiet);
 }
 
 }  // namespace commands

@@ -44,9 +44,14 @@ public:
     static void AddText(CLI::App* command, const char* name, const char* description, std::string& value);
     void AddLong(CLI::App* command);
     void AddExclude(CLI::App* command);
+    void AddBandwidth(CLI::App* command);
     /// How a folder is synced, whoever begins the passes.
     void AddFolderOptions(CLI::App* command);
     void AddPassOptions(CLI::App* command);
+    /// The command changes something on the service.
+    void MarkAsWriting(const CLI::App* command) { _writingCommands.push_back(command); }
+    /// The command takes the URLs of files, too.
+    void MarkAsTakingFiles(const CLI::App* command) { _fileCommands.push_back(command); }
 
     /// What options write to.
     input::Arguments& Given() { return _given; }
@@ -54,14 +59,20 @@ public:
     /// What the command line, once it was read, asks for: null when that is a local command.
     const Command* Parsed() const;
     const LocalCommand* ParsedLocal() const;
+    bool Writes() const { return _HasParsed(_writingCommands); }
+    bool TakesFiles() const { return _HasParsed(_fileCommands); }
 
 private:
-    void _AddJson(CLI::App* command);
+    static bool _HasParsed(const std::vector<const CLI::App*>& commands);
+    /// What every command has.
+    void _AddCommon(CLI::App* command);
 
     CLI::App& _app;
     input::Arguments _given;
     std::map<const CLI::App*, Command> _commands;
     std::map<const CLI::App*, LocalCommand> _localCommands;
+    std::vector<const CLI::App*> _writingCommands;
+    std::vector<const CLI::App*> _fileCommands;
 };
 
 }  // namespace commands

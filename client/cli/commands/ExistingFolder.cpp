@@ -21,7 +21,7 @@ sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, cons
     file.serverId = folder.serverId;
     file.serverPath = folder.serverPath;
     if (connection.Folders().FileExists(file)) {
-        throw input::UsageError(QStringLiteral("/%1 is a file, and %2 works on folders only")
+        throw input::UsageError(QStringLiteral("\"%1\" is a file, and %2 works on folders only")
                                     .arg(folder.serverPath, QLatin1String(command)));
     }
     ThrowNoSuchFolder(location);
@@ -29,7 +29,7 @@ sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, cons
 
 void ThrowNoSuchFolder(const Location& location) {
     throw sync::http::HttpException(QStringLiteral("The service has no folder /%1").arg(location.serverPath),
-                                    wire::HttpStatus::NotFound, QUrl());
+                                    wire::HttpStatus::NotFound, location.Url());
 }
 
 }  // namespace commands

@@ -17,7 +17,7 @@ FoundResource FindResource(ServiceConnection& connection, const Location& locati
     if (!found) {
         throw sync::http::HttpException(
             QStringLiteral("The service has neither a file nor a folder /%1").arg(location.serverPath),
-            wire::HttpStatus::NotFound, QUrl());
+            wire::HttpStatus::NotFound, location.Url());
     }
     return *found;
 }
@@ -25,7 +25,7 @@ FoundResource FindResource(ServiceConnection& connection, const Location& locati
 sync::config::FileConfiguration FindFile(ServiceConnection& connection, const Location& location, const char* advice) {
     const FoundResource found = FindResource(connection, location);
     if (found.isFolder) {
-        throw UsageError(QStringLiteral("/%1 is a folder; %2").arg(location.serverPath, QLatin1String(advice)));
+        throw UsageError(QStringLiteral("\"%1\" is a folder; %2").arg(location.serverPath, QLatin1String(advice)));
     }
     return found.file;
 }

@@ -4,6 +4,7 @@
 
 #include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/commands/FileOnService.h"
+#include "client/cli/commands/ListedEntries.h"
 
 namespace ovsync {
 namespace commands {
@@ -32,8 +33,10 @@ FolderListing ListingOf(ServiceConnection& connection, const Location& location)
     return *listing;
 }
 
-void List(ServiceConnection& connection, const Location& location, ListFormat format, Output& output) {
-    const FolderListing listing = ListingOf(connection, location);
+void List(ServiceConnection& connection, const Location& location, const local::Exclusion& excluded, ListFormat format,
+          Output& output) {
+    FolderListing listing = ListingOf(connection, location);
+    PrepareEntries(connection, location, excluded, listing.folders, listing.files);
     WriteEntries(listing.folders, listing.files, format, output);
     if (format == ListFormat::Json) {
         output.Write("\n");
@@ -46,10 +49,12 @@ void AddListCommand(CommandRegistry& registry) {
     CLI::App* const command = registry.AddAction(
         "ls", "Lists the sub-folders and the files of a folder, one name a line, in name order; or a file.",
         [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
-            List(connection, location, given.Format(), output);
+            List(connection, location, given.Excluded(), given.Format(), output);
         });
+    registry.MarkAsTakingFiles(command);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     registry.AddLong(command);
+    registry.AddExclude(command);
 }
 
 }  // namespace commands

@@ -43,6 +43,7 @@ void AddMakeFolderCommand(CommandRegistry& registry) {
         [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
             MakeFolder(connection, location, given.withParents, given.isJson, output);
         });
+    registry.MarkAsWriting(command);
     CommandRegistry::AddText(command, "URL", "The new folder, for example http://host/folder/new/",
                              registry.Given().url);
     command->add_flag("-p,--parents", registry.Given().withParents, "Create the missing folders above it too");

@@ -45,8 +45,8 @@ ExitCode Pull(ServiceConnection& connection, const Location& location, const Syn
             // So that a wrong URL leaves nothing behind.
             FindFolder(connection, location, "pull");
             if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
-                throw UsageError(
-                    QStringLiteral("%1: %2").arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
+                throw UsageError(QStringLiteral("the folder \"%1\" cannot be made: %2")
+                                     .arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
             }
         }
     }

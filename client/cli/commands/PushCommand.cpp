@@ -18,8 +18,9 @@ using output::Output;
 namespace {
 
 ExitCode Push(ServiceConnection& connection, const Location& location, const SyncArguments& arguments, Output& output) {
-    return RunPass(connection, location, arguments, output,
-                   [](pass::SyncPass& pass) { return push::PushPass(pass).Run(); });
+    SyncArguments used = arguments;
+    used.isPush = true;
+    return RunPass(connection, location, used, output, [](pass::SyncPass& pass) { return push::PushPass(pass).Run(); });
 }
 
 }  // namespace
@@ -32,6 +33,7 @@ void AddPushCommand(CommandRegistry& registry) {
     CommandRegistry::AddText(command, "DIR", "The local folder, which must be there", registry.Given().directory);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     registry.AddPassOptions(command);
+    registry.MarkAsWriting(command);
 }
 
 }  // namespace commands

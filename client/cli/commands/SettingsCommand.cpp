@@ -34,6 +34,7 @@ void AddSettingsCommand(CommandRegistry& registry) {
         registry.AddAction("settings", "Shows how synchronisation is tuned, and what the service publishes about it.",
                            [](ServiceConnection& connection, const Location& location, const Arguments& given,
                               Output& output) { ShowSettings(connection, location, given.isJson, output); });
+    registry.MarkAsTakingFiles(command);
     CommandRegistry::AddText(command, "URL", "The service, for example http://host/", registry.Given().url);
 }
 

@@ -18,6 +18,8 @@ using input::Arguments;
 using input::Location;
 using library::ServiceConnection;
 using output::Complain;
+using output::ErrorMessage;
+using output::ErrorText;
 using output::FieldLines;
 using output::JsonObject;
 using output::Output;
@@ -26,14 +28,19 @@ using sync::config::FolderConfiguration;
 namespace {
 
 /// Adds to `folder` what the service tells of a folder only where it lists the one above.
-void AddListedFields(ServiceConnection& connection, const Location& location, FolderConfiguration& folder) {
+void AddListedFields(ServiceConnection& connection, const Location& location, const Arguments& given,
+                     FolderConfiguration& folder) {
     FolderConfiguration parent = connection.Folder(location.ParentPath());
     std::shared_ptr<QVector<FolderConfiguration>> listed;
     try {
         listed = connection.Folders().GetNameSortedDirsByFolder(parent);
-    } catch (const sync::core::SyncException& e) {
+    } catch (const sync::core::SyncException&) {
         // Whoever may see a folder need not see those beside it, and what lies above it may know no WebDAV.
-        Complain(QStringLiteral("More of /%1 cannot be told: %2").arg(location.serverPath, e.Message()));
+        const ErrorMessage error = ErrorText({location.Server(), location.ParentPath()}).Of(std::current_exception());
+        if (!given.isQuiet) {
+            Complain(QStringLiteral("more of \"%1\" cannot be told: %2")
+                         .arg(location.serverPath, given.isVerbose ? error.detail : error.text));
+        }
         return;
     }
     const auto found = std::find_if(listed->cbegin(), listed->cend(), [&folder](const FolderConfiguration& other) {
@@ -46,15 +53,17 @@ void AddListedFields(ServiceConnection& connection, const Location& location, Fo
     }
 }
 
-void ShowResource(ServiceConnection& connection, const Location& location, bool asJson, Output& output) {
-    const library::FoundResource found = FindResource(connection, location);
+void ShowResource(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+    const bool asJson = given.isJson;
+    library::FoundResource found = FindResource(connection, location);
     if (!found.isFolder) {
+        found.file.size = connection.SizeOf(found.file.serverPath, found.file.size);
         output.Write(asJson ? JsonObject(found.file) + '\n' : FieldLines(found.file, output));
         return;
     }
     FolderConfiguration folder = FindFolder(connection, location, "stat");
     if (!location.serverPath.isEmpty()) {
-        AddListedFields(connection, location, folder);
+        AddListedFields(connection, location, given, folder);
     }
     output.Write(asJson ? JsonObject(folder) + '\n' : FieldLines(folder, output));
 }
@@ -65,7 +74,8 @@ void AddStatCommand(CommandRegistry& registry) {
     CLI::App* const command =
         registry.AddAction("stat", "Prints what the service knows of one folder or file.",
                            [](ServiceConnection& connection, const Location& location, const Arguments& given,
-                              Output& output) { ShowResource(connection, location, given.isJson, output); });
+                              Output& output) { ShowResource(connection, location, given, output); });
+    registry.MarkAsTakingFiles(command);
     CommandRegistry::AddText(command, "URL", "The folder or file, for example http://host/folder/file.txt",
                              registry.Given().url);
 }

@@ -2,11 +2,14 @@
 
 #include <unistd.h>
 
+#include <QFileInfo>
+#include <cerrno>
+#include <cstring>
 #include <memory>
 
 #include "client/cli/input/AbsolutePath.h"
-#include "client/cli/input/GlobFilter.h"
 #include "client/cli/input/Interruption.h"
+#include "client/cli/input/Refusal.h"
 #include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/output/SyncOutput.h"
 #include "client/store/FileConfigManager.h"
@@ -16,11 +19,12 @@ namespace ovsync {
 namespace commands {
 
 using input::AbsolutePath;
-using input::GlobFilter;
 using input::Interruption;
 using input::Location;
+using input::Refusal;
 using input::SyncArguments;
 using library::ServiceConnection;
+using output::ErrorText;
 using output::ExitCode;
 using output::Output;
 using output::SyncOutput;
@@ -29,9 +33,25 @@ using store::RecordDatabase;
 
 namespace {
 
+/// `directory` is what was typed for `root`.
+void RequireFolder(const QString& directory, const QString& root, bool isToBeWritten) {
+    if (!QFileInfo(root).isDir()) {
+        throw Refusal(QStringLiteral("\"%1\" is not a folder").arg(directory));
+    }
+    const int permissions = isToBeWritten ? R_OK | W_OK | X_OK : R_OK | X_OK;
+    if (access(root.toUtf8().constData(), permissions) != 0) {
+        throw Refusal(QStringLiteral("the folder \"%1\" cannot be %2: %3")
+                          .arg(directory, isToBeWritten ? QStringLiteral("written") : QStringLiteral("read"),
+                               QString::fromLocal8Bit(std::strerror(errno))));
+    }
+}
+
 SyncOutput::Format FormatOf(const SyncArguments& arguments) {
-    if (arguments.isJson) {
+    if (arguments.errors.isJson) {
         return SyncOutput::Format::Json;
+    }
+    if (arguments.isQuiet) {
+        return SyncOutput::Format::Quiet;
     }
     return isatty(STDERR_FILENO) == 1 ? SyncOutput::Format::Bar : SyncOutput::Format::Lines;
 }
@@ -56,6 +76,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
                  Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
     const QString root = AbsolutePath(arguments.directory);
+    RequireFolder(arguments.directory, root, !arguments.isDryRun);
 
     pass::SyncOptions options;
     options.deletes = arguments.deletes;
@@ -64,8 +85,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     options.isStrict = arguments.isStrict;
     options.deletionLimit = arguments.deletionLimit;
     options.daysKept = arguments.daysKept;
-    options.filter = std::make_shared<GlobFilter>(arguments.excluded);
-    options.filterText = arguments.excluded.join(QLatin1Char('/'));
+    options.exclusion = arguments.excluded;
     options.isStopped = &Interruption::IsRequested();
 
     local::LocalTree tree(root);
@@ -76,8 +96,17 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();
+    service.newConnection = [&connection, transfers = arguments.transfers] {
+        return connection.NewContentConnection(transfers);
+    };
 
-    SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun);
+    ErrorText::Context context;
+    context.server = location.Server();
+    context.path = location.serverPath;
+    context.thing = QStringLiteral("file or folder");
+    context.isWriting = arguments.isPush;
+    SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun, ErrorText(context),
+                        arguments.errors.isVerbose);
     pass::SyncPass common(service, tree, *records, options, observer);
     try {
         const SyncOutcome outcome = pass(common);

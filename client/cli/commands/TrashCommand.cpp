@@ -148,17 +148,18 @@ void RestoreFromTrash(const QString& directory, const QString& path, const std::
     }
 }
 
-ExitCode EmptyTrash(const QString& directory, std::optional<int> days, bool asJson, Output& output) {
-    const QString root = SyncedFolder(directory);
+ExitCode EmptyTrash(const Arguments& given, Output& output) {
+    const QString root = SyncedFolder(QString::fromStdString(given.directory));
+    const std::optional<int> days = given.olderThan;
     const RecordDatabase lock(root, RecordDatabase::Access::Change);
     LocalTree tree(root);
     const QVector<SyncEvent> failures = days ? TrashOf(tree, *days).RemoveOld() : TrashOf(tree).RemoveAll();
     nlohmann::ordered_json left = nlohmann::ordered_json::array();
     for (const SyncEvent& failure : failures) {
-        Complain(failure.path + QStringLiteral(": ") + failure.detail);
+        Complain({"file", failure.path + QStringLiteral(": ") + failure.detail}, ExitCode::Refused, given.Errors());
         left.push_back({{"path", failure.path.toStdString()}, {"detail", failure.detail.toStdString()}});
     }
-    if (asJson) {
+    if (given.isJson) {
         output.Write(QByteArray::fromStdString(nlohmann::ordered_json({{"left", left}}).dump()) + '\n');
     }
     return failures.isEmpty() ? ExitCode::Done : ExitCode::Refused;
@@ -192,9 +193,8 @@ void AddTrashCommand(CommandRegistry& registry) {
         ->type_name("TIME");
     command->add_option("--to", registry.Given().to, "Bring it to NAME, another path below DIR")->type_name("NAME");
 
-    command = registry.AddLocal(*trash, "empty", "Removes it for good.", [](const Arguments& given, Output& output) {
-        return EmptyTrash(QString::fromStdString(given.directory), given.olderThan, given.isJson, output);
-    });
+    command = registry.AddLocal(*trash, "empty", "Removes it for good.",
+                                [](const Arguments& given, Output& output) { return EmptyTrash(given, output); });
     CommandRegistry::AddText(command, "DIR", "The local folder", registry.Given().directory);
     command
         ->add_option("--older-than", registry.Given().olderThan,

@@ -1,11 +1,12 @@
 #include "client/cli/commands/TreeCommand.h"
 
 #include <CLI/CLI.hpp>
-#include "client/wire/HttpStatus.h"
 
 #include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/commands/ListedEntries.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/DateText.h"
+#include "client/wire/HttpStatus.h"
 
 namespace ovsync {
 namespace commands {
@@ -35,8 +36,10 @@ void NameByPathBelow(const QString& serverPath, QVector<Record>& records) {
     }
 }
 
-void ShowTree(ServiceConnection& connection, const Location& location, const QDateTime& since, ListFormat format,
-              Output& output) {
+void ShowTree(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+    const local::Exclusion excluded = given.Excluded();
+    const QDateTime since = given.Since();
+    const ListFormat format = given.Format();
     FolderConfiguration folder = connection.Folder(location.serverPath);
     folder.setLastSyncTime(since);
     std::shared_ptr<QVector<FolderConfiguration>> folders;
@@ -48,6 +51,7 @@ void ShowTree(ServiceConnection& connection, const Location& location, const QDa
     const bool isUnchanged = status == HttpStatus::NotModified;
     const QByteArray time = DateText(folder.getLastServerSyncRequestTime());
     if (!isUnchanged) {
+        PrepareEntries(connection, location, excluded, *folders, *files);
         NameByPathBelow(location.serverPath, *folders);
         NameByPathBelow(location.serverPath, *files);
     }
@@ -60,12 +64,12 @@ void ShowTree(ServiceConnection& connection, const Location& location, const QDa
         output.Write("}\n");
         return;
     }
-    if (isUnchanged) {
-        Complain(QStringLiteral("nothing changed"));
-    } else {
+    if (!isUnchanged) {
         WriteEntries(*folders, *files, format, output);
+    } else if (!given.isQuiet) {
+        Complain(QStringLiteral("nothing changed"));
     }
-    if (!time.isEmpty()) {
+    if (!time.isEmpty() && !given.isQuiet) {
         Complain(QStringLiteral("the service's time is ") + QString::fromLatin1(time));
     }
 }
@@ -73,13 +77,13 @@ void ShowTree(ServiceConnection& connection, const Location& location, const QDa
 }  // namespace
 
 void AddTreeCommand(CommandRegistry& registry) {
-    CLI::App* const command = registry.AddAction(
-        "tree", "Lists everything below a folder, one path a line, in name order.",
-        [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
-            ShowTree(connection, location, given.Since(), given.Format(), output);
-        });
+    CLI::App* const command =
+        registry.AddAction("tree", "Lists everything below a folder, one path a line, in name order.",
+                           [](ServiceConnection& connection, const Location& location, const Arguments& given,
+                              Output& output) { ShowTree(connection, location, given, output); });
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     registry.AddLong(command);
+    registry.AddExclude(command);
     command
         ->add_option("--since", registry.Given().since,
                      "List only if something changed since TIME, which an earlier listing gave as the service's")

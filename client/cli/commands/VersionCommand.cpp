@@ -68,6 +68,7 @@ void AddVersionCommand(CommandRegistry& registry) {
                            [](ServiceConnection& connection, const Location&, const Arguments& given, Output& output) {
                                ShowVersions(connection, given.isJson, output);
                            });
+    registry.MarkAsTakingFiles(command);
     CommandRegistry::AddText(command, "URL", "The service, for example http://host/", registry.Given().url);
 }
 

@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include "client/cli/input/AbsolutePath.h"
-#include "client/cli/input/GlobFilter.h"
 #include "client/cli/input/ServiceFolderAt.h"
+#include "client/cli/output/ErrorText.h"
 #include "client/sync/check/CheckPass.h"
 #include "client/sync/local/LocalTree.h"
 #include "client/wire/EnumTable.h"
@@ -20,6 +20,7 @@ using commands::CommandRegistry;
 using input::Arguments;
 using input::Location;
 using library::ServiceConnection;
+using output::ErrorText;
 using output::ExitCode;
 using output::Output;
 
@@ -44,32 +45,41 @@ static_assert(wire::HasRowOfEach(FindingTexts, &FindingText::kind, Kind::Unknown
 
 class CheckOutput {
 public:
-    CheckOutput(Output& output, bool asJson) : _output(output), _asJson(asJson) {}
+    CheckOutput(Output& output, const Arguments& given, const ErrorText& errors)
+        : _output(output), _given(given), _errors(errors) {}
 
     void Tell(const CheckFinding& finding) {
         const FindingText& text = FindingTexts[static_cast<size_t>(finding.kind)];
         ++_counts[finding.kind];
         _isSame = _isSame && finding.kind == Kind::Skipped;
-        if (_asJson) {
+        if (_given.isJson) {
             nlohmann::ordered_json object = {{"event", text.name}, {"path", finding.path.toStdString()}};
+            if (finding.error) {
+                object["error"] = _errors.Of(finding.error).text.toStdString();
+            }
             if (!finding.detail.isEmpty()) {
                 object["detail"] = finding.detail.toStdString();
             }
             _Write(object);
             return;
         }
-        const QString detail = finding.detail.isEmpty() ? QString() : QStringLiteral(": ") + finding.detail;
+        const bool isWorded = finding.error && !_given.isVerbose;
+        const QString reason = isWorded ? _errors.Of(finding.error).text : finding.detail;
+        const QString detail = reason.isEmpty() ? QString() : QStringLiteral(": ") + reason;
         _output.Write(QByteArray(text.text) + ' ' + _output.Shown(finding.path + detail) + '\n');
     }
 
     void Summarise(const CheckPass& pass) {
-        if (_asJson) {
+        if (_given.isJson) {
             nlohmann::ordered_json object = {
                 {"event", "summary"}, {"same", pass.Same()}, {"sameBySizeAlone", pass.SameBySizeAlone()}};
             for (const FindingText& text : FindingTexts) {
                 object[text.name] = _counts[text.kind];
             }
             _Write(object);
+            return;
+        }
+        if (_given.isQuiet) {
             return;
         }
         QByteArray line = QByteArray::number(pass.Same()) + (pass.Same() == 1 ? " file" : " files") + " the same";
@@ -92,7 +102,8 @@ private:
     }
 
     Output& _output;
-    const bool _asJson;
+    const Arguments& _given;
+    const ErrorText _errors;
     std::map<Kind, int> _counts;
     bool _isSame = true;
 };
@@ -100,9 +111,9 @@ private:
 ExitCode Check(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
     const QString root = input::AbsolutePath(QString::fromStdString(given.directory));
     local::LocalTree tree(root);
-    const local::Exclusion exclusion(std::make_shared<input::GlobFilter>(given.Excluded()));
+    const local::Exclusion exclusion = given.Excluded();
     const pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
-    CheckOutput told(output, given.isJson);
+    CheckOutput told(output, given, ErrorText({location.Server(), location.serverPath, QStringLiteral("file")}));
     const CheckPass::Teller tell = [&told](const CheckFinding& finding) { told.Tell(finding); };
     CheckPass pass(service, tree, exclusion, given.downloads, tell);
     pass.Run();
@@ -120,6 +131,7 @@ void AddCheckCommand(CommandRegistry& registry) {
     registry.AddExclude(command);
     command->add_flag("--download", registry.Given().downloads,
                       "Compare the content itself where the service knows no checksum, and not the size alone");
+    registry.AddBandwidth(command);
 }
 
 }  // namespace files

@@ -80,7 +80,7 @@ void Run(ServiceConnection& connection, const Location& from, const Arguments& g
         if (e.StatusCode() != wire::HttpStatus::PreconditionFailed) {
             throw;
         }
-        throw input::Refusal(QStringLiteral("There is something at /%1 already%2")
+        throw input::Refusal(QStringLiteral("There is something at \"%1\" already%2")
                                  .arg(to.serverPath, found.isFolder ? QStringLiteral(", and a folder replaces nothing")
                                                                     : QStringLiteral("; --force replaces it")));
     }
@@ -96,6 +96,8 @@ void Add(CommandRegistry& registry, const char* name, const char* description, c
         registry.AddAction(name, description,
                            [transfer](ServiceConnection& connection, const Location& location, const Arguments& given,
                                       Output& output) { Run(connection, location, given, output, transfer); });
+    registry.MarkAsTakingFiles(command);
+    registry.MarkAsWriting(command);
     CommandRegistry::AddText(command, "FROM", "The file or folder, for example http://host/folder/file.txt",
                              registry.Given().url);
     CommandRegistry::AddText(command, "TO", "Its new URL; of a file also a folder that it goes into",

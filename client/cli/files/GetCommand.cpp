@@ -87,7 +87,7 @@ FileConfiguration FetchContent(ServiceConnection& connection, const Location& lo
         }
     }
     throw sync::core::SyncException(
-        QStringLiteral("What came for /%1 is not what the service lists, by its size or its MD5")
+        QStringLiteral("What came for \"%1\" is not what the service lists, by its size or its MD5")
             .arg(location.serverPath));
 }
 
@@ -112,7 +112,7 @@ void FetchFile(ServiceConnection& connection, const Location& location, const QS
     try {
         listed = FetchContent(connection, location, content, [&content] { content.Discard(); });
     } catch (const std::exception&) {
-        if (content.CanGoOn()) {
+        if (content.CanGoOn() && !asJson) {
             output::Complain(
                 QStringLiteral("%1 bytes are kept, and the next get goes on from there").arg(content.Size()));
         }
@@ -154,6 +154,8 @@ void AddGetCommand(CommandRegistry& registry) {
         [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
             Get(connection, location, QString::fromStdString(given.path), given.isJson, output);
         });
+    registry.MarkAsTakingFiles(command);
+    registry.AddBandwidth(command);
     CommandRegistry::AddText(command, "URL", "The file, for example http://host/folder/file.txt", registry.Given().url);
     command->add_option("FILE", registry.Given().path,
                         "Where it goes: a file, a folder, or - for standard output (the current folder unless given)");
@@ -165,6 +167,8 @@ void AddCatCommand(CommandRegistry& registry) {
         [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
             Get(connection, location, QStringLiteral("-"), given.isJson, output);
         });
+    registry.MarkAsTakingFiles(command);
+    registry.AddBandwidth(command);
     CommandRegistry::AddText(command, "URL", "The file, for example http://host/folder/file.txt", registry.Given().url);
 }
 

@@ -65,7 +65,7 @@ void Put(ServiceConnection& connection, const Location& location, const QString&
     const Location target = TargetOf(connection, location, QFileInfo(path).fileName());
     const auto session = connection.NewContentConnection();
     if (Send(*session, connection.UrlOf(target.serverPath), file, isForced) == UploadOutcome::Refused) {
-        throw Refusal(QStringLiteral("Somebody has just changed /%1; nothing was sent").arg(target.serverPath));
+        throw Refusal(QStringLiteral("Somebody has just changed \"%1\"; nothing was sent").arg(target.serverPath));
     }
     if (file.HasChanged()) {
         throw Refusal(QStringLiteral("%1 was written while it was sent, and has to be sent again").arg(path));
@@ -73,7 +73,7 @@ void Put(ServiceConnection& connection, const Location& location, const QString&
     const FileConfiguration sent = FindFile(connection, target, "somebody has just made it");
     if (!pass::IsContentOf(sent, file.Size(), file.Md5())) {
         throw sync::core::SyncException(
-            QStringLiteral("/%1 was sent, but what the service has is something else").arg(target.serverPath));
+            QStringLiteral("\"%1\" was sent, but what the service has is something else").arg(target.serverPath));
     }
     if (asJson) {
         output.Write(output::JsonObject(sent) + '\n');
@@ -88,6 +88,9 @@ void AddPutCommand(CommandRegistry& registry) {
         [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
             Put(connection, location, QString::fromStdString(given.path), given.isForced, given.isJson, output);
         });
+    registry.MarkAsTakingFiles(command);
+    registry.MarkAsWriting(command);
+    registry.AddBandwidth(command);
     CommandRegistry::AddText(command, "FILE", "The file here", registry.Given().path);
     CommandRegistry::AddText(command, "URL", "Where it goes: a file, or a folder that it goes into",
                              registry.Given().url);

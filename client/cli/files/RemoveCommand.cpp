@@ -30,7 +30,7 @@ QByteArray RemoveFolder(ServiceConnection& connection, const Location& location,
     if (!isRecursive) {
         const std::optional<FolderListing> listing = connection.List(connection.Folder(location.serverPath));
         if (listing && !(listing->folders.isEmpty() && listing->files.isEmpty())) {
-            throw input::Refusal(QStringLiteral("/%1 has something in it; rm -r removes a folder with what is in it")
+            throw input::Refusal(QStringLiteral("\"%1\" has something in it; rm -r removes a folder with what is in it")
                                      .arg(location.serverPath));
         }
     }
@@ -63,6 +63,8 @@ void AddRemoveCommand(CommandRegistry& registry) {
         [](ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
             Remove(connection, location, given.isRecursive, given.isJson, output);
         });
+    registry.MarkAsTakingFiles(command);
+    registry.MarkAsWriting(command);
     CommandRegistry::AddText(command, "URL", "The file or folder, for example http://host/folder/old.txt",
                              registry.Given().url);
     command->add_flag("-r,--recursive", registry.Given().isRecursive, "Remove a folder with everything in it");

@@ -2,6 +2,9 @@
 
 #include <unistd.h>
 
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
 #include <chrono>
 #include <memory>
 
@@ -19,6 +22,42 @@ namespace {
 
 const int SilenceLimitsOfAnswer = 30;
 const int SilenceLimitsOfSlowness = 10;
+const qint64 LeastBandwidth = 1024;
+
+/// The file of certificates that the environment names, as other programs take it; empty for none.
+QString CertificatesOfEnvironment() {
+    for (const char* name : {"CURL_CA_BUNDLE", "SSL_CERT_FILE"}) {
+        const QString file = qEnvironmentVariable(name);
+        if (!file.isEmpty() && !QFileInfo(file).isReadable()) {
+            throw UsageError(QStringLiteral("%1=%2: there is no such file, or it cannot be read")
+                                 .arg(QString::fromLatin1(name), file));
+        }
+        if (!file.isEmpty()) {
+            return file;
+        }
+    }
+    return QString();
+}
+
+/// Bytes a second; 0 for an empty text.
+qint64 ReadBandwidth(const std::string& text) {
+    if (text.empty()) {
+        return 0;
+    }
+    static const QRegularExpression form(QStringLiteral("\\A([0-9]{1,9}(?:\\.[0-9]{1,3})?)([KMGkmg]?)\\z"));
+    const QRegularExpressionMatch match = form.match(QString::fromStdString(text));
+    const QString unit = match.captured(2).toUpper();
+    const int index = unit.isEmpty() ? 0 : QStringLiteral("KMG").indexOf(unit) + 1;
+    const auto rate =
+        static_cast<qint64>(match.captured(1).toDouble() * static_cast<double>(qint64(1) << (10 * index)));
+    if (rate < LeastBandwidth) {
+        throw UsageError(
+            QStringLiteral("--bandwidth \"%1\": not a valid rate; it should look like 500K or 2.5M, bytes a "
+                           "second, and be at least 1K")
+                .arg(QString::fromStdString(text)));
+    }
+    return rate;
+}
 
 pass::DeletionLimit ReadLimit(const std::string& maxDelete) {
     if (maxDelete.empty()) {
@@ -37,14 +76,15 @@ pass::DeletionLimit ReadLimit(const std::string& maxDelete) {
 
 wire::ConnectionSettings Arguments::Connecting() const {
     wire::ConnectionSettings settings;
-    settings.caFile = QString::fromStdString(caFile);
+    settings.caFile = caFile.empty() ? CertificatesOfEnvironment() : QString::fromStdString(caFile);
+    settings.bandwidth = ReadBandwidth(bandwidth);
     settings.silenceLimit =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::duration<double>(silenceLimit));
     settings.answerLimit = SilenceLimitsOfAnswer * settings.silenceLimit;
     settings.slownessLimit = SilenceLimitsOfSlowness * settings.silenceLimit;
     settings.listing.entries = {maxListingEntries, QString::fromLatin1(EntriesOption)};
     settings.listing.bytes = {maxListingBytes, QString::fromLatin1(BytesOption)};
-    if (isatty(STDERR_FILENO) == 1) {
+    if (!isQuiet && isatty(STDERR_FILENO) == 1) {
         const auto progress = std::make_shared<Progress>();
         settings.onProgress = [progress](qint64 bytes, bool isOver) { progress->Show(bytes, isOver); };
     }
@@ -66,12 +106,20 @@ QDateTime Arguments::Since() const {
     return time;
 }
 
-QStringList Arguments::Excluded() const {
-    QStringList globs;
-    for (const std::string& glob : excluded) {
-        globs.append(QString::fromStdString(glob));
+local::Exclusion Arguments::Excluded() const {
+    try {
+        return local::Exclusion(rules);
+    } catch (const sync::core::SyncException& e) {
+        throw UsageError(e.Message());
     }
-    return globs;
+}
+
+void Arguments::AddRulesOf(const std::string& file) {
+    QFile source(QString::fromStdString(file));
+    if (!source.open(QIODevice::ReadOnly)) {
+        throw UsageError(QStringLiteral("--exclude-from %1: %2").arg(source.fileName(), source.errorString()));
+    }
+    rules += local::Exclusion::RulesIn(source.readAll());
 }
 
 SyncArguments Arguments::Syncing() const {
@@ -79,7 +127,8 @@ SyncArguments Arguments::Syncing() const {
             Excluded(),
             deletes,
             isDryRun,
-            isJson,
+            Errors(),
+            isQuiet,
             transfers,
             isStrict,
             ReadLimit(maxDelete),

@@ -5,10 +5,11 @@
 #include <QStringList>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "client/cli/input/SyncArguments.h"
+#include "client/cli/output/Complaint.h"
 #include "client/cli/output/ListingOutput.h"
+#include "client/sync/local/Exclusion.h"
 #include "client/sync/pass/SyncOptions.h"
 #include "client/wire/ConnectionSettings.h"
 
@@ -30,7 +31,14 @@ struct Arguments {
     std::string user;
     std::string caFile;
     std::string since;
-    std::vector<std::string> excluded;
+    std::string bandwidth;
+    /// What is left out, in the order in which it was said.
+    QStringList rules;
+    /// How many levels of folders have a line of their own.
+    int depth = 0;
+    bool inBytes = false;
+    bool isQuiet = false;
+    bool isVerbose = false;
     double silenceLimit = 60;
     qint64 maxListingEntries = wire::ListingLimits().entries.value;
     qint64 maxListingBytes = wire::ListingLimits().bytes.value;
@@ -48,16 +56,22 @@ struct Arguments {
     bool isWatching = false;
     int transfers = pass::SyncOptions().transfers;
 
+    /// Throws UsageError for a bandwidth that is none, and when the environment names certificates that are not there.
     wire::ConnectionSettings Connecting() const;
 
     output::ListFormat Format() const;
+    output::ErrorStyle Errors() const { return {isJson, isVerbose}; }
 
-    /// Throws UsageError when it is no time.
+    /// Throws UsageError when it is not a valid time.
     QDateTime Since() const;
 
-    QStringList Excluded() const;
+    /// Throws UsageError for a pattern that no path can match.
+    local::Exclusion Excluded() const;
 
-    /// Throws UsageError when there is a limit that is none.
+    /// Adds the rules in `file`. Throws UsageError when it cannot be read.
+    void AddRulesOf(const std::string& file);
+
+    /// Throws UsageError for a limit or a pattern that is not valid.
     SyncArguments Syncing() const;
 };
 

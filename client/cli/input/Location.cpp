@@ -1,5 +1,6 @@
 #include "client/cli/input/Location.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 
 #include "client/cli/input/UsageError.h"
@@ -9,20 +10,49 @@ namespace input {
 
 namespace {
 
-// `shown` never holds what follows a user name, which may be a password.
+/// Why `text`, which was read as `url`, is not the URL of a server; empty when it is one.
+QString ProblemOf(const QString& text, const QUrl& url) {
+    static const QRegularExpression schemeForm(QStringLiteral("\\A([A-Za-z][A-Za-z0-9+.-]*)://"));
+    static const QRegularExpression portForm(QStringLiteral("\\A[A-Za-z]+://[^/]*:([0-9]+)(?:[/?#]|\\z)"));
+    if (text.isEmpty()) {
+        return QStringLiteral("the URL is empty");
+    }
+    const QString scheme = schemeForm.match(text).captured(1).toLower();
+    if (scheme.isEmpty()) {
+        return QStringLiteral("not a URL, because no http:// or https:// is before it");
+    }
+    if (scheme != QLatin1String("http") && scheme != QLatin1String("https")) {
+        return QStringLiteral("%1:// is not known here").arg(scheme);
+    }
+    const QString port = portForm.match(text).captured(1);
+    bool isNumber = true;
+    const int number = port.isEmpty() ? 1 : port.toInt(&isNumber);
+    if (!isNumber || number < 1 || number > 65535) {
+        return QStringLiteral("there is no port %1, only those from 1 to 65535").arg(port);
+    }
+    if (!url.isValid()) {
+        return QStringLiteral("not a valid URL");
+    }
+    return url.host().isEmpty() ? QStringLiteral("no host is named") : QString();
+}
+
+/// `text`, which was read as `url`, without a user and a password, even where it is not a URL.
+QString Shown(const QString& text, const QUrl& url) {
+    return url.isValid() ? url.toDisplayString(QUrl::RemoveUserInfo) : text.mid(text.lastIndexOf(QLatin1Char('@')) + 1);
+}
+
 [[noreturn]] void Reject(const QString& shown, const QString& reason) {
-    throw UsageError(QStringLiteral("%1: %2").arg(shown, reason));
+    throw UsageError(shown.isEmpty() ? reason : QStringLiteral("%1: %2").arg(shown, reason));
 }
 
 }  // namespace
 
 Location Location::FromUrl(const QString& text) {
     const QUrl url(text);
-    const QString shown = url.isValid() ? url.toDisplayString(QUrl::RemoveUserInfo) : QStringLiteral("URL");
-    if (!url.isValid() || url.host().isEmpty() ||
-        (url.scheme() != QLatin1String("http") && url.scheme() != QLatin1String("https"))) {
-        Reject(shown,
-               QStringLiteral("not a valid URL; it should look like http://host/folder/ or https://host/folder/"));
+    const QString shown = text.contains(QLatin1String("://")) ? Shown(text, url) : Shown(text, QUrl());
+    const QString problem = ProblemOf(text, url);
+    if (!problem.isEmpty()) {
+        Reject(shown, problem + QStringLiteral("; a URL looks like http://host/folder/ or https://host/folder/"));
     }
     if (!url.password().isEmpty()) {
         Reject(shown, QStringLiteral("a password on the command line can be seen by others. Leave it out, and set "
@@ -54,6 +84,12 @@ Location Location::FromUrl(const QString& text) {
     location.baseUrl.setPort(url.port());
     location.baseUrl.setPath(QStringLiteral("/"));
     return location;
+}
+
+QUrl Location::Url() const {
+    QUrl url = baseUrl;
+    url.setPath(QLatin1Char('/') + serverPath, QUrl::DecodedMode);
+    return url;
 }
 
 QString Location::ParentPath() const {

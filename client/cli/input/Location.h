@@ -21,6 +21,10 @@ struct Location {
     /// has a query or a fragment, holds a password, or has a path that no server path stands for.
     static Location FromUrl(const QString& text);
 
+    /// Host and port, as errors name it.
+    QString Server() const { return baseUrl.authority(); }
+    QUrl Url() const;
+
     /// The server path of the collection that the place lies in, and the name of the place in it.
     QString ParentPath() const;
     QString Name() const;

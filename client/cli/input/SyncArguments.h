@@ -1,8 +1,9 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
+#include "client/cli/output/Complaint.h"
+#include "client/sync/local/Exclusion.h"
 #include "client/sync/local/Trash.h"
 #include "client/sync/pass/DeletionLimit.h"
 
@@ -12,14 +13,17 @@ namespace input {
 /// What the command line says about a pass over a synced folder. A plain value.
 struct SyncArguments {
     QString directory;
-    QStringList excluded;
+    local::Exclusion excluded;
     bool deletes = false;
     bool isDryRun = false;
-    bool isJson = false;
+    output::ErrorStyle errors;
+    bool isQuiet = false;
     int transfers = 4;
     bool isStrict = false;
     pass::DeletionLimit deletionLimit;
     int daysKept = local::Trash::DefaultDays;
+    /// Whether it writes to the service.
+    bool isPush = false;
 };
 
 }  // namespace input

@@ -23,25 +23,32 @@ struct KindText {
     const char* name;
     /// Before the path.
     const char* done;
-    /// After the number, in the summary; '*' stands where a plural has its 's'.
+    /// The same in a dry run.
+    const char* wouldBeDone;
+    /// In the summary; '#' stands for the number, '*' for the 's' of a plural.
     const char* counted;
+    /// The same in a dry run, after "Would".
+    const char* wouldBeCounted;
 };
 
 constexpr KindText Texts[] = {
-    {Kind::Fetched, "fetched", "fetched", "fetched"},
-    {Kind::Updated, "updated", "updated", "updated"},
-    {Kind::Deleted, "deleted", "deleted", "deleted here"},
-    {Kind::FolderMade, "folderMade", "made", "folder* made"},
-    {Kind::Sent, "sent", "sent", "sent"},
-    {Kind::FolderSent, "folderSent", "made there", "folder* made on the service"},
-    {Kind::DeletedHere, "deletedHere", "only there", "deleted here and still on the service"},
-    {Kind::NewerThere, "newerThere", "newer there", "newer on the service"},
-    {Kind::Skipped, "skipped", "skipped", "skipped"},
-    {Kind::Noted, "noted", "note on", "note*"},
-    {Kind::Conflict, "conflict", "conflict", "in conflict"},
-    {Kind::Kept, "kept", "kept", "kept"},
-    {Kind::Refused, "refused", "refused", "refused"},
-    {Kind::Failed, "failed", "failed", "failed"},
+    {Kind::Fetched, "fetched", "fetched", "would fetch", "# fetched", "fetch #"},
+    {Kind::Updated, "updated", "updated", "would update", "# updated", "update #"},
+    {Kind::Deleted, "deleted", "deleted", "would delete", "# deleted here", "delete # here"},
+    {Kind::FolderMade, "folderMade", "made", "would make", "# folder* made", "make # folder*"},
+    {Kind::Sent, "sent", "sent", "would send", "# sent", "send #"},
+    {Kind::FolderSent, "folderSent", "made there", "would make there", "# folder* made on the service",
+     "make # folder* on the service"},
+    {Kind::DeletedHere, "deletedHere", "only there", "only there", "# deleted here and still on the service",
+     "leave # on the service"},
+    {Kind::NewerThere, "newerThere", "newer there", "newer there", "# newer on the service",
+     "leave # newer on the service"},
+    {Kind::Skipped, "skipped", "skipped", "would skip", "# skipped", "skip #"},
+    {Kind::Noted, "noted", "note on", "note on", "# note*", "make # note*"},
+    {Kind::Conflict, "conflict", "conflict", "conflict", "# in conflict", "# in conflict"},
+    {Kind::Kept, "kept", "kept", "would keep", "# kept", "# kept"},
+    {Kind::Refused, "refused", "refused", "refused", "# refused", "# refused"},
+    {Kind::Failed, "failed", "failed", "failed", "# failed", "# failed"},
 };
 static_assert(wire::HasRowOfEach(Texts, &KindText::kind, Kind::Failed), "A kind is the index of its texts.");
 
@@ -69,8 +76,8 @@ QByteArray LineOf(const nlohmann::ordered_json& object) {
 
 }  // namespace
 
-SyncOutput::SyncOutput(Output& output, Format format, bool isDryRun)
-    : _output(output), _format(format), _isTrial(isDryRun) {
+SyncOutput::SyncOutput(Output& output, Format format, bool isDryRun, const ErrorText& errors, bool isVerbose)
+    : _output(output), _format(format), _isDryRun(isDryRun), _errors(errors), _isVerbose(isVerbose) {
     _timer.start();
 }
 
@@ -79,25 +86,41 @@ void SyncOutput::OnEvent(const SyncEvent& event) {
     ++_counts[event.kind];
     _bytes += event.bytes;
     if (_format == Format::Json) {
-        nlohmann::ordered_json object = {{"event", text.name}, {"path", event.path.toStdString()}};
-        if (event.kind == Kind::Fetched || event.kind == Kind::Updated || event.kind == Kind::Sent) {
-            object["bytes"] = event.bytes;
-        }
-        if (!event.detail.isEmpty()) {
-            object["detail"] = event.detail.toStdString();
-        }
-        _output.Write(LineOf(object));
+        _WriteJson(event);
         return;
     }
-    const QString line = QLatin1String(text.done) + QLatin1Char(' ') + event.path +
-                         (event.detail.isEmpty() ? QString() : QLatin1String(": ") + event.detail);
+    const ErrorMessage error = event.error ? _errors.Of(event.error) : ErrorMessage{"", event.detail};
+    const QString line = QLatin1String(_isDryRun ? text.wouldBeDone : text.done) + QLatin1Char(' ') + event.path +
+                         (error.text.isEmpty() ? QString() : QLatin1String(": ") + error.text);
     if (event.IsProblem()) {
         _ClearBar();
         _output.Flush();
         std::cerr << ShownInErrors(line).toStdString() + '\n';
-    } else if (_format == Format::Lines || _isTrial) {
+        if (_isVerbose && !error.detail.isEmpty()) {
+            Complain(error.detail);
+        }
+    } else if (_format == Format::Lines || (_isDryRun && _format == Format::Bar)) {
         _output.Write(_output.Shown(line) + '\n');
     }
+}
+
+void SyncOutput::_WriteJson(const SyncEvent& event) {
+    nlohmann::ordered_json object = {{"event", TextOf(event.kind).name}, {"path", event.path.toStdString()}};
+    if (event.kind == Kind::Fetched || event.kind == Kind::Updated || event.kind == Kind::Sent) {
+        object["bytes"] = event.bytes;
+    }
+    if (event.error) {
+        const ErrorMessage error = _errors.Of(event.error);
+        object["error"] = error.text.toStdString();
+        object["kind"] = error.kind;
+        if (error.status != 0) {
+            object["status"] = error.status;
+        }
+    }
+    if (!event.detail.isEmpty()) {
+        object["detail"] = event.detail.toStdString();
+    }
+    _output.Write(LineOf(object));
 }
 
 void SyncOutput::OnProgress(const SyncProgress& progress) {
@@ -118,7 +141,7 @@ void SyncOutput::OnProgress(const SyncProgress& progress) {
 void SyncOutput::Summarise(SyncOutcome outcome) {
     _ClearBar();
     if (_format == Format::Json) {
-        nlohmann::ordered_json object = {{"event", "summary"}, {"outcome", NameOf(outcome)}, {"dryRun", _isTrial}};
+        nlohmann::ordered_json object = {{"event", "summary"}, {"outcome", NameOf(outcome)}, {"dryRun", _isDryRun}};
         for (const KindText& text : Texts) {
             object[text.name] = _counts[text.kind];
         }
@@ -128,31 +151,43 @@ void SyncOutput::Summarise(SyncOutcome outcome) {
         _output.Flush();
         return;
     }
-    QByteArray line;
-    for (const KindText& text : Texts) {
-        if (const int count = _counts[text.kind]) {
-            line += (line.isEmpty() ? "" : ", ") + QByteArray::number(count) + ' ' +
-                    QByteArray(text.counted).replace('*', count == 1 ? "" : "s");
-        }
+    if (_format == Format::Quiet) {
+        return;
     }
-    if (line.isEmpty()) {
-        if (outcome == SyncOutcome::Failed) {
-            return;
-        }
+    const QByteArray done = _Counted(false);
+    const QByteArray left = _Counted(true);
+    QByteArray line = _isDryRun && !done.isEmpty() ? "Would " + done : done;
+    line += (line.isEmpty() || left.isEmpty() ? "" : _isDryRun ? "; " : ", ") + left;
+    const bool isCancelled = outcome == SyncOutcome::Cancelled;
+    if (line.isEmpty() && outcome == SyncOutcome::Failed) {
+        return;
+    }
+    if (isCancelled) {
+        line = line.isEmpty() ? "Stopped" : "Stopped: " + line;
+    } else if (line.isEmpty()) {
         line = "Nothing to do";
     }
     if (_bytes > 0) {
         line += " (" + SizeText(_bytes) + ')';
     }
-    if (_isTrial) {
-        line = "Would be done: " + line;
-    } else if (outcome == SyncOutcome::Cancelled) {
-        line = "Stopped: " + line;
-    } else {
+    if (!_isDryRun && !isCancelled) {
         line += " in " + QByteArray::number(static_cast<double>(_timer.elapsed()) / 1000, 'f', 1) + " s";
     }
     _output.Write(line + '\n');
     _output.Flush();
+}
+
+QByteArray SyncOutput::_Counted(bool isProblem) {
+    QByteArray line;
+    for (const KindText& text : Texts) {
+        const int count = _counts[text.kind];
+        if (count > 0 && (text.kind >= Kind::Conflict) == isProblem) {
+            line += (line.isEmpty() ? "" : ", ") + QByteArray(_isDryRun ? text.wouldBeCounted : text.counted)
+                                                       .replace('*', count == 1 ? "" : "s")
+                                                       .replace('#', QByteArray::number(count));
+        }
+    }
+    return line;
 }
 
 void SyncOutput::_ClearBar() {

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <map>
 
+#include "client/cli/output/ErrorText.h"
 #include "client/cli/output/Output.h"
 #include "client/sync/report/ISyncObserver.h"
 #include "client/sync/report/SyncOutcome.h"
@@ -12,13 +13,15 @@ namespace output {
 
 /// Tells a person, or with JSON a program, what a pass does. What it did goes to standard output, a line each, and what
 /// is left to be done to standard error. On a terminal a bar stands for what was merely transferred. As JSON everything
-/// is an object on a line of standard output. Not thread-safe.
+/// is an object on a line of standard output. Failures are worded by an ErrorText. Not thread-safe.
 class SyncOutput : public report::ISyncObserver {
 public:
-    enum class Format { Lines, Bar, Json };
+    /// Quiet: only what is left to be done.
+    enum class Format { Lines, Bar, Quiet, Json };
 
-    /// `output` outlives this object. A trial's lines say what would be done, all of it.
-    SyncOutput(Output& output, Format format, bool isDryRun);
+    /// `output` outlives this object. The lines of a dry run say what would be done, all of it. `isVerbose`: with the
+    /// details of failures.
+    SyncOutput(Output& output, Format format, bool isDryRun, const ErrorText& errors, bool isVerbose);
 
     void OnEvent(const report::SyncEvent& event) override;
     void OnProgress(const report::SyncProgress& progress) override;
@@ -27,11 +30,16 @@ public:
     void Summarise(report::SyncOutcome outcome);
 
 private:
+    void _WriteJson(const report::SyncEvent& event);
+    /// What was done, or would be, and what is left, each by its number.
+    QByteArray _Counted(bool isProblem);
     void _ClearBar();
 
     Output& _output;
     const Format _format;
-    const bool _isTrial;
+    const bool _isDryRun;
+    const ErrorText _errors;
+    const bool _isVerbose;
     QElapsedTimer _timer;
     bool _isBarShown = false;
     std::map<report::SyncEvent::Kind, int> _counts;

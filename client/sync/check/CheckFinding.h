@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <exception>
 
 namespace ovsync {
 namespace check {
@@ -22,6 +23,8 @@ struct CheckFinding {
     QString path;
     /// What a person should know besides; may be empty.
     QString detail;
+    /// What failed, where something did; `detail` is then its message.
+    std::exception_ptr error = nullptr;
 };
 
 }  // namespace check

@@ -114,12 +114,12 @@ void CheckPass::_CompareFiles(const QString& path, const LocalEntry& here, const
             _Tell(Kind::Different, path, QStringLiteral("the content"));
         }
     } catch (const LocalError& e) {
-        _Tell(Kind::Unknown, path, e.Message());
+        _teller({Kind::Unknown, path, e.Message(), std::current_exception()});
     } catch (const HttpException& e) {
         if (e.StatusCode() == HttpStatus::Unauthorized || e.StatusCode() >= HttpStatus::InternalServerError) {
             throw;
         }
-        _Tell(Kind::Unknown, path, e.Message());
+        _teller({Kind::Unknown, path, e.Message(), std::current_exception()});
     }
 }
 

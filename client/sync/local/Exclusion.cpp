@@ -1,41 +1,77 @@
 #include "client/sync/local/Exclusion.h"
 
-#include <algorithm>
-#include <utility>
-
 #include "client/sync/local/PathNames.h"
+#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace local {
 
 namespace {
 
-// Tells a filter what asks; this client's filters do not look at it.
-const int FilterKind = 2;
+/// Without the spaces at its end, but for one that a '\' stands before.
+QString WithoutTrailingSpaces(const QString& line) {
+    int end = 0;
+    for (int i = 0; i < line.size(); ++i) {
+        i += line[i] == QLatin1Char('\\') ? 1 : 0;
+        if (i >= line.size() || line[i] != QLatin1Char(' ') || (i > 0 && line[i - 1] == QLatin1Char('\\'))) {
+            end = i + 1;
+        }
+    }
+    return line.left(end);
+}
 
 }  // namespace
 
-Exclusion::Exclusion(std::shared_ptr<sync::interf::ISyncFilter> filter) : _filter(std::move(filter)) {}
-
-bool Exclusion::HasFolder(const QString& name) const {
-    return _filter && _filter->IsFolderExcluded(name, FilterKind);
+Exclusion::Exclusion(const QStringList& rules) : _rules(rules) {
+    for (const QString& rule : rules) {
+        const bool excludes = !rule.startsWith(QLatin1Char('!'));
+        const std::optional<PathPattern> pattern = PathPattern::Read(excludes ? rule : rule.mid(1));
+        if (!pattern) {
+            throw sync::core::SyncException(
+                QStringLiteral("\"%1\" is not a valid pattern: no path can match it").arg(rule));
+        }
+        _patterns.append({*pattern, excludes});
+    }
 }
 
-bool Exclusion::HasFile(const QString& name) const {
-    // Sizes differ between the sides, so that a filter by size would mean two things.
-    return _filter && _filter->IsFileExcluded(name, 0, FilterKind);
+QStringList Exclusion::RulesIn(const QByteArray& file) {
+    QStringList rules;
+    QString text = QString::fromUtf8(file);
+    if (text.startsWith(QChar::ByteOrderMark)) {
+        text.remove(0, 1);
+    }
+    for (QString line : text.split(QLatin1Char('\n'))) {
+        if (line.endsWith(QLatin1Char('\r'))) {
+            line.chop(1);
+        }
+        line = WithoutTrailingSpaces(line);
+        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#'))) {
+            rules.append(line);
+        }
+    }
+    return rules;
 }
 
 bool Exclusion::HasFileAt(const QString& path) const {
-    return _filter && (HasFile(NameOf(path)) || HasFolderAt(FolderOf(path)));
+    return !_patterns.isEmpty() && (HasFile(path) || HasFolderAt(FolderOf(path)));
 }
 
 bool Exclusion::HasFolderAt(const QString& path) const {
-    if (!_filter) {
-        return false;
+    for (QString folder = path; !_patterns.isEmpty() && !folder.isEmpty(); folder = FolderOf(folder)) {
+        if (HasFolder(folder)) {
+            return true;
+        }
     }
-    const QStringList names = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-    return std::any_of(names.begin(), names.end(), [this](const QString& name) { return HasFolder(name); });
+    return false;
+}
+
+bool Exclusion::_Has(const QString& path, bool isFolder) const {
+    for (int i = _patterns.size() - 1; i >= 0; --i) {
+        if (_patterns[i].pattern.Matches(path, isFolder)) {
+            return _patterns[i].excludes;
+        }
+    }
+    return false;
 }
 
 }  // namespace local

@@ -1,29 +1,51 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
-#include <memory>
+#include <QStringList>
+#include <QVector>
 
-#include "host/interfaces/ISyncFilter.h"
+#include "client/sync/local/PathPattern.h"
 
 namespace ovsync {
 namespace local {
 
-/// What of a synced folder is left alone on both sides. As thread-safe as the filter.
+/// What of a tree is left alone, by the rules of .gitignore: each rule is a PathPattern, with a '!' before it where it
+/// takes back what those before it exclude. The last rule that matches a path decides. What lies in an excluded folder
+/// is excluded with it, whatever rule matches it. Paths are relative to the tree and have no '/' at either end. A plain
+/// value; thread-safe.
 class Exclusion {
 public:
-    /// Null for nothing.
-    explicit Exclusion(std::shared_ptr<sync::interf::ISyncFilter> filter);
+    /// Excludes nothing.
+    Exclusion() = default;
+    /// Throws SyncException, which names the rule, for one that no path can match.
+    explicit Exclusion(const QStringList& rules);
 
-    /// By its name alone: what lies in an excluded folder is excluded with it.
-    bool HasFolder(const QString& name) const;
-    bool HasFile(const QString& name) const;
+    /// The rules in a file, a line each. Empty lines, those that begin with '#', and spaces at the end of a line that
+    /// no '\' keeps, do not count.
+    static QStringList RulesIn(const QByteArray& file);
 
-    /// By all names of the path of a file.
+    /// Where the folders above are known not to be excluded.
+    bool HasFolder(const QString& path) const { return _Has(path, true); }
+    bool HasFile(const QString& path) const { return _Has(path, false); }
+
+    /// By the path and all folders above it.
     bool HasFileAt(const QString& path) const;
     bool HasFolderAt(const QString& path) const;
 
+    /// Differs where the rules do; empty where there are none.
+    QString Text() const { return _rules.join(QLatin1Char('\n')); }
+
 private:
-    const std::shared_ptr<sync::interf::ISyncFilter> _filter;
+    struct Rule {
+        PathPattern pattern;
+        bool excludes;
+    };
+
+    bool _Has(const QString& path, bool isFolder) const;
+
+    QStringList _rules;
+    QVector<Rule> _patterns;
 };
 
 }  // namespace local

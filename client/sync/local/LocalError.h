@@ -14,11 +14,13 @@ public:
     LocalError(const QString& path, int code);
 
     int Code() const { return _code; }
+    const QString& Path() const { return _path; }
 
     /// Whether no other file will do better: the disk is full, broken or not to be written.
     bool ConcernsWholeDisk() const;
 
 private:
+    QString _path;
     int _code;
 };
 

@@ -72,7 +72,7 @@ LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
                 continue;
             }
             if (entry.name == store::RecordDatabase::HiddenFolder() ||
-                (isFolder ? exclusion.HasFolder(entry.name) : exclusion.HasFile(entry.name))) {
+                (isFolder ? exclusion.HasFolder(path) : exclusion.HasFile(path))) {
                 continue;
             }
             const QString reason = entry.isUtf8 ? ReasonAgainst(entry.name) : QStringLiteral("the name is not UTF-8");

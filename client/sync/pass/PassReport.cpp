@@ -55,8 +55,8 @@ void PassReport::TellFailure(const QString& path, const std::exception_ptr& erro
             throw;
         }
         if (IsRefusal(e.StatusCode())) {
-            Tell(SyncEvent::Kind::Refused, path, e.Message());
-        } else if (_IsTooMuch(path, e.Message())) {
+            Tell({SyncEvent::Kind::Refused, path, e.Message(), 0, error});
+        } else if (_IsTooMuch({SyncEvent::Kind::Failed, path, e.Message(), 0, error})) {
             throw;
         }
     } catch (const store::StoreError&) {
@@ -65,16 +65,16 @@ void PassReport::TellFailure(const QString& path, const std::exception_ptr& erro
         if (e.ConcernsWholeDisk()) {
             throw;
         }
-        Tell(SyncEvent::Kind::Refused, path, e.Message());
+        Tell({SyncEvent::Kind::Refused, path, e.Message(), 0, error});
     } catch (const sync::core::SyncException& e) {
-        if (_IsTooMuch(path, e.Message())) {
+        if (_IsTooMuch({SyncEvent::Kind::Failed, path, e.Message(), 0, error})) {
             throw;
         }
     }
 }
 
-bool PassReport::_IsTooMuch(const QString& path, const QString& failure) {
-    Tell(SyncEvent::Kind::Failed, path, failure);
+bool PassReport::_IsTooMuch(const SyncEvent& failure) {
+    Tell(failure);
     return ++_failuresInARow >= PatienceWithFailures;
 }
 

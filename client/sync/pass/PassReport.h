@@ -34,7 +34,7 @@ public:
 
 private:
     /// Tells of the failure. True when so many came in a row that the pass is to end.
-    bool _IsTooMuch(const QString& path, const QString& failure);
+    bool _IsTooMuch(const report::SyncEvent& failure);
 
     const SyncOptions& _options;
     report::ISyncObserver& _observer;

@@ -20,17 +20,16 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
                        const QVector<FileConfiguration>& files, const Exclusion& exclusion)
     : _prefix(service.ServerPath(QString()) + (service.folder.serverPath.isEmpty() ? QString() : QStringLiteral("/"))) {
     for (const FolderConfiguration& folder : folders) {
-        const QString path =
-            exclusion.HasFolder(folder.name) ? QString() : _Accept(folder.serverPath, folder.name, exclusion);
+        const QString path = _Accept(folder.serverPath, folder.name, true, exclusion);
         if (!path.isEmpty() && !_folders.insert(path).second) {
             _Refuse(path, QStringLiteral("the service has more than one entry of this name"));
         }
     }
     for (const FileConfiguration& file : files) {
         if (file.serverPath == service.folder.serverPath) {
-            throw WrongFolder(QStringLiteral("/%1 is a file, and only folders can be synced").arg(file.serverPath));
+            throw WrongFolder(QStringLiteral("\"%1\" is a file, and only folders can be synced").arg(file.serverPath));
         }
-        const QString path = exclusion.HasFile(file.name) ? QString() : _Accept(file.serverPath, file.name, exclusion);
+        const QString path = _Accept(file.serverPath, file.name, false, exclusion);
         if (path.isEmpty()) {
             continue;
         }
@@ -90,12 +89,15 @@ bool RemoteTree::IsRefused(const QString& path) const {
     return false;
 }
 
-QString RemoteTree::_Accept(const QString& serverPath, const QString& name, const Exclusion& exclusion) {
+QString RemoteTree::_Accept(const QString& serverPath, const QString& name, bool isFolder, const Exclusion& exclusion) {
     if (!serverPath.startsWith(_prefix)) {
         _Refuse(serverPath, QStringLiteral("it does not lie below the folder that was listed"));
         return QString();
     }
     QString path = serverPath.mid(_prefix.size());
+    if (isFolder ? exclusion.HasFolderAt(path) : exclusion.HasFileAt(path)) {
+        return QString();
+    }
     const QStringList names = path.split(QLatin1Char('/'));
     for (const QString& segment : names) {
         const QString reason = ReasonAgainst(segment);
@@ -110,7 +112,7 @@ QString RemoteTree::_Accept(const QString& serverPath, const QString& name, cons
         return QString();
     }
     // What lies in a refused folder is told of with it.
-    if (IsRefused(FolderOf(path)) || exclusion.HasFolderAt(FolderOf(path))) {
+    if (IsRefused(FolderOf(path))) {
         return QString();
     }
     if (!HasFolder(FolderOf(path))) {

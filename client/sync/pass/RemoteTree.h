@@ -48,7 +48,7 @@ public:
 
 private:
     /// The path below the service's folder of the entry `name` at `serverPath`; empty when it is left out.
-    QString _Accept(const QString& serverPath, const QString& name, const local::Exclusion& exclusion);
+    QString _Accept(const QString& serverPath, const QString& name, bool isFolder, const local::Exclusion& exclusion);
     void _Refuse(const QString& path, const QString& reason);
     /// Takes out what was accepted before it turned out to be refused.
     void _RemoveRefused();

@@ -1,12 +1,10 @@
 #pragma once
 
-#include <QString>
 #include <atomic>
-#include <memory>
 
+#include "client/sync/local/Exclusion.h"
 #include "client/sync/local/Trash.h"
 #include "client/sync/pass/DeletionLimit.h"
-#include "host/interfaces/ISyncFilter.h"
 
 namespace ovsync {
 namespace pass {
@@ -25,10 +23,8 @@ struct SyncOptions {
     DeletionLimit deletionLimit;
     /// How many files may be transferred at once.
     int transfers = 4;
-    /// What is left alone on both sides; null for nothing.
-    std::shared_ptr<sync::interf::ISyncFilter> filter;
-    /// A text that differs when `filter` does.
-    QString filterText;
+    /// What is left alone on both sides.
+    local::Exclusion exclusion;
     /// Becomes true when the pass is to end early. Must not be null; outlives the pass.
     const std::atomic<bool>* isStopped = nullptr;
 };

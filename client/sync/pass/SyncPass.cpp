@@ -29,7 +29,7 @@ QString AddressSetting() {
 SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::RecordDatabase& records,
                    const SyncOptions& options, ISyncObserver& observer)
     : _dryRunTree(tree),
-      _sides{service, options.isDryRun ? _dryRunTree : tree, records, options, local::Exclusion(options.filter)},
+      _sides{service, options.isDryRun ? _dryRunTree : tree, records, options, options.exclusion},
       _trash(_sides.tree, QDateTime::currentDateTimeUtc(), options.daysKept),
       _installer(_sides.tree, records, _trash),
       _report(options, observer) {}

@@ -63,7 +63,7 @@ qint64 Downloader::SizeOf(const PullOrder& order) const {
 void Downloader::Tell(const PullOrder& order) {
     if (order.target == PullOrder::Target::Beside) {
         _report.Tell(SyncEvent::Kind::Conflict, order.path,
-                     QStringLiteral("it changed here and on the service, whose version is put beside it"));
+                     QStringLiteral("it changed here and on the service, whose version would be put beside it"));
     } else {
         _report.Tell(KindOf(order), order.path, QString(), SizeOf(order));
     }

@@ -85,7 +85,7 @@ void PullPass::_Pull() {
 
 SyncPass::Listing PullPass::_List(const LocalSnapshot& snapshot) {
     const QDateTime lastPass = QDateTime::fromString(_sides.records.Setting(LastPassSetting()), Qt::ISODate);
-    const bool isSameFilter = _sides.records.Setting(LastFilterSetting()) == _sides.options.filterText;
+    const bool isSameFilter = _sides.records.Setting(LastFilterSetting()) == _sides.options.exclusion.Text();
     if (!lastPass.isValid() || !isSameFilter || !_IsAllHere(snapshot)) {
         return _pass.List(QDateTime(), snapshot);
     }
@@ -157,7 +157,7 @@ void PullPass::_Keep(const PullPlan::Gone& gone, const QString& reason) {
 void PullPass::_WriteLastPass(const QDateTime& time) {
     RecordDatabase::Transaction transaction(_sides.records);
     _sides.records.WriteSetting(LastPassSetting(), time.toUTC().toString(Qt::ISODate));
-    _sides.records.WriteSetting(LastFilterSetting(), _sides.options.filterText);
+    _sides.records.WriteSetting(LastFilterSetting(), _sides.options.exclusion.Text());
     transaction.Commit();
 }
 

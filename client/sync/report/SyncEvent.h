@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <exception>
 
 namespace ovsync {
 namespace report {
@@ -44,6 +45,8 @@ struct SyncEvent {
     QString detail;
     /// Of what was transferred.
     qint64 bytes = 0;
+    /// What failed, where something did; `detail` is then its message.
+    std::exception_ptr error = nullptr;
 
     bool IsProblem() const { return kind >= Kind::Conflict; }
 };

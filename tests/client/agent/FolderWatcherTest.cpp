@@ -8,9 +8,7 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
-#include <memory>
 
-#include "client/cli/input/GlobFilter.h"
 #include "client/sync/local/PathNames.h"
 #include "tests/fakes/Text.h"
 
@@ -39,9 +37,7 @@ protected:
     void Write(const char* name) { Write(Text(name)); }
 
     const QTemporaryDir _folder;
-    FolderWatcher _watcher{
-        _folder.path(),
-        Exclusion(std::make_shared<ovsync::input::GlobFilter>(QStringList({Text("*.tmp"), Text("cache")})))};
+    FolderWatcher _watcher{_folder.path(), Exclusion(QStringList({Text("*.tmp"), Text("/a/cache/")}))};
 };
 
 TEST_F(FolderWatcherTest, NothingIsNothing) {
@@ -148,7 +144,7 @@ TEST_F(FolderWatcherTest, FoldersThatGoAreWatchedNoMore) {
 TEST_F(FolderWatcherTest, ASyncedFolderOfItsOwnIsNotWatched) {
     MakeFolder("own/.ovsync");
     MakeFolder("own/deep");
-    FolderWatcher another(_folder.path(), Exclusion(nullptr));
+    FolderWatcher another(_folder.path(), Exclusion());
     another.Watch();
     EXPECT_EQ(another.FolderCount(), 4);
     Write("own/file");
@@ -226,7 +222,7 @@ TEST(FolderWatcherLimitTest, AReachedLimitIsToldWithTheWayOutAndNothingIsWatched
         if (limit < 0 || write(limit, "3", 1) != 1) {
             _exit(notPossible);
         }
-        FolderWatcher watcher(folder.path(), Exclusion(nullptr));
+        FolderWatcher watcher(folder.path(), Exclusion());
         watcher.Watch();
         const bool isTold = watcher.Problem().contains(Text("fs.inotify.max_user_watches"));
         _exit(isTold && watcher.Descriptor() == -1 && watcher.FolderCount() == 0 ? 0 : 1);

@@ -80,6 +80,18 @@ protected:
         return "";
     }
 
+    TransactionError::Cause CauseOf(const QUrl& url) const {
+        HttpConnection session(settings, QAuthenticator());
+        PropfindRequest request(url, PropfindRequest::Children);
+        try {
+            session.Perform(request);
+        } catch (const TransactionError& error) {
+            return error.Why();
+        }
+        ADD_FAILURE() << "no error";
+        return TransactionError::Cause::Other;
+    }
+
     static void ExpectListing(HttpConnection& session, const QUrl& url) {
         PropfindRequest request(url, PropfindRequest::Children);
         EXPECT_EQ(ErrorOf(session, request), "");
@@ -459,6 +471,57 @@ TEST_F(HttpConnectionTest, UnpacksACompressedListingAndRefusesHalfOfOne) {
     EXPECT_FALSE(request.GetResult());
 }
 
+using Cause = TransactionError::Cause;
+
+TEST_F(HttpConnectionTest, ErrorsSayWhy) {
+    EXPECT_EQ(CauseOf(QUrl(QStringLiteral("http://127.0.0.1:1/"))), Cause::NoConnection);
+    EXPECT_EQ(CauseOf(QUrl(QStringLiteral("http://nothing.invalid/"))), Cause::UnknownHost);
+    const auto causeOf = [this](const QByteArray& answer, Ending ending = Ending::Close) {
+        const ScriptedServer server({ScriptedServer::Answer(answer, ending)});
+        return CauseOf(server.Url(ListedPath));
+    };
+    EXPECT_EQ(causeOf("SSH-2.0\r\n"), Cause::WrongProtocol);
+    EXPECT_EQ(causeOf("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n"), Cause::WrongAnswer);
+    EXPECT_EQ(causeOf(Listing().chopped(1)), Cause::CutOff);
+    settings.silenceLimit = std::chrono::milliseconds(50);
+    EXPECT_EQ(causeOf(Listing().chopped(1), Ending::Stall), Cause::Silence);
+}
+
+TEST_F(HttpConnectionTest, ACancelledTransactionSaysSo) {
+    HttpConnection session(settings, QAuthenticator());
+    session.Cancel();
+    PropfindRequest request(QUrl(QStringLiteral("http://127.0.0.1:1/")), PropfindRequest::Children);
+    try {
+        session.Perform(request);
+        ADD_FAILURE() << "no error";
+    } catch (const TransactionError& error) {
+        EXPECT_EQ(error.Why(), Cause::Cancelled);
+    }
+}
+
+TEST_F(HttpConnectionTest, AnErrorHasWhatItIsMadeOf) {
+    const ScriptedServer server({ScriptedServer::Answer(
+        "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nContent-Length: 6\r\n\r\n<html>", Ending::Close)});
+    HttpConnection session(settings, QAuthenticator());
+    PropfindRequest request(server.Url(ListedPath), PropfindRequest::Children);
+    try {
+        session.Perform(request);
+        ADD_FAILURE() << "no error";
+    } catch (const TransactionError& error) {
+        EXPECT_EQ(error.Answer().status, 200);
+        EXPECT_EQ(error.Answer().contentType, QByteArray("text/html"));
+        EXPECT_EQ(error.Answer().firstBytes, QByteArray("<html>"));
+        EXPECT_EQ(error.Reason(), QStringLiteral("the status is unexpected for this request"));
+    }
+}
+
+TEST_F(HttpConnectionTest, ALimitedBandwidthBringsTheSame) {
+    settings.bandwidth = 1024;
+    const ScriptedServer server({ScriptedServer::Answer(Listing())});
+    HttpConnection session(settings, QAuthenticator());
+    ExpectListing(session, server.Url(ListedPath));
+}
+
 class SecureHttpSessionTest : public HttpConnectionTest {
 protected:
     const tests::SelfSignedCertificate selfSigned;
@@ -525,6 +588,16 @@ TEST_F(SecureHttpSessionTest, NamesACaFileThatIsNotThere) {
     ScriptedServer server({}, certificate);
     PropfindRequest toServer(server.Url(ListedPath), PropfindRequest::Children);
     EXPECT_THAT(ErrorOf(session, toServer), HasSubstr("missing.pem"));
+    EXPECT_EQ(CauseOf(server.Url(ListedPath)), Cause::NoCertificates);
+}
+
+TEST_F(SecureHttpSessionTest, SaysWhatIsWrongWithACertificate) {
+    const ScriptedServer server({}, certificate);
+    QUrl url = server.Url(ListedPath);
+    EXPECT_EQ(CauseOf(url), Cause::NotTrusted);
+    settings.caFile = certificate.certificateFile;
+    url.setHost(QStringLiteral("localhost"));
+    EXPECT_EQ(CauseOf(url), Cause::WrongName);
 }
 
 }  // namespace

@@ -70,7 +70,7 @@ TEST_F(MethodsTest, PutIsRefusedWhereNoFileCanBe) {
     Status("PUT", "/file", {}, "x");
     const auto refused = Send("PUT", "/folder", {}, "x");
     EXPECT_EQ(refused.status, 405);
-    EXPECT_EQ(refused.headers.at("allow"), "OPTIONS, GET, HEAD, DELETE, MKCOL, COPY, MOVE, PROPFIND, PROPPATCH");
+    EXPECT_EQ(refused.headers.at("allow"), "OPTIONS, GET, HEAD, DELETE, MKCOL, COPY, MOVE, PROPFIND, PROPPATCH, REPORT");
     EXPECT_EQ(Status("PUT", "/folder/", {}, "x"), 405);
     EXPECT_EQ(Status("PUT", "/", {}, "x"), 405);
     EXPECT_EQ(Status("PUT", "/new/", {}, "x"), 405);

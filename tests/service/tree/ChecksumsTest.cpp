@@ -18,9 +18,7 @@ constexpr const char* Md5OfHello = "5d41402abc4b2a76b9719d911017c592";
 
 class ChecksumsTest : public testing::Test {
 protected:
-    Listing::Entry Get(const std::string& path) {
-        return _tree.List({path}, Request::Depth::Zero, false).entries.front();
-    }
+    Listing::Entry Get(const std::string& path) { return _tree.List({path}, Request::Depth::Zero, {}).entries.front(); }
 
     // The checksum that the tree keeps in the end.
     std::string Kept(const std::string& path) {
@@ -48,7 +46,7 @@ TEST_F(ChecksumsTest, OfAllFilesAreComputedLater) {
     for (int i = 0; i < 50; ++i) {
         _folder.Write("d/" + std::to_string(i), "hello");
     }
-    _tree.List({""}, Request::Depth::Infinity, false);
+    _tree.List({""}, Request::Depth::Infinity, {});
     Checksums checksums(_tree);
     checksums.CompleteAllLater();
     for (int i = 0; i < 50; ++i) {

@@ -18,19 +18,19 @@ protected:
     void Seed(const Seeding& seeding) { tree::Seed(_tree, _folder.Path(), seeding); }
 
     store::Resource Get(const std::string& path) {
-        return _tree.List({path}, Request::Depth::Zero, false).entries.front().resource;
+        return _tree.List({path}, Request::Depth::Zero, {}).entries.front().resource;
     }
 
     std::vector<std::string> Tree(const std::string& path) {
         std::vector<std::string> names;
-        for (const auto& entry : _tree.List({path}, Request::Depth::Infinity, false).entries) {
+        for (const auto& entry : _tree.List({path}, Request::Depth::Infinity, {}).entries) {
             names.push_back(entry.path);
         }
         return names;
     }
 
     std::int64_t LastChange(const std::string& path) {
-        return _tree.List({path}, Request::Depth::Infinity, false).lastChange;
+        return _tree.List({path}, Request::Depth::Infinity, {}).lastChange;
     }
 
     // A moment that is later than every change before and earlier than every change after it.

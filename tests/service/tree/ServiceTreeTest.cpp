@@ -31,20 +31,18 @@ protected:
     }
 
     store::Resource Get(const std::string& path) {
-        return _tree->List({path}, Depth::Zero, false).entries.front().resource;
+        return _tree->List({path}, Depth::Zero, {}).entries.front().resource;
     }
 
     std::vector<std::string> Names(const std::string& path, Depth depth = Depth::One) {
         std::vector<std::string> names;
-        for (const auto& entry : _tree->List({path}, depth, false).entries) {
+        for (const auto& entry : _tree->List({path}, depth, {}).entries) {
             names.push_back(entry.path);
         }
         return names;
     }
 
-    std::int64_t LastChange(const std::string& path, Depth depth) {
-        return _tree->List({path}, depth, false).lastChange;
-    }
+    std::int64_t LastChange(const std::string& path, Depth depth) { return _tree->List({path}, depth, {}).lastChange; }
 
     // A moment that is later than every change before and earlier than every change after it.
     std::int64_t Moment() {
@@ -111,7 +109,7 @@ TEST_F(ServiceTreeTest, MoveKeepsTheIdentityOfAllAndCopyDoesNot) {
     EXPECT_EQ(Get("c/f").owner, "carla");
     EXPECT_EQ(Get("c/f").parent, Get("c").id);
     EXPECT_EQ(_folder.Read("c/f"), "y");
-    const auto copied = _tree->List({"c/f"}, Depth::Zero, true).entries.front().deadProperties;
+    const auto copied = _tree->List({"c/f"}, Depth::Zero, {true, false}).entries.front().deadProperties;
     ASSERT_EQ(copied.size(), 1U);
     EXPECT_EQ(copied.front().name.name, "color");
 }
@@ -211,7 +209,7 @@ TEST_F(ServiceTreeTest, RemovingAFolderDoesNotFollowItsLinks) {
 
 TEST_F(ServiceTreeTest, ChecksumIsComputedWhenItIsNeededAndKept) {
     _folder.Write("f", "abc");
-    auto listing = _tree->List({"f"}, Depth::Zero, false);
+    auto listing = _tree->List({"f"}, Depth::Zero, {});
     EXPECT_EQ(listing.entries.front().resource.md5, "");
     _tree->CompleteChecksum(listing.entries.front());
     EXPECT_EQ(listing.entries.front().resource.md5, "900150983cd24fb0d6963f7d28e17f72");
@@ -314,7 +312,7 @@ TEST_F(ServiceTreeTest, FailedPropertyUpdateChangesNothing) {
     }
     EXPECT_THAT(statuses, testing::ElementsAre(424, 424, 403, 409));
     EXPECT_EQ(Get("f").displayName, "");
-    EXPECT_TRUE(_tree->List({"f"}, Depth::Zero, true).entries.front().deadProperties.empty());
+    EXPECT_TRUE(_tree->List({"f"}, Depth::Zero, {true, false}).entries.front().deadProperties.empty());
     EXPECT_LT(LastChange("f", Depth::Zero), before);
 }
 
@@ -354,7 +352,7 @@ TEST_F(ServiceTreeTest, ChangeThatTheDiskRefusesLeavesEverythingAsItWas) {
     EXPECT_EQ(Get("a/f").id, id);
     EXPECT_EQ(Get("a/g").id, replacedId);
     EXPECT_EQ(_folder.Read("a/g"), "y");
-    EXPECT_EQ(_tree->List({"a/f"}, Depth::Zero, true).entries.front().deadProperties.size(), 1U);
+    EXPECT_EQ(_tree->List({"a/f"}, Depth::Zero, {true, false}).entries.front().deadProperties.size(), 1U);
     EXPECT_THAT(Names("b"), testing::ElementsAre("b"));
     Restart();
     EXPECT_EQ(Get("a/f").id, id);

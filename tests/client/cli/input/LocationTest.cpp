@@ -76,7 +76,22 @@ TEST(LocationTest, WhatIsNoHttpUrlIsRefused) {
     }
 }
 
+TEST(LocationTest, WhatIsWrongWithAUrlIsNamed) {
+    EXPECT_THAT(ErrorOf(""), HasSubstr("the URL is empty"));
+    EXPECT_THAT(ErrorOf("localhost:8080/folder/"), HasSubstr("localhost:8080/folder/: not a URL, because no http://"));
+    EXPECT_THAT(ErrorOf("ftp://h/folder/"), HasSubstr("ftp:// is not known here"));
+    EXPECT_THAT(ErrorOf("http://h:99999/"), HasSubstr("http://h:99999/: there is no port 99999"));
+    EXPECT_THAT(ErrorOf("http://h:0"), HasSubstr("there is no port 0"));
+    EXPECT_THAT(ErrorOf("http://h:99999999999999999999/"), HasSubstr("there is no port 99999999999999999999"));
+    EXPECT_THAT(ErrorOf("http:///a"), HasSubstr("no host is named"));
+    EXPECT_EQ(Location::FromUrl(Text("http://h:65535/")).Server(), Text("h:65535"));
+}
+
 TEST(LocationTest, AnInvalidUrlWithAPasswordIsNotRepeated) {
+    for (const char* url :
+         {"http://ann:sec/ret@h/", "ann:secret@h/", "ftp://ann:secret@h/", "http://ann:secret@h:0/"}) {
+        EXPECT_THAT(ErrorOf(url), Not(HasSubstr("sec"))) << url;
+    }
     EXPECT_THAT(ErrorOf("http://ann:secret@[bad/"), Not(HasSubstr("secret")));
 }
 

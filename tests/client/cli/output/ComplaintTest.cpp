@@ -10,6 +10,7 @@
 namespace {
 
 using ovsync::output::Complain;
+using ovsync::output::ErrorText;
 using ovsync::output::Output;
 using ovsync::output::SyncOutput;
 using ovsync::report::SyncEvent;
@@ -47,7 +48,7 @@ TEST(ComplaintTest, WhatAPassTellsIsJudgedByWhereItGoes) {
         const Redirection output(STDOUT_FILENO, outputTo);
         const Redirection errors(STDERR_FILENO, errorsTo);
         Output lines;
-        SyncOutput told(lines, SyncOutput::Format::Lines, false);
+        SyncOutput told(lines, SyncOutput::Format::Lines, false, ErrorText({}), false);
         told.OnEvent(problem);
         told.OnEvent(success);
         lines.Flush();

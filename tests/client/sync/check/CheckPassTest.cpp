@@ -21,7 +21,7 @@ protected:
     std::string Found(bool downloads = false) {
         std::string lines;
         const ovsync::pass::ServiceFolder there = service.Folder(folder.path());
-        const Exclusion exclusion(options.filter);
+        const Exclusion exclusion = options.exclusion;
         const CheckPass::Teller tell = [&lines](const CheckFinding& finding) {
             const char* const kinds[] = {"skipped", "here", "there", "different", "unknown"};
             lines += std::string(kinds[static_cast<size_t>(finding.kind)]) + ' ' + finding.path.toStdString() +

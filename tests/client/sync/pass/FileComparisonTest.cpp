@@ -44,7 +44,7 @@ protected:
         const ServiceFolder serviceFolder = service.Folder(folder.path());
         RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
         const std::optional<FileRecord> record = records.FindFile(Text("a"));
-        const PassSides sides{serviceFolder, tree, records, options, Exclusion(nullptr)};
+        const PassSides sides{serviceFolder, tree, records, options, Exclusion()};
         const RecordMaker maker(serviceFolder, QDateTime());
         auto answer = question(FileComparison(sides, maker), record);
         EXPECT_EQ(records.FindFile(Text("a"))->local.modified, record->local.modified);
@@ -54,7 +54,7 @@ protected:
 
     LocalFileState Here() {
         return Ask([this](const FileComparison& comparison, const std::optional<FileRecord>& record) {
-            return comparison.CompareHere(Text("a"), LocalSnapshot::Of(tree, Exclusion(nullptr)), record);
+            return comparison.CompareHere(Text("a"), LocalSnapshot::Of(tree, Exclusion()), record);
         });
     }
 

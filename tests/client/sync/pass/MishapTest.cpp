@@ -29,12 +29,6 @@ using Files = std::map<QString, QByteArray>;
 /// In place of the end of the process.
 class Kill {};
 
-class NoCopies : public sync::interf::ISyncFilter {
-public:
-    bool IsFileExcluded(const QString& name, qint64, int) override { return name.contains(Text("from the service")); }
-    bool IsFolderExcluded(const QString&, int) override { return false; }
-};
-
 /// What users, cleaners and servers do while nobody looks.
 class MishapTest : public tests::SyncTest {
 protected:
@@ -264,8 +258,7 @@ TEST_F(MishapTest, ACopyThatIsExcludedEndsNoConflict) {
     Write("a", "mine");
     service.Put(Text("a"), "theirs");
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
-    options.filter = std::make_shared<NoCopies>();
-    options.filterText = Text("other");
+    options.exclusion = ovsync::local::Exclusion({Text("*from the service*")});
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
     Pull();

@@ -35,7 +35,7 @@ protected:
         folders.append(folder);
     }
 
-    RemoteTree Tree() { return RemoteTree(service, folders, files, Exclusion(nullptr)); }
+    RemoteTree Tree() { return RemoteTree(service, folders, files, Exclusion()); }
 
     void ExpectNothingBut(int refused) {
         const RemoteTree tree = Tree();

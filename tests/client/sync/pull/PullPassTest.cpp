@@ -5,7 +5,6 @@
 
 #include <QFile>
 
-#include "client/cli/input/GlobFilter.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/ServiceFolder.h"
 #include "client/wire/TransactionError.h"
@@ -527,15 +526,13 @@ TEST_F(PullPassTest, WhatIsExcludedIsLeftAloneOnBothSides) {
         service.Put(Text(path), "1");
     }
     Pull();
-    options.filter = std::make_shared<ovsync::input::GlobFilter>(QStringList{Text("*.tmp"), Text("f")});
-    options.filterText = Text("other");
+    options.exclusion = ovsync::local::Exclusion({Text("*.tmp"), Text("f")});
     service.Remove(Text("a.tmp"));
     service.Remove(Text("f"));
     service.Put(Text("new.tmp"), "1");
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Contents(), Files({{Text("a.tmp"), "1"}, {Text("b"), "1"}, {Text("f/a"), "1"}}));
-    options.filter = nullptr;
-    options.filterText = QString();
+    options.exclusion = ovsync::local::Exclusion();
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Contents(), Files({{Text("b"), "1"}, {Text("new.tmp"), "1"}}));
 }

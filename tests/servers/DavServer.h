@@ -5,13 +5,19 @@
 #include <ostream>
 #include <string>
 
-namespace syncproof {
+namespace servers {
 
 enum class ServerKind {
     StandIn,
     Apache,
+    /// As it is unless told otherwise: refuses to list a whole tree at once.
+    ApacheByDefault,
+    Lighttpd,
+    Nginx,
     /// Knows no conditions.
-    Rclone
+    Rclone,
+    /// Lists one level when it is asked for a whole tree.
+    SabreDav
 };
 
 /// For the names of tests.
@@ -26,11 +32,11 @@ public:
     virtual std::string Log() const = 0;
 };
 
-/// Its clock is `clockShift` seconds ahead; rclone's is not, for it asks the kernel. Throws std::runtime_error when it
-/// does not serve.
+/// The clock of the stand-in and of Apache is `clockShift` seconds ahead; for others it has to be 0, and rclone asks
+/// the kernel. Throws std::runtime_error when the server does not serve.
 std::unique_ptr<IDavServer> StartDavServer(ServerKind kind, const std::string& folder, int clockShift = 0);
 
 /// The environment of a program whose clock is `seconds` ahead.
 std::map<std::string, std::string> WithClockShift(int seconds);
 
-}  // namespace syncproof
+}  // namespace servers

@@ -1,0 +1,125 @@
+#include "tests/servers/ServersTest.h"
+
+#include <chrono>
+#include <filesystem>
+
+#include "tests/service/CapturedText.h"
+#include "tests/service/ChildProcess.h"
+
+namespace servers {
+namespace {
+
+namespace fs = std::filesystem;
+using syncproof::Differences;
+
+void Write(const service::test::TemporaryFolder& folder, const FolderImage& tree) {
+    for (const auto& [path, content] : tree) {
+        if (path.back() == '/') {
+            fs::create_directories(folder / path);
+        } else {
+            folder.Write(path, content);
+        }
+    }
+}
+
+std::string Escaped(const std::string& path) {
+    static const std::string unreserved = "-._~/";
+    std::string text;
+    for (const unsigned char c : path) {
+        if (isalnum(c) != 0 || unreserved.find(static_cast<char>(c)) != std::string::npos) {
+            text += static_cast<char>(c);
+        } else {
+            text += '%';
+            text += "0123456789ABCDEF"[c >> 4];
+            text += "0123456789ABCDEF"[c & 15];
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+void ServersTest::Serve(const FolderImage& tree) {
+    Write(_there, tree);
+    const auto before = fs::file_time_type::clock::now() - std::chrono::hours(1);
+    for (const auto& [path, content] : tree) {
+        fs::last_write_time(_there / path, before);
+    }
+    _server = StartDavServer(GetParam(), _there.Path());
+}
+
+std::string ServersTest::Url(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(_server->Port()) + "/" + Escaped(path);
+}
+
+ServersTest::Run ServersTest::Ovsync(const Words& arguments) const {
+    const service::test::CapturedText output;
+    const service::test::CapturedText errors;
+    Words words{"--chdir", here.Path(), OVSYNC_PROGRAM};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    words.insert(words.end(), {"--silence-limit", "5"});
+    service::test::ChildProcess process("/usr/bin/env", words, {}, output.Descriptor(), errors.Descriptor());
+    Run run;
+    run.exitCode = process.Wait();
+    run.output = output.Text();
+    run.errors = errors.Text();
+    return run;
+}
+
+void ServersTest::Expect(const std::string& check, const std::string& problem) {
+    if (!problem.empty()) {
+        if (!HasFailure()) {
+            RecordProperty("failed", check);
+        }
+        ADD_FAILURE() << check << ": " << problem;
+    }
+}
+
+std::string ServersTest::ExpectRun(const std::string& check, const Words& arguments, int exitCode) {
+    const Run run = Ovsync(arguments);
+    if (run.exitCode != exitCode) {
+        std::string command = "ovsync";
+        for (const std::string& argument : arguments) {
+            command += " " + argument;
+        }
+        Expect(check, command + " exits with " + std::to_string(run.exitCode) + ", not " + std::to_string(exitCode) +
+                          "\n" + run.output + run.errors);
+    }
+    return run.output;
+}
+
+void ServersTest::ExpectNothingToDo(const std::string& check, const Words& arguments) {
+    const std::string output = ExpectRun(check, arguments);
+    Expect(check, output.rfind("Nothing to do", 0) == 0 ? "" : output);
+}
+
+void ServersTest::ExpectEqual(const std::string& check, const std::string& expected, const std::string& actual) {
+    Expect(check, expected == actual ? "" : "there is\n" + actual + "\nin place of\n" + expected);
+}
+
+void ServersTest::ExpectEqual(const std::string& check, const FolderImage& expected, const FolderImage& actual) {
+    const std::string differences = Differences(expected, actual);
+    Expect(check, differences.empty() ? "" : "here is what is wanted, there what is:\n" + differences);
+}
+
+void ServersTest::ExpectThere(const std::string& check, const FolderImage& expected) {
+    ExpectEqual(check, expected, syncproof::ReadFolder(_there.Path()));
+}
+
+void ServersTest::ChangeThere(const std::string& method, const std::string& path, const std::string& content) {
+    service::test::HttpClient client(_server->Port());
+    const auto answer = client.Send(method, "/" + Escaped(path), {}, content);
+    ASSERT_TRUE(answer.status >= 200 && answer.status < 300) << method << " " << path << ": " << answer.status;
+}
+
+void ServersTest::WriteHere(const FolderImage& tree) const {
+    Write(here, tree);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ServersTest,
+                         testing::Values(ServerKind::Apache, ServerKind::ApacheByDefault, ServerKind::Lighttpd,
+                                         ServerKind::Nginx, ServerKind::Rclone, ServerKind::SabreDav,
+                                         ServerKind::StandIn),
+                         testing::PrintToStringParamName());
+
+}  // namespace servers
