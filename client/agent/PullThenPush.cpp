@@ -43,10 +43,6 @@ PassResult ResultOf(SyncOutcome outcome) {
     return {PassResult::End::Failed, QString()};
 }
 
-bool IsAboutCredentials(int status) {
-    return status == HttpStatus::Unauthorized || status == HttpStatus::ProxyAuthenticationRequired;
-}
-
 ErrorText::Context ContextOf(const folders::SyncedFolder& folder, const QAuthenticator& credentials) {
     ErrorText::Context context;
     context.server = folder.location.Server();
@@ -83,11 +79,14 @@ PassResult PullThenPush::Run(const std::atomic<bool>& isStopped, ISyncObserver& 
     try {
         result = ResultOf(_Sync(isStopped, observer));
     } catch (const std::exception& e) {
-        const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
-        if (answer != nullptr && IsAboutCredentials(answer->StatusCode())) {
-            result.end = PassResult::End::Rejected;
-        }
         result.error = ErrorText(ContextOf(_folder, _credentials)).Of(std::current_exception()).text;
+        const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
+        if (answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized) {
+            result.end = PassResult::End::Rejected;
+            result.error += QStringLiteral("; \"ovsync login -u %1 %2\" gives one")
+                                .arg(_credentials.isNull() ? QStringLiteral("USER") : _credentials.user(),
+                                     _folder.location.baseUrl.toString());
+        }
     }
     if (isStopped) {
         result.end = PassResult::End::Stopped;

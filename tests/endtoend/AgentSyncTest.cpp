@@ -123,7 +123,7 @@ TEST_F(AgentSyncTest, AWrongPasswordStopsTheFolderUntilItIsChanged) {
     ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["state"] == "stopped"; }));
     const ProgramResult status = _user.Ovsync({Text("status")});
     EXPECT_EQ(status.exitCode, 1);
-    EXPECT_THAT(status.output.toStdString(), HasSubstr("the service does not take the password of ann"));
+    EXPECT_THAT(status.output.toStdString(), HasSubstr("the password for \"ann\" is wrong"));
     _user.Write(Text("synced/a"), "a");
 
     const ProgramResult login =

@@ -104,7 +104,7 @@ TEST(FoldersTextTest, EveryMistakeIsNamedByItsLineInTheirOrder) {
               QStringList({
                   Text("line 1: there is no \"colour\" here; folders stand in [[folder]]"),
                   Text("line 3: \"path\" has to begin with \"/\" or \"~/\""),
-                  Text("line 4: ftp://h.test/: not a valid URL; it should look like http://host/folder/ or "
+                  Text("line 4: ftp://h.test/: ftp:// is not known here; a URL looks like http://host/folder/ or "
                        "https://host/folder/"),
                   Text("line 5: \"transfers\" has to be a number from 1 to 64"),
                   Text("line 6: \"keep-deleted\" has to be a number from 0 to 36500"),
@@ -148,7 +148,7 @@ TEST(FoldersTextTest, WhatIsAddedReadsAsItWasGiven) {
     folder.directory = Text("/data/it's \"s\xC3\xA9\" \\ here");
     folder.url = Text("http://h.test/x/");
     folder.user = Text("o'brien");
-    folder.rules = QStringList({Text("*.tmp"), Text("[!a]\\")});
+    folder.rules = QStringList({Text("*.tmp"), Text("![ab]")});
     folder.deletionLimitText = Text("12");
     folder.daysKept = 3;
     folder.transfers = 9;
