@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Usage: bench/compare-clients.sh [PERCENT]
 # Lets ovsync and other clients do the same on this machine, on Apache's WebDAV module, and prints a table for each task: list one
-# folder of 20,000 files, list a tree of 10,000 files, pull 5,000 files of 4 KiB, pull one file of 1 GiB. PERCENT makes all of it
-# smaller, to try the script. Every command runs seven times after one run that does not count; the tables have medians.
+# folder of 20,000 files, list a tree of 10,000 files, also where the server refuses to list it at once, pull 5,000 files of 4 KiB,
+# pull one file of 1 GiB. PERCENT makes all of it smaller, to try the script. Every command runs seven times after one run that
+# does not count; the tables have medians.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 percent=${1:-100}
@@ -35,6 +36,7 @@ done
 head -c "${mebibytes}M" /dev/urandom >"$work/www/large/file.bin"
 modules=/usr/lib/apache2/modules
 port=$((20000 + RANDOM % 20000))
+refusingPort=$((port + 1))
 cat >"$work/apache.conf" <<CONF
 ServerRoot $work
 ServerName localhost
@@ -55,6 +57,13 @@ User $(if [ "$(id -u)" -eq 0 ]; then echo www-data; else id -un; fi)
     DavDepthInfinity On
     Require all granted
 </Directory>
+Listen 127.0.0.1:$refusingPort
+<VirtualHost 127.0.0.1:$refusingPort>
+    DocumentRoot $work/www
+    <Directory $work/www>
+        DavDepthInfinity Off
+    </Directory>
+</VirtualHost>
 CONF
 chmod -R a+rX "$work"
 /usr/sbin/apache2 -f "$work/apache.conf" -k start
@@ -137,6 +146,19 @@ row '`cadaver` (ls)' "$files" cadaver
 propfind[5]='Depth: infinity'
 heading "A tree of $treeFiles files in $((folders * 21 + 1)) folders:"
 row 'bare transfer of the properties (curl)' "$treeFiles" "${propfind[@]}" --data-binary "@$work/propfind.xml" "$tree"
+row '`ovsync tree`' "$treeFiles" "$ovsync" tree "$tree"
+row '`rclone lsf -R`' "$treeFiles" "${rclone[@]}" lsf -R --webdav-url "$tree" :webdav:
+
+tree=http://127.0.0.1:$refusingPort/tree/
+{
+    printf 'request = PROPFIND\nheader = "Depth: infinity"\nurl = "%s"\n' "$tree"
+    (cd "$work/www/tree" && find . -type d -printf '%P\n') | while read -r folder; do
+        printf 'next\nrequest = PROPFIND\nheader = "Depth: 1"\nheader = "Content-Type: application/xml"\n'
+        printf 'data-binary = "@%s"\nurl = "%s"\n' "$work/propfind.xml" "$tree${folder:+$folder/}"
+    done
+} >"$work/folders"
+heading "The same tree, from a server that refuses to list it at once:"
+row 'bare transfer of the properties, folder by folder over one connection (curl)' "$treeFiles" curl -s --config "$work/folders"
 row '`ovsync tree`' "$treeFiles" "$ovsync" tree "$tree"
 row '`rclone lsf -R`' "$treeFiles" "${rclone[@]}" lsf -R --webdav-url "$tree" :webdav:
 

@@ -2,6 +2,7 @@
 
 #include "client/content/ContentDownload.h"
 #include "client/content/ContentUpload.h"
+#include "client/content/ResourceChange.h"
 #include "client/wire/DateReader.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
@@ -70,11 +71,26 @@ UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source,
         case HttpStatus::Ok:
         case HttpStatus::Created:
         case HttpStatus::NoContent:
+            if (source.IsExecutable().value_or(false) && !upload.IsBitTaken()) {
+                _SetExecutable(url);
+            }
             return UploadOutcome::Stored;
         case HttpStatus::PreconditionFailed:
             return UploadOutcome::Refused;
         default:
             _ThrowRefusal(upload);
+    }
+}
+
+void ContentConnection::_SetExecutable(const QUrl& url) {
+    ResourceChange change("PROPPATCH", url, {{"Content-Type", "application/xml; charset=\"utf-8\""}},
+                          "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                          "<D:propertyupdate xmlns:D=\"DAV:\" xmlns:A=\"http://apache.org/dav/props/\"><D:set><D:prop>"
+                          "<A:executable>T</A:executable></D:prop></D:set></D:propertyupdate>\n");
+    try {
+        _Perform(change);
+    } catch (const TransactionError&) {
+        // The content is stored, and most servers have no such bit.
     }
 }
 

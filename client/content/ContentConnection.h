@@ -26,6 +26,7 @@ private:
     bool _PerformRest(ContentDownload& rest);
     void _RequireContent(const ContentDownload& download) const;
     void _Perform(ContentTransaction& transaction);
+    void _SetExecutable(const QUrl& url);
     [[noreturn]] void _ThrowRefusal(const ContentTransaction& transaction) const;
 
     wire::HttpConnection _session;

@@ -17,6 +17,11 @@ QByteArray StrongEntityTag(const HttpTransaction::Headers& headers) {
     return isQuoted && tag.count('"') == 2 ? tag : QByteArray();
 }
 
+std::optional<bool> ExecutableBit(const HttpTransaction::Headers& headers) {
+    const QByteArray bit = HttpTransaction::ValueOf(headers, ExecutableHeader);
+    return bit == "T" || bit == "F" ? std::make_optional(bit == "T") : std::nullopt;
+}
+
 qint64 AnnouncedSize(const HttpTransaction::Headers& headers) {
     // Several equal sizes come joined, and chunks go by no announced size.
     const QByteArray text = HttpTransaction::ValueOf(headers, "content-length").split(',').first().trimmed();
@@ -62,6 +67,7 @@ void ContentTransaction::OnHeaders(int status, const Headers& headers) {
     _version.hasWeakTag = ValueOf(headers, "etag").startsWith("W/");
     _version.size = AnnouncedSize(headers);
     _version.lastModified = ReadDate(modified.constData(), static_cast<size_t>(modified.size()));
+    _version.isExecutable = ExecutableBit(headers);
 }
 
 void ContentTransaction::OnBody(const char* /*bytes*/, size_t size) {

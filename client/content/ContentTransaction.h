@@ -9,6 +9,9 @@
 namespace ovsync {
 namespace content {
 
+/// Of a request or an answer: whether the file is executable, as "T" or "F".
+const char* const ExecutableHeader = "x-ovs-executable";
+
 /// One request about the content of a file. Takes every answer; what its status is good for is for the caller to judge.
 /// Not thread-safe.
 class ContentTransaction : public wire::HttpTransaction {

@@ -21,7 +21,15 @@ HttpTransaction::Headers ContentUpload::RequestHeaders() const {
     if (modified.isValid()) {
         headers.append(qMakePair(QByteArray("X-OC-Mtime"), QByteArray::number(modified.toSecsSinceEpoch())));
     }
+    if (const std::optional<bool> isExecutable = _source.IsExecutable()) {
+        headers.append(qMakePair(QByteArray(ExecutableHeader), QByteArray(*isExecutable ? "T" : "F")));
+    }
     return headers;
+}
+
+void ContentUpload::OnHeaders(int status, const Headers& headers) {
+    ContentTransaction::OnHeaders(status, headers);
+    _isBitTaken = ValueOf(headers, ExecutableHeader) == "accepted";
 }
 
 IContentSource* ContentUpload::StreamedBody() {

@@ -14,7 +14,11 @@ public:
     /// Sends `conditions` among the headers. `source` has to outlive this object.
     ContentUpload(const QUrl& url, wire::IContentSource& source, qint64 size, const Headers& conditions);
 
+    /// Whether the server said that it took the executable bit that it was told.
+    bool IsBitTaken() const { return _isBitTaken; }
+
     Headers RequestHeaders() const override;
+    void OnHeaders(int status, const Headers& headers) override;
     wire::IContentSource* StreamedBody() override;
     qint64 StreamedBodySize() const override;
     void OnEnd() override;
@@ -29,6 +33,7 @@ private:
     const qint64 _size;
     const Headers _conditions;
     qint64 _sent = 0;
+    bool _isBitTaken = false;
 };
 
 }  // namespace content

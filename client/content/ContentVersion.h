@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <optional>
 
 namespace ovsync {
 namespace content {
@@ -16,6 +17,8 @@ struct ContentVersion {
     qint64 size = -1;
     /// In UTC; invalid when the server does not say.
     QDateTime lastModified;
+    /// None when the server does not say, as most do not.
+    std::optional<bool> isExecutable;
 };
 
 }  // namespace content

@@ -66,7 +66,7 @@ public:
         std::shared_ptr<sync::interf::IFileConfigManager> records);
 
     /// What is at `serverPath`, asked for as a file: some servers answer with an error to the URL of a file that ends
-    /// in '/'. None when there is nothing. Throws HttpException for any other answer that is none, and
+    /// in '/'. None when there is nothing. Throws HttpException for any other failure, and
     /// TransactionError.
     std::optional<FoundResource> Find(const QString& serverPath);
 

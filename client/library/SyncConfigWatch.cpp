@@ -114,7 +114,7 @@ void SyncConfigWatch::_Look(QNetworkReply& reply, Seen& seen) {
     } else if (reply.error() != QNetworkReply::NoError) {
         seen.problem = reply.errorString();
     } else if (seen.answer.status != 200) {
-        seen.problem = QStringLiteral("this is no answer to the request");
+        seen.problem = QStringLiteral("the status is unexpected for this request");
     } else {
         seen.problem = ProblemOf(body);
     }

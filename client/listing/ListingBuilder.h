@@ -23,7 +23,7 @@ namespace listing {
 /// out to be a file; a file stands among the file-like entries too, whatever the depth. An asked container is in
 /// neither map. The hrefs of file-like entries end in no '/', those of forms neither, so that the path of a form is the
 /// path of what lies in it up to the last '/'. Throws SyncException for an entry that lies outside what was asked, that
-/// came before, that has a number that is none, or that is one more than the limit.
+/// came before, that has a number that is not valid, or that is one more than the limit.
 ///
 /// A whole tree can be put together of the answers for its folders: each is a part, whose entries go into the result
 /// that has the folder's own entry already.

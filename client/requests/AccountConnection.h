@@ -27,7 +27,7 @@ public:
     /// A null `credentials` stands for none.
     AccountConnection(const wire::ConnectionSettings& settings, const QAuthenticator& credentials);
 
-    /// Throws TransactionError for the first request whose answer is none; those after it are not sent. Throws
+    /// Throws TransactionError for the first request that gets no valid answer; those after it are not sent. Throws
     /// SyncException, before anything is sent, when a request was not made by a HttpFactory.
     void Execute(const QList<Request>& requests, const Completion& completed) override;
 

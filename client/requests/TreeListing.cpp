@@ -230,11 +230,13 @@ QUrl TreeListing::_UrlOf(const QString& folder) const {
 }
 
 void TreeListing::_Fail(PropfindRequest& request, const QString& reason) const {
-    const wire::TransactionError error(request.Method(), request.Url(), reason, _connection.LastAnswer());
+    const auto error = [&] {
+        return wire::TransactionError(request.Method(), request.Url(), reason, _connection.LastAnswer());
+    };
     if (request.GetStatusCode() >= HttpStatus::BadRequest) {
-        throw sync::http::HttpException(error.Message(), request.GetStatusCode(), request.Url());
+        throw sync::http::HttpException(error().Message(), request.GetStatusCode(), request.Url());
     }
-    throw error;
+    throw error();
 }
 
 }  // namespace requests

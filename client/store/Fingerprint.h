@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QDateTime>
 
 namespace ovsync {
 namespace store {
@@ -15,6 +15,8 @@ struct Fingerprint {
     /// The time of the last change of anything about the file, in nanoseconds since 1970. 0: the times cannot tell
     /// whether the file was written, since that could have happened within one tick of the clock.
     qint64 changed = 0;
+
+    QDateTime ModifiedDate() const { return QDateTime::fromMSecsSinceEpoch(modified / 1000000, Qt::UTC); }
 
     /// Whether nobody wrote the file since `earlier` was taken.
     bool IsUnchangedSince(const Fingerprint& earlier) const {

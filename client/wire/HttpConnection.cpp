@@ -16,7 +16,6 @@ namespace wire {
 namespace {
 
 using Clock = HttpTransfer::Clock;
-using Cause = TransactionError::Cause;
 
 const std::chrono::milliseconds ProgressInterval(200);
 
@@ -78,6 +77,7 @@ public:
 
 private:
     using Transfer = std::unique_ptr<HttpTransfer>;
+    using Cause = TransactionError::Cause;
 
     /// Takes what `queue` gives as far as there is room. False when nothing is under way then.
     bool _Begin(ITransactionQueue& queue, size_t most) {
@@ -101,7 +101,7 @@ private:
     /// Until one is over, or something is to be told or looked at.
     void _Move(ITransactionQueue& queue) {
         if (_isCancelled) {
-            _Fail(_active.front(), Cause::Cancelled, QStringLiteral("it was cancelled"));
+            _Fail(_active.front(), TransactionError::Cause::Cancelled, QStringLiteral("it was cancelled"));
         }
         int running = 0;
         CURLMcode result = curl_multi_perform(_multi.get(), &running);
@@ -116,7 +116,7 @@ private:
             result = curl_multi_poll(_multi.get(), nullptr, 0, static_cast<int>(_Patience().count()), &activeSockets);
         }
         if (result != CURLM_OK) {
-            _Fail(_active.front(), Cause::Other, QString::fromUtf8(curl_multi_strerror(result)));
+            _Fail(_active.front(), TransactionError::Cause::Other, QString::fromUtf8(curl_multi_strerror(result)));
         }
         if (activeSockets > 0 && _active.size() == 1) {
             _active.front()->NoteSignOfLife();
@@ -145,7 +145,7 @@ private:
         queue.OnPerformed(ended->Transaction());
     }
 
-    [[noreturn]] void _Fail(const Transfer& transfer, Cause cause, const QString& reason) {
+    [[noreturn]] void _Fail(const Transfer& transfer, TransactionError::Cause cause, const QString& reason) {
         _last = transfer.get();
         transfer->Fail(cause, reason, _multi.get());
     }
@@ -161,7 +161,7 @@ private:
     void _CheckPace(ITransactionQueue& queue) {
         for (const Transfer& transfer : _active) {
             if (transfer->Silence() >= transfer->SilenceLimit()) {
-                _Fail(transfer, Cause::Silence,
+                _Fail(transfer, TransactionError::Cause::Silence,
                       QStringLiteral("nothing was received or sent for %1 s")
                           .arg(static_cast<double>(transfer->SilenceLimit().count()) / 1000.0));
             }
@@ -177,7 +177,7 @@ private:
         const double seconds = std::chrono::duration<double>(now - _lastProgress).count();
         const qint64 size = _ReceivedSize();
         if (static_cast<double>(size - _sizeThen) < static_cast<double>(_settings.leastRate) * seconds) {
-            _Fail(_active.front(), Cause::Slowness,
+            _Fail(_active.front(), TransactionError::Cause::Slowness,
                   QStringLiteral("less than %1 bytes a second were received for %2 s")
                       .arg(_settings.leastRate)
                       .arg(static_cast<double>(_settings.slownessLimit.count()) / 1000.0));

@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 #include <cstddef>
+#include <optional>
 
 namespace ovsync {
 namespace wire {
@@ -17,6 +18,8 @@ public:
     virtual size_t Read(char* bytes, size_t size) = 0;
     /// When the file was last changed; invalid when the server is not to be told.
     virtual QDateTime Modified() const { return {}; }
+    /// None when the server is not to be told.
+    virtual std::optional<bool> IsExecutable() const { return std::nullopt; }
 };
 
 }  // namespace wire

@@ -15,7 +15,7 @@ namespace wire {
 class TransactionError : public sync::core::SyncException {
 public:
     enum class Cause {
-        /// An answer came, but is none to this request; the reason says why.
+        /// An answer came that does not fit the request; the reason says why.
         WrongAnswer,
         UnknownHost,
         UnknownProxy,

@@ -222,7 +222,8 @@ protocol::Answer WebDavService::_Get(const protocol::Request& request) {
     }
     protocol::Answer answer;
     answer.headers = {{"ETag", resource.ETag()},
-                      {"Last-Modified", protocol::FormatHttpDate(resource.ModifiedSeconds())}};
+                      {"Last-Modified", protocol::FormatHttpDate(resource.ModifiedSeconds())},
+                      {"x-ovs-executable", resource.isExecutable ? "T" : "F"}};
     if (IsCurrent(request, resource)) {
         answer.status = 304;
         return answer;

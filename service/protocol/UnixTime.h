@@ -7,9 +7,9 @@
 
 namespace service::protocol {
 
-/// "1795169730.5": seconds since 1970 UTC, from 0 to the end of the year 9999, with up to nine digits behind the point.
+/// "1795169730.5": seconds since 1970 UTC, with up to nine digits behind the point.
 
-/// `nanoseconds` since 1970 as such a text, without zeros at the end of the fraction; empty for times out of range.
+/// `nanoseconds` since 1970 as such a text, without zeros at the end of the fraction; empty for times before 1970.
 std::string FormatUnixTime(std::int64_t nanoseconds);
 
 /// The nanoseconds that a text stands for; nothing when it is no such time, or one that 64 bits of nanoseconds cannot

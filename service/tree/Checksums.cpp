@@ -5,6 +5,12 @@
 #include "service/tree/ServiceTree.h"
 
 namespace service::tree {
+namespace {
+
+// In bytes.
+constexpr std::int64_t LargeFile = 1048576;
+
+}  // namespace
 
 Checksums::Checksums(ServiceTree& tree) : _tree(tree), _worker([this] { _Work(); }) {}
 
@@ -108,6 +114,10 @@ void Checksums::_KeepComputed(std::unique_lock<std::mutex>& lock) {
 std::int64_t Checksums::_CompleteSome(std::int64_t afterId) try {
     auto entries = _tree.WithoutChecksum(afterId);
     for (Listing::Entry& entry : entries) {
+        // To keep many at once is faster, but nobody who wants that of a small file is to wait for a large one.
+        if (std::unique_lock lock(_mutex); entry.resource.size > LargeFile) {
+            _KeepComputed(lock);
+        }
         Complete(entry);
     }
     return entries.empty() ? -1 : entries.back().resource.id;

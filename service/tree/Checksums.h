@@ -15,8 +15,9 @@ namespace service::tree {
 class ServiceTree;
 
 /// Computes the checksums that files lack because people put them there, and has the tree keep them. Those that nobody
-/// can wait for are computed in a thread of this object, one after the other. Nothing is computed twice, unless the
-/// file has changed meanwhile, cannot be read, or the disk is too full to keep its checksum. Thread-safe.
+/// can wait for are computed in a thread of this object, one after the other, and kept as they come. Nothing is
+/// computed twice, unless the file has changed meanwhile, cannot be read, or the disk is too full to keep its checksum.
+/// Thread-safe.
 class Checksums {
 public:
     /// `tree` must outlive this object.

@@ -149,7 +149,7 @@ TEST_F(CommandLineTest, WhatIsNotThereIsRefusedByTheService) {
         const ProgramResult result = RunOvsync({Text(command), service.Url() + Text("missing")});
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_EQ(result.output, QByteArray());
-        EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr(" \"missing\" on 127.0.0.1:"), Not(HasSubstr("404"))));
+        EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr(" \"missing\" on 127.0.0.1:"), Not(HasSubstr("text/plain"))));
         const ProgramResult verbose = RunOvsync({Text("-v"), Text(command), service.Url() + Text("missing")});
         EXPECT_THAT(ErrorsOf(verbose), AllOf(HasSubstr("missing"), HasSubstr("404"), HasSubstr("text/plain")));
     }
@@ -325,7 +325,7 @@ TEST(WebPageTest, IsNotShownUnlessAskedFor) {
         const ProgramResult result = RunOvsync({Text(command), service.Url()});
         EXPECT_THAT(ErrorsOf(result),
                     AllOf(HasSubstr("is not a WebDAV server, at least not at its root: a web page came"),
-                          Not(HasSubstr("<")), Not(HasSubstr("200"))));
+                          Not(HasSubstr("<")), Not(HasSubstr("status"))));
     }
     EXPECT_THAT(ErrorsOf(RunOvsync({Text("ls"), Text("-v"), service.Url()})), HasSubstr("<html>"));
 }

@@ -108,6 +108,23 @@ TEST_F(FileCommandsTest, GetFetchesAFileWithItsDate) {
     EXPECT_EQ(NamesHere(), (QStringList{Text("a #1.txt"), Text("b.txt")}));
 }
 
+TEST_F(FileCommandsTest, PutAndGetKeepTheDateAndTheExecutableBit) {
+    WriteLocal(Here("run"), "#!/bin/sh");
+    QFile script(Here("run"));
+    ASSERT_TRUE(script.open(QIODevice::ReadWrite));
+    const QDateTime date(QDate(2020, 2, 29), QTime(12, 34, 56), Qt::UTC);
+    ASSERT_TRUE(script.setFileTime(date, QFileDevice::FileModificationTime));
+    script.close();
+    for (const bool isExecutable : {true, false}) {
+        const unsigned mode = isExecutable ? 0750 : 0640;
+        ASSERT_EQ(chmod(Here("run").toUtf8().constData(), mode), 0);
+        ASSERT_EQ(RunOvsync({Text("put"), Here("run"), _service.Url()}).exitCode, 0);
+        ExpectDone({Text("get")}, "run", {Here("back")});
+        EXPECT_EQ(QFileInfo(Here("back")).lastModified().toUTC(), date);
+        EXPECT_EQ(QFileInfo(Here("back")).permission(QFile::ExeOwner), isExecutable);
+    }
+}
+
 TEST_F(FileCommandsTest, GetTellsInJsonWhatCame) {
     _service.AddFile(Text("a.txt"), "hello");
     const ProgramResult result = Run({Text("get"), Text("--json")}, "a.txt", {Here("b.txt")});

@@ -295,7 +295,7 @@ TEST(StatTest, ShowsWhatThereIsOfAFolderWhenTheOneAboveCannotBeListed) {
         EXPECT_EQ(result.exitCode, 0) << fault;
         EXPECT_THAT(result.output.toStdString(),
                     AllOf(HasSubstr("Folder id         "), HasSubstr("Owner  "), Not(HasSubstr("Modified"))));
-        EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr("more of \"A/b\" cannot be told: "),
+        EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr("date, id and privileges of \"A/b\" are missing: "),
                                                        testing::ContainsRegex("http://127.0.0.1:[0-9]+/A[/.]")))
             << fault;
     }

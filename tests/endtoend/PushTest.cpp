@@ -42,6 +42,40 @@ protected:
     QTemporaryDir _folder;
 };
 
+TEST_F(PushTest, TheDateAndTheExecutableBitComeBackWithAPull) {
+    const QDateTime date(QDate(2020, 2, 29), QTime(12, 34, 56), Qt::UTC);
+    const auto age = [&](const char* path) {
+        QFile file(_folder.filePath(Text(path)));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(date, QFileDevice::FileModificationTime));
+    };
+    QTemporaryDir other;
+    const auto pullToOther = [&] { ASSERT_EQ(RunOvsync({Text("pull"), _service.Url(), other.path()}).exitCode, 0); };
+    const auto isExecutable = [&](const char* path) {
+        return QFileInfo(other.filePath(Text(path))).permission(QFile::ExeOwner);
+    };
+    Write("run", "#!/bin/sh");
+    Write("text", "text");
+    ASSERT_TRUE(QFile::setPermissions(_folder.filePath(Text("run")),
+                                      QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup));
+    age("run");
+    ExpectPush(0, "2 sent");
+    ExpectPull(0, "Nothing to do");
+    pullToOther();
+    EXPECT_EQ(QFileInfo(other.filePath(Text("run"))).lastModified().toUTC(), date);
+    EXPECT_TRUE(isExecutable("run"));
+    EXPECT_FALSE(isExecutable("text"));
+    // A file that is replaced keeps the rest of its permissions.
+    ASSERT_TRUE(
+        QFile::setPermissions(other.filePath(Text("run")), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    Write("run", "no longer");
+    ASSERT_TRUE(QFile::setPermissions(_folder.filePath(Text("run")), QFile::ReadOwner | QFile::WriteOwner));
+    ExpectPush(0, "1 sent");
+    pullToOther();
+    EXPECT_FALSE(isExecutable("run"));
+    EXPECT_FALSE(QFileInfo(other.filePath(Text("run"))).permission(QFile::ReadGroup));
+}
+
 TEST_F(PushTest, WhatIsPushedIsNotPulledAgainAndCanBeChangedFromBothSides) {
     Write("f/\xC3\xA9 %#.txt", "1");
     Write("big", QByteArray(3000000, 'x'));
@@ -71,6 +105,18 @@ TEST_F(PushTest, AConflictIsLeftToThePeople) {
     ASSERT_TRUE(QFile::remove(_folder.filePath(copies.first())));
     ExpectPush(0, "sent a\n");
     ExpectPull(0, "Nothing to do");
+}
+
+TEST_F(PushTest, TheFolderIsMadeAndNotTheOneAboveIt) {
+    Write("a", "1");
+    const auto push = [this](const char* path) {
+        return RunOvsync({Text("push"), _folder.path(), _service.Url() + Text(path)});
+    };
+    EXPECT_EQ(push("new/folder/").exitCode, 1);
+    EXPECT_FALSE(_service.HasFile(Text("new")));
+    const ProgramResult result = push("new/");
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+    EXPECT_TRUE(_service.HasFile(Text("new/a")));
 }
 
 TEST_F(PushTest, AFormIsNotWrittenInto) {

@@ -32,6 +32,8 @@ void AddPushCommand(CommandRegistry& registry) {
                                Output& output) { return Push(connection, location, given.Syncing(), output); });
     CommandRegistry::AddText(command, "DIR", "The local folder, which must be there", registry.Given().directory);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
+    command->add_flag("-f,--force", registry.Given().isForced,
+                      "Replace a file also where the server gives it neither an entity tag nor a date");
     registry.AddPassOptions(command);
     registry.MarkAsWriting(command);
 }

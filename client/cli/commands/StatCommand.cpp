@@ -38,7 +38,7 @@ void AddListedFields(ServiceConnection& connection, const Location& location, co
         // Whoever may see a folder need not see those beside it, and what lies above it may know no WebDAV.
         const ErrorMessage error = ErrorText({location.Server(), location.ParentPath()}).Of(std::current_exception());
         if (!given.isQuiet) {
-            Complain(QStringLiteral("more of \"%1\" cannot be told: %2")
+            Complain(QStringLiteral("date, id and privileges of \"%1\" are missing: %2")
                          .arg(location.serverPath, given.isVerbose ? error.detail : error.text));
         }
         return;

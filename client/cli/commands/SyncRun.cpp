@@ -83,6 +83,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     options.isDryRun = arguments.isDryRun;
     options.transfers = arguments.transfers;
     options.isStrict = arguments.isStrict;
+    options.isForced = arguments.isForced;
     options.deletionLimit = arguments.deletionLimit;
     options.daysKept = arguments.daysKept;
     options.exclusion = arguments.excluded;

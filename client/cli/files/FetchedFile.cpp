@@ -109,7 +109,7 @@ ContentPart FetchedFile::Received() {
 }
 
 void FetchedFile::TakeVersion(const ContentVersion& version) {
-    _tag = version.entityTag;
+    _version = version;
 }
 
 void FetchedFile::Clear() {
@@ -128,19 +128,24 @@ void FetchedFile::Discard() {
 }
 
 void FetchedFile::_WriteRecord() {
-    if (_tag.isEmpty()) {
+    const QByteArray& tag = _version.entityTag;
+    if (tag.isEmpty()) {
         unlink(OnDisk(_recordPath).constData());
         return;
     }
     QFile record(_recordPath);
-    if (!record.open(QIODevice::WriteOnly) || record.write(_tag) != _tag.size() || !record.flush()) {
+    if (!record.open(QIODevice::WriteOnly) || record.write(tag) != tag.size() || !record.flush()) {
         throw sync::core::SyncException(QStringLiteral("%1: %2").arg(_recordPath, record.errorString()));
     }
-    _recordedTag = _tag;
+    _recordedTag = tag;
 }
 
 void FetchedFile::Install(const QDateTime& modified) {
     _file->SetModified(modified);
+    struct stat status {};
+    if (_version.isExecutable && fstat(_descriptor, &status) == 0) {
+        _file->SetMode(local::WithExecutableBit(status.st_mode & 07777U, *_version.isExecutable));
+    }
     _file->Sync();
     if (rename(OnDisk(_partPath).constData(), OnDisk(_path).constData()) != 0) {
         throw LocalError(_path, errno);

@@ -31,7 +31,8 @@ public:
     bool CanGoOn() const { return !_recordedTag.isEmpty() && Size() > 0; }
     /// Forgets what came.
     void Discard();
-    /// Gives the file its date, where that is valid, flushes it and puts it in its place, over what is there.
+    /// Gives the file its date, where that is valid, and the executable bit that the server told, flushes it and puts
+    /// it in its place, over what is there.
     void Install(const QDateTime& modified);
 
 protected:
@@ -50,7 +51,7 @@ private:
     std::unique_ptr<local::LocalFile> _file;
     /// Of what is kept; empty when it cannot go on.
     QByteArray _recordedTag;
-    QByteArray _tag;
+    content::ContentVersion _version;
     bool _isInstalled = false;
 };
 

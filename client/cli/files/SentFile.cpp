@@ -14,12 +14,6 @@ namespace files {
 using input::UsageError;
 using local::LocalError;
 
-namespace {
-
-const qint64 NanosecondsPerMillisecond = 1000000;
-
-}  // namespace
-
 SentFile::SentFile(const QString& path) {
     const QFileInfo place(path);
     if (place.isDir()) {
@@ -34,6 +28,7 @@ SentFile::SentFile(const QString& path) {
     }
     _file = std::make_unique<local::LocalFile>(descriptor, path);
     _before = _file->Look();
+    _isExecutable = place.permission(QFile::ExeOwner);
 }
 
 bool SentFile::HasChanged() {
@@ -52,7 +47,7 @@ size_t SentFile::Read(char* bytes, size_t size) {
 }
 
 QDateTime SentFile::Modified() const {
-    return QDateTime::fromMSecsSinceEpoch(_before.modified / NanosecondsPerMillisecond, Qt::UTC);
+    return _before.ModifiedDate();
 }
 
 }  // namespace files

@@ -11,8 +11,8 @@
 namespace ovsync {
 namespace files {
 
-/// A file of this machine while it is sent, its date and the MD5 of what was sent. Throws LocalError when it cannot be
-/// read. Not thread-safe.
+/// A file of this machine while it is sent, its date, its executable bit and the MD5 of what was sent. Throws
+/// LocalError when it cannot be read. Not thread-safe.
 class SentFile : public wire::IContentSource {
 public:
     /// Follows links. Throws UsageError when `path` is a folder or no file that has a size.
@@ -28,10 +28,12 @@ public:
     void Restart() override;
     size_t Read(char* bytes, size_t size) override;
     QDateTime Modified() const override;
+    std::optional<bool> IsExecutable() const override { return _isExecutable; }
 
 private:
     std::unique_ptr<local::LocalFile> _file;
     store::Fingerprint _before;
+    bool _isExecutable = false;
     QCryptographicHash _md5{QCryptographicHash::Md5};
 };
 

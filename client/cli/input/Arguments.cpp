@@ -131,6 +131,7 @@ SyncArguments Arguments::Syncing() const {
             isQuiet,
             transfers,
             isStrict,
+            isForced,
             ReadLimit(maxDelete),
             daysKept};
 }

@@ -56,7 +56,8 @@ struct Arguments {
     bool isWatching = false;
     int transfers = pass::SyncOptions().transfers;
 
-    /// Throws UsageError for a bandwidth that is none, and when the environment names certificates that are not there.
+    /// Throws UsageError for a bandwidth that is not valid, and when the environment names certificates that are
+    /// missing.
     wire::ConnectionSettings Connecting() const;
 
     output::ListFormat Format() const;

@@ -20,6 +20,7 @@ struct SyncArguments {
     bool isQuiet = false;
     int transfers = 4;
     bool isStrict = false;
+    bool isForced = false;
     pass::DeletionLimit deletionLimit;
     int daysKept = local::Trash::DefaultDays;
     /// Whether it writes to the service.

@@ -12,11 +12,11 @@ namespace ovsync {
 namespace output {
 
 /// Tells a person, or with JSON a program, what a pass does. What it did goes to standard output, a line each, and what
-/// is left to be done to standard error. On a terminal a bar stands for what was merely transferred. As JSON everything
-/// is an object on a line of standard output. Failures are worded by an ErrorText. Not thread-safe.
+/// somebody still has to do to standard error. On a terminal a bar stands for what was merely transferred. As JSON
+/// everything is an object on a line of standard output. Failures are worded by an ErrorText. Not thread-safe.
 class SyncOutput : public report::ISyncObserver {
 public:
-    /// Quiet: only what is left to be done.
+    /// Quiet: only what somebody still has to do.
     enum class Format { Lines, Bar, Quiet, Json };
 
     /// `output` outlives this object. The lines of a dry run say what would be done, all of it. `isVerbose`: with the

@@ -47,7 +47,7 @@ public:
 
     /// In no order, without "." and "..".
     virtual QVector<NamedLocalEntry> List(const QString& folder) = 0;
-    /// None where nothing is, and where what should be a folder above it is none.
+    /// None where nothing is, and where something else is where a folder above it should be.
     virtual std::optional<LocalEntry> Look(const QString& path) = 0;
 
     [[nodiscard]] virtual std::unique_ptr<IReadableFile> Open(const QString& path) = 0;

@@ -31,5 +31,11 @@ LocalEntry EntryOf(const struct stat& status) {
     return entry;
 }
 
+unsigned WithExecutableBit(unsigned mode, bool isExecutable) {
+    const unsigned readable = S_IRUSR | S_IRGRP | S_IROTH;
+    const unsigned executable = S_IXUSR | S_IXGRP | S_IXOTH;
+    return isExecutable ? mode | ((mode & readable) >> 2U) : mode & ~executable;
+}
+
 }  // namespace local
 }  // namespace ovsync

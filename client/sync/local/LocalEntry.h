@@ -23,6 +23,9 @@ struct LocalEntry {
     store::Fingerprint fingerprint;
     /// The permission bits.
     unsigned mode = 0;
+
+    /// By its owner.
+    bool IsExecutable() const { return (mode & 0100U) != 0; }
 };
 
 /// An entry by its name in its folder. A plain value.
@@ -31,6 +34,9 @@ struct NamedLocalEntry : LocalEntry {
     QString name;
     bool isUtf8 = true;
 };
+
+/// `mode`, executable for all who may read it, or for nobody.
+unsigned WithExecutableBit(unsigned mode, bool isExecutable);
 
 /// What the system says of a file, as the passes see it.
 LocalEntry EntryOf(const struct stat& status);

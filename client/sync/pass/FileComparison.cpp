@@ -98,13 +98,9 @@ RemoteFileState FileComparison::CompareThere(const FileConfiguration& remote,
     FileConfiguration local = record->file;
     local.size = ListedSize(local.size);
     const bool isNew =
-        IdentityOf(remote) != IdentityOf(record->file) || _sides.service.files->ShouldDownloadFile(remote, local);
-    if (!isNew) {
-        file.state = RemoteState::Same;
-        return file;
-    }
+        !HasIdentity(remote, IdentityOf(local)) || _sides.service.files->ShouldDownloadFile(remote, local);
     try {
-        if (!_HasContentOfRecord(remote, *record)) {
+        if (isNew && !_HasContentOfRecord(remote, *record)) {
             return file;
         }
     } catch (const std::exception&) {
@@ -112,6 +108,10 @@ RemoteFileState FileComparison::CompareThere(const FileConfiguration& remote,
         return file;
     }
     file.state = RemoteState::Same;
+    const bool isKnownBetter = isNew || IdentityOf(remote) != IdentityOf(local);
+    if (!isKnownBetter) {
+        return file;
+    }
     file.renewed = _maker.Make(record->path, remote);
     file.renewed->local = record->local;
     file.renewed->contentMd5 = record->contentMd5;
@@ -119,6 +119,9 @@ RemoteFileState FileComparison::CompareThere(const FileConfiguration& remote,
 }
 
 bool FileComparison::_HasContentOfRecord(const FileConfiguration& remote, const FileRecord& record) const {
+    if (DiffersByMissingChecksum(remote, record.file)) {
+        return IsContentOf(remote, LikelySize(ListedSize(record.file.size)), record.contentMd5);
+    }
     const bool isInDoubt =
         record.file.versionId.isEmpty() && record.file.md5Checksum.isEmpty() && !record.file.lastModifiedDate.isValid();
     return isInDoubt && ListedSize(remote.size) == ListedSize(record.file.size) &&

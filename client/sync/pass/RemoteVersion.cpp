@@ -7,6 +7,15 @@ namespace pass {
 
 using sync::config::FileConfiguration;
 
+namespace {
+
+QString IdentityByDate(const FileConfiguration& file) {
+    return QString::number(file.lastModifiedDate.isValid() ? file.lastModifiedDate.toMSecsSinceEpoch() : -1) +
+           QLatin1Char('\n') + QString::number(ListedSize(file.size));
+}
+
+}  // namespace
+
 QByteArray EntityTagOf(const FileConfiguration& file) {
     const bool isTag = file.md5Checksum.isEmpty() && file.versionId.startsWith(QLatin1Char('"'));
     return isTag ? file.versionId.toUtf8() : QByteArray();
@@ -23,8 +32,16 @@ QString IdentityOf(const FileConfiguration& file) {
     if (!file.versionId.isEmpty() || !file.md5Checksum.isEmpty()) {
         return file.itemId + QLatin1Char('\n') + file.versionId + QLatin1Char('\n') + file.md5Checksum.toLower();
     }
-    return QString::number(file.lastModifiedDate.isValid() ? file.lastModifiedDate.toMSecsSinceEpoch() : -1) +
-           QLatin1Char('\n') + QString::number(ListedSize(file.size));
+    return IdentityByDate(file);
+}
+
+bool HasIdentity(const FileConfiguration& file, const QString& identity) {
+    return identity == IdentityOf(file) || (!EntityTagOf(file).isEmpty() && identity == IdentityByDate(file));
+}
+
+bool DiffersByMissingChecksum(const FileConfiguration& file, const FileConfiguration& known) {
+    return !file.versionId.isEmpty() && file.itemId == known.itemId && file.versionId == known.versionId &&
+           file.md5Checksum.isEmpty() != known.md5Checksum.isEmpty();
 }
 
 bool IsOlder(const FileConfiguration& file, const FileConfiguration& known) {

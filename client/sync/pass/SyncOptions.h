@@ -17,6 +17,8 @@ struct SyncOptions {
     int daysKept = local::Trash::DefaultDays;
     /// Whether everything is only said, and nothing done.
     bool isDryRun = false;
+    /// Whether a push replaces a file of which the server tells nothing by which another change could be noticed.
+    bool isForced = false;
     /// Whether what no pass ever syncs counts as left to somebody.
     bool isStrict = false;
     /// The most files that a pull deletes.

@@ -59,29 +59,63 @@ void SyncPass::_CheckAddress() {
 }
 
 SyncPass::Listing SyncPass::List(const QDateTime& since, const LocalSnapshot& snapshot) {
-    const ServiceFolder& service = _sides.service;
-    FolderConfiguration folder = service.folder;
+    std::optional<Listing> listing = _Ask(since, snapshot);
+    if (!listing) {
+        _ThrowMissing();
+    }
+    return *std::move(listing);
+}
+
+SyncPass::Listing SyncPass::ListOrMake(const LocalSnapshot& snapshot) {
+    if (std::optional<Listing> listing = _Ask(QDateTime(), snapshot)) {
+        return *std::move(listing);
+    }
+    if (!_sides.records.Setting(AddressSetting()).isEmpty()) {
+        _ThrowMissing();
+    }
+    if (!_sides.options.isDryRun) {
+        FolderConfiguration folder = _sides.service.folder;
+        _sides.service.folders->CreateFolder(folder, QString(), false);
+    }
+    _report.Tell(SyncEvent::Kind::FolderSent, QStringLiteral("."));
+    Listing listing;
+    listing.tree.emplace(_TreeOf({}, {}, snapshot));
+    return listing;
+}
+
+std::optional<SyncPass::Listing> SyncPass::_Ask(const QDateTime& since, const LocalSnapshot& snapshot) {
+    FolderConfiguration folder = _sides.service.folder;
     folder.setLastSyncTime(since);
     std::shared_ptr<QVector<FolderConfiguration>> folders;
     std::shared_ptr<QVector<FileConfiguration>> files;
-    const int status = service.folders->GetAllFilesAndSubFoldersByFolder(folder, folders, files);
+    const int status = _sides.service.folders->GetAllFilesAndSubFoldersByFolder(folder, folders, files);
     _report.ThrowIfStopped();
     if (status == HttpStatus::NotFound) {
-        throw HttpException(QStringLiteral("There is no folder %1").arg(service.address), status, QUrl());
+        return std::nullopt;
     }
     Listing listing;
     listing.at = folder.getLastServerSyncRequestTime();
-    if (status != 0) {
-        return listing;
+    if (status == 0) {
+        listing.tree.emplace(_TreeOf(*folders, *files, snapshot));
     }
-    RemoteTree& tree = listing.tree.emplace(service, *folders, *files, _sides.exclusion);
-    _sides.records.WriteSetting(AddressSetting(), service.address);
+    return listing;
+}
+
+RemoteTree SyncPass::_TreeOf(const QVector<FolderConfiguration>& folders, const QVector<FileConfiguration>& files,
+                             const LocalSnapshot& snapshot) {
+    RemoteTree tree(_sides.service, folders, files, _sides.exclusion);
+    _sides.records.WriteSetting(AddressSetting(), _sides.service.address);
     tree.RefuseClashes(snapshot.entries.keys(), _sides.tree.TellsCaseApart(), _sides.tree.TellsUnicodeFormsApart());
     _report.Tell(tree.Refused());
     for (const SyncEvent& closed : snapshot.closed) {
         tree.LeaveOut(closed.path);
     }
-    return listing;
+    return tree;
+}
+
+void SyncPass::_ThrowMissing() const {
+    throw HttpException(QStringLiteral("There is no folder %1").arg(_sides.service.address), HttpStatus::NotFound,
+                        QUrl());
 }
 
 SyncOutcome SyncPass::Run(const std::function<void()>& pass) const {

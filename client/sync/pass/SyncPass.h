@@ -41,11 +41,20 @@ public:
     /// HttpException of status 404 when there is no such folder.
     Listing List(const QDateTime& since, const local::LocalSnapshot& snapshot);
 
+    /// Asks for everything. When there is no such folder, and never was one that this side was in step with, it is
+    /// made: not those above it. Throws as the other.
+    Listing ListOrMake(const local::LocalSnapshot& snapshot);
+
     /// Carries `pass` out and tells how it ended.
     report::SyncOutcome Run(const std::function<void()>& pass) const;
 
 private:
     void _CheckAddress();
+    /// Asks for what changed since `since`. None when there is no such folder.
+    std::optional<Listing> _Ask(const QDateTime& since, const local::LocalSnapshot& snapshot);
+    RemoteTree _TreeOf(const QVector<sync::config::FolderConfiguration>& folders,
+                       const QVector<sync::config::FileConfiguration>& files, const local::LocalSnapshot& snapshot);
+    void _ThrowMissing() const;
 
     local::DryRunTree _dryRunTree;
     const PassSides _sides;

@@ -10,8 +10,10 @@ namespace ovsync {
 namespace pull {
 
 using local::ILocalTree;
+using local::LocalEntry;
 using local::LocalError;
 using local::TemporaryBeside;
+using local::WithExecutableBit;
 using pass::SizeLimit;
 
 namespace {
@@ -42,9 +44,7 @@ void Download::Run(content::IContentConnection& session) noexcept {
         _temporary = temporary;
         _version = session.Download(_url, *this);
         _file->SetModified(_order.remote.lastModifiedDate);
-        if (_order.target == PullOrder::Target::Replace) {
-            _file->SetMode(_order.here->mode);
-        }
+        _SetMode();
         _file->Sync();
         _fresh = _file->Look();
         _file.reset();
@@ -56,6 +56,15 @@ void Download::Run(content::IContentConnection& session) noexcept {
         _error = std::current_exception();
         _file.reset();
     }
+}
+
+void Download::_SetMode() {
+    const bool replaces = _order.target == PullOrder::Target::Replace;
+    if (!replaces && !_version.isExecutable) {
+        return;
+    }
+    const unsigned mode = replaces ? _order.here->mode : _tree.Look(_temporary).value_or(LocalEntry()).mode;
+    _file->SetMode(_version.isExecutable ? WithExecutableBit(mode, *_version.isExecutable) : mode);
 }
 
 QString Download::GiveTemporary() {

@@ -44,6 +44,7 @@ public:
 private:
     void Restart(qint64 size) override;
     void Write(const char* bytes, size_t size) override;
+    void _SetMode();
     void _CheckSize(qint64 size) const;
 
     local::ILocalTree& _tree;

@@ -15,7 +15,7 @@ using local::LocalEntry;
 using local::LocalSnapshot;
 using local::TemporaryBeside;
 using pass::FileComparison;
-using pass::IdentityOf;
+using pass::HasIdentity;
 using pass::LocalFileState;
 using pass::LocalState;
 using pass::PassReport;
@@ -138,6 +138,16 @@ PullPlan::Fetches PullPlan::FindFetches(const LocalSnapshot& snapshot) {
     return fetches;
 }
 
+QString PullPlan::_CopyBeside(const QString& path, const FileConfiguration& remote) const {
+    const QHash<QString, QString> copies = _besideAlready.value(path);
+    for (auto copy = copies.begin(); copy != copies.end(); ++copy) {
+        if (HasIdentity(remote, copy.key())) {
+            return copy.value();
+        }
+    }
+    return QString();
+}
+
 void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, const LocalSnapshot& snapshot,
                        Fetches& fetches) {
     std::optional<FileRecord> record = _sides.records.FindFile(path);
@@ -157,9 +167,11 @@ void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, con
     situation.here = here.state;
     situation.hasRecord = record.has_value();
     situation.there = there.state;
+    QString copyBeside;
     if (there.state != RemoteState::Same && here.entry && here.entry->kind == LocalEntry::Kind::File) {
         situation.isSameContent = _comparison.HasContentOf(path, remote, here);
-        situation.isBesideAlready = _besideAlready.value(path).contains(IdentityOf(remote));
+        copyBeside = _CopyBeside(path, remote);
+        situation.isBesideAlready = !copyBeside.isEmpty();
     }
 
     PullOrder order;
@@ -182,8 +194,7 @@ void PullPlan::_Decide(const QString& path, const FileConfiguration& remote, con
             break;
         case PullStep::StillBeside:
             _inConflict.insert(path);
-            fetches.events.append(
-                {SyncEvent::Kind::Conflict, path, ConflictText(_besideAlready.value(path).value(IdentityOf(remote)))});
+            fetches.events.append({SyncEvent::Kind::Conflict, path, ConflictText(copyBeside)});
             break;
         case PullStep::Record:
             fetches.records.files.append(_maker.Make(path, remote, here));

@@ -67,6 +67,8 @@ private:
     void _FindGoneFile(const QString& path, const local::LocalSnapshot& snapshot, Deletions& deletions);
     void _Decide(const QString& path, const sync::config::FileConfiguration& remote,
                  const local::LocalSnapshot& snapshot, Fetches& fetches);
+    /// The path of the copy of that version; empty when there is none.
+    QString _CopyBeside(const QString& path, const sync::config::FileConfiguration& remote) const;
 
     const pass::PassSides& _sides;
     const pass::FileComparison& _comparison;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <chrono>
 
 #include "host/configuration/FileConfiguration.h"
 
@@ -16,6 +17,9 @@ struct PushOrder {
     sync::config::FileConfiguration remote;
     /// The MD5 of the content that is to be replaced, as it was seen last, in hexadecimal.
     QString knownMd5;
+    /// What is to be replaced is not looked at earlier: by its date alone it is known only once the second of that is
+    /// over.
+    std::chrono::steady_clock::time_point notBefore;
     /// Whether what the service has is looked at once more right before the file is sent, because the server may not
     /// know conditions.
     bool looksBefore = false;
@@ -23,6 +27,7 @@ struct PushOrder {
     bool triesConditions = false;
     /// Of the local file when it was looked at, in bytes.
     qint64 size = 0;
+    bool isExecutable = false;
 };
 
 }  // namespace push

@@ -25,8 +25,7 @@ void PushPass::_Push() {
     PassReport& report = _pass.Report();
     const LocalSnapshot snapshot = _pass.Begin();
     report.Tell(snapshot.refused);
-    // Without a condition, which always gives a listing.
-    const SyncPass::Listing listing = _pass.List(QDateTime(), snapshot);
+    const SyncPass::Listing listing = _pass.ListOrMake(snapshot);
     const RecordMaker maker(sides.service, listing.at);
     const FileComparison comparison(sides, maker);
     PushPlan::Work work = PushPlan(sides, comparison, maker, *listing.tree, snapshot, report).Find();

@@ -15,7 +15,7 @@ using local::FolderOf;
 using local::LocalEntry;
 using local::LocalSnapshot;
 using pass::FileComparison;
-using pass::IdentityOf;
+using pass::HasIdentity;
 using pass::IsContentOf;
 using pass::LocalFileState;
 using pass::LocalState;
@@ -34,6 +34,7 @@ namespace {
 
 /// So much may be sent twice, in bytes.
 constexpr qint64 TrialSize = qint64(64) * 1024;
+constexpr std::chrono::milliseconds MoreThanASecond(1200);
 
 }  // namespace
 
@@ -160,8 +161,10 @@ void PushPlan::_Order(const QString& path, const LocalEntry& here, const QString
     order.isNew = !_remote.HasFile(path);
     order.remote = _remote.AllFiles().value(path);
     order.knownMd5 = knownMd5;
+    order.notBefore = _EndOfSecondOf(order.remote);
     order.looksBefore = !_remote.HasChecksums();
     order.size = here.fingerprint.size;
+    order.isExecutable = here.IsExecutable();
     // An empty folder may be one of the service itself.
     order.triesConditions =
         order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;
@@ -169,9 +172,16 @@ void PushPlan::_Order(const QString& path, const LocalEntry& here, const QString
     _NeedFoldersOf(path);
 }
 
+std::chrono::steady_clock::time_point PushPlan::_EndOfSecondOf(const FileConfiguration& remote) const {
+    const bool isThatOfListing =
+        _maker.IsInDoubt(remote) && remote.lastModifiedDate.toSecsSinceEpoch() == _maker.ListedAt().toSecsSinceEpoch();
+    return isThatOfListing ? std::chrono::steady_clock::now() + MoreThanASecond
+                           : std::chrono::steady_clock::time_point();
+}
+
 QString PushPlan::_ConflictText(const QString& path, const FileConfiguration& remote) const {
     for (const ConflictCopy& copy : _copiesOf.values(path)) {
-        if (copy.identity == IdentityOf(remote)) {
+        if (HasIdentity(remote, copy.identity)) {
             return ConflictText(copy.copy);
         }
     }
@@ -204,7 +214,7 @@ std::optional<ConflictCopy> PushPlan::_FindResolved(const QString& path, const F
             continue;
         }
         if (copy.identity.isEmpty() ? _IsContentThere(path, remote, copy.contentMd5)
-                                    : copy.identity == IdentityOf(remote)) {
+                                    : HasIdentity(remote, copy.identity)) {
             return copy;
         }
     }

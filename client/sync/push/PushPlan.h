@@ -42,6 +42,8 @@ public:
 private:
     void _Decide(const QString& path);
     void _Order(const QString& path, const local::LocalEntry& here, const QString& knownMd5);
+    /// When the second in which `remote` was changed is over, if its date alone tells it and it was the listing's.
+    std::chrono::steady_clock::time_point _EndOfSecondOf(const sync::config::FileConfiguration& remote) const;
     QString _ConflictText(const QString& path, const sync::config::FileConfiguration& remote) const;
     /// Compares with the content itself where the service has no checksums.
     bool _HasFetchedContentOf(const QString& path, const sync::config::FileConfiguration& remote,

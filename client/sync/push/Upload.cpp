@@ -46,22 +46,27 @@ void Upload::Run(content::IContentConnection& session) noexcept {
 }
 
 std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentConnection& session) {
+    _WaitUntil(_order.notBefore);
     std::optional<content::ContentVersion> version = session.Look(_url);
     if (!version || !version->hasWeakTag) {
         return version;
     }
-    const auto end = std::chrono::steady_clock::now() + TagPatience;
+    _WaitUntil(std::chrono::steady_clock::now() + TagPatience);
+    return session.Look(_url);
+}
+
+void Upload::_WaitUntil(std::chrono::steady_clock::time_point end) const {
     while (std::chrono::steady_clock::now() < end) {
         Cancelled::ThrowIf(_isStopped);
         std::this_thread::sleep_for(WaitStep);
     }
-    return session.Look(_url);
 }
 
 void Upload::_Send(content::IContentConnection& session) {
     content::ContentVersion known = KnownVersionOf(_order.remote);
     if (!_order.isNew && known.entityTag.isEmpty()) {
         known.entityTag = _version->entityTag;
+        known.lastModified = KnownDate();
     }
     if (_order.looksBefore && _IsForestalled(session, known)) {
         _outcome = UploadOutcome::Refused;
@@ -69,8 +74,7 @@ void Upload::_Send(content::IContentConnection& session) {
     }
     _file = _tree.Open(_order.path);
     _before = _file->Look();
-    _outcome = session.Upload(_url, *this, _before.size,
-                              _order.isNew ? UploadCondition::New : UploadCondition::Unchanged, known);
+    _outcome = session.Upload(_url, *this, _before.size, _ConditionOf(known), known);
     if (_outcome == UploadOutcome::Refused) {
         return;
     }
@@ -80,6 +84,15 @@ void Upload::_Send(content::IContentConnection& session) {
     }
     _after = _file->Look();
     _version = session.Look(_url);
+}
+
+UploadCondition Upload::_ConditionOf(const content::ContentVersion& known) const {
+    if (_order.isNew) {
+        return UploadCondition::New;
+    }
+    // Nothing tells versions apart only where that was said to be no reason to refuse.
+    const bool isNamed = !known.entityTag.isEmpty() || known.lastModified.isValid();
+    return isNamed ? UploadCondition::Unchanged : UploadCondition::Any;
 }
 
 void Upload::_TryConditions(content::IContentConnection& session) {
@@ -117,6 +130,10 @@ size_t Upload::Read(char* bytes, size_t size) {
     _size += static_cast<qint64>(count);
     _bytes += static_cast<qint64>(count);
     return count;
+}
+
+QDateTime Upload::Modified() const {
+    return _before.ModifiedDate();
 }
 
 }  // namespace push

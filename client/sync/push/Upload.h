@@ -4,6 +4,7 @@
 #include <QString>
 #include <QUrl>
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -34,6 +35,11 @@ public:
     /// What the service has now: before the file was sent, or afterwards. None when it has no such file.
     const std::optional<content::ContentVersion>& Version() const { return _version; }
 
+    /// Of what the service has before the file is sent: as it was listed, else as the service says now.
+    const QDateTime& KnownDate() const {
+        return _order.remote.lastModifiedDate.isValid() ? _order.remote.lastModifiedDate : _version->lastModified;
+    }
+
     content::UploadOutcome Outcome() const { return _outcome; }
     /// Whether the server refuses what a condition forbids; none when that was not tried or could not be found out.
     const std::optional<bool>& KnowsConditions() const { return _knowsConditions; }
@@ -46,8 +52,12 @@ public:
 private:
     void Restart() override;
     size_t Read(char* bytes, size_t size) override;
+    QDateTime Modified() const override;
+    std::optional<bool> IsExecutable() const override { return _order.isExecutable; }
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
+    void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);
+    content::UploadCondition _ConditionOf(const content::ContentVersion& known) const;
     /// Sends the same once more, although it must not be there.
     void _TryConditions(content::IContentConnection& session);
     /// Whether the service has something else than what the upload is to replace.

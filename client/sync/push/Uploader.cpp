@@ -16,6 +16,8 @@ using content::UploadOutcome;
 using local::FolderOf;
 using local::NameOf;
 using local::Recordable;
+using pass::DiffersByMissingChecksum;
+using pass::HasIdentity;
 using pass::IdentityOf;
 using pass::IsContentOf;
 using pass::ListedSize;
@@ -136,7 +138,7 @@ void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
 
 bool Uploader::_IsStillKnown(const Upload& upload) {
     const PushOrder& order = upload.Order();
-    if (upload.Version() && upload.Version()->entityTag.isEmpty() && !_TellsByDate(order)) {
+    if (upload.Version() && upload.Version()->entityTag.isEmpty() && !_TellsByDate(upload)) {
         return false;
     }
     // The tag is older than these answers: when this is still what was known, so was what the tag is of.
@@ -150,22 +152,29 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
 
 bool Uploader::_IsStillThere(const PushOrder& order) {
     const FileConfiguration now = _sides.service.FileAt(order.path);
-    return IdentityOf(now) == IdentityOf(order.remote) &&
-           (!_maker.IsInDoubt(order.remote) ||
-            _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
+    const bool isSame = HasIdentity(now, IdentityOf(order.remote)) || DiffersByMissingChecksum(now, order.remote);
+    return isSame && (!_maker.IsInDoubt(order.remote) ||
+                      _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
 }
 
-bool Uploader::_TellsByDate(const PushOrder& order) {
-    const QDateTime& date = order.remote.lastModifiedDate;
+bool Uploader::_TellsByDate(const Upload& upload) {
+    const PushOrder& order = upload.Order();
+    const QDateTime& date = upload.KnownDate();
     const QDateTime& listed = _maker.ListedAt();
+    if (!date.isValid() && _sides.options.isForced) {
+        return true;
+    }
     if (!date.isValid() || !listed.isValid()) {
-        _report.Tell(SyncEvent::Kind::Refused, order.path,
-                     QStringLiteral("the service gives the file neither an entity tag nor a date, without which a "
-                                    "change that somebody else makes meanwhile could be overwritten"));
+        _report.Tell(
+            SyncEvent::Kind::Refused, order.path,
+            QStringLiteral(
+                "the service gives the file neither an entity tag nor a date, without which a "
+                "change that somebody else makes meanwhile could be overwritten; --force replaces it nonetheless"));
         return false;
     }
-    // Dates have whole seconds: within that of the change another one would not be seen.
-    if (date.toSecsSinceEpoch() >= listed.toSecsSinceEpoch()) {
+    // Dates have whole seconds: within that of the change another one would not be seen. That of the listing is over by
+    // now.
+    if (date.toSecsSinceEpoch() > listed.toSecsSinceEpoch()) {
         _report.Tell(SyncEvent::Kind::Refused, order.path,
                      QStringLiteral("it has just changed on the service; the next push sends it"));
         return false;

@@ -48,7 +48,7 @@ private:
     bool _IsStillKnown(const Upload& upload);
     bool _IsStillThere(const PushOrder& order);
     /// Whether the file's date, in place of an entity tag, can tell what somebody else changes meanwhile.
-    bool _TellsByDate(const PushOrder& order);
+    bool _TellsByDate(const Upload& upload);
     void _TakeSent(const Upload& upload);
     /// Whether the service says that what it has now has `size` bytes.
     bool _HasSize(const Upload& upload, qint64 size);

@@ -27,7 +27,7 @@ struct SyncEvent {
         Skipped,
         /// What turned out when the file was transferred, and concerns all of them.
         Noted,
-        /// The kinds from here on tell of what is left to be done by somebody.
+        /// From here on: what somebody still has to do something about.
         /// Both sides changed the file.
         Conflict,
         /// The service deleted it; it was kept here.

@@ -7,7 +7,7 @@ namespace report {
 enum class SyncOutcome {
     /// Both sides are in step, as far as the pass's direction goes.
     InStep,
-    /// Something was left to be done by somebody; the events say what.
+    /// Somebody still has to do something; the events say what.
     LeftSome,
     /// The service could not be reached or understood for some files.
     Failed,

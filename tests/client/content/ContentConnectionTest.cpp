@@ -93,9 +93,11 @@ public:
     }
 
     QDateTime Modified() const override { return modified; }
+    std::optional<bool> IsExecutable() const override { return isExecutable; }
 
     QByteArray content;
     QDateTime modified;
+    std::optional<bool> isExecutable;
     int restarts = 0;
     std::function<void(int at)> onRead;
 
@@ -701,6 +703,62 @@ TEST_F(ContentUploadTest, TheDateOfTheFileIsTold) {
     server.Stop();
     EXPECT_FALSE(server.Requests().first().headers.contains("x-oc-mtime"));
     EXPECT_EQ(server.Requests().last().headers.value("x-oc-mtime"), "1795169730");
+}
+
+TEST_F(ContentUploadTest, AServerThatTakesTheExecutableBitIsToldNothingElse) {
+    const ScriptedServer::Step taken =
+        ScriptedServer::Answer("HTTP/1.1 201 Created\r\nContent-Length: 0\r\nx-ovs-executable: accepted\r\n\r\n");
+    ScriptedServer server({taken, taken, AnswerOf("folders/status-201"), AnswerOf("folders/status-201")});
+    Source source(FileText);
+    for (const std::optional<bool> bit :
+         {std::optional<bool>(true), std::optional<bool>(false), std::optional<bool>()}) {
+        source.isExecutable = bit;
+        EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    }
+    // Most servers know no such header, and have a new file that is not executable.
+    source.isExecutable = false;
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests()[0].headers.value("x-ovs-executable"), "T");
+    EXPECT_EQ(server.Requests()[1].headers.value("x-ovs-executable"), "F");
+    EXPECT_FALSE(server.Requests()[2].headers.contains("x-ovs-executable"));
+}
+
+TEST_F(ContentUploadTest, AnotherServerIsToldTheExecutableBitAsAPropertyAndMayRefuseIt) {
+    for (const char* answer : {"folders/status-207", "statuses/forbidden-403", "folders/status-405"}) {
+        ScriptedServer server({AnswerOf("folders/status-204"), AnswerOf(answer)});
+        Source source(FileText);
+        source.isExecutable = true;
+        EXPECT_EQ(Upload(server, source), UploadOutcome::Stored) << answer;
+        server.Stop();
+        ASSERT_TRUE(server.SawItsScript());
+        EXPECT_EQ(server.Requests().last().method, "PROPPATCH");
+        EXPECT_THAT(server.Requests().last().body.toStdString(), HasSubstr("<A:executable>T</A:executable>"));
+    }
+}
+
+TEST_F(ContentUploadTest, WhatWasNotStoredIsNotMadeExecutable) {
+    ScriptedServer server({AnswerOf("folders/status-412")});
+    Source source(FileText);
+    source.isExecutable = true;
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Refused);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentConnectionTest, TheExecutableBitIsWhatTheServerSays) {
+    const std::pair<const char*, std::optional<bool>> all[] = {{"x-ovs-executable: T\r\n", true},
+                                                               {"x-ovs-executable: F\r\n", false},
+                                                               {"x-ovs-executable: x\r\n", {}},
+                                                               {"", {}}};
+    for (const auto& [header, expected] : all) {
+        ScriptedServer server(
+            {ScriptedServer::Answer(QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n") + header + "\r\n")});
+        ContentConnection session(settings, QAuthenticator());
+        Sink sink;
+        EXPECT_EQ(session.Download(server.Url(FilePath), sink).isExecutable, expected) << header;
+    }
 }
 
 TEST_F(ContentUploadTest, AServerMayThinkLongerAboutWhatItGotThanItMayBeSilentElse) {

@@ -89,7 +89,7 @@ protected:
     /// Lists the tree from a server that keeps to `script` to the end.
     std::shared_ptr<DAVPropfindRequest> Listed(const Script& script) {
         ScriptedServer server(StepsOf(script));
-        const auto request = TreeRequest(server);
+        auto request = TreeRequest(server);
         Execute(request);
         server.Stop();
         EXPECT_TRUE(server.SawItsScript());

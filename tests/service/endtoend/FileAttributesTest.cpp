@@ -51,6 +51,15 @@ TEST_F(FileAttributesTest, PutWithoutThemHasTheTimeOfNowAndLeavesTheBit) {
     EXPECT_FALSE(IsExecutableOnDisk("f"));
 }
 
+TEST_F(FileAttributesTest, TheExecutableBitIsSaidWithTheContent) {
+    Send("PUT", "/f", {"x-ovs-executable: T"}, "xyz");
+    EXPECT_EQ(Send("GET", "/f").headers.at("x-ovs-executable"), "T");
+    EXPECT_EQ(Send("HEAD", "/f").headers.at("x-ovs-executable"), "T");
+    EXPECT_EQ(Send("GET", "/f", {"Range: bytes=1-"}).headers.at("x-ovs-executable"), "T");
+    Send("PUT", "/f", {"x-ovs-executable: F"}, "xyz");
+    EXPECT_EQ(Send("GET", "/f").headers.at("x-ovs-executable"), "F");
+}
+
 TEST_F(FileAttributesTest, PutWithValuesThatCannotBeReadIgnoresThem) {
     const auto answer = Send("PUT", "/f", {"X-OC-Mtime: yesterday", "x-ovs-executable: yes"}, "x");
     EXPECT_EQ(answer.status, 201);

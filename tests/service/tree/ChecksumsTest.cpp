@@ -90,6 +90,17 @@ TEST_F(ChecksumsTest, AreNoChange) {
     EXPECT_EQ(after.ETag(), before.ETag());
 }
 
+TEST_F(ChecksumsTest, AreKeptBeforeOthersThatTakeLong) {
+    _folder.Write("first", "hello");
+    Get("first");
+    _folder.Write("second", "");
+    std::filesystem::resize_file(_folder / "second", std::uintmax_t{1} << 40U);
+    Get("second");
+    Checksums checksums(_tree);
+    checksums.CompleteAllLater();
+    EXPECT_EQ(Kept("first"), Md5OfHello);
+}
+
 TEST_F(ChecksumsTest, ThatTakeLongEndWithTheirOwner) {
     _folder.Write("huge", "");
     std::filesystem::resize_file(_folder / "huge", std::uintmax_t{1} << 40U);

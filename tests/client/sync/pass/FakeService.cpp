@@ -50,7 +50,11 @@ public:
     sync::core::SyncResults CreateFolder(FolderConfiguration& folder, QString, bool) override {
         _service._Meet("MKCOL", PathOf(folder.serverPath));
         const Lock lock(_service._mutex);
-        _service._folders.insert(PathOf(folder.serverPath));
+        if (PathOf(folder.serverPath).isEmpty()) {
+            _service.isMissing = false;
+        } else {
+            _service._folders.insert(PathOf(folder.serverPath));
+        }
         return {sync::core::SyncResults::ResultType(0), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
     sync::core::SyncResults DeleteFolder(FolderConfiguration&) override { throw std::logic_error("not used"); }
@@ -82,6 +86,9 @@ public:
                                          std::shared_ptr<QVector<FileConfiguration>>& files) override {
         _service._Meet("LIST", QString());
         const Lock lock(_service._mutex);
+        if (_service.isMissing) {
+            return 404;
+        }
         _service._now = _service._now.addSecs(10);
         folder.setLastServerSyncRequestTime(_service._now.addSecs(_service.secondsAhead));
         if (folder.getLastSyncTime().isValid() && _service._changed < folder.getLastSyncTime()) {
@@ -221,7 +228,7 @@ public:
             const bool isThere = there != _service._files.end();
             const bool isOther =
                 condition == UploadCondition::New ? isThere : !isThere || !_IsKnown(there->second, known);
-            if (isOther && !_service.ignoresConditions) {
+            if (condition != UploadCondition::Any && isOther && !_service.ignoresConditions) {
                 return UploadOutcome::Refused;
             }
         }
@@ -248,7 +255,7 @@ private:
         ContentVersion version;
         version.entityTag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
         version.size = _service.isWithoutLengths ? -1 : file.content.size() + _service.excessOfLengths;
-        version.lastModified = file.modified;
+        version.lastModified = _service.isWithoutDates ? QDateTime() : file.modified;
         return version;
     }
 
@@ -371,7 +378,7 @@ FileConfiguration FakeService::_Describe(const QString& path, const File& file) 
     description.name = NameOf(path);
     description.serverPath = Text(Root) + path;
     description.size = ListedSize(file.content.size());
-    description.lastModifiedDate = isWithoutDates ? QDateTime() : file.modified;
+    description.lastModifiedDate = isWithoutDates || isListingNoDates ? QDateTime() : file.modified;
     description.customProperties[Text("version")] = QString::number(isPlain ? 0 : file.version);
     description.itemId = Text("path:S/") + path;
     if (listsTags) {

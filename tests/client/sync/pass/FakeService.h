@@ -58,11 +58,13 @@ public:
     bool isWithoutLengths = false;
     /// Knows no conditions of an upload.
     bool ignoresConditions = false;
-    /// Names no strong entity tags.
     /// What the announced lengths of contents are above the true ones.
     qint64 excessOfLengths = 0;
+    /// Names no strong entity tags.
     bool isWithoutTags = false;
     bool isWithoutDates = false;
+    /// Names dates only where it is asked for one file's content.
+    bool isListingNoDates = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
     /// Announces no sizes of what it sends.
@@ -71,6 +73,8 @@ public:
     std::set<QString> unlisted;
     /// These files and folders are there, and no listing has them.
     std::set<QString> forgotten;
+    /// There is no folder to sync.
+    bool isMissing = false;
     /// By how much the service's clock is wrong.
     int secondsAhead = 0;
     /// These are listed besides.

@@ -130,6 +130,20 @@ TEST_F(FileComparisonTest, TheServicesFileIsReadWhereTheRecordKnowsNoVersionForS
     EXPECT_FALSE(There().renewed);
 }
 
+TEST_F(FileComparisonTest, AFileForWhichTheServerHasATagByNowIsTheSame) {
+    service.isPlain = true;
+    StartWith("1");
+    EXPECT_FALSE(There().renewed);
+    service.listsTags = true;
+    const RemoteFileState there = There();
+    EXPECT_EQ(there.state, RemoteState::Same);
+    ASSERT_TRUE(there.renewed);
+    EXPECT_EQ(there.renewed->file.versionId, Listed().versionId);
+    EXPECT_EQ(service.Count("GET"), 1);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(There().state, RemoteState::New);
+}
+
 TEST_F(FileComparisonTest, ContentThatCannotBeReadThereIsNewAndTheFailureHandedOut) {
     service.isPlain = true;
     StartWith("1");
@@ -152,6 +166,32 @@ TEST_F(FileComparisonTest, MoreThanTheListedContentThereIsAnother) {
     EXPECT_FALSE(Ask([](const FileComparison& comparison, const std::optional<FileRecord>& record) {
         return comparison.IsContentThere(Text("a"), 1, record->contentMd5);
     }));
+}
+
+TEST_F(FileComparisonTest, ChecksumThatBecomesKnownIsNoNewVersion) {
+    StartWith("hello");
+    {
+        RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
+        FileRecord record = *records.FindFile(Text("a"));
+        record.file.md5Checksum.clear();
+        records.WriteFile(record);
+    }
+    const RemoteFileState there = There();
+    EXPECT_EQ(there.state, RemoteState::Same);
+    ASSERT_TRUE(there.renewed);
+    EXPECT_EQ(there.renewed->file.md5Checksum, Listed().md5Checksum);
+}
+
+TEST_F(FileComparisonTest, ChecksumThatBecomesKnownAndIsOfOtherContentIsANewVersion) {
+    StartWith("hello");
+    {
+        RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
+        FileRecord record = *records.FindFile(Text("a"));
+        record.file.md5Checksum.clear();
+        record.contentMd5 = Text("00000000000000000000000000000000");
+        records.WriteFile(record);
+    }
+    EXPECT_EQ(There().state, RemoteState::New);
 }
 
 }  // namespace

@@ -588,7 +588,33 @@ TEST_F(MishapTest, ByADateAloneAChangeRightBeforeAnUploadIsSeen) {
     }
 }
 
-TEST_F(MishapTest, ByADateAloneNothingIsReplacedWithinTheSecondOfItsChange) {
+TEST_F(MishapTest, ByADateAloneAFileIsReplacedOnceTheSecondOfTheListingIsOver) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    service.secondsAhead = -20;
+    StartWith("a", "1");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
+TEST_F(MishapTest, ByADateAloneAChangeWithinTheSecondOfTheListingIsSeen) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    service.secondsAhead = -20;
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("HEAD") && service.Content(Text("a")) == "1") {
+            service.Overwrite(Text("a"), "3");
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+}
+
+TEST_F(MishapTest, ByADateAloneNothingIsReplacedBeforeItsSecondIsOver) {
     service.isPlain = true;
     service.isWithoutTags = true;
     service.secondsAhead = -30;

@@ -6,6 +6,7 @@
 
 namespace {
 
+using ovsync::pass::HasIdentity;
 using ovsync::pass::IdentityOf;
 using ovsync::pass::IsContentOf;
 using ovsync::pass::LikelySize;
@@ -85,6 +86,23 @@ TEST(VersionTest, WithoutIdsItIsKnownByDateAndSize) {
     other = file;
     other.lastModifiedDate = QDateTime();
     EXPECT_NE(IdentityOf(file), IdentityOf(other));
+}
+
+TEST(VersionTest, ItIsKnownAlsoByWhatItWasKnownByBeforeItHadATag) {
+    FileConfiguration untagged;
+    untagged.size = 3;
+    untagged.lastModifiedDate = QDateTime::fromSecsSinceEpoch(1);
+    FileConfiguration tagged = untagged;
+    tagged.versionId = Text("\"3-1\"");
+    EXPECT_TRUE(HasIdentity(tagged, IdentityOf(tagged)));
+    EXPECT_TRUE(HasIdentity(tagged, IdentityOf(untagged)));
+    EXPECT_FALSE(HasIdentity(untagged, IdentityOf(tagged)));
+    FileConfiguration later = tagged;
+    later.lastModifiedDate = QDateTime::fromSecsSinceEpoch(2);
+    EXPECT_FALSE(HasIdentity(later, IdentityOf(untagged)));
+    // A version of the service itself never had none.
+    tagged.versionId = Text("1-2");
+    EXPECT_FALSE(HasIdentity(tagged, IdentityOf(untagged)));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <QFile>
 
 #include "client/wire/TransactionError.h"
+#include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
 
@@ -14,6 +15,7 @@ namespace {
 
 using ovsync::report::SyncOutcome;
 using ovsync::wire::TransactionError;
+using sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
@@ -245,6 +247,36 @@ TEST_F(PushPassTest, WithoutEntityTagsAndDatesNothingIsOverwritten) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
 }
 
+TEST_F(PushPassTest, WithoutEntityTagsAndDatesAFileIsReplacedWhenThatIsForced) {
+    PushOne();
+    service.isWithoutTags = true;
+    service.isWithoutDates = true;
+    options.isForced = true;
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
+TEST_F(PushPassTest, ForceOverwritesNothingThatIsSeenToHaveChanged) {
+    PushOne();
+    service.isWithoutTags = true;
+    service.isWithoutDates = true;
+    options.isForced = true;
+    service.Put(Text("a"), "33");
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("33"));
+}
+
+TEST_F(PushPassTest, ADateThatIsNotListedIsAskedForAndTellsVersionsApart) {
+    PushOne();
+    service.isWithoutTags = true;
+    service.isListingNoDates = true;
+    Write("a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
+}
+
 TEST_F(PushPassTest, FilesAndFoldersOfOneNameAreToldOf) {
     Write("a", "1");
     Write("f/b", "1");
@@ -279,6 +311,29 @@ TEST_F(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
     options.isDryRun = false;
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(Told(), told);
+}
+
+TEST_F(PushPassTest, AFolderThatIsMissingIsMade) {
+    service.isMissing = true;
+    Write("a", "1");
+    options.isDryRun = true;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    const QStringList told = Told();
+    EXPECT_EQ(told, QStringList({Text("FolderSent ."), Text("Sent a")}));
+    EXPECT_TRUE(service.isMissing);
+    options.isDryRun = false;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), told);
+    EXPECT_FALSE(service.isMissing);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "1"}}));
+}
+
+TEST_F(PushPassTest, AFolderThatWasInStepIsNotMadeAgain) {
+    PushOne();
+    service.isMissing = true;
+    EXPECT_THROW(Push(), HttpException);
+    EXPECT_TRUE(service.isMissing);
+    EXPECT_EQ(service.Count("MKCOL") + service.Count("PUT"), 0);
 }
 
 TEST_F(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
