@@ -25,9 +25,10 @@ void Write(const service::test::TemporaryFolder& folder, const FolderImage& tree
 std::string Escaped(const std::string& path) {
     static const std::string unreserved = "-._~/";
     std::string text;
-    for (const unsigned char c : path) {
-        if (isalnum(c) != 0 || unreserved.find(static_cast<char>(c)) != std::string::npos) {
-            text += static_cast<char>(c);
+    for (const char character : path) {
+        const auto c = static_cast<unsigned char>(character);
+        if (isalnum(c) != 0 || unreserved.find(character) != std::string::npos) {
+            text += character;
         } else {
             text += '%';
             text += "0123456789ABCDEF"[c >> 4];
