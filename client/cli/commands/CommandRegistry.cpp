@@ -66,10 +66,6 @@ CLI::App* CommandRegistry::AddGroup(const char* name, const char* description, c
     return group;
 }
 
-CLI::App* CommandRegistry::AddLocalCommand(const char* name, const char* description, const LocalCommand& command) {
-    return AddLocal(_app, name, description, command);
-}
-
 CLI::App* CommandRegistry::AddLocal(CLI::App& group, const char* name, const char* description,
                                     const LocalCommand& command) {
     CLI::App* const added = group.add_subcommand(name, description);
@@ -77,6 +73,10 @@ CLI::App* CommandRegistry::AddLocal(CLI::App& group, const char* name, const cha
     added->footer(group.get_footer());
     _localCommands.emplace(added, command);
     return added;
+}
+
+CLI::App* CommandRegistry::AddLocal(const char* name, const char* description, const LocalCommand& command) {
+    return AddLocal(_app, name, description, command);
 }
 
 void CommandRegistry::AddText(CLI::App* command, const char* name, const char* description, std::string& value) {
@@ -120,19 +120,23 @@ void CommandRegistry::AddDeletionLimit(CLI::App* command) {
         ->type_name("N");
 }
 
-void CommandRegistry::AddPassOptions(CLI::App* command) {
+void CommandRegistry::AddFolderOptions(CLI::App* command) {
     AddExclude(command);
-    AddBandwidth(command);
-    command->add_flag("-n,--dry-run", _given.isDryRun, "Only say what would be done, and change nothing");
     command->add_option("-j,--transfers", _given.transfers, "Transfer up to N files at once (4 unless given)")
         ->type_name("N")
         ->check(CLI::Range(1, 64));
-    command->add_flag("--strict", _given.isStrict, "Exit with 1 also for links and other things that are never synced");
     command
         ->add_option("--keep-deleted", _given.daysKept,
                      "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
         ->type_name("DAYS")
         ->check(CLI::Range(0, MostDaysKept));
+}
+
+void CommandRegistry::AddPassOptions(CLI::App* command) {
+    AddFolderOptions(command);
+    AddBandwidth(command);
+    command->add_flag("-n,--dry-run", _given.isDryRun, "Only say what would be done, and change nothing");
+    command->add_flag("--strict", _given.isStrict, "Exit with 1 also for links and other things that are never synced");
 }
 
 const CommandRegistry::Command* CommandRegistry::Parsed() const {

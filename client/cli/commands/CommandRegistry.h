@@ -36,9 +36,9 @@ public:
     CLI::App* AddCommand(const char* name, const char* description, const Command& command);
     /// A command that only has others below it. `footer` ends the help of each.
     CLI::App* AddGroup(const char* name, const char* description, const char* footer);
-    CLI::App* AddLocalCommand(const char* name, const char* description, const LocalCommand& command);
-    /// One below a group.
     CLI::App* AddLocal(CLI::App& group, const char* name, const char* description, const LocalCommand& command);
+    /// One that is in no group.
+    CLI::App* AddLocal(const char* name, const char* description, const LocalCommand& command);
 
     /// Has to be given; `value` is one of the fields of Given.
     static void AddText(CLI::App* command, const char* name, const char* description, std::string& value);
@@ -46,6 +46,8 @@ public:
     void AddExclude(CLI::App* command);
     void AddBandwidth(CLI::App* command);
     void AddDeletionLimit(CLI::App* command);
+    /// How a folder is synced, whoever begins the passes.
+    void AddFolderOptions(CLI::App* command);
     void AddPassOptions(CLI::App* command);
     /// The command changes something on the service.
     void MarkAsWriting(const CLI::App* command) { _writingCommands.push_back(command); }

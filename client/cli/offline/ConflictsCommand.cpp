@@ -56,7 +56,7 @@ void PrintJson(const QList<ConflictCopy>& copies, Output& output) {
 }  // namespace
 
 void AddConflictsCommand(CommandRegistry& registry) {
-    CLI::App* const command = registry.AddLocalCommand(
+    CLI::App* const command = registry.AddLocal(
         "conflicts", "Lists the files that both sides changed, and how to end these conflicts.",
         [](const Arguments& given, Output& output) {
             const QList<ConflictCopy> copies = OpenConflicts(SyncedFolder(QString::fromStdString(given.directory)));
