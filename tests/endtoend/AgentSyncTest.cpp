@@ -237,11 +237,7 @@ TEST_F(AgentSyncTest, WhoeverWatchesIsToldWhatChanges) {
     _user.StartAgent();
     ASSERT_TRUE(_user.IsInStep());
     QProcess watch;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString& variable : _user.Environment()) {
-        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
-    }
-    watch.setProcessEnvironment(environment);
+    watch.setProcessEnvironment(_user.Variables());
     watch.start(Text(OVSYNC_PROGRAM), {Text("status"), Text("--watch"), Text("--json")});
     ASSERT_TRUE(watch.waitForReadyRead());
     _user.Write(Text("synced/a"), "a");
