@@ -20,8 +20,8 @@ using report::Cancelled;
 
 namespace {
 
-// Some servers have no strong tag for what was changed within the last second.
-const std::chrono::milliseconds TagPatience(1200);
+// Of what was changed within the last second some servers have no strong tag, and some say what a cache says.
+const std::chrono::milliseconds Patience(1200);
 const std::chrono::milliseconds WaitStep(50);
 
 }  // namespace
@@ -51,7 +51,7 @@ std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentConn
     if (!version || !version->hasWeakTag) {
         return version;
     }
-    _WaitUntil(std::chrono::steady_clock::now() + TagPatience);
+    _WaitUntil(std::chrono::steady_clock::now() + Patience);
     return session.Look(_url);
 }
 
@@ -84,6 +84,10 @@ void Upload::_Send(content::IContentConnection& session) {
     }
     _after = _file->Look();
     _version = session.Look(_url);
+    if (_version && _version->size >= 0 && _version->size != _size) {
+        _WaitUntil(std::chrono::steady_clock::now() + Patience);
+        _version = session.Look(_url);
+    }
 }
 
 UploadCondition Upload::_ConditionOf(const content::ContentVersion& known) const {

@@ -172,9 +172,9 @@ bool Uploader::_TellsByDate(const Upload& upload) {
                 "change that somebody else makes meanwhile could be overwritten; --force replaces it nonetheless"));
         return false;
     }
-    // Dates have whole seconds: within that of the change another one would not be seen. That of the listing is over by
-    // now.
-    if (date.toSecsSinceEpoch() > listed.toSecsSinceEpoch()) {
+    // Dates have whole seconds: within that of the change another one would not be seen.
+    const bool isOver = date.toSecsSinceEpoch() < listed.toSecsSinceEpoch() || order.notBefore != PushOrder().notBefore;
+    if (!isOver) {
         _report.Tell(SyncEvent::Kind::Refused, order.path,
                      QStringLiteral("it has just changed on the service; the next push sends it"));
         return false;

@@ -17,16 +17,16 @@ const std::string FileContent = "0123456789";
 class FaultyService {
 public:
     explicit FaultyService(const std::vector<std::string>& faults) {
-        _folder.Write("f", FileContent);
-        std::vector<std::string> arguments{_folder.Path()};
+        folder.Write("f", FileContent);
+        std::vector<std::string> arguments{folder.Path()};
         for (const std::string& fault : faults) {
             arguments.insert(arguments.end(), {"--fault", fault});
         }
-        _service = std::make_unique<ServiceProcess>(arguments);
+        service = std::make_unique<ServiceProcess>(arguments);
     }
 
     std::string Request(const std::string& request, int milliseconds = 10000) {
-        RawConnection connection(_service->Port());
+        RawConnection connection(service->Port());
         connection.Send(request);
         std::string answer = connection.Read(milliseconds);
         _ending = connection.End();
@@ -41,12 +41,12 @@ public:
     }
 
     Ending End() const { return _ending; }
-    const TemporaryFolder& Folder() const { return _folder; }
-    int Port() const { return _service->Port(); }
+    const TemporaryFolder& Folder() const { return folder; }
+    int Port() const { return service->Port(); }
 
 private:
-    TemporaryFolder _folder;
-    std::unique_ptr<ServiceProcess> _service;
+    TemporaryFolder folder;
+    std::unique_ptr<ServiceProcess> service;
     Ending _ending = Ending::Open;
 };
 

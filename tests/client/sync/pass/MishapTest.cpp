@@ -588,6 +588,22 @@ TEST_F(MishapTest, ByADateAloneAChangeRightBeforeAnUploadIsSeen) {
     }
 }
 
+TEST_F(MishapTest, WhatAServerSaysOutOfACacheIsAskedForAgain) {
+    service.isPlain = true;
+    StartWith("a", "1");
+    Write("a", "22");
+    service.onRequest = [this, isSent = false](const QString& method, const QString&) mutable {
+        if (method == Text("SENT")) {
+            isSent = true;
+            service.excessOfLengths = -1;
+            service.ForgetCounts();
+        } else if (isSent && method == Text("HEAD") && service.Count("HEAD") == 2) {
+            service.excessOfLengths = 0;
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+}
+
 TEST_F(MishapTest, ByADateAloneAFileIsReplacedOnceTheSecondOfTheListingIsOver) {
     service.isPlain = true;
     service.isWithoutTags = true;
