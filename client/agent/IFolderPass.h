@@ -32,8 +32,8 @@ struct PassResult {
 
 /// What the service wants of those who synchronise with it. A plain value.
 struct ServiceWishes {
-    std::chrono::seconds frequency;
-    std::chrono::seconds delayAfterFailure;
+    std::chrono::seconds frequency{0};
+    std::chrono::seconds delayAfterFailure{0};
     /// Of the application; empty when there is none that is newer.
     QString newVersion;
 };

@@ -41,6 +41,29 @@ struct FoundResource {
 /// The library, loaded over real HTTP for one server. Has the process's configuration factory hand out its settings on
 /// the thread that made it, to which it belongs: there can be one at a time on a thread. Not thread-safe, but for
 /// Cancel.
+///
+/// \code
+/// #include <iostream>
+/// #include "client/library/Netrc.h"
+/// #include "host/http/HttpException.h"
+///
+/// const QUrl url(QStringLiteral("http://localhost:8080"));
+/// try {
+///     ovsync::library::ServiceConnection service(url, ovsync::library::NetrcCredentials(url.host()));
+///     const auto listing = service.List(service.Folder(QStringLiteral("Projects/Bridge")));
+///     if (!listing) {
+///         std::cerr << "There is no such folder\n";
+///         return;
+///     }
+///     for (const sync::config::FileConfiguration& file : listing->files) {
+///         std::cout << file.name.toStdString() << '\n';
+///     }
+/// } catch (const sync::http::HttpException& error) {
+///     std::cerr << "The service refused: " << error.Utf8Message() << '\n';
+/// } catch (const sync::core::SyncException& error) {
+///     std::cerr << "There was no whole answer: " << error.Utf8Message() << '\n';
+/// }
+/// \endcode
 class ServiceConnection {
 public:
     /// `baseUrl` has scheme, host and port. Null `credentials` are none.

@@ -97,7 +97,7 @@ QByteArray ReadWholeFile(const QString& path) {
         }
         return QByteArray();
     }
-    const QByteArray content = file.readAll();
+    QByteArray content = file.readAll();
     if (file.error() != QFileDevice::NoError) {
         throw SyncException(QStringLiteral("%1: %2").arg(path, file.errorString()));
     }

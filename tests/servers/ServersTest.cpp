@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <thread>
 
 #include "tests/service/CapturedText.h"
 #include "tests/service/ChildProcess.h"
@@ -25,9 +26,10 @@ void Write(const service::test::TemporaryFolder& folder, const FolderImage& tree
 std::string Escaped(const std::string& path) {
     static const std::string unreserved = "-._~/";
     std::string text;
-    for (const unsigned char c : path) {
-        if (isalnum(c) != 0 || unreserved.find(static_cast<char>(c)) != std::string::npos) {
-            text += static_cast<char>(c);
+    for (const char character : path) {
+        const auto c = static_cast<unsigned char>(character);
+        if (isalnum(c) != 0 || unreserved.find(character) != std::string::npos) {
+            text += character;
         } else {
             text += '%';
             text += "0123456789ABCDEF"[c >> 4];
@@ -108,8 +110,19 @@ void ServersTest::ExpectThere(const std::string& check, const FolderImage& expec
 
 void ServersTest::ChangeThere(const std::string& method, const std::string& path, const std::string& content) {
     service::test::HttpClient client(_server->Port());
-    const auto answer = client.Send(method, "/" + Escaped(path), {}, content);
+    const std::string target = "/" + Escaped(path);
+    const auto answer = client.Send(method, target, {}, content);
     ASSERT_TRUE(answer.status >= 200 && answer.status < 300) << method << " " << path << ": " << answer.status;
+    // For a second lighttpd announces the size that a file had before, and breaks off.
+    const auto isServed = [&client, &target, &content] {
+        const auto served = client.Send("GET", target);
+        return served.error.empty() && served.body == content;
+    };
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (method == "PUT" && !isServed()) {
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline) << path << " is not served as it was sent";
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
 }
 
 void ServersTest::WriteHere(const FolderImage& tree) const {

@@ -46,7 +46,7 @@ public:
                 _passes.pop_front();
             }
         }
-        const PassResult result = pass ? pass(isStopped, observer) : PassResult{PassEnd::InStep, QString()};
+        PassResult result = pass ? pass(isStopped, observer) : PassResult{PassEnd::InStep, QString()};
         const std::lock_guard<std::mutex> lock(_mutex);
         ++_count;
         _changed.notify_all();

@@ -71,8 +71,10 @@ TEST_F(WholeFileTest, AnEditThatThrowsChangesNothing) {
 }
 
 TEST_F(WholeFileTest, EditsAtTheSameTimeAllCount) {
+    const int count = 8;
     std::vector<std::thread> editors;
-    for (int i = 0; i < 8; ++i) {
+    editors.reserve(count);
+    for (int i = 0; i < count; ++i) {
         editors.emplace_back([this] {
             for (int j = 0; j < 20; ++j) {
                 EditWholeFile(_path, 0644, [](const QByteArray& before) { return before + 'x'; });

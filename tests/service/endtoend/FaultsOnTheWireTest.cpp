@@ -17,16 +17,16 @@ const std::string FileContent = "0123456789";
 class FaultyService {
 public:
     explicit FaultyService(const std::vector<std::string>& faults) {
-        folder.Write("f", FileContent);
-        std::vector<std::string> arguments{folder.Path()};
+        _folder.Write("f", FileContent);
+        std::vector<std::string> arguments{_folder.Path()};
         for (const std::string& fault : faults) {
             arguments.insert(arguments.end(), {"--fault", fault});
         }
-        service = std::make_unique<ServiceProcess>(arguments);
+        _service = std::make_unique<ServiceProcess>(arguments);
     }
 
     std::string Request(const std::string& request, int milliseconds = 10000) {
-        RawConnection connection(service->Port());
+        RawConnection connection(_service->Port());
         connection.Send(request);
         std::string answer = connection.Read(milliseconds);
         _ending = connection.End();
@@ -41,12 +41,12 @@ public:
     }
 
     Ending End() const { return _ending; }
-    const TemporaryFolder& Folder() const { return folder; }
-    int Port() const { return service->Port(); }
+    const TemporaryFolder& Folder() const { return _folder; }
+    int Port() const { return _service->Port(); }
 
 private:
-    TemporaryFolder folder;
-    std::unique_ptr<ServiceProcess> service;
+    TemporaryFolder _folder;
+    std::unique_ptr<ServiceProcess> _service;
     Ending _ending = Ending::Open;
 };
 
