@@ -12,19 +12,10 @@ namespace library {
 /// on a thread, and gone from there.
 ///
 /// \code
-/// #include "client/library/ServerConfigManager.h"
+/// #include "host/configurationfactory/ConfigurationFactory.h"
 ///
-/// class Settings : public sync::interf::factory::IConfigurationFactory {
-/// public:
-///     std::shared_ptr<sync::interf::IServerConfigManager> CreateServerConfigManager() override {
-///         sync::config::ServerConfiguration account;
-///         account.baseUrl = QUrl(QStringLiteral("http://localhost:8080"));
-///         const QMap<int, sync::config::ServerConfiguration> accounts{{1, account}};
-///         return std::make_shared<ovsync::library::ServerConfigManager>(accounts);
-///     }
-///     std::shared_ptr<sync::interf::IFileConfigManager> CreateFileConfigManager() override { return nullptr; }
-/// };
-/// const ovsync::library::ThreadConfiguration ofThisThread(std::make_shared<Settings>());
+/// const auto configuration = std::make_shared<sync::factory::ConfigurationFactory>();
+/// const ovsync::library::ThreadConfiguration ofThisThread(configuration);
 /// \endcode
 class ThreadConfiguration {
 public:
