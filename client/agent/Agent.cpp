@@ -13,7 +13,7 @@
 #include <thread>
 
 #include "client/agent/AgentLog.h"
-#include "client/agent/PullThenPush.h"
+#include "client/agent/FolderPass.h"
 #include "client/agent/StatusJson.h"
 #include "client/folders/FoldersFile.h"
 #include "client/user/Passwords.h"
@@ -176,7 +176,7 @@ void Agent::_StartMissing() {
         _workers.insert(directory, std::make_shared<FolderWorker>(
                                        wanted.folder,
                                        [credentials](const SyncedFolder& folder) -> std::unique_ptr<IFolderPass> {
-                                           return std::make_unique<PullThenPush>(folder, credentials);
+                                           return std::make_unique<FolderPass>(folder, credentials);
                                        },
                                        [this] { _OnStatus(); }));
     }

@@ -68,6 +68,23 @@ TEST_F(AgentSyncTest, SendsWhatChangesAndGoesOnAfterItWasStoppedAndContinued) {
     EXPECT_TRUE(BecomesTrue([&service] { return service.HasFile(Text("new folder/b")); }));
 }
 
+TEST_F(AgentSyncTest, TakesDeletionsAndRenamesToTheService) {
+    const Service service;
+    Add(service.Url());
+    _user.Write(Text("synced/deleted"), "d");
+    _user.Write(Text("synced/renamed"), "r");
+    _user.StartAgent();
+    ASSERT_TRUE(
+        BecomesTrue([&service] { return service.HasFile(Text("deleted")) && service.HasFile(Text("renamed")); }));
+    ASSERT_TRUE(_user.IsInStep());
+    ASSERT_TRUE(QFile::remove(_user.Path(Text("synced/deleted"))));
+    ASSERT_TRUE(QFile::rename(_user.Path(Text("synced/renamed")), _user.Path(Text("synced/new name"))));
+    EXPECT_TRUE(
+        BecomesTrue([&service] { return service.HasFile(Text("new name")) && !service.HasFile(Text("deleted")); }));
+    EXPECT_FALSE(service.HasFile(Text("renamed")));
+    EXPECT_EQ(_user.Read(Text("synced/new name")), "r");
+}
+
 TEST_F(AgentSyncTest, PollsAsOftenAsTheServiceSaysAndElseAsTheLibraryDoes) {
     const auto secondsBetween = [](const json& folder) {
         const auto time = [](const json& text) {

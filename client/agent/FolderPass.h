@@ -10,11 +10,11 @@
 namespace ovsync {
 namespace agent {
 
-/// A pull, and a push when that went well.
-class PullThenPush : public IFolderPass {
+/// Passes in both directions, over one connection.
+class FolderPass : public IFolderPass {
 public:
     /// Null `credentials` are none.
-    PullThenPush(const folders::SyncedFolder& folder, const QAuthenticator& credentials);
+    FolderPass(const folders::SyncedFolder& folder, const QAuthenticator& credentials);
 
     PassResult Run(const std::atomic<bool>& isStopped, report::ISyncObserver& observer) override;
     ServiceWishes AskWishes() override;

@@ -1,4 +1,4 @@
-#include "client/agent/PullThenPush.h"
+#include "client/agent/FolderPass.h"
 
 #include <QFileInfo>
 #include <utility>
@@ -7,10 +7,9 @@
 #include "client/cli/output/ErrorText.h"
 #include "client/store/FileConfigManager.h"
 #include "client/store/RecordDatabase.h"
+#include "client/sync/both/TwoWayPass.h"
 #include "client/sync/local/LocalTree.h"
 #include "client/sync/pass/SyncConfiguration.h"
-#include "client/sync/pull/PullPass.h"
-#include "client/sync/push/PushPass.h"
 #include "client/wire/HttpStatus.h"
 #include "dvsync/ExternalSyncConfig.h"
 #include "dvsync/VersionChecker.h"
@@ -70,10 +69,10 @@ ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigMa
 
 }  // namespace
 
-PullThenPush::PullThenPush(const folders::SyncedFolder& folder, const QAuthenticator& credentials)
+FolderPass::FolderPass(const folders::SyncedFolder& folder, const QAuthenticator& credentials)
     : _folder(folder), _credentials(credentials) {}
 
-PassResult PullThenPush::Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
     _isStopped = &isStopped;
     PassResult result{PassResult::End::Failed, QString()};
     try {
@@ -99,7 +98,7 @@ PassResult PullThenPush::Run(const std::atomic<bool>& isStopped, ISyncObserver& 
     return result;
 }
 
-ServiceWishes PullThenPush::AskWishes() {
+ServiceWishes FolderPass::AskWishes() {
     try {
         return WishesOf(_Connection().FetchSyncConfig());
     } catch (const std::exception&) {
@@ -108,7 +107,7 @@ ServiceWishes PullThenPush::AskWishes() {
     }
 }
 
-ServiceConnection& PullThenPush::_Connection() {
+ServiceConnection& FolderPass::_Connection() {
     if (!_connection) {
         wire::ConnectionSettings settings;
         settings.caFile = _folder.caFile;
@@ -122,7 +121,7 @@ ServiceConnection& PullThenPush::_Connection() {
     return *_connection;
 }
 
-SyncOutcome PullThenPush::_Sync(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
     ServiceConnection& connection = _Connection();
     const QString root = QFileInfo(_folder.directory).canonicalFilePath();
     // A folder that is away deletes nothing, and is not made anew.
@@ -130,7 +129,6 @@ SyncOutcome PullThenPush::_Sync(const std::atomic<bool>& isStopped, ISyncObserve
     const auto records = std::make_shared<RecordDatabase>(root, RecordDatabase::Access::Change);
 
     pass::SyncOptions options;
-    options.deletes = true;
     options.transfers = _folder.transfers;
     options.deletionLimit = _folder.deletionLimit;
     options.daysKept = _folder.daysKept;
@@ -145,14 +143,8 @@ SyncOutcome PullThenPush::_Sync(const std::atomic<bool>& isStopped, ISyncObserve
         return connection.NewContentConnection(transfers);
     };
 
-    pass::SyncPass pulling(service, tree, *records, options, observer);
-    const SyncOutcome pulled = pull::PullPass(pulling).Run();
-    if (pulled == SyncOutcome::Failed || pulled == SyncOutcome::Cancelled) {
-        return pulled;
-    }
-    pass::SyncPass pushing(service, tree, *records, options, observer);
-    const SyncOutcome pushed = push::PushPass(pushing).Run();
-    return pushed == SyncOutcome::InStep ? pulled : pushed;
+    pass::SyncPass pass(service, tree, *records, options, observer);
+    return both::TwoWayPass(pass).Run();
 }
 
 }  // namespace agent
