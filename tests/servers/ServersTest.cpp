@@ -1,5 +1,6 @@
 #include "tests/servers/ServersTest.h"
 
+#include <cctype>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -25,14 +26,14 @@ void Write(const service::test::TemporaryFolder& folder, const FolderImage& tree
 
 std::string Escaped(const std::string& path) {
     static const std::string unreserved = "-._~/";
+    static const char* const digits = "0123456789ABCDEF";
     std::string text;
-    for (const unsigned char c : path) {
-        if (isalnum(c) != 0 || unreserved.find(static_cast<char>(c)) != std::string::npos) {
-            text += static_cast<char>(c);
+    for (const char c : path) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) != 0 || unreserved.find(c) != std::string::npos) {
+            text += c;
         } else {
-            text += '%';
-            text += "0123456789ABCDEF"[c >> 4];
-            text += "0123456789ABCDEF"[c & 15];
+            text += {'%', digits[byte >> 4], digits[byte & 15]};
         }
     }
     return text;
