@@ -14,7 +14,10 @@
 #include <utility>
 #include <vector>
 
-#include "client/cli/commands/AgentCommand.h"
+#include "client/cli/agent/AgentCommand.h"
+#include "client/cli/agent/FoldersCommand.h"
+#include "client/cli/agent/LoginCommand.h"
+#include "client/cli/agent/StatusCommand.h"
 #include "client/cli/commands/ListCommand.h"
 #include "client/cli/commands/MakeFolderCommand.h"
 #include "client/cli/commands/PullCommand.h"
@@ -75,7 +78,8 @@ const char* const Footer =
     "Options may stand before or after the command.\n"
     "Exit status: 0 done, 1 the service said no or something is left for you to do, 2 wrong usage, 3 the service could "
     "not be reached or understood.\n"
-    "The password of a user comes from the environment variable OVSYNC_PASSWORD, from ~/.netrc or from a prompt.\n"
+    "The password of a user comes from the environment variable OVSYNC_PASSWORD, from the desktop's keyring, from "
+    "~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";
 
 /// `text` may have several lines.
@@ -120,7 +124,10 @@ void AddCommands(CommandRegistry& registry) {
     files::AddCheckCommand(registry);
     commands::AddSettingsCommand(registry);
     commands::AddVersionCommand(registry);
+    commands::AddFoldersCommand(registry);
+    commands::AddLoginCommand(registry);
     commands::AddAgentCommand(registry);
+    commands::AddStatusCommand(registry);
     commands::AddTrashCommand(registry);
 }
 

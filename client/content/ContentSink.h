@@ -10,6 +10,25 @@ namespace ovsync {
 namespace content {
 
 /// Receives the content of a file while it comes. What an operation throws ends the download and passes through it.
+///
+/// \code
+/// #include "client/content/ContentConnection.h"
+///
+/// class Text : public ovsync::content::ContentSink {
+/// public:
+///     void Restart(qint64) override { _bytes.clear(); }
+///     void Write(const char* bytes, size_t size) override { _bytes.append(bytes, int(size)); }
+///     QByteArray Bytes() const { return _bytes; }
+///
+/// private:
+///     QByteArray _bytes;
+/// };
+/// Text text;
+/// const ovsync::wire::ConnectionSettings settings;
+/// ovsync::content::ContentConnection connection(settings, QAuthenticator());
+/// connection.Download(QUrl(QStringLiteral("http://localhost:8080/note.txt")), text);
+/// const QByteArray bytes = text.Bytes();
+/// \endcode
 class ContentSink {
 public:
     virtual ~ContentSink() = default;

@@ -32,6 +32,33 @@ enum class UploadOutcome {
 /// An operation returns when the whole answer came. It throws HttpException for an answer whose status is not what the
 /// operation needs, with that status, and TransactionError when no whole answer came. Both messages name the URL, the
 /// status, the content type and the first bytes of what came instead.
+///
+/// \code
+/// #include <QBuffer>
+/// #include <iostream>
+/// #include "client/content/ContentConnection.h"
+///
+/// class Note : public ovsync::wire::IContentSource {
+/// public:
+///     explicit Note(QBuffer& text) : _text(text) {}
+///     void Restart() override { _text.seek(0); }
+///     size_t Read(char* bytes, size_t size) override { return size_t(_text.read(bytes, qint64(size))); }
+///
+/// private:
+///     QBuffer& _text;
+/// };
+/// QBuffer text;
+/// text.setData("a few words");
+/// text.open(QIODevice::ReadOnly);
+/// Note note(text);
+/// const ovsync::wire::ConnectionSettings settings;
+/// ovsync::content::ContentConnection connection(settings, QAuthenticator());
+/// const auto outcome = connection.Upload(QUrl(QStringLiteral("http://localhost:8080/note.txt")), note, text.size(),
+///                                        ovsync::content::UploadCondition::New, ovsync::content::ContentVersion());
+/// if (outcome == ovsync::content::UploadOutcome::Refused) {
+///     std::cerr << "There is a note.txt already\n";
+/// }
+/// \endcode
 class IContentConnection {
 public:
     virtual ~IContentConnection() = default;

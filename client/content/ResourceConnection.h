@@ -14,6 +14,14 @@ namespace content {
 /// An operation throws HttpException for an answer that does not say that all of it was done, with its status, and
 /// TransactionError when no whole answer came. Both messages name the URL, the status, the content type and the first
 /// bytes of what came instead.
+///
+/// \code
+/// const ovsync::wire::ConnectionSettings settings;
+/// ovsync::content::ResourceConnection connection(settings, QAuthenticator());
+/// const QUrl from(QStringLiteral("http://localhost:8080/plan.dwg"));
+/// const QUrl to(QStringLiteral("http://localhost:8080/old/plan.dwg"));
+/// connection.Move(from, to, ovsync::content::ResourceConnection::Overwriting::No);
+/// \endcode
 class ResourceConnection {
 public:
     /// What becomes of a file that is in the way.

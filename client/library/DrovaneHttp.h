@@ -7,6 +7,13 @@ namespace ovsync {
 namespace library {
 
 /// The addresses of one server. Thread-safe.
+///
+/// \code
+/// sync::config::ServerConfiguration account;
+/// account.baseUrl = QUrl(QStringLiteral("http://localhost:8080"));
+/// ovsync::library::DrovaneHttp addresses(account);
+/// const QUrl settings = *addresses.GetSyncConfigUrl();
+/// \endcode
 class DrovaneHttp : public sync::interf::dv::IDrovaneHttp {
 public:
     /// Throws SyncException when `server` has no http or https URL. A user, a password, a query and a fragment of that

@@ -9,6 +9,15 @@ namespace library {
 /// The credentials for `host` in ~/.netrc, or in the file that the environment variable NETRC names, as the HTTP
 /// library reads it; with a `user`, that user's. Null when there are none, or none with a password. Throws
 /// SyncException when the file cannot be read. Thread-safe.
+///
+/// \code
+/// #include <iostream>
+///
+/// const QAuthenticator credentials = ovsync::library::NetrcCredentials(QStringLiteral("drovane.example.com"));
+/// if (credentials.isNull()) {
+///     std::cerr << "There is no password for this server\n";
+/// }
+/// \endcode
 QAuthenticator NetrcCredentials(const QString& host, const QString& user = QString());
 
 }  // namespace library

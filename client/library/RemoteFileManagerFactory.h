@@ -13,6 +13,28 @@ namespace ovsync {
 namespace library {
 
 /// Makes the library's file managers, all of them with the same collaborators. A server key is a server id here.
+///
+/// \code
+/// #include "client/library/NetworkAccessManagerFactory.h"
+/// #include "client/library/RequestAuthenticatorFactory.h"
+/// #include "client/requests/AccountConnection.h"
+/// #include "client/requests/HttpFactory.h"
+/// #include "client/requests/RequestManager.h"
+/// #include "client/requests/UrlBuilder.h"
+///
+/// // After ConfigurationFactory::Install.
+/// const int serverId = 1;
+/// const QUrl accountUrl(QStringLiteral("http://localhost:8080"));
+/// const auto authenticators = std::make_shared<ovsync::library::RequestAuthenticatorFactory>(QString(), QString());
+/// const auto connection = std::make_shared<ovsync::requests::AccountConnection>(
+///     ovsync::wire::ConnectionSettings(), authenticators->CreateAuthenticator(serverId));
+/// ovsync::library::RemoteFileManagerFactory fileManagers(
+///     std::make_shared<ovsync::requests::UrlBuilder>(),
+///     std::make_shared<ovsync::requests::RequestManager>(connection), authenticators,
+///     std::make_shared<ovsync::requests::HttpFactory>(connection),
+///     std::make_shared<ovsync::library::NetworkAccessManagerFactory>(authenticators, serverId, accountUrl));
+/// const std::shared_ptr<sync::interf::IRemoteFileManager> files = fileManagers.CreateRemoteFileManager(serverId);
+/// \endcode
 class RemoteFileManagerFactory : public sync::interf::factory::IRemoteFileManagerFactory {
 public:
     RemoteFileManagerFactory(

@@ -8,6 +8,11 @@ namespace ovsync {
 namespace library {
 
 /// Gives every account the same user and password. Thread-safe.
+///
+/// \code
+/// ovsync::library::RequestAuthenticatorFactory authenticators(QStringLiteral("ann"), QStringLiteral("secret"));
+/// const QAuthenticator credentials = authenticators.CreateAuthenticator(1);
+/// \endcode
 class RequestAuthenticatorFactory : public sync::interf::factory::IRequestAuthenticatorFactory {
 public:
     /// An empty `user` stands for no credentials.

@@ -8,6 +8,13 @@ namespace ovsync {
 namespace library {
 
 /// A fixed set of accounts. Thread-safe.
+///
+/// \code
+/// sync::config::ServerConfiguration account;
+/// account.baseUrl = QUrl(QStringLiteral("http://localhost:8080"));
+/// ovsync::library::ServerConfigManager accounts({{1, account}});
+/// const QUrl url = accounts.GetServerConfiguration(1).baseUrl;
+/// \endcode
 class ServerConfigManager : public sync::interf::IServerConfigManager {
 public:
     /// By server id.

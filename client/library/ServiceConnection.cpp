@@ -18,7 +18,6 @@
 #include "dvsync/ExternalSyncConfig.h"
 #include "dvsync/ExternalSyncConfigManager.h"
 #include "dvsync/ResourceMapping.h"
-#include "host/configurationfactory/ConfigurationFactory.h"
 #include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
 
@@ -88,14 +87,10 @@ ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& 
     _account.baseUrl = baseUrl;
     _configuration = std::make_shared<Configuration>(_account);
     _networkAccess = std::make_shared<NetworkAccessManagerFactory>(_authenticators, TheServerId, baseUrl, settings);
-    sync::factory::ConfigurationFactory::Install(_configuration);
+    _ofThread = std::make_unique<ThreadConfiguration>(_configuration);
     _fileManagers = _NewFileManagers(_connection);
     _files = _fileManagers->CreateRemoteFileManager(TheServerId);
     _folders = _NewFolderManager(_connection);
-}
-
-ServiceConnection::~ServiceConnection() {
-    sync::factory::ConfigurationFactory::Install(nullptr);
 }
 
 std::optional<FolderListing> ServiceConnection::List(sync::config::FolderConfiguration folder) {
@@ -122,7 +117,10 @@ std::shared_ptr<sync::interf::IExternalSyncConfigManager> ServiceConnection::Fet
 std::unique_ptr<sync::interf::ICustomFileConfigUpdater> ServiceConnection::NewUpdater(
     std::shared_ptr<sync::interf::IFileConfigManager> records) {
     _configuration->SetRecords(std::move(records));
-    return std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
+    auto updater = std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
+    // It has them now, and they may be what keeps others from the folder.
+    _configuration->SetRecords(nullptr);
+    return updater;
 }
 
 std::optional<FoundResource> ServiceConnection::Find(const QString& serverPath) {

@@ -11,6 +11,7 @@
 #include "client/content/ResourceConnection.h"
 #include "client/library/NetworkAccessManagerFactory.h"
 #include "client/library/RemoteFileManagerFactory.h"
+#include "client/library/ThreadConfiguration.h"
 #include "client/requests/AccountConnection.h"
 #include "client/wire/ConnectionSettings.h"
 #include "host/interfaces/ICustomFileConfigUpdater.h"
@@ -37,14 +38,37 @@ struct FoundResource {
     sync::config::FileConfiguration file;
 };
 
-/// The library, loaded over real HTTP for one server. Installs the process's configuration factory for as long as it
-/// lives, so there can be one at a time. Not thread-safe.
+/// The library, loaded over real HTTP for one server. Has the process's configuration factory hand out its settings on
+/// the thread that made it, to which it belongs: there can be one at a time on a thread. Not thread-safe, but for
+/// Cancel.
+///
+/// \code
+/// #include <iostream>
+/// #include "client/library/Netrc.h"
+/// #include "host/http/HttpException.h"
+///
+/// const QUrl url(QStringLiteral("http://localhost:8080"));
+/// try {
+///     ovsync::library::ServiceConnection service(url, ovsync::library::NetrcCredentials(url.host()));
+///     const auto listing = service.List(service.Folder(QStringLiteral("Projects/Bridge")));
+///     if (!listing) {
+///         std::cerr << "There is no such folder\n";
+///         return;
+///     }
+///     for (const sync::config::FileConfiguration& file : listing->files) {
+///         std::cout << file.name.toStdString() << '\n';
+///     }
+/// } catch (const sync::http::HttpException& error) {
+///     std::cerr << "The service refused: " << error.Utf8Message() << '\n';
+/// } catch (const sync::core::SyncException& error) {
+///     std::cerr << "There was no whole answer: " << error.Utf8Message() << '\n';
+/// }
+/// \endcode
 class ServiceConnection {
 public:
     /// `baseUrl` has scheme, host and port. Null `credentials` are none.
     explicit ServiceConnection(const QUrl& baseUrl, const QAuthenticator& credentials = QAuthenticator(),
                                const wire::ConnectionSettings& settings = wire::ConnectionSettings());
-    ~ServiceConnection();
     ServiceConnection(const ServiceConnection&) = delete;
     ServiceConnection& operator=(const ServiceConnection&) = delete;
 
@@ -59,7 +83,8 @@ public:
     /// has a QCoreApplication meanwhile, whose event loop it runs.
     std::shared_ptr<sync::interf::IExternalSyncConfigManager> FetchSyncConfig();
 
-    /// What keeps the library's file records true around transfers. `records` are those that it looks links up in.
+    /// What keeps the library's file records true around transfers. `records`, which it keeps, are those that it looks
+    /// links up in.
     std::unique_ptr<sync::interf::ICustomFileConfigUpdater> NewUpdater(
         std::shared_ptr<sync::interf::IFileConfigManager> records);
 
@@ -106,6 +131,7 @@ private:
     std::shared_ptr<NetworkAccessManagerFactory> _networkAccess;
     QString _configAnswer;
     std::shared_ptr<Configuration> _configuration;
+    std::unique_ptr<ThreadConfiguration> _ofThread;
     std::shared_ptr<RemoteFileManagerFactory> _fileManagers;
     std::shared_ptr<sync::interf::IRemoteFileManager> _files;
     std::unique_ptr<sync::interf::IRemoteFolderManager> _folders;

@@ -12,6 +12,25 @@ namespace library {
 
 /// Hands out the managers of another factory to a library that fetches the sync configuration with them, and looks at
 /// the replies: the library takes whatever happens for a configuration. Not thread-safe.
+///
+/// \code
+/// #include "client/library/DrovaneHttp.h"
+/// #include "client/library/NetworkAccessManagerFactory.h"
+/// #include "client/library/RequestAuthenticatorFactory.h"
+/// #include "dvsync/ExternalSyncConfig.h"
+/// #include "dvsync/ExternalSyncConfigManager.h"
+///
+/// // In a process that has a QCoreApplication.
+/// sync::config::ServerConfiguration account;
+/// account.baseUrl = QUrl(QStringLiteral("http://localhost:8080"));
+/// const auto authenticators = std::make_shared<ovsync::library::RequestAuthenticatorFactory>(QString(), QString());
+/// const auto watch = std::make_shared<ovsync::library::SyncConfigWatch>(
+///     std::make_shared<ovsync::library::NetworkAccessManagerFactory>(authenticators, 1, account.baseUrl));
+/// const auto addresses = std::make_shared<ovsync::library::DrovaneHttp>(account);
+/// sync::dv::dvsync::ExternalSyncConfigManager settings(addresses, watch);
+/// const sync::dv::dvsync::ExternalSyncConfig published = settings.GetExternalSyncConfig();
+/// watch->RequireDocument();  // throws where `published` holds only defaults, because there was no document
+/// \endcode
 class SyncConfigWatch : public sync::interf::factory::INetworkAccessManagerFactory {
 public:
     explicit SyncConfigWatch(const std::shared_ptr<sync::interf::factory::INetworkAccessManagerFactory>& managers);

@@ -27,6 +27,21 @@ namespace listing {
 /// A server that knows no class types is listed too: a collection is a folder and anything else a file, the item id is
 /// "path:" and the entry's key, and the resource id and the parent's are hashes of the keys, the same in every listing.
 /// They have 31 bits, so that among many thousand entries two can be equal; item ids never are.
+///
+/// \code
+/// #include <QFile>
+/// #include <iostream>
+///
+/// QFile answer(QStringLiteral("answer.xml"));
+/// answer.open(QIODevice::ReadOnly);
+/// ovsync::listing::MultistatusReader reader(QUrl(QStringLiteral("http://localhost:8080/Projects/")),
+///                                           sync::http::DAVPropfindRequest::Children);
+/// while (!answer.atEnd()) {
+///     const QByteArray piece = answer.read(16384);
+///     reader.Feed(piece.constData(), size_t(piece.size()));
+/// }
+/// std::cout << reader.Finish()->fileResponses.size() << " files\n";
+/// \endcode
 class MultistatusReader {
 public:
     /// For the answer to a request of `asked` with `depth`. Of the limits, only that of the entries counts here. With a

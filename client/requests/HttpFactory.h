@@ -14,6 +14,23 @@ namespace requests {
 /// Makes the requests that a RequestManager or a RequestExecutor executes. Every operation throws SyncException when a
 /// URL is empty or no http or https URL. The requests for folders add the '/' that the URL of a collection ends in.
 /// Not thread-safe.
+///
+/// \code
+/// #include <iostream>
+/// #include "client/requests/AccountConnection.h"
+/// #include "client/requests/RequestManager.h"
+///
+/// const auto connection = std::make_shared<ovsync::requests::AccountConnection>(ovsync::wire::ConnectionSettings(),
+///                                                                               QAuthenticator());
+/// ovsync::requests::HttpFactory requests(connection);
+/// ovsync::requests::RequestManager sender(connection);
+/// const auto folder = std::make_shared<QUrl>(QStringLiteral("http://localhost:8080/Projects/"));
+/// const auto request = requests.CreatePropfindRequest(folder, 1, sync::http::DAVPropfindRequest::Children);
+/// sender.Execute({request});  // throws when there is no whole answer
+/// if (const auto listing = request->GetResult()) {
+///     std::cout << listing->fileResponses.size() << " files\n";
+/// }
+/// \endcode
 class HttpFactory : public sync::interf::factory::IHttpFactory {
 public:
     /// The executors of an account share one AccountConnection, which the first of them makes. Later ones do not ask

@@ -11,6 +11,14 @@ namespace requests {
 
 /// Appends server paths to the URL of a server, whose own path stays in front. Every character of a server path but
 /// letters, digits and -._~/ is percent-encoded as UTF-8. Thread-safe.
+///
+/// \code
+/// sync::config::ServerConfiguration account;
+/// account.baseUrl = QUrl(QStringLiteral("http://localhost:8080"));
+/// ovsync::requests::UrlBuilder urls;
+/// const auto url = urls.BuildUrl(account, QStringLiteral("Projects/b c.txt"));  // .../Projects/b%20c.txt
+/// const auto none = urls.BuildUrl(account, QStringLiteral("Projects/../c.txt"));  // empty
+/// \endcode
 class UrlBuilder : public sync::interf::IUrlBuilder {
 public:
     /// Empty path segments are left out, but a trailing '/' stays. Empty when `server` has no http or https URL, and

@@ -12,6 +12,13 @@ namespace ovsync {
 namespace wire {
 
 /// How a HttpConnection connects. A plain value, but for the hosts, which its copies share.
+///
+/// \code
+/// ovsync::wire::ConnectionSettings settings;
+/// settings.caFile = QStringLiteral("/etc/ssl/certs/our-own.pem");
+/// settings.silenceLimit = std::chrono::seconds(20);
+/// settings.bandwidth = qint64(1024) * 1024;
+/// \endcode
 struct ConnectionSettings {
     /// A file of PEM certificates to trust in place of the system's; empty for the system's.
     QString caFile;

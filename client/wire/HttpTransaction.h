@@ -16,6 +16,25 @@ namespace wire {
 ///
 /// An operation that receives, or gives a body in pieces, may throw a SyncException whose message says what is wrong;
 /// the connection then breaks the transaction off and ends it with a TransactionError.
+///
+/// \code
+/// #include "client/wire/HttpConnection.h"
+///
+/// class OptionsQuestion : public ovsync::wire::HttpTransaction {
+/// public:
+///     QByteArray Method() const override { return "OPTIONS"; }
+///     QUrl Url() const override { return QUrl(QStringLiteral("http://localhost:8080/")); }
+///     void Forget() override { _compliance.clear(); }
+///     void OnHeaders(int, const Headers& headers) override { _compliance = ValueOf(headers, "DAV"); }
+///     QByteArray Compliance() const { return _compliance; }
+///
+/// private:
+///     QByteArray _compliance;
+/// };
+/// OptionsQuestion question;
+/// ovsync::wire::HttpConnection(ovsync::wire::ConnectionSettings(), QAuthenticator()).Perform(question);
+/// const QByteArray compliance = question.Compliance();  // "1, drovane"
+/// \endcode
 class HttpTransaction {
 public:
     using Headers = QList<QPair<QByteArray, QByteArray>>;

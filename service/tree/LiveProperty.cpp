@@ -105,23 +105,23 @@ std::string SetExecutableBit(store::Resource& resource, const std::string& value
     return {};
 }
 
-template <std::string store::Resource::*member>
+template <std::string store::Resource::*Member>
 bool AppendMember(const store::Resource& resource, std::string& xml) {
-    return AppendIfSet(resource.*member, xml);
+    return AppendIfSet(resource.*Member, xml);
 }
 
-template <std::string store::Resource::*member>
+template <std::string store::Resource::*Member>
 std::string SetAny(store::Resource& resource, const std::string& value) {
-    resource.*member = value;
+    resource.*Member = value;
     return {};
 }
 
-template <std::string store::Resource::*member>
+template <std::string store::Resource::*Member>
 std::string SetNotEmpty(store::Resource& resource, const std::string& value) {
     if (value.empty()) {
         return "The value cannot be empty";
     }
-    return SetAny<member>(resource, value);
+    return SetAny<Member>(resource, value);
 }
 
 }  // namespace

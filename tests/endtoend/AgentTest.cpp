@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QMap>
 #include <QTemporaryDir>
 #include <QThread>
 #include <QUuid>
@@ -13,6 +14,7 @@
 
 #include "dvsync/SyncService.h"
 #include "host/core/SyncAppName.h"
+#include "tests/endtoend/AgentUser.h"
 
 namespace {
 
@@ -44,7 +46,34 @@ QList<pid_t> ProcessesOf(const QString& program, const QByteArray& mark) {
     return ids;
 }
 
-class StartedAgentTest : public testing::Test {
+/// Whoever is started by this process is of a user of its own.
+class AgentSurroundings : public testing::Test {
+protected:
+    AgentSurroundings() {
+        for (const QString& variable : user.Environment()) {
+            const QByteArray name = variable.section(QLatin1Char('='), 0, 0).toUtf8();
+            if (qEnvironmentVariableIsSet(name.constData())) {
+                before.insert(name, qgetenv(name.constData()));
+            }
+            qputenv(name.constData(), variable.section(QLatin1Char('='), 1).toUtf8());
+        }
+    }
+    ~AgentSurroundings() override {
+        for (const QString& variable : user.Environment()) {
+            qunsetenv(variable.section(QLatin1Char('='), 0, 0).toUtf8().constData());
+        }
+        for (auto variable = before.begin(); variable != before.end(); ++variable) {
+            qputenv(variable.key().constData(), variable.value());
+        }
+    }
+
+    const tests::AgentUser user;
+
+private:
+    QMap<QByteArray, QByteArray> before;
+};
+
+class StartedAgentTest : public AgentSurroundings {
 protected:
     StartedAgentTest() { qputenv("OVSYNC_AGENT_TEST", mark); }
     ~StartedAgentTest() override { EndWith(SIGKILL); }
@@ -73,7 +102,7 @@ TEST_F(StartedAgentTest, IsStartedByTheLibraryFoundByItAndEnds) {
 }
 
 // A copy of the agent, under a name that no other process on this machine has.
-class AgentTest : public testing::Test {
+class AgentTest : public AgentSurroundings {
 protected:
     AgentTest() {
         EXPECT_TRUE(QFile::copy(QStringLiteral(OVSYNC_AGENT_PROGRAM), program));

@@ -233,7 +233,7 @@ TEST_F(CommandLineTest, AnErrorIsAnObjectWhereTheResultWouldBe) {
     const auto errorOf = [](const QStringList& arguments) {
         const ProgramResult result = RunOvsync(arguments);
         EXPECT_EQ(result.output, QByteArray());
-        const nlohmann::json error = nlohmann::json::parse(result.errors.constData());
+        nlohmann::json error = nlohmann::json::parse(result.errors.constData());
         EXPECT_EQ(error["exitStatus"], result.exitCode);
         return error;
     };

@@ -16,6 +16,15 @@ done
     echo "The agent is not beside the libraries."
     exit 1
 }
+found=$(ldd "$prefix/lib/OvSync.exe" | sed -nE 's/^\tlibOvSyncCore\.so\.[0-9]+ => (.*) \(.*/\1/p')
+[ "$(realpath "$found")" = "$(realpath "$prefix"/lib/libOvSyncCore.so.?)" ] || {
+    echo "The agent finds $found in place of what is under $prefix."
+    exit 1
+}
+[ -e "$prefix/lib/systemd/user/ovsync.service" ] || {
+    echo "There is no unit for systemd."
+    exit 1
+}
 # Other copies of the project's libraries must not be found in their place.
 found=$(ldd "$prefix/bin/ovsync" | sed -nE 's/^\tlib(dvsync|OvSync[A-Za-z]+)\.so\.[0-9]+ => (.*) \(.*/\2/p' | xargs realpath)
 expected=$(realpath "$prefix"/lib/lib{dvsync,OvSync*}.so.? | sort)

@@ -1,6 +1,5 @@
 #include "tests/servers/ServersTest.h"
 
-#include <cctype>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -26,14 +25,15 @@ void Write(const service::test::TemporaryFolder& folder, const FolderImage& tree
 
 std::string Escaped(const std::string& path) {
     static const std::string unreserved = "-._~/";
-    static const char* const digits = "0123456789ABCDEF";
     std::string text;
-    for (const char c : path) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (std::isalnum(byte) != 0 || unreserved.find(c) != std::string::npos) {
-            text += c;
+    for (const char character : path) {
+        const auto c = static_cast<unsigned char>(character);
+        if (isalnum(c) != 0 || unreserved.find(character) != std::string::npos) {
+            text += character;
         } else {
-            text += {'%', digits[byte >> 4], digits[byte & 15]};
+            text += '%';
+            text += "0123456789ABCDEF"[c >> 4];
+            text += "0123456789ABCDEF"[c & 15];
         }
     }
     return text;

@@ -47,8 +47,8 @@ protected:
     /// What the server has on its disk is `expected`.
     void ExpectThere(const std::string& check, const FolderImage& expected);
 
-    /// Changes something on the server, over HTTP: some do not notice what is done to their folder. When it returns, the
-    /// server also serves what was put.
+    /// Changes something on the server, over HTTP: some do not notice what is done to their folder. When it returns,
+    /// the server also serves what was put.
     void ChangeThere(const std::string& method, const std::string& path, const std::string& content = "");
 
     void WriteHere(const FolderImage& tree) const;

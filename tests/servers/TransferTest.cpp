@@ -47,7 +47,7 @@ TEST_P(ServersTest, PutsFilesOneByOne) {
         ExpectRun("put", {"put", "./" + path, Url(path)});
     }
     ExpectThere("put", tree);
-    const std::string large(1 << 23, 'x');
+    const std::string large(5000000, 'x');
     WriteHere({{"large", large}});
     ExpectRun("put over a file", {"put", "large", Url("plain.txt")});
     tree["plain.txt"] = large;

@@ -75,6 +75,10 @@ CLI::App* CommandRegistry::AddLocal(CLI::App& group, const char* name, const cha
     return added;
 }
 
+CLI::App* CommandRegistry::AddLocal(const char* name, const char* description, const LocalCommand& command) {
+    return AddLocal(_app, name, description, command);
+}
+
 void CommandRegistry::AddText(CLI::App* command, const char* name, const char* description, std::string& value) {
     command->add_option(name, value, description)->required();
 }
@@ -107,19 +111,23 @@ void CommandRegistry::AddBandwidth(CLI::App* command) {
         ->type_name("RATE");
 }
 
-void CommandRegistry::AddPassOptions(CLI::App* command) {
+void CommandRegistry::AddFolderOptions(CLI::App* command) {
     AddExclude(command);
-    AddBandwidth(command);
-    command->add_flag("-n,--dry-run", _given.isDryRun, "Only say what would be done, and change nothing");
     command->add_option("-j,--transfers", _given.transfers, "Transfer up to N files at once (4 unless given)")
         ->type_name("N")
         ->check(CLI::Range(1, 64));
-    command->add_flag("--strict", _given.isStrict, "Exit with 1 also for links and other things that are never synced");
     command
         ->add_option("--keep-deleted", _given.daysKept,
                      "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
         ->type_name("DAYS")
         ->check(CLI::Range(0, MostDaysKept));
+}
+
+void CommandRegistry::AddPassOptions(CLI::App* command) {
+    AddFolderOptions(command);
+    AddBandwidth(command);
+    command->add_flag("-n,--dry-run", _given.isDryRun, "Only say what would be done, and change nothing");
+    command->add_flag("--strict", _given.isStrict, "Exit with 1 also for links and other things that are never synced");
 }
 
 const CommandRegistry::Command* CommandRegistry::Parsed() const {

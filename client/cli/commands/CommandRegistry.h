@@ -37,12 +37,16 @@ public:
     /// A command that only has others below it. `footer` ends the help of each.
     CLI::App* AddGroup(const char* name, const char* description, const char* footer);
     CLI::App* AddLocal(CLI::App& group, const char* name, const char* description, const LocalCommand& command);
+    /// One that is in no group.
+    CLI::App* AddLocal(const char* name, const char* description, const LocalCommand& command);
 
     /// Has to be given; `value` is one of the fields of Given.
     static void AddText(CLI::App* command, const char* name, const char* description, std::string& value);
     void AddLong(CLI::App* command);
     void AddExclude(CLI::App* command);
     void AddBandwidth(CLI::App* command);
+    /// How a folder is synced, whoever begins the passes.
+    void AddFolderOptions(CLI::App* command);
     void AddPassOptions(CLI::App* command);
     /// The command changes something on the service.
     void MarkAsWriting(const CLI::App* command) { _writingCommands.push_back(command); }

@@ -10,6 +10,7 @@
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Interruption.h"
 #include "client/cli/input/Refusal.h"
+#include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/output/SyncOutput.h"
 #include "client/store/FileConfigManager.h"
 #include "client/sync/local/LocalTree.h"
@@ -31,16 +32,6 @@ using report::SyncOutcome;
 using store::RecordDatabase;
 
 namespace {
-
-/// The same for every spelling of one URL.
-QString AddressOf(const Location& location) {
-    QUrl url = location.baseUrl;
-    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
-        url.setPort(-1);
-    }
-    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
-    return url.toString(QUrl::FullyEncoded);
-}
 
 /// `directory` is what was typed for `root`.
 void RequireFolder(const QString& directory, const QString& root, bool isToBeWritten) {
@@ -81,18 +72,6 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
 
 }  // namespace
 
-pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root) {
-    pass::ServiceFolder service;
-    service.folder = connection.Folder(location.serverPath);
-    service.folder.localPath = root;
-    service.address = AddressOf(location);
-    service.folders = &connection.Folders();
-    service.files = &connection.Files();
-    service.newConnection = [&connection] { return connection.NewContentConnection(); };
-    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
-    return service;
-}
-
 ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
                  Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
@@ -114,7 +93,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     const auto records = std::make_shared<RecordDatabase>(
         root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
-    pass::ServiceFolder service = ServiceFolderAt(connection, location, root);
+    pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();

@@ -12,10 +12,6 @@
 namespace ovsync {
 namespace commands {
 
-/// The service's side of a pass over the local folder `root`, which is an absolute path; without an updater.
-pass::ServiceFolder ServiceFolderAt(library::ServiceConnection& connection, const input::Location& location,
-                                    const QString& root);
-
 /// Runs `pass` between the folder at `location` and the local one, and tells what it does. Throws UsageError when there
 /// is no such local folder, and what the pass throws.
 output::ExitCode RunPass(library::ServiceConnection& connection, const input::Location& location,

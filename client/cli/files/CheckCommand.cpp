@@ -4,8 +4,8 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "client/cli/commands/SyncRun.h"
 #include "client/cli/input/AbsolutePath.h"
+#include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/output/ErrorText.h"
 #include "client/sync/check/CheckPass.h"
 #include "client/sync/local/LocalTree.h"
@@ -112,7 +112,7 @@ ExitCode Check(ServiceConnection& connection, const Location& location, const Ar
     const QString root = input::AbsolutePath(QString::fromStdString(given.directory));
     local::LocalTree tree(root);
     const local::Exclusion exclusion = given.Excluded();
-    const pass::ServiceFolder service = commands::ServiceFolderAt(connection, location, root);
+    const pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
     CheckOutput told(output, given, ErrorText({location.Server(), location.serverPath, QStringLiteral("file")}));
     const CheckPass::Teller tell = [&told](const CheckFinding& finding) { told.Tell(finding); };
     CheckPass pass(service, tree, exclusion, given.downloads, tell);

@@ -57,7 +57,7 @@ QString PathToWrite(const QString& typed, const QString& name) {
         return path;
     }
     // The file that the link leads to is replaced, not the link.
-    const QString target = place.canonicalFilePath();
+    QString target = place.canonicalFilePath();
     if (target.isEmpty()) {
         throw UsageError(QStringLiteral("%1: this is a link to nothing").arg(path));
     }
@@ -75,7 +75,7 @@ FileConfiguration FetchContent(ServiceConnection& connection, const Location& lo
         if (IsContentOf(listed, content.Size(), content.Md5())) {
             return listed;
         }
-        const FileConfiguration now = FindFile(connection, location, PullsFolders);
+        FileConfiguration now = FindFile(connection, location, PullsFolders);
         if (IsContentOf(now, content.Size(), content.Md5())) {
             return now;
         }

@@ -27,7 +27,7 @@ const qint64 LeastBandwidth = 1024;
 /// The file of certificates that the environment names, as other programs take it; empty for none.
 QString CertificatesOfEnvironment() {
     for (const char* name : {"CURL_CA_BUNDLE", "SSL_CERT_FILE"}) {
-        const QString file = qEnvironmentVariable(name);
+        QString file = qEnvironmentVariable(name);
         if (!file.isEmpty() && !QFileInfo(file).isReadable()) {
             throw UsageError(QStringLiteral("%1=%2: there is no such file, or it cannot be read")
                                  .arg(QString::fromLatin1(name), file));

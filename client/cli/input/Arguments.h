@@ -53,6 +53,7 @@ struct Arguments {
     int daysKept = local::Trash::DefaultDays;
     bool isStrict = false;
     bool isDryRun = false;
+    bool isWatching = false;
     int transfers = pass::SyncOptions().transfers;
 
     /// Throws UsageError for a bandwidth that is not valid, and when the environment names certificates that are

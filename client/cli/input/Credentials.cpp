@@ -5,8 +5,10 @@
 #include <QByteArray>
 #include <optional>
 
+#include "client/cli/input/Application.h"
 #include "client/cli/input/UsageError.h"
 #include "client/library/Netrc.h"
+#include "client/user/Passwords.h"
 
 namespace ovsync {
 namespace input {
@@ -22,21 +24,32 @@ std::optional<QString> PasswordFromPrompt(const QString& user, const QString& ho
     return QString::fromUtf8(password);
 }
 
+std::optional<QString> GivenPassword() {
+    static const char* const variable = "OVSYNC_PASSWORD";
+    return qEnvironmentVariableIsSet(variable) ? std::make_optional(qEnvironmentVariable(variable)) : std::nullopt;
+}
+
+/// From the environment or a prompt.
+std::optional<QString> NewPassword(const QString& user, const QString& host) {
+    const std::optional<QString> given = GivenPassword();
+    return given ? given : PasswordFromPrompt(user, host);
+}
+
 QString FindPassword(const QString& user, const QString& host) {
-    if (qEnvironmentVariableIsSet("OVSYNC_PASSWORD")) {
-        return qEnvironmentVariable("OVSYNC_PASSWORD");
+    if (const std::optional<QString> password = GivenPassword()) {
+        return *password;
     }
-    const QAuthenticator listed = library::NetrcCredentials(host, user);
-    if (!listed.isNull()) {
-        return listed.password();
+    const Application application;
+    const QAuthenticator kept = user::Passwords().Find(host, user);
+    if (!kept.isNull()) {
+        return kept.password();
     }
     if (const std::optional<QString> password = PasswordFromPrompt(user, host)) {
         return *password;
     }
-    throw UsageError(
-        QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, ~/.netrc has none, and there is "
-                       "no terminal to ask at.")
-            .arg(user, host));
+    throw UsageError(QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, neither the keyring nor "
+                                    "~/.netrc has one, and there is no terminal to ask at.")
+                         .arg(user, host));
 }
 
 }  // namespace
@@ -49,6 +62,27 @@ QAuthenticator FindCredentials(const QString& user, const QString& host) {
     credentials.setUser(user);
     credentials.setPassword(FindPassword(user, host));
     return credentials;
+}
+
+QString AskPassword(const QString& user, const QString& host) {
+    const std::optional<QString> password = NewPassword(user, host);
+    if (!password) {
+        throw UsageError(
+            QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, and there is no terminal "
+                           "to ask at.")
+                .arg(user, host));
+    }
+    return *password;
+}
+
+void KeepPasswordUnlessKept(const QString& user, const QString& host) {
+    user::Passwords passwords;
+    if (!passwords.Find(host, user).isNull()) {
+        return;
+    }
+    if (const std::optional<QString> password = NewPassword(user, host)) {
+        passwords.Keep(host, user, *password);
+    }
 }
 
 }  // namespace input

@@ -6,10 +6,18 @@
 namespace ovsync {
 namespace input {
 
-/// Those of `user` at `host`: the password from the environment variable OVSYNC_PASSWORD, else from ~/.netrc (or the
-/// file that the variable NETRC names), else from a prompt on the terminal. Throws UsageError when there is none and no
-/// terminal to ask at. Without a user, what ~/.netrc has for the host, which may be nothing.
+/// Those of `user` at `host`: the password from the environment variable OVSYNC_PASSWORD, else from where it is kept
+/// (user::Passwords), else from a prompt on the terminal. Throws UsageError when there is none and no terminal to ask
+/// at. Without a user, what ~/.netrc has for the host, which may be nothing.
 QAuthenticator FindCredentials(const QString& user, const QString& host);
+
+/// A password to be kept: from the environment variable OVSYNC_PASSWORD, else from a prompt. Throws UsageError when
+/// there is neither.
+QString AskPassword(const QString& user, const QString& host);
+
+/// Keeps what AskPassword gives, unless one is kept already or there is none to be had. The process has a
+/// QCoreApplication meanwhile.
+void KeepPasswordUnlessKept(const QString& user, const QString& host);
 
 }  // namespace input
 }  // namespace ovsync

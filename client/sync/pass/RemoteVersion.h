@@ -22,13 +22,13 @@ content::ContentVersion KnownVersionOf(const sync::config::FileConfiguration& fi
 /// that names neither versions nor checksums nor strong entity tags, the date and the size have to do.
 QString IdentityOf(const sync::config::FileConfiguration& file);
 
-/// Whether `identity` is that of `file`, also as it was known when the server had no strong entity tag for it yet: some
-/// have none within the second of the last change.
-bool HasIdentity(const sync::config::FileConfiguration& file, const QString& identity);
-
 /// Whether the service names the same version for both, and only one has a checksum: it may be computed later.
 bool DiffersByMissingChecksum(const sync::config::FileConfiguration& file,
                               const sync::config::FileConfiguration& known);
+
+/// Whether `identity` is that of `file`, also as it was known when the server had no strong entity tag for it yet: some
+/// have none within the second of the last change.
+bool HasIdentity(const sync::config::FileConfiguration& file, const QString& identity);
 
 /// Whether `file` is another version of the file that `known` is one of, and has a lower number.
 bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);

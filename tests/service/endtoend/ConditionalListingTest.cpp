@@ -61,7 +61,7 @@ TEST_F(ConditionalListingTest, DateOfAListingMissesNoLaterChange) {
 TEST_F(ConditionalListingTest, QuietFolderIsUnchangedSinceItWasListed) {
     Send("MKCOL", "/d");
     Send("PUT", "/d/f", {}, "x");
-    _folder.Write("d/by-hand", "x");
+    folder.Write("d/by-hand", "x");
     Send("PROPFIND", "/");
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));
     const std::time_t date = Seconds(Send("PROPFIND", "/", {"Depth: 1"}).headers.at("date"));
@@ -78,15 +78,15 @@ TEST_F(ConditionalListingTest, QuietFolderIsUnchangedSinceItWasListed) {
 }
 
 TEST_F(ConditionalListingTest, ChangesByHandAreChanges) {
-    _folder.Write("d/f", "x");
+    folder.Write("d/f", "x");
     Send("PROPFIND", "/");
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));
     const std::time_t date = Seconds(Send("OPTIONS", "/").headers.at("date"));
     EXPECT_EQ(Since(date, "/", "infinity").status, 304);
-    _folder.Write("d/f", "changed");
+    folder.Write("d/f", "changed");
     EXPECT_EQ(Since(date, "/", "infinity").status, 207);
     EXPECT_EQ(Since(date, "/", "1").status, 304);
-    std::filesystem::remove(_folder / "d/f");
+    std::filesystem::remove(folder / "d/f");
     EXPECT_EQ(Since(date, "/", "1").status, 207);
 }
 
@@ -121,7 +121,7 @@ TEST_F(ConditionalListingTest, ChangeAtAnyLevelOfATreeChangesTheTreeAndNoOther) 
         {"copy-in", [&](const std::string& in) { return Status("COPY", "/kept", {Destination(in + "/g")}); }},
         {"delete-by-id",
          [&](const std::string& in) {
-             return Status("DELETE", "/.ovs/folders/" + Properties(_client, in + "/d").at("itemid"));
+             return Status("DELETE", "/.ovs/folders/" + Properties(client, in + "/d").at("itemid"));
          }},
     };
     const std::vector<std::string> levels{"", "/1", "/1/2"};
@@ -130,10 +130,10 @@ TEST_F(ConditionalListingTest, ChangeAtAnyLevelOfATreeChangesTheTreeAndNoOther) 
     };
     for (const Change& change : changes) {
         for (std::size_t level = 0; level < levels.size(); ++level) {
-            MakeLevels(_folder, top(change, level));
+            MakeLevels(folder, top(change, level));
         }
     }
-    _folder.Write("kept/f", "x");
+    folder.Write("kept/f", "x");
     Send("PROPFIND", "/");
     std::this_thread::sleep_for(std::chrono::milliseconds(1100));
     const std::time_t date = Seconds(Send("OPTIONS", "/").headers.at("date"));

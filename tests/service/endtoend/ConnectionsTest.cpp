@@ -11,8 +11,8 @@ constexpr std::size_t MostIdle = 100;
 class ConnectionsTest : public ServiceTest {
 protected:
     RawConnection& Open() {
-        _connections.push_back(std::make_unique<RawConnection>(_service.Port()));
-        return *_connections.back();
+        connections.push_back(std::make_unique<RawConnection>(service.Port()));
+        return *connections.back();
     }
     // Whether an answer comes over the connection.
     static bool IsAnswered(RawConnection& connection) {
@@ -25,7 +25,7 @@ protected:
         return answer.find("HTTP/1.1 200 ") == 0;
     }
 
-    std::vector<std::unique_ptr<RawConnection>> _connections;
+    std::vector<std::unique_ptr<RawConnection>> connections;
 };
 
 TEST_F(ConnectionsTest, ThatHaveBeenIdleForLongestGiveWayToNewOnes) {
@@ -35,7 +35,7 @@ TEST_F(ConnectionsTest, ThatHaveBeenIdleForLongestGiveWayToNewOnes) {
     RawConnection& silent = Open();
     RawConnection& first = Open();
     ASSERT_TRUE(IsAnswered(first));
-    while (_connections.size() < MostIdle + 1) {
+    while (connections.size() < MostIdle + 1) {
         ASSERT_TRUE(IsAnswered(Open()));
     }
     // Makes it the one that was used last.
@@ -47,7 +47,7 @@ TEST_F(ConnectionsTest, ThatHaveBeenIdleForLongestGiveWayToNewOnes) {
     EXPECT_TRUE(IsAnswered(first));
     busy.Send("0123456789");
     EXPECT_THAT(busy.Read(10000, 12), testing::StartsWith("HTTP/1.1 201"));
-    EXPECT_EQ(_folder.Read("f"), "0123456789");
+    EXPECT_EQ(folder.Read("f"), "0123456789");
 }
 
 TEST_F(ConnectionsTest, ThatAreKeptOpenInLargeNumbersKeepNobodyOut) {

@@ -8,13 +8,13 @@ namespace {
 
 class FileAttributesTest : public ServiceTest {
 protected:
-    std::string Mtime(const std::string& target) { return Properties(_client, target)["{urn:ovsync}mtime"]; }
+    std::string Mtime(const std::string& target) { return Properties(client, target)["{urn:ovsync}mtime"]; }
     bool IsExecutable(const std::string& target) {
-        return Properties(_client, target)["{http://apache.org/dav/props/}executable"] == "T";
+        return Properties(client, target)["{http://apache.org/dav/props/}executable"] == "T";
     }
     bool IsExecutableOnDisk(const std::string& name) {
         struct stat status {};
-        EXPECT_EQ(stat((_folder / name).c_str(), &status), 0);
+        EXPECT_EQ(stat((folder / name).c_str(), &status), 0);
         return (status.st_mode & S_IXUSR) != 0;
     }
     // The status of setting one property.
@@ -35,7 +35,7 @@ TEST_F(FileAttributesTest, ComeWithAPut) {
     EXPECT_TRUE(IsExecutable("/f"));
     EXPECT_TRUE(IsExecutableOnDisk("f"));
     EXPECT_EQ(Send("GET", "/f").headers.at("last-modified"), "Sun, 13 Sep 2020 12:26:40 GMT");
-    EXPECT_EQ(Properties(_client, "/f")["version"], "1");
+    EXPECT_EQ(Properties(client, "/f")["version"], "1");
 }
 
 TEST_F(FileAttributesTest, PutWithoutThemHasTheTimeOfNowAndLeavesTheBit) {
@@ -45,7 +45,7 @@ TEST_F(FileAttributesTest, PutWithoutThemHasTheTimeOfNowAndLeavesTheBit) {
     EXPECT_EQ(answer.headers.count("x-ovs-executable"), 0U);
     EXPECT_GT(std::stod(Mtime("/f")), 1700000000.0);
     EXPECT_TRUE(IsExecutable("/f"));
-    EXPECT_EQ(Properties(_client, "/f")["version"], "2");
+    EXPECT_EQ(Properties(client, "/f")["version"], "2");
     Send("PUT", "/f", {"x-ovs-executable: F"}, "z");
     EXPECT_FALSE(IsExecutable("/f"));
     EXPECT_FALSE(IsExecutableOnDisk("f"));
@@ -78,7 +78,7 @@ TEST_F(FileAttributesTest, AreSetWithoutANewVersion) {
     const auto answer = Send("GET", "/f");
     EXPECT_EQ(answer.headers.at("etag"), tag);
     EXPECT_EQ(answer.body, "hello");
-    EXPECT_EQ(Properties(_client, "/f")["checksummd5"], "5d41402abc4b2a76b9719d911017c592");
+    EXPECT_EQ(Properties(client, "/f")["checksummd5"], "5d41402abc4b2a76b9719d911017c592");
     EXPECT_EQ(Set("/f", "http://apache.org/dav/props/", "executable", "F"), 200);
     EXPECT_FALSE(IsExecutable("/f"));
 }
@@ -103,14 +103,14 @@ TEST_F(FileAttributesTest, StayInAMoveAndTheBitInACopy) {
 }
 
 TEST_F(FileAttributesTest, OfFilesPutThereByHandAreThoseOfTheDisk) {
-    _folder.Write("f", "hello");
-    chmod((_folder / "f").c_str(), 0644);
+    folder.Write("f", "hello");
+    chmod((folder / "f").c_str(), 0644);
     const timespec times[] = {{1600000000, 0}, {1600000000, 500000000}};
-    ASSERT_EQ(utimensat(AT_FDCWD, (_folder / "f").c_str(), times, 0), 0);
+    ASSERT_EQ(utimensat(AT_FDCWD, (folder / "f").c_str(), times, 0), 0);
     EXPECT_EQ(Mtime("/f"), "1600000000.5");
     EXPECT_FALSE(IsExecutable("/f"));
     const std::string tag = Send("GET", "/f").headers.at("etag");
-    chmod((_folder / "f").c_str(), 0755);
+    chmod((folder / "f").c_str(), 0755);
     EXPECT_TRUE(IsExecutable("/f"));
     EXPECT_EQ(Send("GET", "/f").headers.at("etag"), tag);
 }

@@ -35,7 +35,7 @@ protected:
         return Send(method, target, more, body);
     }
 
-    std::string Id(const std::string& target) { return Properties(_client, target).at("itemid"); }
+    std::string Id(const std::string& target) { return Properties(client, target).at("itemid"); }
     static std::string ById(const std::string& id, const std::string& name = "") {
         return "/.ovs/folders/" + id + "/" + (name.empty() ? "" : name + "/");
     }
@@ -60,8 +60,8 @@ protected:
         EXPECT_THAT(answer.body, HasSubstr("200 OK"));
     }
 
-    const std::set<std::string> _exists{"existing", "file", "already", "exists"};
-    const std::set<std::string> _absent{"does", "not", "exist"};
+    const std::set<std::string> exists{"existing", "file", "already", "exists"};
+    const std::set<std::string> absent{"does", "not", "exist"};
 };
 
 TEST_F(FoldersTest, FolderIsFoundByItsIdAndByItsPath) {
@@ -83,7 +83,7 @@ TEST_F(FoldersTest, RootHasAnIdToo) {
     EXPECT_EQ(answer.headers.at("x-ovs-id"), Id("/"));
     EXPECT_EQ(Href(Id("/")), "/");
     EXPECT_EQ(SendOwn("MKCOL", ById(Id("/"), "B")).status, 201);
-    EXPECT_TRUE(_folder.Has("B"));
+    EXPECT_TRUE(folder.Has("B"));
     EXPECT_EQ(SendOwn("DELETE", ById(Id("/"))).status, 403);
 }
 
@@ -97,8 +97,8 @@ TEST_F(FoldersTest, IdFollowsTheFolder) {
     Send("MKCOL", "/A");
     Send("MKCOL", "/A/inner");
     EXPECT_EQ(SendOwn("DELETE", ById(id)).status, 204);
-    EXPECT_FALSE(_folder.Has("B/C \xC3\xA4/inner"));
-    EXPECT_TRUE(_folder.Has("A/inner"));
+    EXPECT_FALSE(folder.Has("B/C \xC3\xA4/inner"));
+    EXPECT_TRUE(folder.Has("A/inner"));
 }
 
 TEST_F(FoldersTest, IdMayBeEncodedAsMuchAsOneLikes) {
@@ -112,9 +112,9 @@ TEST_F(FoldersTest, IdMayBeEncodedAsMuchAsOneLikes) {
 }
 
 TEST_F(FoldersTest, ListingsOfTheServicesOwnClientsNameTheAskedFolder) {
-    const auto folder = SendOwn("PROPFIND", "/A", {"Depth: infinity"});
-    EXPECT_EQ(folder.headers.at("x-ovs-id"), Id("/A"));
-    EXPECT_EQ(Multistatus(folder.body).responses.size(), 2U);
+    const auto listing = SendOwn("PROPFIND", "/A", {"Depth: infinity"});
+    EXPECT_EQ(listing.headers.at("x-ovs-id"), Id("/A"));
+    EXPECT_EQ(Multistatus(listing.body).responses.size(), 2U);
     const auto file = SendOwn("PROPFIND", "/A/f", {"Depth: 0"});
     EXPECT_EQ(file.status, 207);
     EXPECT_EQ(file.headers.count("x-ovs-id"), 0U);
@@ -140,8 +140,8 @@ TEST_F(FoldersTest, FolderIsMadeInsideAnother) {
         EXPECT_THAT(made.body, HasSubstr("<id>" + id + "</id>"));
         EXPECT_EQ(Id(Href(id)), id);
     }
-    EXPECT_TRUE(_folder.Has("A/b \xC3\xA4"));
-    EXPECT_TRUE(_folder.Has("A/by-path"));
+    EXPECT_TRUE(folder.Has("A/b \xC3\xA4"));
+    EXPECT_TRUE(folder.Has("A/by-path"));
 }
 
 TEST_F(FoldersTest, CreationIsAnsweredWithADocument) {
@@ -155,7 +155,7 @@ TEST_F(FoldersTest, NothingIsMadeWhereSomethingIs) {
     for (const std::string& target : {ById(id, "B"), ById(id, "f"), std::string("/A/B"), std::string("/A/f"),
                                       std::string("/"), ById(id), ById(Id("/"), "A")}) {
         const auto answer = SendOwn("MKCOL", target);
-        EXPECT_THAT(Reason(answer), IsSupersetOf(_exists)) << target;
+        EXPECT_THAT(Reason(answer), IsSupersetOf(exists)) << target;
         phrases.insert(answer.headers.at("x-ovs-reason-phrase"));
     }
     EXPECT_GE(phrases.size(), 4U) << "they are to take turns";
@@ -167,8 +167,8 @@ TEST_F(FoldersTest, NothingIsMadeInAParentThatIsNotThere) {
                                       std::string("/absent/B"), std::string("/A/f/B")}) {
         const auto words = Reason(SendOwn("MKCOL", target));
         EXPECT_FALSE(words.empty()) << target;
-        EXPECT_THAT(words, testing::Not(IsSupersetOf(_exists))) << target;
-        EXPECT_THAT(words, testing::Not(IsSupersetOf(_absent))) << target;
+        EXPECT_THAT(words, testing::Not(IsSupersetOf(exists))) << target;
+        EXPECT_THAT(words, testing::Not(IsSupersetOf(absent))) << target;
         EXPECT_EQ(Status("MKCOL", target), 409) << target;
     }
 }
@@ -193,10 +193,10 @@ TEST_F(FoldersTest, FolderIsDeletedWithAllThatIsInIt) {
     const auto deleted = SendOwn("DELETE", ById(id));
     EXPECT_EQ(deleted.status, 204);
     EXPECT_EQ(deleted.body, "");
-    EXPECT_FALSE(_folder.Has("A/B"));
-    EXPECT_THAT(Reason(SendOwn("DELETE", ById(id))), IsSupersetOf(_absent));
+    EXPECT_FALSE(folder.Has("A/B"));
+    EXPECT_THAT(Reason(SendOwn("DELETE", ById(id))), IsSupersetOf(absent));
     EXPECT_EQ(Status("DELETE", ById(id)), 404);
-    EXPECT_TRUE(_folder.Has("A/f"));
+    EXPECT_TRUE(folder.Has("A/f"));
 }
 
 TEST_F(FoldersTest, DeletionKeepsItsConditions) {
@@ -204,7 +204,7 @@ TEST_F(FoldersTest, DeletionKeepsItsConditions) {
     EXPECT_EQ(SendOwn("DELETE", ById(id), {"Depth: 0"}).status, 400);
     EXPECT_EQ(SendOwn("DELETE", ById(id), {"If-Match: \"other\""}).status, 412);
     EXPECT_EQ(SendOwn("DELETE", ById(id), {"If: ([\"other\"])"}).status, 412);
-    EXPECT_TRUE(_folder.Has("A/f"));
+    EXPECT_TRUE(folder.Has("A/f"));
 }
 
 TEST_F(FoldersTest, IdsOfNothingDoNotExist) {
@@ -213,7 +213,7 @@ TEST_F(FoldersTest, IdsOfNothingDoNotExist) {
     Send("DELETE", "/gone");
     Send("MKCOL", "/by-hand");
     const std::string byHand = Id("/by-hand");
-    std::filesystem::remove(_folder / "by-hand");
+    std::filesystem::remove(folder / "by-hand");
     const std::string id = Id("/A");
     const std::string store = id.substr(0, id.rfind('-') + 1);
     const std::string number = id.substr(store.size());
@@ -261,13 +261,13 @@ TEST_F(FoldersTest, IdsOfNothingDoNotExist) {
                 headers.emplace_back("Depth: 0");
             }
             const auto answer = SendOwn(method, ById(unknown), headers);
-            EXPECT_THAT(Reason(answer), IsSupersetOf(_absent)) << method << " " << unknown;
+            EXPECT_THAT(Reason(answer), IsSupersetOf(absent)) << method << " " << unknown;
             phrases.insert(answer.headers.at("x-ovs-reason-phrase"));
             EXPECT_EQ(Status(method, ById(unknown), headers), 404) << method << " " << unknown;
         }
     }
     EXPECT_GE(phrases.size(), 4U) << "they are to take turns";
-    EXPECT_TRUE(_folder.Has("A/f"));
+    EXPECT_TRUE(folder.Has("A/f"));
 }
 
 TEST_F(FoldersTest, AddressesByIdTakeNothingElse) {
@@ -306,16 +306,16 @@ TEST_F(FoldersTest, NothingIsStoredUnderTheReservedName) {
         EXPECT_EQ(SendOwn("MKCOL", ById(Id("/"), name)).status, 403) << name;
         EXPECT_EQ(SendOwn("MKCOL", ById(Id("/A"), name)).status, std::string(name) == "%2Eovs" ? 400 : 201) << name;
     }
-    EXPECT_FALSE(_folder.Has(".ovs"));
+    EXPECT_FALSE(folder.Has(".ovs"));
 }
 
 TEST_F(FoldersTest, ReservedNameIsNotListed) {
-    _folder.Write(".ovs/folders/f", "by hand");
-    _folder.Write("A/.ovs/f", "by hand");
+    folder.Write(".ovs/folders/f", "by hand");
+    folder.Write("A/.ovs/f", "by hand");
     const auto listing = Multistatus(Send("PROPFIND", "/", {"Depth: infinity"}).body);
     EXPECT_EQ(listing.responses.count("/.ovs/"), 0U);
     EXPECT_EQ(listing.responses.count("/A/.ovs/f"), 1U);
-    EXPECT_EQ(_folder.Read(".ovs/folders/f"), "by hand");
+    EXPECT_EQ(folder.Read(".ovs/folders/f"), "by hand");
 }
 
 TEST_F(FoldersTest, OtherClientsAreAnsweredAsWebDavSays) {
@@ -335,9 +335,9 @@ TEST_F(FoldersTest, OtherClientsAreAnsweredAsWebDavSays) {
 }
 
 TEST_F(FoldersTest, ReasonsReplaceTheStatusOfOtherMethodsToo) {
-    EXPECT_THAT(Reason(SendOwn("PROPFIND", "/absent", {"Depth: 1"})), IsSupersetOf(_absent));
-    EXPECT_THAT(Reason(SendOwn("DELETE", "/absent")), IsSupersetOf(_absent));
-    EXPECT_THAT(Reason(SendOwn("MOVE", "/absent", {Destination("/B")})), IsSupersetOf(_absent));
+    EXPECT_THAT(Reason(SendOwn("PROPFIND", "/absent", {"Depth: 1"})), IsSupersetOf(absent));
+    EXPECT_THAT(Reason(SendOwn("DELETE", "/absent")), IsSupersetOf(absent));
+    EXPECT_THAT(Reason(SendOwn("MOVE", "/absent", {Destination("/B")})), IsSupersetOf(absent));
     EXPECT_FALSE(Reason(SendOwn("MOVE", "/A", {Destination("/absent/B")})).empty());
     EXPECT_FALSE(Reason(SendOwn("PUT", "/absent/f", {}, "x")).empty());
     EXPECT_EQ(SendOwn("PUT", "/A", {}, "x").status, 405);
@@ -368,10 +368,10 @@ TEST_F(FoldersTest, QuietFolderIsUnchangedByItsIdToo) {
 
 TEST_F(FoldersTest, IdsStayOverARestart) {
     const std::string id = Id("/A");
-    ASSERT_EQ(_service.End(SIGTERM), 0);
-    const ServiceProcess again({_folder.Path()});
-    HttpClient client(again.Port());
-    EXPECT_EQ(client.Send("PROPFIND", ById(id), {"Depth: 0", Version}).headers.at("x-ovs-id"), id);
+    ASSERT_EQ(service.End(SIGTERM), 0);
+    const ServiceProcess again({folder.Path()});
+    HttpClient later(again.Port());
+    EXPECT_EQ(later.Send("PROPFIND", ById(id), {"Depth: 0", Version}).headers.at("x-ovs-id"), id);
 }
 
 }  // namespace

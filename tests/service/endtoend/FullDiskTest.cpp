@@ -13,43 +13,43 @@ namespace {
 class FullDiskTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (mount("tmpfs", _folder.Path().c_str(), "tmpfs", 0, "size=10m") != 0) {
+        if (mount("tmpfs", folder.Path().c_str(), "tmpfs", 0, "size=10m") != 0) {
             ASSERT_EQ(errno, EPERM);
             GTEST_SKIP() << "Only root can make disks";
         }
-        _isMounted = true;
+        isMounted = true;
         Start();
     }
     ~FullDiskTest() override {
-        _service.reset();
-        if (_isMounted) {
-            umount(_folder.Path().c_str());
+        service.reset();
+        if (isMounted) {
+            umount(folder.Path().c_str());
         }
     }
 
     void Start() {
-        _client.reset();
-        _service.reset();
-        _service = std::make_unique<ServiceProcess>(std::vector<std::string>{_folder.Path()});
-        _client = std::make_unique<HttpClient>(_service->Port());
+        client.reset();
+        service.reset();
+        service = std::make_unique<ServiceProcess>(std::vector<std::string>{folder.Path()});
+        client = std::make_unique<HttpClient>(service->Port());
     }
 
     // Puts a file there by hand that takes all the space there is.
     void FillDisk() {
-        std::ofstream file(_folder / "rest", std::ios::binary | std::ios::app);
+        std::ofstream file(folder / "rest", std::ios::binary | std::ios::app);
         const std::string block(4096, 'x');
         while (file << block << std::flush) {
         }
     }
 
     long Status(const std::string& method, const std::string& target, const std::string& body = "") {
-        return _client->Send(method, target, {}, body).status;
+        return client->Send(method, target, {}, body).status;
     }
 
-    TemporaryFolder _folder;
-    bool _isMounted = false;
-    std::unique_ptr<ServiceProcess> _service;
-    std::unique_ptr<HttpClient> _client;
+    TemporaryFolder folder;
+    bool isMounted = false;
+    std::unique_ptr<ServiceProcess> service;
+    std::unique_ptr<HttpClient> client;
 };
 
 TEST_F(FullDiskTest, FilesAreReadAndRemovedAndNoneIsTakenIn) {
@@ -57,8 +57,8 @@ TEST_F(FullDiskTest, FilesAreReadAndRemovedAndNoneIsTakenIn) {
     ASSERT_EQ(Status("MKCOL", "/d"), 201);
     FillDisk();
     EXPECT_EQ(Status("PUT", "/g", std::string(100000, 'x')), 507);
-    EXPECT_EQ(_client->Send("GET", "/f").body, "hello");
-    EXPECT_EQ(Multistatus(_client->Send("PROPFIND", "/").body).responses.size(), 4U);
+    EXPECT_EQ(client->Send("GET", "/f").body, "hello");
+    EXPECT_EQ(Multistatus(client->Send("PROPFIND", "/").body).responses.size(), 4U);
     EXPECT_EQ(Status("DELETE", "/f"), 204);
     EXPECT_EQ(Status("DELETE", "/d"), 204);
     EXPECT_EQ(Status("DELETE", "/rest"), 204);
@@ -69,10 +69,10 @@ TEST_F(FullDiskTest, ServiceStartsAndGoesOn) {
     ASSERT_EQ(Status("PUT", "/f", "hello"), 201);
     FillDisk();
     Start();
-    EXPECT_EQ(_client->Send("GET", "/f").body, "hello");
-    _service->End(SIGKILL);
+    EXPECT_EQ(client->Send("GET", "/f").body, "hello");
+    service->End(SIGKILL);
     Start();
-    EXPECT_EQ(Multistatus(_client->Send("PROPFIND", "/").body).responses.size(), 3U);
+    EXPECT_EQ(Multistatus(client->Send("PROPFIND", "/").body).responses.size(), 3U);
     EXPECT_EQ(Status("DELETE", "/f"), 204);
     Start();
     EXPECT_EQ(Status("GET", "/f"), 404);

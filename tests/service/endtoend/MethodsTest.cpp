@@ -19,7 +19,7 @@ TEST_F(MethodsTest, OptionsSaysWhatIsOffered) {
 }
 
 TEST_F(MethodsTest, OptionsCanBeAskedOfTheServerItself) {
-    RawConnection connection(_service.Port());
+    RawConnection connection(service.Port());
     connection.Send("OPTIONS * HTTP/1.1\r\nHost: h\r\nConnection: close\r\n\r\n");
     const std::string answer = connection.Read();
     EXPECT_THAT(answer, testing::StartsWith("HTTP/1.1 200 "));
@@ -28,8 +28,8 @@ TEST_F(MethodsTest, OptionsCanBeAskedOfTheServerItself) {
 
 TEST_F(MethodsTest, TargetCanBeAWholeUrl) {
     Status("PUT", "/f", {}, "x");
-    RawConnection connection(_service.Port());
-    connection.Send("GET " + _client.Url("/f") + " HTTP/1.1\r\nHost: h\r\nConnection: close\r\n\r\n");
+    RawConnection connection(service.Port());
+    connection.Send("GET " + client.Url("/f") + " HTTP/1.1\r\nHost: h\r\nConnection: close\r\n\r\n");
     EXPECT_THAT(connection.Read(), testing::StartsWith("HTTP/1.1 200 "));
 }
 
@@ -46,10 +46,10 @@ TEST_F(MethodsTest, LockingIsNotOffered) {
 TEST_F(MethodsTest, PutMakesAndReplacesAFile) {
     const auto made = Send("PUT", "/b%20c.txt", {}, "one");
     EXPECT_EQ(made.status, 201);
-    EXPECT_EQ(_folder.Read("b c.txt"), "one");
+    EXPECT_EQ(folder.Read("b c.txt"), "one");
     const auto replaced = Send("PUT", "/b%20c.txt", {}, "second");
     EXPECT_EQ(replaced.status, 204);
-    EXPECT_EQ(_folder.Read("b c.txt"), "second");
+    EXPECT_EQ(folder.Read("b c.txt"), "second");
     EXPECT_NE(made.headers.at("etag"), replaced.headers.at("etag"));
     EXPECT_EQ(Send("HEAD", "/b%20c.txt").headers.at("etag"), replaced.headers.at("etag"));
 }
@@ -62,7 +62,7 @@ TEST_F(MethodsTest, PutTakesALargeFileAsItIs) {
     EXPECT_EQ(Status("PUT", "/large", {}, large), 201);
     EXPECT_EQ(Send("GET", "/large").body, large);
     EXPECT_EQ(Status("PUT", "/chunked", {"Transfer-Encoding: chunked"}, large), 201);
-    EXPECT_EQ(_folder.Read("chunked"), large);
+    EXPECT_EQ(folder.Read("chunked"), large);
 }
 
 TEST_F(MethodsTest, PutIsRefusedWhereNoFileCanBe) {
@@ -70,7 +70,8 @@ TEST_F(MethodsTest, PutIsRefusedWhereNoFileCanBe) {
     Status("PUT", "/file", {}, "x");
     const auto refused = Send("PUT", "/folder", {}, "x");
     EXPECT_EQ(refused.status, 405);
-    EXPECT_EQ(refused.headers.at("allow"), "OPTIONS, GET, HEAD, DELETE, MKCOL, COPY, MOVE, PROPFIND, PROPPATCH, REPORT");
+    EXPECT_EQ(refused.headers.at("allow"),
+              "OPTIONS, GET, HEAD, DELETE, MKCOL, COPY, MOVE, PROPFIND, PROPPATCH, REPORT");
     EXPECT_EQ(Status("PUT", "/folder/", {}, "x"), 405);
     EXPECT_EQ(Status("PUT", "/", {}, "x"), 405);
     EXPECT_EQ(Status("PUT", "/new/", {}, "x"), 405);
@@ -85,10 +86,10 @@ TEST_F(MethodsTest, PutHonoursIfMatchAndIfNoneMatch) {
     EXPECT_EQ(Status("PUT", "/f", {"If-Match: \"other\""}, "two"), 412);
     EXPECT_EQ(Status("PUT", "/absent", {"If-Match: *"}, "two"), 412);
     EXPECT_EQ(Status("PUT", "/f", {"If: ([\"other\"])"}, "two"), 412);
-    EXPECT_EQ(_folder.Read("f"), "one");
+    EXPECT_EQ(folder.Read("f"), "one");
     EXPECT_EQ(Status("PUT", "/f", {"If-Match: " + tag}, "two"), 204);
     EXPECT_EQ(Status("PUT", "/f", {"If-Match: " + tag}, "three"), 412);
-    EXPECT_EQ(_folder.Read("f"), "two");
+    EXPECT_EQ(folder.Read("f"), "two");
 }
 
 TEST_F(MethodsTest, GetAnswersWithTheFileAndItsHeaders) {
@@ -155,7 +156,7 @@ TEST_F(MethodsTest, GetOfACollectionNamesItsChildren) {
 
 TEST_F(MethodsTest, MkcolMakesACollectionOnce) {
     EXPECT_EQ(Status("MKCOL", "/d"), 201);
-    EXPECT_TRUE(std::filesystem::is_directory(_folder / "d"));
+    EXPECT_TRUE(std::filesystem::is_directory(folder / "d"));
     EXPECT_EQ(Status("MKCOL", "/d/e/"), 201);
     EXPECT_EQ(Status("MKCOL", "/d"), 405);
     EXPECT_EQ(Status("MKCOL", "/"), 405);
@@ -172,7 +173,7 @@ TEST_F(MethodsTest, DeleteRemovesWholeTrees) {
     EXPECT_EQ(Status("DELETE", "/d"), 204);
     EXPECT_EQ(Status("DELETE", "/d"), 404);
     EXPECT_EQ(Status("GET", "/d/f"), 404);
-    EXPECT_FALSE(_folder.Has("d"));
+    EXPECT_FALSE(folder.Has("d"));
     EXPECT_EQ(Status("DELETE", "/f", {"If-Match: \"other\""}), 412);
     EXPECT_EQ(Status("DELETE", "/f", {"If-Match: " + tag}), 204);
     EXPECT_EQ(Status("DELETE", "/"), 403);
@@ -191,24 +192,24 @@ TEST_F(MethodsTest, CopyAndMoveAnswerAsWebDavSays) {
         EXPECT_EQ(Status(method, "/from", {Destination("/to")}), 201);
         Status("PUT", "/from", {}, "newer");
         EXPECT_EQ(Status(method, "/from", {Destination("/to"), "Overwrite: F"}), 412);
-        EXPECT_EQ(_folder.Read("to"), "x");
+        EXPECT_EQ(folder.Read("to"), "x");
         EXPECT_EQ(Status(method, "/from", {"Destination: /to"}), 204);
-        EXPECT_EQ(_folder.Read("to"), "newer");
-        EXPECT_EQ(_folder.Has("from"), std::string(method) == "COPY");
+        EXPECT_EQ(folder.Read("to"), "newer");
+        EXPECT_EQ(folder.Has("from"), std::string(method) == "COPY");
         Status("DELETE", "/to");
     }
 }
 
 TEST_F(MethodsTest, MoveKeepsTheIdsAndCopyGivesNewOnes) {
     Status("PUT", "/f", {}, "x");
-    auto before = Properties(_client, "/f");
+    auto before = Properties(client, "/f");
     EXPECT_EQ(Status("COPY", "/f", {Destination("/copy")}), 201);
-    auto copy = Properties(_client, "/copy");
+    auto copy = Properties(client, "/copy");
     EXPECT_NE(copy["resourceid"], before["resourceid"]);
     EXPECT_NE(copy["itemid"], before["itemid"]);
     EXPECT_EQ(copy["checksummd5"], before["checksummd5"]);
     EXPECT_EQ(Status("MOVE", "/f", {Destination("/moved")}), 201);
-    auto moved = Properties(_client, "/moved");
+    auto moved = Properties(client, "/moved");
     EXPECT_EQ(moved["resourceid"], before["resourceid"]);
     EXPECT_EQ(moved["itemid"], before["itemid"]);
     EXPECT_EQ(moved["displayname"], "moved");
@@ -223,16 +224,16 @@ TEST_F(MethodsTest, ConnectionIsUsedAgain) {
 
 TEST_F(MethodsTest, UploadThatIsCutOffChangesNothing) {
     Status("PUT", "/f", {}, "old");
-    auto before = Properties(_client, "/f");
+    auto before = Properties(client, "/f");
     {
-        RawConnection connection(_service.Port());
+        RawConnection connection(service.Port());
         connection.Send("PUT /f HTTP/1.1\r\nHost: h\r\nContent-Length: 1000\r\n\r\nnew");
-        RawConnection chunked(_service.Port());
+        RawConnection chunked(service.Port());
         chunked.Send("PUT /g HTTP/1.1\r\nHost: h\r\nTransfer-Encoding: chunked\r\n\r\n3\r\nnew\r\n");
         EXPECT_EQ(connection.Read(100), "");
     }
     EXPECT_EQ(Send("GET", "/f").body, "old");
-    EXPECT_EQ(Properties(_client, "/f"), before);
+    EXPECT_EQ(Properties(client, "/f"), before);
     EXPECT_EQ(Status("GET", "/g"), 404);
 }
 
@@ -242,7 +243,7 @@ TEST_F(MethodsTest, EveryAnswerHasADate) {
          {"OPTIONS", "GET", "HEAD", "PUT", "DELETE", "MKCOL", "COPY", "MOVE", "PROPFIND", "PROPPATCH", "LOCK"}) {
         EXPECT_EQ(Normalized(Send(method, "/f").headers["date"]), "DATE") << method;
     }
-    RawConnection malformed(_service.Port());
+    RawConnection malformed(service.Port());
     malformed.Send("GET /f HTTP/1.1\r\nHost: h\r\nContent-Length: x\r\n\r\n");
     const std::string answer = malformed.Read();
     EXPECT_THAT(answer, testing::StartsWith("HTTP/1.1 400 "));

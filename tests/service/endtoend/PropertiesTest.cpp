@@ -92,16 +92,16 @@ TEST_F(PropertiesTest, NamesComeWithoutValues) {
 }
 
 TEST_F(PropertiesTest, IdsSayWhatLiesWhere) {
-    auto root = Properties(_client, "/");
-    auto folder = Properties(_client, "/A");
-    auto file = Properties(_client, "/A/b%20c.txt");
+    auto root = Properties(client, "/");
+    auto inner = Properties(client, "/A");
+    auto file = Properties(client, "/A/b%20c.txt");
     EXPECT_EQ(root["parentid"], "0");
-    EXPECT_EQ(folder["parentid"], root["resourceid"]);
-    EXPECT_EQ(file["parentid"], folder["resourceid"]);
+    EXPECT_EQ(inner["parentid"], root["resourceid"]);
+    EXPECT_EQ(file["parentid"], inner["resourceid"]);
     EXPECT_EQ(file["ownerid"], "anonymous");
     EXPECT_EQ(file["version"], "1");
     Send("PUT", "/A/b%20c.txt", {}, "hello again");
-    auto newer = Properties(_client, "/A/b%20c.txt");
+    auto newer = Properties(client, "/A/b%20c.txt");
     EXPECT_EQ(newer["version"], "2");
     EXPECT_EQ(newer["resourceid"], file["resourceid"]);
     EXPECT_NE(newer["versionid"], file["versionid"]);
@@ -111,7 +111,7 @@ TEST_F(PropertiesTest, IdsSayWhatLiesWhere) {
 TEST_F(PropertiesTest, SettableOnesCanBeSetAndReset) {
     EXPECT_THAT(Proppatch("/A/b%20c.txt", Fixture("set-all.xml")),
                 testing::AllOf(testing::SizeIs(9), testing::Each(Pair(testing::_, 200))));
-    auto values = Properties(_client, "/A/b%20c.txt");
+    auto values = Properties(client, "/A/b%20c.txt");
     EXPECT_EQ(values["displayname"], "Another name");
     EXPECT_EQ(values["resourceclasstype"], "Drovane.Objects.FILE");
     EXPECT_EQ(values["ownerid"], "berta");
@@ -125,7 +125,7 @@ TEST_F(PropertiesTest, SettableOnesCanBeSetAndReset) {
                           "<D:remove><D:prop><D:displayname/><D:syncoption/><u:size/><u:absent/>"
                           "</D:prop></D:remove>"),
                 testing::Each(Pair(testing::_, 200)));
-    values = Properties(_client, "/A/b%20c.txt");
+    values = Properties(client, "/A/b%20c.txt");
     EXPECT_EQ(values["displayname"], "b c.txt");
     EXPECT_EQ(values.count("syncoption"), 0U);
     EXPECT_EQ(values.count("{urn:u}size"), 0U);
@@ -151,9 +151,9 @@ TEST_F(PropertiesTest, FormsAreListedInTreesWithAllThatIsInThem) {
 }
 
 TEST_F(PropertiesTest, ChangingPropertiesDoesNotChangeTheVersion) {
-    auto before = Properties(_client, "/A/b%20c.txt");
+    auto before = Properties(client, "/A/b%20c.txt");
     Proppatch("/A/b%20c.txt", "<D:set><D:prop><D:visibility>hide</D:visibility></D:prop></D:set>");
-    auto after = Properties(_client, "/A/b%20c.txt");
+    auto after = Properties(client, "/A/b%20c.txt");
     EXPECT_EQ(after["version"], before["version"]);
     EXPECT_EQ(after["getetag"], before["getetag"]);
 }
@@ -166,7 +166,7 @@ TEST_F(PropertiesTest, UpdateIsMadeWhollyOrNotAtAll) {
              "</D:propertyupdate>");
     EXPECT_EQ(answer.status, 207);
     EXPECT_EQ(answer.body, Fixture("proppatch-refused.xml"));
-    EXPECT_EQ(Properties(_client, "/A").count("{urn:u}color"), 0U);
+    EXPECT_EQ(Properties(client, "/A").count("{urn:u}color"), 0U);
 }
 
 TEST_F(PropertiesTest, ProtectedOnesCannotBeSet) {
@@ -188,11 +188,11 @@ TEST_F(PropertiesTest, UnknownNamesAreKeptWhateverTheirNamespace) {
     EXPECT_EQ(answer.body, Fixture("dead-properties.xml"));
     Send("MOVE", "/A", {Destination("/B")});
     Send("COPY", "/B", {Destination("/C")});
-    EXPECT_EQ(Properties(_client, "/C")["unknown"], "1");
+    EXPECT_EQ(Properties(client, "/C")["unknown"], "1");
 }
 
 TEST_F(PropertiesTest, NamesThatXmlCannotHoldAreStillListed) {
-    _folder.Write("odd\x01<&>.txt", "x");
+    folder.Write("odd\x01<&>.txt", "x");
     const auto answer = Propfind("/", "1");
     ASSERT_EQ(answer.responses.count("/odd%01%3C%26%3E.txt"), 1U);
     EXPECT_EQ(answer.responses.at("/odd%01%3C%26%3E.txt").values.at("displayname"), "odd\xEF\xBF\xBD<&>.txt");
@@ -202,10 +202,10 @@ TEST_F(PropertiesTest, NamesThatXmlCannotHoldAreStillListed) {
 TEST_F(PropertiesTest, EverythingSurvivesARestart) {
     Proppatch("/A/b%20c.txt", Fixture("set-all.xml"));
     const auto before = Send("PROPFIND", "/", {}, Fixture("propfind-six.xml")).body;
-    EXPECT_EQ(_service.End(SIGTERM), 0);
-    ServiceProcess again({_folder.Path()});
-    HttpClient client(again.Port());
-    EXPECT_EQ(client.Send("PROPFIND", "/", {}, Fixture("propfind-six.xml")).body, before);
+    EXPECT_EQ(service.End(SIGTERM), 0);
+    ServiceProcess again({folder.Path()});
+    HttpClient later(again.Port());
+    EXPECT_EQ(later.Send("PROPFIND", "/", {}, Fixture("propfind-six.xml")).body, before);
 }
 
 class SeededTest : public ServiceTest {
@@ -214,7 +214,7 @@ protected:
 };
 
 TEST_F(SeededTest, LargeFolderIsListedWhollyWhileOthersAreServed) {
-    RawConnection slow(_service.Port());
+    RawConnection slow(service.Port());
     slow.Send("PROPFIND /many HTTP/1.1\r\nHost: h\r\nDepth: 1\r\n\r\n");
     slow.Read(5000, 100);
     EXPECT_EQ(Status("PUT", "/other", {}, "x"), 201);

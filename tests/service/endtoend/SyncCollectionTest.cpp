@@ -28,16 +28,17 @@ protected:
         return answer.body.substr(at, answer.body.find('<', at) - at);
     }
 
-    // The hrefs of what changed since `_token`; those of what was removed have a '-' before them. Takes the new token.
+    // The hrefs of what changed since `lastToken`; those of what was removed have a '-' before them. Takes the new
+    // token.
     std::vector<std::string> Changes(const std::string& target = "/", const std::string& level = "infinite") {
-        const auto answer = Report(target, _token, level);
+        const auto answer = Report(target, lastToken, level);
         EXPECT_EQ(answer.status, 207) << answer.body;
         std::vector<std::string> changes;
         for (const auto& [href, response] : Multistatus(answer.body).responses) {
             changes.push_back((response.statuses.empty() ? "-" : "") + href);
         }
         std::sort(changes.begin(), changes.end());
-        _token = TokenOf(answer);
+        lastToken = TokenOf(answer);
         return changes;
     }
 
@@ -46,14 +47,14 @@ protected:
         return answer.status == 403 && answer.body.find("<D:valid-sync-token/>") != std::string::npos;
     }
 
-    std::string _token;
+    std::string lastToken;
 };
 
 TEST_F(SyncCollectionTest, WithoutATokenReportsAllButTheCollectionItself) {
-    _folder.Write("d/e/f", "x");
-    _folder.Write("g", "x");
+    folder.Write("d/e/f", "x");
+    folder.Write("g", "x");
     EXPECT_THAT(Changes("/", "1"), ElementsAre("/d/", "/g"));
-    _token.clear();
+    lastToken.clear();
     EXPECT_THAT(Changes(), ElementsAre("/d/", "/d/e/", "/d/e/f", "/g"));
     EXPECT_THAT(Changes(), IsEmpty());
 }
@@ -86,33 +87,33 @@ TEST_F(SyncCollectionTest, MissesNoChangeHoweverCloseItIsToAReport) {
 }
 
 TEST_F(SyncCollectionTest, ReportsAMoveAsRemovedThereAndAllOfItAsNewHere) {
-    _folder.Write("d/f", "x");
-    _folder.Write("e/g", "x");
+    folder.Write("d/f", "x");
+    folder.Write("e/g", "x");
     Changes();
     Status("MOVE", "/d", {Destination("/e/d")});
     EXPECT_THAT(Changes(), ElementsAre("-/d/", "/e/", "/e/d/", "/e/d/f"));
 }
 
 TEST_F(SyncCollectionTest, ReportsChangesByHand) {
-    _folder.Write("a", "x");
-    _folder.Write("d/b", "x");
+    folder.Write("a", "x");
+    folder.Write("d/b", "x");
     Changes();
-    _folder.Write("a", "longer");
-    std::filesystem::remove(_folder / "d/b");
-    _folder.Write("d/c", "x");
+    folder.Write("a", "longer");
+    std::filesystem::remove(folder / "d/b");
+    folder.Write("d/c", "x");
     EXPECT_THAT(Changes(), ElementsAre("-/d/b", "/a", "/d/", "/d/c"));
 }
 
 TEST_F(SyncCollectionTest, ReportsTheCollectionAskedForToItsLevelOnly) {
-    _folder.Write("d/e/f", "x");
-    _folder.Write("other", "x");
+    folder.Write("d/e/f", "x");
+    folder.Write("other", "x");
     Changes();
-    const std::string token = _token;
+    const std::string token = lastToken;
     Status("DELETE", "/other");
     Status("DELETE", "/d/e/f");
     Status("PUT", "/d/e/new", {}, "x");
     EXPECT_THAT(Changes("/d/", "1"), ElementsAre("/d/e/"));
-    _token = token;
+    lastToken = token;
     EXPECT_THAT(Changes("/d/"), ElementsAre("-/d/e/f", "/d/e/", "/d/e/new"));
 }
 
@@ -125,47 +126,48 @@ TEST_F(SyncCollectionTest, FileThatCameBackHasChanged) {
 }
 
 TEST_F(SyncCollectionTest, TokenFromBeforeACollectionWasReplacedIsRefused) {
-    _folder.Write("d/f", "x");
-    _folder.Write("e/g", "x");
+    folder.Write("d/f", "x");
+    folder.Write("e/g", "x");
     Changes();
-    const std::string token = _token;
+    const std::string token = lastToken;
     Status("DELETE", "/d");
     Status("MKCOL", "/d");
     EXPECT_TRUE(IsTokenRefused(token));
     EXPECT_TRUE(IsTokenRefused(token, "/d/"));
-    _token.clear();
+    lastToken.clear();
     EXPECT_THAT(Changes(), ElementsAre("/d/", "/e/", "/e/g"));
 }
 
 TEST_F(SyncCollectionTest, TokenThatIsNotOfThisRunIsRefused) {
     Status("PUT", "/f", {}, "x");
     Changes();
-    for (const std::string& token : {std::string("urn:other"), _token + "x", _token.substr(0, _token.rfind(':') + 1)}) {
+    for (const std::string& token :
+         {std::string("urn:other"), lastToken + "x", lastToken.substr(0, lastToken.rfind(':') + 1)}) {
         EXPECT_TRUE(IsTokenRefused(token)) << token;
     }
-    _service.End(SIGTERM);
-    ServiceProcess next({_folder.Path()});
-    HttpClient client(next.Port());
-    const auto answer = client.Send("REPORT", "/", {},
-                                    "<sync-collection xmlns='DAV:'><sync-token>" + _token +
-                                        "</sync-token><sync-level>1</sync-level><prop/></sync-collection>");
+    service.End(SIGTERM);
+    ServiceProcess next({folder.Path()});
+    HttpClient other(next.Port());
+    const auto answer = other.Send("REPORT", "/", {},
+                                   "<sync-collection xmlns='DAV:'><sync-token>" + lastToken +
+                                       "</sync-token><sync-level>1</sync-level><prop/></sync-collection>");
     EXPECT_EQ(answer.status, 403);
 }
 
 TEST_F(SyncCollectionTest, TokenOfACollectionStaysUntilSomethingChanges) {
-    _folder.Write("d/f", "x");
+    folder.Write("d/f", "x");
     Changes();
     const auto token = [&] {
         const auto answer =
             Send("PROPFIND", "/d/", {"Depth: 0"}, "<propfind xmlns='DAV:'><prop><sync-token/></prop></propfind>");
         return Multistatus(answer.body).responses.at("/d/").values.at("sync-token");
     };
-    EXPECT_EQ(token(), _token);
+    EXPECT_EQ(token(), lastToken);
     std::this_thread::sleep_for(std::chrono::milliseconds(3));
-    EXPECT_EQ(token(), _token);
+    EXPECT_EQ(token(), lastToken);
     Status("PUT", "/d/f", {}, "y");
-    EXPECT_NE(token(), _token);
-    _token = token();
+    EXPECT_NE(token(), lastToken);
+    lastToken = token();
     EXPECT_THAT(Changes(), IsEmpty());
 }
 
@@ -193,8 +195,8 @@ TEST_F(SyncCollectionTest, ThatCannotBeIsRefused) {
 }
 
 TEST_F(SyncCollectionTest, LimitThatIsTooLowIsSaidToBe) {
-    _folder.Write("a", "x");
-    _folder.Write("b", "x");
+    folder.Write("a", "x");
+    folder.Write("b", "x");
     EXPECT_EQ(Report("/", "", "1", "<D:limit><D:nresults>2</D:nresults></D:limit>").status, 207);
     const auto answer = Report("/", "", "1", "<D:limit><D:nresults>1</D:nresults></D:limit>");
     EXPECT_EQ(answer.status, 507);

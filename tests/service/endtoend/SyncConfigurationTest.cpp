@@ -28,7 +28,7 @@ TEST_F(SyncConfigurationTest, IsSentAsItIs) {
     for (const std::string& document :
          {std::string("<SyncConfig/>"), std::string("\xEF\xBB\xBF\r\n<SyncConfig>\xC3\xA4</SyncConfig>\n\n"),
           std::string("\xFF\xFE<\0S\0", 6), std::string("no XML & none at all \x01"), std::string(300000, 'x')}) {
-        _folder.Write(File, document);
+        folder.Write(File, document);
         const auto answer = Get();
         EXPECT_EQ(answer.status, 200);
         EXPECT_EQ(answer.error, "");
@@ -39,7 +39,7 @@ TEST_F(SyncConfigurationTest, IsSentAsItIs) {
 }
 
 TEST_F(SyncConfigurationTest, MayBeEmpty) {
-    _folder.Write(File, "");
+    folder.Write(File, "");
     const auto answer = Get();
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.body, "");
@@ -47,17 +47,17 @@ TEST_F(SyncConfigurationTest, MayBeEmpty) {
 }
 
 TEST_F(SyncConfigurationTest, IsReadAnewForEachRequest) {
-    _folder.Write(File, "old");
+    folder.Write(File, "old");
     EXPECT_EQ(Get().body, "old");
-    _folder.Write("new", "new and longer");
-    std::filesystem::rename(_folder / "new", _folder / File);
+    folder.Write("new", "new and longer");
+    std::filesystem::rename(folder / "new", folder / File);
     EXPECT_EQ(Get().body, "new and longer");
-    std::filesystem::remove(_folder / File);
+    std::filesystem::remove(folder / File);
     EXPECT_EQ(Get().status, 404);
 }
 
 TEST_F(SyncConfigurationTest, HeadHasTheSameHeadersAndNoBody) {
-    _folder.Write(File, "<SyncConfig/>");
+    folder.Write(File, "<SyncConfig/>");
     const auto answer = Send("HEAD", Address);
     EXPECT_EQ(answer.status, 200);
     EXPECT_EQ(answer.body, "");
@@ -68,19 +68,19 @@ TEST_F(SyncConfigurationTest, HeadHasTheSameHeadersAndNoBody) {
 TEST_F(SyncConfigurationTest, OnlyAPlainFileCounts) {
     const TemporaryFolder outside;
     outside.Write("secret", "s");
-    std::filesystem::create_symlink(outside / "secret", _folder / File);
+    std::filesystem::create_symlink(outside / "secret", folder / File);
     EXPECT_EQ(Get().status, 404);
-    std::filesystem::remove(_folder / File);
-    mkfifo((_folder / File).c_str(), 0600);
+    std::filesystem::remove(folder / File);
+    mkfifo((folder / File).c_str(), 0600);
     EXPECT_EQ(Get().status, 404);
-    std::filesystem::remove(_folder / File);
-    std::filesystem::create_directory(_folder / File);
+    std::filesystem::remove(folder / File);
+    std::filesystem::create_directory(folder / File);
     EXPECT_EQ(Get().status, 404);
 }
 
 TEST_F(SyncConfigurationTest, CannotBeChangedOverHttp) {
-    _folder.Write(File, "<SyncConfig/>");
-    _folder.Write("f", "x");
+    folder.Write(File, "<SyncConfig/>");
+    folder.Write("f", "x");
     for (const char* method : {"PUT", "DELETE", "MKCOL", "PROPFIND", "PROPPATCH", "OPTIONS", "COPY", "MOVE"}) {
         const auto answer = Send(method, Address, {Destination("/elsewhere")}, std::string(method) == "PUT" ? "x" : "");
         EXPECT_EQ(answer.status, 405) << method;
@@ -88,8 +88,8 @@ TEST_F(SyncConfigurationTest, CannotBeChangedOverHttp) {
     }
     EXPECT_EQ(Status("MOVE", "/f", {Destination(Address)}), 403);
     EXPECT_EQ(Get().body, "<SyncConfig/>");
-    EXPECT_FALSE(_folder.Has("elsewhere"));
-    EXPECT_TRUE(_folder.Has("f"));
+    EXPECT_FALSE(folder.Has("elsewhere"));
+    EXPECT_TRUE(folder.Has("f"));
 }
 
 TEST(SyncConfigurationOfAServiceWithAUser, IsForTheUserAlone) {
@@ -109,7 +109,7 @@ protected:
     FaultySyncConfigurationTest()
         : SyncConfigurationTest({"--fault", "cut=4,request=1", "--fault", "status=503,request=2", "--fault",
                                  "content-type=text/html,request=3"}) {
-        _folder.Write(File, "<SyncConfig/>");
+        folder.Write(File, "<SyncConfig/>");
     }
 };
 

@@ -11,11 +11,11 @@ namespace {
 
 class MetadataStoreTest : public testing::Test {
 protected:
-    MetadataStoreTest() : _store(std::make_unique<MetadataStore>(_folder / "m.db", "anna", 1000)) {}
+    MetadataStoreTest() : store(std::make_unique<MetadataStore>(folder / "m.db", "anna", 1000)) {}
 
     void Reopen() {
-        _store.reset();
-        _store = std::make_unique<MetadataStore>(_folder / "m.db", "berta", 2000);
+        store.reset();
+        store = std::make_unique<MetadataStore>(folder / "m.db", "berta", 2000);
     }
 
     Resource Insert(const std::string& name, std::int64_t parent, bool isCollection = false) {
@@ -24,16 +24,16 @@ protected:
         resource.parent = parent;
         resource.isCollection = isCollection;
         resource.changed = 5;
-        _store->Insert(resource);
+        store->Insert(resource);
         return resource;
     }
 
-    test::TemporaryFolder _folder;
-    std::unique_ptr<MetadataStore> _store;
+    test::TemporaryFolder folder;
+    std::unique_ptr<MetadataStore> store;
 };
 
 TEST_F(MetadataStoreTest, NewStoreHasARootOfItsOwner) {
-    const Resource root = _store->Root();
+    const Resource root = store->Root();
     EXPECT_EQ(root.id, 1);
     EXPECT_EQ(root.parent, 0);
     EXPECT_TRUE(root.isCollection);
@@ -58,9 +58,9 @@ TEST_F(MetadataStoreTest, KeepsEveryMemberOverARestart) {
     r.isExecutable = true;
     r.created = 11;
     r.changed = 12;
-    _store->Update(r);
+    store->Update(r);
     Reopen();
-    const Resource k = _store->Child(1, "f").value();
+    const Resource k = store->Child(1, "f").value();
     EXPECT_EQ(std::tie(k.id, k.parent, k.name, k.isCollection, k.itemId, k.owner, k.privileges, k.visibility,
                        k.classType, k.displayName, k.syncOption, k.linksExtractedAt, k.attribute, k.version, k.size,
                        k.modified, k.isExecutable, k.md5, k.created, k.changed),
@@ -71,29 +71,29 @@ TEST_F(MetadataStoreTest, KeepsEveryMemberOverARestart) {
 
 TEST_F(MetadataStoreTest, NeverGivesAnIdTwice) {
     const std::int64_t first = Insert("a", 1).id;
-    _store->RemoveTree(first);
+    store->RemoveTree(first);
     Reopen();
     EXPECT_GT(Insert("a", 1).id, first);
 }
 
 TEST_F(MetadataStoreTest, FindsAResourceByItsIdsOnly) {
     const Resource f = Insert("f", 1);
-    EXPECT_EQ(_store->ById(f.id)->name, "f");
-    EXPECT_FALSE(_store->ById(f.id + 1));
-    EXPECT_EQ(_store->ByItemId(f.itemId)->id, f.id);
-    const std::string store = f.itemId.substr(0, f.itemId.rfind('-') + 1);
+    EXPECT_EQ(store->ById(f.id)->name, "f");
+    EXPECT_FALSE(store->ById(f.id + 1));
+    EXPECT_EQ(store->ByItemId(f.itemId)->id, f.id);
+    const std::string ofStore = f.itemId.substr(0, f.itemId.rfind('-') + 1);
     const std::string number = std::to_string(f.id);
     const std::vector<std::string> unknownIds{std::string(),
                                               number,
                                               "-" + number,
-                                              store,
-                                              store + "0" + number,
-                                              store + number + "x",
+                                              ofStore,
+                                              ofStore + "0" + number,
+                                              ofStore + number + "x",
                                               "0" + f.itemId,
-                                              store + std::string(30, '9'),
+                                              ofStore + std::string(30, '9'),
                                               f.itemId + std::string(1, '\0')};
     for (const std::string& other : unknownIds) {
-        EXPECT_FALSE(_store->ByItemId(other)) << other;
+        EXPECT_FALSE(store->ByItemId(other)) << other;
     }
 }
 
@@ -102,54 +102,54 @@ TEST_F(MetadataStoreTest, ListsChildrenInTheOrderOfBytes) {
         Insert(name, 1);
     }
     std::vector<std::string> names;
-    for (const Resource& child : _store->Children(1)) {
+    for (const Resource& child : store->Children(1)) {
         names.push_back(child.name);
     }
     EXPECT_THAT(names, testing::ElementsAre("B", "a", "a.txt", "b", "\xC3\xA4"));
 }
 
 TEST_F(MetadataStoreTest, ForgetsATreeWithItsPropertiesAndNothingElse) {
-    const Resource folder = Insert("folder", 1, true);
-    const Resource inner = Insert("inner", folder.id, true);
+    const Resource outer = Insert("folder", 1, true);
+    const Resource inner = Insert("inner", outer.id, true);
     const Resource file = Insert("file", inner.id);
     const Resource beside = Insert("beside", 1);
-    _store->SetDeadProperty(file.id, {{"urn:x", "p"}, "<p/>"});
-    _store->RemoveTree(folder.id);
-    EXPECT_FALSE(_store->Child(1, "folder"));
-    EXPECT_FALSE(_store->Child(folder.id, "inner"));
-    EXPECT_FALSE(_store->Child(inner.id, "file"));
-    EXPECT_TRUE(_store->DeadProperties(file.id).empty());
-    EXPECT_TRUE(_store->Child(1, "beside"));
+    store->SetDeadProperty(file.id, {{"urn:x", "p"}, "<p/>"});
+    store->RemoveTree(outer.id);
+    EXPECT_FALSE(store->Child(1, "folder"));
+    EXPECT_FALSE(store->Child(outer.id, "inner"));
+    EXPECT_FALSE(store->Child(inner.id, "file"));
+    EXPECT_TRUE(store->DeadProperties(file.id).empty());
+    EXPECT_TRUE(store->Child(1, "beside"));
 }
 
 TEST_F(MetadataStoreTest, NotesAChangeOfAWholeTree) {
-    const Resource folder = Insert("folder", 1, true);
-    Insert("file", folder.id);
+    const Resource outer = Insert("folder", 1, true);
+    Insert("file", outer.id);
     Insert("beside", 1);
-    _store->TreeChanged(folder.id, 9);
-    EXPECT_EQ(_store->Child(1, "folder")->changed, 9);
-    EXPECT_EQ(_store->Child(folder.id, "file")->changed, 9);
-    EXPECT_EQ(_store->Child(1, "beside")->changed, 5);
+    store->TreeChanged(outer.id, 9);
+    EXPECT_EQ(store->Child(1, "folder")->changed, 9);
+    EXPECT_EQ(store->Child(outer.id, "file")->changed, 9);
+    EXPECT_EQ(store->Child(1, "beside")->changed, 5);
 }
 
 TEST_F(MetadataStoreTest, KeepsTheJournalUntilItIsCleared) {
-    _store->WriteJournal({{"a", "b", true, 1}, {"c", "d", false, 0xFFFFFFFFFFFFFFFFULL}});
+    store->WriteJournal({{"a", "b", true, 1}, {"c", "d", false, 0xFFFFFFFFFFFFFFFFULL}});
     Reopen();
-    const auto journal = _store->Journal();
+    const auto journal = store->Journal();
     ASSERT_EQ(journal.size(), 2U);
     EXPECT_EQ(journal[0].source, "a");
     EXPECT_EQ(journal[1].target, "d");
     EXPECT_EQ(journal[1].inode, 0xFFFFFFFFFFFFFFFFULL);
-    _store->ClearJournal();
-    EXPECT_TRUE(_store->Journal().empty());
+    store->ClearJournal();
+    EXPECT_TRUE(store->Journal().empty());
 }
 
 TEST_F(MetadataStoreTest, TransactionThatIsNotCommittedLeavesNothing) {
     {
-        const MetadataStore::Transaction transaction(*_store);
+        const MetadataStore::Transaction transaction(*store);
         Insert("f", 1);
     }
-    EXPECT_FALSE(_store->Child(1, "f"));
+    EXPECT_FALSE(store->Child(1, "f"));
 }
 
 TEST_F(MetadataStoreTest, ChecksumOfOtherContentIsNotKept) {
@@ -157,11 +157,11 @@ TEST_F(MetadataStoreTest, ChecksumOfOtherContentIsNotKept) {
     Resource stale = file;
     stale.md5 = "stale";
     stale.size = 1;
-    _store->SetChecksum(stale);
-    EXPECT_EQ(_store->Child(1, "f")->md5, "");
+    store->SetChecksum(stale);
+    EXPECT_EQ(store->Child(1, "f")->md5, "");
     file.md5 = "fresh";
-    _store->SetChecksum(file);
-    EXPECT_EQ(_store->Child(1, "f")->md5, "fresh");
+    store->SetChecksum(file);
+    EXPECT_EQ(store->Child(1, "f")->md5, "fresh");
 }
 
 TEST(MetadataStoreFile, OfAnEarlierFormatIsBroughtUpToDate) {

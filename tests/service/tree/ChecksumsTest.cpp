@@ -18,7 +18,7 @@ constexpr const char* Md5OfHello = "5d41402abc4b2a76b9719d911017c592";
 
 class ChecksumsTest : public testing::Test {
 protected:
-    Listing::Entry Get(const std::string& path) { return _tree.List({path}, Request::Depth::Zero, {}).entries.front(); }
+    Listing::Entry Get(const std::string& path) { return tree.List({path}, Request::Depth::Zero, {}).entries.front(); }
 
     // The checksum that the tree keeps in the end.
     std::string Kept(const std::string& path) {
@@ -28,13 +28,13 @@ protected:
         return Get(path).resource.md5;
     }
 
-    test::TemporaryFolder _folder;
-    ServiceTree _tree{_folder.Path(), "anna"};
+    test::TemporaryFolder folder;
+    ServiceTree tree{folder.Path(), "anna"};
 };
 
 TEST_F(ChecksumsTest, AreComputedAndKept) {
-    _folder.Write("f", "hello");
-    Checksums checksums(_tree);
+    folder.Write("f", "hello");
+    Checksums checksums(tree);
     auto entry = Get("f");
     EXPECT_EQ(entry.resource.md5, "");
     checksums.Complete(entry);
@@ -44,10 +44,10 @@ TEST_F(ChecksumsTest, AreComputedAndKept) {
 
 TEST_F(ChecksumsTest, OfAllFilesAreComputedLater) {
     for (int i = 0; i < 50; ++i) {
-        _folder.Write("d/" + std::to_string(i), "hello");
+        folder.Write("d/" + std::to_string(i), "hello");
     }
-    _tree.List({""}, Request::Depth::Infinity, {});
-    Checksums checksums(_tree);
+    tree.List({""}, Request::Depth::Infinity, {});
+    Checksums checksums(tree);
     checksums.CompleteAllLater();
     for (int i = 0; i < 50; ++i) {
         EXPECT_EQ(Kept("d/" + std::to_string(i)), Md5OfHello) << i;
@@ -55,10 +55,10 @@ TEST_F(ChecksumsTest, OfAllFilesAreComputedLater) {
 }
 
 TEST_F(ChecksumsTest, OfContentThatHasBeenReplacedAreNotKept) {
-    _folder.Write("f", "hello");
-    Checksums checksums(_tree);
+    folder.Write("f", "hello");
+    Checksums checksums(tree);
     auto before = Get("f");
-    _folder.Write("f", "olleh");
+    folder.Write("f", "olleh");
     checksums.Complete(before);
     EXPECT_EQ(before.resource.md5, "");
     auto after = Get("f");
@@ -69,20 +69,20 @@ TEST_F(ChecksumsTest, OfContentThatHasBeenReplacedAreNotKept) {
 }
 
 TEST_F(ChecksumsTest, ThatAreKnownMeanwhileAreNotComputedAgain) {
-    _folder.Write("f", "hello");
+    folder.Write("f", "hello");
     auto entry = Get("f");
     auto known = entry.resource;
     known.md5 = "known";
-    _tree.KeepChecksums({known});
-    Checksums checksums(_tree);
+    tree.KeepChecksums({known});
+    Checksums checksums(tree);
     checksums.Complete(entry);
     EXPECT_EQ(entry.resource.md5, "known");
 }
 
 TEST_F(ChecksumsTest, AreNoChange) {
-    _folder.Write("f", "hello");
+    folder.Write("f", "hello");
     const auto before = Get("f").resource;
-    Checksums checksums(_tree);
+    Checksums checksums(tree);
     checksums.CompleteAllLater();
     Kept("f");
     const auto after = Get("f").resource;
@@ -91,24 +91,24 @@ TEST_F(ChecksumsTest, AreNoChange) {
 }
 
 TEST_F(ChecksumsTest, AreKeptBeforeOthersThatTakeLong) {
-    _folder.Write("first", "hello");
+    folder.Write("first", "hello");
     Get("first");
-    _folder.Write("second", "");
-    std::filesystem::resize_file(_folder / "second", std::uintmax_t{1} << 40U);
+    folder.Write("second", "");
+    std::filesystem::resize_file(folder / "second", std::uintmax_t{1} << 40U);
     Get("second");
-    Checksums checksums(_tree);
+    Checksums checksums(tree);
     checksums.CompleteAllLater();
     EXPECT_EQ(Kept("first"), Md5OfHello);
 }
 
 TEST_F(ChecksumsTest, ThatTakeLongEndWithTheirOwner) {
-    _folder.Write("huge", "");
-    std::filesystem::resize_file(_folder / "huge", std::uintmax_t{1} << 40U);
-    _folder.Write("small", "hello");
+    folder.Write("huge", "");
+    std::filesystem::resize_file(folder / "huge", std::uintmax_t{1} << 40U);
+    folder.Write("small", "hello");
     Get("huge");
     Get("small");
     {
-        Checksums checksums(_tree);
+        Checksums checksums(tree);
         checksums.CompleteAllLater();
         // Somebody who waits for a small file need not wait for the large one.
         auto entry = Get("small");

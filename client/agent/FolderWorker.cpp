@@ -1,0 +1,278 @@
+#include "client/agent/FolderWorker.h"
+
+#include <log4cplus/loggingmacros.h>
+#include <malloc.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <memory>
+#include <random>
+
+#include "client/agent/AgentClock.h"
+#include "client/agent/AgentLog.h"
+#include "client/cli/output/ErrorText.h"
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace agent {
+
+using report::SyncEvent;
+using report::SyncProgress;
+
+namespace {
+
+const std::chrono::hours WishesHoldFor(24);
+
+FolderSchedule::Random RandomSource() {
+    const auto engine = std::make_shared<std::minstd_rand>(std::random_device()());
+    return [engine] { return std::uniform_real_distribution<double>(0, 1)(*engine); };
+}
+
+FolderSchedule::End EndOf(PassResult::End end) {
+    switch (end) {
+        case PassResult::End::InStep:
+        case PassResult::End::LeftSome:
+        case PassResult::End::Stopped:
+            return FolderSchedule::End::Done;
+        case PassResult::End::Failed:
+            return FolderSchedule::End::Failed;
+        case PassResult::End::Rejected:
+            return FolderSchedule::End::Rejected;
+    }
+    return FolderSchedule::End::Failed;
+}
+
+bool AreSameProblems(const FolderStatus& a, const FolderStatus& b) {
+    return a.error == b.error && a.problemCount == b.problemCount &&
+           std::equal(a.problems.begin(), a.problems.end(), b.problems.begin(), b.problems.end(),
+                      [](const SyncEvent& x, const SyncEvent& y) { return x.path == y.path && x.kind == y.kind; });
+}
+
+output::ErrorText ErrorTextOf(const input::Location& location) {
+    output::ErrorText::Context context;
+    context.server = location.Server();
+    context.path = location.serverPath;
+    context.thing = QStringLiteral("file or folder");
+    return output::ErrorText(context);
+}
+
+int NewWakeUp() {
+    const int descriptor = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    if (descriptor < 0) {
+        throw sync::core::SyncException(QStringLiteral("There are no more descriptors to be had."));
+    }
+    return descriptor;
+}
+
+void Drain(int descriptor) {
+    char bytes[8];
+    [[maybe_unused]] const ssize_t ignored = read(descriptor, bytes, sizeof(bytes));
+}
+
+}  // namespace
+
+FolderWorker::FolderWorker(const folders::SyncedFolder& folder, const FolderPassMaker& makePass,
+                           const std::function<void()>& onStatus)
+    : _folder(folder),
+      _onStatus(onStatus),
+      _wakeUp(NewWakeUp()),
+      _alarm(NewAlarm()),
+      _watcher(folder.directory, local::Exclusion(folder.rules)),
+      _schedule(Now(), RandomSource()) {
+    _status.directory = folder.directory;
+    _status.url = QUrl(folder.url).toDisplayString(QUrl::RemoveUserInfo);
+    _thread = std::thread([this, makePass] { _Work(makePass); });
+}
+
+FolderWorker::~FolderWorker() {
+    Stop();
+    _thread.join();
+    close(_wakeUp);
+    close(_alarm);
+}
+
+FolderStatus FolderWorker::Status() const {
+    const std::lock_guard<std::mutex> lock(_mutex);
+    return _status;
+}
+
+void FolderWorker::TryAgain() {
+    _isToTryAgain = true;
+    eventfd_write(_wakeUp, 1);
+}
+
+void FolderWorker::Stop() {
+    _isStopped = true;
+    eventfd_write(_wakeUp, 1);
+}
+
+void FolderWorker::_Work(const FolderPassMaker& makePass) {
+    {
+        const std::unique_ptr<IFolderPass> pass = makePass(_folder);
+        while (!_isStopped) {
+            if (_isToTryAgain.exchange(false)) {
+                _asked.reset();
+                _schedule.TryAgain(Now());
+            }
+            const std::optional<FolderSchedule::Time> due = _schedule.Due();
+            if (due && *due <= Now()) {
+                _RunPass(*pass);
+            } else {
+                _Sleep(due);
+            }
+        }
+    }
+    _hasEnded = true;
+    _onStatus();
+}
+
+void FolderWorker::_Sleep(std::optional<FolderSchedule::Time> until) {
+    if (until) {
+        SetAlarm(_alarm, *until);
+    }
+    // A negative descriptor is passed over.
+    pollfd waits[] = {{_wakeUp, POLLIN, 0}, {until ? _alarm : -1, POLLIN, 0}, {_watcher.Descriptor(), POLLIN, 0}};
+    poll(waits, std::size(waits), -1);
+    Drain(_wakeUp);
+    Drain(_alarm);
+    if (_watcher.TakeChanges()) {
+        _schedule.NoteChange(Now());
+        _Tell([due = _schedule.Due()](FolderStatus& status) {
+            if (due) {
+                status.nextPass = QDateTime::currentDateTimeUtc().addMSecs((*due - Now()).count());
+            }
+        });
+    }
+}
+
+void FolderWorker::_RunPass(IFolderPass& pass) {
+    _watcher.Watch();
+    _watcher.TakeChanges();
+    _schedule.BeginPass();
+    _pass = FolderStatus();
+    _problemPaths.clear();
+    _transfers.invalidate();
+    _Tell([this](FolderStatus& status) {
+        status.state = FolderStatus::State::Syncing;
+        status.notWatched = _watcher.Problem();
+        status.nextPass = QDateTime();
+    });
+    const auto begin = Now();
+    const PassResult result = pass.Run(_isStopped, *this);
+    if (result.end == PassResult::End::Stopped) {
+        return;
+    }
+    const auto end = Now();
+    if (EndOf(result.end) == FolderSchedule::End::Done && (!_asked || end - *_asked >= WishesHoldFor)) {
+        const ServiceWishes wishes = pass.AskWishes();
+        _asked = end;
+        _schedule.SetIntervals(wishes.frequency, wishes.delayAfterFailure);
+        _Tell([&wishes](FolderStatus& status) { status.newVersion = wishes.newVersion; });
+    }
+    _schedule.EndPass(Now(), EndOf(result.end));
+    _Finish(result, end - begin);
+    // What a pass needed of memory is not needed until the next one.
+    malloc_trim(0);
+}
+
+void FolderWorker::_Finish(const PassResult& result, std::chrono::milliseconds duration) {
+    const FolderStatus before = Status();
+    _pass.error = result.error;
+    _pass.seconds = static_cast<double>(duration.count()) / 1000;
+    _Log(result, before);
+    const std::optional<FolderSchedule::Time> due = _schedule.Due();
+    _Tell([&](FolderStatus& status) {
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        status.state = due ? FolderStatus::State::Waiting : FolderStatus::State::Stopped;
+        status.lastPass = now;
+        status.lastEnd = result.end;
+        status.fetched = _pass.fetched;
+        status.sent = _pass.sent;
+        status.deleted = _pass.deleted;
+        status.bytes = _pass.bytes;
+        status.seconds = _pass.seconds;
+        status.problems = _pass.problems;
+        status.problemCount = _pass.problemCount;
+        status.conflictCount = _pass.conflictCount;
+        status.error = _pass.error;
+        status.progress.reset();
+        status.nextPass = due ? now.addMSecs((*due - Now()).count()) : QDateTime();
+    });
+}
+
+void FolderWorker::_Log(const PassResult& result, const FolderStatus& before) const {
+    const log4cplus::Logger logger = AgentLogger();
+    if (!AreSameProblems(_pass, before)) {
+        for (const SyncEvent& problem : _pass.problems) {
+            LogLine(logger, log4cplus::WARN_LOG_LEVEL,
+                    QStringLiteral("%1: %2: %3").arg(_folder.directory, problem.path, problem.detail));
+        }
+        if (!result.error.isEmpty()) {
+            LogLine(logger, log4cplus::ERROR_LOG_LEVEL, QStringLiteral("%1: %2").arg(_folder.directory, result.error));
+        }
+    }
+    if (_pass.fetched + _pass.sent + _pass.deleted > 0) {
+        LogLine(logger, log4cplus::INFO_LOG_LEVEL,
+                QStringLiteral("%1: %2 fetched, %3 sent, %4 deleted in %5 s")
+                    .arg(_folder.directory, QString::number(_pass.fetched), QString::number(_pass.sent),
+                         QString::number(_pass.deleted), QString::number(_pass.seconds, 'f', 1)));
+    }
+}
+
+void FolderWorker::OnEvent(const SyncEvent& event) {
+    _pass.bytes += event.bytes;
+    switch (event.kind) {
+        case SyncEvent::Kind::Fetched:
+        case SyncEvent::Kind::Updated:
+            ++_pass.fetched;
+            break;
+        case SyncEvent::Kind::Sent:
+            ++_pass.sent;
+            break;
+        case SyncEvent::Kind::Deleted:
+            ++_pass.deleted;
+            break;
+        default:
+            break;
+    }
+    // The two directions of a pass may both tell of a path.
+    if (!event.IsProblem() || _problemPaths.contains(event.path)) {
+        return;
+    }
+    _problemPaths.insert(event.path);
+    ++_pass.problemCount;
+    _pass.conflictCount += event.kind == SyncEvent::Kind::Conflict ? 1 : 0;
+    if (_pass.problems.size() < FolderStatus::MostProblems) {
+        SyncEvent told = event;
+        if (told.error) {
+            told.detail = ErrorTextOf(_folder.location).Of(told.error).text;
+            told.error = nullptr;
+        }
+        _pass.problems.append(told);
+    }
+}
+
+void FolderWorker::OnProgress(const SyncProgress& progress) {
+    // Each direction of a pass counts its own transfers.
+    if (!_transfers.isValid() || progress.doneFiles < _pass.progress->doneFiles) {
+        _transfers.start();
+    }
+    _pass.progress = progress;
+    _Tell([this](FolderStatus& status) {
+        status.progress = _pass.progress;
+        status.progressSeconds = static_cast<double>(_transfers.elapsed()) / 1000;
+    });
+}
+
+void FolderWorker::_Tell(const std::function<void(FolderStatus&)>& change) {
+    {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        change(_status);
+    }
+    _onStatus();
+}
+
+}  // namespace agent
+}  // namespace ovsync

@@ -1,0 +1,159 @@
+#include "client/agent/PullThenPush.h"
+
+#include <QFileInfo>
+#include <utility>
+
+#include "client/cli/input/ServiceFolderAt.h"
+#include "client/cli/output/ErrorText.h"
+#include "client/store/FileConfigManager.h"
+#include "client/store/RecordDatabase.h"
+#include "client/sync/local/LocalTree.h"
+#include "client/sync/pass/SyncConfiguration.h"
+#include "client/sync/pull/PullPass.h"
+#include "client/sync/push/PushPass.h"
+#include "client/wire/HttpStatus.h"
+#include "dvsync/ExternalSyncConfig.h"
+#include "dvsync/VersionChecker.h"
+#include "dvsync/VersionManager.h"
+#include "host/http/HttpException.h"
+
+namespace ovsync {
+namespace agent {
+
+using library::ServiceConnection;
+using output::ErrorText;
+using report::ISyncObserver;
+using report::SyncOutcome;
+using store::RecordDatabase;
+using wire::HttpStatus;
+
+namespace {
+
+PassResult ResultOf(SyncOutcome outcome) {
+    switch (outcome) {
+        case SyncOutcome::InStep:
+            return {PassResult::End::InStep, QString()};
+        case SyncOutcome::LeftSome:
+            return {PassResult::End::LeftSome, QString()};
+        case SyncOutcome::Failed:
+            return {PassResult::End::Failed, QString()};
+        case SyncOutcome::Cancelled:
+            return {PassResult::End::Stopped, QString()};
+    }
+    return {PassResult::End::Failed, QString()};
+}
+
+ErrorText::Context ContextOf(const folders::SyncedFolder& folder, const QAuthenticator& credentials) {
+    ErrorText::Context context;
+    context.server = folder.location.Server();
+    context.path = folder.location.serverPath;
+    context.user = credentials.user();
+    return context;
+}
+
+ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigManager>& published) {
+    pass::SyncConfiguration tuning(published);
+    ServiceWishes wishes;
+    wishes.delayAfterFailure = std::chrono::seconds(tuning.GetSyncDelayAfterServerError());
+    if (!published) {
+        wishes.frequency = std::chrono::seconds(tuning.GetSyncFrequency());
+        return wishes;
+    }
+    wishes.frequency = std::chrono::seconds(published->GetExternalSyncConfig().syncFrequency);
+    QString newest;
+    sync::dv::dvsync::VersionChecker checker(std::make_shared<sync::dv::dvsync::VersionManager>(published));
+    if (checker.ThereIsANewAppVersion(newest)) {
+        wishes.newVersion = newest;
+    }
+    return wishes;
+}
+
+}  // namespace
+
+PullThenPush::PullThenPush(const folders::SyncedFolder& folder, const QAuthenticator& credentials)
+    : _folder(folder), _credentials(credentials) {}
+
+PassResult PullThenPush::Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+    _isStopped = &isStopped;
+    PassResult result{PassResult::End::Failed, QString()};
+    try {
+        result = ResultOf(_Sync(isStopped, observer));
+    } catch (const std::exception& e) {
+        result.error = ErrorText(ContextOf(_folder, _credentials)).Of(std::current_exception()).text;
+        const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
+        if (answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized) {
+            result.end = PassResult::End::Rejected;
+            result.error += QStringLiteral("; \"ovsync login -u %1 %2\" gives one")
+                                .arg(_credentials.isNull() ? QStringLiteral("USER") : _credentials.user(),
+                                     _folder.location.baseUrl.toString());
+        }
+    }
+    if (isStopped) {
+        result.end = PassResult::End::Stopped;
+    }
+    // A new connection may do better than this one.
+    if (result.end == PassResult::End::Failed) {
+        _connection.reset();
+    }
+    _isStopped = nullptr;
+    return result;
+}
+
+ServiceWishes PullThenPush::AskWishes() {
+    try {
+        return WishesOf(_Connection().FetchSyncConfig());
+    } catch (const std::exception&) {
+        // Other servers publish nothing.
+        return WishesOf(nullptr);
+    }
+}
+
+ServiceConnection& PullThenPush::_Connection() {
+    if (!_connection) {
+        wire::ConnectionSettings settings;
+        settings.caFile = _folder.caFile;
+        settings.onProgress = [this](qint64, bool) {
+            if (_isStopped != nullptr && *_isStopped) {
+                _connection->Cancel();
+            }
+        };
+        _connection = std::make_unique<ServiceConnection>(_folder.location.baseUrl, _credentials, settings);
+    }
+    return *_connection;
+}
+
+SyncOutcome PullThenPush::_Sync(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+    ServiceConnection& connection = _Connection();
+    const QString root = QFileInfo(_folder.directory).canonicalFilePath();
+    // A folder that is away deletes nothing, and is not made anew.
+    local::LocalTree tree(root.isEmpty() ? _folder.directory : root);
+    const auto records = std::make_shared<RecordDatabase>(root, RecordDatabase::Access::Change);
+
+    pass::SyncOptions options;
+    options.deletes = true;
+    options.transfers = _folder.transfers;
+    options.deletionLimit = _folder.deletionLimit;
+    options.daysKept = _folder.daysKept;
+    options.exclusion = local::Exclusion(_folder.rules);
+    options.isStopped = &isStopped;
+
+    pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root);
+    const auto updater =
+        connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
+    service.updater = updater.get();
+    service.newConnection = [&connection, transfers = _folder.transfers] {
+        return connection.NewContentConnection(transfers);
+    };
+
+    pass::SyncPass pulling(service, tree, *records, options, observer);
+    const SyncOutcome pulled = pull::PullPass(pulling).Run();
+    if (pulled == SyncOutcome::Failed || pulled == SyncOutcome::Cancelled) {
+        return pulled;
+    }
+    pass::SyncPass pushing(service, tree, *records, options, observer);
+    const SyncOutcome pushed = push::PushPass(pushing).Run();
+    return pushed == SyncOutcome::InStep ? pulled : pushed;
+}
+
+}  // namespace agent
+}  // namespace ovsync

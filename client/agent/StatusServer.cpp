@@ -1,0 +1,95 @@
+#include "client/agent/StatusServer.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QLocalSocket>
+
+#include "host/core/SyncException.h"
+
+namespace ovsync {
+namespace agent {
+
+namespace {
+
+const int LongestRequest = 100;
+
+bool IsOfThisUser(const QLocalSocket& socket) {
+    ucred peer{};
+    socklen_t size = sizeof(peer);
+    return getsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
+           peer.uid == getuid();
+}
+
+}  // namespace
+
+StatusServer::StatusServer(const Actions& actions) : _actions(actions) {
+    _server.setSocketOptions(QLocalServer::UserAccessOption);
+    QObject::connect(&_server, &QLocalServer::newConnection, [this] { _Accept(); });
+}
+
+QString StatusServer::PathIn(const QString& folder) {
+    return folder + QLatin1String("/agent.sock");
+}
+
+void StatusServer::Listen(const QString& path) {
+    QLocalServer::removeServer(path);
+    if (!_server.listen(path) || chmod(path.toUtf8().constData(), S_IRUSR | S_IWUSR) != 0) {
+        throw sync::core::SyncException(QStringLiteral("%1: %2").arg(path, _server.errorString()));
+    }
+}
+
+void StatusServer::TellWatchers() {
+    _watchers.removeAll(nullptr);
+    if (_watchers.isEmpty()) {
+        return;
+    }
+    const QByteArray line = _actions.status();
+    for (const QPointer<QLocalSocket>& watcher : _watchers) {
+        if (watcher->bytesToWrite() == 0) {
+            watcher->write(line);
+        }
+    }
+}
+
+void StatusServer::_Accept() {
+    while (QLocalSocket* const socket = _server.nextPendingConnection()) {
+        if (!IsOfThisUser(*socket)) {
+            socket->deleteLater();
+            socket->abort();
+            continue;
+        }
+        QObject::connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        QObject::connect(socket, &QLocalSocket::readyRead, [this, socket] { _Read(*socket); });
+        _Read(*socket);
+    }
+}
+
+void StatusServer::_Read(QLocalSocket& socket) {
+    // What is carried out may run the event loop.
+    const QPointer<QLocalSocket> there(&socket);
+    while (there && socket.canReadLine()) {
+        const QByteArray request = socket.readLine().trimmed();
+        if (request == "watch") {
+            _watchers.append(there);
+        } else if (request == "reload") {
+            _actions.reload();
+        } else if (request == "stop") {
+            _actions.stop();
+        } else if (request != "status") {
+            socket.abort();
+            return;
+        }
+        if (there) {
+            socket.write(_actions.status());
+            socket.flush();
+        }
+    }
+    if (there && socket.bytesAvailable() > LongestRequest) {
+        socket.abort();
+    }
+}
+
+}  // namespace agent
+}  // namespace ovsync

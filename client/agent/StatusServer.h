@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QLocalServer>
+#include <QPointer>
+#include <QString>
+#include <functional>
+
+class QLocalSocket;
+
+namespace ovsync {
+namespace agent {
+
+/// Answers the commands of this user at a local socket, which nobody else can open. A request is a line, and so is each
+/// answer: "status" is answered by the status; "watch" by the same now and whenever it changed; "reload" and "stop" are
+/// carried out, and then answered by it. To be used on one thread, whose event loop it needs.
+class StatusServer {
+public:
+    struct Actions {
+        std::function<QByteArray()> status;
+        std::function<void()> reload;
+        std::function<void()> stop;
+    };
+
+    explicit StatusServer(const Actions& actions);
+
+    /// Its name in a folder that is for this user alone.
+    static QString PathIn(const QString& folder);
+
+    /// Throws SyncException. What a dead process left there is replaced.
+    void Listen(const QString& path);
+
+    /// Whoever watches is told the status, unless they still have to read the last one.
+    void TellWatchers();
+
+private:
+    void _Accept();
+    void _Read(QLocalSocket& socket);
+
+    const Actions _actions;
+    QLocalServer _server;
+    QList<QPointer<QLocalSocket>> _watchers;
+};
+
+}  // namespace agent
+}  // namespace ovsync

@@ -1,0 +1,35 @@
+#include "client/cli/input/ServiceFolderAt.h"
+
+namespace ovsync {
+namespace input {
+
+using library::ServiceConnection;
+
+namespace {
+
+/// The same for every spelling of one URL.
+QString AddressOf(const Location& location) {
+    QUrl url = location.baseUrl;
+    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
+        url.setPort(-1);
+    }
+    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
+    return url.toString(QUrl::FullyEncoded);
+}
+
+}  // namespace
+
+pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root) {
+    pass::ServiceFolder service;
+    service.folder = connection.Folder(location.serverPath);
+    service.folder.localPath = root;
+    service.address = AddressOf(location);
+    service.folders = &connection.Folders();
+    service.files = &connection.Files();
+    service.newConnection = [&connection] { return connection.NewContentConnection(); };
+    service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
+    return service;
+}
+
+}  // namespace input
+}  // namespace ovsync

@@ -1,0 +1,92 @@
+#include "client/folders/FoldersFile.h"
+
+#include <QDir>
+#include <algorithm>
+#include <functional>
+
+#include "client/cli/input/Refusal.h"
+#include "client/cli/input/UsageError.h"
+#include "client/user/Places.h"
+#include "client/user/WholeFile.h"
+
+namespace ovsync {
+namespace folders {
+
+using input::Refusal;
+using input::UsageError;
+using user::EditWholeFile;
+using user::FoldersFilePath;
+using user::ReadWholeFile;
+
+namespace {
+
+const mode_t AsOthersInTheFolder = 0644;
+
+const char Header[] =
+    "# The folders that ovsync keeps in step. \"ovsync folders\" changes this file, and so may you.\n";
+
+FoldersReading ReadHere(const QByteArray& text) {
+    return ReadFolders(text, QDir::homePath());
+}
+
+void RequireNoMistake(const FoldersReading& reading) {
+    if (!reading.mistakes.isEmpty()) {
+        throw Refusal(QStringLiteral("%1 has a mistake in %2").arg(FoldersFilePath(), reading.mistakes.first()));
+    }
+}
+
+void Edit(const std::function<QByteArray(const QByteArray&, const QVector<SyncedFolder>&)>& change) {
+    EditWholeFile(FoldersFilePath(), AsOthersInTheFolder, [&change](const QByteArray& text) {
+        const FoldersReading before = ReadHere(text);
+        RequireNoMistake(before);
+        QByteArray changed = change(text, before.folders);
+        if (changed.isEmpty() || !ReadHere(changed).mistakes.isEmpty()) {
+            throw Refusal(QStringLiteral("%1: this folder does not stand in a [[folder]] block with lines of its own. "
+                                         "Change it by hand")
+                              .arg(FoldersFilePath()));
+        }
+        return changed;
+    });
+}
+
+/// Throws UsageError when it is not there.
+int IndexOf(const QString& directory, const QVector<SyncedFolder>& folders) {
+    const auto found = std::find_if(folders.begin(), folders.end(),
+                                    [&directory](const SyncedFolder& folder) { return folder.directory == directory; });
+    if (found == folders.end()) {
+        throw UsageError(QStringLiteral("%1 is none of the folders that \"ovsync folders list\" shows").arg(directory));
+    }
+    return static_cast<int>(found - folders.begin());
+}
+
+}  // namespace
+
+FoldersReading ReadFoldersFile() {
+    return ReadHere(ReadWholeFile(FoldersFilePath()));
+}
+
+void AddToFoldersFile(const SyncedFolder& folder) {
+    Edit([&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
+        for (const SyncedFolder& known : folders) {
+            if (known.directory == folder.directory) {
+                throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
+            }
+        }
+        return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
+    });
+}
+
+void RemoveFromFoldersFile(const QString& directory) {
+    Edit([&directory](const QByteArray& text, const QVector<SyncedFolder>& folders) {
+        return WithoutFolder(text, IndexOf(directory, folders));
+    });
+}
+
+void PauseInFoldersFile(const QString& directory, bool isPaused) {
+    Edit([&directory, isPaused](const QByteArray& text, const QVector<SyncedFolder>& folders) {
+        return WithPause(text, IndexOf(directory, folders), isPaused);
+    });
+}
+
+}  // namespace folders
+}  // namespace ovsync

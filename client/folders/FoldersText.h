@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+#include <QVector>
+
+#include "client/folders/SyncedFolder.h"
+
+/// The folders file as text that people write, too: TOML, in UTF-8, with a [[folder]] block for each folder. Changes
+/// leave all else, comments and order included, as it is. Thread-safe.
+
+namespace ovsync {
+namespace folders {
+
+/// What a text says.
+struct FoldersReading {
+    /// In the order of the text; only to be relied on when there is no mistake.
+    QVector<SyncedFolder> folders;
+    /// Each begins with "line N: ".
+    QStringList mistakes;
+};
+
+/// `home` stands for a leading "~" of a path.
+FoldersReading ReadFolders(const QByteArray& text, const QString& home);
+
+/// `text` with a block for `folder` at its end.
+QByteArray WithFolder(const QByteArray& text, const SyncedFolder& folder);
+
+/// `text`, which has no mistake, without the block of the folder at `index`, or with that folder paused or not. Empty
+/// when the folder is not written as a block of its own lines.
+QByteArray WithoutFolder(const QByteArray& text, int index);
+QByteArray WithPause(const QByteArray& text, int index, bool isPaused);
+
+}  // namespace folders
+}  // namespace ovsync

@@ -1,0 +1,270 @@
+#include "client/agent/FolderWorker.h"
+
+#include <gmock/gmock.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+
+#include "tests/fakes/Text.h"
+
+namespace {
+
+using ovsync::agent::FolderStatus;
+using ovsync::agent::FolderWorker;
+using ovsync::agent::IFolderPass;
+using ovsync::agent::PassResult;
+using ovsync::agent::ServiceWishes;
+using ovsync::folders::SyncedFolder;
+using ovsync::report::ISyncObserver;
+using ovsync::report::SyncEvent;
+using tests::Text;
+using PassEnd = PassResult::End;
+using State = FolderStatus::State;
+
+const std::chrono::seconds Patience(30);
+
+/// What the passes of a test do, one after the other; those after the last find nothing to do.
+class Script {
+public:
+    using Pass = std::function<PassResult(const std::atomic<bool>&, ISyncObserver&)>;
+
+    void Add(const Pass& pass) { _passes.push_back(pass); }
+    void Add(const PassResult& result) {
+        Add([result](const std::atomic<bool>&, ISyncObserver&) { return result; });
+    }
+
+    PassResult Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+        Pass pass;
+        {
+            const std::lock_guard<std::mutex> lock(_mutex);
+            if (!_passes.empty()) {
+                pass = _passes.front();
+                _passes.pop_front();
+            }
+        }
+        PassResult result = pass ? pass(isStopped, observer) : PassResult{PassEnd::InStep, QString()};
+        const std::lock_guard<std::mutex> lock(_mutex);
+        ++_count;
+        _changed.notify_all();
+        return result;
+    }
+
+    /// Whether so many passes have come to their end.
+    bool HasRun(int count) {
+        std::unique_lock<std::mutex> lock(_mutex);
+        return _changed.wait_for(lock, Patience, [this, count] { return _count >= count; });
+    }
+
+    int Count() {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return _count;
+    }
+
+private:
+    std::mutex _mutex;
+    std::condition_variable _changed;
+    std::deque<Pass> _passes;
+    int _count = 0;
+};
+
+class ScriptedPass : public IFolderPass {
+public:
+    explicit ScriptedPass(Script& script) : _script(script) {}
+
+    PassResult Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) override {
+        return _script.Run(isStopped, observer);
+    }
+    ServiceWishes AskWishes() override {
+        return {std::chrono::seconds(3600), std::chrono::seconds(0), Text("KQ99_1_WIN")};
+    }
+
+private:
+    Script& _script;
+};
+
+class FolderWorkerTest : public testing::Test {
+protected:
+    FolderWorkerTest() {
+        _folder.directory = _directory.path();
+        _folder.url = Text("http://ann@h.test/folder/");
+    }
+
+    FolderWorker& Start() {
+        _worker = std::make_unique<FolderWorker>(
+            _folder, [this](const SyncedFolder&) { return std::make_unique<ScriptedPass>(_script); },
+            [this] {
+                const std::lock_guard<std::mutex> lock(_mutex);
+                ++_tellings;
+                _told.notify_all();
+            });
+        return *_worker;
+    }
+
+    /// The status once it is as `condition` wants it.
+    template <typename Condition>
+    FolderStatus StatusWhen(Condition condition) {
+        std::unique_lock<std::mutex> lock(_mutex);
+        EXPECT_TRUE(_told.wait_for(lock, Patience, [&] { return condition(_worker->Status()); }));
+        return _worker->Status();
+    }
+
+    void Write(const char* name) {
+        QFile file(_directory.filePath(Text(name)));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+
+    const QTemporaryDir _directory;
+    SyncedFolder _folder;
+    Script _script;
+    std::mutex _mutex;
+    std::condition_variable _told;
+    int _tellings = 0;
+    std::unique_ptr<FolderWorker> _worker;
+};
+
+bool IsWaiting(const FolderStatus& status) {
+    return status.state == State::Waiting;
+}
+
+TEST_F(FolderWorkerTest, BeginsWithAPassAndTellsWhatItDid) {
+    _script.Add([](const std::atomic<bool>&, ISyncObserver& observer) {
+        observer.OnEvent({SyncEvent::Kind::Fetched, Text("a"), QString(), 5});
+        observer.OnEvent({SyncEvent::Kind::Updated, Text("b"), QString(), 6});
+        observer.OnEvent({SyncEvent::Kind::Sent, Text("c"), QString(), 7});
+        observer.OnEvent({SyncEvent::Kind::Deleted, Text("d"), QString()});
+        return PassResult{PassEnd::InStep, QString()};
+    });
+    Start();
+    const FolderStatus status = StatusWhen(IsWaiting);
+    EXPECT_EQ(status.directory, _directory.path());
+    EXPECT_EQ(status.url, Text("http://h.test/folder/"));
+    EXPECT_EQ(status.fetched, 2);
+    EXPECT_EQ(status.sent, 1);
+    EXPECT_EQ(status.deleted, 1);
+    EXPECT_EQ(status.bytes, 18);
+    EXPECT_EQ(status.newVersion, Text("KQ99_1_WIN"));
+    EXPECT_TRUE(status.lastPass.isValid());
+    EXPECT_GT(status.nextPass, status.lastPass.addSecs(3000));
+    EXPECT_EQ(status.error, QString());
+    EXPECT_EQ(status.notWatched, QString());
+}
+
+TEST_F(FolderWorkerTest, TellsWhatIsLeftToSomebodyOnceForEachPath) {
+    _script.Add([](const std::atomic<bool>&, ISyncObserver& observer) {
+        observer.OnEvent({SyncEvent::Kind::Conflict, Text("a"), Text("pull"), 0});
+        observer.OnEvent({SyncEvent::Kind::Refused, Text("b"), Text("bad name"), 0});
+        observer.OnEvent({SyncEvent::Kind::Conflict, Text("a"), Text("push"), 0});
+        observer.OnEvent({SyncEvent::Kind::NewerThere, Text("c"), QString(), 0});
+        return PassResult{PassEnd::LeftSome, QString()};
+    });
+    Start();
+    const FolderStatus status = StatusWhen(IsWaiting);
+    EXPECT_EQ(status.lastEnd, PassEnd::LeftSome);
+    EXPECT_EQ(status.problemCount, 2);
+    EXPECT_EQ(status.conflictCount, 1);
+    ASSERT_EQ(status.problems.size(), 2);
+    EXPECT_EQ(status.problems.first().detail, Text("pull"));
+}
+
+TEST_F(FolderWorkerTest, OfManyProblemsAHundredAreNamedAndAllCounted) {
+    _script.Add([](const std::atomic<bool>&, ISyncObserver& observer) {
+        for (int i = 0; i < 250; ++i) {
+            observer.OnEvent({SyncEvent::Kind::Refused, QString::number(i), QString(), 0});
+        }
+        return PassResult{PassEnd::LeftSome, QString()};
+    });
+    Start();
+    const FolderStatus status = StatusWhen(IsWaiting);
+    EXPECT_EQ(status.problemCount, 250);
+    EXPECT_EQ(status.problems.size(), 100);
+}
+
+TEST_F(FolderWorkerTest, AChangeBringsAPassAndOneThatDoesNothingBringsNone) {
+    Start();
+    ASSERT_TRUE(_script.HasRun(1));
+    Write("new");
+    ASSERT_TRUE(_script.HasRun(2));
+    StatusWhen(IsWaiting);
+    EXPECT_EQ(_script.Count(), 2);
+}
+
+TEST_F(FolderWorkerTest, WhatAPassChangesItselfBringsOneFurtherPassAndNoMore) {
+    _script.Add([this](const std::atomic<bool>&, ISyncObserver&) {
+        Write("fetched");
+        return PassResult{PassEnd::InStep, QString()};
+    });
+    Start();
+    ASSERT_TRUE(_script.HasRun(2));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+    EXPECT_EQ(_script.Count(), 2);
+}
+
+TEST_F(FolderWorkerTest, AFailureIsToldAndTriedAgain) {
+    _script.Add(PassResult{PassEnd::Failed, Text("no route")});
+    _script.Add(PassResult{PassEnd::Failed, Text("still no route")});
+    Start();
+    const FolderStatus status = StatusWhen([](const FolderStatus& now) { return now.error == Text("still no route"); });
+    EXPECT_EQ(status.state, State::Waiting);
+    EXPECT_EQ(status.lastEnd, PassEnd::Failed);
+    EXPECT_GE(status.nextPass, status.lastPass.addMSecs(4900));
+}
+
+TEST_F(FolderWorkerTest, ARejectionStopsTheFolderUntilItIsToTryAgain) {
+    _script.Add(PassResult{PassEnd::Rejected, Text("wrong password")});
+    FolderWorker& worker = Start();
+    const FolderStatus status = StatusWhen([](const FolderStatus& now) { return now.state == State::Stopped; });
+    EXPECT_EQ(status.error, Text("wrong password"));
+    EXPECT_FALSE(status.nextPass.isValid());
+    worker.TryAgain();
+    ASSERT_TRUE(_script.HasRun(2));
+    EXPECT_EQ(StatusWhen(IsWaiting).error, QString());
+}
+
+TEST_F(FolderWorkerTest, ShowsHowFarAPassIs) {
+    _script.Add([](const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+        ovsync::report::SyncProgress progress;
+        progress.doneFiles = 3;
+        progress.allFiles = 5;
+        observer.OnProgress(progress);
+        while (!isStopped) {
+            std::this_thread::yield();
+        }
+        return PassResult{PassEnd::Stopped, QString()};
+    });
+    Start();
+    const FolderStatus status = StatusWhen([](const FolderStatus& now) { return now.progress.has_value(); });
+    EXPECT_EQ(status.state, State::Syncing);
+    EXPECT_EQ(status.progress->doneFiles, 3);
+    EXPECT_EQ(status.progress->allFiles, 5);
+}
+
+TEST_F(FolderWorkerTest, StoppingEndsAPassAndIsTold) {
+    std::atomic<bool> hasBegun{false};
+    _script.Add([&hasBegun](const std::atomic<bool>& isStopped, ISyncObserver&) {
+        hasBegun = true;
+        while (!isStopped) {
+            std::this_thread::yield();
+        }
+        return PassResult{PassEnd::Stopped, QString()};
+    });
+    FolderWorker& worker = Start();
+    while (!hasBegun) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(worker.HasEnded());
+    worker.Stop();
+    StatusWhen([&worker](const FolderStatus&) { return worker.HasEnded(); });
+    EXPECT_EQ(_script.Count(), 1);
+}
+
+TEST_F(FolderWorkerTest, AFolderThatIsNotThereIsToldOf) {
+    _folder.directory = _directory.filePath(Text("missing"));
+    Start();
+    EXPECT_EQ(StatusWhen(IsWaiting).notWatched, Text("No such file or directory"));
+}
+
+}  // namespace

@@ -1,0 +1,287 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QThread>
+#include <csignal>
+
+#include "tests/endtoend/AgentUser.h"
+#include "tests/fakes/Text.h"
+
+namespace {
+
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::Not;
+using tests::AgentUser;
+using tests::BecomesTrue;
+using tests::ProgramResult;
+using tests::Service;
+using tests::Text;
+
+QByteArray Block(const QString& directory, const QString& url) {
+    return "[[folder]]\npath = \"" + directory.toUtf8() + "\"\nurl = \"" + url.toUtf8() + "\"\n";
+}
+
+class AgentSyncTest : public testing::Test {
+protected:
+    void Add(const QString& url, const QStringList& options = QStringList(), const char* directory = "synced") {
+        const ProgramResult result =
+            _user.Ovsync(QStringList({Text("folders"), Text("add"), _user.Path(Text(directory)), url}) + options);
+        ASSERT_EQ(result.exitCode, 0) << ErrorsOf(result);
+    }
+
+    /// Names of files below the folder that passes have left behind.
+    QStringList Temporaries() const {
+        return QDir(_user.Path(Text("synced"))).entryList({Text(".*SyncTemp*")}, QDir::Files | QDir::Hidden);
+    }
+
+    AgentUser _user;
+};
+
+TEST_F(AgentSyncTest, BringsBothSidesInStepAndSaysSo) {
+    Service service;
+    service.AddFile(Text("there"), "from there");
+    Add(service.Url());
+    _user.Write(Text("synced/here"), "from here");
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_EQ(_user.Read(Text("synced/there")), "from there");
+    EXPECT_TRUE(service.HasFile(Text("here")));
+    const ProgramResult status = _user.Ovsync({Text("status")});
+    EXPECT_EQ(status.exitCode, 0);
+    EXPECT_THAT(status.output.toStdString(), HasSubstr("in step at "));
+}
+
+TEST_F(AgentSyncTest, SendsWhatChangesAndGoesOnAfterItWasStoppedAndContinued) {
+    const Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    _user.Write(Text("synced/new folder/a"), "a");
+    EXPECT_TRUE(BecomesTrue([&service] { return service.HasFile(Text("new folder/a")); }));
+    _user.Signal(SIGSTOP);
+    _user.Write(Text("synced/new folder/b"), "b");
+    _user.Signal(SIGCONT);
+    EXPECT_TRUE(BecomesTrue([&service] { return service.HasFile(Text("new folder/b")); }));
+}
+
+TEST_F(AgentSyncTest, PollsAsOftenAsTheServiceSaysAndElseAsTheLibraryDoes) {
+    const auto secondsBetween = [](const json& folder) {
+        const auto time = [](const json& text) {
+            return QDateTime::fromString(QString::fromStdString(text.get<std::string>()), Qt::ISODate);
+        };
+        return time(folder["lastPass"]["time"]).secsTo(time(folder["nextPass"]));
+    };
+    Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_NEAR(static_cast<double>(secondsBetween(_user.Folder())), 180, 1);
+    service.AddFile(Text(".ovsync-service/sync-config.xml"),
+                    "<SyncConfig><SyncFrequency>77</SyncFrequency></SyncConfig>");
+    _user.Signal(SIGHUP);
+    EXPECT_TRUE(_user.FolderBecomes([&](const json& folder) {
+        return folder["state"] == "waiting" && secondsBetween(folder) >= 76 && secondsBetween(folder) <= 78;
+    }));
+}
+
+TEST_F(AgentSyncTest, ReadsTheFileAgainAndKeepsWhatRanWhenItHasAMistake) {
+    Service first;
+    Service second;
+    _user.Write(Text("config/ovsync/folders.toml"), Block(_user.Path(Text("one")), first.Url()));
+    ASSERT_TRUE(QDir().mkpath(_user.Path(Text("one"))));
+    ASSERT_TRUE(QDir().mkpath(_user.Path(Text("two"))));
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+
+    _user.Write(Text("config/ovsync/folders.toml"), "colour = 1\n");
+    _user.Signal(SIGHUP);
+    EXPECT_TRUE(BecomesTrue([this] { return !_user.Status()["mistakes"].empty(); }));
+    const ProgramResult status = _user.Ovsync({Text("status")});
+    EXPECT_EQ(status.exitCode, 1);
+    EXPECT_THAT(status.output.toStdString(), HasSubstr("folders.toml: line 1: there is no \"colour\" here"));
+    _user.Write(Text("one/a"), "a");
+    EXPECT_TRUE(BecomesTrue([&first] { return first.HasFile(Text("a")); }));
+
+    second.AddFile(Text("b"), "b");
+    _user.Write(Text("config/ovsync/folders.toml"), Block(_user.Path(Text("two")), second.Url()));
+    _user.Signal(SIGHUP);
+    EXPECT_TRUE(BecomesTrue([this] { return _user.Read(Text("two/b")) == "b"; }));
+    const json now = _user.Status();
+    EXPECT_TRUE(now["mistakes"].empty());
+    EXPECT_EQ(now["folders"].size(), 1U);
+}
+
+TEST_F(AgentSyncTest, AWrongPasswordStopsTheFolderUntilItIsChanged) {
+    const Service service({Text("--user"), Text("ann")}, Text("right-one"));
+    _user.Write(Text(".netrc"), "machine 127.0.0.1 login ann password wrong-one\n");
+    Add(service.Url(), {Text("-u"), Text("ann")});
+    _user.StartAgent();
+    ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["state"] == "stopped"; }));
+    const ProgramResult status = _user.Ovsync({Text("status")});
+    EXPECT_EQ(status.exitCode, 1);
+    EXPECT_THAT(status.output.toStdString(), HasSubstr("the password for \"ann\" is wrong"));
+    _user.Write(Text("synced/a"), "a");
+
+    const ProgramResult login =
+        _user.Ovsync({Text("login"), Text("-u"), Text("ann"), service.Url()}, {Text("OVSYNC_PASSWORD=right-one")});
+    EXPECT_EQ(login.exitCode, 0) << ErrorsOf(login);
+    EXPECT_EQ(_user.Read(Text(".netrc")), "machine 127.0.0.1 login ann password right-one\n");
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_TRUE(service.HasFile(Text("a")));
+    for (const QByteArray& text :
+         {_user.Log(), _user.Read(Text("agent.errors")), _user.Read(Text("config/ovsync/folders.toml")),
+          _user.Ovsync({Text("status"), Text("--json")}).output}) {
+        EXPECT_THAT(text.toStdString(), Not(HasSubstr("-one")));
+    }
+}
+
+TEST_F(AgentSyncTest, AServiceThatIsAwayIsToldAndTriedAgain) {
+    Add(Text("http://127.0.0.1:1/"));
+    _user.StartAgent();
+    EXPECT_TRUE(_user.FolderBecomes([](const json& folder) {
+        return folder["state"] == "waiting" && folder["lastPass"]["outcome"] == "failed" &&
+               folder["nextPass"].is_string() && folder["error"].is_string();
+    }));
+    EXPECT_EQ(_user.Ovsync({Text("status")}).exitCode, 1);
+    _user.Signal(SIGTERM);
+    EXPECT_EQ(_user.WaitForAgent(), 0);
+}
+
+TEST_F(AgentSyncTest, ASlowServiceDoesNotHoldUpAnotherFolder) {
+    Service slow({Text("--fault"), Text("hang,method=PROPFIND")});
+    Service quick;
+    quick.AddFile(Text("a"), "a");
+    Add(slow.Url());
+    Add(quick.Url(), QStringList(), "quick");
+    _user.StartAgent();
+    EXPECT_TRUE(BecomesTrue([this] { return _user.Read(Text("quick/a")) == "a"; }));
+    EXPECT_EQ(_user.Folder()["state"], "syncing");
+    _user.Signal(SIGTERM);
+    EXPECT_EQ(_user.WaitForAgent(), 0);
+}
+
+TEST_F(AgentSyncTest, EndsInMidPassWithEverythingWhole) {
+    Service service({Text("--fault"), Text("hang,method=GET,request=4")});
+    for (int i = 0; i < 8; ++i) {
+        service.AddFile(QString::number(i), QByteArray(100000, 'x'));
+    }
+    Add(service.Url(), {Text("-j"), Text("1")});
+    _user.StartAgent();
+    ASSERT_TRUE(_user.FolderBecomes(
+        [](const json& folder) { return folder["progress"].is_object() && folder["progress"]["files"] == 3; }));
+    _user.Signal(SIGTERM);
+    EXPECT_EQ(_user.WaitForAgent(), 0);
+    EXPECT_THAT(_user.Log().toStdString(), testing::EndsWith("agent: ends\n"));
+    EXPECT_EQ(Temporaries(), QStringList());
+    const QDir synced(_user.Path(Text("synced")));
+    for (const QString& name : synced.entryList(QDir::Files)) {
+        EXPECT_EQ(QFileInfo(synced, name).size(), 100000);
+    }
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_EQ(synced.entryList(QDir::Files).size(), 8);
+}
+
+TEST_F(AgentSyncTest, AKilledOneLeavesNothingThatTheNextDoesNotMend) {
+    Service service({Text("--fault"), Text("hang,method=GET,request=4")});
+    for (int i = 0; i < 8; ++i) {
+        service.AddFile(QString::number(i), QByteArray(100000, 'x'));
+    }
+    Add(service.Url(), {Text("-j"), Text("1")});
+    _user.StartAgent();
+    ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["progress"].is_object(); }));
+    _user.Signal(SIGKILL);
+    EXPECT_EQ(_user.WaitForAgent(), -1);
+    EXPECT_EQ(_user.Ovsync({Text("status")}).exitCode, 1);
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_EQ(Temporaries(), QStringList());
+    const QDir synced(_user.Path(Text("synced")));
+    EXPECT_EQ(synced.entryList(QDir::Files).size(), 8);
+}
+
+TEST_F(AgentSyncTest, ThereIsOneForAUser) {
+    _user.StartAgent();
+    const ProgramResult second = _user.Ovsync({Text("agent"), Text("run")});
+    EXPECT_EQ(second.exitCode, 1);
+    EXPECT_EQ(second.errors, "OvSync.exe: another one runs for this user already.\n");
+    EXPECT_FALSE(_user.Status().is_null());
+    AgentUser other;
+    other.StartAgent();
+    EXPECT_NE(other.Status()["process"], _user.Status()["process"]);
+}
+
+TEST_F(AgentSyncTest, PausedFoldersAreLeftAloneAndRemovedOnesForgotten) {
+    Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    const QString directory = _user.Path(Text("synced"));
+    EXPECT_EQ(_user.Ovsync({Text("folders"), Text("pause"), directory}).exitCode, 0);
+    EXPECT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["state"] == "paused"; }));
+    service.AddFile(Text("a"), "a");
+    EXPECT_EQ(_user.Ovsync({Text("folders"), Text("resume"), directory}).exitCode, 0);
+    EXPECT_TRUE(BecomesTrue([this] { return _user.Read(Text("synced/a")) == "a"; }));
+    EXPECT_EQ(_user.Ovsync({Text("folders"), Text("remove"), directory}).exitCode, 0);
+    EXPECT_TRUE(BecomesTrue([this] { return _user.Status()["folders"].empty(); }));
+    EXPECT_EQ(_user.Read(Text("synced/a")), "a");
+}
+
+TEST_F(AgentSyncTest, WhoeverWatchesIsToldWhatChanges) {
+    const Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    QProcess watch;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const QString& variable : _user.Environment()) {
+        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    }
+    watch.setProcessEnvironment(environment);
+    watch.start(Text(OVSYNC_PROGRAM), {Text("status"), Text("--watch"), Text("--json")});
+    ASSERT_TRUE(watch.waitForReadyRead());
+    _user.Write(Text("synced/a"), "a");
+    QByteArray output;
+    EXPECT_TRUE(BecomesTrue([&] {
+        watch.waitForReadyRead(10);
+        output += watch.readAll();
+        return output.contains("\"state\":\"syncing\"") && output.contains("\"sent\":1");
+    })) << output.toStdString();
+    _user.Signal(SIGTERM);
+    EXPECT_EQ(_user.WaitForAgent(), 0);
+    EXPECT_TRUE(watch.waitForFinished());
+}
+
+// Of all threads of the process, how often they were woken.
+long WakeUps(qint64 process) {
+    long count = 0;
+    const QString tasks = QStringLiteral("/proc/%1/task").arg(process);
+    for (const QString& task : QDir(tasks).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile status(tasks + QLatin1Char('/') + task + QLatin1String("/status"));
+        EXPECT_TRUE(status.open(QIODevice::ReadOnly));
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (line.startsWith("voluntary_ctxt_switches:")) {
+                count += line.mid(line.indexOf(':') + 1).trimmed().toLong();
+            }
+        }
+    }
+    return count;
+}
+
+TEST_F(AgentSyncTest, SleepsWhileThereIsNothingToDo) {
+    const Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    // What the pass has left to be done, such as closing connections, comes first.
+    QThread::sleep(1);
+    const long before = WakeUps(_user.AgentProcess());
+    QThread::sleep(3);
+    EXPECT_EQ(WakeUps(_user.AgentProcess()), before);
+}
+
+}  // namespace
