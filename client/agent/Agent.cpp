@@ -31,12 +31,17 @@ namespace {
 const std::chrono::milliseconds EndInterval(10);
 const std::chrono::milliseconds EndLimit(4000);
 
-int signalPipe[2] = {-1, -1};
+/// What a handler of signals, and other threads, have to say to the main thread: the number of the signal, or this.
+int messages[2] = {-1, -1};
+const char NewStatus = 0;
 
-void PassSignalOn(int signal) {
+void Send(char message) {
+    [[maybe_unused]] const ssize_t ignored = write(messages[1], &message, 1);
+}
+
+void SendSignal(int signal) {
     const int code = errno;
-    const char byte = static_cast<char>(signal);
-    [[maybe_unused]] const ssize_t ignored = write(signalPipe[1], &byte, 1);
+    Send(static_cast<char>(signal));
     errno = code;
 }
 
@@ -44,14 +49,14 @@ void PassSignalOn(int signal) {
 
 Agent::Agent()
     : _server({[this] { return StatusLine(_Status()); }, [this] { _Load(); }, [] { QCoreApplication::quit(); }}) {
-    if (pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+    if (pipe2(messages, O_CLOEXEC | O_NONBLOCK) != 0) {
         throw SyncException(QStringLiteral("There are no descriptors to be had."));
     }
-    _signals = std::make_unique<QSocketNotifier>(signalPipe[0], QSocketNotifier::Read);
-    QObject::connect(_signals.get(), &QSocketNotifier::activated, [this] { _OnSignal(); });
+    _notifier = std::make_unique<QSocketNotifier>(messages[0], QSocketNotifier::Read);
+    QObject::connect(_notifier.get(), &QSocketNotifier::activated, [this] { _OnMessages(); });
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         struct sigaction action {};
-        action.sa_handler = &PassSignalOn;
+        action.sa_handler = &SendSignal;
         action.sa_flags = SA_RESTART;
         sigaction(signal, &action, nullptr);
     }
@@ -72,11 +77,15 @@ void Agent::Run() {
     _EndWorkers();
 }
 
-void Agent::_OnSignal() {
+void Agent::_OnMessages() {
     char bytes[16];
-    const ssize_t count = read(signalPipe[0], bytes, sizeof(bytes));
+    const ssize_t count = read(messages[0], bytes, sizeof(bytes));
     for (ssize_t i = 0; i < count; ++i) {
-        if (bytes[i] == SIGHUP) {
+        if (bytes[i] == NewStatus) {
+            _isStatusOnItsWay = false;
+            _RemoveEnded();
+            _server.TellWatchers();
+        } else if (bytes[i] == SIGHUP) {
             _Load();
         } else {
             QCoreApplication::quit();
@@ -199,14 +208,7 @@ void Agent::_EndWorkers() {
 
 void Agent::_OnStatus() {
     if (!_isStatusOnItsWay.exchange(true)) {
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [this] {
-                _isStatusOnItsWay = false;
-                _RemoveEnded();
-                _server.TellWatchers();
-            },
-            Qt::QueuedConnection);
+        Send(NewStatus);
     }
 }
 

@@ -35,7 +35,7 @@ private:
         QString password;
     };
 
-    void _OnSignal();
+    void _OnMessages();
     /// Reads the folders file. One with a mistake changes nothing.
     void _Load();
     void _LoadOnce();
@@ -49,7 +49,7 @@ private:
     AgentStatus _Status() const;
 
     std::atomic<bool> _isStatusOnItsWay{false};
-    std::unique_ptr<QSocketNotifier> _signals;
+    std::unique_ptr<QSocketNotifier> _notifier;
     StatusServer _server;
     bool _isLoading = false;
     bool _isToLoadAgain = false;

@@ -25,7 +25,7 @@
 #include "client/cli/commands/SettingsCommand.h"
 #include "client/cli/commands/SizeCommand.h"
 #include "client/cli/commands/StatCommand.h"
-#include "client/cli/commands/TrashCommand.h"
+#include "client/cli/commands/SyncCommand.h"
 #include "client/cli/commands/TreeCommand.h"
 #include "client/cli/commands/VersionCommand.h"
 #include "client/cli/files/CheckCommand.h"
@@ -39,6 +39,8 @@
 #include "client/cli/input/Location.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
+#include "client/cli/offline/ConflictsCommand.h"
+#include "client/cli/offline/TrashCommand.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/ErrorText.h"
 #include "client/cli/output/LoggedErrors.h"
@@ -119,6 +121,7 @@ void AddCommands(CommandRegistry& registry) {
     files::AddRemoveCommand(registry);
     files::AddMoveCommand(registry);
     files::AddCopyCommand(registry);
+    commands::AddSyncCommand(registry);
     commands::AddPullCommand(registry);
     commands::AddPushCommand(registry);
     files::AddCheckCommand(registry);
@@ -128,7 +131,8 @@ void AddCommands(CommandRegistry& registry) {
     commands::AddLoginCommand(registry);
     commands::AddAgentCommand(registry);
     commands::AddStatusCommand(registry);
-    commands::AddTrashCommand(registry);
+    offline::AddConflictsCommand(registry);
+    offline::AddTrashCommand(registry);
 }
 
 }  // namespace

@@ -18,6 +18,22 @@ using wire::HttpTransaction;
 using wire::IContentSource;
 using wire::TransactionError;
 
+namespace {
+
+/// What a request says that is only to be done while the file is the version `known`.
+HttpTransaction::Headers UnchangedCondition(const QUrl& url, const ContentVersion& known) {
+    if (known.entityTag.isEmpty() && !known.lastModified.isValid()) {
+        throw sync::core::SyncException(
+            QStringLiteral("%1 cannot be changed only if it is unchanged: the server gave neither an entity tag nor a "
+                           "date for it")
+                .arg(url.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo)));
+    }
+    return {known.entityTag.isEmpty() ? qMakePair(QByteArray("If-Unmodified-Since"), HttpDate(known.lastModified))
+                                      : qMakePair(QByteArray("If-Match"), known.entityTag)};
+}
+
+}  // namespace
+
 ContentConnection::ContentConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
     : _session(settings, credentials) {}
 
@@ -55,15 +71,7 @@ UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source,
     if (condition == UploadCondition::New) {
         headers.append(qMakePair(QByteArray("If-None-Match"), QByteArray("*")));
     } else if (condition == UploadCondition::Unchanged) {
-        headers.append(known.entityTag.isEmpty()
-                           ? qMakePair(QByteArray("If-Unmodified-Since"), HttpDate(known.lastModified))
-                           : qMakePair(QByteArray("If-Match"), known.entityTag));
-    }
-    if (!headers.isEmpty() && headers.first().second.isEmpty()) {
-        throw sync::core::SyncException(
-            QStringLiteral("%1 cannot be replaced only if it is unchanged: the server gave neither an entity tag nor a "
-                           "date for it")
-                .arg(url.toString(QUrl::FullyEncoded | QUrl::RemoveUserInfo)));
+        headers = UnchangedCondition(url, known);
     }
     ContentUpload upload(url, source, size, headers);
     _Perform(upload);
@@ -79,6 +87,22 @@ UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source,
             return UploadOutcome::Refused;
         default:
             _ThrowRefusal(upload);
+    }
+}
+
+bool ContentConnection::Remove(const QUrl& url, const ContentVersion& known) {
+    ResourceChange removal("DELETE", url, UnchangedCondition(url, known));
+    _Perform(removal);
+    switch (removal.StatusCode()) {
+        case HttpStatus::Ok:
+        case HttpStatus::NoContent:
+        case HttpStatus::NotFound:
+        case HttpStatus::Gone:
+            return true;
+        case HttpStatus::PreconditionFailed:
+            return false;
+        default:
+            _ThrowRefusal(removal);
     }
 }
 

@@ -19,6 +19,7 @@ public:
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
     UploadOutcome Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
                          const ContentVersion& known) override;
+    bool Remove(const QUrl& url, const ContentVersion& known) override;
     void Cancel() override;
 
 private:

@@ -76,6 +76,10 @@ public:
     [[nodiscard]] virtual UploadOutcome Upload(const QUrl& url, wire::IContentSource& source, qint64 size,
                                                UploadCondition condition, const ContentVersion& known) = 0;
 
+    /// Deletes the file if it still is the version `known`, which must have a tag or a date. False when it is another;
+    /// true also when there is none any more.
+    [[nodiscard]] virtual bool Remove(const QUrl& url, const ContentVersion& known) = 0;
+
     /// Ends the operation under way, and each to come, with a TransactionError at once. May be called by any thread,
     /// any number of times.
     virtual void Cancel() = 0;

@@ -127,18 +127,9 @@ std::optional<FoundResource> ServiceConnection::Find(const QString& serverPath) 
     if (serverPath.isEmpty()) {
         return FoundResource{true, {}};
     }
-    const auto request =
-        std::make_shared<requests::PropfindRequest>(UrlOf(serverPath), sync::http::DAVPropfindRequest::Resource);
-    _connection->Execute({request}, [](const auto&, auto) {});
-    const int status = request->GetStatusCode();
-    if (status == wire::HttpStatus::NotFound || status == wire::HttpStatus::Gone) {
-        return std::nullopt;
-    }
-    const auto result = request->GetResult();
+    const auto result = _Ask(serverPath, sync::http::DAVPropfindRequest::Resource);
     if (!result) {
-        throw sync::http::HttpException(
-            QStringLiteral("PROPFIND with url %1 failed with error code %2").arg(request->Url().toString()).arg(status),
-            status, request->Url());
+        return std::nullopt;
     }
     // A file that was asked for stands among the file-like entries, a collection does not.
     if (result->fileResponses.isEmpty()) {
@@ -147,6 +138,27 @@ std::optional<FoundResource> ServiceConnection::Find(const QString& serverPath) 
     return FoundResource{
         false, sync::dv::dvsync::BuildFileConfigFromFindResponse(
                    Folder(serverPath.left(qMax(0, serverPath.lastIndexOf(QLatin1Char('/'))))), result->singleResponse)};
+}
+
+bool ServiceConnection::IsEmpty(const QString& serverPath) {
+    const auto result = _Ask(serverPath + QLatin1Char('/'), sync::http::DAVPropfindRequest::Children);
+    return !result || (result->collectionResponses.isEmpty() && result->fileResponses.isEmpty());
+}
+
+std::shared_ptr<sync::http::DAVPropfindResult> ServiceConnection::_Ask(const QString& path,
+                                                                       sync::http::DAVPropfindRequest::Depth depth) {
+    const auto request = std::make_shared<requests::PropfindRequest>(UrlOf(path), depth);
+    _connection->Execute({request}, [](const auto&, auto) {});
+    const int status = request->GetStatusCode();
+    if (status == wire::HttpStatus::NotFound || status == wire::HttpStatus::Gone) {
+        return nullptr;
+    }
+    if (auto result = request->GetResult()) {
+        return result;
+    }
+    throw sync::http::HttpException(
+        QStringLiteral("PROPFIND with url %1 failed with error code %2").arg(request->Url().toString()).arg(status),
+        status, request->Url());
 }
 
 std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection(int sharers) const {

@@ -14,6 +14,7 @@
 #include "client/library/ThreadConfiguration.h"
 #include "client/requests/AccountConnection.h"
 #include "client/wire/ConnectionSettings.h"
+#include "host/http/DAVPropfindRequest.h"
 #include "host/interfaces/ICustomFileConfigUpdater.h"
 #include "host/interfaces/IExternalSyncConfigManager.h"
 #include "host/interfaces/IFileConfigManager.h"
@@ -93,6 +94,10 @@ public:
     /// TransactionError.
     std::optional<FoundResource> Find(const QString& serverPath);
 
+    /// Whether nothing lies in the folder at `serverPath`, of whatever class; true also when there is none. Throws as
+    /// Find does.
+    bool IsEmpty(const QString& serverPath);
+
     /// A connection of its own for content, for another thread. `sharers` of them share the bandwidth.
     std::unique_ptr<content::IContentConnection> NewContentConnection(int sharers = 1) const;
     /// The same for what is done with files on the service.
@@ -117,6 +122,9 @@ public:
 private:
     class Configuration;
 
+    /// Null when there is nothing at `path`.
+    std::shared_ptr<sync::http::DAVPropfindResult> _Ask(const QString& path,
+                                                        sync::http::DAVPropfindRequest::Depth depth);
     wire::ConnectionSettings _SettingsOfTransfers(int sharers) const;
     std::shared_ptr<RemoteFileManagerFactory> _NewFileManagers(
         const std::shared_ptr<requests::IRequestSender>& sender) const;

@@ -19,7 +19,7 @@ using sync::config::FileConfiguration;
 
 namespace {
 
-const int SchemaVersion = 1;
+const int SchemaVersion = 2;
 
 // In the order of MapColumns.
 #define RECORD_COLUMNS                                                                                          \
@@ -34,12 +34,18 @@ const char Schema[] =
     "CREATE TABLE settings (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
     "CREATE TABLE files (" RECORD_COLUMNS
     ") WITHOUT ROWID;"
-    "CREATE TABLE folders (path TEXT PRIMARY KEY) WITHOUT ROWID;"
+    "CREATE TABLE folders (path TEXT PRIMARY KEY, inode INTEGER NOT NULL DEFAULT 0, item_id TEXT NOT NULL DEFAULT '') "
+    "WITHOUT ROWID;"
     "CREATE TABLE copies (copy TEXT PRIMARY KEY, path TEXT NOT NULL, identity TEXT NOT NULL, content_md5 TEXT NOT "
     "NULL) WITHOUT ROWID;"
     "CREATE TABLE placements (" RECORD_COLUMNS
     ", temporary TEXT NOT NULL, is_removal INTEGER NOT NULL, old_inode INTEGER, old_size INTEGER, old_modified INTEGER)"
     " WITHOUT ROWID;";
+
+/// What makes the first format the second.
+const char SecondFormat[] =
+    "ALTER TABLE folders ADD COLUMN inode INTEGER NOT NULL DEFAULT 0;"
+    "ALTER TABLE folders ADD COLUMN item_id TEXT NOT NULL DEFAULT '';";
 
 /// Reads the columns of a row, one after the other.
 class RowReader {
@@ -115,6 +121,22 @@ void MapColumns(Column& column, Placement& placement) {
     column(placement.old.inode);
     column(placement.old.size);
     column(placement.old.modified);
+}
+
+template <typename Column>
+void MapColumns(Column& column, FolderRecord& folder) {
+    column(folder.path);
+    column(folder.inode);
+    column(folder.itemId);
+}
+
+template <typename Column>
+void MapColumns(Column& column, std::pair<QString, Fingerprint>& file) {
+    column(file.first);
+    column(file.second.inode);
+    column(file.second.size);
+    column(file.second.modified);
+    column(file.second.changed);
 }
 
 template <typename Column>
@@ -247,8 +269,8 @@ void RecordDatabase::_Prepare() {
     _Execute("PRAGMA journal_mode = WAL");
     _Execute("PRAGMA synchronous = FULL");
     Transaction transaction(*this);
-    if (found == 0) {
-        _Execute(Schema);
+    if (found < SchemaVersion) {
+        _Execute(found == 0 ? Schema : SecondFormat);
         _Execute(("PRAGMA user_version = " + QByteArray::number(SchemaVersion)).constData());
     }
     transaction.Commit();
@@ -327,6 +349,22 @@ QStringList RecordDatabase::FilePaths() {
     return _Texts("SELECT path FROM files");
 }
 
+int RecordDatabase::FileCount() {
+    return _Texts("SELECT count(*) FROM files").first().toInt();
+}
+
+QList<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
+    return ReadRows<std::pair<QString, Fingerprint>>(
+        _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files"));
+}
+
+QList<std::pair<QString, Fingerprint>> RecordDatabase::FingerprintsBelow(const QString& folder) {
+    return ReadRows<std::pair<QString, Fingerprint>>(
+        _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files WHERE path > ?1 || "
+                   "'/' AND path < ?1 || '0'")
+            .Bind(folder));
+}
+
 void RecordDatabase::WriteFile(const FileRecord& record) {
     WriteRow(_Statement("INSERT OR REPLACE INTO files VALUES (" RECORD_VALUES ")"), record);
 }
@@ -339,8 +377,42 @@ QStringList RecordDatabase::Folders() {
     return _Texts("SELECT path FROM folders ORDER BY path");
 }
 
+QList<FolderRecord> RecordDatabase::FolderRecords() {
+    return ReadRows<FolderRecord>(_Statement("SELECT * FROM folders ORDER BY path"));
+}
+
 void RecordDatabase::WriteFolder(const QString& path) {
-    _Statement("INSERT OR IGNORE INTO folders VALUES (?)").Bind(path).Run();
+    _Statement("INSERT OR IGNORE INTO folders (path) VALUES (?)").Bind(path).Run();
+}
+
+void RecordDatabase::WriteFolder(const FolderRecord& folder) {
+    WriteRow(_Statement("INSERT OR REPLACE INTO folders VALUES (?, ?, ?)"), folder);
+}
+
+void RecordDatabase::MoveTree(const QString& from, const QString& to, const QString& serverFrom,
+                              const QString& serverTo) {
+    // What lies below comes after the '/' and before what would come next.
+    const QByteArray isMoved = "(path = ?1 OR (path > ?1 || '/' AND path < ?1 || '0'))";
+    const QByteArray movedPath = "path = ?2 || substr(path, length(?1) + 1)";
+    const QString name = to.mid(to.lastIndexOf(QLatin1Char('/')) + 1);
+    _Statement(
+        "UPDATE OR REPLACE files SET server_path = ?4 || substr(server_path, length(?3) + 1), name = CASE path "
+        "WHEN ?1 THEN ?5 ELSE name END, " +
+        movedPath + " WHERE " + isMoved)
+        .Bind(from)
+        .Bind(to)
+        .Bind(serverFrom)
+        .Bind(serverTo)
+        .Bind(name)
+        .Run();
+    _Statement("UPDATE OR REPLACE folders SET " + movedPath + " WHERE " + isMoved).Bind(from).Bind(to).Run();
+    _Statement("UPDATE OR REPLACE copies SET " + movedPath + " WHERE " + isMoved).Bind(from).Bind(to).Run();
+    _Statement(
+        "UPDATE OR REPLACE copies SET copy = ?2 || substr(copy, length(?1) + 1) WHERE copy > ?1 || '/' AND copy "
+        "< ?1 || '0'")
+        .Bind(from)
+        .Bind(to)
+        .Run();
 }
 
 void RecordDatabase::ForgetFolder(const QString& path) {

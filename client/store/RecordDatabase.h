@@ -7,9 +7,11 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "client/store/ConflictCopy.h"
 #include "client/store/FileRecord.h"
+#include "client/store/FolderRecord.h"
 #include "client/store/Placement.h"
 #include "client/store/RecordChanges.h"
 #include "client/store/Statement.h"
@@ -63,13 +65,24 @@ public:
     std::optional<FileRecord> FindFile(const QString& path);
     /// In no order.
     QStringList FilePaths();
+    int FileCount();
+    /// Of the files here, by their paths. In no order.
+    QList<std::pair<QString, Fingerprint>> Fingerprints();
+    QList<std::pair<QString, Fingerprint>> FingerprintsBelow(const QString& folder);
     void WriteFile(const FileRecord& record);
     void ForgetFile(const QString& path);
 
     /// The folders that the service had when the last pass ended. A folder comes before those in it.
     QStringList Folders();
+    QList<FolderRecord> FolderRecords();
+    /// Leaves it as it is when it is there.
     void WriteFolder(const QString& path);
+    void WriteFolder(const FolderRecord& folder);
     void ForgetFolder(const QString& path);
+
+    /// The file or folder at `from`, with everything in it, and what is remembered of copies, is at `to` now; on the
+    /// service at `serverTo` in place of `serverFrom`.
+    void MoveTree(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo);
 
     QList<Placement> Placements();
     void WritePlacement(const Placement& placement);

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QTimer>
 #include <memory>
+#include <vector>
 
 namespace ovsync {
 namespace user {
@@ -27,43 +28,40 @@ QString Service() {
 }  // namespace
 
 std::optional<QString> Keyring::Read(const QString& host, const QString& user) {
-    auto* const job = new QKeychain::ReadPasswordJob(Service());
-    // The job is gone when it is done.
-    const auto password = std::make_shared<QString>();
-    QObject::connect(job, &QKeychain::Job::finished, [job, password] { *password = job->textData(); });
-    return _Run(job, host, user) ? std::make_optional(*password) : std::nullopt;
+    const auto job = std::make_shared<QKeychain::ReadPasswordJob>(Service());
+    return _Run(job, host, user) ? std::make_optional(job->textData()) : std::nullopt;
 }
 
 bool Keyring::Write(const QString& host, const QString& user, const QString& password) {
-    auto* const job = new QKeychain::WritePasswordJob(Service());
+    const auto job = std::make_shared<QKeychain::WritePasswordJob>(Service());
     job->setTextData(password);
     return _Run(job, host, user);
 }
 
-bool Keyring::_Run(QKeychain::Job* job, const QString& host, const QString& user) {
+bool Keyring::_Run(const std::shared_ptr<QKeychain::Job>& job, const QString& host, const QString& user) {
     if (_isSilent || !HasSessionBus()) {
-        delete job;
         return false;
     }
+    job->setAutoDelete(false);
     job->setKey(user + QLatin1Char('@') + host.toLower());
     job->setInsecureFallback(false);
-    // A job that is given up must not be deleted, and may end when nobody waits any more.
-    struct Outcome {
-        bool isOver = false;
-        bool isDone = false;
-    };
-    const auto outcome = std::make_shared<Outcome>();
-    const auto loop = std::make_shared<QEventLoop>();
-    QObject::connect(job, &QKeychain::Job::finished, [outcome, loop](QKeychain::Job* finished) {
-        outcome->isOver = true;
-        outcome->isDone = finished->error() == QKeychain::NoError;
-        loop->quit();
+    QEventLoop loop;
+    bool isOver = false;
+    QObject::connect(job.get(), &QKeychain::Job::finished, &loop, [&isOver, &loop] {
+        isOver = true;
+        loop.quit();
     });
-    QTimer::singleShot(PatienceInMilliseconds, loop.get(), [raw = loop.get()] { raw->quit(); });
+    QTimer::singleShot(PatienceInMilliseconds, &loop, [&loop] { loop.quit(); });
     job->start();
-    loop->exec();
-    _isSilent = !outcome->isOver;
-    return outcome->isDone;
+    loop.exec();
+    if (!isOver) {
+        _isSilent = true;
+        // Its answer may come when nobody waits any more, and needs it then.
+        static std::vector<std::shared_ptr<QKeychain::Job>> givenUp;
+        givenUp.push_back(job);
+        return false;
+    }
+    return job->error() == QKeychain::NoError;
 }
 
 }  // namespace user

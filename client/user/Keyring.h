@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <memory>
 #include <optional>
 
 namespace QKeychain {
@@ -21,8 +22,8 @@ public:
     [[nodiscard]] bool Write(const QString& host, const QString& user, const QString& password);
 
 private:
-    /// Whether it was done. `job` deletes itself.
-    bool _Run(QKeychain::Job* job, const QString& host, const QString& user);
+    /// Whether it was done.
+    bool _Run(const std::shared_ptr<QKeychain::Job>& job, const QString& host, const QString& user);
 
     bool _isSilent = false;
 };

@@ -186,6 +186,18 @@ TEST_F(AgentSyncTest, EndsInMidPassWithEverythingWhole) {
     EXPECT_EQ(synced.entryList(QDir::Files).size(), 8);
 }
 
+TEST_F(AgentSyncTest, EndsThoughTheServiceNeverAnswers) {
+    // The first file that is asked for is what the service publishes.
+    const Service service({Text("--fault"), Text("hang,method=GET")});
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(BecomesTrue([this] { return QFile::exists(_user.Path(Text("synced/.ovsync/records.db"))); }));
+    ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["state"] == "syncing"; }));
+    _user.Signal(SIGTERM);
+    EXPECT_EQ(_user.WaitForAgent(), 0);
+    EXPECT_THAT(_user.Log().toStdString(), HasSubstr("agent: ends\n"));
+}
+
 TEST_F(AgentSyncTest, AKilledOneLeavesNothingThatTheNextDoesNotMend) {
     Service service({Text("--fault"), Text("hang,method=GET,request=4")});
     for (int i = 0; i < 8; ++i) {
@@ -237,11 +249,7 @@ TEST_F(AgentSyncTest, WhoeverWatchesIsToldWhatChanges) {
     _user.StartAgent();
     ASSERT_TRUE(_user.IsInStep());
     QProcess watch;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString& variable : _user.Environment()) {
-        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
-    }
-    watch.setProcessEnvironment(environment);
+    watch.setProcessEnvironment(_user.Variables());
     watch.start(Text(OVSYNC_PROGRAM), {Text("status"), Text("--watch"), Text("--json")});
     ASSERT_TRUE(watch.waitForReadyRead());
     _user.Write(Text("synced/a"), "a");

@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QProcessEnvironment>
 #include <QThread>
 #include <csignal>
 
@@ -37,7 +36,16 @@ QStringList AgentUser::Environment() const {
             QStringLiteral("XDG_STATE_HOME=") + _home.filePath(QStringLiteral("state")),
             QStringLiteral("XDG_RUNTIME_DIR=") + _home.filePath(QStringLiteral("run")),
             QStringLiteral("DBUS_SESSION_BUS_ADDRESS="),
+            QStringLiteral("XDG_DATA_HOME=") + _home.filePath(QStringLiteral("data")),
             QStringLiteral("NETRC=")};
+}
+
+QProcessEnvironment AgentUser::Variables() const {
+    QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
+    for (const QString& variable : Environment()) {
+        variables.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
+    }
+    return variables;
 }
 
 void AgentUser::Write(const QString& name, const QByteArray& content) const {
@@ -62,11 +70,7 @@ ProgramResult AgentUser::Ovsync(const QStringList& arguments, const QStringList&
 }
 
 void AgentUser::StartAgent() {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const QString& variable : Environment()) {
-        environment.insert(variable.section(QLatin1Char('='), 0, 0), variable.section(QLatin1Char('='), 1));
-    }
-    _agent.setProcessEnvironment(environment);
+    _agent.setProcessEnvironment(Variables());
     _agent.setStandardErrorFile(_home.filePath(QStringLiteral("agent.errors")));
     _agent.start(QStringLiteral(OVSYNC_AGENT_PROGRAM), {QStringLiteral("--foreground")});
     ASSERT_TRUE(_agent.waitForStarted(AgentLimitInMilliseconds));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QProcess>
+#include <QProcessEnvironment>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <functional>
@@ -20,6 +21,8 @@ public:
 
     /// "NAME=value", for programs of this user.
     QStringList Environment() const;
+    /// With those of this process.
+    QProcessEnvironment Variables() const;
     /// In the home.
     QString Path(const QString& name) const { return _home.filePath(name); }
     void Write(const QString& name, const QByteArray& content) const;

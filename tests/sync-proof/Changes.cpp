@@ -68,6 +68,49 @@ void Changes::MakeForPush() {
     _wanted["theirs"] = _there["theirs"];
 }
 
+void Changes::MakeForSync() {
+    const std::string last = std::to_string(_number);
+    const std::string next = std::to_string(++_number);
+    _Remember();
+    _wanted.clear();
+    for (const auto& [path, content] : _here) {
+        if (path.back() != '/') {
+            _wanted[path] = content;
+        }
+    }
+    for (const auto& [side, other] :
+         {std::make_pair(&_sides.here, &_sides.there), std::make_pair(&_sides.there, &_sides.here)}) {
+        const bool isHere = side == &_sides.here;
+        const std::string name = isHere ? "of here " : "of there ";
+        const auto write = [this, side](const std::string& path, const std::string& content) {
+            side->Write(path, content);
+            _wanted[path] = content;
+        };
+        write(name + "changed", _Text("changed"));
+        write(name + "empty or not", _number % 2 == 0 ? "" : _Text("not empty"));
+        write(name + "large", _Large());
+        write(name + "new " + next, _Text("new"));
+        write(name + "folder " + next + "/inner/file", _Text("in a folder"));
+        fs::remove(*other / (name + "new " + last));
+        _wanted.erase(name + "new " + last);
+        fs::remove_all(*other / (name + "folder " + last));
+        _wanted.erase(name + "folder " + last + "/inner/file");
+        if (fs::exists(*side / (name + "moved " + last))) {
+            fs::rename(*side / (name + "moved " + last), *side / (name + "moved " + next));
+            _wanted.erase(name + "moved " + last + "/inner/file");
+            _wanted[name + "moved " + next + "/inner/file"] = "moved " + name;
+        } else {
+            write(name + "moved " + next + "/inner/file", "moved " + name);
+        }
+    }
+    const FolderImage files = _wanted;
+    for (const auto& [path, content] : files) {
+        for (size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
+            _wanted[path.substr(0, slash + 1)] = "";
+        }
+    }
+}
+
 void Changes::ExpectOldOrNew(const FolderImage& before, const FolderImage& now) const {
     for (const auto& [path, content] : now) {
         const auto old = before.find(path);
@@ -99,6 +142,12 @@ void Changes::ExpectPulled() const {
 
 void Changes::ExpectPushed() const {
     EXPECT_EQ(Differences(_sides.ImageHere(), _here), "");
+    EXPECT_EQ(Differences(_sides.ImageThere(), _wanted), "");
+    EXPECT_EQ(_sides.Leftovers(), "");
+}
+
+void Changes::ExpectSynced() const {
+    EXPECT_EQ(Differences(_sides.ImageHere(), _wanted), "");
     EXPECT_EQ(Differences(_sides.ImageThere(), _wanted), "");
     EXPECT_EQ(_sides.Leftovers(), "");
 }

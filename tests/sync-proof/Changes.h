@@ -17,6 +17,9 @@ public:
     /// Makes changes on both sides for a push.
     void MakeForPush();
 
+    /// Makes changes on both sides for a sync, without a conflict.
+    void MakeForSync();
+
     /// What both sides were before the changes were made known to each other.
     const FolderImage& HereBefore() const { return _here; }
     const FolderImage& ThereBefore() const { return _there; }
@@ -29,6 +32,9 @@ public:
     void ExpectPulled() const;
     /// Fails the test when the service is not what a push makes of it.
     void ExpectPushed() const;
+
+    /// Fails the test when both sides are not what a sync makes of them.
+    void ExpectSynced() const;
 
     /// Brings both sides in step again by ending the conflict that each change makes.
     void Settle();

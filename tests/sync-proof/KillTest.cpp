@@ -110,6 +110,41 @@ TEST_F(StepKillTest, APushWhoseServiceIsKilledBeforeAnyStepIsFinishedByTheNext) 
     EXPECT_GT(killed, 20 / stride);
 }
 
+TEST_F(StepKillTest, ASyncThatIsKilledBeforeAnyStepIsFinishedByTheNext) {
+    int exitCode = -SIGKILL;
+    for (; exitCode == -SIGKILL && !HasFailure(); point += stride) {
+        SCOPED_TRACE("before step " + std::to_string(point));
+        changes.MakeForSync();
+        exitCode = sides.Sync({"-j", "1"}, TwoSides::KilledAt(point))->ExitCode();
+        const auto sync = sides.Sync();
+        EXPECT_EQ(sync->ExitCode(), 0) << sync->Text();
+        changes.ExpectSynced();
+    }
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_GT(point, 50);
+}
+
+TEST_F(StepKillTest, ASyncWhoseServiceIsKilledBeforeAnyStepIsFinishedByTheNext) {
+    bool isOver = false;
+    for (; !isOver && !HasFailure(); point += stride) {
+        SCOPED_TRACE("before step " + std::to_string(point));
+        changes.MakeForSync();
+        try {
+            sides.StartService({}, TwoSides::KilledAt(point));
+            const auto sync = sides.Sync({"-j", "1"});
+            isOver = sync->ExitCode() == 0;
+            EXPECT_TRUE(isOver || sync->ExitCode() == 3) << sync->Text();
+        } catch (const std::runtime_error&) {
+            // Killed before it served.
+        }
+        sides.StartService();
+        const auto sync = sides.Sync();
+        EXPECT_EQ(sync->ExitCode(), 0) << sync->Text();
+        changes.ExpectSynced();
+    }
+    EXPECT_GT(point, 20);
+}
+
 class RandomKillTest : public KillTest {
 protected:
     template <typename Action>

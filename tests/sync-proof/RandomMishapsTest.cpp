@@ -2,7 +2,6 @@
 
 #include <signal.h>
 
-#include <atomic>
 #include <filesystem>
 #include <iostream>
 #include <random>
@@ -12,9 +11,11 @@
 #include "tests/service/TemporaryFolder.h"
 #include "tests/sync-proof/DiskWriter.h"
 #include "tests/sync-proof/FolderImage.h"
+#include "tests/sync-proof/Meanwhile.h"
 #include "tests/sync-proof/Pass.h"
 #include "tests/sync-proof/RandomChanges.h"
 #include "tests/sync-proof/Setting.h"
+#include "tests/sync-proof/Tally.h"
 #include "tests/sync-proof/WebDavWriter.h"
 
 namespace syncproof {
@@ -31,54 +32,6 @@ using Words = std::vector<std::string>;
 constexpr int RoundsOfALife = 40;
 /// So often people end all conflicts, and both sides have to become equal.
 constexpr int RoundsUntilSettled = 5;
-
-/// What happened in all, for people.
-struct Tally {
-    int rounds = 0;
-    int settled = 0;
-    std::map<std::string, int> mishaps;
-    std::map<int, int> exits;
-    size_t written = 0;
-    size_t inTrash = 0;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Tally& tally) {
-    stream << tally.rounds << " rounds, " << tally.settled << " times settled, " << tally.written
-           << " contents, of which " << tally.inTrash << " were found in the trash alone;";
-    for (const auto& [mishap, times] : tally.mishaps) {
-        stream << " " << mishap << " " << times << ",";
-    }
-    for (const auto& [exit, times] : tally.exits) {
-        stream << " exit " << exit << ": " << times << ",";
-    }
-    return stream;
-}
-
-/// Does something again and again beside what else happens, until it is destroyed.
-class Meanwhile {
-public:
-    Meanwhile(std::chrono::milliseconds pause, const std::function<void()>& action)
-        : _thread([this, pause, action] {
-              while (!_isOver) {
-                  try {
-                      action();
-                  } catch (const fs::filesystem_error&) {
-                      // Somebody else was quicker.
-                  }
-                  std::this_thread::sleep_for(pause);
-              }
-          }) {}
-    ~Meanwhile() {
-        _isOver = true;
-        _thread.join();
-    }
-    Meanwhile(const Meanwhile&) = delete;
-    Meanwhile& operator=(const Meanwhile&) = delete;
-
-private:
-    std::atomic<bool> _isOver{false};
-    std::thread _thread;
-};
 
 /// A folder here and one on a server, and in the one here another that is synced with another folder of that server.
 class RandomLife {

@@ -40,6 +40,10 @@ std::unique_ptr<Pass> TwoSides::Push(const Words& options, const Pass::Environme
     return _Run({"push", here.Path(), Pass::Url}, options, environment);
 }
 
+std::unique_ptr<Pass> TwoSides::Sync(const Words& options, const Pass::Environment& environment) const {
+    return _Run({"sync", here.Path(), Pass::Url, "--max-delete", "100%"}, options, environment);
+}
+
 std::unique_ptr<Pass> TwoSides::_Run(Words arguments, const Words& options, Pass::Environment environment) const {
     arguments.insert(arguments.end(), options.begin(), options.end());
     if (std::count(options.begin(), options.end(), "--delete") != 0) {

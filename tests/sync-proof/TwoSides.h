@@ -29,6 +29,7 @@ public:
     /// `options` go behind the folder and the URL.
     std::unique_ptr<Pass> Pull(const Words& options = {}, const Pass::Environment& environment = {}) const;
     std::unique_ptr<Pass> Push(const Words& options = {}, const Pass::Environment& environment = {}) const;
+    std::unique_ptr<Pass> Sync(const Words& options = {}, const Pass::Environment& environment = {}) const;
 
     FolderImage ImageHere() const { return ReadFolder(here.Path()); }
     FolderImage ImageThere() const { return ReadFolder(there.Path()); }

@@ -111,6 +111,15 @@ void CommandRegistry::AddBandwidth(CLI::App* command) {
         ->type_name("RATE");
 }
 
+void CommandRegistry::AddDeletionLimit(CLI::App* command) {
+    command
+        ->add_option(
+            "--max-delete", _given.maxDelete,
+            "Delete nothing on a side when it would be more than N files, or N% of them (half of ten and more, "
+            "and never all, unless given)")
+        ->type_name("N");
+}
+
 void CommandRegistry::AddFolderOptions(CLI::App* command) {
     AddExclude(command);
     command->add_option("-j,--transfers", _given.transfers, "Transfer up to N files at once (4 unless given)")

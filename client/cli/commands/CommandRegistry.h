@@ -45,6 +45,7 @@ public:
     void AddLong(CLI::App* command);
     void AddExclude(CLI::App* command);
     void AddBandwidth(CLI::App* command);
+    void AddDeletionLimit(CLI::App* command);
     /// How a folder is synced, whoever begins the passes.
     void AddFolderOptions(CLI::App* command);
     void AddPassOptions(CLI::App* command);

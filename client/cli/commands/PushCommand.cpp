@@ -27,13 +27,16 @@ ExitCode Push(ServiceConnection& connection, const Location& location, const Syn
 
 void AddPushCommand(CommandRegistry& registry) {
     CLI::App* const command =
-        registry.AddCommand("push", "Brings a folder of the service in step with a local folder; deletes nothing.",
+        registry.AddCommand("push", "Brings a folder of the service in step with a local folder.",
                             [](ServiceConnection& connection, const Location& location, const Arguments& given,
                                Output& output) { return Push(connection, location, given.Syncing(), output); });
     CommandRegistry::AddText(command, "DIR", "The local folder, which must be there", registry.Given().directory);
     CommandRegistry::AddText(command, "URL", "The folder, for example http://host/folder/", registry.Given().url);
     command->add_flag("-f,--force", registry.Given().isForced,
                       "Replace a file also where the server gives it neither an entity tag nor a date");
+    command->add_flag("--delete", registry.Given().deletes,
+                      "Delete on the service what was deleted here, unless it was changed there");
+    registry.AddDeletionLimit(command);
     registry.AddPassOptions(command);
     registry.MarkAsWriting(command);
 }

@@ -1,16 +1,22 @@
 #include "client/cli/commands/SyncRun.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFileInfo>
+#include <QTemporaryDir>
 #include <cerrno>
 #include <cstring>
 #include <memory>
+#include <optional>
 
+#include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Interruption.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/ServiceFolderAt.h"
+#include "client/cli/input/UsageError.h"
 #include "client/cli/output/SyncOutput.h"
 #include "client/store/FileConfigManager.h"
 #include "client/sync/local/LocalTree.h"
@@ -23,6 +29,7 @@ using input::Interruption;
 using input::Location;
 using input::Refusal;
 using input::SyncArguments;
+using input::UsageError;
 using library::ServiceConnection;
 using output::ErrorText;
 using output::ExitCode;
@@ -44,6 +51,12 @@ void RequireFolder(const QString& directory, const QString& root, bool isToBeWri
                           .arg(directory, isToBeWritten ? QStringLiteral("written") : QStringLiteral("read"),
                                QString::fromLocal8Bit(std::strerror(errno))));
     }
+}
+
+/// Whether nothing is there, but a folder that it could lie in.
+bool IsMissing(const QString& directory) {
+    const QFileInfo place(QDir::cleanPath(directory));
+    return !place.exists() && !place.isSymLink() && QFileInfo(place.path()).isDir();
 }
 
 SyncOutput::Format FormatOf(const SyncArguments& arguments) {
@@ -80,6 +93,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
 
     pass::SyncOptions options;
     options.deletes = arguments.deletes;
+    options.conflicts = arguments.conflicts;
     options.isDryRun = arguments.isDryRun;
     options.transfers = arguments.transfers;
     options.isStrict = arguments.isStrict;
@@ -117,6 +131,26 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
         observer.Summarise(SyncOutcome::Failed);
         throw;
     }
+}
+
+ExitCode RunPassMakingFolder(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
+                             Output& output, const char* command,
+                             const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
+    SyncArguments used = arguments;
+    std::optional<QTemporaryDir> empty;
+    if (IsMissing(used.directory)) {
+        if (arguments.isDryRun) {
+            used.directory = empty.emplace().path();
+        } else {
+            // So that a wrong URL leaves nothing behind.
+            FindFolder(connection, location, command);
+            if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
+                throw UsageError(QStringLiteral("the folder \"%1\" cannot be made: %2")
+                                     .arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
+            }
+        }
+    }
+    return RunPass(connection, location, used, output, pass);
 }
 
 }  // namespace commands

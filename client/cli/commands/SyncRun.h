@@ -18,5 +18,11 @@ output::ExitCode RunPass(library::ServiceConnection& connection, const input::Lo
                          const input::SyncArguments& arguments, output::Output& output,
                          const std::function<report::SyncOutcome(pass::SyncPass&)>& pass);
 
+/// The same, and makes the local folder where it is missing, but not those above it. Throws UsageError when it cannot
+/// be made, and HttpException when there is no folder at `location`. `command` is what the user typed.
+output::ExitCode RunPassMakingFolder(library::ServiceConnection& connection, const input::Location& location,
+                                     const input::SyncArguments& arguments, output::Output& output, const char* command,
+                                     const std::function<report::SyncOutcome(pass::SyncPass&)>& pass);
+
 }  // namespace commands
 }  // namespace ovsync

@@ -126,6 +126,7 @@ SyncArguments Arguments::Syncing() const {
     return {QString::fromStdString(directory),
             Excluded(),
             deletes,
+            conflicts,
             isDryRun,
             Errors(),
             isQuiet,

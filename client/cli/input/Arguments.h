@@ -49,6 +49,7 @@ struct Arguments {
     bool isForced = false;
     bool downloads = false;
     bool deletes = false;
+    pass::SyncOptions::Conflicts conflicts = pass::SyncOptions::Conflicts::KeepBoth;
     std::string maxDelete;
     int daysKept = local::Trash::DefaultDays;
     bool isStrict = false;

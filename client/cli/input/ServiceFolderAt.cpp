@@ -27,6 +27,11 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
     service.folders = &connection.Folders();
     service.files = &connection.Files();
     service.newConnection = [&connection] { return connection.NewContentConnection(); };
+    service.moveFile = [&connection](const QString& from, const QString& to) {
+        connection.NewResourceConnection()->Move(connection.UrlOf(from), connection.UrlOf(to),
+                                                 content::ResourceConnection::Overwriting::No);
+    };
+    service.isEmpty = [&connection](const QString& serverPath) { return connection.IsEmpty(serverPath); };
     service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
     return service;
 }

@@ -6,6 +6,7 @@
 #include "client/sync/local/Exclusion.h"
 #include "client/sync/local/Trash.h"
 #include "client/sync/pass/DeletionLimit.h"
+#include "client/sync/pass/SyncOptions.h"
 
 namespace ovsync {
 namespace input {
@@ -15,6 +16,7 @@ struct SyncArguments {
     QString directory;
     local::Exclusion excluded;
     bool deletes = false;
+    pass::SyncOptions::Conflicts conflicts = pass::SyncOptions::Conflicts::KeepBoth;
     bool isDryRun = false;
     output::ErrorStyle errors;
     bool isQuiet = false;

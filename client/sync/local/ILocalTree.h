@@ -67,6 +67,9 @@ public:
     /// Flushes the names in `folder` to the disk.
     virtual void SyncFolder(const QString& folder) = 0;
 
+    /// Differs for another folder, or another disk, at the place of this one. The same after a restart of the system.
+    virtual QString Identity() = 0;
+
     /// Whether two names that differ in their letter case, or in their Unicode form alone, are two files here. Found
     /// out in the hidden folder, which must be there.
     virtual bool TellsCaseApart() = 0;

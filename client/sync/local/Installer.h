@@ -53,6 +53,9 @@ public:
     /// the trash. Throws LocalError.
     void ClearUp(const QString& temporary);
 
+    /// Puts the file at `temporary`, a version of the one at `path`, into the trash. Throws LocalError.
+    void Discard(const QString& temporary, const QString& path) { _trash.Take(temporary, path); }
+
     /// Gives the file at `temporary` a name that says that it is a version, described by `note`, of the one at `path`.
     /// Returns that name; it may be one that a file with the same content had already. Throws LocalError.
     [[nodiscard]] QString AddConflictCopy(const QString& temporary, const QString& path, const QString& note);

@@ -58,6 +58,28 @@ bool LocalSnapshot::Has(const QString& path, LocalEntry::Kind kind) const {
     return entry != entries.end() && entry->kind == kind;
 }
 
+QStringList LocalSnapshot::Others() const {
+    QStringList others;
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        if (entry->kind == LocalEntry::Kind::Other) {
+            others.append(entry.key());
+        }
+    }
+    return others;
+}
+
+void LocalSnapshot::Move(const QString& from, const QString& to) {
+    if (entries.value(from).kind == LocalEntry::Kind::Folder) {
+        const QString below = from + QLatin1Char('/');
+        for (const QString& path : entries.keys()) {
+            if (path.startsWith(below)) {
+                entries.insert(to + path.mid(from.size()), entries.take(path));
+            }
+        }
+    }
+    entries.insert(to, entries.take(from));
+}
+
 LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
     LocalSnapshot snapshot;
     QStringList folders(QString{});

@@ -27,6 +27,12 @@ struct LocalSnapshot {
     bool HasFolder(const QString& path) const { return path.isEmpty() || Has(path, LocalEntry::Kind::Folder); }
     bool Has(const QString& path, LocalEntry::Kind kind) const;
 
+    /// Where there is neither a file nor a folder.
+    QStringList Others() const;
+
+    /// What was at `from`, with everything in it, is at `to` now, where nothing was.
+    void Move(const QString& from, const QString& to);
+
     /// Throws LocalError.
     static LocalSnapshot Of(ILocalTree& tree, const Exclusion& exclusion);
 };

@@ -3,6 +3,8 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -240,6 +242,16 @@ void LocalTree::SyncFolder(const QString& folder) {
     errno = code;
     // Some network file systems have nothing to sync.
     place.Check(isSynced || errno == EINVAL);
+}
+
+QString LocalTree::Identity() {
+    struct stat status {};
+    struct statvfs disk {};
+    if (fstat(_root, &status) != 0 || fstatvfs(_root, &disk) != 0) {
+        throw LocalError(_rootPath, errno);
+    }
+    // The number of a device may be another one after a restart.
+    return QStringLiteral("%1:%2").arg(disk.f_fsid).arg(status.st_ino);
 }
 
 bool LocalTree::TellsCaseApart() {

@@ -24,6 +24,7 @@ public:
     void Remove(const QString& path) override;
     bool RemoveFolder(const QString& path) override;
     void SyncFolder(const QString& folder) override;
+    QString Identity() override;
     bool TellsCaseApart() override;
     bool TellsUnicodeFormsApart() override;
 

@@ -80,8 +80,7 @@ QString PathWithNote(const QString& path, const QString& note, int number) {
 QString ConflictText(const QString& copy) {
     return QStringLiteral(
                "it changed here and on the service, whose version is in \"%1\". Delete that one to keep yours with the "
-               "next "
-               "push, or your own to take it with the next pull")
+               "next sync or push, or your own to take it with the next sync or pull")
         .arg(copy);
 }
 

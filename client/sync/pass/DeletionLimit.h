@@ -15,8 +15,10 @@ public:
     /// "12" for so many files, "30%" for such a part of them. None for anything else.
     static std::optional<DeletionLimit> Read(const QString& text);
 
-    /// `isAnyLeft`: whether the service has any file at all. That everything is gone is believed only of a limit that
-    /// was read.
+    bool IsRead() const { return _unit != Unit::None; }
+
+    /// `isAnyLeft`: whether the side that lacks files has any at all. That everything is gone is believed only of a
+    /// limit that was read.
     bool Allows(int deletions, int files, bool isAnyLeft) const;
 
 private:

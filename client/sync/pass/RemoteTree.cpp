@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
 
 namespace ovsync {
 namespace pass {
@@ -11,6 +12,8 @@ namespace pass {
 using local::Exclusion;
 using local::FoldedPath;
 using local::FolderOf;
+using local::LocalSnapshot;
+using local::NameOf;
 using local::ReasonAgainst;
 using report::SyncEvent;
 using sync::config::FileConfiguration;
@@ -21,8 +24,14 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
     : _prefix(service.ServerPath(QString()) + (service.folder.serverPath.isEmpty() ? QString() : QStringLiteral("/"))) {
     for (const FolderConfiguration& folder : folders) {
         const QString path = _Accept(folder.serverPath, folder.name, true, exclusion);
-        if (!path.isEmpty() && !_folders.insert(path).second) {
+        if (path.isEmpty()) {
+            continue;
+        }
+        if (!_folders.insert(path).second) {
             _Refuse(path, QStringLiteral("the service has more than one entry of this name"));
+        }
+        if (!IsMadeUpId(folder.getServerFolderId())) {
+            _folderIds.insert(path, folder.getServerFolderId());
         }
     }
     for (const FileConfiguration& file : files) {
@@ -39,6 +48,8 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
         _files.insert(path, file);
     }
     _RemoveRefused();
+    _hasChecksums = std::any_of(_files.begin(), _files.end(),
+                                [](const FileConfiguration& file) { return !file.md5Checksum.isEmpty(); });
 }
 
 void RemoteTree::RefuseClashes(const QStringList& local, bool tellsCaseApart, bool tellsFormsApart) {
@@ -72,9 +83,74 @@ void RemoteTree::LeaveOut(const QString& path) {
     _RemoveRefused();
 }
 
-bool RemoteTree::HasChecksums() const {
-    return std::any_of(_files.begin(), _files.end(),
-                       [](const FileConfiguration& file) { return !file.md5Checksum.isEmpty(); });
+QVector<SyncEvent> RemoteTree::LeaveOutLinks(const LocalSnapshot& snapshot) {
+    QVector<SyncEvent> events;
+    for (const QString& path : snapshot.Others()) {
+        if (HasFile(path) || HasFolder(path)) {
+            events.append({SyncEvent::Kind::Refused, path,
+                           QStringLiteral("it is neither a file nor a folder here, and one of both on the service")});
+        } else {
+            events.append({SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder")});
+        }
+        _refusedPaths.insert(path);
+    }
+    _RemoveRefused();
+    return events;
+}
+
+void RemoteTree::Move(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo) {
+    const QString below = from + QLatin1Char('/');
+    const auto isMoved = [&](const QString& path) { return path == from || path.startsWith(below); };
+    const auto movedPath = [&](const QString& path) { return to + path.mid(from.size()); };
+    QStringList folders;
+    for (auto folder = _folders.lower_bound(from); folder != _folders.end() && folder->startsWith(from);) {
+        if (isMoved(*folder)) {
+            folders.append(*folder);
+            folder = _folders.erase(folder);
+        } else {
+            ++folder;
+        }
+    }
+    for (const QString& folder : folders) {
+        _folders.insert(movedPath(folder));
+        if (_folderIds.contains(folder)) {
+            _folderIds.insert(movedPath(folder), _folderIds.take(folder));
+        }
+    }
+    Files files;
+    for (auto file = _files.lowerBound(from); file != _files.end() && file.key().startsWith(from);) {
+        if (isMoved(file.key())) {
+            files.insert(file.key(), file.value());
+            file = _files.erase(file);
+        } else {
+            ++file;
+        }
+    }
+    for (auto file = files.begin(); file != files.end(); ++file) {
+        file->serverPath = serverTo + file->serverPath.mid(serverFrom.size());
+        file->name = NameOf(movedPath(file.key()));
+        _files.insert(movedPath(file.key()), *file);
+    }
+}
+
+QString RemoteTree::FolderOfId(const QString& itemId) const {
+    const QString path = itemId.isEmpty() ? QString() : _folderIds.key(itemId);
+    return HasFolder(path) ? path : QString();
+}
+
+QHash<QString, QString> RemoteTree::FilesById(const QSet<QString>& left) const {
+    QHash<QString, QString> files;
+    for (auto file = _files.begin(); file != _files.end(); ++file) {
+        if (!left.contains(file.key()) && !IsMadeUpId(file->itemId)) {
+            files.insert(file->itemId, file.key());
+        }
+    }
+    return files;
+}
+
+void RemoteTree::Forget(const QString& path) {
+    _files.remove(path);
+    _folders.erase(path);
 }
 
 bool RemoteTree::IsRefused(const QString& path) const {
@@ -87,6 +163,11 @@ bool RemoteTree::IsRefused(const QString& path) const {
         }
     }
     return false;
+}
+
+bool RemoteTree::HasRefusedBelow(const QString& path) const {
+    return std::any_of(_refusedPaths.begin(), _refusedPaths.end(),
+                       [&path](const QString& refused) { return refused.startsWith(path + QLatin1Char('/')); });
 }
 
 QString RemoteTree::_Accept(const QString& serverPath, const QString& name, bool isFolder, const Exclusion& exclusion) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QMap>
 #include <QSet>
 #include <QString>
@@ -8,6 +9,7 @@
 #include <set>
 
 #include "client/sync/local/Exclusion.h"
+#include "client/sync/local/LocalSnapshot.h"
 #include "client/sync/pass/ServiceFolder.h"
 #include "client/sync/report/SyncEvent.h"
 #include "host/configuration/FileConfiguration.h"
@@ -32,17 +34,41 @@ public:
     /// Takes out what lies at and below `path`: nobody knows what to make of it. Tells of nothing.
     void LeaveOut(const QString& path);
 
+    /// Takes out what lies at and below every place where neither a file nor a folder is here, and returns what is to
+    /// be told of these.
+    [[nodiscard]] QVector<report::SyncEvent> LeaveOutLinks(const local::LocalSnapshot& snapshot);
+
+    /// There is a folder at `path` now.
+    void AddFolder(const QString& path) { _folders.insert(path); }
+
+    /// What was at `from`, with everything in it, is at `to` now, where nothing was; on the service at `serverTo` in
+    /// place of `serverFrom`.
+    void Move(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo);
+
+    /// There is nothing at `path` any more, which was a file or an empty folder.
+    void Forget(const QString& path);
+
     /// By their paths, in path order, so that a folder comes before what lies in it.
     const Files& AllFiles() const { return _files; }
     /// In path order. Without the service's folder itself.
     const std::set<QString>& AllFolders() const { return _folders; }
 
+    /// By which the service knows the folder, wherever it lies; empty where it has no ids.
+    QString FolderId(const QString& path) const { return _folderIds.value(path); }
+    /// Empty when there is none.
+    QString FolderOfId(const QString& itemId) const;
+    /// The paths of the files that have an id, by this, without those in `left`.
+    QHash<QString, QString> FilesById(const QSet<QString>& left) const;
+
     /// Whether any file has a checksum, as the service's have.
-    bool HasChecksums() const;
+    bool HasChecksums() const { return _hasChecksums; }
     bool HasFile(const QString& path) const { return _files.contains(path); }
     bool HasFolder(const QString& path) const { return path.isEmpty() || _folders.count(path) != 0; }
     /// Whether the listing had something at `path`, or above it, that was refused: nobody knows what is there.
     bool IsRefused(const QString& path) const;
+
+    /// Whether that is so of anything below `path`.
+    bool HasRefusedBelow(const QString& path) const;
 
     const QVector<report::SyncEvent>& Refused() const { return _refused; }
 
@@ -56,6 +82,8 @@ private:
     const QString _prefix;
     Files _files;
     std::set<QString> _folders;
+    QHash<QString, QString> _folderIds;
+    bool _hasChecksums = false;
     QSet<QString> _refusedPaths;
     QVector<report::SyncEvent> _refused;
 };

@@ -28,9 +28,14 @@ content::ContentVersion KnownVersionOf(const FileConfiguration& file) {
     return version;
 }
 
+bool IsMadeUpId(const QString& itemId) {
+    return itemId.isEmpty() || itemId.startsWith(QLatin1String("path:"));
+}
+
 QString IdentityOf(const FileConfiguration& file) {
     if (!file.versionId.isEmpty() || !file.md5Checksum.isEmpty()) {
-        return file.itemId + QLatin1Char('\n') + file.versionId + QLatin1Char('\n') + file.md5Checksum.toLower();
+        const QString itemId = IsMadeUpId(file.itemId) ? QString() : file.itemId;
+        return itemId + QLatin1Char('\n') + file.versionId + QLatin1Char('\n') + file.md5Checksum.toLower();
     }
     return IdentityByDate(file);
 }

@@ -18,6 +18,10 @@ QByteArray EntityTagOf(const sync::config::FileConfiguration& file);
 /// What an upload that replaces `file` can make its condition: its entity tag, else its date.
 content::ContentVersion KnownVersionOf(const sync::config::FileConfiguration& file);
 
+/// Whether the item id was made up from the path, for a server that has none, and so names no file or folder once it
+/// was moved; also when it is empty.
+bool IsMadeUpId(const QString& itemId);
+
 /// Differs between two versions of a file, and between a file and one that was made in its place later. On a server
 /// that names neither versions nor checksums nor strong entity tags, the date and the size have to do.
 QString IdentityOf(const sync::config::FileConfiguration& file);

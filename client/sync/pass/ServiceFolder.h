@@ -25,6 +25,12 @@ struct ServiceFolder {
     std::function<std::unique_ptr<content::IContentConnection>()> newConnection;
     /// The URL of a server path; empty when there is none for it.
     std::function<QUrl(const QString& serverPath)> urlOf;
+    /// Moves a file from one server path to another one, at which nothing may be. Throws HttpException, of status 412
+    /// when something is, and TransactionError.
+    std::function<void(const QString& from, const QString& to)> moveFile;
+    /// Whether nothing at all lies in the collection at a server path, also of what the library lists nowhere. Throws
+    /// what the library throws.
+    std::function<bool(const QString& serverPath)> isEmpty;
     /// Names the folder to sync, and no other: its URL in one spelling.
     QString address;
     /// Its server path is that of the folder to sync, its local path that of the synced folder.

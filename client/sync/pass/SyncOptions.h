@@ -11,8 +11,19 @@ namespace pass {
 
 /// How a pass works. A plain value.
 struct SyncOptions {
-    /// Whether a pull deletes what the service has deleted.
+    /// What becomes of a file that both sides changed.
+    enum class Conflicts {
+        /// The service's version is put beside it.
+        KeepBoth,
+        Newer,
+        Here,
+        There
+    };
+
+    /// Whether a pull deletes what the service has deleted, and a push there what was deleted here.
     bool deletes = false;
+    /// Of a pass in both directions.
+    Conflicts conflicts = Conflicts::KeepBoth;
     /// For how many days what a pass replaces or deletes here is kept; 0 for not at all.
     int daysKept = local::Trash::DefaultDays;
     /// Whether everything is only said, and nothing done.
@@ -21,7 +32,7 @@ struct SyncOptions {
     bool isForced = false;
     /// Whether what no pass ever syncs counts as left to somebody.
     bool isStrict = false;
-    /// The most files that a pull deletes.
+    /// The most files that a pass deletes on either side.
     DeletionLimit deletionLimit;
     /// How many files may be transferred at once.
     int transfers = 4;

@@ -24,6 +24,14 @@ QString AddressSetting() {
     return QStringLiteral("address");
 }
 
+QString LastPassSetting() {
+    return QStringLiteral("last complete pull");
+}
+
+QString LastFilterSetting() {
+    return QStringLiteral("excluded from it");
+}
+
 }  // namespace
 
 SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::RecordDatabase& records,
@@ -116,6 +124,26 @@ RemoteTree SyncPass::_TreeOf(const QVector<FolderConfiguration>& folders, const 
 void SyncPass::_ThrowMissing() const {
     throw HttpException(QStringLiteral("There is no folder %1").arg(_sides.service.address), HttpStatus::NotFound,
                         QUrl());
+}
+
+SyncPass::Listing SyncPass::ListChanges(const LocalSnapshot& snapshot, bool isHere) {
+    const QDateTime lastPass = QDateTime::fromString(_sides.records.Setting(LastPassSetting()), Qt::ISODate);
+    const bool isSameFilter = _sides.records.Setting(LastFilterSetting()) == _sides.options.exclusion.Text();
+    if (!lastPass.isValid() || !isSameFilter || !isHere) {
+        return List(QDateTime(), snapshot);
+    }
+    // When nothing changed the time stays as it is: a wrong answer then costs one pass, and not every change up to it.
+    Listing listing = List(lastPass, snapshot);
+    const bool wasAhead = listing.at.isValid() && listing.at < lastPass;
+    return listing.tree || !wasAhead ? std::move(listing) : List(QDateTime(), snapshot);
+}
+
+void SyncPass::EndListing(const Listing& listing) {
+    const QDateTime time = _report.Outcome() == SyncOutcome::InStep ? listing.at : QDateTime();
+    store::RecordDatabase::Transaction transaction(_sides.records);
+    _sides.records.WriteSetting(LastPassSetting(), time.toUTC().toString(Qt::ISODate));
+    _sides.records.WriteSetting(LastFilterSetting(), _sides.options.exclusion.Text());
+    transaction.Commit();
 }
 
 SyncOutcome SyncPass::Run(const std::function<void()>& pass) const {

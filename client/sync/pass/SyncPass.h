@@ -40,6 +40,11 @@ public:
     /// Asks for what changed since `since`, or for everything when that is invalid. Throws what the library throws, and
     /// HttpException of status 404 when there is no such folder.
     Listing List(const QDateTime& since, const local::LocalSnapshot& snapshot);
+    /// Asks for what changed since the last complete pass, or for everything where nobody can go by that: always when
+    /// not `isHere`, what that pass left here. Throws as List does.
+    Listing ListChanges(const local::LocalSnapshot& snapshot, bool isHere);
+    /// Notes whether the pass was complete, of which this was the listing.
+    void EndListing(const Listing& listing);
 
     /// Asks for everything. When there is no such folder, and never was one that this side was in step with, it is
     /// made: not those above it. Throws as the other.

@@ -61,7 +61,9 @@ qint64 Downloader::SizeOf(const PullOrder& order) const {
 }
 
 void Downloader::Tell(const PullOrder& order) {
-    if (order.target == PullOrder::Target::Beside) {
+    if (order.target == PullOrder::Target::Trash) {
+        _inTrash.insert(order.path);
+    } else if (order.target == PullOrder::Target::Beside) {
         _report.Tell(SyncEvent::Kind::Conflict, order.path,
                      QStringLiteral("it changed here and on the service, whose version would be put beside it"));
     } else {
@@ -119,7 +121,8 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
     LocalFileState here;
     here.entry = order.here;
     here.md5 = order.md5Here;
-    if (order.target == PullOrder::Target::Beside && here.md5.isEmpty()) {
+    const bool isCompared = order.target == PullOrder::Target::Beside || order.target == PullOrder::Target::Trash;
+    if (isCompared && here.md5.isEmpty()) {
         _comparison.Read(order.path, here);
     }
     if (here.md5 == download.Md5()) {
@@ -128,6 +131,10 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
     }
     if (order.target == PullOrder::Target::Beside) {
         _KeepBoth(order, download.GiveTemporary(), download.Md5());
+        return;
+    }
+    if (order.target == PullOrder::Target::Trash) {
+        _TakeIntoTrash(order.path, download.GiveTemporary());
         return;
     }
     Installer::Request request;
@@ -193,6 +200,15 @@ void Downloader::_KeepBoth(const PullOrder& order, const QString& temporary, con
         _report.Tell(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
     } catch (const LocalError&) {
         _TellFailure(order.path, std::current_exception());
+    }
+}
+
+void Downloader::_TakeIntoTrash(const QString& path, const QString& temporary) {
+    try {
+        _installer.Discard(temporary, path);
+        _inTrash.insert(path);
+    } catch (const LocalError&) {
+        _TellFailure(path, std::current_exception());
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <QVector>
 #include <atomic>
@@ -29,6 +30,9 @@ public:
     /// PassReport::TellFailure throws.
     [[nodiscard]] bool Run(std::deque<PullOrder> orders);
 
+    /// The paths of the files of which the service's version is in the trash now.
+    const QSet<QString>& InTrash() const { return _inTrash; }
+
 private:
     qint64 SizeOf(const PullOrder& order) const override;
     void Tell(const PullOrder& order) override;
@@ -45,12 +49,14 @@ private:
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);
     void _KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5);
+    void _TakeIntoTrash(const QString& path, const QString& temporary);
     void _TellFailure(const QString& path, const std::exception_ptr& error);
 
     local::Installer& _installer;
     const pass::FileComparison& _comparison;
     const pass::RecordMaker& _maker;
     bool _hasAll = true;
+    QSet<QString> _inTrash;
 };
 
 }  // namespace pull

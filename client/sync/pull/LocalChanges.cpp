@@ -30,16 +30,17 @@ void LocalChanges::MakeFolders(const QStringList& paths) {
         if (!_snapshot.HasFolder(FolderOf(path))) {
             continue;
         }
+        LocalEntry folder;
+        folder.kind = LocalEntry::Kind::Folder;
         try {
             _tree.MakeFolder(path);
+            made.folders.append(path);
+            folder = _tree.Look(path).value_or(folder);
         } catch (const LocalError&) {
             _report.TellFailure(path, std::current_exception());
             continue;
         }
-        LocalEntry folder;
-        folder.kind = LocalEntry::Kind::Folder;
         _snapshot.entries.insert(path, folder);
-        made.folders.append(path);
         _report.Tell(SyncEvent::Kind::FolderMade, path);
     }
     _records.Write(made);

@@ -18,7 +18,9 @@ struct PullOrder {
         /// In place of `here`, whose content is that of its record.
         Replace,
         /// Beside `here`, which holds what the service never had.
-        Beside
+        Beside,
+        /// Into the trash, because `here` is going to replace it there.
+        Trash
     };
 
     QString path;

@@ -1,8 +1,6 @@
 #pragma once
 
 #include "client/sync/pass/SyncPass.h"
-#include "client/sync/pull/GoneCheck.h"
-#include "client/sync/pull/PullPlan.h"
 
 namespace ovsync {
 namespace pull {
@@ -21,15 +19,7 @@ public:
 
 private:
     void _Pull();
-    /// Without a tree when nothing is to be done.
-    pass::SyncPass::Listing _List(const local::LocalSnapshot& snapshot);
     bool _IsAllHere(const local::LocalSnapshot& snapshot);
-    /// Tells when it may not.
-    bool _MayDelete(int deletions, const pass::RemoteTree& remote);
-    /// What of it the service says is not there when it is asked by name.
-    PullPlan::Gone _Confirmed(PullPlan::Gone gone, GoneCheck& check);
-    void _Keep(const PullPlan::Gone& gone, const QString& reason);
-    void _WriteLastPass(const QDateTime& time);
 
     pass::SyncPass& _pass;
     const pass::PassSides& _sides;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -10,16 +9,17 @@
 #include "client/store/Placement.h"
 #include "client/store/RecordChanges.h"
 #include "client/sync/local/LocalSnapshot.h"
-#include "client/sync/pass/FileComparison.h"
-#include "client/sync/pass/PassReport.h"
+#include "client/sync/pass/PassSides.h"
+#include "client/sync/pass/RecordMaker.h"
 #include "client/sync/pass/RemoteTree.h"
+#include "client/sync/plan/FileViews.h"
 #include "client/sync/pull/PullOrder.h"
+#include "client/sync/report/SyncEvent.h"
 
 namespace ovsync {
 namespace pull {
 
-/// What a pull has to do, found out file by file as PullDecision says. Does none of it, and tells of nothing but what
-/// could not be compared. Not thread-safe.
+/// What is to be done here, found out file by file as SyncDecision says. Does none of it. Not thread-safe.
 class PullPlan {
 public:
     /// What is here and not on the service any more.
@@ -50,33 +50,31 @@ public:
         QVector<report::SyncEvent> events;
     };
 
-    /// The arguments outlive this object.
-    PullPlan(const pass::PassSides& sides, const pass::FileComparison& comparison, const pass::RecordMaker& maker,
-             const pass::RemoteTree& remote, pass::PassReport& report);
+    /// The arguments outlive this object; `snapshot` and `remote` may change meanwhile.
+    PullPlan(const pass::PassSides& sides, const plan::FileViews& views, const pass::RecordMaker& maker,
+             const pass::RemoteTree& remote, const local::LocalSnapshot& snapshot)
+        : _sides(sides), _views(views), _maker(maker), _remote(remote), _snapshot(snapshot) {}
 
-    Deletions FindGone(const local::LocalSnapshot& snapshot);
-    Folders FindFolders(const local::LocalSnapshot& snapshot) const;
-    /// What the service has in the folders that `snapshot` has, too.
-    Fetches FindFetches(const local::LocalSnapshot& snapshot);
+    Deletions FindGone() const;
+    /// Of a folder that was known, and was deleted here, a pass in both directions makes only what is in `needed`.
+    Folders FindFolders(const QSet<QString>& needed) const;
+    /// What the service has in the folders that are here, too.
+    Fetches FindFetches();
+    /// Adds what is to be done with one file.
+    void Take(const plan::FileView& view, Fetches& fetches);
 
     /// The records of copies of conflicts that are over, and that nobody has here any more. To be asked for when
     /// everything was fetched.
     store::RecordChanges FindEndedConflicts() const;
 
 private:
-    void _FindGoneFile(const QString& path, const local::LocalSnapshot& snapshot, Deletions& deletions);
-    void _Decide(const QString& path, const sync::config::FileConfiguration& remote,
-                 const local::LocalSnapshot& snapshot, Fetches& fetches);
-    /// The path of the copy of that version; empty when there is none.
-    QString _CopyBeside(const QString& path, const sync::config::FileConfiguration& remote) const;
+    void _FindGoneFile(const QString& path, Deletions& deletions) const;
 
     const pass::PassSides& _sides;
-    const pass::FileComparison& _comparison;
+    const plan::FileViews& _views;
     const pass::RecordMaker& _maker;
     const pass::RemoteTree& _remote;
-    pass::PassReport& _report;
-    /// The copies by their identities, by the paths of the files that they are versions of.
-    QHash<QString, QHash<QString, QString>> _besideAlready;
+    const local::LocalSnapshot& _snapshot;
     QSet<QString> _inConflict;
 };
 

@@ -8,12 +8,14 @@
 namespace ovsync {
 namespace push {
 
-/// A file that is to be sent. A plain value.
+/// A file that is to be sent, or to be deleted on the service. A plain value.
 struct PushOrder {
     QString path;
+    /// Whether the service's file is to be deleted, and not to be replaced.
+    bool isRemoval = false;
     /// Whether the service has no such file.
     bool isNew = true;
-    /// What the service has otherwise, and is to be replaced.
+    /// What the service has otherwise, and is to be replaced or deleted.
     sync::config::FileConfiguration remote;
     /// The MD5 of the content that is to be replaced, as it was seen last, in hexadecimal.
     QString knownMd5;

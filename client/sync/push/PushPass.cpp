@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "client/sync/push/PushPlan.h"
+#include "client/sync/push/RemoteDeletions.h"
 #include "client/sync/push/Uploader.h"
 
 namespace ovsync {
@@ -14,6 +15,8 @@ using pass::PassReport;
 using pass::PassSides;
 using pass::RecordMaker;
 using pass::SyncPass;
+using plan::Direction;
+using plan::FileViews;
 using report::SyncOutcome;
 
 SyncOutcome PushPass::Run() {
@@ -25,13 +28,31 @@ void PushPass::_Push() {
     PassReport& report = _pass.Report();
     const LocalSnapshot snapshot = _pass.Begin();
     report.Tell(snapshot.refused);
-    const SyncPass::Listing listing = _pass.ListOrMake(snapshot);
+    SyncPass::Listing listing = _pass.ListOrMake(snapshot);
+    report.Tell(listing.tree->LeaveOutLinks(snapshot));
     const RecordMaker maker(sides.service, listing.at);
     const FileComparison comparison(sides, maker);
-    PushPlan::Work work = PushPlan(sides, comparison, maker, *listing.tree, snapshot, report).Find();
+    const FileViews views(sides, comparison, *listing.tree, snapshot, report, Direction::Push);
+    PushPlan plan(sides, views, maker, *listing.tree, snapshot);
+    RemoteDeletions deletions(sides, comparison, maker, snapshot, *listing.tree, report);
+    PushPlan::Deletions gone;
+    if (sides.options.deletes) {
+        gone = plan.FindGone();
+        const size_t count = gone.inTheWay.files.size() + gone.others.files.size();
+        gone = deletions.MayDelete(static_cast<int>(count)) ? std::move(gone) : PushPlan::Deletions();
+    }
+    deletions.Delete(gone.inTheWay);
+
+    PushPlan::Work work = plan.Find();
     sides.records.Write(work.records);
     report.Tell(work.events);
-    Uploader(sides, comparison, maker, report).Run(work.folders, std::move(work.orders));
+    const bool hasAll = Uploader(sides, comparison, maker, report).Run(work.folders, std::move(work.orders));
+
+    if (hasAll) {
+        deletions.Delete(gone.others);
+    } else {
+        deletions.Keep(gone.others);
+    }
 }
 
 }  // namespace push

@@ -4,8 +4,6 @@
 #include <set>
 
 #include "client/sync/local/PathNames.h"
-#include "client/sync/pass/RemoteVersion.h"
-#include "client/sync/push/PushDecision.h"
 
 namespace ovsync {
 namespace push {
@@ -14,20 +12,15 @@ using local::ConflictText;
 using local::FolderOf;
 using local::LocalEntry;
 using local::LocalSnapshot;
-using pass::FileComparison;
-using pass::HasIdentity;
-using pass::IsContentOf;
-using pass::LocalFileState;
 using pass::LocalState;
-using pass::PassReport;
 using pass::PassSides;
 using pass::RecordMaker;
-using pass::RemoteFileState;
-using pass::RemoteState;
 using pass::RemoteTree;
+using plan::Direction;
+using plan::FileView;
+using plan::FileViews;
+using plan::SyncStep;
 using report::SyncEvent;
-using store::ConflictCopy;
-using store::FileRecord;
 using sync::config::FileConfiguration;
 
 namespace {
@@ -36,140 +29,139 @@ namespace {
 constexpr qint64 TrialSize = qint64(64) * 1024;
 constexpr std::chrono::milliseconds MoreThanASecond(1200);
 
+/// Whether a folder is here where the service's file was, or something else where a folder of the service was.
+bool IsInTheWay(const LocalSnapshot& snapshot, const QString& path) {
+    for (QString at = path; !at.isEmpty(); at = FolderOf(at)) {
+        const auto entry = snapshot.entries.find(at);
+        if (entry != snapshot.entries.end()) {
+            return at == path || entry->kind != LocalEntry::Kind::Folder;
+        }
+    }
+    return false;
+}
+
+QString BlockedText(const FileView& view) {
+    return view.here.state == LocalState::Folder ? QStringLiteral("it is a folder here and a file on the service")
+                                                 : QStringLiteral("it is a file here and a folder on the service");
+}
+
 }  // namespace
 
-PushPlan::PushPlan(const PassSides& sides, const FileComparison& comparison, const RecordMaker& maker,
-                   const RemoteTree& remote, const LocalSnapshot& snapshot, PassReport& report)
-    : _sides(sides), _comparison(comparison), _maker(maker), _remote(remote), _snapshot(snapshot), _report(report) {
-    for (const ConflictCopy& copy : _sides.records.Copies()) {
-        _copies.insert(copy.copy, copy.contentMd5);
-        _copiesOf.insert(copy.path, copy);
-    }
+PushPlan::PushPlan(const PassSides& sides, const FileViews& views, const RecordMaker& maker, const RemoteTree& remote,
+                   const LocalSnapshot& snapshot)
+    : _sides(sides), _views(views), _maker(maker), _remote(remote), _snapshot(snapshot) {
     for (const QString& folder : _sides.records.Folders()) {
         _knownFolders.insert(folder);
     }
 }
 
-PushPlan::Work PushPlan::Find() {
-    std::set<QString> paths;
-    for (auto entry = _snapshot.entries.begin(); entry != _snapshot.entries.end(); ++entry) {
-        paths.insert(entry.key());
-    }
+PushPlan::Deletions PushPlan::FindGone() const {
+    Deletions deletions;
     for (const QString& path : _sides.records.FilePaths()) {
-        if (!_sides.exclusion.HasFileAt(path)) {
-            paths.insert(path);
+        const bool isOnlyThere = _remote.HasFile(path) && !_snapshot.Has(path, LocalEntry::Kind::File);
+        if (!isOnlyThere || _sides.exclusion.HasFileAt(path)) {
+            continue;
+        }
+        const FileView view = _views.At(path);
+        if (view.step == SyncStep::DeleteThere) {
+            PushOrder order;
+            order.path = path;
+            order.isRemoval = true;
+            order.isNew = false;
+            order.remote = view.remote;
+            order.knownMd5 = view.knownMd5;
+            order.notBefore = _EndOfSecondOf(view.remote);
+            order.looksBefore = !_remote.HasChecksums();
+            (IsInTheWay(_snapshot, path) ? deletions.inTheWay : deletions.others).files.push_back(order);
         }
     }
-    for (const QString& path : paths) {
-        if (!_remote.IsRefused(path)) {
-            _Decide(path);
-            _report.ThrowIfStopped();
-        }
-    }
-    _FindDeletedFolders();
-    _FindFolders();
-    const auto isBlocked = [this](const PushOrder& order) { return _blockedFolders.contains(FolderOf(order.path)); };
-    std::deque<PushOrder>& orders = _work.orders;
-    orders.erase(std::remove_if(orders.begin(), orders.end(), isBlocked), orders.end());
-    return std::move(_work);
+    _FindGoneFolders(deletions);
+    return deletions;
 }
 
-void PushPlan::_Decide(const QString& path) {
-    std::optional<FileRecord> record = _sides.records.FindFile(path);
-    LocalFileState here = _comparison.CompareHere(path, _snapshot, record);
-    if (here.renewed) {
-        record = here.renewed;
-        _work.records.files.append(*record);
-    }
-    if (here.state == LocalState::Other) {
-        _Tell(SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder"));
-        return;
-    }
-    if (here.state == LocalState::Unknown && _copies.contains(path)) {
-        _comparison.Read(path, here);
-        // Once somebody wrote into it, it is a file of this side.
-        if (here.md5 == _copies.value(path)) {
-            return;
+void PushPlan::_FindGoneFolders(Deletions& deletions) const {
+    for (const QString& path : _sides.records.Folders()) {
+        if (_remote.HasFolder(path) && !_snapshot.HasFolder(path) && !_sides.exclusion.HasFolderAt(path)) {
+            (IsInTheWay(_snapshot, path) ? deletions.inTheWay : deletions.others).folders.append(path);
         }
     }
-    const bool isFileThere = _remote.HasFile(path);
-    const FileConfiguration remote = _remote.AllFiles().value(path);
-    PushSituation situation;
-    situation.here = here.state;
-    situation.hasRecord = record.has_value();
-    if (isFileThere) {
-        const RemoteFileState there = _comparison.CompareThere(remote, record);
-        if (there.failure) {
-            _report.TellFailure(path, there.failure);
-        }
-        if (there.renewed) {
-            _work.records.files.append(*there.renewed);
-        }
-        situation.there = there.state;
-    } else if (_remote.HasFolder(path)) {
-        situation.there = RemoteState::Folder;
-    }
-    std::optional<ConflictCopy> resolved;
-    const bool isOther = situation.there == RemoteState::New || situation.there == RemoteState::Older;
-    if (isOther && here.entry && here.entry->kind == LocalEntry::Kind::File) {
-        situation.isSameContent =
-            _comparison.HasContentOf(path, remote, here) || _HasFetchedContentOf(path, remote, here);
-        resolved = _FindResolved(path, remote);
-        situation.isResolved = resolved.has_value();
-    }
+}
 
-    switch (DecidePush(situation)) {
-        case PushStep::SendNew:
-        case PushStep::SendChanged:
-            _Order(path, *here.entry, resolved ? resolved->contentMd5 : record ? record->contentMd5 : QString());
+PushPlan::Work PushPlan::Find() {
+    for (const QString& path : _views.PathsHere()) {
+        if (!_remote.IsRefused(path)) {
+            Take(_views.At(path));
+        }
+    }
+    return Finish();
+}
+
+void PushPlan::Take(const FileView& view) {
+    const QString& path = view.path;
+    _work.records.files += view.renewed;
+    switch (view.step) {
+        case SyncStep::SendNew:
+        case SyncStep::SendChanged:
+        case SyncStep::SendOver:
+            _Order(view);
             break;
-        case PushStep::Record:
-            _work.records.files.append(_maker.Make(path, remote, here));
+        case SyncStep::Record:
+            _work.records.files.append(_maker.Make(path, view.remote, view.here));
             break;
-        case PushStep::ForgetRecord:
+        case SyncStep::ForgetRecord:
             _work.records.forgottenFiles.append(path);
             break;
-        case PushStep::TellDeletedHere:
+        case SyncStep::DeleteThere:
+            // What is to be deleted was found before.
+            if (view.here.state != LocalState::Nothing) {
+                _Tell(SyncEvent::Kind::Refused, path, BlockedText(view));
+                Block(path);
+            } else if (!_sides.options.deletes) {
+                _Tell(SyncEvent::Kind::DeletedHere, path);
+            }
+            break;
+        case SyncStep::TellDeletedHere:
             _Tell(SyncEvent::Kind::DeletedHere, path);
             break;
-        case PushStep::TellNewerThere:
+        case SyncStep::TellNewerThere:
             _Tell(SyncEvent::Kind::NewerThere, path);
             break;
-        case PushStep::TellGone:
+        case SyncStep::TellGone:
             _Tell(SyncEvent::Kind::Kept, path, QStringLiteral("it was deleted on the service, and is not sent again"));
             break;
-        case PushStep::Conflict:
-            _Tell(SyncEvent::Kind::Conflict, path, _ConflictText(path, remote));
+        case SyncStep::TellConflict:
+            _Tell(SyncEvent::Kind::Conflict, path,
+                  view.copy.isEmpty()
+                      ? QStringLiteral("it changed here and on the service, whose version a pull puts beside it")
+                      : ConflictText(view.copy));
             break;
-        case PushStep::ConflictWithDeletion:
+        case SyncStep::TellChangedAndGone:
             _Tell(SyncEvent::Kind::Conflict, path, QStringLiteral("it changed here, and was deleted on the service"));
             break;
-        case PushStep::Blocked:
-            _Tell(SyncEvent::Kind::Refused, path,
-                  here.state == LocalState::Folder ? QStringLiteral("it is a folder here and a file on the service")
-                                                   : QStringLiteral("it is a file here and a folder on the service"));
-            _blockedFolders.insert(path);
+        case SyncStep::Blocked:
+            _Tell(SyncEvent::Kind::Refused, path, BlockedText(view));
+            Block(path);
             break;
-        case PushStep::Nothing:
+        default:
             break;
     }
 }
 
-void PushPlan::_Order(const QString& path, const LocalEntry& here, const QString& knownMd5) {
+void PushPlan::_Order(const FileView& view) {
     PushOrder order;
-    order.path = path;
-    order.isNew = !_remote.HasFile(path);
-    order.remote = _remote.AllFiles().value(path);
-    order.knownMd5 = knownMd5;
-    order.notBefore = _EndOfSecondOf(order.remote);
+    order.path = view.path;
+    order.isNew = !_remote.HasFile(view.path);
+    order.remote = view.remote;
+    order.knownMd5 = view.knownMd5;
+    order.notBefore = _EndOfSecondOf(view.remote);
     order.looksBefore = !_remote.HasChecksums();
-    order.size = here.fingerprint.size;
-    order.isExecutable = here.IsExecutable();
+    order.size = view.here.entry->fingerprint.size;
+    order.isExecutable = view.here.entry->IsExecutable();
     // An empty folder may be one of the service itself.
     order.triesConditions =
         order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;
     _work.orders.push_back(order);
-    _NeedFoldersOf(path);
+    NeedFoldersOf(view.path);
 }
 
 std::chrono::steady_clock::time_point PushPlan::_EndOfSecondOf(const FileConfiguration& remote) const {
@@ -179,57 +171,24 @@ std::chrono::steady_clock::time_point PushPlan::_EndOfSecondOf(const FileConfigu
                            : std::chrono::steady_clock::time_point();
 }
 
-QString PushPlan::_ConflictText(const QString& path, const FileConfiguration& remote) const {
-    for (const ConflictCopy& copy : _copiesOf.values(path)) {
-        if (HasIdentity(remote, copy.identity)) {
-            return ConflictText(copy.copy);
-        }
-    }
-    return QStringLiteral("it changed here and on the service, whose version a pull puts beside it");
+PushPlan::Work PushPlan::Finish() {
+    _FindForgottenFolders();
+    _FindFolders();
+    const auto isBlocked = [this](const PushOrder& order) { return _blockedFolders.contains(FolderOf(order.path)); };
+    std::deque<PushOrder>& orders = _work.orders;
+    orders.erase(std::remove_if(orders.begin(), orders.end(), isBlocked), orders.end());
+    return std::move(_work);
 }
 
-bool PushPlan::_HasFetchedContentOf(const QString& path, const FileConfiguration& remote, LocalFileState& here) {
-    const bool canTell = remote.md5Checksum.isEmpty() && here.state != LocalState::Unchanged &&
-                         IsContentOf(remote, here.entry->fingerprint.size, QString());
-    if (!canTell) {
-        return false;
-    }
-    _comparison.Read(path, here);
-    return _IsContentThere(path, remote, here.md5);
-}
-
-bool PushPlan::_IsContentThere(const QString& path, const FileConfiguration& remote, const QString& md5) {
-    try {
-        return !md5.isEmpty() && _comparison.IsContentThere(path, remote.size, md5);
-    } catch (const std::exception&) {
-        _report.TellFailure(path, std::current_exception());
-        return false;
-    }
-}
-
-std::optional<ConflictCopy> PushPlan::_FindResolved(const QString& path, const FileConfiguration& remote) {
-    for (const ConflictCopy& copy : _copiesOf.values(path)) {
-        // The disk is asked, because the snapshot has no excluded files.
-        if (_sides.tree.Look(copy.copy)) {
-            continue;
-        }
-        if (copy.identity.isEmpty() ? _IsContentThere(path, remote, copy.contentMd5)
-                                    : HasIdentity(remote, copy.identity)) {
-            return copy;
-        }
-    }
-    return std::nullopt;
-}
-
-void PushPlan::_FindDeletedFolders() {
+void PushPlan::_FindForgottenFolders() {
     for (const QString& path : _knownFolders) {
-        if (_snapshot.entries.contains(path) || _sides.exclusion.HasFolderAt(path)) {
+        if (_snapshot.entries.contains(path) || _sides.exclusion.HasFolderAt(path) || _remote.IsRefused(path)) {
             continue;
         }
-        if (_remote.HasFolder(path)) {
-            _Tell(SyncEvent::Kind::DeletedHere, path);
-        } else if (!_remote.IsRefused(path)) {
+        if (!_remote.HasFolder(path)) {
             _work.records.forgottenFolders.append(path);
+        } else if (!_sides.options.deletes && _views.Way() == Direction::Push) {
+            _Tell(SyncEvent::Kind::DeletedHere, path);
         }
     }
 }
@@ -244,7 +203,7 @@ void PushPlan::_FindFolders() {
         missing.insert(path);
         if (!_knownFolders.contains(path)) {
             _neededFolders.insert(path);
-            _NeedFoldersOf(path);
+            NeedFoldersOf(path);
         }
     }
     for (const QString& path : missing) {
@@ -252,13 +211,13 @@ void PushPlan::_FindFolders() {
             _blockedFolders.insert(path);
         } else if (_neededFolders.contains(path)) {
             _work.folders.append(path);
-        } else {
+        } else if (_views.Way() == Direction::Push) {
             _Tell(SyncEvent::Kind::Kept, path, QStringLiteral("it was deleted on the service, and is not made again"));
         }
     }
 }
 
-void PushPlan::_NeedFoldersOf(const QString& path) {
+void PushPlan::NeedFoldersOf(const QString& path) {
     for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
         _neededFolders.insert(folder);
     }

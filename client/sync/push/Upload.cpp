@@ -72,6 +72,10 @@ void Upload::_Send(content::IContentConnection& session) {
         _outcome = UploadOutcome::Refused;
         return;
     }
+    if (_order.isRemoval) {
+        _outcome = _Remove(session, known);
+        return;
+    }
     _file = _tree.Open(_order.path);
     _before = _file->Look();
     _outcome = session.Upload(_url, *this, _before.size, _ConditionOf(known), known);
@@ -88,6 +92,12 @@ void Upload::_Send(content::IContentConnection& session) {
         _WaitUntil(std::chrono::steady_clock::now() + Patience);
         _version = session.Look(_url);
     }
+}
+
+UploadOutcome Upload::_Remove(content::IContentConnection& session, const content::ContentVersion& known) const {
+    const std::optional<local::LocalEntry> here = _tree.Look(_order.path);
+    const bool isBack = here && here->kind == local::LocalEntry::Kind::File;
+    return !isBack && session.Remove(_url, known) ? UploadOutcome::Stored : UploadOutcome::Refused;
 }
 
 UploadCondition Upload::_ConditionOf(const content::ContentVersion& known) const {

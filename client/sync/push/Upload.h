@@ -57,6 +57,8 @@ private:
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
     void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);
+    /// Deletes what the service has, unless the file is here again.
+    content::UploadOutcome _Remove(content::IContentConnection& session, const content::ContentVersion& known) const;
     content::UploadCondition _ConditionOf(const content::ContentVersion& known) const;
     /// Sends the same once more, although it must not be there.
     void _TryConditions(content::IContentConnection& session);

@@ -36,15 +36,16 @@ QString ConditionsSetting() {
 
 }  // namespace
 
-void Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
-    const QSet<QString> missing = _MakeFolders(folders);
+bool Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
+    const QSet<QString> missing = MakeFolders(folders);
     const auto isUnplaced = [&missing](const PushOrder& order) { return missing.contains(FolderOf(order.path)); };
     orders.erase(std::remove_if(orders.begin(), orders.end(), isUnplaced), orders.end());
     _ChooseTrial(orders);
     RunAll(std::move(orders));
+    return _hasAll && missing.isEmpty();
 }
 
-QSet<QString> Uploader::_MakeFolders(const QStringList& folders) {
+QSet<QString> Uploader::MakeFolders(const QStringList& folders) {
     QSet<QString> missing;
     for (const QString& path : folders) {
         if (missing.contains(FolderOf(path)) || !_MakeFolder(path)) {
@@ -69,7 +70,7 @@ bool Uploader::_MakeFolder(const QString& path) {
         }
         _sides.records.WriteFolder(path);
     } catch (const std::exception&) {
-        _report.TellFailure(path, std::current_exception());
+        _TellFailure(path, std::current_exception());
         return false;
     }
     _report.Tell(SyncEvent::Kind::FolderSent, path);
@@ -89,6 +90,10 @@ qint64 Uploader::SizeOf(const PushOrder& order) const {
 }
 
 void Uploader::Tell(const PushOrder& order) {
+    if (order.isRemoval) {
+        _TakeRemoved(order);
+        return;
+    }
     _report.Tell(SyncEvent::Kind::Sent, order.path, QString(), order.size);
 }
 
@@ -97,6 +102,7 @@ std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {
 }
 
 void Uploader::Refuse(const QString& path, const QString& reason) {
+    _hasAll = false;
     _report.Tell(SyncEvent::Kind::Refused, path, reason);
 }
 
@@ -132,8 +138,31 @@ void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
         throw;
     } catch (const std::exception&) {
         ++_progress.doneFiles;
-        _report.TellFailure(path, std::current_exception());
+        _TellFailure(path, std::current_exception());
     }
+}
+
+void Uploader::_TellFailure(const QString& path, const std::exception_ptr& error) {
+    _hasAll = false;
+    _report.TellFailure(path, error);
+}
+
+void Uploader::_TellConflict(const PushOrder& order) {
+    _hasAll = false;
+    if (order.isRemoval) {
+        _report.Tell(SyncEvent::Kind::Kept, order.path,
+                     QStringLiteral("it was deleted here, but has just changed on one of the sides"));
+    } else {
+        _report.Tell(SyncEvent::Kind::Conflict, order.path,
+                     order.isNew ? QStringLiteral("it is new here, and has just been made on the service")
+                                 : QStringLiteral("it changed here, and has just changed on the service"));
+    }
+}
+
+void Uploader::_TakeRemoved(const PushOrder& order) {
+    _sides.records.ForgetFile(order.path);
+    _report.TellSuccess();
+    _report.Tell(SyncEvent::Kind::DeletedThere, order.path);
 }
 
 bool Uploader::_IsStillKnown(const Upload& upload) {
@@ -144,8 +173,7 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
     // The tag is older than these answers: when this is still what was known, so was what the tag is of.
     const bool isKnown = upload.Version() && _IsStillThere(order);
     if (!isKnown) {
-        _report.Tell(SyncEvent::Kind::Conflict, order.path,
-                     QStringLiteral("it changed here, and has just changed on the service"));
+        _TellConflict(order);
     }
     return isKnown;
 }
@@ -165,18 +193,18 @@ bool Uploader::_TellsByDate(const Upload& upload) {
         return true;
     }
     if (!date.isValid() || !listed.isValid()) {
-        _report.Tell(
-            SyncEvent::Kind::Refused, order.path,
-            QStringLiteral(
-                "the service gives the file neither an entity tag nor a date, without which a "
-                "change that somebody else makes meanwhile could be overwritten; --force replaces it nonetheless"));
+        Refuse(order.path,
+               QStringLiteral(
+                   "the service gives the file neither an entity tag nor a date, without which a "
+                   "change that somebody else makes meanwhile could be overwritten; --force replaces it nonetheless"));
         return false;
     }
     // Dates have whole seconds: within that of the change another one would not be seen.
     const bool isOver = date.toSecsSinceEpoch() < listed.toSecsSinceEpoch() || order.notBefore != PushOrder().notBefore;
     if (!isOver) {
-        _report.Tell(SyncEvent::Kind::Refused, order.path,
-                     QStringLiteral("it has just changed on the service; the next push sends it"));
+        Refuse(order.path, order.isRemoval
+                               ? QStringLiteral("it has just changed on the service; the next pass deletes it there")
+                               : QStringLiteral("it has just changed on the service; the next push sends it"));
         return false;
     }
     return true;
@@ -185,13 +213,16 @@ bool Uploader::_TellsByDate(const Upload& upload) {
 void Uploader::_TakeSent(const Upload& upload) {
     const QString& path = upload.Order().path;
     if (upload.Outcome() == UploadOutcome::Refused) {
-        _report.Tell(SyncEvent::Kind::Conflict, path,
-                     upload.Order().isNew ? QStringLiteral("it is new here, and has just been made on the service")
-                                          : QStringLiteral("it changed here, and has just changed on the service"));
+        _TellConflict(upload.Order());
+        return;
+    }
+    if (upload.Order().isRemoval) {
+        _TakeRemoved(upload.Order());
         return;
     }
     const std::optional<FileRecord> record = _RecordOf(upload);
     if (!record) {
+        _hasAll = false;
         // What is recorded stays what both sides had before: both differ from it now, and nobody overwrites the other.
         _report.Tell(SyncEvent::Kind::Conflict, path,
                      QStringLiteral("it was sent, but what the service has is something else"));
@@ -211,8 +242,7 @@ void Uploader::_TakeSent(const Upload& upload) {
         }
     }
     if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
-        _report.Tell(SyncEvent::Kind::Refused, path,
-                     QStringLiteral("it was written while it was sent, and has to be sent again"));
+        Refuse(path, QStringLiteral("it was written while it was sent, and has to be sent again"));
     }
 }
 

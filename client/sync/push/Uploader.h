@@ -26,8 +26,12 @@ public:
         : TransferLoop(sides, report), _comparison(comparison), _maker(maker) {}
 
     /// First makes `folders`, in which a folder comes before those in it. What lies in one that cannot be made is left
-    /// out. Throws Cancelled, when what is sent is recorded, and what PassReport::TellFailure throws.
-    void Run(const QStringList& folders, std::deque<PushOrder> orders);
+    /// out. True when everything went over. Throws Cancelled, when what is sent is recorded, and what
+    /// PassReport::TellFailure throws.
+    bool Run(const QStringList& folders, std::deque<PushOrder> orders);
+
+    /// Of these a folder comes before those in it. Returns those that cannot be made. Throws as Run does.
+    QSet<QString> MakeFolders(const QStringList& folders);
 
 private:
     qint64 SizeOf(const PushOrder& order) const override;
@@ -37,8 +41,9 @@ private:
     void Take(Transfers uploads, Pool& pool) override;
     void TakeLast(Transfers uploads) override;
 
-    /// Returns those that cannot be made.
-    QSet<QString> _MakeFolders(const QStringList& folders);
+    void _TellConflict(const PushOrder& order);
+    void _TellFailure(const QString& path, const std::exception_ptr& error);
+    void _TakeRemoved(const PushOrder& order);
     /// False when it cannot be made.
     bool _MakeFolder(const QString& path);
     /// Lets at most one file try the conditions, and none once it is known.
@@ -57,6 +62,7 @@ private:
 
     const pass::FileComparison& _comparison;
     const pass::RecordMaker& _maker;
+    bool _hasAll = true;
 };
 
 }  // namespace push

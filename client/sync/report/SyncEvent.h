@@ -19,7 +19,12 @@ struct SyncEvent {
         /// A file or folder of this side was brought to the service.
         Sent,
         FolderSent,
-        /// A file that was deleted here, which the service still has. Push deletes nothing there.
+        /// A file or folder was moved to this path here, or on the service, because it was moved on the other side.
+        Moved,
+        MovedThere,
+        /// A file or folder was deleted on the service, because it was deleted here.
+        DeletedThere,
+        /// A file that was deleted here, which the service still has, because nothing is to be deleted there.
         DeletedHere,
         /// The service has a newer version, which a pull will bring.
         NewerThere,

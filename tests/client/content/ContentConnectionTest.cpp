@@ -581,6 +581,37 @@ TEST_F(ContentUploadTest, WithoutAnEntityTagAFileIsReplacedOnlyIfItsDateIsTheSam
     EXPECT_FALSE(headers.contains("if-none-match"));
 }
 
+TEST_F(ContentUploadTest, AFileIsDeletedOnlyIfItIsStillTheSame) {
+    ContentVersion known;
+    known.entityTag = "\"a-7\"";
+    known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
+    for (const char* answer : {"folders/status-200", "folders/status-204", "statuses/not-found-404"}) {
+        ScriptedServer server({AnswerOf(answer)});
+        EXPECT_TRUE(session->Remove(server.Url(FilePath), known)) << answer;
+        server.Stop();
+        const auto request = server.Requests().first();
+        EXPECT_EQ(request.method, "DELETE");
+        EXPECT_EQ(request.headers.value("if-match"), "\"a-7\"");
+        EXPECT_FALSE(request.headers.contains("if-unmodified-since"));
+    }
+    known.entityTag.clear();
+    ScriptedServer server({AnswerOf("folders/status-412")});
+    EXPECT_FALSE(session->Remove(server.Url(FilePath), known));
+    server.Stop();
+    EXPECT_EQ(server.Requests().first().headers.value("if-unmodified-since"), "Fri, 20 Nov 2026 10:15:30 GMT");
+}
+
+TEST_F(ContentUploadTest, NothingIsDeletedThatCannotBeToldApartAndARefusalIsAnError) {
+    ScriptedServer server({AnswerOf("statuses/forbidden-403")});
+    ContentVersion known;
+    EXPECT_THAT(ErrorOf<SyncException>([&] { (void)session->Remove(server.Url(FilePath), known); }),
+                HasSubstr("neither an entity tag nor a date"));
+    known.entityTag = "\"a-7\"";
+    EXPECT_THAT(ErrorOf<HttpException>([&] { (void)session->Remove(server.Url(FilePath), known); }), HasSubstr("403"));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
 TEST_F(ContentUploadTest, NothingIsReplacedWithoutAnEntityTagAndADate) {
     ScriptedServer server({});
     Source source(FileText);

@@ -23,6 +23,7 @@ namespace {
 
 using sync::http::DAVPropfindRequest;
 using testing::AllOf;
+using testing::AnyOf;
 using testing::HasSubstr;
 using tests::BadAnswer;
 using tests::Describe;
@@ -364,7 +365,9 @@ TEST_P(BadFolderOfTreeTest, EndsTheWholeInAnErrorThatNamesTheFolder) {
         Execute(request);
         FAIL();
     } catch (const TransactionError& error) {
-        EXPECT_THAT(error.Utf8Message(), AllOf(HasSubstr("/Projects/A/ failed: "), HasSubstr(bad.reason)));
+        // What is asked at the same time is unread when the server closes, which may reach this side as a reset.
+        EXPECT_THAT(error.Utf8Message(), AllOf(HasSubstr("/Projects/A/ failed: "),
+                                               AnyOf(HasSubstr(bad.reason), HasSubstr("Connection reset by peer"))));
     }
     EXPECT_FALSE(request->GetResult());
     server.Stop();

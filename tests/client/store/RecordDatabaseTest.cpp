@@ -224,11 +224,73 @@ TEST_F(RecordDatabaseTest, AProgramThatReadsTheDatabaseIsInTheWay) {
 
 TEST_F(RecordDatabaseTest, ANewerFormatIsRefusedAndLeftAsItIs) {
     ErrorOfOpening();
-    Run("PRAGMA user_version = 2");
+    Run("PRAGMA user_version = 3");
     const QByteArray before = Bytes();
     EXPECT_THAT(ErrorOfOpening(), HasSubstr("newer version"));
     EXPECT_THAT(ErrorOfOpening(RecordDatabase::Access::Try), HasSubstr("newer version"));
     EXPECT_EQ(Bytes(), before);
+}
+
+TEST_F(RecordDatabaseTest, TheFirstFormatIsReadAndBecomesTheSecond) {
+    {
+        RecordDatabase database(Root(), RecordDatabase::Access::Change);
+        database.WriteFile(Record("f/a"));
+        database.WriteSetting(Text("s"), Text("1"));
+    }
+    Run("DROP TABLE folders; CREATE TABLE folders (path TEXT PRIMARY KEY) WITHOUT ROWID;"
+        "INSERT INTO folders VALUES ('f'), ('g'); PRAGMA user_version = 1");
+    {
+        // Neither needs the other.
+        RecordDatabase trial(Root(), RecordDatabase::Access::Try);
+        EXPECT_EQ(trial.Folders(), QStringList({Text("f"), Text("g")}));
+    }
+    for (int i = 0; i < 2; ++i) {
+        RecordDatabase database(Root(), RecordDatabase::Access::Change);
+        EXPECT_EQ(database.FindFile(Text("f/a"))->contentMd5, Text("m"));
+        EXPECT_EQ(database.Setting(Text("s")), Text("1"));
+        ASSERT_EQ(database.FolderRecords().size(), 2);
+        EXPECT_EQ(database.FolderRecords().first().path, Text("f"));
+        EXPECT_EQ(database.FolderRecords().first().inode, i == 0 ? 0U : 7U);
+        EXPECT_EQ(database.FolderRecords().first().itemId, i == 0 ? QString() : Text("id"));
+        database.WriteFolder({Text("f"), 7, Text("id")});
+        // It keeps what is known of it.
+        database.WriteFolder(Text("f"));
+    }
+}
+
+TEST_F(RecordDatabaseTest, WhatLiesInAFolderMovesWithIt) {
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    for (const char* path : {"f/a", "f/g/\xC3\xA9", "f.txt", "f0", "fg/a", "e/f/a"}) {
+        FileRecord record = Record(path);
+        record.file.serverPath = Text("S/") + record.path;
+        record.file.name = Text("kept");
+        database.WriteFile(record);
+    }
+    for (const char* path : {"e", "f", "f/g", "fg"}) {
+        database.WriteFolder(Text(path));
+    }
+    database.WriteCopy({Text("f/a (1)"), Text("f/a"), Text("i"), Text("m")});
+    database.WriteCopy({Text("f (1)"), Text("f0"), Text("i"), Text("m")});
+    database.MoveTree(Text("f"), Text("e/n\xC3\xA9w"), Text("S/f"), Text("S/e/n\xC3\xA9w"));
+    QStringList files = database.FilePaths();
+    files.sort();
+    EXPECT_EQ(files, QStringList({Text("e/f/a"), Text("e/n\xC3\xA9w/a"), Text("e/n\xC3\xA9w/g/\xC3\xA9"), Text("f.txt"),
+                                  Text("f0"), Text("fg/a")}));
+    EXPECT_EQ(database.Folders(), QStringList({Text("e"), Text("e/n\xC3\xA9w"), Text("e/n\xC3\xA9w/g"), Text("fg")}));
+    const FileRecord moved = *database.FindFile(Text("e/n\xC3\xA9w/g/\xC3\xA9"));
+    EXPECT_EQ(moved.file.serverPath, Text("S/e/n\xC3\xA9w/g/\xC3\xA9"));
+    EXPECT_EQ(moved.file.name, Text("kept"));
+    QStringList copies;
+    for (const auto& copy : database.Copies()) {
+        copies.append(copy.path + Text(" < ") + copy.copy);
+    }
+    copies.sort();
+    EXPECT_EQ(copies, QStringList({Text("e/n\xC3\xA9w/a < e/n\xC3\xA9w/a (1)"), Text("f0 < f (1)")}));
+
+    database.MoveTree(Text("f.txt"), Text("g.txt"), Text("S/f.txt"), Text("S/g.txt"));
+    EXPECT_EQ(database.FindFile(Text("g.txt"))->file.name, Text("g.txt"));
+    EXPECT_EQ(database.FindFile(Text("g.txt"))->file.serverPath, Text("S/g.txt"));
+    EXPECT_FALSE(database.FindFile(Text("f.txt")));
 }
 
 TEST_F(RecordDatabaseTest, ADamagedDatabaseIsNamed) {

@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 
+#include <QDir>
 #include <atomic>
 #include <functional>
 
 #include "client/sync/local/LocalError.h"
+#include "client/wire/TransactionError.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
 
@@ -11,6 +13,7 @@ namespace {
 
 using ovsync::local::LocalError;
 using ovsync::report::SyncOutcome;
+using ovsync::wire::TransactionError;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
@@ -22,8 +25,19 @@ class Crash {};
 class CrashTest : public tests::SyncTest {
 protected:
     /// Whether the pass ended at its operation `number`, from which on the disk does nothing any more.
-    bool CrashesAt(int number, const std::function<void()>& pass) {
+    bool CrashesAt(int number, const std::function<void()>& pass, bool withRequests = false) {
         std::atomic<int> operations{0};
+        if (withRequests) {
+            service.onRequest = [&operations, number](const QString& method, const QString&) {
+                const int operation = ++operations;
+                if (operation == number) {
+                    throw Crash();
+                }
+                if (operation > number) {
+                    throw TransactionError(method.toUtf8(), QUrl(), Text("gone"), {});
+                }
+            };
+        }
         tree.before = [&operations, number](const char* name, const QString& path) {
             const bool changesSomething = qstrcmp(name, "Look") != 0 && qstrcmp(name, "List") != 0;
             const int operation = changesSomething || operations >= number ? ++operations : 0;
@@ -40,7 +54,10 @@ protected:
             EXPECT_GE(operations, number);
         } catch (const LocalError&) {
             EXPECT_GE(operations, number);
+        } catch (const TransactionError&) {
+            EXPECT_GE(operations, number);
         }
+        service.onRequest = nullptr;
         tree.before = nullptr;
         return operations >= number;
     }
@@ -167,6 +184,59 @@ TEST_F(CrashTest, APushThatDiesAtAnyMomentIsCompletedByTheNext) {
         ++moments;
     }
     EXPECT_GE(moments, 3);
+}
+
+TEST_F(CrashTest, ASyncThatDiesAtAnyMomentIsCompletedByTheNext) {
+    options.transfers = 1;
+    Write("renamed here 0", "1");
+    Write("renamed there 0", "2");
+    Write("folder here 0/g/x", "3");
+    Write("folder there 0/g/x", "4");
+    int moments = 0;
+    for (int number = 1;; ++number) {
+        const QByteArray last = QByteArray::number(number - 1);
+        const QByteArray round = QByteArray::number(number);
+        const auto name = [](const char* path, const QByteArray& suffix) { return Text(path + suffix); };
+        for (const char* path : {"changed here", "changed there", "gone here", "gone there/a"}) {
+            Write(path, "old " + round);
+        }
+        ASSERT_EQ(Sync(), SyncOutcome::InStep) << number;
+        ASSERT_EQ(Sync(), SyncOutcome::InStep) << number;
+        Write("changed here", "new " + round);
+        service.Put(Text("changed there"), "new " + round);
+        Write(("new here " + round).constData(), round);
+        service.Put(name("new there ", round), round);
+        Remove("gone here");
+        service.Remove(Text("gone there"));
+        for (const char* moved : {"renamed here ", "folder here "}) {
+            ASSERT_TRUE(QDir().rename(Path((moved + last).constData()), Path((moved + round).constData())));
+        }
+        for (const char* moved : {"renamed there ", "folder there "}) {
+            service.Move(name(moved, last), name(moved, round));
+        }
+        Files wanted = Contents();
+        for (const char* moved : {"renamed there ", "folder there "}) {
+            wanted.erase(name(moved, last));
+        }
+        wanted.erase(name("folder there ", last + "/g/x"));
+        wanted.erase(Text("gone there/a"));
+        wanted[name("renamed there ", round)] = "2";
+        wanted[name("folder there ", round + "/g/x")] = "4";
+        wanted[Text("changed there")] = "new " + round;
+        wanted[name("new there ", round)] = round;
+
+        const bool crashed = CrashesAt(
+            number, [this] { Sync(); }, true);
+        EXPECT_EQ(Sync(), SyncOutcome::InStep) << number << Told().join(Text(", ")).toStdString();
+        EXPECT_EQ(Contents(), wanted) << number;
+        EXPECT_EQ(service.Contents(), wanted) << number;
+        EXPECT_FALSE(HasTemporaryFiles()) << number;
+        if (!crashed || HasFailure()) {
+            break;
+        }
+        ++moments;
+    }
+    EXPECT_GT(moments, 40);
 }
 
 }  // namespace

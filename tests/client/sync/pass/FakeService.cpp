@@ -1,6 +1,9 @@
 #include "tests/client/sync/pass/FakeService.h"
 
+#include <gtest/gtest.h>
+
 #include <QCryptographicHash>
+#include <algorithm>
 
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteVersion.h"
@@ -54,12 +57,19 @@ public:
             _service.isMissing = false;
         } else {
             _service._folders.insert(PathOf(folder.serverPath));
+            _service._folderIds[PathOf(folder.serverPath)] = Text("folder %1").arg(++_service._items);
         }
         return {sync::core::SyncResults::ResultType(0), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
-    sync::core::SyncResults DeleteFolder(FolderConfiguration&) override { throw std::logic_error("not used"); }
-    sync::core::SyncResults MoveFolder(const FolderConfiguration&, const FolderConfiguration&) override {
-        throw std::logic_error("not used");
+    sync::core::SyncResults DeleteFolder(FolderConfiguration& folder) override {
+        EXPECT_EQ(folder.getServerFolderId(), Text("id of ") + folder.serverPath);
+        _service._Meet("RMCOL", PathOf(folder.serverPath));
+        _service.Remove(PathOf(folder.serverPath));
+        return {sync::core::SyncResults::ResultType(2), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    }
+    sync::core::SyncResults MoveFolder(const FolderConfiguration& from, const FolderConfiguration& to) override {
+        _service.Move(PathOf(from.serverPath), PathOf(to.serverPath));
+        return {sync::core::SyncResults::ResultType(3), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
     bool FolderExists(const FolderConfiguration& folder) override {
         const Lock lock(_service._mutex);
@@ -67,8 +77,13 @@ public:
                _service.unlisted.count(PathOf(folder.serverPath)) != 0;
     }
     bool FileExists(const FileConfiguration&) override { throw std::logic_error("not used"); }
-    bool GetFolderProperties(const FolderConfiguration&, FolderConfiguration&) override {
-        throw std::logic_error("not used");
+    bool GetFolderProperties(const FolderConfiguration& folder, FolderConfiguration& result) override {
+        if (!_service.HasFolder(PathOf(folder.serverPath))) {
+            return false;
+        }
+        result = folder;
+        result.setServerFolderId(Text("id of ") + folder.serverPath);
+        return true;
     }
     std::shared_ptr<QVector<FolderConfiguration>> GetNameSortedDirsByFolder(FolderConfiguration& folder) override {
         _service._Meet("LIST", PathOf(folder.serverPath));
@@ -102,6 +117,7 @@ public:
             FolderConfiguration listed;
             listed.name = NameOf(path);
             listed.serverPath = Text(Root) + path;
+            listed.setServerFolderId(_service.isPlain ? Text("path:S/") + path : _service._folderIds.at(path));
             folders->append(listed);
         }
         *folders += _service.extraFolders;
@@ -237,6 +253,20 @@ public:
         return UploadOutcome::Stored;
     }
 
+    bool Remove(const QUrl& url, const ContentVersion& known) override {
+        _Begin("DELETE", url);
+        {
+            const Lock lock(_service._mutex);
+            const auto file = _service._files.find(PathOf(url));
+            if (file != _service._files.end() && !_service.ignoresConditions && !_IsKnown(file->second, known)) {
+                return false;
+            }
+        }
+        _service.Remove(PathOf(url));
+        _service._Meet("DELETED", PathOf(url));
+        return true;
+    }
+
     void Cancel() override { _isCancelled = true; }
 
 private:
@@ -309,9 +339,41 @@ void FakeService::AddFolder(const QString& path) {
     const Lock lock(_mutex);
     for (QString folder = path; !folder.isEmpty(); folder = FolderOf(folder)) {
         if (_folders.insert(folder).second) {
+            _folderIds[folder] = Text("folder %1").arg(++_items);
             _changed = _now = _now.addSecs(1);
         }
     }
+}
+
+void FakeService::Move(const QString& from, const QString& to) {
+    _Meet("MOVE", from);
+    {
+        const Lock lock(_mutex);
+        if (_files.count(to) != 0 || _folders.count(to) != 0) {
+            throw HttpException(Text("something is there"), 412, QUrl());
+        }
+        if (_files.count(from) == 0 && _folders.count(from) == 0) {
+            throw HttpException(Text("nothing is there"), 404, QUrl());
+        }
+        _changed = _now = _now.addSecs(1);
+        const auto moved = [&](const QString& path) {
+            return path == from || path.startsWith(from + Text("/")) ? to + path.mid(from.size()) : path;
+        };
+        std::map<QString, File> files;
+        for (const auto& file : _files) {
+            files[moved(file.first)] = file.second;
+        }
+        std::set<QString> folders;
+        std::map<QString, QString> ids;
+        for (const QString& folder : _folders) {
+            folders.insert(moved(folder));
+            ids[moved(folder)] = _folderIds[folder];
+        }
+        _files = files;
+        _folders = folders;
+        _folderIds = ids;
+    }
+    _Meet("MOVED", to);
 }
 
 QByteArray FakeService::Content(const QString& path) const {
@@ -339,6 +401,8 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.folders = _folderManager.get();
     service.files = _fileManager.get();
     service.updater = _updater.get();
+    service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
+    service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.newConnection = [this] { return std::make_unique<Session>(*this); };
     service.urlOf = [](const QString& serverPath) {
         QUrl url(Text("http://service.test/"));
@@ -350,6 +414,13 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.folder.serverRootPath = Text("S");
     service.folder.localPath = localPath;
     return service;
+}
+
+bool FakeService::_IsEmpty(const QString& path) const {
+    const Lock lock(_mutex);
+    const auto isIn = [&path](const QString& other) { return FolderOf(other) == path; };
+    return std::none_of(_files.begin(), _files.end(), [&isIn](const auto& file) { return isIn(file.first); }) &&
+           std::none_of(_folders.begin(), _folders.end(), isIn) && std::none_of(unlisted.begin(), unlisted.end(), isIn);
 }
 
 int FakeService::Count(const char* method) const {

@@ -36,6 +36,8 @@ public:
     /// Gives the file an earlier version back, as when the service is restored from a backup.
     void Restore(const QString& path, const QByteArray& content, int version);
     void AddFolder(const QString& path);
+    /// With everything in it, as MOVE does, and with their ids.
+    void Move(const QString& from, const QString& to);
     /// By path; "(none)" when there is no such file.
     QByteArray Content(const QString& path) const;
     std::map<QString, QByteArray> Contents() const;
@@ -44,7 +46,8 @@ public:
     ovsync::pass::ServiceFolder Folder(const QString& localPath);
 
     /// Called before every request with its method and the path that it is for ("LIST", "FIND", "HEAD", "GET", "PUT",
-    /// "SENT" between storing a file and the answer, "MKCOL"), by the thread that makes it. May throw.
+    /// "SENT" between storing a file and the answer, "DELETE", "DELETED" after that, "MOVE", "MOVED", "MKCOL",
+    /// "RMCOL"), by the thread that makes it. May throw.
     std::function<void(const QString& method, const QString& path)> onRequest;
     /// How many requests there were of a method.
     int Count(const char* method) const;
@@ -87,6 +90,7 @@ private:
     class FileManagerFactory;
     class Session;
 
+    bool _IsEmpty(const QString& path) const;
     void _Meet(const char* method, const QString& path);
     sync::config::FileConfiguration _Describe(const QString& path, const File& file) const;
     QByteArray _Tag(const File& file) const;
@@ -95,6 +99,7 @@ private:
     mutable std::mutex _mutex;
     std::map<QString, File> _files;
     std::set<QString> _folders;
+    std::map<QString, QString> _folderIds;
     std::map<QString, int> _counts;
     int _items = 0;
     QDateTime _now = QDateTime::fromSecsSinceEpoch(1700000000, Qt::UTC);

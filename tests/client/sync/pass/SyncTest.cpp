@@ -5,12 +5,14 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include "client/sync/both/TwoWayPass.h"
 #include "client/sync/pull/PullPass.h"
 #include "client/sync/push/PushPass.h"
 #include "client/wire/EnumTable.h"
 
 namespace tests {
 
+using ovsync::both::TwoWayPass;
 using ovsync::pass::SyncPass;
 using ovsync::pull::PullPass;
 using ovsync::push::PushPass;
@@ -32,6 +34,9 @@ constexpr KindName KindNames[] = {
     {SyncEvent::Kind::FolderMade, "FolderMade"},
     {SyncEvent::Kind::Sent, "Sent"},
     {SyncEvent::Kind::FolderSent, "FolderSent"},
+    {SyncEvent::Kind::Moved, "Moved"},
+    {SyncEvent::Kind::MovedThere, "MovedThere"},
+    {SyncEvent::Kind::DeletedThere, "DeletedThere"},
     {SyncEvent::Kind::DeletedHere, "DeletedHere"},
     {SyncEvent::Kind::NewerThere, "NewerThere"},
     {SyncEvent::Kind::Skipped, "Skipped"},
@@ -58,6 +63,10 @@ SyncOutcome SyncTest::Pull() {
 
 SyncOutcome SyncTest::Push() {
     return _Run([](SyncPass& pass) { return PushPass(pass).Run(); });
+}
+
+SyncOutcome SyncTest::Sync() {
+    return _Run([](SyncPass& pass) { return TwoWayPass(pass).Run(); });
 }
 
 SyncOutcome SyncTest::_Run(const std::function<SyncOutcome(SyncPass&)>& pass) {
@@ -93,6 +102,18 @@ std::map<QString, QByteArray> SyncTest::Contents() const {
         const QString path = QDir(folder.path()).relativeFilePath(file.fileName());
         if (!path.startsWith(Text(".ovsync/")) && file.open(QIODevice::ReadOnly)) {
             contents[path] = file.readAll();
+        }
+    }
+    return contents;
+}
+
+std::vector<QByteArray> SyncTest::TrashContents() const {
+    std::vector<QByteArray> contents;
+    QDirIterator files(Path(".ovsync/trash"), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        if (file.open(QIODevice::ReadOnly)) {
+            contents.push_back(file.readAll());
         }
     }
     return contents;

@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <atomic>
 #include <map>
+#include <vector>
 
 #include "client/sync/local/LocalTree.h"
 #include "client/sync/pass/SyncPass.h"
@@ -25,6 +26,7 @@ protected:
 
     ovsync::report::SyncOutcome Pull();
     ovsync::report::SyncOutcome Push();
+    ovsync::report::SyncOutcome Sync();
 
     /// In the synced folder; the folders above are made.
     void Write(const char* path, const QByteArray& content);
@@ -32,6 +34,8 @@ protected:
     QByteArray Content(const char* path) const;
     /// Of all files, the hidden folder's left out.
     std::map<QString, QByteArray> Contents() const;
+    /// Of all files in the trash.
+    std::vector<QByteArray> TrashContents() const;
     QString Path(const char* path) const;
     bool HasTemporaryFiles() const;
 

@@ -12,6 +12,8 @@ using ovsync::local::LocalSnapshot;
 using ovsync::pass::FileComparison;
 using ovsync::pass::RecordMaker;
 using ovsync::pass::SyncPass;
+using ovsync::plan::Direction;
+using ovsync::plan::FileViews;
 using ovsync::pull::PullOrder;
 using ovsync::pull::PullPlan;
 using ovsync::report::SyncEvent;
@@ -23,7 +25,7 @@ using Files = std::map<QString, QByteArray>;
 class PullPlanTest : public tests::SyncTest {
 protected:
     /// Lets `look` see a plan, and then sees to it that nothing was done.
-    void Plan(const std::function<void(PullPlan& plan, LocalSnapshot& snapshot)>& look) {
+    void Plan(const std::function<void(PullPlan& plan)>& look) {
         const Files before = Contents();
         events.clear();
         RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
@@ -35,8 +37,9 @@ protected:
         const SyncPass::Listing listing = pass.List(QDateTime(), snapshot);
         const RecordMaker maker(serviceFolder, listing.at);
         const FileComparison comparison(pass.Sides(), maker);
-        PullPlan plan(pass.Sides(), comparison, maker, *listing.tree, pass.Report());
-        look(plan, snapshot);
+        const FileViews views(pass.Sides(), comparison, *listing.tree, snapshot, pass.Report(), Direction::Pull);
+        PullPlan plan(pass.Sides(), views, maker, *listing.tree, snapshot);
+        look(plan);
         EXPECT_EQ(Contents(), before);
         EXPECT_EQ(records.FilePaths(), files);
         EXPECT_EQ(records.Folders(), folders);
@@ -63,8 +66,8 @@ TEST_F(PullPlanTest, WhatIsGoneIsFoundAndStays) {
     service.Put(Text("place/x"), "1");
     Write("changed", "mine");
     Remove("lost");
-    Plan([](PullPlan& plan, LocalSnapshot& snapshot) {
-        const PullPlan::Deletions gone = plan.FindGone(snapshot);
+    Plan([](PullPlan& plan) {
+        const PullPlan::Deletions gone = plan.FindGone();
         ASSERT_EQ(gone.inTheWay.files.size(), 1);
         EXPECT_EQ(gone.inTheWay.files.first().record.path, Text("place"));
         ASSERT_EQ(gone.others.files.size(), 1);
@@ -83,14 +86,14 @@ TEST_F(PullPlanTest, FoldersAreFoundAndNotMade) {
     service.Put(Text("taken/below/x"), "1");
     Write("here/own", "1");
     Write("taken", "1");
-    Plan([](PullPlan& plan, LocalSnapshot& snapshot) {
-        const PullPlan::Folders folders = plan.FindFolders(snapshot);
+    Plan([](PullPlan& plan) {
+        const PullPlan::Folders folders = plan.FindFolders({});
         EXPECT_EQ(folders.missing, QStringList({Text("new"), Text("new/below")}));
         EXPECT_EQ(folders.records.folders, QStringList(Text("here")));
         ASSERT_EQ(folders.events.size(), 1);
         EXPECT_EQ(folders.events.first().path, Text("taken"));
         // What lies in a folder that is not here waits for it.
-        EXPECT_EQ(Paths(plan.FindFetches(snapshot).orders), QStringList(Text("here/x")));
+        EXPECT_EQ(Paths(plan.FindFetches().orders), QStringList(Text("here/x")));
     });
 }
 
@@ -99,8 +102,8 @@ TEST_F(PullPlanTest, WhatIsHereAlreadyIsOnlyToBeRecorded) {
     service.Put(Text("other"), "2");
     Write("same", "1");
     Write("other", "mine");
-    Plan([](PullPlan& plan, LocalSnapshot& snapshot) {
-        const PullPlan::Fetches fetches = plan.FindFetches(snapshot);
+    Plan([](PullPlan& plan) {
+        const PullPlan::Fetches fetches = plan.FindFetches();
         ASSERT_EQ(fetches.orders.size(), 1U);
         EXPECT_EQ(fetches.orders.front().path, Text("other"));
         EXPECT_EQ(fetches.orders.front().target, PullOrder::Target::Beside);

@@ -12,6 +12,8 @@ using ovsync::local::LocalSnapshot;
 using ovsync::pass::FileComparison;
 using ovsync::pass::RecordMaker;
 using ovsync::pass::SyncPass;
+using ovsync::plan::Direction;
+using ovsync::plan::FileViews;
 using ovsync::push::PushPlan;
 using ovsync::report::SyncEvent;
 using ovsync::store::RecordDatabase;
@@ -33,7 +35,8 @@ protected:
         const SyncPass::Listing listing = pass.List(QDateTime(), snapshot);
         const RecordMaker maker(serviceFolder, listing.at);
         const FileComparison comparison(pass.Sides(), maker);
-        PushPlan::Work work = PushPlan(pass.Sides(), comparison, maker, *listing.tree, snapshot, pass.Report()).Find();
+        const FileViews views(pass.Sides(), comparison, *listing.tree, snapshot, pass.Report(), Direction::Push);
+        PushPlan::Work work = PushPlan(pass.Sides(), views, maker, *listing.tree, snapshot).Find();
         EXPECT_EQ(service.Contents(), before);
         EXPECT_EQ(service.Count("MKCOL"), 0);
         EXPECT_EQ(records.FilePaths(), files);

@@ -1,4 +1,4 @@
-#include "client/cli/commands/TrashCommand.h"
+#include "client/cli/offline/TrashCommand.h"
 
 #include "client/wire/DateReader.h"
 
@@ -6,12 +6,11 @@
 #include <QRegularExpression>
 
 #include <QDateTime>
-#include <QFileInfo>
 #include <nlohmann/json.hpp>
 
-#include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
+#include "client/cli/offline/SyncedFolder.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/DateText.h"
 #include "client/store/RecordDatabase.h"
@@ -20,9 +19,9 @@
 #include "client/sync/local/Trash.h"
 
 namespace ovsync {
-namespace commands {
+namespace offline {
 
-using input::AbsolutePath;
+using commands::CommandRegistry;
 using input::Arguments;
 using input::Refusal;
 using input::UsageError;
@@ -33,7 +32,6 @@ using local::TrashTime;
 using output::Complain;
 using output::DateText;
 using output::ExitCode;
-using output::JsonObject;
 using output::Output;
 using report::SyncEvent;
 using store::RecordDatabase;
@@ -70,16 +68,6 @@ TrashTime ReadTrashTime(const QString& text) {
                                     .arg(text));
     }
     return time;
-}
-
-QString SyncedFolder(const QString& directory) {
-    QString root = AbsolutePath(directory);
-    const QFileInfo hidden(root + QLatin1Char('/') + RecordDatabase::HiddenFolder());
-    if (!hidden.isDir() || hidden.isSymLink()) {
-        throw UsageError(QStringLiteral("%1 is no synced folder: it has no folder \"%2\" in it")
-                             .arg(directory, RecordDatabase::HiddenFolder()));
-    }
-    return root;
 }
 
 Trash TrashOf(LocalTree& tree, int days = Trash::DefaultDays) {
@@ -167,7 +155,7 @@ ExitCode EmptyTrash(const Arguments& given, Output& output) {
 
 }  // namespace
 
-void AddTrashCommand(CommandRegistry& registry) {
+void AddTrashCommand(commands::CommandRegistry& registry) {
     CLI::App* const trash =
         registry.AddGroup("trash", "Looks after what pulls replaced or deleted in a local folder.", TrashFooter);
     CLI::App* command =
@@ -203,5 +191,5 @@ void AddTrashCommand(CommandRegistry& registry) {
         ->check(CLI::Range(0, MostDays));
 }
 
-}  // namespace commands
+}  // namespace offline
 }  // namespace ovsync

@@ -3,7 +3,7 @@
 #include "client/cli/commands/CommandRegistry.h"
 
 namespace ovsync {
-namespace commands {
+namespace offline {
 
 /// Each of these throws UsageError when `directory` is no synced folder, LocalError when the trash cannot be read, and
 /// those that change something StoreError when a pass has the folder open.
@@ -13,7 +13,7 @@ namespace commands {
 /// Refusal when there is no such file and when something is in the way.
 /// `ovsync trash empty`: removes what was put there more than `days` ago, or else all. Refused when something stayed,
 /// of which it tells.
-void AddTrashCommand(CommandRegistry& registry);
+void AddTrashCommand(commands::CommandRegistry& registry);
 
-}  // namespace commands
+}  // namespace offline
 }  // namespace ovsync

@@ -1,0 +1,282 @@
+#include "client/sync/both/Moves.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include "client/sync/local/LocalError.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
+#include "client/sync/push/Uploader.h"
+#include "client/wire/HttpStatus.h"
+#include "host/http/HttpException.h"
+
+namespace ovsync {
+namespace both {
+
+using local::FolderOf;
+using local::LocalEntry;
+using local::LocalError;
+using pass::LocalFileState;
+using report::SyncEvent;
+using store::FileRecord;
+using store::FolderRecord;
+using store::RecordDatabase;
+using sync::http::HttpException;
+using wire::HttpStatus;
+
+namespace {
+
+QSet<QString> SetOf(const QStringList& paths) {
+    return {paths.begin(), paths.end()};
+}
+
+/// The folders above `path`, from the uppermost one down.
+QStringList FoldersAbove(const QString& path) {
+    QStringList folders;
+    for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
+        folders.prepend(folder);
+    }
+    return folders;
+}
+
+bool IsIn(const QString& path, const QString& folder) {
+    return path.startsWith(folder + QLatin1Char('/'));
+}
+
+QString Whence(const QString& from) {
+    return QStringLiteral("from \"%1\"").arg(from);
+}
+
+/// Whether the service says that this one move is not possible.
+bool IsRefused(const HttpException& error) {
+    const int status = error.StatusCode();
+    return status == HttpStatus::Forbidden || status == HttpStatus::NotFound || status == HttpStatus::Conflict ||
+           status == HttpStatus::PreconditionFailed;
+}
+
+}  // namespace
+
+void Moves::CarryOut() {
+    while (_MoveAFolder()) {
+        _report.ThrowIfStopped();
+    }
+    _MoveFiles();
+}
+
+bool Moves::_MoveAFolder() {
+    const QList<FolderRecord> folders = _sides.records.FolderRecords();
+    QSet<QString> known;
+    bool isAnyGone = false;
+    for (const FolderRecord& folder : folders) {
+        known.insert(folder.path);
+        isAnyGone = isAnyGone || !_snapshot.HasFolder(folder.path) || !_remote.HasFolder(folder.path);
+    }
+    if (!isAnyGone) {
+        return false;
+    }
+    const QMultiHash<quint64, QString> unknown = _UnknownHere(known, LocalEntry::Kind::Folder);
+    return std::any_of(folders.begin(), folders.end(), [&](const FolderRecord& folder) {
+        if (!_IsSynced(folder.path, true)) {
+            return false;
+        }
+        Places now;
+        now.here = _snapshot.HasFolder(folder.path) ? folder.path : _FolderHere(folder, unknown);
+        now.there = _remote.HasFolder(folder.path) ? folder.path : _remote.FolderOfId(folder.itemId);
+        const bool isKnownThere = now.there != folder.path && known.contains(now.there);
+        return !isKnownThere && _Move(folder.path, now, true);
+    });
+}
+
+void Moves::_MoveFiles() {
+    QStringList moved;
+    const QSet<QString> known = SetOf(_sides.records.FilePaths());
+    for (const QString& path : known) {
+        if (_snapshot.Has(path, LocalEntry::Kind::File) != _remote.HasFile(path) ||
+            (!_remote.HasFile(path) && !_remote.IsRefused(path))) {
+            moved.append(path);
+        }
+    }
+    if (moved.isEmpty()) {
+        return;
+    }
+    std::sort(moved.begin(), moved.end());
+    const QMultiHash<quint64, QString> unknown = _UnknownHere(known, LocalEntry::Kind::File);
+    const QHash<QString, QString> there = _remote.FilesById(known);
+    for (const QString& path : moved) {
+        _report.ThrowIfStopped();
+        const std::optional<FileRecord> record = _sides.records.FindFile(path);
+        if (!record || !_IsSynced(path, false)) {
+            continue;
+        }
+        Places now;
+        now.here = _snapshot.Has(path, LocalEntry::Kind::File) ? path : _FileHere(*record, unknown);
+        now.there = _remote.HasFile(path) ? path : there.value(record->file.itemId);
+        _Move(path, now, false);
+    }
+}
+
+bool Moves::_Move(const QString& path, const Places& now, bool isFolder) {
+    const bool isMoved = now.here != path || now.there != path;
+    if (!isMoved || now.here.isEmpty() || now.there.isEmpty()) {
+        return false;
+    }
+    // What is left alone is not moved with the folder that it lies in.
+    if (isFolder && (_remote.HasRefusedBelow(now.here) || _remote.HasRefusedBelow(now.there))) {
+        return false;
+    }
+    const bool isMovedThere = now.there != path;
+    const QString place = isMovedThere ? now.there : now.here;
+    const bool isDone =
+        now.here == now.there || (isMovedThere ? _MoveHere(now.here, place) : _MoveThere(now.there, place, isFolder));
+    if (isDone) {
+        RecordDatabase::Transaction transaction(_sides.records);
+        _sides.records.MoveTree(path, place, _sides.service.ServerPath(path), _sides.service.ServerPath(place));
+        transaction.Commit();
+    }
+    return isDone;
+}
+
+bool Moves::_MoveHere(const QString& from, const QString& to) {
+    if (_snapshot.entries.contains(to) || IsIn(to, from) || !_HasFoldersHere(to)) {
+        return false;
+    }
+    try {
+        if (!_sides.tree.Move(from, to)) {
+            return false;
+        }
+        // The records must not be ahead of the disk.
+        _sides.tree.SyncFolder(FolderOf(to));
+        _sides.tree.SyncFolder(FolderOf(from));
+    } catch (const LocalError& e) {
+        // Another disk is mounted below the folder.
+        if (e.Code() != EXDEV) {
+            _report.TellFailure(to, std::current_exception());
+        }
+        return false;
+    }
+    _snapshot.Move(from, to);
+    _report.Tell(SyncEvent::Kind::Moved, to, Whence(from));
+    return true;
+}
+
+bool Moves::_MoveThere(const QString& from, const QString& to, bool isFolder) {
+    const bool isFree = !_remote.HasFile(to) && !_remote.HasFolder(to) && !_remote.IsRefused(to);
+    if (!isFree || IsIn(to, from) || !_HasFoldersThere(to)) {
+        return false;
+    }
+    try {
+        if (!_sides.options.isDryRun) {
+            _RequestMove(from, to, isFolder);
+            _report.TellSuccess();
+        }
+    } catch (const HttpException& e) {
+        if (!IsRefused(e)) {
+            _report.TellFailure(to, std::current_exception());
+        }
+        return false;
+    } catch (const std::exception&) {
+        _report.TellFailure(to, std::current_exception());
+        return false;
+    }
+    _remote.Move(from, to, _sides.service.ServerPath(from), _sides.service.ServerPath(to));
+    _report.Tell(SyncEvent::Kind::MovedThere, to, Whence(from));
+    return true;
+}
+
+void Moves::_RequestMove(const QString& from, const QString& to, bool isFolder) {
+    if (isFolder) {
+        _sides.service.folders->MoveFolder(_sides.service.FolderAt(from), _sides.service.FolderAt(to));
+    } else {
+        _sides.service.moveFile(_sides.service.ServerPath(from), _sides.service.ServerPath(to));
+    }
+}
+
+bool Moves::_HasFoldersHere(const QString& path) {
+    QStringList missing = FoldersAbove(path);
+    const auto isHere = [this](const QString& folder) { return _snapshot.HasFolder(folder); };
+    missing.erase(std::remove_if(missing.begin(), missing.end(), isHere), missing.end());
+    _changes.MakeFolders(missing);
+    return _snapshot.HasFolder(FolderOf(path));
+}
+
+bool Moves::_HasFoldersThere(const QString& path) {
+    QStringList missing = FoldersAbove(path);
+    const auto isThere = [this](const QString& folder) { return _remote.HasFolder(folder); };
+    missing.erase(std::remove_if(missing.begin(), missing.end(), isThere), missing.end());
+    const auto isOther = [this](const QString& folder) { return _remote.HasFile(folder) || _remote.IsRefused(folder); };
+    if (std::any_of(missing.begin(), missing.end(), isOther)) {
+        return false;
+    }
+    const QSet<QString> failed = push::Uploader(_sides, _comparison, _maker, _report).MakeFolders(missing);
+    for (const QString& folder : missing) {
+        if (!failed.contains(folder)) {
+            _remote.AddFolder(folder);
+        }
+    }
+    return failed.isEmpty();
+}
+
+QString Moves::_FolderHere(const FolderRecord& folder, const QMultiHash<quint64, QString>& unknown) const {
+    const auto isSame = [this, &folder](const QString& path) {
+        // The number of a folder that was deleted is given to a new one, but not the files that were in it.
+        for (const auto& [known, fingerprint] : _sides.records.FingerprintsBelow(folder.path)) {
+            const auto entry = _snapshot.entries.find(path + known.mid(folder.path.size()));
+            if (entry != _snapshot.entries.end() && entry->fingerprint.IsSameFileAs(fingerprint)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    const QStringList candidates = folder.inode == 0 ? QStringList() : unknown.values(folder.inode);
+    const auto found = std::find_if(candidates.begin(), candidates.end(), isSame);
+    return found == candidates.end() ? QString() : *found;
+}
+
+QString Moves::_FileHere(const FileRecord& record, const QMultiHash<quint64, QString>& unknown) const {
+    const auto isSame = [this, &record](const QString& path) {
+        LocalFileState file;
+        file.entry = _snapshot.entries.value(path);
+        if (!file.entry->fingerprint.IsSameFileAs(record.local)) {
+            return false;
+        }
+        _comparison.Read(path, file);
+        return file.md5 == record.contentMd5;
+    };
+    const QStringList candidates = unknown.values(record.local.inode);
+    const auto found = std::find_if(candidates.begin(), candidates.end(), isSame);
+    return found == candidates.end() ? QString() : *found;
+}
+
+QMultiHash<quint64, QString> Moves::_UnknownHere(const QSet<QString>& known, LocalEntry::Kind kind) const {
+    QMultiHash<quint64, QString> unknown;
+    for (auto entry = _snapshot.entries.begin(); entry != _snapshot.entries.end(); ++entry) {
+        if (entry->kind == kind && !known.contains(entry.key())) {
+            unknown.insert(entry->fingerprint.inode, entry.key());
+        }
+    }
+    return unknown;
+}
+
+bool Moves::_IsSynced(const QString& path, bool isFolder) const {
+    const bool isExcluded = isFolder ? _sides.exclusion.HasFolderAt(path) : _sides.exclusion.HasFileAt(path);
+    return !isExcluded && !_remote.IsRefused(path);
+}
+
+void Moves::RememberFolders() {
+    RecordDatabase::Transaction transaction(_sides.records);
+    for (const FolderRecord& folder : _sides.records.FolderRecords()) {
+        FolderRecord now = folder;
+        if (_snapshot.HasFolder(folder.path)) {
+            now.inode = _snapshot.entries.value(folder.path).fingerprint.inode;
+        }
+        const QString id = _remote.FolderId(folder.path);
+        now.itemId = id.isEmpty() ? folder.itemId : id;
+        if (now.inode != folder.inode || now.itemId != folder.itemId) {
+            _sides.records.WriteFolder(now);
+        }
+    }
+    transaction.Commit();
+}
+
+}  // namespace both
+}  // namespace ovsync

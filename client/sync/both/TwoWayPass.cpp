@@ -1,0 +1,148 @@
+#include "client/sync/both/TwoWayPass.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "client/sync/both/Moves.h"
+#include "client/sync/both/TwoWayPlan.h"
+#include "client/sync/local/PathNames.h"
+#include "client/sync/pull/Downloader.h"
+#include "client/sync/pull/LocalDeletions.h"
+#include "client/sync/push/RemoteDeletions.h"
+#include "client/sync/push/Uploader.h"
+
+namespace ovsync {
+namespace both {
+
+using local::FolderOf;
+using local::LocalEntry;
+using local::LocalSnapshot;
+using pass::FileComparison;
+using pass::RecordMaker;
+using pass::RemoteTree;
+using pass::SyncPass;
+using plan::Direction;
+using plan::FileViews;
+using pull::Downloader;
+using pull::LocalChanges;
+using pull::LocalDeletions;
+using pull::PullOrder;
+using pull::PullPlan;
+using push::PushOrder;
+using push::PushPlan;
+using push::RemoteDeletions;
+using push::Uploader;
+using report::SyncOutcome;
+
+namespace {
+
+template <typename Order, typename Predicate>
+void RemoveIf(std::deque<Order>& orders, Predicate predicate) {
+    orders.erase(std::remove_if(orders.begin(), orders.end(), predicate), orders.end());
+}
+
+void LeaveOut(QStringList& folders, const QSet<QString>& needed) {
+    const auto isNeeded = [&needed](const QString& path) { return needed.contains(path); };
+    folders.erase(std::remove_if(folders.begin(), folders.end(), isNeeded), folders.end());
+}
+
+}  // namespace
+
+SyncOutcome TwoWayPass::Run() {
+    return _pass.Run([this] { _Sync(); });
+}
+
+void TwoWayPass::_Sync() {
+    LocalSnapshot snapshot = _pass.Begin();
+    _report.Tell(snapshot.refused);
+    SyncPass::Listing listing = _IsUnchanged(snapshot) ? _pass.ListChanges(snapshot, true) : _pass.ListOrMake(snapshot);
+    if (!listing.tree) {
+        for (const QString& path : snapshot.Others()) {
+            _report.Tell(report::SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder"));
+        }
+        return;
+    }
+    RemoteTree& remote = *listing.tree;
+    _report.Tell(remote.LeaveOutLinks(snapshot));
+    const RecordMaker maker(_sides.service, listing.at);
+    const FileComparison comparison(_sides, maker);
+    LocalChanges changes(_sides, _pass.Installing(), _report, snapshot);
+    Moves moves(_sides, comparison, maker, snapshot, remote, changes, _report);
+    moves.CarryOut();
+    const FileViews views(_sides, comparison, remote, snapshot, _report, Direction::Both);
+    PullPlan here(_sides, views, maker, remote, snapshot);
+    PushPlan there(_sides, views, maker, remote, snapshot);
+    LocalDeletions deletionsHere(_sides, remote, changes, _report);
+    RemoteDeletions deletionsThere(_sides, comparison, maker, snapshot, remote, _report);
+
+    PullPlan::Deletions goneThere = here.FindGone();
+    _sides.records.Write(goneThere.records);
+    PushPlan::Deletions goneHere = there.FindGone();
+    if (!deletionsHere.MayDelete(goneThere.inTheWay.files.size() + goneThere.others.files.size())) {
+        goneThere = PullPlan::Deletions();
+    }
+    const size_t fromService = goneHere.inTheWay.files.size() + goneHere.others.files.size();
+    if (!deletionsThere.MayDelete(static_cast<int>(fromService))) {
+        goneHere = PushPlan::Deletions();
+    }
+    deletionsHere.Delete(std::move(goneThere.inTheWay));
+    deletionsThere.Delete(goneHere.inTheWay);
+
+    TwoWayPlan::Work work = TwoWayPlan(views, remote, here, there).Find();
+    for (const store::RecordChanges& records : {work.fetches.records, work.folders.records, work.sends.records}) {
+        _sides.records.Write(records);
+    }
+    for (const QVector<report::SyncEvent>& events : {work.fetches.events, work.folders.events, work.sends.events}) {
+        _report.Tell(events);
+    }
+
+    changes.MakeFolders(work.folders.missing);
+    RemoveIf(work.fetches.orders, [&](const PullOrder& order) { return !snapshot.HasFolder(FolderOf(order.path)); });
+    Downloader downloader(_sides, _pass.Installing(), comparison, maker, _report);
+    const bool hasFetched = downloader.Run(std::move(work.fetches.orders));
+
+    RemoveIf(work.sends.orders, [&](const PushOrder& order) {
+        return work.sentOver.contains(order.path) && !downloader.InTrash().contains(order.path);
+    });
+    const bool hasSent = Uploader(_sides, comparison, maker, _report).Run(work.sends.folders, work.sends.orders);
+
+    // What came or went under another name, or elsewhere, has to be on both sides before it goes.
+    LeaveOut(goneThere.others.folders, work.needed);
+    LeaveOut(goneHere.others.folders, work.needed);
+    if (hasFetched && hasSent) {
+        deletionsHere.Delete(std::move(goneThere.others));
+        deletionsThere.Delete(goneHere.others);
+    } else {
+        deletionsHere.Keep(goneThere.others, QStringLiteral(", because not everything could be transferred"));
+        deletionsThere.Keep(goneHere.others);
+    }
+    _sides.records.Write(here.FindEndedConflicts());
+    moves.RememberFolders();
+    _pass.EndListing(listing);
+}
+
+bool TwoWayPass::_IsUnchanged(const LocalSnapshot& snapshot) {
+    int known = 0;
+    for (const auto& [path, fingerprint] : _sides.records.Fingerprints()) {
+        const auto entry = snapshot.entries.find(path);
+        const bool isHere = entry != snapshot.entries.end() && entry->kind == LocalEntry::Kind::File;
+        if (isHere && !entry->fingerprint.IsUnchangedSince(fingerprint)) {
+            return false;
+        }
+        if (!isHere && !_sides.exclusion.HasFileAt(path)) {
+            return false;
+        }
+        known += isHere ? 1 : 0;
+    }
+    for (const QString& path : _sides.records.Folders()) {
+        const bool isHere = snapshot.HasFolder(path);
+        if (!isHere && !_sides.exclusion.HasFolderAt(path)) {
+            return false;
+        }
+        known += isHere ? 1 : 0;
+    }
+    return known + snapshot.Others().size() == snapshot.entries.size();
+}
+
+}  // namespace both
+}  // namespace ovsync

@@ -1,0 +1,60 @@
+#include "client/sync/pull/LocalDeletions.h"
+
+#include <algorithm>
+
+#include "client/sync/report/Cancelled.h"
+
+namespace ovsync {
+namespace pull {
+
+using report::Cancelled;
+using report::SyncEvent;
+
+bool LocalDeletions::MayDelete(int deletions) {
+    const int files = _sides.records.FileCount();
+    if (_sides.options.deletionLimit.Allows(deletions, files, !_remote.AllFiles().isEmpty())) {
+        return true;
+    }
+    _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
+                 QStringLiteral("the service lacks %1 of the %2 files here, which is too many to be deleted without a "
+                                "word; nothing is. Look whether they should go, and give --max-delete %1 then")
+                     .arg(deletions)
+                     .arg(files));
+    return false;
+}
+
+void LocalDeletions::Delete(PullPlan::Gone gone) {
+    const auto isThere = [this](const QString& path) { return _IsThere(path); };
+    gone.folders.erase(std::remove_if(gone.folders.begin(), gone.folders.end(), isThere), gone.folders.end());
+    const auto isFileThere = [this](const store::Placement& file) { return _IsThere(file.record.path); };
+    gone.files.erase(std::remove_if(gone.files.begin(), gone.files.end(), isFileThere), gone.files.end());
+    _changes.Delete(gone);
+}
+
+void LocalDeletions::Keep(const PullPlan::Gone& gone, const QString& reason) {
+    const QString detail = QStringLiteral("it was deleted on the service") + reason;
+    for (const QString& folder : gone.folders) {
+        _report.Tell(SyncEvent::Kind::Kept, folder, detail);
+    }
+    for (const store::Placement& file : gone.files) {
+        _report.Tell(SyncEvent::Kind::Kept, file.record.path, detail);
+    }
+}
+
+bool LocalDeletions::_IsThere(const QString& path) {
+    try {
+        _report.ThrowIfStopped();
+        if (_check.IsGone(path)) {
+            return false;
+        }
+        _report.Tell(SyncEvent::Kind::Kept, path, QStringLiteral("the listing lacks it, but the service still has it"));
+    } catch (const Cancelled&) {
+        throw;
+    } catch (const std::exception&) {
+        _report.TellFailure(path, std::current_exception());
+    }
+    return true;
+}
+
+}  // namespace pull
+}  // namespace ovsync

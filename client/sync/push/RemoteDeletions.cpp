@@ -1,0 +1,108 @@
+#include "client/sync/push/RemoteDeletions.h"
+
+#include <algorithm>
+
+#include "client/sync/push/Uploader.h"
+
+namespace ovsync {
+namespace push {
+
+using local::LocalEntry;
+using report::SyncEvent;
+using sync::config::FolderConfiguration;
+
+namespace {
+
+QString FolderSetting() {
+    return QStringLiteral("folder");
+}
+
+}  // namespace
+
+bool RemoteDeletions::MayDelete(int deletions) {
+    const QString known = _sides.records.Setting(FolderSetting());
+    const QString now = _sides.tree.Identity();
+    const bool isReplaced = !known.isEmpty() && known != now;
+    const bool isAnyHere = std::any_of(_snapshot.entries.begin(), _snapshot.entries.end(),
+                                       [](const LocalEntry& entry) { return entry.kind == LocalEntry::Kind::File; });
+    const int files = _sides.records.FileCount();
+    const bool isAllowed = _sides.options.deletionLimit.Allows(deletions, files, isAnyHere);
+    if (isAllowed && (deletions == 0 || !isReplaced || _sides.options.deletionLimit.IsRead())) {
+        if (known != now) {
+            _sides.records.WriteSetting(FolderSetting(), now);
+        }
+        return true;
+    }
+    const QString reason = isReplaced ? QStringLiteral(
+                                            "this is another folder, or another disk, than that of the pass "
+                                            "before, and it lacks %1 of %2 files")
+                                      : QStringLiteral(
+                                            "%1 of %2 files are gone here, which is too many to be deleted "
+                                            "on the service without a word");
+    _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
+                 reason.arg(deletions).arg(files) +
+                     QStringLiteral("; nothing is deleted there. Look whether they should go, and give --max-delete "
+                                    "%1 then, or bring them back by a pull")
+                         .arg(deletions));
+    return false;
+}
+
+void RemoteDeletions::Delete(const PushPlan::Gone& gone) {
+    _DeleteFiles(gone.files);
+    std::for_each(gone.folders.crbegin(), gone.folders.crend(), [this](const QString& path) {
+        _report.ThrowIfStopped();
+        _DeleteFolder(path);
+    });
+}
+
+void RemoteDeletions::Keep(const PushPlan::Gone& gone) {
+    for (const PushOrder& file : gone.files) {
+        _report.Tell(SyncEvent::Kind::Kept, file.path,
+                     QStringLiteral("it was deleted here; the service still has it, because not everything could be "
+                                    "transferred"));
+    }
+}
+
+void RemoteDeletions::_DeleteFiles(const std::deque<PushOrder>& files) {
+    Uploader(_sides, _comparison, _maker, _report).Run({}, files);
+    for (const PushOrder& file : files) {
+        if (!_sides.records.FindFile(file.path)) {
+            _remote.Forget(file.path);
+        }
+    }
+}
+
+void RemoteDeletions::_DeleteFolder(const QString& path) {
+    const std::optional<LocalEntry> here = _sides.tree.Look(path);
+    if (here && here->kind == LocalEntry::Kind::Folder) {
+        return;
+    }
+    try {
+        if (_sides.options.isDryRun || _IsDeletedThere(path)) {
+            _report.TellSuccess();
+            _remote.Forget(path);
+            _report.Tell(SyncEvent::Kind::DeletedThere, path);
+        }
+        // One that still holds something is the service's own from now on.
+        _sides.records.ForgetFolder(path);
+    } catch (const std::exception&) {
+        _report.TellFailure(path, std::current_exception());
+    }
+}
+
+bool RemoteDeletions::_IsDeletedThere(const QString& path) {
+    FolderConfiguration folder;
+    if (!_sides.service.folders->GetFolderProperties(_sides.service.FolderAt(path), folder)) {
+        return true;
+    }
+    if (!_sides.service.isEmpty(_sides.service.ServerPath(path))) {
+        _report.Tell(SyncEvent::Kind::Kept, path,
+                     QStringLiteral("it was deleted here, but on the service something is in it that is not"));
+        return false;
+    }
+    _sides.service.folders->DeleteFolder(folder);
+    return true;
+}
+
+}  // namespace push
+}  // namespace ovsync

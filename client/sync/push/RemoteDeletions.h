@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <deque>
+
+#include "client/sync/local/LocalSnapshot.h"
+#include "client/sync/pass/FileComparison.h"
+#include "client/sync/pass/PassReport.h"
+#include "client/sync/pass/RecordMaker.h"
+#include "client/sync/pass/RemoteTree.h"
+#include "client/sync/push/PushPlan.h"
+
+namespace ovsync {
+namespace push {
+
+/// Deletes on the service what was deleted here, unless that is too much, or something changed meanwhile: tells of it,
+/// records it, and brings the listing up to date. For one pass. Not thread-safe.
+class RemoteDeletions {
+public:
+    /// The arguments outlive this object.
+    RemoteDeletions(const pass::PassSides& sides, const pass::FileComparison& comparison,
+                    const pass::RecordMaker& maker, const local::LocalSnapshot& snapshot, pass::RemoteTree& remote,
+                    pass::PassReport& report)
+        : _sides(sides),
+          _comparison(comparison),
+          _maker(maker),
+          _snapshot(snapshot),
+          _remote(remote),
+          _report(report) {}
+
+    /// Whether so many files may be deleted. Tells when they may not.
+    [[nodiscard]] bool MayDelete(int deletions);
+    /// Throws Cancelled, and what PassReport::TellFailure throws.
+    void Delete(const PushPlan::Gone& gone);
+    /// Tells that all of it is kept.
+    void Keep(const PushPlan::Gone& gone);
+
+private:
+    void _DeleteFiles(const std::deque<PushOrder>& files);
+    void _DeleteFolder(const QString& path);
+    /// False when something is in it, of which it tells.
+    bool _IsDeletedThere(const QString& path);
+
+    const pass::PassSides& _sides;
+    const pass::FileComparison& _comparison;
+    const pass::RecordMaker& _maker;
+    const local::LocalSnapshot& _snapshot;
+    pass::RemoteTree& _remote;
+    pass::PassReport& _report;
+};
+
+}  // namespace push
+}  // namespace ovsync

@@ -1,0 +1,395 @@
+#include "client/sync/both/TwoWayPass.h"
+
+#include <gmock/gmock.h>
+
+#include <QDir>
+#include <QFile>
+
+#include "client/wire/TransactionError.h"
+#include "tests/client/sync/pass/SyncTest.h"
+#include "tests/fakes/Printers.h"
+
+namespace {
+
+using ovsync::pass::DeletionLimit;
+using ovsync::pass::SyncOptions;
+using ovsync::report::SyncOutcome;
+using ovsync::wire::TransactionError;
+using tests::Text;
+using Files = std::map<QString, QByteArray>;
+
+class TwoWayPassTest : public tests::SyncTest {
+protected:
+    /// Both sides are in step with these files.
+    void Begin(const std::vector<const char*>& paths) {
+        for (const char* path : paths) {
+            Write(path, QByteArray("1 of ") + path);
+        }
+        ASSERT_EQ(Sync(), SyncOutcome::InStep);
+        service.ForgetCounts();
+    }
+
+    /// Right before the first request of `method`, once, `happens`.
+    void Before(const char* method, const std::function<void()>& happens) {
+        service.onRequest = [method, happens, isOver = false](const QString& met, const QString&) mutable {
+            if (!isOver && met == Text(method)) {
+                isOver = true;
+                happens();
+            }
+        };
+    }
+
+    void ExpectInStep() {
+        EXPECT_EQ(Contents(), service.Contents());
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
+    }
+};
+
+TEST_F(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
+    Write("f/mine", "1");
+    service.Put(Text("g/theirs"), "2");
+    disk.MakeFolder(Text("empty here"));
+    service.AddFolder(Text("empty there"));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("f/mine"), "1"}, {Text("g/theirs"), "2"}}));
+    EXPECT_TRUE(service.HasFolder(Text("empty here")));
+    EXPECT_TRUE(QDir(Path("empty there")).exists());
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, AFirstPassTransfersOnlyWhatDiffers) {
+    for (const char* same : {"a", "b", "c"}) {
+        Write(same, "same");
+        service.Put(Text(same), "same");
+    }
+    service.Put(Text("theirs"), "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 0);
+    EXPECT_EQ(service.Count("GET"), 1);
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, AFirstPassComparesTheContentItselfWhereThereAreNoChecksums) {
+    service.isPlain = true;
+    for (const char* same : {"a", "b", "c"}) {
+        Write(same, "same");
+        service.Put(Text(same), "same");
+    }
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), 0);
+    EXPECT_EQ(service.Count("GET"), 3);
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, ChangesTravelBothWays) {
+    Begin({"a", "b"});
+    Write("a", "mine");
+    service.Put(Text("b"), "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "mine"}, {Text("b"), "theirs"}}));
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, DeletionsTravelBothWaysWithTheirFolders) {
+    Begin({"f/g/a", "h/i/b", "stays"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    service.Remove(Text("h"));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("Deleted h"), Text("Deleted h/i"), Text("Deleted h/i/b"),
+                                   Text("DeletedThere f"), Text("DeletedThere f/g"), Text("DeletedThere f/g/a")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("stays"), "1 of stays"}}));
+    EXPECT_FALSE(service.HasFolder(Text("f")));
+    EXPECT_FALSE(QDir(Path("h")).exists());
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, DeletionsTravelOnAServerWithoutVersions) {
+    service.isPlain = true;
+    Begin({"f/a", "stays"});
+    // What was sent is in doubt until its second is over.
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents().size(), 1U);
+    EXPECT_FALSE(service.HasFolder(Text("f")));
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, AChangeWinsOverADeletion) {
+    Begin({"f/gone here", "g/gone there"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    service.Put(Text("f/gone here"), "theirs");
+    service.Remove(Text("g"));
+    Write("g/gone there", "mine");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("f/gone here"), "theirs"}, {Text("g/gone there"), "mine"}}));
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, WhatIsNewInADeletedFolderKeepsIt) {
+    Begin({"f/a", "g/b", "c"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    service.Put(Text("f/new"), "theirs");
+    service.Remove(Text("g"));
+    Write("g/new", "mine");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("c"), "1 of c"}, {Text("f/new"), "theirs"}, {Text("g/new"), "mine"}}));
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, AFolderThatHoldsWhatIsNotListedStays) {
+    Begin({"f/a", "stays"});
+    service.unlisted.insert(Text("f/form"));
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("DeletedThere f/a"), Text("Kept f")}));
+    EXPECT_TRUE(service.HasFolder(Text("f")));
+    EXPECT_EQ(service.Count("RMCOL"), 0);
+    // It is the service's own from now on.
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_TRUE(QDir(Path("f")).exists());
+}
+
+TEST_F(TwoWayPassTest, WhatChangesThereRightBeforeItIsDeletedStays) {
+    for (const bool isPlain : {false, true}) {
+        for (const char* moment : {"HEAD", "FIND", "DELETE"}) {
+            service.isPlain = isPlain;
+            service.listsTags = isPlain;
+            if (isPlain && qstrcmp(moment, "FIND") == 0) {
+                continue;
+            }
+            Begin({"a", "stays"});
+            Remove("a");
+            Before(moment, [this] { service.Put(Text("a"), "theirs"); });
+            EXPECT_EQ(Sync(), SyncOutcome::LeftSome) << moment;
+            EXPECT_EQ(Told(), QStringList(Text("Kept a"))) << moment;
+            EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+            EXPECT_EQ(Sync(), SyncOutcome::InStep) << moment;
+            EXPECT_EQ(Content("a"), QByteArray("theirs"));
+            Remove("a");
+            ASSERT_EQ(Sync(), SyncOutcome::InStep);
+        }
+    }
+}
+
+TEST_F(TwoWayPassTest, WhatIsHereAgainIsNotDeletedThere) {
+    Begin({"a", "stays"});
+    Remove("a");
+    Before("HEAD", [this] { Write("a", "again"); });
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1 of a"));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("again"));
+}
+
+TEST_F(TwoWayPassTest, NothingIsDeletedThereBeforeEverythingElseCouldBeDone) {
+    Begin({"a", "stays"});
+    Remove("a");
+    Write("new", "1");
+    service.onRequest = [](const QString& method, const QString& path) {
+        if (method == Text("PUT") && path == Text("new")) {
+            throw TransactionError("PUT", QUrl(), Text("reset"), {});
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::Failed);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("1 of a"));
+    service.onRequest = nullptr;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("(none)"));
+}
+
+TEST_F(TwoWayPassTest, TooManyDeletionsThereAreNotBelieved) {
+    options.deletionLimit = DeletionLimit();
+    Begin({"a", "b"});
+    Remove("a");
+    Remove("b");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Kept .")));
+    EXPECT_EQ(service.Contents().size(), 2U);
+    options.deletionLimit = *DeletionLimit::Read(Text("2"));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_TRUE(service.Contents().empty());
+}
+
+TEST_F(TwoWayPassTest, AnotherFolderInThePlaceOfThisOneDeletesNothingThere) {
+    options.deletionLimit = DeletionLimit();
+    Begin({"a", "b", "c", "d"});
+    tree.identity = Text("another disk");
+    Remove("a");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Kept .")));
+    EXPECT_EQ(service.Contents().size(), 4U);
+    options.deletionLimit = *DeletionLimit::Read(Text("1"));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents().size(), 3U);
+    options.deletionLimit = DeletionLimit();
+    Remove("b");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents().size(), 2U);
+}
+
+TEST_F(TwoWayPassTest, AFolderWithoutItsRecordsDeletesNothing) {
+    Begin({"a", "b"});
+    ASSERT_TRUE(QDir(Path(".ovsync")).removeRecursively());
+    Remove("a");
+    service.Remove(Text("b"));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1 of a"}, {Text("b"), "1 of b"}}));
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, WhatLiesBehindALinkStaysThere) {
+    Begin({"f/a", "stays"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    ASSERT_TRUE(QFile::link(Text("/tmp"), Path("f")));
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused f")));
+    EXPECT_EQ(service.Contents().size(), 2U);
+}
+
+TEST_F(TwoWayPassTest, FilesAndFoldersTakeEachOthersPlacesOnBothSides) {
+    Begin({"a", "b", "f/x", "g/x"});
+    Remove("a");
+    Write("a/inside", "1");
+    service.Remove(Text("b"));
+    service.Put(Text("b/inside"), "2");
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    Write("f", "3");
+    service.Remove(Text("g"));
+    service.Put(Text("g"), "4");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(),
+              Files({{Text("a/inside"), "1"}, {Text("b/inside"), "2"}, {Text("f"), "3"}, {Text("g"), "4"}}));
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, AFileAgainstAFolderIsToldOfAndBothStay) {
+    Write("a", "1");
+    Write("f/x", "1");
+    service.Put(Text("a/y"), "2");
+    service.Put(Text("f"), "2");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Refused a"), Text("Refused f")}));
+    EXPECT_EQ(Contents(), Files({{Text("a"), "1"}, {Text("f/x"), "1"}}));
+    EXPECT_EQ(service.Contents(), Files({{Text("a/y"), "2"}, {Text("f"), "2"}}));
+}
+
+TEST_F(TwoWayPassTest, AConflictKeepsBothAndEndsByDeletingOne) {
+    Begin({"a", "b"});
+    for (const char* path : {"a", "b"}) {
+        Write(path, "mine");
+        service.Put(Text(path), "theirs");
+    }
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Conflict a"), Text("Conflict b")}));
+    EXPECT_EQ(Contents().size(), 4U);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "theirs"}, {Text("b"), "theirs"}}));
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 4U);
+    for (const auto& file : Contents()) {
+        if (file.first.startsWith(Text("a (from"))) {
+            Remove(file.first.toUtf8().constData());
+        } else if (file.first.startsWith(Text("b (from"))) {
+            Remove("b");
+            ASSERT_TRUE(QFile::rename(folder.filePath(file.first), Path("b")));
+        }
+    }
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "mine"}, {Text("b"), "theirs"}}));
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, AConflictCanBeWonByEitherSideAndTheOtherVersionIsInTheTrash) {
+    for (const bool isPlain : {false, true}) {
+        service.isPlain = isPlain;
+        for (const auto conflicts : {SyncOptions::Conflicts::Here, SyncOptions::Conflicts::There}) {
+            Begin({"a"});
+            Write("a", "mine");
+            service.Put(Text("a"), "theirs");
+            options.conflicts = conflicts;
+            EXPECT_EQ(Sync(), SyncOutcome::InStep);
+            const bool wins = conflicts == SyncOptions::Conflicts::Here;
+            EXPECT_EQ(Contents(), Files({{Text("a"), wins ? "mine" : "theirs"}}));
+            EXPECT_EQ(service.Contents(), Contents());
+            EXPECT_THAT(TrashContents(), testing::Contains(QByteArray(wins ? "theirs" : "mine")));
+            EXPECT_EQ(Sync(), SyncOutcome::InStep);
+            EXPECT_TRUE(QDir(Path(".ovsync/trash")).removeRecursively());
+            options.conflicts = SyncOptions::Conflicts::KeepBoth;
+            Remove("a");
+            ASSERT_EQ(Sync(), SyncOutcome::InStep);
+        }
+    }
+}
+
+TEST_F(TwoWayPassTest, TheNewerVersionCanWin) {
+    options.conflicts = SyncOptions::Conflicts::Newer;
+    Begin({"a"});
+    // The service's clock stands in the past.
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("mine"));
+    Write("a", "mine again");
+    QFile file(Path("a"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(file.setFileTime(QDateTime::fromSecsSinceEpoch(1000000000), QFileDevice::FileModificationTime));
+    file.close();
+    service.Put(Text("a"), "theirs again");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("theirs again"));
+}
+
+TEST_F(TwoWayPassTest, AnUnchangedPassIsOneRequest) {
+    Begin({"a", "f/b"});
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    service.ForgetCounts();
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("LIST"), 1);
+    EXPECT_EQ(service.Count("FIND") + service.Count("HEAD") + service.Count("GET"), 0);
+    EXPECT_TRUE(events.isEmpty());
+    for (const char* path : {"new", "a"}) {
+        Write(path, "2");
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(service.Content(Text(path)), QByteArray("2"));
+    }
+}
+
+TEST_F(TwoWayPassTest, ATrialTellsTheSameAndChangesNothing) {
+    Begin({"changed", "gone/here", "gone there", "stays"});
+    Write("changed", "2");
+    Write("new/mine", "2");
+    service.Put(Text("new/theirs"), "2");
+    ASSERT_TRUE(QDir(Path("gone")).removeRecursively());
+    service.Remove(Text("gone there"));
+    const Files here = Contents();
+    const Files there = service.Contents();
+    options.isDryRun = true;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    const QStringList told = Told();
+    EXPECT_EQ(Contents(), here);
+    EXPECT_EQ(service.Contents(), there);
+    options.isDryRun = false;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), told);
+    ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, APushDeletesThereWhenItIsTold) {
+    Begin({"f/a", "b", "c"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    Remove("b");
+    Write("b/inside", "1");
+    options.deletes = true;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList({Text("DeletedThere b"), Text("DeletedThere f"), Text("DeletedThere f/a"),
+                                   Text("FolderSent b"), Text("Sent b/inside")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("b/inside"), "1"}, {Text("c"), "1 of c"}}));
+    options.deletionLimit = DeletionLimit();
+    Remove("c");
+    Remove("b/inside");
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Contents().size(), 2U);
+}
+
+}  // namespace

@@ -1,0 +1,116 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "tests/endtoend/Service.h"
+#include "tests/fakes/Printers.h"
+#include "tests/fakes/Text.h"
+
+namespace {
+
+using testing::AllOf;
+using testing::HasSubstr;
+using tests::ProgramResult;
+using tests::RunOvsync;
+using tests::Service;
+using tests::Text;
+
+/// Two folders that are synced with one of the service.
+class SyncCommandTest : public testing::Test {
+protected:
+    void ExpectSync(const QString& directory, int exitCode, const QByteArray& output,
+                    const QStringList& options = QStringList()) {
+        const ProgramResult result = RunOvsync(QStringList({Text("sync"), directory, _service.Url()}) + options);
+        EXPECT_EQ(result.exitCode, exitCode) << result.errors.toStdString();
+        EXPECT_THAT((result.output + result.errors).toStdString(), HasSubstr(output.toStdString()));
+    }
+
+    QString First(const char* path) const { return _first.filePath(Text(path)); }
+    QString Second(const char* path) const { return _folders.filePath(Text("second/") + Text(path)); }
+    QString SecondFolder() const { return _folders.filePath(Text("second")); }
+
+    static void Write(const QString& path, const QByteArray& content) {
+        ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        ASSERT_EQ(file.write(content), content.size());
+    }
+
+    static QByteArray Content(const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
+    }
+
+    Service _service;
+    QTemporaryDir _first;
+    QTemporaryDir _folders;
+};
+
+TEST_F(SyncCommandTest, TwoFoldersStayInStepThroughTheService) {
+    Write(First("f/g/\xC3\xA9 %#.txt"), "1");
+    Write(First("gone"), "1");
+    Write(First("stays"), "1");
+    ExpectSync(_first.path(), 0, "3 sent, 2 folders made on the service");
+    ExpectSync(SecondFolder(), 0, "3 fetched, 2 folders made");
+    ExpectSync(_first.path(), 0, "Nothing to do");
+    ExpectSync(SecondFolder(), 0, "Nothing to do");
+
+    ASSERT_TRUE(QDir().rename(Second("f"), Second("h")));
+    ASSERT_TRUE(QDir().rename(Second("stays"), Second("renamed")));
+    ASSERT_TRUE(QFile::remove(Second("gone")));
+    ExpectSync(SecondFolder(), 0, "2 moved on the service, 1 deleted on the service");
+    ExpectSync(_first.path(), 0, "1 deleted here, 2 moved here");
+    EXPECT_EQ(Content(First("h/g/\xC3\xA9 %#.txt")), QByteArray("1"));
+    EXPECT_EQ(Content(First("renamed")), QByteArray("1"));
+    EXPECT_FALSE(QFile::exists(First("f")) || QFile::exists(First("gone")) || QFile::exists(First("stays")));
+    ExpectSync(_first.path(), 0, "Nothing to do");
+}
+
+TEST_F(SyncCommandTest, ConflictsAreListedUntilTheyEnd) {
+    Write(First("a"), "1");
+    ExpectSync(_first.path(), 0, "1 sent");
+    ExpectSync(SecondFolder(), 0, "1 fetched");
+    Write(First("a"), "mine");
+    Write(Second("a"), "theirs");
+    ExpectSync(SecondFolder(), 0, "1 sent");
+    ExpectSync(_first.path(), 1, "1 in conflict");
+    const auto conflicts = [this](const QStringList& options) {
+        const ProgramResult result = RunOvsync(QStringList({Text("conflicts"), _first.path()}) + options);
+        EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+        return result.output.toStdString();
+    };
+    EXPECT_THAT(conflicts({}), AllOf(HasSubstr("a\n"), HasSubstr("a (from the service, "), HasSubstr("To keep yours")));
+    EXPECT_THAT(conflicts({Text("--json")}), HasSubstr("[{\"path\":\"a\",\"serviceVersion\":\"a (from the service, "));
+    for (const QString& copy : QDir(_first.path()).entryList({Text("a (from*")})) {
+        ASSERT_TRUE(QFile::remove(_first.filePath(copy)));
+    }
+    EXPECT_EQ(conflicts({}), "");
+    EXPECT_EQ(conflicts({Text("--json")}), "[]\n");
+    ExpectSync(_first.path(), 0, "1 sent");
+    ExpectSync(SecondFolder(), 0, "1 updated");
+    EXPECT_EQ(Content(Second("a")), QByteArray("mine"));
+}
+
+TEST_F(SyncCommandTest, AConflictIsWonByWhomTheUserNames) {
+    Write(First("a"), "1");
+    ExpectSync(_first.path(), 0, "1 sent");
+    ExpectSync(SecondFolder(), 0, "1 fetched");
+    Write(First("a"), "mine");
+    Write(Second("a"), "theirs");
+    ExpectSync(SecondFolder(), 0, "1 sent");
+    ExpectSync(_first.path(), 2, "nobody", {Text("--conflict"), Text("nobody")});
+    ExpectSync(_first.path(), 0, "1 sent", {Text("--conflict"), Text("here")});
+    const ProgramResult trash = RunOvsync({Text("trash"), Text("list"), _first.path()});
+    EXPECT_THAT(trash.output.toStdString(), HasSubstr("  6  a\n"));
+    ExpectSync(SecondFolder(), 0, "1 updated");
+    EXPECT_EQ(Content(Second("a")), QByteArray("mine"));
+}
+
+TEST_F(SyncCommandTest, WhatIsNoSyncedFolderHasNoConflicts) {
+    EXPECT_EQ(RunOvsync({Text("conflicts"), _first.path()}).exitCode, 2);
+}
+
+}  // namespace
