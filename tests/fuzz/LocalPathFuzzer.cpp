@@ -44,7 +44,7 @@ void AddTo(ovsync::listing::ListingBuilder& listing, const QByteArray& href) {
 std::shared_ptr<DAVPropfindResult> ListingOf(const QList<QByteArray>& hrefs) {
     static const QUrl asked(QString::fromLatin1("http://127.0.0.1:8080") + QString::fromLatin1(AskedPath));
     ovsync::listing::ListingBuilder listing(asked, sync::http::DAVPropfindRequest::Tree,
-                                            ovsync::listing::HrefScope::OfUrl, {});
+                                            ovsync::listing::HrefScope::OfUrl, {}, nullptr);
     AddTo(listing, AskedPath);
     QSet<QByteArray> seen;
     ovsync::listing::Href reader(asked);

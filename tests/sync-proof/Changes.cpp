@@ -78,12 +78,9 @@ void Changes::MakeForSync() {
             _wanted[path] = content;
         }
     }
-    for (const auto& [side, other] :
-         {std::make_pair(&_sides.here, &_sides.there), std::make_pair(&_sides.there, &_sides.here)}) {
-        const bool isHere = side == &_sides.here;
-        const std::string name = isHere ? "of here " : "of there ";
-        const auto write = [this, side](const std::string& path, const std::string& content) {
-            side->Write(path, content);
+    const auto changeSide = [&](const auto& side, const auto& other, const std::string& name) {
+        const auto write = [this, &side](const std::string& path, const std::string& content) {
+            side.Write(path, content);
             _wanted[path] = content;
         };
         write(name + "changed", _Text("changed"));
@@ -91,18 +88,22 @@ void Changes::MakeForSync() {
         write(name + "large", _Large());
         write(name + "new " + next, _Text("new"));
         write(name + "folder " + next + "/inner/file", _Text("in a folder"));
-        fs::remove(*other / (name + "new " + last));
+        fs::remove(other / (name + "new " + last));
         _wanted.erase(name + "new " + last);
-        fs::remove_all(*other / (name + "folder " + last));
+        fs::remove_all(other / (name + "folder " + last));
         _wanted.erase(name + "folder " + last + "/inner/file");
-        if (fs::exists(*side / (name + "moved " + last))) {
-            fs::rename(*side / (name + "moved " + last), *side / (name + "moved " + next));
-            _wanted.erase(name + "moved " + last + "/inner/file");
-            _wanted[name + "moved " + next + "/inner/file"] = "moved " + name;
+        const std::string moved = name + "moved " + next;
+        const std::string before = name + "moved " + last;
+        if (fs::exists(side / before)) {
+            fs::rename(side / before, side / moved);
+            _wanted.erase(before + "/inner/file");
+            _wanted[moved + "/inner/file"] = "moved " + name;
         } else {
-            write(name + "moved " + next + "/inner/file", "moved " + name);
+            write(moved + "/inner/file", "moved " + name);
         }
-    }
+    };
+    changeSide(_sides.here, _sides.there, "of here ");
+    changeSide(_sides.there, _sides.here, "of there ");
     const FolderImage files = _wanted;
     for (const auto& [path, content] : files) {
         for (size_t slash = path.find('/'); slash != std::string::npos; slash = path.find('/', slash + 1)) {
