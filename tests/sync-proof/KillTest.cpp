@@ -101,7 +101,7 @@ TEST_F(StepKillTest, APushWhoseServiceIsKilledBeforeAnyStepIsFinishedByTheNext) 
         killed += isOver ? 0 : 1;
         EXPECT_TRUE(isOver || push->ExitCode() == 3) << push->Text();
         if (!isOver) {
-            EXPECT_THAT(push->Text(), AnyOf(HasSubstr("\"event\":\"failed\""), HasSubstr("ovsync: ")));
+            EXPECT_THAT(push->Text(), AnyOf(HasSubstr("\"event\":\"failed\""), HasSubstr("\"error\":")));
         }
         sides.StartService();
         ExpectPushToFinish();
