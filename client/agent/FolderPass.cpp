@@ -135,13 +135,10 @@ SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver&
     options.exclusion = local::Exclusion(_folder.rules);
     options.isStopped = &isStopped;
 
-    pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root);
+    pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root, _folder.transfers);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();
-    service.newConnection = [&connection, transfers = _folder.transfers] {
-        return connection.NewContentConnection(transfers);
-    };
 
     pass::SyncPass pass(service, tree, *records, options, observer);
     return both::TwoWayPass(pass).Run();

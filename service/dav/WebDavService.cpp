@@ -11,12 +11,12 @@
 
 #include "service/dav/FileBody.h"
 #include "service/dav/PropfindAnswer.h"
+#include "service/dav/TextBody.h"
 #include "service/protocol/ByteRange.h"
 #include "service/protocol/HttpDate.h"
 #include "service/protocol/HttpError.h"
 #include "service/protocol/ServerPath.h"
 #include "service/protocol/SyncCollectionRequest.h"
-#include "service/protocol/TextBody.h"
 #include "service/protocol/UnixTime.h"
 #include "service/protocol/XmlText.h"
 
@@ -110,7 +110,7 @@ protocol::Answer UnmetPrecondition(int status, const std::string& name) {
     protocol::Answer answer;
     answer.status = status;
     answer.headers.emplace_back("Content-Type", XmlType);
-    answer.body = std::make_unique<protocol::TextBody>(
+    answer.body = std::make_unique<TextBody>(
         "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<D:error xmlns:D=\"DAV:\"><D:" + name + "/></D:error>\n");
     return answer;
 }
@@ -125,7 +125,7 @@ protocol::Answer WebDavService::Text(int status, const std::string& text) {
     protocol::Answer answer;
     answer.status = status;
     answer.headers.emplace_back("Content-Type", "text/plain; charset=utf-8");
-    answer.body = std::make_unique<protocol::TextBody>(text + "\n");
+    answer.body = std::make_unique<TextBody>(text + "\n");
     return answer;
 }
 
@@ -302,7 +302,7 @@ protocol::Answer WebDavService::_MakeCollection(const protocol::Request& request
         protocol::AppendEscaped(xml, made.owner);
         xml += "</ownerId></Folder></Folders></Response>\n";
         answer.headers.emplace_back("Content-Type", XmlType);
-        answer.body = std::make_unique<protocol::TextBody>(std::move(xml));
+        answer.body = std::make_unique<TextBody>(std::move(xml));
     }
     return answer;
 }
@@ -425,7 +425,7 @@ protocol::Answer WebDavService::_Proppatch(const protocol::Request& request) {
     protocol::Answer answer;
     answer.status = 207;
     answer.headers.emplace_back("Content-Type", XmlType);
-    answer.body = std::make_unique<protocol::TextBody>(std::move(xml));
+    answer.body = std::make_unique<TextBody>(std::move(xml));
     return answer;
 }
 

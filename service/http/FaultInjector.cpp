@@ -8,9 +8,9 @@
 
 #include <algorithm>
 
+#include "service/dav/TextBody.h"
 #include "service/dav/WebDavService.h"
 #include "service/http/FaultyBody.h"
-#include "service/protocol/TextBody.h"
 #include "service/store/FileDescriptor.h"
 
 namespace service::http {
@@ -31,7 +31,7 @@ protocol::Answer Page(int status, const std::string& heading) {
     answer.status = status;
     answer.headers.emplace_back("Content-Type", "text/html; charset=utf-8");
     if (status != 204 && status != 304) {
-        answer.body = std::make_unique<protocol::TextBody>("<html><body><h1>" + heading + "</h1></body></html>\n");
+        answer.body = std::make_unique<dav::TextBody>("<html><body><h1>" + heading + "</h1></body></html>\n");
     }
     return answer;
 }
@@ -79,7 +79,7 @@ protocol::Answer FaultInjector::Spoilt(protocol::Answer answer, const Fault& fau
         std::string text = Drain(*answer.body);
         const std::int64_t announced = static_cast<std::int64_t>(text.size()) + fault.number;
         answer.headers.emplace_back("Content-Length", std::to_string(std::max<std::int64_t>(announced, 0)));
-        answer.body = std::make_unique<protocol::TextBody>(std::move(text));
+        answer.body = std::make_unique<dav::TextBody>(std::move(text));
     } else {
         const auto reset = [this, connection] { _Reset(connection); };
         answer.body = std::make_unique<FaultyBody>(std::move(answer.body), fault, reset, _stop);

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "service/protocol/TextBody.h"
+#include "service/dav/TextBody.h"
 
 namespace service::http {
 
@@ -40,7 +40,7 @@ std::size_t FaultyBody::Read(char* buffer, std::size_t size) {
     // Here the right part ends, be it that the body is shorter than the fault allows for.
     if (_fault.kind == Fault::Kind::ErrorInBody) {
         _isInError = true;
-        _body = std::make_unique<protocol::TextBody>("<html><body><h1>Internal error</h1></body></html>\n");
+        _body = std::make_unique<dav::TextBody>("<html><body><h1>Internal error</h1></body></html>\n");
         return _body->Read(buffer, size);
     }
     if (_fault.kind == Fault::Kind::ResetInBody) {

@@ -107,13 +107,10 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     const auto records = std::make_shared<RecordDatabase>(
         root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
-    pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
+    pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root, arguments.transfers);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();
-    service.newConnection = [&connection, transfers = arguments.transfers] {
-        return connection.NewContentConnection(transfers);
-    };
 
     ErrorText::Context context;
     context.server = location.Server();

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
 #include "service/protocol/IBody.h"
 
-namespace service::protocol {
+namespace service::dav {
 
 /// A body that is held in memory.
-class TextBody : public IBody {
+class TextBody : public protocol::IBody {
 public:
     explicit TextBody(std::string text) : _text(std::move(text)) {}
 
@@ -23,4 +24,4 @@ private:
     std::size_t _position = 0;
 };
 
-}  // namespace service::protocol
+}  // namespace service::dav
