@@ -1,4 +1,8 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <set>
 
 #include "tests/servers/ServersTest.h"
 
@@ -69,6 +73,27 @@ TEST_P(ServersTest, PushesIntoAFolderThatItMakes) {
     ExpectRun("push into a new folder", {"push", here.Path(), Url("new & folder/")});
     ExpectThere("push into a new folder",
                 {{"new & folder/", ""}, {"new & folder/f/", ""}, {"new & folder/f/file.txt", "content"}});
+}
+
+TEST_P(ServersTest, KeepsTheExecutableBitWhereItCan) {
+    const std::set<ServerKind> keepers = {ServerKind::StandIn, ServerKind::Apache, ServerKind::ApacheByDefault,
+                                          ServerKind::Lighttpd};
+    Serve({});
+    const std::string tool = here.Path() + "/tool";
+    const std::string pulled = here.Path() + "/.pulled";
+    const auto isExecutable = [](const std::string& path) { return access(path.c_str(), X_OK) == 0; };
+    for (const bool bit : {true, false}) {
+        WriteHere({{"tool", bit ? "runs" : "runs no longer"}});
+        ASSERT_EQ(chmod(tool.c_str(), bit ? 0755 : 0644), 0);
+        ExpectRun("push of a program", {"push", "--exclude", ".*", here.Path(), Url()});
+        ExpectRun("pull of a program", {"pull", Url(), pulled});
+        const bool isKept = bit && keepers.count(GetParam()) != 0;
+        Expect("pull of a program",
+               isExecutable(pulled + "/tool") == isKept ? "" : isKept ? "it cannot be run" : "it can be run");
+        ExpectRun("get of a program", {"get", Url("tool"), ".got"});
+        Expect("get of a program",
+               isExecutable(here.Path() + "/.got") == isKept ? "" : isKept ? "it cannot be run" : "it can be run");
+    }
 }
 
 TEST_P(ServersTest, PullsAFolderAndWhatChangesInIt) {

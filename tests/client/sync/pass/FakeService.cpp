@@ -402,6 +402,10 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.files = _fileManager.get();
     service.updater = _updater.get();
     service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
+    service.isExecutable = [this](const QString& serverPath) { 
+        const auto bit = listedBits.find(PathOf(serverPath));
+        return bit == listedBits.end() ? std::nullopt : std::optional<bool>(bit->second);
+     };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.newConnection = [this] { return std::make_unique<Session>(*this); };
     service.urlOf = [](const QString& serverPath) {

@@ -74,6 +74,8 @@ public:
     bool isWithoutSizes = false;
     /// These collections are there and not listed, as what lies in a form is not.
     std::set<QString> unlisted;
+    /// Which files are listed as executable and which are not; their content says nothing of it.
+    std::map<QString, bool> listedBits;
     /// These files and folders are there, and no listing has them.
     std::set<QString> forgotten;
     /// There is no folder to sync.
