@@ -68,6 +68,8 @@ public:
     bool isWithoutDates = false;
     /// Names dates only where it is asked for one file's content.
     bool isListingNoDates = false;
+    /// It has not computed any yet.
+    bool isWithoutChecksums = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
     /// Announces no sizes of what it sends.

@@ -191,6 +191,19 @@ TEST_F(PullPassTest, AConflictIsToldOfUntilItIsOverButFetchedOnce) {
     EXPECT_EQ(Content("a"), QByteArray("theirs again"));
 }
 
+TEST_F(PullPassTest, AVersionWhoseChecksumBecomesKnownIsNotFetchedAgain) {
+    PullOne();
+    service.isWithoutChecksums = true;
+    service.Put(Text("a"), "2");
+    Write("a", "3");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    const Files both = Contents();
+    service.isWithoutChecksums = false;
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Count("GET"), 1);
+    EXPECT_EQ(Contents(), both);
+}
+
 TEST_F(PullPassTest, AConflictIsOverWhenTheServicesVersionTakesThePlace) {
     PullOne();
     Write("a", "mine");
