@@ -71,8 +71,7 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(start, text.find_last_not_of(spaces) + 1 - start);
 }
 
-MultistatusEntry::Property MultistatusEntry::PropertyNamed(std::string_view nameSpace,
-                                                          std::string_view localName) {
+MultistatusEntry::Property MultistatusEntry::PropertyNamed(std::string_view nameSpace, std::string_view localName) {
     for (const PropertyName& name : PropertyNames) {
         if (localName == name.text && nameSpace == name.nameSpace) {
             return name.property;

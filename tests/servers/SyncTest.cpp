@@ -81,18 +81,18 @@ TEST_P(ServersTest, KeepsTheExecutableBitWhereItCan) {
     Serve({});
     const std::string tool = here.Path() + "/tool";
     const std::string pulled = here.Path() + "/.pulled";
-    const auto isExecutable = [](const std::string& path) { return access(path.c_str(), X_OK) == 0; };
+    const auto bitOf = [](const std::string& path) {
+        return access(path.c_str(), X_OK) == 0 ? "it runs" : "it does not";
+    };
     for (const bool bit : {true, false}) {
         WriteHere({{"tool", bit ? "runs" : "runs no longer"}});
         ASSERT_EQ(chmod(tool.c_str(), bit ? 0755 : 0644), 0);
         ExpectRun("push of a program", {"push", "--exclude", ".*", here.Path(), Url()});
+        const std::string expected = bit && keepers.count(GetParam()) != 0 ? "it runs" : "it does not";
         ExpectRun("pull of a program", {"pull", Url(), pulled});
-        const bool isKept = bit && keepers.count(GetParam()) != 0;
-        Expect("pull of a program",
-               isExecutable(pulled + "/tool") == isKept ? "" : isKept ? "it cannot be run" : "it can be run");
+        ExpectEqual("pull of a program", expected, bitOf(pulled + "/tool"));
         ExpectRun("get of a program", {"get", Url("tool"), ".got"});
-        Expect("get of a program",
-               isExecutable(here.Path() + "/.got") == isKept ? "" : isKept ? "it cannot be run" : "it can be run");
+        ExpectEqual("get of a program", expected, bitOf(here.Path() + "/.got"));
     }
 }
 
