@@ -61,6 +61,7 @@ Agent::Agent()
         sigaction(signal, &action, nullptr);
     }
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 Agent::~Agent() {

@@ -82,9 +82,10 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
         const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
         if (answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized) {
             result.end = PassResult::End::Rejected;
-            result.error += QStringLiteral("; \"ovsync login -u %1 %2\" gives one")
-                                .arg(_credentials.isNull() ? QStringLiteral("USER") : _credentials.user(),
-                                     _folder.location.baseUrl.toString());
+            const QString user = _credentials.isNull() ? _folder.user : _credentials.user();
+            result.error +=
+                QStringLiteral("; \"ovsync login -u %1 %2\" gives one")
+                    .arg(user.isEmpty() ? QStringLiteral("USER") : user, _folder.location.baseUrl.toString());
         }
     }
     if (isStopped) {

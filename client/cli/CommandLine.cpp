@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 #include <QTextCodec>
 #include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <optional>
@@ -140,6 +141,8 @@ void AddCommands(CommandRegistry& registry) {
 ExitCode RunCommandLine(int argc, const char* const* argv) {
     // Names of files are UTF-8, whatever the locale is.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    // A file that may not become so large is a failure of that file.
+    std::signal(SIGXFSZ, SIG_IGN);
     Location location;
     std::optional<ServiceConnection> connection;
     ErrorText::Context context;
@@ -168,7 +171,9 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             if (!isDone) {
                 // Whatever is missing is named before anything that is too much.
                 const bool misses = dynamic_cast<const CLI::RequiredError*>(&e) != nullptr;
-                const std::vector<std::string> unknown = misses ? app.remaining(true) : std::vector<std::string>();
+                std::vector<std::string> unknown = misses ? app.remaining(true) : std::vector<std::string>();
+                // A group of commands takes the options that all have only after its command.
+                unknown.erase(std::remove(unknown.begin(), unknown.end(), "--json"), unknown.end());
                 const bool asJson = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
                 ComplainOfUsage((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str(),
                                 asJson);

@@ -242,7 +242,7 @@ TEST_F(FileCommandsTest, PutSendsAFileToItsNewNameOrIntoAFolder) {
     EXPECT_EQ(ContentThere("A/a%20%231.txt"), "hello");
     const ProgramResult missing = put("missing/");
     EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_THAT(ErrorsOf(missing), HasSubstr("the folder above "));
+    EXPECT_THAT(ErrorsOf(missing), HasSubstr("the folder that this is to go into is missing"));
 }
 
 TEST_F(FileCommandsTest, PutReplacesAFileAndTellsWhatIsThereThen) {

@@ -86,7 +86,12 @@ void AddFolder(const Arguments& given) {
     const SyncedFolder folder = GivenFolder(given);
     folders::AddToFoldersFile(folder);
     if (!folder.user.isEmpty()) {
-        input::KeepPasswordUnlessKept(folder.user, folder.location.baseUrl.host());
+        if (!input::KeepPasswordUnlessKept(folder.user, folder.location.baseUrl.host())) {
+            Complain(
+                QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login -u %1 "
+                               "%2\" keeps one.")
+                    .arg(folder.user, folder.location.baseUrl.toString()));
+        }
     }
     TellAgent();
 }
@@ -103,10 +108,12 @@ nlohmann::ordered_json SyncedFolderJson(const SyncedFolder& folder) {
             {"paused", folder.isPaused}};
 }
 
-ExitCode ListFolders(bool asJson, Output& output) {
+ExitCode ListFolders(const Arguments& given, Output& output) {
+    const bool asJson = given.isJson;
     const folders::FoldersReading reading = folders::ReadFoldersFile();
     for (const QString& mistake : reading.mistakes) {
-        Complain(QStringLiteral("%1: %2").arg(user::FoldersFilePath(), mistake));
+        Complain({"folders", QStringLiteral("%1: %2").arg(user::FoldersFilePath(), mistake)}, ExitCode::Refused,
+                 given.Errors());
     }
     if (!reading.mistakes.isEmpty()) {
         return ExitCode::Refused;
@@ -151,7 +158,7 @@ void AddFoldersCommand(CommandRegistry& registry) {
     registry.AddFolderOptions(add);
 
     registry.AddLocal(*folders, "list", "Lists them, a line each.",
-                      [](const Arguments& arguments, Output& output) { return ListFolders(arguments.isJson, output); });
+                      [](const Arguments& arguments, Output& output) { return ListFolders(arguments, output); });
 
     const auto addChange = [&](const char* name, const char* description, void (*change)(const QString&)) {
         CLI::App* const command =

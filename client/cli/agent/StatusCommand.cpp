@@ -27,6 +27,8 @@ namespace {
 const char* const StatusFooter =
     "Exit status: 0 all is well, 1 no agent runs or something is left for you to do, 2 wrong usage.";
 
+const int PatienceWithAgent = 5000;
+
 const char* const ClearScreen = "\x1B[H\x1B[2J";
 
 ExitCode ShowStatus(const Arguments& given, Output& output) {
@@ -35,10 +37,15 @@ ExitCode ShowStatus(const Arguments& given, Output& output) {
     AgentClient agent;
     std::optional<QByteArray> line;
     if (agent.Send(given.isWatching ? "watch" : "status")) {
-        line = agent.ReadLine();
+        line = agent.ReadLine(PatienceWithAgent);
     }
     if (!line) {
-        output.Write(given.isJson ? "{\"running\":false}\n" : "OvSync.exe does not run\n");
+        const bool isRunning = AgentClient::IsRunning();
+        if (given.isJson) {
+            output.Write(isRunning ? "{\"running\":true}\n" : "{\"running\":false}\n");
+        } else {
+            output.Write(isRunning ? "OvSync.exe runs, but does not answer\n" : "OvSync.exe does not run\n");
+        }
         return ExitCode::Refused;
     }
     for (;;) {

@@ -45,7 +45,16 @@ void AddSyncCommand(CommandRegistry& registry) {
             "Take the \"newer\" version of what both sides changed, or that of \"here\" or \"there\", and keep "
             "the other one in the trash (both are kept side by side unless given)")
         ->type_name("newer|here|there")
-        ->transform(CLI::CheckedTransformer(winners).description(""));
+        ->transform(CLI::Validator(
+            [](std::string& text) {
+                const auto winner = winners.find(text);
+                if (winner == winners.end()) {
+                    return '"' + text + "\" is none of newer, here and there";
+                }
+                text = std::to_string(static_cast<int>(winner->second));
+                return std::string();
+            },
+            ""));
     registry.AddDeletionLimit(command);
     registry.AddPassOptions(command);
     registry.MarkAsWriting(command);

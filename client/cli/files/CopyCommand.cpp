@@ -73,6 +73,10 @@ void Run(ServiceConnection& connection, const Location& from, const Arguments& g
     if (to.serverPath.isEmpty()) {
         throw UsageError(QStringLiteral("%1: the root cannot be replaced").arg(to.baseUrl.toString()));
     }
+    if ((to.serverPath + QLatin1Char('/')).startsWith(from.serverPath + QLatin1Char('/'))) {
+        throw UsageError(QStringLiteral("\"%1\" cannot go to \"%2\": that is itself, or lies in it")
+                             .arg(from.serverPath, to.serverPath));
+    }
     const bool replaces = given.isForced && !found.isFolder;
     try {
         transfer(connection, found, from, to, replaces ? Overwriting::Yes : Overwriting::No);

@@ -21,6 +21,9 @@ std::optional<QString> PasswordFromPrompt(const QString& user, const QString& ho
     if (readpassphrase(prompt.constData(), password, sizeof(password), RPP_REQUIRE_TTY) == nullptr) {
         return std::nullopt;
     }
+    if (*password == '\0') {
+        throw UsageError(QStringLiteral("No password was typed."));
+    }
     return QString::fromUtf8(password);
 }
 
@@ -75,14 +78,16 @@ QString AskPassword(const QString& user, const QString& host) {
     return *password;
 }
 
-void KeepPasswordUnlessKept(const QString& user, const QString& host) {
+bool KeepPasswordUnlessKept(const QString& user, const QString& host) {
     user::Passwords passwords;
     if (!passwords.Find(host, user).isNull()) {
-        return;
+        return true;
     }
-    if (const std::optional<QString> password = NewPassword(user, host)) {
+    const std::optional<QString> password = NewPassword(user, host);
+    if (password) {
         passwords.Keep(host, user, *password);
     }
+    return password.has_value();
 }
 
 }  // namespace input

@@ -15,9 +15,9 @@ QAuthenticator FindCredentials(const QString& user, const QString& host);
 /// there is neither.
 QString AskPassword(const QString& user, const QString& host);
 
-/// Keeps what AskPassword gives, unless one is kept already or there is none to be had. The process has a
+/// Keeps what AskPassword gives, unless one is kept already. False when there is none to be had. The process has a
 /// QCoreApplication meanwhile.
-void KeepPasswordUnlessKept(const QString& user, const QString& host);
+[[nodiscard]] bool KeepPasswordUnlessKept(const QString& user, const QString& host);
 
 }  // namespace input
 }  // namespace ovsync
