@@ -106,5 +106,7 @@ bool DryRunTree::RemoveFolder(const QString& path) {
 
 void DryRunTree::SyncFolder(const QString& /*folder*/) {}
 
+void DryRunTree::SyncAll() {}
+
 }  // namespace local
 }  // namespace ovsync

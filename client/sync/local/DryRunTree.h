@@ -26,6 +26,7 @@ public:
     void Remove(const QString& path) override;
     bool RemoveFolder(const QString& path) override;
     void SyncFolder(const QString& folder) override;
+    void SyncAll() override;
     QString Identity() override { return _tree.Identity(); }
     /// That cannot be found out without a file.
     bool TellsCaseApart() override { return true; }

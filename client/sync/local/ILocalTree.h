@@ -24,6 +24,8 @@ public:
     virtual void SetModified(const QDateTime& time) = 0;
     virtual void SetMode(unsigned mode) = 0;
     virtual void Sync() = 0;
+    /// Whether the tree's SyncAll does as much as Sync.
+    virtual bool IsSyncedWithAll() const = 0;
     virtual store::Fingerprint Look() = 0;
 };
 
@@ -66,6 +68,8 @@ public:
     [[nodiscard]] virtual bool RemoveFolder(const QString& path) = 0;
     /// Flushes the names in `folder` to the disk.
     virtual void SyncFolder(const QString& folder) = 0;
+    /// Flushes to the disk whatever was written to the file system that the folder itself lies on, by anyone.
+    virtual void SyncAll() = 0;
 
     /// Differs for another folder, or another disk, at the place of this one. The same after a restart of the system.
     virtual QString Identity() = 0;

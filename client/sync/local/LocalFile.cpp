@@ -11,7 +11,8 @@
 namespace ovsync {
 namespace local {
 
-LocalFile::LocalFile(int descriptor, const QString& path) : _descriptor(descriptor), _path(path) {}
+LocalFile::LocalFile(int descriptor, const QString& path, bool isSyncedWithAll)
+    : _descriptor(descriptor), _path(path), _isSyncedWithAll(isSyncedWithAll) {}
 
 LocalFile::~LocalFile() {
     close(_descriptor);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "client/sync/local/ILocalTree.h"
 
 namespace ovsync {
@@ -24,6 +26,7 @@ public:
     void Remove(const QString& path) override;
     bool RemoveFolder(const QString& path) override;
     void SyncFolder(const QString& folder) override;
+    void SyncAll() override;
     QString Identity() override;
     bool TellsCaseApart() override;
     bool TellsUnicodeFormsApart() override;
@@ -31,11 +34,14 @@ public:
 private:
     class Place;
 
+    bool _IsSyncedWithAll(int file) const;
     /// Whether a file that is made as `made` in the hidden folder is not found as `asked`.
     bool _TellsApart(const char* made, const char* asked);
 
     const QString _rootPath;
-    int _root;
+    const int _root;
+    /// The device of which syncfs is as good as fsync of each file; none where it is not.
+    std::optional<quint64> _device;
 };
 
 }  // namespace local

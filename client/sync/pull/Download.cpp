@@ -20,10 +20,13 @@ namespace {
 
 struct TooLarge {};
 
+// To have others wait while so much is written costs more than a flush of its own.
+const qint64 LargeSize = qint64(1024) * 1024;
+
 }  // namespace
 
-Download::Download(ILocalTree& tree, PullOrder order, const QUrl& url, std::atomic<qint64>& bytes)
-    : _tree(tree), _order(std::move(order)), _url(url), _bytes(bytes) {}
+Download::Download(ILocalTree& tree, PullOrder order, const QUrl& url, Flushing flushing, std::atomic<qint64>& bytes)
+    : _tree(tree), _order(std::move(order)), _url(url), _flushing(flushing), _bytes(bytes) {}
 
 Download::~Download() {
     if (_temporary.isEmpty()) {
@@ -45,7 +48,7 @@ void Download::Run(content::IContentConnection& session) noexcept {
         _version = session.Download(_url, *this);
         _file->SetModified(_order.remote.lastModifiedDate);
         _SetMode();
-        _file->Sync();
+        _Flush();
         _fresh = _file->Look();
         _file.reset();
         _md5Text = QString::fromLatin1(_md5.result().toHex());
@@ -67,16 +70,25 @@ void Download::_SetMode() {
     _file->SetMode(_version.isExecutable ? WithExecutableBit(mode, *_version.isExecutable) : mode);
 }
 
+void Download::_Flush() {
+    if (_flushing == Flushing::Alone || _size >= LargeSize || !_file->IsSyncedWithAll()) {
+        _file->Sync();
+        _isFlushed = true;
+    }
+}
+
 QString Download::GiveTemporary() {
     return std::exchange(_temporary, QString());
 }
 
 void Download::Restart(qint64 size) {
-    _bytes -= _size;
-    _size = 0;
+    if (_size > 0) {
+        _bytes -= _size;
+        _size = 0;
+        _md5.reset();
+        _file->Truncate();
+    }
     _announced = size;
-    _md5.reset();
-    _file->Truncate();
     _CheckSize(size);
 }
 

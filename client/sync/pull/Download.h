@@ -14,12 +14,18 @@
 namespace ovsync {
 namespace pull {
 
-/// Fetches one file into a temporary file beside its place, and flushes it. Run by one thread, used by another one
-/// afterwards.
+/// Fetches one file into a temporary file beside its place. Run by one thread, used by another one afterwards.
 class Download : private content::ContentSink {
 public:
+    /// How a small file is brought onto the disk. A large one is flushed by itself.
+    enum class Flushing {
+        Alone,
+        /// Left to the tree's SyncAll, where that does it.
+        WithAll
+    };
+
     /// `bytes` counts what came.
-    Download(local::ILocalTree& tree, PullOrder order, const QUrl& url, std::atomic<qint64>& bytes);
+    Download(local::ILocalTree& tree, PullOrder order, const QUrl& url, Flushing flushing, std::atomic<qint64>& bytes);
     /// Removes the temporary file, unless it was given away.
     ~Download() override;
 
@@ -32,6 +38,8 @@ public:
     /// Null when it succeeded, and then the rest is there, unless it is too large.
     std::exception_ptr Error() const { return _error; }
     const store::Fingerprint& Fresh() const { return _fresh; }
+    /// Whether it is on the disk. If not, SyncAll of the tree brings it there.
+    bool IsFlushed() const { return _isFlushed; }
     /// In hexadecimal.
     const QString& Md5() const { return _md5Text; }
     /// Whether it was broken off, which is no error, because what came is larger than what was listed.
@@ -45,11 +53,13 @@ private:
     void Restart(qint64 size) override;
     void Write(const char* bytes, size_t size) override;
     void _SetMode();
+    void _Flush();
     void _CheckSize(qint64 size) const;
 
     local::ILocalTree& _tree;
     const PullOrder _order;
     const QUrl _url;
+    const Flushing _flushing;
     std::atomic<qint64>& _bytes;
     qint64 _size = 0;
     qint64 _announced = -1;
@@ -59,6 +69,7 @@ private:
 
     std::exception_ptr _error;
     bool _isTooLarge = false;
+    bool _isFlushed = false;
     store::Fingerprint _fresh;
     QString _md5Text;
     content::ContentVersion _version;

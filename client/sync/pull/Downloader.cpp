@@ -25,6 +25,9 @@ namespace {
 
 const int MaxAttempts = 3;
 
+// A few files are on the disk sooner when nothing else has to be.
+const int ManyFiles = 16;
+
 /// Whether the content came that the listing describes.
 bool HasCome(const Download& download) {
     if (download.Error() || download.IsTooLarge()) {
@@ -52,6 +55,7 @@ SyncEvent::Kind KindOf(const PullOrder& order) {
 }  // namespace
 
 bool Downloader::Run(std::deque<PullOrder> orders) {
+    _flushing = orders.size() >= ManyFiles ? Download::Flushing::WithAll : Download::Flushing::Alone;
     RunAll(std::move(orders));
     return _hasAll;
 }
@@ -73,7 +77,7 @@ void Downloader::Tell(const PullOrder& order) {
 
 std::unique_ptr<Download> Downloader::Make(PullOrder order, const QUrl& url) {
     order.record = _maker.Make(order.path, order.remote);
-    return std::make_unique<Download>(_sides.tree, std::move(order), url, _bytes);
+    return std::make_unique<Download>(_sides.tree, std::move(order), url, _flushing, _bytes);
 }
 
 void Downloader::Take(Transfers downloads, Pool& /*pool*/) {
@@ -87,6 +91,12 @@ void Downloader::TakeLast(Transfers downloads) {
 }
 
 void Downloader::_Take(const Transfers& downloads) {
+    const auto isToBeFlushed = [](const std::unique_ptr<Download>& download) {
+        return HasCome(*download) && !download->IsFlushed();
+    };
+    if (std::any_of(downloads.begin(), downloads.end(), isToBeFlushed)) {
+        _sides.tree.SyncAll();
+    }
     QVector<Installer::Request> requests;
     std::vector<const PullOrder*> orders;
     std::vector<const Download*> others;

@@ -55,6 +55,7 @@ private:
     local::Installer& _installer;
     const pass::FileComparison& _comparison;
     const pass::RecordMaker& _maker;
+    Download::Flushing _flushing = Download::Flushing::Alone;
     bool _hasAll = true;
     QSet<QString> _inTrash;
 };

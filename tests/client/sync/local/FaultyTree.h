@@ -18,6 +18,8 @@ public:
     bool tellsCaseApart = true;
     bool tellsFormsApart = true;
     bool knowsExchange = true;
+    /// Whether flushing everything is as good as flushing each file.
+    bool syncsAll = true;
 
     QVector<ovsync::local::NamedLocalEntry> List(const QString& folder) override {
         _Meet("List", folder);
@@ -59,6 +61,10 @@ public:
         _Meet("SyncFolder", folder);
         _tree.SyncFolder(folder);
     }
+    void SyncAll() override {
+        _Meet("SyncAll", QString());
+        _tree.SyncAll();
+    }
     QString Identity() override { return identity.isEmpty() ? _tree.Identity() : identity; }
     bool TellsCaseApart() override { return tellsCaseApart; }
     bool TellsUnicodeFormsApart() override { return tellsFormsApart; }
@@ -83,6 +89,7 @@ private:
             _tree._Meet("Sync", _path);
             _file->Sync();
         }
+        bool IsSyncedWithAll() const override { return _tree.syncsAll; }
         ovsync::store::Fingerprint Look() override { return _file->Look(); }
 
     private:
