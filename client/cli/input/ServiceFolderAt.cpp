@@ -27,6 +27,10 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
     service.address = AddressOf(location);
     service.folders = &connection.Folders();
     service.files = &connection.Files();
+    service.keepListing = [&connection](const sync::config::FolderConfiguration& folder) {
+        return connection.Files().Keep(folder);
+    };
+    service.forgetListings = [&connection] { connection.Files().Forget(); };
     service.newConnection = [&connection, transfers] { return connection.NewContentConnection(transfers); };
     service.moveFile = [&connection](const QString& from, const QString& to) {
         connection.NewResourceConnection()->Move(connection.UrlOf(from), connection.UrlOf(to),

@@ -26,16 +26,18 @@ const std::chrono::milliseconds WaitStep(50);
 
 }  // namespace
 
-Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,
+Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, std::atomic<qint64>& bytes,
                const std::atomic<bool>& isStopped)
-    : _tree(tree), _order(std::move(order)), _url(url), _bytes(bytes), _isStopped(isStopped) {}
+    : _tree(tree), _order(std::move(order)), _url(url), _asking(asking), _bytes(bytes), _isStopped(isStopped) {}
 
 void Upload::Run(content::IContentConnection& session) noexcept {
     try {
-        const bool isFirst = !_order.isNew && !_isToBeSent && EntityTagOf(_order.remote).isEmpty();
+        const bool isFirst = !_order.isNew && !_isToBeSent && !_isToBeAsked && EntityTagOf(_order.remote).isEmpty();
         _isToBeSent = isFirst;
         if (isFirst) {
             _version = _LookForTag(session);
+        } else if (_isToBeAsked) {
+            _Ask(session);
         } else {
             _Send(session);
         }
@@ -87,6 +89,19 @@ void Upload::_Send(content::IContentConnection& session) {
         _TryConditions(session);
     }
     _after = _file->Look();
+    _isToBeAsked = true;
+    if (_asking == Asking::AtOnce) {
+        _Ask(session);
+    }
+}
+
+void Upload::TakeAnswer(const content::ContentVersion& version) {
+    _version = version;
+    _isToBeAsked = false;
+}
+
+void Upload::_Ask(content::IContentConnection& session) {
+    _isToBeAsked = false;
     _version = session.Look(_url);
     if (_version && _version->size >= 0 && _version->size != _size) {
         _WaitUntil(std::chrono::steady_clock::now() + Patience);

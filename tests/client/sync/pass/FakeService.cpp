@@ -186,11 +186,12 @@ private:
 
 class FakeService::FileManagerFactory : public sync::interf::factory::IRemoteFileManagerFactory {
 public:
-    explicit FileManagerFactory(std::shared_ptr<FileManager> manager) : _manager(std::move(manager)) {}
+    explicit FileManagerFactory(std::shared_ptr<sync::interf::IRemoteFileManager> manager)
+        : _manager(std::move(manager)) {}
     std::shared_ptr<sync::interf::IRemoteFileManager> CreateRemoteFileManager(int) override { return _manager; }
 
 private:
-    const std::shared_ptr<FileManager> _manager;
+    const std::shared_ptr<sync::interf::IRemoteFileManager> _manager;
 };
 
 class FakeService::Session : public ovsync::content::IContentConnection {
@@ -295,7 +296,7 @@ private:
 
 FakeService::FakeService()
     : _folderManager(std::make_shared<FolderManager>(*this)),
-      _fileManager(std::make_shared<FileManager>(*this)),
+      _fileManager(std::make_shared<ovsync::library::ListedFiles>(std::make_shared<FileManager>(*this))),
       _updater(std::make_shared<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(
           std::make_shared<FileManagerFactory>(_fileManager))) {}
 
@@ -400,6 +401,8 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     ovsync::pass::ServiceFolder service;
     service.folders = _folderManager.get();
     service.files = _fileManager.get();
+    service.keepListing = [this](const FolderConfiguration& folder) { return _fileManager->Keep(folder); };
+    service.forgetListings = [this] { _fileManager->Forget(); };
     service.updater = _updater.get();
     service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <set>
 
+#include "client/library/ListedFiles.h"
 #include "client/sync/pass/ServiceFolder.h"
 #include "dvsync/DrovaneCustomFileConfigUpdater.h"
 #include "tests/fakes/InstalledConfiguration.h"
@@ -105,7 +106,7 @@ private:
     QDateTime _now = QDateTime::fromSecsSinceEpoch(1700000000, Qt::UTC);
     QDateTime _changed;
     std::shared_ptr<FolderManager> _folderManager;
-    std::shared_ptr<FileManager> _fileManager;
+    std::shared_ptr<ovsync::library::ListedFiles> _fileManager;
     std::shared_ptr<sync::interf::ICustomFileConfigUpdater> _updater;
 };
 
