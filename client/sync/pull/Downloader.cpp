@@ -26,7 +26,7 @@ namespace {
 const int MaxAttempts = 3;
 
 // A few files are on the disk sooner when nothing else has to be.
-const int ManyFiles = 16;
+const int ManyFiles = 4;
 
 /// Whether the content came that the listing describes.
 bool HasCome(const Download& download) {

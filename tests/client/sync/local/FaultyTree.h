@@ -1,12 +1,17 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
+#include <mutex>
+#include <set>
 
 #include "client/sync/local/ILocalTree.h"
 
 namespace tests {
 
-/// A synced folder in which a test can have something happen, or fail, right before any operation.
+/// A synced folder in which a test can have something happen, or fail, right before any operation. Sees to it that no
+/// new file gets its name before it is on the disk.
 class FaultyTree : public ovsync::local::ILocalTree {
 public:
     explicit FaultyTree(ovsync::local::ILocalTree& tree) : _tree(tree) {}
@@ -35,6 +40,7 @@ public:
     }
     std::unique_ptr<ovsync::local::IWritableFile> Create(const QString& path) override {
         _Meet("Create", path);
+        _NoteUnflushed(path);
         return std::make_unique<File>(*this, _tree.Create(path), path);
     }
     void MakeFolder(const QString& path) override {
@@ -43,10 +49,12 @@ public:
     }
     bool Move(const QString& from, const QString& to) override {
         _Meet("Move", to);
+        _ExpectFlushed(from);
         return _tree.Move(from, to);
     }
     bool Swap(const QString& a, const QString& b) override {
         _Meet("Swap", b);
+        _ExpectFlushed(a);
         return knowsExchange && _tree.Swap(a, b);
     }
     void Remove(const QString& path) override {
@@ -63,7 +71,9 @@ public:
     }
     void SyncAll() override {
         _Meet("SyncAll", QString());
+        const std::lock_guard<std::mutex> lock(_mutex);
         _tree.SyncAll();
+        _unflushed.clear();
     }
     QString Identity() override { return identity.isEmpty() ? _tree.Identity() : identity; }
     bool TellsCaseApart() override { return tellsCaseApart; }
@@ -77,17 +87,23 @@ private:
 
         void Write(const char* bytes, size_t size) override {
             _tree._Meet("Write", _path);
+            _tree._NoteUnflushed(_path);
             _file->Write(bytes, size);
         }
         void Truncate() override { _file->Truncate(); }
         void SetModified(const QDateTime& time) override {
             _tree._Meet("SetModified", _path);
+            _tree._NoteUnflushed(_path);
             _file->SetModified(time);
         }
-        void SetMode(unsigned mode) override { _file->SetMode(mode); }
+        void SetMode(unsigned mode) override {
+            _tree._NoteUnflushed(_path);
+            _file->SetMode(mode);
+        }
         void Sync() override {
             _tree._Meet("Sync", _path);
             _file->Sync();
+            _tree._NoteFlushed(_path);
         }
         bool IsSyncedWithAll() const override { return _tree.syncsAll; }
         ovsync::store::Fingerprint Look() override { return _file->Look(); }
@@ -104,7 +120,25 @@ private:
         }
     }
 
+    void _NoteUnflushed(const QString& path) {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _unflushed.insert(path);
+    }
+
+    void _NoteFlushed(const QString& path) {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _unflushed.erase(path);
+    }
+
+    void _ExpectFlushed(const QString& path) {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        EXPECT_EQ(_unflushed.count(path), 0U) << path.toStdString() << " is not on the disk";
+    }
+
     ovsync::local::ILocalTree& _tree;
+    std::mutex _mutex;
+    /// What a crash would lose.
+    std::set<QString> _unflushed;
 };
 
 }  // namespace tests
