@@ -29,9 +29,17 @@ public:
         Later
     };
 
-    /// `bytes` counts what was sent; `isStopped` ends waiting.
-    Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, std::atomic<qint64>& bytes,
-           const std::atomic<bool>& isStopped);
+    /// What the uploads of a run have in common.
+    struct Shared {
+        /// Counts what was sent.
+        std::atomic<qint64>& bytes;
+        /// Becomes true when the server is seen to refuse what a condition forbids.
+        std::atomic<bool>& knowsConditions;
+        /// Ends waiting.
+        const std::atomic<bool>& isStopped;
+    };
+
+    Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, const Shared& shared);
 
     void Run(content::IContentConnection& session) noexcept;
 
@@ -84,8 +92,7 @@ private:
     const PushOrder _order;
     const QUrl _url;
     const Asking _asking;
-    std::atomic<qint64>& _bytes;
-    const std::atomic<bool>& _isStopped;
+    const Shared _shared;
     qint64 _size = 0;
     std::unique_ptr<local::IReadableFile> _file;
     QCryptographicHash _md5{QCryptographicHash::Md5};

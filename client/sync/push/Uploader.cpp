@@ -139,12 +139,11 @@ std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {
         order.triesConditions = true;
         _isTrialDue = false;
     }
-    order.looksBefore = order.looksBefore && !(order.isNew && _knowsConditions);
     const bool isAskedLater =
         !order.isRemoval && order.size <= MostListed && _inFolders[FolderOf(order.path)] >= ManyInFolder;
     return std::make_unique<Upload>(_sides.tree, std::move(order), url,
-                                    isAskedLater ? Upload::Asking::Later : Upload::Asking::AtOnce, _bytes,
-                                    *_sides.options.isStopped);
+                                    isAskedLater ? Upload::Asking::Later : Upload::Asking::AtOnce,
+                                    Upload::Shared{_bytes, _knowsConditions, *_sides.options.isStopped});
 }
 
 void Uploader::Refuse(const QString& path, const QString& reason) {
@@ -161,8 +160,9 @@ void Uploader::Take(Transfers uploads, Pool& pool) {
         _TakeAllSent(nullptr);
         throw;
     }
+    const bool isFirst = _isTrialDue && !_isOtherServer;
     const bool isLast = _orders.empty() && pool.Unfinished() == 0;
-    if (isLast || _sent.size() >= MostSent || std::chrono::steady_clock::now() - _firstSent >= LongestWait) {
+    if (isFirst || isLast || _sent.size() >= MostSent || std::chrono::steady_clock::now() - _firstSent >= LongestWait) {
         _TakeAllSent(&pool);
     }
 }
@@ -371,7 +371,6 @@ void Uploader::_TakeSent(const Upload& upload) {
     if (const std::optional<bool> knowsConditions = upload.KnowsConditions()) {
         _sides.records.WriteSetting(ConditionsSetting(),
                                     *knowsConditions ? KnownConditions() : QStringLiteral("ignored"));
-        _knowsConditions = *knowsConditions;
         if (!*knowsConditions) {
             _report.Tell(SyncEvent::Kind::Noted, path,
                          QStringLiteral("this server replaces files whatever conditions an upload has. What somebody "

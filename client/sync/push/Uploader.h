@@ -84,7 +84,7 @@ private:
     /// Whether the last file that was recorded has no checksum there.
     bool _isOtherServer = false;
     /// Whether the server was seen in this run to refuse what a condition forbids.
-    bool _knowsConditions = false;
+    std::atomic<bool> _knowsConditions{false};
 };
 
 }  // namespace push
