@@ -12,6 +12,7 @@
 #include "client/store/ConflictCopy.h"
 #include "client/store/FileRecord.h"
 #include "client/store/FolderRecord.h"
+#include "client/store/PartialDownload.h"
 #include "client/store/Placement.h"
 #include "client/store/RecordChanges.h"
 #include "client/store/Statement.h"
@@ -91,6 +92,10 @@ public:
     QList<ConflictCopy> Copies();
     void WriteCopy(const ConflictCopy& copy);
     void ForgetCopy(const ConflictCopy& copy);
+
+    QList<PartialDownload> PartialDownloads();
+    void WritePartialDownload(const PartialDownload& part);
+    void ForgetPartialDownload(const QString& path);
 
     /// Empty when it was never written.
     QString Setting(const QString& name);

@@ -59,6 +59,10 @@ std::unique_ptr<IWritableFile> DryRunTree::Create(const QString& path) {
     throw LocalError(path, EROFS);
 }
 
+std::unique_ptr<IWritableFile> DryRunTree::Reopen(const QString& path) {
+    throw LocalError(path, EROFS);
+}
+
 void DryRunTree::MakeFolder(const QString& path) {
     if (Look(path)) {
         throw LocalError(path, EEXIST);

@@ -20,6 +20,7 @@ public:
     std::optional<LocalEntry> Look(const QString& path) override;
     std::unique_ptr<IReadableFile> Open(const QString& path) override;
     std::unique_ptr<IWritableFile> Create(const QString& path) override;
+    std::unique_ptr<IWritableFile> Reopen(const QString& path) override;
     void MakeFolder(const QString& path) override;
     bool Move(const QString& from, const QString& to) override;
     bool Swap(const QString& a, const QString& b) override;

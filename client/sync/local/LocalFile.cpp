@@ -42,9 +42,8 @@ void LocalFile::Write(const char* bytes, size_t size) {
     }
 }
 
-void LocalFile::Truncate() {
-    _Check(ftruncate(_descriptor, 0) == 0);
-    Rewind();
+void LocalFile::Truncate(qint64 size) {
+    _Check(ftruncate(_descriptor, size) == 0 && lseek(_descriptor, size, SEEK_SET) == size);
 }
 
 void LocalFile::SetModified(const QDateTime& time) {

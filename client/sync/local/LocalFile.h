@@ -19,7 +19,7 @@ public:
     size_t Read(char* bytes, size_t size) override;
     void Rewind() override;
     void Write(const char* bytes, size_t size) override;
-    void Truncate() override;
+    void Truncate(qint64 size) override;
     void SetModified(const QDateTime& time) override;
     void SetMode(unsigned mode) override;
     void Sync() override;

@@ -227,6 +227,19 @@ std::unique_ptr<IWritableFile> LocalTree::Create(const QString& path) {
     return std::make_unique<LocalFile>(descriptor, place.Path(), _IsSyncedWithAll(descriptor));
 }
 
+std::unique_ptr<IWritableFile> LocalTree::Reopen(const QString& path) {
+    const Place place(*this, path);
+    const int descriptor = openat(place.Folder(), place.Name(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    place.Check(descriptor >= 0);
+    auto file = std::make_unique<LocalFile>(descriptor, place.Path(), _IsSyncedWithAll(descriptor));
+    struct stat status {};
+    place.Check(fstat(descriptor, &status) == 0);
+    if (!S_ISREG(status.st_mode)) {
+        throw LocalError(place.Path(), EINVAL);
+    }
+    return file;
+}
+
 bool LocalTree::_IsSyncedWithAll(int file) const {
     struct stat status {};
     return _device && fstat(file, &status) == 0 && status.st_dev == *_device;

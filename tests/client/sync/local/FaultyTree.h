@@ -43,6 +43,10 @@ public:
         _NoteUnflushed(path);
         return std::make_unique<File>(*this, _tree.Create(path), path);
     }
+    std::unique_ptr<ovsync::local::IWritableFile> Reopen(const QString& path) override {
+        _Meet("Reopen", path);
+        return std::make_unique<File>(*this, _tree.Reopen(path), path);
+    }
     void MakeFolder(const QString& path) override {
         _Meet("MakeFolder", path);
         _tree.MakeFolder(path);
@@ -90,7 +94,10 @@ private:
             _tree._NoteUnflushed(_path);
             _file->Write(bytes, size);
         }
-        void Truncate() override { _file->Truncate(); }
+        void Truncate(qint64 size) override {
+            _tree._NoteUnflushed(_path);
+            _file->Truncate(size);
+        }
         void SetModified(const QDateTime& time) override {
             _tree._Meet("SetModified", _path);
             _tree._NoteUnflushed(_path);

@@ -217,14 +217,27 @@ public:
             file = found->second;
         }
         const QByteArray content = _service.contentInstead.isNull() ? file.content : _service.contentInstead;
-        const int pieceSize = 1000;
-        sink.Restart(-1);
-        sink.Write("wrong", 5);
-        sink.Restart(_service.isWithoutSizes ? -1 : content.size());
-        for (int at = 0; at < content.size(); at += pieceSize) {
-            sink.Write(content.constData() + at, static_cast<size_t>(qMin(pieceSize, content.size() - at)));
+        const ContentVersion version = _VersionOf(file);
+        const ovsync::content::ContentPart part = sink.Received();
+        const bool isRest = _service.knowsRanges && part.size > 0 && part.entityTag == version.entityTag;
+        sink.TakeVersion(version);
+        if (isRest) {
+            sink.GoOn();
+        } else {
+            sink.Restart(-1);
+            sink.Write("wrong", 5);
+            sink.Restart(_service.isWithoutSizes ? -1 : content.size());
         }
-        return _VersionOf(file);
+        const int pieceSize = content.size() > 100000 ? 100000 : 1000;
+        for (int at = isRest ? static_cast<int>(part.size) : 0; at < content.size(); at += pieceSize) {
+            if (_service.breaksAfter >= 0 && at >= _service.breaksAfter) {
+                throw TransactionError("GET", url, Text("reset"), {});
+            }
+            const int size = qMin(pieceSize, content.size() - at);
+            sink.Write(content.constData() + at, static_cast<size_t>(size));
+            _service.sentBytes += size;
+        }
+        return version;
     }
 
     UploadOutcome Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -73,6 +74,12 @@ public:
     bool isWithoutChecksums = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
+    /// Sends the rest of a content of which a client has a part.
+    bool knowsRanges = true;
+    /// After so many bytes of a content the connection breaks, if that is not negative.
+    qint64 breaksAfter = -1;
+    /// How much of contents was sent.
+    std::atomic<qint64> sentBytes{0};
     /// Announces no sizes of what it sends.
     bool isWithoutSizes = false;
     /// These collections are there and not listed, as what lies in a form is not.
