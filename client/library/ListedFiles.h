@@ -12,11 +12,15 @@ namespace library {
 /// Not thread-safe.
 ///
 /// \code
-/// // What the service has of many files of `folder` that were just sent, by one request.
-/// ovsync::library::ListedFiles listed(fileManagers.CreateRemoteFileManager(folder.serverId));
-/// const int count = listed.Keep(folder);
-/// const auto file = listed.GetFileByName(folder, QStringLiteral("plan.dwg"));
-/// listed.Forget();
+/// #include "client/library/ServiceConnection.h"
+///
+/// ovsync::library::ServiceConnection connection(QUrl(QStringLiteral("http://localhost:8080")));
+/// const sync::config::FolderConfiguration plans = connection.Folder(QStringLiteral("plans"));
+/// // After many files were sent to it: what the service has of each of them, by one request.
+/// connection.Files().Keep(plans);
+/// const auto north = connection.Files().GetFileByName(plans, QStringLiteral("north.dwg"));
+/// const auto south = connection.Files().GetFileByName(plans, QStringLiteral("south.dwg"));
+/// connection.Files().Forget();
 /// \endcode
 class ListedFiles : public sync::interf::IRemoteFileManager {
 public:
