@@ -374,6 +374,17 @@ int RecordDatabase::FileCount() {
     return _Texts("SELECT count(*) FROM files").first().toInt();
 }
 
+int RecordDatabase::FileCountBelow(const QString& folder) {
+    if (folder.isEmpty()) {
+        return FileCount();
+    }
+    Statement& statement = _Statement("SELECT count(*) FROM files WHERE path > ?1 || '/' AND path < ?1 || '0'");
+    statement.Bind(folder).Step();
+    const auto count = static_cast<int>(statement.Integer(0));
+    statement.Reset();
+    return count;
+}
+
 QList<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
     return ReadRows<std::pair<QString, Fingerprint>>(
         _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files"));

@@ -67,6 +67,8 @@ public:
     /// In no order.
     QStringList FilePaths();
     int FileCount();
+    /// How many files there are in `folder`, at any depth.
+    int FileCountBelow(const QString& folder);
     /// Of the files here, by their paths. In no order.
     QList<std::pair<QString, Fingerprint>> Fingerprints();
     QList<std::pair<QString, Fingerprint>> FingerprintsBelow(const QString& folder);

@@ -113,8 +113,8 @@ void Uploader::_ChooseTrial(std::deque<PushOrder>& orders) {
     const QString known = _sides.records.Setting(ConditionsSetting());
     const auto isFit = [](const PushOrder& order) { return order.IsFitForTrial(); };
     // For many it is worth to know that the server still does as it did.
-    _isTrialDue = known.isEmpty() ||
-                  (known == KnownConditions() && std::count_if(orders.begin(), orders.end(), isFit) >= ManyFiles);
+    const auto fit = std::count_if(orders.begin(), orders.end(), isFit);
+    _isTrialDue = known.isEmpty() ? fit > 0 : known == KnownConditions() && fit >= ManyFiles;
     for (PushOrder& order : orders) {
         order.triesConditions = order.triesConditions && _isTrialDue;
         _isTrialDue = _isTrialDue && !order.triesConditions;
@@ -236,25 +236,32 @@ QSet<QString> Uploader::_ListFoldersOf(const Transfers& uploads) {
         counts[FolderOf(upload->Order().path)] += upload->IsToBeAsked() ? 1 : 0;
     }
     QSet<QString> listed;
-    for (auto folder = counts.cbegin(); folder != counts.cend(); ++folder) {
-        if (*folder < ManyInFolder || _listedInFolders.value(folder.key()) > *folder * ListedInVain) {
-            continue;
+    try {
+        for (auto folder = counts.cbegin(); folder != counts.cend(); ++folder) {
+            if (*folder >= ManyInFolder && _LikelyListed(folder.key()) <= *folder * ListedInVain) {
+                _listedInFolders[folder.key()] = _sides.service.keepListing(_sides.service.FolderAt(folder.key()));
+                listed.insert(folder.key());
+            }
         }
-        try {
-            _listedInFolders[folder.key()] = _sides.service.keepListing(_sides.service.FolderAt(folder.key()));
-            listed.insert(folder.key());
-        } catch (const std::exception&) {
-            // Each file is asked for by itself then, which tells why it fails.
-        }
+    } catch (const std::exception&) {
+        // The other files are asked for one by one, which tells why it fails.
     }
     return listed;
+}
+
+int Uploader::_LikelyListed(const QString& folder) {
+    const auto listed = _listedInFolders.constFind(folder);
+    return listed == _listedInFolders.constEnd() ? _sides.records.FileCountBelow(folder) : *listed;
 }
 
 bool Uploader::_IsListed(Upload& upload) {
     const qint64 size = upload.Before().size;
     try {
         const FileConfiguration now = _sides.service.FileAt(upload.Order().path);
-        if (size > MostListed || now.size != size || !IsContentOf(now, now.size, upload.Md5())) {
+        const PushOrder& order = upload.Order();
+        // Some answer from a cache.
+        const bool isOld = !order.isNew && HasIdentity(now, IdentityOf(order.remote));
+        if (isOld || size > MostListed || now.size != size || !IsContentOf(now, now.size, upload.Md5())) {
             return false;
         }
         content::ContentVersion version;
@@ -365,6 +372,11 @@ void Uploader::_TakeSent(const Upload& upload) {
     }
     _sides.records.WriteFile(*record);
     _isOtherServer = record->file.md5Checksum.isEmpty();
+    if (!_isOtherServer) {
+        // The service itself knows conditions.
+        _isTrialDue = false;
+        _knowsConditions = true;
+    }
     // Only now: a server that takes files and never confirms them has failed.
     _report.TellSuccess();
     _report.Tell(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);

@@ -47,6 +47,8 @@ private:
     void _TakeAllSent(Pool* pool);
     /// Of those that are worth it. Returns them.
     QSet<QString> _ListFoldersOf(const Transfers& uploads);
+    /// How many files a listing of the folder may have.
+    int _LikelyListed(const QString& folder);
     /// Whether the listing of its folder has what was sent.
     bool _IsListed(Upload& upload);
     void _Settle(const Upload& upload);

@@ -289,6 +289,8 @@ TEST_F(RecordDatabaseTest, WhatLiesInAFolderMovesWithIt) {
     for (const char* path : {"e", "f", "f/g", "fg"}) {
         database.WriteFolder(Text(path));
     }
+    EXPECT_EQ(database.FileCountBelow(Text("f")), 2);
+    EXPECT_EQ(database.FileCountBelow(QString()), 6);
     database.WriteCopy({Text("f/a (1)"), Text("f/a"), Text("i"), Text("m")});
     database.WriteCopy({Text("f (1)"), Text("f0"), Text("i"), Text("m")});
     database.MoveTree(Text("f"), Text("e/n\xC3\xA9w"), Text("S/f"), Text("S/e/n\xC3\xA9w"));

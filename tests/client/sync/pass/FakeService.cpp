@@ -228,7 +228,7 @@ public:
             sink.Write("wrong", 5);
             sink.Restart(_service.isWithoutSizes ? -1 : content.size());
         }
-        const int pieceSize = content.size() > 100000 ? 100000 : 1000;
+        const int pieceSize = content.size() > 1000000 ? 100000 : 1000;
         for (int at = isRest ? static_cast<int>(part.size) : 0; at < content.size(); at += pieceSize) {
             if (_service.breaksAfter >= 0 && at >= _service.breaksAfter) {
                 throw TransactionError("GET", url, Text("reset"), {});

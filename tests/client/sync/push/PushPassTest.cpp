@@ -388,6 +388,25 @@ TEST_F(ManyFilesPushTest, FarFewerQuestionsAreAskedThanFilesSent) {
     EXPECT_EQ(service.Count("PUT") + service.Count("GET"), 0);
 }
 
+TEST_F(ManyFilesPushTest, TheServiceItselfIsAskedAsSeldom) {
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Contents());
+    EXPECT_EQ(service.Count("PUT"), Count);
+    EXPECT_LT(service.Count("FIND") + service.Count("LIST"), Count / 4);
+}
+
+TEST_F(ManyFilesPushTest, AFolderOfManyOtherFilesIsNotListedForAFew) {
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    service.ForgetCounts();
+    for (int i = 0; i < 5; ++i) {
+        Write(Name(i).toUtf8().constData(), "changed");
+    }
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Contents());
+    // That of the whole tree.
+    EXPECT_EQ(service.Count("LIST"), 1);
+}
+
 TEST_F(ManyFilesPushTest, WhatIsSomethingElseRightAfterwardsIsAConflict) {
     for (const bool isPlain : {false, true}) {
         service.isPlain = isPlain;
