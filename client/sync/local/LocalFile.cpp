@@ -1,6 +1,7 @@
 #include "client/sync/local/LocalFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>

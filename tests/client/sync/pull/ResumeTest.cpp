@@ -29,9 +29,9 @@ protected:
     ResumeTest() { options.transfers = 1; }
 
     QByteArray NewContent() {
-        QByteArray content(Size, '\0');
-        std::generate(content.begin(), content.end(), [this] { return static_cast<char>(random()); });
-        return content;
+        QByteArray made(Size, '\0');
+        std::generate(made.begin(), made.end(), [this] { return static_cast<char>(random()); });
+        return made;
     }
 
     /// A pull of "f/large" that ends in the middle.
