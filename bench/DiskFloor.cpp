@@ -108,6 +108,7 @@ void Run(const Task& task) {
     const int above = open(task.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     Check(above >= 0, task.directory);
     std::vector<Folder> folders;
+    folders.reserve(static_cast<std::size_t>(task.folders));
     for (int i = 0; i < task.folders; ++i) {
         folders.emplace_back(above, std::to_string(i));
     }

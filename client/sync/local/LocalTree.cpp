@@ -9,14 +9,16 @@
 #include <sys/statfs.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
-#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <QByteArrayList>
+#include <QSysInfo>
+#include <QVersionNumber>
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <iterator>
 
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalEntry.h"
@@ -28,23 +30,15 @@ namespace local {
 
 namespace {
 
-/// Before 5.8 syncfs did not tell what could not be written.
-const int TellingKernel[] = {5, 8};
-
 /// Whether the kernel is known to flush by syncfs whatever fsync of each file would flush, and to tell failures.
 bool FlushesAllAtOnce(int descriptor) {
-    utsname system{};
-    int kernel[] = {0, 0};
+    // Before, it did not tell what could not be written.
+    static const bool tells = QVersionNumber::fromString(QSysInfo::kernelVersion()) >= QVersionNumber(5, 8);
+    // Other file systems, such as those of FUSE, do nothing.
+    static const long known[] = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC};
     struct statfs disk {};
-    if (uname(&system) != 0 || std::sscanf(system.release, "%d.%d", &kernel[0], &kernel[1]) != 2 ||
-        fstatfs(descriptor, &disk) != 0) {
-        return false;
-    }
-    const bool tells = std::lexicographical_compare(TellingKernel, TellingKernel + 2, kernel, kernel + 2) ||
-                       std::equal(kernel, kernel + 2, TellingKernel);
-    // Others, such as those of FUSE, do nothing.
-    const long known[] = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC};
-    return tells && std::find(std::begin(known), std::end(known), disk.f_type) != std::end(known);
+    return tells && fstatfs(descriptor, &disk) == 0 &&
+           std::find(std::begin(known), std::end(known), disk.f_type) != std::end(known);
 }
 
 /// Whether the system or the file system does not know this kind of renaming.
