@@ -53,6 +53,18 @@ private:
     const sync::dv::dvsync::ExternalSyncConfig _config;
 };
 
+class OneFileManager : public sync::interf::factory::IRemoteFileManagerFactory {
+public:
+    explicit OneFileManager(std::shared_ptr<sync::interf::IRemoteFileManager> manager) : _manager(std::move(manager)) {}
+
+    std::shared_ptr<sync::interf::IRemoteFileManager> CreateRemoteFileManager(int /*serverKey*/) override {
+        return _manager;
+    }
+
+private:
+    const std::shared_ptr<sync::interf::IRemoteFileManager> _manager;
+};
+
 }  // namespace
 
 class ServiceConnection::Configuration : public sync::interf::factory::IConfigurationFactory {
@@ -88,8 +100,7 @@ ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& 
     _configuration = std::make_shared<Configuration>(_account);
     _networkAccess = std::make_shared<NetworkAccessManagerFactory>(_authenticators, TheServerId, baseUrl, settings);
     _ofThread = std::make_unique<ThreadConfiguration>(_configuration);
-    _fileManagers = _NewFileManagers(_connection);
-    _files = _fileManagers->CreateRemoteFileManager(TheServerId);
+    _files = std::make_shared<ListedFiles>(_NewFileManagers(_connection)->CreateRemoteFileManager(TheServerId));
     _folders = _NewFolderManager(_connection);
 }
 
@@ -117,7 +128,8 @@ std::shared_ptr<sync::interf::IExternalSyncConfigManager> ServiceConnection::Fet
 std::unique_ptr<sync::interf::ICustomFileConfigUpdater> ServiceConnection::NewUpdater(
     std::shared_ptr<sync::interf::IFileConfigManager> records) {
     _configuration->SetRecords(std::move(records));
-    auto updater = std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(_fileManagers);
+    auto updater =
+        std::make_unique<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(std::make_shared<OneFileManager>(_files));
     // It has them now, and they may be what keeps others from the folder.
     _configuration->SetRecords(nullptr);
     return updater;

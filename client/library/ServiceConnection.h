@@ -9,6 +9,7 @@
 
 #include "client/content/IContentConnection.h"
 #include "client/content/ResourceConnection.h"
+#include "client/library/ListedFiles.h"
 #include "client/library/NetworkAccessManagerFactory.h"
 #include "client/library/RemoteFileManagerFactory.h"
 #include "client/library/ThreadConfiguration.h"
@@ -76,7 +77,8 @@ public:
     /// The record from which the library lists and looks up at `serverPath`.
     sync::config::FolderConfiguration Folder(const QString& serverPath) const;
 
-    sync::interf::IRemoteFileManager& Files() { return *_files; }
+    /// Answers from what it was told to keep; so does the updater.
+    ListedFiles& Files() { return *_files; }
     sync::interf::IRemoteFolderManager& Folders() { return *_folders; }
 
     /// What the service publishes, as the library reads it, at this moment. Throws HttpException when the service
@@ -142,8 +144,7 @@ private:
     QString _configAnswer;
     std::shared_ptr<Configuration> _configuration;
     std::unique_ptr<ThreadConfiguration> _ofThread;
-    std::shared_ptr<RemoteFileManagerFactory> _fileManagers;
-    std::shared_ptr<sync::interf::IRemoteFileManager> _files;
+    std::shared_ptr<ListedFiles> _files;
     std::unique_ptr<sync::interf::IRemoteFolderManager> _folders;
 };
 

@@ -19,7 +19,7 @@ using sync::config::FileConfiguration;
 
 namespace {
 
-const int SchemaVersion = 2;
+const int SchemaVersion = 3;
 
 // In the order of MapColumns.
 #define RECORD_COLUMNS                                                                                          \
@@ -29,6 +29,10 @@ const int SchemaVersion = 2;
     "owner TEXT, item_id TEXT, version_id TEXT, links_extracted INTEGER, privileges TEXT, sync_options TEXT, "  \
     "local_inode INTEGER, local_size INTEGER, local_modified INTEGER, local_changed INTEGER, content_md5 TEXT"
 #define RECORD_VALUES "?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?"
+
+#define PARTIAL_DOWNLOADS                                                                                      \
+    "CREATE TABLE partial_downloads (path TEXT PRIMARY KEY, temporary TEXT NOT NULL, identity TEXT NOT NULL, " \
+    "entity_tag TEXT NOT NULL, size INTEGER NOT NULL, md5 TEXT NOT NULL) WITHOUT ROWID;"
 
 const char Schema[] =
     "CREATE TABLE settings (name TEXT PRIMARY KEY, value TEXT NOT NULL) WITHOUT ROWID;"
@@ -40,12 +44,14 @@ const char Schema[] =
     "NULL) WITHOUT ROWID;"
     "CREATE TABLE placements (" RECORD_COLUMNS
     ", temporary TEXT NOT NULL, is_removal INTEGER NOT NULL, old_inode INTEGER, old_size INTEGER, old_modified INTEGER)"
-    " WITHOUT ROWID;";
+    " WITHOUT ROWID;" PARTIAL_DOWNLOADS;
 
-/// What makes the first format the second.
-const char SecondFormat[] =
+/// What makes each format, from the first on, the next.
+const char* const NextFormats[SchemaVersion - 1] = {
     "ALTER TABLE folders ADD COLUMN inode INTEGER NOT NULL DEFAULT 0;"
-    "ALTER TABLE folders ADD COLUMN item_id TEXT NOT NULL DEFAULT '';";
+    "ALTER TABLE folders ADD COLUMN item_id TEXT NOT NULL DEFAULT '';",
+    PARTIAL_DOWNLOADS,
+};
 
 /// Reads the columns of a row, one after the other.
 class RowReader {
@@ -121,6 +127,16 @@ void MapColumns(Column& column, Placement& placement) {
     column(placement.old.inode);
     column(placement.old.size);
     column(placement.old.modified);
+}
+
+template <typename Column>
+void MapColumns(Column& column, PartialDownload& part) {
+    column(part.path);
+    column(part.temporary);
+    column(part.identity);
+    column(part.entityTag);
+    column(part.size);
+    column(part.md5);
 }
 
 template <typename Column>
@@ -270,7 +286,12 @@ void RecordDatabase::_Prepare() {
     _Execute("PRAGMA synchronous = FULL");
     Transaction transaction(*this);
     if (found < SchemaVersion) {
-        _Execute(found == 0 ? Schema : SecondFormat);
+        if (found == 0) {
+            _Execute(Schema);
+        }
+        for (qint64 format = found; format > 0 && format < SchemaVersion; ++format) {
+            _Execute(NextFormats[format - 1]);
+        }
         _Execute(("PRAGMA user_version = " + QByteArray::number(SchemaVersion)).constData());
     }
     transaction.Commit();
@@ -351,6 +372,17 @@ QStringList RecordDatabase::FilePaths() {
 
 int RecordDatabase::FileCount() {
     return _Texts("SELECT count(*) FROM files").first().toInt();
+}
+
+int RecordDatabase::FileCountBelow(const QString& folder) {
+    if (folder.isEmpty()) {
+        return FileCount();
+    }
+    Statement& statement = _Statement("SELECT count(*) FROM files WHERE path > ?1 || '/' AND path < ?1 || '0'");
+    statement.Bind(folder).Step();
+    const auto count = static_cast<int>(statement.Integer(0));
+    statement.Reset();
+    return count;
 }
 
 QList<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
@@ -441,6 +473,18 @@ void RecordDatabase::WriteCopy(const ConflictCopy& copy) {
 
 void RecordDatabase::ForgetCopy(const ConflictCopy& copy) {
     _Statement("DELETE FROM copies WHERE copy = ?").Bind(copy.copy).Run();
+}
+
+QList<PartialDownload> RecordDatabase::PartialDownloads() {
+    return ReadRows<PartialDownload>(_Statement("SELECT * FROM partial_downloads"));
+}
+
+void RecordDatabase::WritePartialDownload(const PartialDownload& part) {
+    WriteRow(_Statement("INSERT OR REPLACE INTO partial_downloads VALUES (?, ?, ?, ?, ?, ?)"), part);
+}
+
+void RecordDatabase::ForgetPartialDownload(const QString& path) {
+    _Statement("DELETE FROM partial_downloads WHERE path = ?").Bind(path).Run();
 }
 
 QString RecordDatabase::Setting(const QString& name) {

@@ -12,6 +12,7 @@
 #include "client/store/ConflictCopy.h"
 #include "client/store/FileRecord.h"
 #include "client/store/FolderRecord.h"
+#include "client/store/PartialDownload.h"
 #include "client/store/Placement.h"
 #include "client/store/RecordChanges.h"
 #include "client/store/Statement.h"
@@ -66,6 +67,8 @@ public:
     /// In no order.
     QStringList FilePaths();
     int FileCount();
+    /// How many files there are in `folder`, at any depth.
+    int FileCountBelow(const QString& folder);
     /// Of the files here, by their paths. In no order.
     QList<std::pair<QString, Fingerprint>> Fingerprints();
     QList<std::pair<QString, Fingerprint>> FingerprintsBelow(const QString& folder);
@@ -91,6 +94,10 @@ public:
     QList<ConflictCopy> Copies();
     void WriteCopy(const ConflictCopy& copy);
     void ForgetCopy(const ConflictCopy& copy);
+
+    QList<PartialDownload> PartialDownloads();
+    void WritePartialDownload(const PartialDownload& part);
+    void ForgetPartialDownload(const QString& path);
 
     /// Empty when it was never written.
     QString Setting(const QString& name);

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <nlohmann/json.hpp>
@@ -263,6 +264,56 @@ TEST_F(PullTest, WhatCannotBeSyncedIsNamed) {
                 HasSubstr("there is no folder \"gone\" on 127.0.0.1:"));
     EXPECT_THAT(errorOf(_service.Url() + Text("a"), _folder.path(), 2), HasSubstr("\"a\" is a file"));
     EXPECT_EQ(Names(), QStringList());
+}
+
+class ResumedPullTest : public testing::Test {
+protected:
+    int Pull() {
+        const ProgramResult result = RunOvsync({Text("pull"), _service.Url(), _folder.path()});
+        EXPECT_EQ(ErrorsOf(result).empty(), result.exitCode == 0) << ErrorsOf(result);
+        return result.exitCode;
+    }
+
+    QFileInfoList Parts() const {
+        return QDir(_folder.path()).entryInfoList({Text("*SyncTemp}")}, QDir::Files | QDir::Hidden);
+    }
+
+    QByteArray Content() const {
+        QFile file(_folder.filePath(Text("large")));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(not there)");
+    }
+
+    // More than so much never comes at once, so that only who goes on gets to the end.
+    Service _service{{Text("--fault"), Text("cut=2500000,method=GET")}};
+    QTemporaryDir _folder;
+};
+
+TEST_F(ResumedPullTest, WhatAnEarlierPullGotOfALargeFileIsNotFetchedAgain) {
+    const QByteArray content = QByteArray("0123456789").repeated(600000);
+    _service.AddFile(Text("large"), content);
+    EXPECT_EQ(Pull(), 3);
+    EXPECT_EQ(Parts().size(), 1);
+    EXPECT_EQ(Pull(), 3);
+    EXPECT_EQ(Pull(), 0);
+    EXPECT_EQ(Content(), content);
+    EXPECT_EQ(Parts().size(), 0);
+}
+
+TEST_F(ResumedPullTest, NorIsWhatAKilledOneGot) {
+    const QByteArray content = QByteArray("0123456789").repeated(400000);
+    _service.AddFile(Text("large"), content);
+    QProcess process;
+    process.start(Text(OVSYNC_PROGRAM),
+                  {Text("pull"), Text("--bandwidth"), Text("1M"), _service.Url(), _folder.path()});
+    const auto hasMuch = [this] { return !Parts().isEmpty() && Parts().first().size() > 2300000; };
+    while (!hasMuch() && !process.waitForFinished(50)) {
+    }
+    process.kill();
+    process.waitForFinished();
+    EXPECT_EQ(Parts().size(), 1);
+    EXPECT_EQ(Pull(), 0);
+    EXPECT_EQ(Content(), content);
+    EXPECT_EQ(Parts().size(), 0);
 }
 
 }  // namespace

@@ -122,7 +122,7 @@ void FetchedFile::Keep(const char* bytes, size_t size) {
 }
 
 void FetchedFile::Discard() {
-    _file->Truncate();
+    _file->Truncate(0);
     CountAnew();
     _recordedTag.clear();
 }

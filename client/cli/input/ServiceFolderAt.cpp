@@ -26,6 +26,10 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
     service.address = AddressOf(location);
     service.folders = &connection.Folders();
     service.files = &connection.Files();
+    service.keepListing = [&connection](const sync::config::FolderConfiguration& folder) {
+        return connection.Files().Keep(folder);
+    };
+    service.forgetListings = [&connection] { connection.Files().Forget(); };
     service.newConnection = [&connection] { return connection.NewContentConnection(); };
     service.isExecutable = [&connection](const QString& serverPath) { return connection.IsExecutable(serverPath); };
     service.moveFile = [&connection](const QString& from, const QString& to) {

@@ -59,6 +59,10 @@ std::unique_ptr<IWritableFile> DryRunTree::Create(const QString& path) {
     throw LocalError(path, EROFS);
 }
 
+std::unique_ptr<IWritableFile> DryRunTree::Reopen(const QString& path) {
+    throw LocalError(path, EROFS);
+}
+
 void DryRunTree::MakeFolder(const QString& path) {
     if (Look(path)) {
         throw LocalError(path, EEXIST);
@@ -105,6 +109,8 @@ bool DryRunTree::RemoveFolder(const QString& path) {
 }
 
 void DryRunTree::SyncFolder(const QString& /*folder*/) {}
+
+void DryRunTree::SyncAll() {}
 
 }  // namespace local
 }  // namespace ovsync

@@ -20,12 +20,14 @@ public:
     std::optional<LocalEntry> Look(const QString& path) override;
     std::unique_ptr<IReadableFile> Open(const QString& path) override;
     std::unique_ptr<IWritableFile> Create(const QString& path) override;
+    std::unique_ptr<IWritableFile> Reopen(const QString& path) override;
     void MakeFolder(const QString& path) override;
     bool Move(const QString& from, const QString& to) override;
     bool Swap(const QString& a, const QString& b) override;
     void Remove(const QString& path) override;
     bool RemoveFolder(const QString& path) override;
     void SyncFolder(const QString& folder) override;
+    void SyncAll() override;
     QString Identity() override { return _tree.Identity(); }
     /// That cannot be found out without a file.
     bool TellsCaseApart() override { return true; }

@@ -18,12 +18,14 @@ public:
     virtual ~IWritableFile() = default;
 
     virtual void Write(const char* bytes, size_t size) = 0;
-    /// Forgets what was written.
-    virtual void Truncate() = 0;
+    /// Keeps the first `size` bytes alone, and goes on behind them.
+    virtual void Truncate(qint64 size) = 0;
     /// An invalid time leaves the file's as it is.
     virtual void SetModified(const QDateTime& time) = 0;
     virtual void SetMode(unsigned mode) = 0;
     virtual void Sync() = 0;
+    /// Whether the tree's SyncAll does as much as Sync.
+    virtual bool IsSyncedWithAll() const = 0;
     virtual store::Fingerprint Look() = 0;
 };
 
@@ -53,6 +55,8 @@ public:
     [[nodiscard]] virtual std::unique_ptr<IReadableFile> Open(const QString& path) = 0;
     /// Throws when there is something.
     [[nodiscard]] virtual std::unique_ptr<IWritableFile> Create(const QString& path) = 0;
+    /// Opens a file that Create made before; Truncate has to say where it goes on.
+    [[nodiscard]] virtual std::unique_ptr<IWritableFile> Reopen(const QString& path) = 0;
     /// The folder that it lies in must be there. Throws when there is something.
     virtual void MakeFolder(const QString& path) = 0;
 
@@ -66,6 +70,8 @@ public:
     [[nodiscard]] virtual bool RemoveFolder(const QString& path) = 0;
     /// Flushes the names in `folder` to the disk.
     virtual void SyncFolder(const QString& folder) = 0;
+    /// Flushes to the disk whatever was written to the file system that the folder itself lies on, by anyone.
+    virtual void SyncAll() = 0;
 
     /// Differs for another folder, or another disk, at the place of this one. The same after a restart of the system.
     virtual QString Identity() = 0;

@@ -99,13 +99,13 @@ void Installer::_Install(Request& request) {
 Installer::Result Installer::_Put(Request& request) {
     Placement& placement = request.placement;
     const QString& target = placement.record.path;
-    const std::optional<LocalEntry> here = _tree.Look(target);
+    const std::optional<LocalEntry> here = ReplacesSomething(placement) ? _tree.Look(target) : std::nullopt;
     if (!here) {
         if (!_tree.Move(placement.temporary, target)) {
             return Result::Occupied;
         }
     } else {
-        if (!ReplacesSomething(placement) || !IsFile(here) || !here->fingerprint.IsUnchangedSince(placement.old)) {
+        if (!IsFile(here) || !here->fingerprint.IsUnchangedSince(placement.old)) {
             return Result::Occupied;
         }
         if (_tree.Swap(placement.temporary, target)) {

@@ -1,6 +1,7 @@
 #include "client/sync/local/LocalFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,7 +12,8 @@
 namespace ovsync {
 namespace local {
 
-LocalFile::LocalFile(int descriptor, const QString& path) : _descriptor(descriptor), _path(path) {}
+LocalFile::LocalFile(int descriptor, const QString& path, bool isSyncedWithAll)
+    : _descriptor(descriptor), _path(path), _isSyncedWithAll(isSyncedWithAll) {}
 
 LocalFile::~LocalFile() {
     close(_descriptor);
@@ -41,9 +43,8 @@ void LocalFile::Write(const char* bytes, size_t size) {
     }
 }
 
-void LocalFile::Truncate() {
-    _Check(ftruncate(_descriptor, 0) == 0);
-    Rewind();
+void LocalFile::Truncate(qint64 size) {
+    _Check(ftruncate(_descriptor, size) == 0 && lseek(_descriptor, size, SEEK_SET) == size);
 }
 
 void LocalFile::SetModified(const QDateTime& time) {

@@ -11,7 +11,7 @@ namespace local {
 class LocalFile : public IReadableFile, public IWritableFile {
 public:
     /// `path` is for messages.
-    LocalFile(int descriptor, const QString& path);
+    LocalFile(int descriptor, const QString& path, bool isSyncedWithAll = false);
     ~LocalFile() override;
     LocalFile(const LocalFile&) = delete;
     LocalFile& operator=(const LocalFile&) = delete;
@@ -19,10 +19,11 @@ public:
     size_t Read(char* bytes, size_t size) override;
     void Rewind() override;
     void Write(const char* bytes, size_t size) override;
-    void Truncate() override;
+    void Truncate(qint64 size) override;
     void SetModified(const QDateTime& time) override;
     void SetMode(unsigned mode) override;
     void Sync() override;
+    bool IsSyncedWithAll() const override { return _isSyncedWithAll; }
     store::Fingerprint Look() override;
 
 private:
@@ -30,6 +31,7 @@ private:
 
     const int _descriptor;
     const QString _path;
+    const bool _isSyncedWithAll;
 };
 
 }  // namespace local

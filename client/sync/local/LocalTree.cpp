@@ -3,14 +3,22 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <linux/fs.h>
+#include <linux/magic.h>
+#include <linux/openat2.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include <QStringList>
+#include <QByteArrayList>
+#include <QSysInfo>
+#include <QVersionNumber>
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <iterator>
 
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalEntry.h"
@@ -21,6 +29,17 @@ namespace ovsync {
 namespace local {
 
 namespace {
+
+/// Whether the kernel is known to flush by syncfs whatever fsync of each file would flush, and to tell failures.
+bool FlushesAllAtOnce(int descriptor) {
+    // Before, it did not tell what could not be written.
+    static const bool tells = QVersionNumber::fromString(QSysInfo::kernelVersion()) >= QVersionNumber(5, 8);
+    // Other file systems, such as those of FUSE, do nothing.
+    static const long known[] = {EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, BTRFS_SUPER_MAGIC, F2FS_SUPER_MAGIC};
+    struct statfs disk {};
+    return tells && fstatfs(descriptor, &disk) == 0 &&
+           std::find(std::begin(known), std::end(known), disk.f_type) != std::end(known);
+}
 
 /// Whether the system or the file system does not know this kind of renaming.
 bool IsUnknownToFileSystem(int code) {
@@ -37,30 +56,22 @@ struct FolderCloser {
 class LocalTree::Place {
 public:
     /// Of the folder `path` the place is "." in itself.
-    Place(const LocalTree& tree, const QString& path) : _path(tree._rootPath + QLatin1Char('/') + path) {
-        QStringList segments = path.split(QLatin1Char('/'), Qt::SkipEmptyParts);
-        for (const QString& segment : segments) {
+    Place(const LocalTree& tree, const QString& path) : _root(tree._root), _rootPath(tree._rootPath), _path(path) {
+        QByteArrayList segments = path.toUtf8().split('/');
+        segments.removeAll(QByteArray());
+        for (const QByteArray& segment : segments) {
             // The callers only name what lies below; this holds even if one of them fails to.
-            if (segment == QLatin1String(".") || segment == QLatin1String("..") || segment.contains(QChar(0))) {
-                throw LocalError(_path, EINVAL);
+            if (segment == "." || segment == ".." || segment.contains('\0')) {
+                throw LocalError(Path(), EINVAL);
             }
         }
-        _name = segments.isEmpty() ? QByteArray(".") : segments.takeLast().toUtf8();
-        _folder = fcntl(tree._root, F_DUPFD_CLOEXEC, 0);
-        for (const QString& segment : segments) {
-            const int next = _OpenFolder(segment.toUtf8());
-            const int code = errno;
-            if (_folder >= 0) {
-                close(_folder);
-            }
-            _folder = next;
-            errno = code;
-        }
+        _name = segments.isEmpty() ? QByteArray(".") : segments.takeLast();
+        _folder = segments.isEmpty() ? _root : _OpenFolder(segments);
         _error = _folder < 0 ? errno : 0;
     }
 
     ~Place() {
-        if (_folder >= 0) {
+        if (_folder >= 0 && _folder != _root) {
             close(_folder);
         }
     }
@@ -69,7 +80,7 @@ public:
 
     int Folder() const { return _folder; }
     const char* Name() const { return _name.constData(); }
-    const QString& Path() const { return _path; }
+    QString Path() const { return _rootPath + QLatin1Char('/') + _path; }
 
     /// Why the folder could not be opened; 0 when it was.
     int Error() const { return _error; }
@@ -81,14 +92,47 @@ public:
         }
     }
 
-    [[noreturn]] void Throw() const { throw LocalError(_path, _error != 0 ? _error : errno); }
-
-private:
-    int _OpenFolder(const QByteArray& name) const {
-        return _folder < 0 ? -1 : openat(_folder, name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    [[noreturn]] void Throw() const {
+        const int code = _error != 0 ? _error : errno;
+        throw LocalError(Path(), code);
     }
 
-    const QString _path;
+private:
+    static constexpr int OpenFlags = O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+    /// Follows no link, also where somebody puts one at this moment.
+    int _OpenFolder(const QByteArrayList& names) const {
+        static std::atomic<bool> knowsOpenat2(true);
+        if (knowsOpenat2) {
+            open_how how{};
+            how.flags = O_PATH | OpenFlags;
+            how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
+            const long folder = syscall(SYS_openat2, _root, names.join('/').constData(), &how, sizeof how);
+            // Of EPERM it is a filter of system calls that answers so.
+            if (folder >= 0 || (errno != ENOSYS && errno != EPERM && errno != ENAMETOOLONG)) {
+                return static_cast<int>(folder);
+            }
+            knowsOpenat2 = errno == ENAMETOOLONG;
+        }
+        int folder = _root;
+        for (const QByteArray& name : names) {
+            const int next = openat(folder, name.constData(), O_PATH | OpenFlags);
+            const int code = errno;
+            if (folder != _root) {
+                close(folder);
+            }
+            errno = code;
+            folder = next;
+            if (folder < 0) {
+                break;
+            }
+        }
+        return folder;
+    }
+
+    const int _root;
+    const QString& _rootPath;
+    const QString& _path;
     QByteArray _name;
     int _folder = -1;
     int _error = 0;
@@ -96,8 +140,12 @@ private:
 
 LocalTree::LocalTree(const QString& root)
     : _rootPath(root), _root(open(root.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (_root < 0) {
+    struct stat status {};
+    if (_root < 0 || fstat(_root, &status) != 0) {
         throw LocalError(root, errno);
+    }
+    if (FlushesAllAtOnce(_root)) {
+        _device = status.st_dev;
     }
 }
 
@@ -170,7 +218,25 @@ std::unique_ptr<IWritableFile> LocalTree::Create(const QString& path) {
     const int descriptor =
         openat(place.Folder(), place.Name(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
     place.Check(descriptor >= 0);
-    return std::make_unique<LocalFile>(descriptor, place.Path());
+    return std::make_unique<LocalFile>(descriptor, place.Path(), _IsSyncedWithAll(descriptor));
+}
+
+std::unique_ptr<IWritableFile> LocalTree::Reopen(const QString& path) {
+    const Place place(*this, path);
+    const int descriptor = openat(place.Folder(), place.Name(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    place.Check(descriptor >= 0);
+    auto file = std::make_unique<LocalFile>(descriptor, place.Path(), _IsSyncedWithAll(descriptor));
+    struct stat status {};
+    place.Check(fstat(descriptor, &status) == 0);
+    if (!S_ISREG(status.st_mode)) {
+        throw LocalError(place.Path(), EINVAL);
+    }
+    return file;
+}
+
+bool LocalTree::_IsSyncedWithAll(int file) const {
+    struct stat status {};
+    return _device && fstat(file, &status) == 0 && status.st_dev == *_device;
 }
 
 void LocalTree::MakeFolder(const QString& path) {
@@ -242,6 +308,13 @@ void LocalTree::SyncFolder(const QString& folder) {
     errno = code;
     // Some network file systems have nothing to sync.
     place.Check(isSynced || errno == EINVAL);
+}
+
+void LocalTree::SyncAll() {
+    // By the descriptor that was open before anything was written: it is told of every failure since.
+    if (syncfs(_root) != 0) {
+        throw LocalError(_rootPath, errno);
+    }
 }
 
 QString LocalTree::Identity() {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "client/sync/local/ILocalTree.h"
 
 namespace ovsync {
@@ -18,12 +20,14 @@ public:
     std::optional<LocalEntry> Look(const QString& path) override;
     std::unique_ptr<IReadableFile> Open(const QString& path) override;
     std::unique_ptr<IWritableFile> Create(const QString& path) override;
+    std::unique_ptr<IWritableFile> Reopen(const QString& path) override;
     void MakeFolder(const QString& path) override;
     bool Move(const QString& from, const QString& to) override;
     bool Swap(const QString& a, const QString& b) override;
     void Remove(const QString& path) override;
     bool RemoveFolder(const QString& path) override;
     void SyncFolder(const QString& folder) override;
+    void SyncAll() override;
     QString Identity() override;
     bool TellsCaseApart() override;
     bool TellsUnicodeFormsApart() override;
@@ -31,11 +35,14 @@ public:
 private:
     class Place;
 
+    bool _IsSyncedWithAll(int file) const;
     /// Whether a file that is made as `made` in the hidden folder is not found as `asked`.
     bool _TellsApart(const char* made, const char* asked);
 
     const QString _rootPath;
-    int _root;
+    const int _root;
+    /// The device of which syncfs is as good as fsync of each file; none where it is not.
+    std::optional<quint64> _device;
 };
 
 }  // namespace local

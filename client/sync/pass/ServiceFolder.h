@@ -22,6 +22,10 @@ struct ServiceFolder {
     sync::interf::IRemoteFolderManager* folders = nullptr;
     sync::interf::IRemoteFileManager* files = nullptr;
     sync::interf::ICustomFileConfigUpdater* updater = nullptr;
+    /// Lists the files of a folder by one request. `files` and `updater` answer from that, until it is forgotten.
+    /// Returns how many there are. Throws what the library throws.
+    std::function<int(const sync::config::FolderConfiguration& folder)> keepListing;
+    std::function<void()> forgetListings;
     /// A session for one thread.
     std::function<std::unique_ptr<content::IContentConnection>()> newConnection;
     /// The URL of a server path; empty when there is none for it.

@@ -1,6 +1,9 @@
 #include "client/sync/pass/SyncPass.h"
 
+#include <QSet>
+
 #include "client/sync/local/LocalError.h"
+#include "client/sync/pass/RemoteVersion.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -47,9 +50,15 @@ LocalSnapshot SyncPass::Begin() {
     _report.Tell(_installer.Recover());
     _report.Tell(_trash.RemoveOld());
     LocalSnapshot snapshot = LocalSnapshot::Of(_sides.tree, _sides.exclusion);
+    QSet<QString> parts;
+    for (const store::PartialDownload& part : _sides.records.PartialDownloads()) {
+        parts.insert(part.temporary);
+    }
     for (const QString& leftover : snapshot.temporaryFiles) {
         try {
-            _installer.ClearUp(leftover);
+            if (!parts.contains(leftover)) {
+                _installer.ClearUp(leftover);
+            }
         } catch (const LocalError&) {
             _report.TellFailure(leftover, std::current_exception());
         }
@@ -106,7 +115,24 @@ std::optional<SyncPass::Listing> SyncPass::_Ask(const QDateTime& since, const Lo
     if (status == 0) {
         listing.tree.emplace(_TreeOf(*folders, *files, snapshot));
     }
+    _RemoveUselessParts(listing);
     return listing;
+}
+
+void SyncPass::_RemoveUselessParts(const Listing& listing) {
+    for (const store::PartialDownload& part : _sides.records.PartialDownloads()) {
+        const bool isWanted = listing.tree && listing.tree->HasFile(part.path) &&
+                              IdentityOf(listing.tree->AllFiles()[part.path]) == part.identity;
+        if (isWanted) {
+            continue;
+        }
+        try {
+            _sides.tree.Remove(part.temporary);
+            _sides.records.ForgetPartialDownload(part.path);
+        } catch (const LocalError&) {
+            _report.TellFailure(part.temporary, std::current_exception());
+        }
+    }
 }
 
 RemoteTree SyncPass::_TreeOf(const QVector<FolderConfiguration>& folders, const QVector<FileConfiguration>& files,

@@ -57,6 +57,8 @@ private:
     void _CheckAddress();
     /// Asks for what changed since `since`. None when there is no such folder.
     std::optional<Listing> _Ask(const QDateTime& since, const local::LocalSnapshot& snapshot);
+    /// Removes what earlier passes left of downloads of which the service has that version no more.
+    void _RemoveUselessParts(const Listing& listing);
     RemoteTree _TreeOf(const QVector<sync::config::FolderConfiguration>& folders,
                        const QVector<sync::config::FileConfiguration>& files, const local::LocalSnapshot& snapshot);
     void _ThrowMissing() const;

@@ -22,7 +22,7 @@ class TransferPool {
 public:
     /// How many to have started and not taken back: there is always one waiting for a thread, and small files come to
     /// be placed many at a time.
-    static constexpr int MaxUnfinished = 64;
+    static constexpr int MaxUnfinished = 256;
     /// How long to wait for one that finished, so that progress can be told.
     static constexpr std::chrono::milliseconds ProgressInterval{200};
 

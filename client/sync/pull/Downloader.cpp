@@ -25,6 +25,9 @@ namespace {
 
 const int MaxAttempts = 3;
 
+// A few files are on the disk sooner when nothing else has to be.
+const int ManyFiles = 4;
+
 /// Whether the content came that the listing describes.
 bool HasCome(const Download& download) {
     if (download.Error() || download.IsTooLarge()) {
@@ -52,7 +55,17 @@ SyncEvent::Kind KindOf(const PullOrder& order) {
 }  // namespace
 
 bool Downloader::Run(std::deque<PullOrder> orders) {
-    RunAll(std::move(orders));
+    _flushing = orders.size() >= ManyFiles ? Download::Flushing::WithAll : Download::Flushing::Alone;
+    for (const store::PartialDownload& part : _sides.records.PartialDownloads()) {
+        _left.insert(part.path, part);
+    }
+    try {
+        RunAll(std::move(orders));
+    } catch (...) {
+        _RecordParts();
+        throw;
+    }
+    _RecordParts();
     return _hasAll;
 }
 
@@ -73,11 +86,43 @@ void Downloader::Tell(const PullOrder& order) {
 
 std::unique_ptr<Download> Downloader::Make(PullOrder order, const QUrl& url) {
     order.record = _maker.Make(order.path, order.remote);
-    return std::make_unique<Download>(_sides.tree, std::move(order), url, _bytes);
+    std::shared_ptr<ReceivedPart> received;
+    if (SizeOf(order) >= Download::LargeSize) {
+        const auto left = _left.constFind(order.path);
+        if (left != _left.constEnd() && left->identity == IdentityOf(order.remote)) {
+            order.part = *left;
+        }
+        received = std::make_shared<ReceivedPart>();
+        received->Set(order.part);
+        _parts.insert(order.path, {received, order.part});
+    }
+    const Download::Shared shared{_flushing, _bytes, *_sides.options.isStopped};
+    return std::make_unique<Download>(_sides.tree, std::move(order), url, shared, std::move(received));
 }
 
 void Downloader::Take(Transfers downloads, Pool& /*pool*/) {
+    _RecordParts();
     _Take(downloads);
+}
+
+void Downloader::_RecordParts() {
+    for (auto part = _parts.begin(); part != _parts.end(); ++part) {
+        const std::optional<store::PartialDownload> received = part->received->Get();
+        if (received && (!part->recorded || !received->IsSameAs(*part->recorded))) {
+            _sides.records.WritePartialDownload(*received);
+        } else if (!received && part->recorded) {
+            _sides.records.ForgetPartialDownload(part.key());
+        }
+        part->recorded = received;
+    }
+}
+
+void Downloader::_ForgetPart(const QString& path) {
+    const Part part = _parts.take(path);
+    if (part.recorded) {
+        _sides.records.ForgetPartialDownload(path);
+    }
+    _left.remove(path);
 }
 
 void Downloader::TakeLast(Transfers downloads) {
@@ -87,11 +132,21 @@ void Downloader::TakeLast(Transfers downloads) {
 }
 
 void Downloader::_Take(const Transfers& downloads) {
+    const auto isToBeFlushed = [](const std::unique_ptr<Download>& download) {
+        return HasCome(*download) && !download->IsFlushed();
+    };
+    if (std::any_of(downloads.begin(), downloads.end(), isToBeFlushed)) {
+        _sides.tree.SyncAll();
+    }
     QVector<Installer::Request> requests;
     std::vector<const PullOrder*> orders;
     std::vector<const Download*> others;
     for (const std::unique_ptr<Download>& download : downloads) {
         ++_progress.doneFiles;
+        if (!download->Error()) {
+            // Before the temporary file becomes anything else.
+            _ForgetPart(download->Order().path);
+        }
         if (HasCome(*download)) {
             _report.TellSuccess();
             _TakeContent(*download, requests, orders);
@@ -152,6 +207,13 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
 void Downloader::_TakeSurprise(const Download& download) {
     PullOrder order = download.Order();
     const QString path = order.path;
+    if (download.IsResumed()) {
+        // The part may have been of something else after all. The whole is fetched, once.
+        order.part.reset();
+        _orders.push_back(std::move(order));
+        ++_progress.allFiles;
+        return;
+    }
     try {
         const FileConfiguration now = _sides.service.FileAt(path);
         if (++order.attempts < MaxAttempts && IdentityOf(now) != IdentityOf(order.remote)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QVector>
@@ -7,6 +8,7 @@
 #include <deque>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "client/sync/local/Installer.h"
@@ -41,6 +43,10 @@ private:
     void Take(Transfers downloads, Pool& pool) override;
     void TakeLast(Transfers downloads) override;
 
+    /// Records how far the large downloads are that are under way.
+    void _RecordParts();
+    /// What came of the file is no part any more, or of no use.
+    void _ForgetPart(const QString& path);
     void _Take(const Transfers& downloads);
     /// What came is what the service describes. Joins `requests` when it is to be placed.
     void _TakeContent(Download& download, QVector<local::Installer::Request>& requests,
@@ -55,6 +61,16 @@ private:
     local::Installer& _installer;
     const pass::FileComparison& _comparison;
     const pass::RecordMaker& _maker;
+    /// Of a large download that is under way, and what is recorded of it.
+    struct Part {
+        std::shared_ptr<ReceivedPart> received;
+        std::optional<store::PartialDownload> recorded;
+    };
+
+    QHash<QString, Part> _parts;
+    /// What earlier passes left, by path.
+    QHash<QString, store::PartialDownload> _left;
+    Download::Flushing _flushing = Download::Flushing::Alone;
     bool _hasAll = true;
     QSet<QString> _inTrash;
 };

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "client/store/FileRecord.h"
+#include "client/store/PartialDownload.h"
 #include "client/sync/local/LocalEntry.h"
 #include "host/configuration/FileConfiguration.h"
 
@@ -33,6 +34,8 @@ struct PullOrder {
     std::optional<local::LocalEntry> here;
     /// Of the content of `here`, in hexadecimal; empty when nobody knows.
     QString md5Here;
+    /// What an earlier pass has left of a download of this version.
+    std::optional<store::PartialDownload> part;
     /// How many times it was fetched before, and had changed meanwhile.
     int attempts = 0;
 };

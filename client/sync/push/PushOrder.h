@@ -10,6 +10,9 @@ namespace push {
 
 /// A file that is to be sent, or to be deleted on the service. A plain value.
 struct PushOrder {
+    /// So much may be sent twice, in bytes.
+    static constexpr qint64 TrialSize = qint64(64) * 1024;
+
     QString path;
     /// Whether the service's file is to be deleted, and not to be replaced.
     bool isRemoval = false;
@@ -32,6 +35,9 @@ struct PushOrder {
     bool isExecutable = false;
     /// Whether what the service has otherwise is executable, as far as it says so.
     bool isExecutableThere = false;
+
+    /// Whether it may be sent twice.
+    bool IsFitForTrial() const { return looksBefore && isNew && size > 0 && size <= TrialSize; }
 };
 
 }  // namespace push

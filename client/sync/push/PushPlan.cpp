@@ -25,8 +25,6 @@ using sync::config::FileConfiguration;
 
 namespace {
 
-/// So much may be sent twice, in bytes.
-constexpr qint64 TrialSize = qint64(64) * 1024;
 constexpr std::chrono::milliseconds MoreThanASecond(1200);
 
 /// Whether a folder is here where the service's file was, or something else where a folder of the service was.
@@ -159,8 +157,7 @@ void PushPlan::_Order(const FileView& view) {
     order.isExecutable = view.here.entry->IsExecutable();
     order.isExecutableThere = !order.isNew && _sides.service.isExecutable(view.remote.serverPath).value_or(false);
     // An empty folder may be one of the service itself.
-    order.triesConditions =
-        order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;
+    order.triesConditions = !_remote.AllFiles().isEmpty() && order.IsFitForTrial();
     _work.orders.push_back(order);
     NeedFoldersOf(view.path);
 }

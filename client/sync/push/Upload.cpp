@@ -26,16 +26,17 @@ const std::chrono::milliseconds WaitStep(50);
 
 }  // namespace
 
-Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,
-               const std::atomic<bool>& isStopped)
-    : _tree(tree), _order(std::move(order)), _url(url), _bytes(bytes), _isStopped(isStopped) {}
+Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, const Shared& shared)
+    : _tree(tree), _order(std::move(order)), _url(url), _asking(asking), _shared(shared) {}
 
 void Upload::Run(content::IContentConnection& session) noexcept {
     try {
-        const bool isFirst = !_order.isNew && !_isToBeSent && EntityTagOf(_order.remote).isEmpty();
+        const bool isFirst = !_order.isNew && !_isToBeSent && !_isToBeAsked && EntityTagOf(_order.remote).isEmpty();
         _isToBeSent = isFirst;
         if (isFirst) {
             _version = _LookForTag(session);
+        } else if (_isToBeAsked) {
+            _Ask(session);
         } else {
             _Send(session);
         }
@@ -57,7 +58,7 @@ std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentConn
 
 void Upload::_WaitUntil(std::chrono::steady_clock::time_point end) const {
     while (std::chrono::steady_clock::now() < end) {
-        Cancelled::ThrowIf(_isStopped);
+        Cancelled::ThrowIf(_shared.isStopped);
         std::this_thread::sleep_for(WaitStep);
     }
 }
@@ -68,7 +69,8 @@ void Upload::_Send(content::IContentConnection& session) {
         known.entityTag = _version->entityTag;
         known.lastModified = KnownDate();
     }
-    if (_order.looksBefore && _IsForestalled(session, known)) {
+    const bool looksBefore = _order.looksBefore && !(_order.isNew && _shared.knowsConditions);
+    if (looksBefore && _IsForestalled(session, known)) {
         _outcome = UploadOutcome::Refused;
         return;
     }
@@ -87,6 +89,19 @@ void Upload::_Send(content::IContentConnection& session) {
         _TryConditions(session);
     }
     _after = _file->Look();
+    _isToBeAsked = true;
+    if (_asking == Asking::AtOnce) {
+        _Ask(session);
+    }
+}
+
+void Upload::TakeAnswer(const content::ContentVersion& version) {
+    _version = version;
+    _isToBeAsked = false;
+}
+
+void Upload::_Ask(content::IContentConnection& session) {
+    _isToBeAsked = false;
     _version = session.Look(_url);
     if (_version && _version->size >= 0 && _version->size != _size) {
         _WaitUntil(std::chrono::steady_clock::now() + Patience);
@@ -117,7 +132,9 @@ void Upload::_TryConditions(content::IContentConnection& session) {
         // Some other answer tells nothing, and the file is there already.
         return;
     }
-    if (!*_knowsConditions) {
+    if (*_knowsConditions) {
+        _shared.knowsConditions = true;
+    } else {
         _md5Text = QString::fromLatin1(_md5.result().toHex());
     }
 }
@@ -132,7 +149,7 @@ bool Upload::_IsForestalled(content::IContentConnection& session, const content:
 }
 
 void Upload::Restart() {
-    _bytes -= _size;
+    _shared.bytes -= _size;
     _size = 0;
     _md5.reset();
     _file->Rewind();
@@ -142,7 +159,7 @@ size_t Upload::Read(char* bytes, size_t size) {
     const size_t count = _file->Read(bytes, size);
     _md5.addData(bytes, static_cast<int>(count));
     _size += static_cast<qint64>(count);
-    _bytes += static_cast<qint64>(count);
+    _shared.bytes += static_cast<qint64>(count);
     return count;
 }
 

@@ -16,14 +16,30 @@
 namespace ovsync {
 namespace push {
 
-/// Sends one file, in two runs when it replaces one whose entity tag the listing did not name: the first asks for the
-/// tag, so that the file can be looked at before the second. Run by one thread, used by another one in between and
-/// afterwards.
+/// Sends one file. That takes a run of its own before when it replaces one whose entity tag the listing did not name:
+/// it asks for the tag, so that the file can be looked at before it is sent; and one afterwards to ask what the service
+/// has then, if nobody else has told it. Run by one thread, used by another one in between and afterwards.
 class Upload : private wire::IContentSource {
 public:
-    /// `bytes` counts what was sent; `isStopped` ends waiting.
-    Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, std::atomic<qint64>& bytes,
-           const std::atomic<bool>& isStopped);
+    /// When the service is asked what it has now.
+    enum class Asking {
+        /// By the run that sends the file.
+        AtOnce,
+        /// By the next run, unless TakeAnswer makes that needless.
+        Later
+    };
+
+    /// What the uploads of a run have in common.
+    struct Shared {
+        /// Counts what was sent.
+        std::atomic<qint64>& bytes;
+        /// Becomes true when the server is seen to refuse what a condition forbids.
+        std::atomic<bool>& knowsConditions;
+        /// Ends waiting.
+        const std::atomic<bool>& isStopped;
+    };
+
+    Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, const Shared& shared);
 
     void Run(content::IContentConnection& session) noexcept;
 
@@ -41,6 +57,11 @@ public:
     }
 
     content::UploadOutcome Outcome() const { return _outcome; }
+    /// Whether the file was stored, and it is not known what the service has now.
+    bool IsToBeAsked() const { return _isToBeAsked; }
+    /// What the service has now, as somebody else asked.
+    void TakeAnswer(const content::ContentVersion& version);
+
     /// Whether the server refuses what a condition forbids; none when that was not tried or could not be found out.
     const std::optional<bool>& KnowsConditions() const { return _knowsConditions; }
     /// Of what was sent, in hexadecimal.
@@ -58,6 +79,7 @@ private:
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
     void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);
+    void _Ask(content::IContentConnection& session);
     /// Deletes what the service has, unless the file is here again.
     content::UploadOutcome _Remove(content::IContentConnection& session, const content::ContentVersion& known) const;
     content::UploadCondition _ConditionOf(const content::ContentVersion& known) const;
@@ -69,13 +91,14 @@ private:
     local::ILocalTree& _tree;
     const PushOrder _order;
     const QUrl _url;
-    std::atomic<qint64>& _bytes;
-    const std::atomic<bool>& _isStopped;
+    const Asking _asking;
+    const Shared _shared;
     qint64 _size = 0;
     std::unique_ptr<local::IReadableFile> _file;
     QCryptographicHash _md5{QCryptographicHash::Md5};
 
     bool _isToBeSent = false;
+    bool _isToBeAsked = false;
     std::exception_ptr _error;
     std::optional<content::ContentVersion> _version;
     content::UploadOutcome _outcome = content::UploadOutcome::Refused;

@@ -2,6 +2,7 @@
 
 #include <QFileInfo>
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "client/sync/local/LocalContent.h"
@@ -34,6 +35,34 @@ QString ConditionsSetting() {
     return QStringLiteral("uploadConditions");
 }
 
+QString KnownConditions() {
+    return QStringLiteral("known");
+}
+
+// As long as there are fewer, a question for each costs less than another one.
+const int ManyFiles = 16;
+// What is asked for by a listing of its folder is asked for together with at least so many others.
+const int ManyInFolder = 4;
+// The most files that are listed in vain for each that was sent.
+const int ListedInVain = 16;
+// Only sizes below are the same in a listing.
+const qint64 MostListed = std::numeric_limits<qint32>::max();
+// How many sent files wait, and for how long, for others of which the service can be asked at the same time.
+const size_t MostSent = 128;
+const std::chrono::milliseconds LongestWait(500);
+
+/// Forgets what was listed, whatever happens.
+class ListingsKept {
+public:
+    explicit ListingsKept(const ServiceFolder& service) : _service(service) {}
+    ~ListingsKept() { _service.forgetListings(); }
+    ListingsKept(const ListingsKept&) = delete;
+    ListingsKept& operator=(const ListingsKept&) = delete;
+
+private:
+    const ServiceFolder& _service;
+};
+
 }  // namespace
 
 bool Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
@@ -41,6 +70,9 @@ bool Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
     const auto isUnplaced = [&missing](const PushOrder& order) { return missing.contains(FolderOf(order.path)); };
     orders.erase(std::remove_if(orders.begin(), orders.end(), isUnplaced), orders.end());
     _ChooseTrial(orders);
+    for (const PushOrder& order : orders) {
+        ++_inFolders[FolderOf(order.path)];
+    }
     RunAll(std::move(orders));
     return _hasAll && missing.isEmpty();
 }
@@ -78,10 +110,14 @@ bool Uploader::_MakeFolder(const QString& path) {
 }
 
 void Uploader::_ChooseTrial(std::deque<PushOrder>& orders) {
-    bool isNeeded = _sides.records.Setting(ConditionsSetting()).isEmpty();
+    const QString known = _sides.records.Setting(ConditionsSetting());
+    const auto isFit = [](const PushOrder& order) { return order.IsFitForTrial(); };
+    // For many it is worth to know that the server still does as it did.
+    const auto fit = std::count_if(orders.begin(), orders.end(), isFit);
+    _isTrialDue = known.isEmpty() ? fit > 0 : known == KnownConditions() && fit >= ManyFiles;
     for (PushOrder& order : orders) {
-        order.triesConditions = order.triesConditions && isNeeded;
-        isNeeded = isNeeded && !order.triesConditions;
+        order.triesConditions = order.triesConditions && _isTrialDue;
+        _isTrialDue = _isTrialDue && !order.triesConditions;
     }
 }
 
@@ -98,7 +134,16 @@ void Uploader::Tell(const PushOrder& order) {
 }
 
 std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {
-    return std::make_unique<Upload>(_sides.tree, std::move(order), url, _bytes, *_sides.options.isStopped);
+    // An empty folder may have been one of the service itself.
+    if (_isTrialDue && _isOtherServer && order.IsFitForTrial()) {
+        order.triesConditions = true;
+        _isTrialDue = false;
+    }
+    const bool isAskedLater =
+        !order.isRemoval && order.size <= MostListed && _inFolders[FolderOf(order.path)] >= ManyInFolder;
+    return std::make_unique<Upload>(_sides.tree, std::move(order), url,
+                                    isAskedLater ? Upload::Asking::Later : Upload::Asking::AtOnce,
+                                    Upload::Shared{_bytes, _knowsConditions, *_sides.options.isStopped});
 }
 
 void Uploader::Refuse(const QString& path, const QString& reason) {
@@ -107,17 +152,28 @@ void Uploader::Refuse(const QString& path, const QString& reason) {
 }
 
 void Uploader::Take(Transfers uploads, Pool& pool) {
-    for (std::unique_ptr<Upload>& upload : uploads) {
-        _Take(std::move(upload), pool);
+    try {
+        for (std::unique_ptr<Upload>& upload : uploads) {
+            _Take(std::move(upload), pool);
+        }
+    } catch (...) {
+        _TakeAllSent(nullptr);
+        throw;
+    }
+    const bool isFirst = _isTrialDue && !_isOtherServer;
+    const bool isLast = _orders.empty() && pool.Unfinished() == 0;
+    if (isFirst || isLast || _sent.size() >= MostSent || std::chrono::steady_clock::now() - _firstSent >= LongestWait) {
+        _TakeAllSent(&pool);
     }
 }
 
 void Uploader::TakeLast(Transfers uploads) {
-    for (const std::unique_ptr<Upload>& upload : uploads) {
+    for (std::unique_ptr<Upload>& upload : uploads) {
         if (!upload->Error() && !upload->IsToBeSent()) {
-            _TakeSent(*upload);
+            _sent.push_back(std::move(upload));
         }
     }
+    _TakeAllSent(nullptr);
 }
 
 void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
@@ -127,8 +183,10 @@ void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
             std::rethrow_exception(upload->Error());
         }
         if (!upload->IsToBeSent()) {
-            ++_progress.doneFiles;
-            _TakeSent(*upload);
+            if (_sent.empty()) {
+                _firstSent = std::chrono::steady_clock::now();
+            }
+            _sent.push_back(std::move(upload));
         } else if (_IsStillKnown(*upload)) {
             pool.Start(std::move(upload));
         } else {
@@ -139,6 +197,90 @@ void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
     } catch (const std::exception&) {
         ++_progress.doneFiles;
         _TellFailure(path, std::current_exception());
+    }
+}
+
+void Uploader::_TakeAllSent(Pool* pool) {
+    if (_sent.empty()) {
+        return;
+    }
+    Transfers uploads = std::exchange(_sent, Transfers());
+    Transfers unanswered;
+    const ListingsKept kept(_sides.service);
+    const QSet<QString> listed = _ListFoldersOf(uploads);
+    store::RecordDatabase::Transaction transaction(_sides.records);
+    try {
+        for (std::unique_ptr<Upload>& upload : uploads) {
+            if (upload->IsToBeAsked() && !(listed.contains(FolderOf(upload->Order().path)) && _IsListed(*upload))) {
+                unanswered.push_back(std::move(upload));
+            } else {
+                ++_progress.doneFiles;
+                _Settle(*upload);
+            }
+        }
+    } catch (...) {
+        transaction.Commit();
+        throw;
+    }
+    transaction.Commit();
+    if (pool != nullptr) {
+        for (std::unique_ptr<Upload>& upload : unanswered) {
+            pool->Start(std::move(upload));
+        }
+    }
+}
+
+QSet<QString> Uploader::_ListFoldersOf(const Transfers& uploads) {
+    QHash<QString, int> counts;
+    for (const std::unique_ptr<Upload>& upload : uploads) {
+        counts[FolderOf(upload->Order().path)] += upload->IsToBeAsked() ? 1 : 0;
+    }
+    QSet<QString> listed;
+    try {
+        for (auto folder = counts.cbegin(); folder != counts.cend(); ++folder) {
+            if (*folder >= ManyInFolder && _LikelyListed(folder.key()) <= *folder * ListedInVain) {
+                _listedInFolders[folder.key()] = _sides.service.keepListing(_sides.service.FolderAt(folder.key()));
+                listed.insert(folder.key());
+            }
+        }
+    } catch (const std::exception&) {
+        // The other files are asked for one by one, which tells why it fails.
+    }
+    return listed;
+}
+
+int Uploader::_LikelyListed(const QString& folder) {
+    const auto listed = _listedInFolders.constFind(folder);
+    return listed == _listedInFolders.constEnd() ? _sides.records.FileCountBelow(folder) : *listed;
+}
+
+bool Uploader::_IsListed(Upload& upload) {
+    const qint64 size = upload.Before().size;
+    try {
+        const FileConfiguration now = _sides.service.FileAt(upload.Order().path);
+        const PushOrder& order = upload.Order();
+        // Some answer from a cache.
+        const bool isOld = !order.isNew && HasIdentity(now, IdentityOf(order.remote));
+        if (isOld || size > MostListed || now.size != size || !IsContentOf(now, now.size, upload.Md5())) {
+            return false;
+        }
+        content::ContentVersion version;
+        version.size = size;
+        version.lastModified = now.lastModifiedDate;
+        upload.TakeAnswer(version);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+void Uploader::_Settle(const Upload& upload) {
+    try {
+        _TakeSent(upload);
+    } catch (const Cancelled&) {
+        throw;
+    } catch (const std::exception&) {
+        _TellFailure(upload.Order().path, std::current_exception());
     }
 }
 
@@ -229,12 +371,18 @@ void Uploader::_TakeSent(const Upload& upload) {
         return;
     }
     _sides.records.WriteFile(*record);
+    _isOtherServer = record->file.md5Checksum.isEmpty();
+    if (!_isOtherServer) {
+        // The service itself knows conditions.
+        _isTrialDue = false;
+        _knowsConditions = true;
+    }
     // Only now: a server that takes files and never confirms them has failed.
     _report.TellSuccess();
     _report.Tell(SyncEvent::Kind::Sent, path, QString(), upload.Before().size);
     if (const std::optional<bool> knowsConditions = upload.KnowsConditions()) {
         _sides.records.WriteSetting(ConditionsSetting(),
-                                    *knowsConditions ? QStringLiteral("known") : QStringLiteral("ignored"));
+                                    *knowsConditions ? KnownConditions() : QStringLiteral("ignored"));
         if (!*knowsConditions) {
             _report.Tell(SyncEvent::Kind::Noted, path,
                          QStringLiteral("this server replaces files whatever conditions an upload has. What somebody "

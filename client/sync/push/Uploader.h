@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QHash>
 #include <QSet>
 #include <QString>
 #include <QStringList>
 #include <atomic>
+#include <chrono>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -41,6 +43,15 @@ private:
     void Take(Transfers uploads, Pool& pool) override;
     void TakeLast(Transfers uploads) override;
 
+    /// Asks the service for what it has of the files that were sent, and records them.
+    void _TakeAllSent(Pool* pool);
+    /// Of those that are worth it. Returns them.
+    QSet<QString> _ListFoldersOf(const Transfers& uploads);
+    /// How many files a listing of the folder may have.
+    int _LikelyListed(const QString& folder);
+    /// Whether the listing of its folder has what was sent.
+    bool _IsListed(Upload& upload);
+    void _Settle(const Upload& upload);
     void _TellConflict(const PushOrder& order);
     void _TellFailure(const QString& path, const std::exception_ptr& error);
     void _TakeRemoved(const PushOrder& order);
@@ -63,6 +74,19 @@ private:
     const pass::FileComparison& _comparison;
     const pass::RecordMaker& _maker;
     bool _hasAll = true;
+    /// How many files are to be sent into each folder.
+    QHash<QString, int> _inFolders;
+    /// How many files there were in the folders that were listed.
+    QHash<QString, int> _listedInFolders;
+    /// Stored, and not recorded yet.
+    Transfers _sent;
+    std::chrono::steady_clock::time_point _firstSent;
+    /// Whether a file that is fit for it is to try the conditions.
+    bool _isTrialDue = false;
+    /// Whether the last file that was recorded has no checksum there.
+    bool _isOtherServer = false;
+    /// Whether the server was seen in this run to refuse what a condition forbids.
+    std::atomic<bool> _knowsConditions{false};
 };
 
 }  // namespace push

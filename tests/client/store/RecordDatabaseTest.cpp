@@ -224,20 +224,20 @@ TEST_F(RecordDatabaseTest, AProgramThatReadsTheDatabaseIsInTheWay) {
 
 TEST_F(RecordDatabaseTest, ANewerFormatIsRefusedAndLeftAsItIs) {
     ErrorOfOpening();
-    Run("PRAGMA user_version = 3");
+    Run("PRAGMA user_version = 4");
     const QByteArray before = Bytes();
     EXPECT_THAT(ErrorOfOpening(), HasSubstr("newer version"));
     EXPECT_THAT(ErrorOfOpening(RecordDatabase::Access::Try), HasSubstr("newer version"));
     EXPECT_EQ(Bytes(), before);
 }
 
-TEST_F(RecordDatabaseTest, TheFirstFormatIsReadAndBecomesTheSecond) {
+TEST_F(RecordDatabaseTest, TheFirstFormatIsReadAndBecomesTheLast) {
     {
         RecordDatabase database(Root(), RecordDatabase::Access::Change);
         database.WriteFile(Record("f/a"));
         database.WriteSetting(Text("s"), Text("1"));
     }
-    Run("DROP TABLE folders; CREATE TABLE folders (path TEXT PRIMARY KEY) WITHOUT ROWID;"
+    Run("DROP TABLE partial_downloads; DROP TABLE folders; CREATE TABLE folders (path TEXT PRIMARY KEY) WITHOUT ROWID;"
         "INSERT INTO folders VALUES ('f'), ('g'); PRAGMA user_version = 1");
     {
         // Neither needs the other.
@@ -252,10 +252,30 @@ TEST_F(RecordDatabaseTest, TheFirstFormatIsReadAndBecomesTheSecond) {
         EXPECT_EQ(database.FolderRecords().first().path, Text("f"));
         EXPECT_EQ(database.FolderRecords().first().inode, i == 0 ? 0U : 7U);
         EXPECT_EQ(database.FolderRecords().first().itemId, i == 0 ? QString() : Text("id"));
+        EXPECT_EQ(database.PartialDownloads().size(), i);
+        database.WritePartialDownload(
+            {Text("f/b"), Text("f/.t"), Text("i"), Text("\"tag\""), Q_INT64_C(5000000000), Text("m")});
         database.WriteFolder({Text("f"), 7, Text("id")});
         // It keeps what is known of it.
         database.WriteFolder(Text("f"));
     }
+}
+
+TEST_F(RecordDatabaseTest, ThePartOfADownloadIsReadAsItWasWritten) {
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    database.WritePartialDownload({Text("a"), Text(".t"), Text("i"), Text("\"tag\""), 1, Text("m")});
+    database.WritePartialDownload(
+        {Text("a"), Text(".u"), Text("j\nk"), Text("\"t\xC3\xA9\""), Q_INT64_C(5000000000), Text("n")});
+    ASSERT_EQ(database.PartialDownloads().size(), 1);
+    const ovsync::store::PartialDownload part = database.PartialDownloads().first();
+    EXPECT_EQ(part.path, Text("a"));
+    EXPECT_EQ(part.temporary, Text(".u"));
+    EXPECT_EQ(part.identity, Text("j\nk"));
+    EXPECT_EQ(part.entityTag, Text("\"t\xC3\xA9\""));
+    EXPECT_EQ(part.size, Q_INT64_C(5000000000));
+    EXPECT_EQ(part.md5, Text("n"));
+    database.ForgetPartialDownload(Text("a"));
+    EXPECT_TRUE(database.PartialDownloads().isEmpty());
 }
 
 TEST_F(RecordDatabaseTest, WhatLiesInAFolderMovesWithIt) {
@@ -269,6 +289,8 @@ TEST_F(RecordDatabaseTest, WhatLiesInAFolderMovesWithIt) {
     for (const char* path : {"e", "f", "f/g", "fg"}) {
         database.WriteFolder(Text(path));
     }
+    EXPECT_EQ(database.FileCountBelow(Text("f")), 2);
+    EXPECT_EQ(database.FileCountBelow(QString()), 6);
     database.WriteCopy({Text("f/a (1)"), Text("f/a"), Text("i"), Text("m")});
     database.WriteCopy({Text("f (1)"), Text("f0"), Text("i"), Text("m")});
     database.MoveTree(Text("f"), Text("e/n\xC3\xA9w"), Text("S/f"), Text("S/e/n\xC3\xA9w"));

@@ -1,12 +1,17 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
+#include <mutex>
+#include <set>
 
 #include "client/sync/local/ILocalTree.h"
 
 namespace tests {
 
-/// A synced folder in which a test can have something happen, or fail, right before any operation.
+/// A synced folder in which a test can have something happen, or fail, right before any operation. Sees to it that no
+/// new file gets its name before it is on the disk.
 class FaultyTree : public ovsync::local::ILocalTree {
 public:
     explicit FaultyTree(ovsync::local::ILocalTree& tree) : _tree(tree) {}
@@ -18,6 +23,8 @@ public:
     bool tellsCaseApart = true;
     bool tellsFormsApart = true;
     bool knowsExchange = true;
+    /// Whether flushing everything is as good as flushing each file.
+    bool syncsAll = true;
 
     QVector<ovsync::local::NamedLocalEntry> List(const QString& folder) override {
         _Meet("List", folder);
@@ -33,7 +40,12 @@ public:
     }
     std::unique_ptr<ovsync::local::IWritableFile> Create(const QString& path) override {
         _Meet("Create", path);
+        _NoteUnflushed(path);
         return std::make_unique<File>(*this, _tree.Create(path), path);
+    }
+    std::unique_ptr<ovsync::local::IWritableFile> Reopen(const QString& path) override {
+        _Meet("Reopen", path);
+        return std::make_unique<File>(*this, _tree.Reopen(path), path);
     }
     void MakeFolder(const QString& path) override {
         _Meet("MakeFolder", path);
@@ -41,10 +53,12 @@ public:
     }
     bool Move(const QString& from, const QString& to) override {
         _Meet("Move", to);
+        _ExpectFlushed(from);
         return _tree.Move(from, to);
     }
     bool Swap(const QString& a, const QString& b) override {
         _Meet("Swap", b);
+        _ExpectFlushed(a);
         return knowsExchange && _tree.Swap(a, b);
     }
     void Remove(const QString& path) override {
@@ -59,6 +73,12 @@ public:
         _Meet("SyncFolder", folder);
         _tree.SyncFolder(folder);
     }
+    void SyncAll() override {
+        _Meet("SyncAll", QString());
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _tree.SyncAll();
+        _unflushed.clear();
+    }
     QString Identity() override { return identity.isEmpty() ? _tree.Identity() : identity; }
     bool TellsCaseApart() override { return tellsCaseApart; }
     bool TellsUnicodeFormsApart() override { return tellsFormsApart; }
@@ -71,18 +91,28 @@ private:
 
         void Write(const char* bytes, size_t size) override {
             _tree._Meet("Write", _path);
+            _tree._NoteUnflushed(_path);
             _file->Write(bytes, size);
         }
-        void Truncate() override { _file->Truncate(); }
+        void Truncate(qint64 size) override {
+            _tree._NoteUnflushed(_path);
+            _file->Truncate(size);
+        }
         void SetModified(const QDateTime& time) override {
             _tree._Meet("SetModified", _path);
+            _tree._NoteUnflushed(_path);
             _file->SetModified(time);
         }
-        void SetMode(unsigned mode) override { _file->SetMode(mode); }
+        void SetMode(unsigned mode) override {
+            _tree._NoteUnflushed(_path);
+            _file->SetMode(mode);
+        }
         void Sync() override {
             _tree._Meet("Sync", _path);
             _file->Sync();
+            _tree._NoteFlushed(_path);
         }
+        bool IsSyncedWithAll() const override { return _tree.syncsAll; }
         ovsync::store::Fingerprint Look() override { return _file->Look(); }
 
     private:
@@ -97,7 +127,25 @@ private:
         }
     }
 
+    void _NoteUnflushed(const QString& path) {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _unflushed.insert(path);
+    }
+
+    void _NoteFlushed(const QString& path) {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _unflushed.erase(path);
+    }
+
+    void _ExpectFlushed(const QString& path) {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        EXPECT_EQ(_unflushed.count(path), 0U) << path.toStdString() << " is not on the disk";
+    }
+
     ovsync::local::ILocalTree& _tree;
+    std::mutex _mutex;
+    /// What a crash would lose.
+    std::set<QString> _unflushed;
 };
 
 }  // namespace tests

@@ -167,6 +167,28 @@ TEST_F(CrashTest, ATrialAfterADeadPullTellsWhatTheNextPullDoesAndLeavesAllAsItIs
     }
 }
 
+TEST_F(CrashTest, APullThatGoesOnWithAPartAndDiesAtAnyMomentIsCompletedByTheNext) {
+    options.transfers = 1;
+    int moments = 0;
+    for (int number = 1;; ++number) {
+        const QByteArray content = QByteArray::number(number).repeated(2000000);
+        service.Put(Text("large"), content);
+        service.breaksAfter = content.size() - 300000;
+        ASSERT_EQ(Pull(), SyncOutcome::Failed);
+        ASSERT_TRUE(HasTemporaryFiles());
+        service.breaksAfter = -1;
+        const bool crashed = CrashesAt(number, [this] { Pull(); });
+        EXPECT_EQ(Pull(), SyncOutcome::InStep) << number;
+        EXPECT_TRUE(Content("large") == content) << number;
+        EXPECT_FALSE(HasTemporaryFiles()) << number;
+        if (!crashed) {
+            break;
+        }
+        ++moments;
+    }
+    EXPECT_GT(moments, 5);
+}
+
 TEST_F(CrashTest, APushThatDiesAtAnyMomentIsCompletedByTheNext) {
     options.transfers = 1;
     int moments = 0;

@@ -186,11 +186,12 @@ private:
 
 class FakeService::FileManagerFactory : public sync::interf::factory::IRemoteFileManagerFactory {
 public:
-    explicit FileManagerFactory(std::shared_ptr<FileManager> manager) : _manager(std::move(manager)) {}
+    explicit FileManagerFactory(std::shared_ptr<sync::interf::IRemoteFileManager> manager)
+        : _manager(std::move(manager)) {}
     std::shared_ptr<sync::interf::IRemoteFileManager> CreateRemoteFileManager(int) override { return _manager; }
 
 private:
-    const std::shared_ptr<FileManager> _manager;
+    const std::shared_ptr<sync::interf::IRemoteFileManager> _manager;
 };
 
 class FakeService::Session : public ovsync::content::IContentConnection {
@@ -216,14 +217,27 @@ public:
             file = found->second;
         }
         const QByteArray content = _service.contentInstead.isNull() ? file.content : _service.contentInstead;
-        const int pieceSize = 1000;
-        sink.Restart(-1);
-        sink.Write("wrong", 5);
-        sink.Restart(_service.isWithoutSizes ? -1 : content.size());
-        for (int at = 0; at < content.size(); at += pieceSize) {
-            sink.Write(content.constData() + at, static_cast<size_t>(qMin(pieceSize, content.size() - at)));
+        const ContentVersion version = _VersionOf(file);
+        const ovsync::content::ContentPart part = sink.Received();
+        const bool isRest = _service.knowsRanges && part.size > 0 && part.entityTag == version.entityTag;
+        sink.TakeVersion(version);
+        if (isRest) {
+            sink.GoOn();
+        } else {
+            sink.Restart(-1);
+            sink.Write("wrong", 5);
+            sink.Restart(_service.isWithoutSizes ? -1 : content.size());
         }
-        return _VersionOf(file);
+        const int pieceSize = content.size() > 1000000 ? 100000 : 1000;
+        for (int at = isRest ? static_cast<int>(part.size) : 0; at < content.size(); at += pieceSize) {
+            if (_service.breaksAfter >= 0 && at >= _service.breaksAfter) {
+                throw TransactionError("GET", url, Text("reset"), {});
+            }
+            const int size = qMin(pieceSize, content.size() - at);
+            sink.Write(content.constData() + at, static_cast<size_t>(size));
+            _service.sentBytes += size;
+        }
+        return version;
     }
 
     UploadOutcome Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
@@ -295,7 +309,7 @@ private:
 
 FakeService::FakeService()
     : _folderManager(std::make_shared<FolderManager>(*this)),
-      _fileManager(std::make_shared<FileManager>(*this)),
+      _fileManager(std::make_shared<ovsync::library::ListedFiles>(std::make_shared<FileManager>(*this))),
       _updater(std::make_shared<sync::dv::dvsync::DrovaneCustomFileConfigUpdater>(
           std::make_shared<FileManagerFactory>(_fileManager))) {}
 
@@ -400,6 +414,8 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     ovsync::pass::ServiceFolder service;
     service.folders = _folderManager.get();
     service.files = _fileManager.get();
+    service.keepListing = [this](const FolderConfiguration& folder) { return _fileManager->Keep(folder); };
+    service.forgetListings = [this] { _fileManager->Forget(); };
     service.updater = _updater.get();
     service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
     service.isExecutable = [this](const QString& serverPath) {

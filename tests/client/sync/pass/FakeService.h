@@ -3,12 +3,14 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <set>
 
+#include "client/library/ListedFiles.h"
 #include "client/sync/pass/ServiceFolder.h"
 #include "dvsync/DrovaneCustomFileConfigUpdater.h"
 #include "tests/fakes/InstalledConfiguration.h"
@@ -72,6 +74,12 @@ public:
     bool isWithoutChecksums = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
+    /// Sends the rest of a content of which a client has a part.
+    bool knowsRanges = true;
+    /// After so many bytes of a content the connection breaks, if that is not negative.
+    qint64 breaksAfter = -1;
+    /// How much of contents was sent.
+    std::atomic<qint64> sentBytes{0};
     /// Announces no sizes of what it sends.
     bool isWithoutSizes = false;
     /// These collections are there and not listed, as what lies in a form is not.
@@ -109,7 +117,7 @@ private:
     QDateTime _now = QDateTime::fromSecsSinceEpoch(1700000000, Qt::UTC);
     QDateTime _changed;
     std::shared_ptr<FolderManager> _folderManager;
-    std::shared_ptr<FileManager> _fileManager;
+    std::shared_ptr<ovsync::library::ListedFiles> _fileManager;
     std::shared_ptr<sync::interf::ICustomFileConfigUpdater> _updater;
 };
 

@@ -406,8 +406,9 @@ TEST_F(MishapTest, APushWhoseFilesAreNeverConfirmedEnds) {
         Write(QByteArray::number(i).constData(), "1");
     }
     options.transfers = 1;
-    service.onRequest = [](const QString& method, const QString&) {
-        if (method == Text("FIND")) {
+    service.onRequest = [this](const QString& method, const QString&) {
+        const bool isAskedAfterwards = method == Text("LIST") && service.Count("PUT") > 0;
+        if (method == Text("FIND") || isAskedAfterwards) {
             throw TransactionError("GET", QUrl(), Text("no answer"), {});
         }
     };

@@ -618,4 +618,68 @@ TEST_F(PullPassTest, AnotherFolderOfTheServiceIsRefused) {
     EXPECT_THROW(Push(), WrongFolder);
 }
 
+/// Many small files, which are brought onto the disk together.
+class ManyFilesPullTest : public PullPassTest {
+protected:
+    ManyFilesPullTest() {
+        for (int i = 0; i < Count; ++i) {
+            service.Put(Text("f/%1").arg(i), QByteArray::number(i));
+        }
+    }
+
+    int CountOf(const char* operation) const {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        const auto count = _counts.find(operation);
+        return count == _counts.end() ? 0 : count->second;
+    }
+
+    SyncOutcome PullCounting() {
+        tree.before = [this](const char* operation, const QString&) {
+            const std::lock_guard<std::mutex> lock(_mutex);
+            ++_counts[operation];
+        };
+        return Pull();
+    }
+
+    static constexpr int Count = 40;
+
+private:
+    mutable std::mutex _mutex;
+    std::map<std::string, int> _counts;
+};
+
+TEST_F(ManyFilesPullTest, ManyFilesAreFlushedAtOnce) {
+    EXPECT_EQ(PullCounting(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), service.Contents());
+    EXPECT_EQ(CountOf("Sync"), 0);
+    EXPECT_GT(CountOf("SyncAll"), 0);
+}
+
+TEST_F(ManyFilesPullTest, WhereThatIsNotAsGoodEachFileIsFlushed) {
+    tree.syncsAll = false;
+    EXPECT_EQ(PullCounting(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), service.Contents());
+    EXPECT_EQ(CountOf("Sync"), Count);
+    EXPECT_EQ(CountOf("SyncAll"), 0);
+}
+
+TEST_F(ManyFilesPullTest, ALargeFileIsFlushedByItself) {
+    service.Put(Text("large"), QByteArray(1024 * 1024, 'x'));
+    EXPECT_EQ(PullCounting(), SyncOutcome::InStep);
+    EXPECT_EQ(CountOf("Sync"), 1);
+}
+
+TEST_F(ManyFilesPullTest, WhatCannotBeFlushedIsNotPutInPlace) {
+    tree.before = [](const char* operation, const QString&) {
+        if (qstrcmp(operation, "SyncAll") == 0) {
+            throw LocalError(Text("the disk"), EIO);
+        }
+    };
+    EXPECT_THROW(Pull(), LocalError);
+    EXPECT_EQ(Contents(), Files());
+    tree.before = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), service.Contents());
+}
+
 }  // namespace

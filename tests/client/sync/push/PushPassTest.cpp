@@ -362,4 +362,115 @@ TEST_F(PushPassTest, APassThatIsStoppedRecordsWhatWasSent) {
     EXPECT_EQ(service.Contents().size(), 4U);
 }
 
+/// Many small files, which are asked for together once they are sent.
+class ManyFilesPushTest : public PushPassTest {
+protected:
+    ManyFilesPushTest() {
+        for (int i = 0; i < Count; ++i) {
+            Write(Name(i).toUtf8().constData(), QByteArray::number(i));
+        }
+    }
+
+    static QString Name(int i) { return Text("f/") + QString::number(i).rightJustified(3, QLatin1Char('0')); }
+
+    static constexpr int Count = 300;
+};
+
+TEST_F(ManyFilesPushTest, FarFewerQuestionsAreAskedThanFilesSent) {
+    service.isPlain = true;
+    service.listsTags = true;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Contents());
+    EXPECT_LT(service.Count("FIND") + service.Count("LIST"), Count / 4);
+    service.ForgetCounts();
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT") + service.Count("GET"), 0);
+}
+
+TEST_F(ManyFilesPushTest, TheServiceItselfIsAskedAsSeldom) {
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Contents());
+    EXPECT_EQ(service.Count("PUT"), Count);
+    EXPECT_LT(service.Count("FIND") + service.Count("LIST"), Count / 4);
+}
+
+TEST_F(ManyFilesPushTest, AFolderOfManyOtherFilesIsNotListedForAFew) {
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    service.ForgetCounts();
+    for (int i = 0; i < 5; ++i) {
+        Write(Name(i).toUtf8().constData(), "changed");
+    }
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Contents());
+    // That of the whole tree.
+    EXPECT_EQ(service.Count("LIST"), 1);
+}
+
+TEST_F(ManyFilesPushTest, WhatIsSomethingElseRightAfterwardsIsAConflict) {
+    for (const bool isPlain : {false, true}) {
+        service.isPlain = isPlain;
+        const QString name = Name(isPlain ? 7 : 5);
+        Write(name.toUtf8().constData(), "mine");
+        service.onRequest = [this, name](const QString& method, const QString& path) {
+            if (method == Text("SENT") && path == name) {
+                service.Put(name, "theirs, longer");
+            }
+        };
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Told().filter(Text("Conflict")), QStringList({Text("Conflict ") + name}));
+        service.onRequest = nullptr;
+        EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Content(name.toUtf8().constData()), QByteArray("mine"));
+        Remove(name.toUtf8().constData());
+        service.Remove(Text("f"));
+        ASSERT_EQ(Pull(), SyncOutcome::LeftSome);
+    }
+}
+
+TEST_F(ManyFilesPushTest, WhereAFolderCannotBeListedEachFileIsAskedFor) {
+    service.onRequest = [](const QString& method, const QString& path) {
+        if (method == Text("LIST") && path == Text("f")) {
+            throw HttpException(Text("forbidden"), 403, QUrl());
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("FIND"), Count);
+    EXPECT_EQ(service.Contents(), Contents());
+}
+
+TEST_F(ManyFilesPushTest, OnceConditionsAreSeenToBeKnownANewFileIsNotLookedAtBefore) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.Put(Text("theirs"), "1");
+    options.transfers = 1;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), Count + 1);
+    const int looks = service.Count("HEAD");
+    EXPECT_LT(looks, Count);
+    service.ignoresConditions = true;
+    for (int i = 0; i < Count; ++i) {
+        Write((Name(i) + Text(" again")).toUtf8().constData(), "1");
+    }
+    service.ForgetCounts();
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told().filter(Text("Noted")).size(), 1);
+    EXPECT_GE(service.Count("HEAD"), Count);
+}
+
+TEST_F(ManyFilesPushTest, APassThatIsStoppedRecordsWhatWasSent) {
+    service.onRequest = [this](const QString& method, const QString& path) {
+        isStopped = isStopped || (method == Text("PUT") && path == Name(200));
+    };
+    EXPECT_EQ(Push(), SyncOutcome::Cancelled);
+    service.onRequest = nullptr;
+    isStopped = false;
+    const int sent = static_cast<int>(service.Contents().size());
+    EXPECT_GT(sent, 0);
+    service.ForgetCounts();
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("PUT"), Count - sent);
+    EXPECT_EQ(service.Contents(), Contents());
+}
+
 }  // namespace
