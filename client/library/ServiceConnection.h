@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "client/changes/IChangeSource.h"
 #include "client/content/IContentConnection.h"
 #include "client/content/ResourceConnection.h"
 #include "client/library/NetworkAccessManagerFactory.h"
@@ -97,6 +98,10 @@ public:
     /// Whether nothing lies in the folder at `serverPath`, of whatever class; true also when there is none. Throws as
     /// Find does.
     bool IsEmpty(const QString& serverPath);
+
+    /// Tells what changed in the folder at `serverPath`. Outlived by this object, which nobody uses between its Ask and
+    /// its Take.
+    std::unique_ptr<changes::IChangeSource> NewChangeSource(const QString& serverPath);
 
     /// A connection of its own for content, for another thread. `sharers` of them share the bandwidth.
     std::unique_ptr<content::IContentConnection> NewContentConnection(int sharers = 1) const;

@@ -306,9 +306,8 @@ void RecordDatabase::Transaction::Commit() {
     _isOpen = false;
 }
 
-QStringList RecordDatabase::_Texts(const QByteArray& sql) {
+QStringList RecordDatabase::_Texts(Statement& statement) {
     QStringList texts;
-    Statement& statement = _Statement(sql);
     while (statement.Step()) {
         texts.append(statement.Text(0));
     }
@@ -346,11 +345,18 @@ std::optional<FileRecord> RecordDatabase::FindFile(const QString& path) {
 }
 
 QStringList RecordDatabase::FilePaths() {
-    return _Texts("SELECT path FROM files");
+    return _Texts(_Statement("SELECT path FROM files"));
 }
 
 int RecordDatabase::FileCount() {
-    return _Texts("SELECT count(*) FROM files").first().toInt();
+    return _Texts(_Statement("SELECT count(*) FROM files")).first().toInt();
+}
+
+bool RecordDatabase::HasFile(const QString& path) {
+    Statement& statement = _Statement("SELECT 1 FROM files WHERE path = ?");
+    const bool isThere = statement.Bind(path).Step();
+    statement.Reset();
+    return isThere;
 }
 
 QList<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
@@ -374,11 +380,27 @@ void RecordDatabase::ForgetFile(const QString& path) {
 }
 
 QStringList RecordDatabase::Folders() {
-    return _Texts("SELECT path FROM folders ORDER BY path");
+    return _Texts(_Statement("SELECT path FROM folders ORDER BY path"));
 }
 
 QList<FolderRecord> RecordDatabase::FolderRecords() {
     return ReadRows<FolderRecord>(_Statement("SELECT * FROM folders ORDER BY path"));
+}
+
+std::optional<FolderRecord> RecordDatabase::FindFolder(const QString& path) {
+    Statement& statement = _Statement("SELECT * FROM folders WHERE path = ?");
+    std::optional<FolderRecord> folder;
+    if (statement.Bind(path).Step()) {
+        folder = ReadRow<FolderRecord>(statement);
+        statement.Reset();
+    }
+    return folder;
+}
+
+QStringList RecordDatabase::PathsBelow(const QString& folder) {
+    const QByteArray isBelow = " WHERE path > ?1 || '/' AND path < ?1 || '0'";
+    return _Texts(
+        _Statement("SELECT path FROM files" + isBelow + " UNION ALL SELECT path FROM folders" + isBelow).Bind(folder));
 }
 
 void RecordDatabase::WriteFolder(const QString& path) {

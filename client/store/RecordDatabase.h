@@ -66,6 +66,7 @@ public:
     /// In no order.
     QStringList FilePaths();
     int FileCount();
+    bool HasFile(const QString& path);
     /// Of the files here, by their paths. In no order.
     QList<std::pair<QString, Fingerprint>> Fingerprints();
     QList<std::pair<QString, Fingerprint>> FingerprintsBelow(const QString& folder);
@@ -75,6 +76,9 @@ public:
     /// The folders that the service had when the last pass ended. A folder comes before those in it.
     QStringList Folders();
     QList<FolderRecord> FolderRecords();
+    std::optional<FolderRecord> FindFolder(const QString& path);
+    /// Of all files and folders in it, at any depth. In no order.
+    QStringList PathsBelow(const QString& folder);
     /// Leaves it as it is when it is there.
     void WriteFolder(const QString& path);
     void WriteFolder(const FolderRecord& folder);
@@ -107,7 +111,7 @@ private:
     void _Execute(const char* sql);
     Statement& _Statement(const QByteArray& sql);
     /// The first column of all rows.
-    QStringList _Texts(const QByteArray& sql);
+    static QStringList _Texts(Statement& statement);
 
     std::unique_ptr<QTemporaryDir> _copyFolder;
     int _lock = -1;
