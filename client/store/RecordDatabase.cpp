@@ -359,9 +359,12 @@ bool RecordDatabase::HasFile(const QString& path) {
     return isThere;
 }
 
-QList<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
-    return ReadRows<std::pair<QString, Fingerprint>>(
-        _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files"));
+void RecordDatabase::ForEachFingerprint(const std::function<void(const QString& path, const Fingerprint& file)>& take) {
+    Statement& statement = _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files");
+    while (statement.Step()) {
+        const auto file = ReadRow<std::pair<QString, Fingerprint>>(statement);
+        take(file.first, file.second);
+    }
 }
 
 QList<std::pair<QString, Fingerprint>> RecordDatabase::FingerprintsBelow(const QString& folder) {

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -68,7 +69,7 @@ public:
     int FileCount();
     bool HasFile(const QString& path);
     /// Of the files here, by their paths. In no order.
-    QList<std::pair<QString, Fingerprint>> Fingerprints();
+    void ForEachFingerprint(const std::function<void(const QString& path, const Fingerprint& file)>& take);
     QList<std::pair<QString, Fingerprint>> FingerprintsBelow(const QString& folder);
     void WriteFile(const FileRecord& record);
     void ForgetFile(const QString& path);

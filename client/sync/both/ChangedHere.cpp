@@ -9,14 +9,14 @@ QSet<QString> ChangedHere(store::RecordDatabase& records, const local::Exclusion
                           const local::LocalSnapshot& snapshot) {
     QSet<QString> changed;
     int known = 0;
-    for (const auto& [path, fingerprint] : records.Fingerprints()) {
+    records.ForEachFingerprint([&](const QString& path, const store::Fingerprint& fingerprint) {
         const auto entry = snapshot.entries.find(path);
         const bool isHere = entry != snapshot.entries.end() && entry->kind == LocalEntry::Kind::File;
         known += isHere ? 1 : 0;
         if (isHere ? !entry->fingerprint.IsUnchangedSince(fingerprint) : !exclusion.HasFileAt(path)) {
             changed.insert(path);
         }
-    }
+    });
     for (const QString& path : records.Folders()) {
         const bool isHere = snapshot.HasFolder(path);
         known += isHere ? 1 : 0;

@@ -144,6 +144,10 @@ bool TwoWayPass::_SyncPart(std::optional<LocalSnapshot>& snapshot, const Service
         _report.Tell(part.closed);
     }
     _report.Tell(part.refused);
+    if (paths.isEmpty()) {
+        _Record(part, RemoteTree(_sides.service, {}, {}, _sides.exclusion));
+        return true;
+    }
     SyncPass::Listing listing;
     listing.at = changed.at;
     listing.tree.emplace(_pass.TreeOf(there.Folders(), there.Files(), part));
@@ -151,9 +155,7 @@ bool TwoWayPass::_SyncPart(std::optional<LocalSnapshot>& snapshot, const Service
     if (_state.hasChecksums && listing.tree->AllFiles().isEmpty()) {
         listing.tree->ExpectChecksums();
     }
-    if (!paths.isEmpty()) {
-        _Join(part, listing);
-    }
+    _Join(part, listing);
     _Record(part, *listing.tree);
     return true;
 }

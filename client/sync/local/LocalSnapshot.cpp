@@ -132,6 +132,7 @@ private:
             return false;
         }
         _snapshot.entries.insert(path, entry);
+        _snapshot.hasOthers = _snapshot.hasOthers || entry.kind == LocalEntry::Kind::Other;
         return true;
     }
 
@@ -149,6 +150,9 @@ bool LocalSnapshot::Has(const QString& path, LocalEntry::Kind kind) const {
 
 QStringList LocalSnapshot::Others() const {
     QStringList others;
+    if (!hasOthers) {
+        return others;
+    }
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         if (entry->kind == LocalEntry::Kind::Other) {
             others.append(entry.key());
@@ -173,6 +177,7 @@ LocalSnapshot LocalSnapshot::Of(const QSet<QString>& places) const {
     LocalSnapshot part;
     part.refused = refused;
     part.closed = closed;
+    part.hasOthers = hasOthers;
     for (const QString& path : places) {
         const auto entry = entries.find(path);
         if (entry != entries.end()) {

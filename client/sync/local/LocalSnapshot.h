@@ -17,6 +17,8 @@ namespace local {
 struct LocalSnapshot {
     /// By their paths; without what is excluded, temporary and hidden.
     QHash<QString, LocalEntry> entries;
+    /// Whether any of them may be neither a file nor a folder.
+    bool hasOthers = false;
     /// Leftovers of a pass that died, and of nobody else.
     QStringList temporaryFiles;
     /// What no pass can sync, with the reason.
