@@ -18,10 +18,10 @@ namespace {
 
 const int ErrorLimit = 4096;
 
-/// What a listing asks for, and by what servers that are not the service tell versions apart.
+/// What listings ask the service and other servers for.
 const char WantedProperties[] =
     "<D:resourcetype/><D:getcontentlength/><D:getlastmodified/><D:creationdate/><D:resourceclasstype/>"
-    "<D:syncproperties/><D:getetag/>";
+    "<D:syncproperties/><D:getetag/><A:executable xmlns:A=\"http://apache.org/dav/props/\"/>";
 
 }  // namespace
 

@@ -10,7 +10,6 @@ namespace both {
 
 using changes::ServiceChanges;
 using local::FolderOf;
-using store::FileRecord;
 using store::FolderRecord;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;

@@ -15,7 +15,6 @@ namespace {
 
 using library::ServiceConnection;
 using testing::HasSubstr;
-using testing::Not;
 using tests::AnswerOf;
 using tests::OptionsStep;
 using tests::ScriptedServer;
