@@ -424,6 +424,43 @@ TEST_F(PartialPassTest, APassOverPlacesTakesFoldersWithAllThatIsInThem) {
     ExpectInStep();
 }
 
+TEST_F(PartialPassTest, AFolderThatIsDeletedThereAndHoldsSomethingIsOneOfThisSideForTheNextPass) {
+    options.exclusion = Exclusion(QStringList(Text("*.tmp")));
+    Begin({"a", "f/b"});
+    Write("f/x.tmp", "excluded");
+    service.Remove(Text("f"));
+    EXPECT_EQ(SyncPlaces({}), SyncOutcome::InStep);
+    EXPECT_EQ(Content("f/x.tmp"), QByteArray("excluded"));
+    EXPECT_EQ(SyncPlaces({}), SyncOutcome::InStep);
+    EXPECT_TRUE(service.HasFolder(Text("f")));
+}
+
+TEST_F(PartialPassTest, AFolderWhoseDeletionHadToWaitIsDeletedByTheNextPass) {
+    disk.MakeFolder(Text("empty"));
+    Begin({"a"});
+    ASSERT_TRUE(disk.RemoveFolder(Text("empty")));
+    Write("a", "2");
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("PUT")) {
+            throw ::sync::http::HttpException(Text("full"), 507, QUrl());
+        }
+    };
+    EXPECT_EQ(SyncPlaces({Text("a"), Text("empty")}), SyncOutcome::LeftSome);
+    EXPECT_TRUE(service.HasFolder(Text("empty")));
+    service.onRequest = nullptr;
+    EXPECT_EQ(SyncPlaces({}), SyncOutcome::InStep);
+    EXPECT_FALSE(service.HasFolder(Text("empty")));
+}
+
+TEST_F(PartialPassTest, ANameThatIsNotUtf8IsToldByEachPass) {
+    Begin({"a"});
+    QFile file(Path("b"));
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(rename(Path("b").toUtf8().constData(), Path("").toUtf8().append("/\xE9").constData()), 0);
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(SyncPlaces({}), SyncOutcome::LeftSome);
+}
+
 TEST_F(PartialPassTest, APassOverPlacesDeletesNothingInAFolderThatIsAway) {
     Begin({"a", "b"});
     options.deletionLimit = ovsync::pass::DeletionLimit();
