@@ -72,11 +72,11 @@ ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigMa
 FolderPass::FolderPass(const folders::SyncedFolder& folder, const QAuthenticator& credentials)
     : _folder(folder), _credentials(credentials) {}
 
-PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& observer, const Paths& changedHere) {
     _isStopped = &isStopped;
     PassResult result{PassResult::End::Failed, QString()};
     try {
-        result = ResultOf(_Sync(isStopped, observer));
+        result = ResultOf(_Sync(isStopped, observer, changedHere));
     } catch (const std::exception& e) {
         result.error = ErrorText(ContextOf(_folder, _credentials)).Of(std::current_exception()).text;
         const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
@@ -122,7 +122,7 @@ ServiceConnection& FolderPass::_Connection() {
     return *_connection;
 }
 
-SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver& observer, const Paths& changedHere) {
     ServiceConnection& connection = _Connection();
     const QString root = QFileInfo(_folder.directory).canonicalFilePath();
     // A folder that is away deletes nothing, and is not made anew.
@@ -142,7 +142,7 @@ SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver&
     service.updater = updater.get();
 
     pass::SyncPass pass(service, tree, *records, options, observer);
-    return both::TwoWayPass(pass).Run();
+    return both::TwoWayPass(pass, changedHere).Run();
 }
 
 }  // namespace agent

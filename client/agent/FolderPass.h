@@ -16,13 +16,15 @@ public:
     /// Null `credentials` are none.
     FolderPass(const folders::SyncedFolder& folder, const QAuthenticator& credentials);
 
-    PassResult Run(const std::atomic<bool>& isStopped, report::ISyncObserver& observer) override;
+    PassResult Run(const std::atomic<bool>& isStopped, report::ISyncObserver& observer,
+                   const Paths& changedHere) override;
     ServiceWishes AskWishes() override;
 
 private:
     /// Kept from pass to pass, so that a poll does not begin with asking the server what it knows.
     library::ServiceConnection& _Connection();
-    report::SyncOutcome _Sync(const std::atomic<bool>& isStopped, report::ISyncObserver& observer);
+    report::SyncOutcome _Sync(const std::atomic<bool>& isStopped, report::ISyncObserver& observer,
+                              const Paths& changedHere);
 
     const folders::SyncedFolder _folder;
     const QAuthenticator _credentials;

@@ -24,6 +24,9 @@ namespace {
 const uint32_t FolderEvents =
     IN_CREATE | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR | IN_EXCL_UNLINK;
 
+/// Beyond that it is no more work to look at everything.
+const int MostPaths = 100000;
+
 struct FolderCloser {
     void operator()(DIR* folder) const { closedir(folder); }
 };
@@ -123,6 +126,7 @@ bool FolderWatcher::_IsConcernedBy(const inotify_event& event, const QByteArray&
         if (_IsLeftAlone(event.wd, name)) {
             return false;
         }
+        _AddPath(_PathOf(event.wd, name));
         if ((event.mask & IN_MOVED_FROM) != 0) {
             _ForgetTree(event.wd, name);
         } else if ((event.mask & (IN_CREATE | IN_MOVED_TO)) != 0) {
@@ -136,8 +140,30 @@ bool FolderWatcher::_IsConcernedBy(const inotify_event& event, const QByteArray&
     }
     // What was only made has nothing in it yet, unless it is a further name of a file.
     struct stat status {};
-    return (event.mask & IN_CREATE) == 0 ||
-           (lstat((_root + '/' + path).constData(), &status) == 0 && status.st_nlink > 1);
+    const bool isConcerned =
+        (event.mask & IN_CREATE) == 0 || (lstat((_root + '/' + path).constData(), &status) == 0 && status.st_nlink > 1);
+    if (isConcerned) {
+        _AddPath(path);
+    }
+    return isConcerned;
+}
+
+void FolderWatcher::_AddPath(const QByteArray& path) {
+    const QString text = QString::fromUtf8(path);
+    if (text.toUtf8() != path || (_paths && _paths->size() >= MostPaths)) {
+        _paths.reset();
+    } else if (_paths) {
+        _paths->insert(text);
+    }
+}
+
+std::optional<QSet<QString>> FolderWatcher::HandOutPaths() {
+    std::optional<QSet<QString>> paths = std::move(_paths);
+    _paths.reset();
+    if (_descriptor >= 0) {
+        _paths.emplace();
+    }
+    return paths;
 }
 
 void FolderWatcher::_Stop(const QString& problem) {
@@ -147,6 +173,7 @@ void FolderWatcher::_Stop(const QString& problem) {
     _descriptor = -1;
     _rootWatch = -1;
     _folders.clear();
+    _paths.reset();
     _problem = problem;
     ++_stops;
 }

@@ -2,7 +2,9 @@
 
 #include <QByteArray>
 #include <QHash>
+#include <QSet>
 #include <QString>
+#include <optional>
 
 #include "client/sync/local/Exclusion.h"
 
@@ -31,6 +33,12 @@ public:
     /// it is not watched any more.
     bool TakeChanges();
 
+    /// The paths of what TakeChanges took since this was called last: of files, and of folders with all that lies in
+    /// them. None when it may be anything: the first time, and when events were lost or nothing was watched.
+    std::optional<QSet<QString>> HandOutPaths();
+    /// As if events were lost: what was handed out is to be looked at again.
+    void Doubt() { _paths.reset(); }
+
     /// For people: why nothing is watched; empty when it is.
     const QString& Problem() const { return _problem; }
 
@@ -55,6 +63,7 @@ private:
     /// Below the root, for which it is empty.
     QByteArray _PathOf(int watch) const;
     QByteArray _PathOf(int parent, const QByteArray& name) const;
+    void _AddPath(const QByteArray& path);
     bool _IsConcernedBy(const inotify_event& event, const QByteArray& name);
 
     const QByteArray _root;
@@ -65,6 +74,8 @@ private:
     int _stops = 0;
     QString _problem;
     QHash<int, Folder> _folders;
+    /// What changed; none when that may be anything.
+    std::optional<QSet<QString>> _paths;
 };
 
 }  // namespace agent

@@ -24,6 +24,8 @@ using report::SyncProgress;
 namespace {
 
 const std::chrono::hours WishesHoldFor(24);
+/// Some changes cannot be watched, such as those that a program makes to a file that it has mapped into its memory.
+const std::chrono::hours PathsHoldFor(1);
 
 FolderSchedule::Random RandomSource() {
     const auto engine = std::make_shared<std::minstd_rand>(std::random_device()());
@@ -160,7 +162,17 @@ void FolderWorker::_RunPass(IFolderPass& pass) {
         status.nextPass = QDateTime();
     });
     const auto begin = Now();
-    const PassResult result = pass.Run(_isStopped, *this);
+    IFolderPass::Paths changed = _watcher.HandOutPaths();
+    if (!_lookedAtAll || begin - *_lookedAtAll >= PathsHoldFor) {
+        changed.reset();
+    }
+    if (!changed) {
+        _lookedAtAll = begin;
+    }
+    const PassResult result = pass.Run(_isStopped, *this, changed);
+    if (EndOf(result.end) != FolderSchedule::End::Done) {
+        _watcher.Doubt();
+    }
     if (result.end == PassResult::End::Stopped) {
         return;
     }

@@ -69,6 +69,7 @@ private:
     QSet<QString> _problemPaths;
     QElapsedTimer _transfers;
     std::optional<FolderSchedule::Time> _asked;
+    std::optional<FolderSchedule::Time> _lookedAtAll;
 
     // Last, because it uses the others.
     std::thread _thread;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <atomic>
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 #include "client/folders/SyncedFolder.h"
 #include "client/sync/report/ISyncObserver.h"
@@ -43,8 +45,13 @@ class IFolderPass {
 public:
     virtual ~IFolderPass() = default;
 
-    /// Ends early once `isStopped` is true. Throws nothing.
-    virtual PassResult Run(const std::atomic<bool>& isStopped, report::ISyncObserver& observer) = 0;
+    /// The paths of files and folders that changed here; none when nobody knows.
+    using Paths = std::optional<QSet<QString>>;
+
+    /// `changedHere`: since the last pass that neither failed nor was stopped. Ends early once `isStopped` is true.
+    /// Throws nothing.
+    virtual PassResult Run(const std::atomic<bool>& isStopped, report::ISyncObserver& observer,
+                           const Paths& changedHere) = 0;
 
     /// Asks the service; where it does not say, the library knows. Throws nothing.
     virtual ServiceWishes AskWishes() = 0;

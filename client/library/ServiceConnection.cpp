@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "client/changes/GivenListing.h"
+#include "client/changes/SyncCollection.h"
 #include "client/content/ContentConnection.h"
 #include "client/library/DrovaneHttp.h"
 #include "client/library/RequestAuthenticatorFactory.h"
@@ -173,6 +175,21 @@ std::shared_ptr<sync::http::DAVPropfindResult> ServiceConnection::_Ask(const QSt
     throw sync::http::HttpException(
         QStringLiteral("PROPFIND with url %1 failed with error code %2").arg(request->Url().toString()).arg(status),
         status, request->Url());
+}
+
+std::unique_ptr<changes::IChangeSource> ServiceConnection::NewChangeSource(const QString& serverPath) {
+    const auto map = [this, folder = Folder(serverPath)](const std::shared_ptr<sync::http::DAVPropfindResult>& listed,
+                                                         changes::ServiceChanges& changes) {
+        sync::config::FolderConfiguration asked = folder;
+        std::shared_ptr<QVector<sync::config::FolderConfiguration>> folders;
+        std::shared_ptr<QVector<sync::config::FileConfiguration>> files;
+        _NewFolderManager(std::make_shared<changes::GivenListing>(listed))
+            ->GetAllFilesAndSubFoldersByFolder(asked, folders, files);
+        changes.folders += *folders;
+        changes.files += *files;
+    };
+    return std::make_unique<changes::SyncCollection>(
+        *_connection, UrlOf(serverPath + QLatin1Char('/')), [this](const QString& path) { return UrlOf(path); }, map);
 }
 
 std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "client/changes/IChangeSource.h"
 #include "client/content/IContentConnection.h"
 #include "client/content/ResourceConnection.h"
 #include "client/library/ListedFiles.h"
@@ -99,6 +100,10 @@ public:
     /// Whether nothing lies in the folder at `serverPath`, of whatever class; true also when there is none. Throws as
     /// Find does.
     bool IsEmpty(const QString& serverPath);
+
+    /// Tells what changed in the folder at `serverPath`. This object outlives it, and is not used between its Ask and
+    /// its Take.
+    std::unique_ptr<changes::IChangeSource> NewChangeSource(const QString& serverPath);
 
     /// A connection of its own for content, for another thread. All of them share the bandwidth.
     std::unique_ptr<content::IContentConnection> NewContentConnection() const;

@@ -109,6 +109,11 @@ ListingBuilder::ListingBuilder(const QUrl& asked, DAVPropfindRequest::Depth dept
     _askedKey = _href.Key();
 }
 
+ListingBuilder::ListingBuilder(const QUrl& asked, const ListingLimits& limits, const Changes& changes)
+    : ListingBuilder(asked, DAVPropfindRequest::Tree, HrefScope::OfUrl, limits, changes.present) {
+    _gone = changes.gone;
+}
+
 void ListingBuilder::Add(const MultistatusEntry& entry) {
     const std::string_view href = Trimmed(entry.Href());
     if (href.empty() && _scope == HrefScope::Any) {
@@ -122,6 +127,9 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
     const std::string& key = _href.Key();
     if (_scope == HrefScope::Any && !_hasOwn) {
         _askedKey = key;
+    }
+    if (entry.IsGone() && (!_gone || key == _askedKey)) {
+        entry.Fail(QStringLiteral("could not be read: it has the status 404"));
     }
     const QString classType = _Text(entry, Entry::ClassType);
     const Form form = _FormOf(classType, entry.IsCollection());
@@ -139,14 +147,19 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
     }
     _isAlone = false;
     // The asked one is an entry as well.
-    if (_result->collectionResponses.size() + _result->fileResponses.size() + 2 > _limits.entries.value) {
+    const int gone = _gone ? _gone->fileResponses.size() : 0;
+    if (_result->collectionResponses.size() + _result->fileResponses.size() + gone + 2 > _limits.entries.value) {
         throw SyncException(QStringLiteral("the listing has more than %1 entries, the limit set by %2")
                                 .arg(QString::number(_limits.entries.value), _limits.entries.source));
     }
     const bool isFolder = form == Form::Folder;
-    auto& map = isFolder ? _result->collectionResponses : _result->fileResponses;
+    auto& map =
+        entry.IsGone() ? _gone->fileResponses : (isFolder ? _result->collectionResponses : _result->fileResponses);
     const auto& otherMap = isFolder ? _result->fileResponses : _result->collectionResponses;
     const QString mapKey = FromUtf8(key);
+    if (_gone && _HasChange(mapKey)) {
+        entry.Fail(QStringLiteral("came before"));
+    }
     const int sizeBefore = map.size();
     // Most services list in name order, in which every entry goes to the end. The response is filled in where it lies,
     // because each is a QObject, which is costly to make twice.
@@ -159,6 +172,9 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
 }
 
 std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {
+    if (_gone) {
+        return _result;
+    }
     if (!_hasOwn) {
         throw SyncException(QStringLiteral("the listing has no entry for what was asked"));
     }
@@ -176,6 +192,11 @@ std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {
         _result->singleResponse = _own;
     }
     return _result;
+}
+
+bool ListingBuilder::_HasChange(const QString& key) const {
+    return _gone->fileResponses.contains(key) || _result->fileResponses.contains(key) ||
+           _result->collectionResponses.contains(key);
 }
 
 ListingBuilder::Form ListingBuilder::_FormOf(const QString& classType, bool isCollection) {

@@ -29,9 +29,20 @@ namespace listing {
 /// that has the folder's own entry already.
 class ListingBuilder {
 public:
+    /// What an answer tells that has only changes: each entry is new, changed or gone, and the asked resource may be
+    /// missing.
+    struct Changes {
+        std::shared_ptr<sync::http::DAVPropfindResult> present;
+        /// All of them among the file-like ones.
+        std::shared_ptr<sync::http::DAVPropfindResult> gone;
+    };
+
     /// A part when there is a `whole`, whose entries then count for the limit too.
     ListingBuilder(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth, HrefScope scope,
                    const wire::ListingLimits& limits, const std::shared_ptr<sync::http::DAVPropfindResult>& whole);
+
+    /// For the changes in the tree `asked`, which are added to `changes`.
+    ListingBuilder(const QUrl& asked, const wire::ListingLimits& limits, const Changes& changes);
 
     void Add(const MultistatusEntry& entry);
 
@@ -51,6 +62,7 @@ private:
 
     static Form _FormOf(const QString& classType, bool isCollection);
     bool _IsInScope(const std::string& key) const;
+    bool _HasChange(const QString& key) const;
     void _Describe(const MultistatusEntry& entry, const QString& classType, Form form,
                    sync::http::DAVPropfindResponse& response);
     /// Empty when there is none that tells versions apart for sure.
@@ -69,6 +81,8 @@ private:
     const sync::http::DAVPropfindResponse _blank;
     const bool _isPart;
     const std::shared_ptr<sync::http::DAVPropfindResult> _result;
+    /// Null for a listing.
+    std::shared_ptr<sync::http::DAVPropfindResult> _gone;
     bool _isAlone = true;
     std::array<Remembered<QString>, MultistatusEntry::PropertyCount> _texts;
     std::array<Remembered<QDateTime>, MultistatusEntry::PropertyCount> _dates;

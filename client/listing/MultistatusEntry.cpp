@@ -185,12 +185,16 @@ void MultistatusEntry::End() {
         Fail(_hrefCount == 0 ? QStringLiteral("has no href")
                              : QStringLiteral("has %1 hrefs in place of one").arg(_hrefCount));
     }
-    if (_status != 0 && !IsSuccess(_status)) {
+    if (_status != 0 && !IsSuccess(_status) && !IsGone()) {
         Fail(QStringLiteral("could not be read: it has the status %1").arg(_status));
     }
     if (_status == 0 && _propstatCount == 0) {
         Fail(QStringLiteral("has neither a propstat nor a status"));
     }
+}
+
+bool MultistatusEntry::IsGone() const {
+    return _status == HttpStatus::NotFound && _propstatCount == 0;
 }
 
 void MultistatusEntry::Fail(const QString& reason) const {

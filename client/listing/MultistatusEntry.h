@@ -18,7 +18,8 @@ std::string_view Trimmed(std::string_view text);
 ///
 /// The operations that fill it follow the elements of the document. They throw SyncException, which names the entry,
 /// for what makes it unfit for a listing: a href above 16 KiB, a value above 64 KiB, values above 1 MiB together, other
-/// than one href, neither a propstat nor a status, and a status that says that something could not be read.
+/// than one href, neither a propstat nor a status, and a status that says that something could not be read, unless
+/// IsGone.
 class MultistatusEntry {
 public:
     enum Property : uint8_t {
@@ -69,6 +70,8 @@ public:
 
     std::string_view Href() const { return _SliceOf(_href); }
     bool IsCollection() const { return _isCollection; }
+    /// Whether there is nothing of that name any more, as an answer that tells of changes says it.
+    bool IsGone() const;
     bool Found(Property property) const { return (_found >> property & 1U) != 0; }
     /// Empty when the property was not found. Valid until the next Start.
     std::string_view Value(Property property) const {

@@ -39,6 +39,7 @@ enum class Kind : uint8_t {
     Document,
     Ignored,
     Multistatus,
+    SyncToken,
     Response,
     Href,
     Status,
@@ -68,9 +69,7 @@ struct ParserDeleter {
 /// The document while it is read.
 class MultistatusReader::Document {
 public:
-    Document(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope, const ListingLimits& limits,
-             const std::shared_ptr<DAVPropfindResult>& whole)
-        : _listing(asked, depth, scope, limits, whole) {
+    explicit Document(ListingBuilder listing) : _listing(std::move(listing)) {
         xmlInitParser();
         xmlSAXHandler handlers = {};
         handlers.initialized = XML_SAX2_MAGIC;
@@ -104,6 +103,8 @@ public:
         _Parse(nullptr, 0, true);
         return _listing.Finish();
     }
+
+    QByteArray SyncToken() const { return QByteArray::fromStdString(_token).trimmed(); }
 
 private:
     struct Level {
@@ -236,6 +237,9 @@ private:
                 }
                 return {Kind::Multistatus};
             case Kind::Multistatus:
+                if (local == "sync-token") {
+                    return {Kind::SyncToken};
+                }
                 return {local == "response" ? Kind::Response : Kind::Ignored};
             case Kind::Response:
                 if (local == "href") {
@@ -308,6 +312,9 @@ private:
         const Kind kind = _levels[_level].kind;
         if (kind == Kind::Property || kind == Kind::Href || kind == Kind::Status) {
             _entry.Append(text, size);
+        } else if (kind == Kind::SyncToken) {
+            _CheckTokenSize(_token.size() + size);
+            _token.append(text, size);
         }
     }
 
@@ -322,11 +329,16 @@ private:
 
     MultistatusEntry _entry;
     ListingBuilder _listing;
+    std::string _token;
 };
 
 MultistatusReader::MultistatusReader(const QUrl& asked, DAVPropfindRequest::Depth depth, HrefScope scope,
                                      const ListingLimits& limits, const std::shared_ptr<DAVPropfindResult>& whole)
-    : _document(std::make_unique<Document>(asked, depth, scope, limits, whole)) {}
+    : _document(std::make_unique<Document>(ListingBuilder(asked, depth, scope, limits, whole))) {}
+
+MultistatusReader::MultistatusReader(const QUrl& asked, const ListingLimits& limits,
+                                     const ListingBuilder::Changes& changes)
+    : _document(std::make_unique<Document>(ListingBuilder(asked, limits, changes))) {}
 
 MultistatusReader::~MultistatusReader() = default;
 
@@ -336,6 +348,10 @@ void MultistatusReader::Feed(const char* bytes, size_t size) {
 
 std::shared_ptr<DAVPropfindResult> MultistatusReader::Finish() {
     return _document->Finish();
+}
+
+QByteArray MultistatusReader::SyncToken() const {
+    return _document->SyncToken();
 }
 
 }  // namespace listing

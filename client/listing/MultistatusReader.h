@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QByteArray>
 #include <QUrl>
 #include <cstddef>
 #include <memory>
 
 #include "client/listing/Href.h"
+#include "client/listing/ListingBuilder.h"
 #include "client/wire/ListingLimits.h"
 #include "host/http/DAVPropfindRequest.h"
 #include "host/http/DAVPropfindResult.h"
@@ -50,6 +52,9 @@ public:
     MultistatusReader(const QUrl& asked, sync::http::DAVPropfindRequest::Depth depth,
                       HrefScope scope = HrefScope::OfUrl, const wire::ListingLimits& limits = wire::ListingLimits(),
                       const std::shared_ptr<sync::http::DAVPropfindResult>& whole = nullptr);
+    /// For the answer that tells what changed in the tree `asked`, and adds to `changes`. It need not have the asked
+    /// resource.
+    MultistatusReader(const QUrl& asked, const wire::ListingLimits& limits, const ListingBuilder::Changes& changes);
     ~MultistatusReader();
     MultistatusReader(const MultistatusReader&) = delete;
     MultistatusReader& operator=(const MultistatusReader&) = delete;
@@ -59,6 +64,9 @@ public:
 
     /// The listing, after the last byte; without a server time. To be called once. Throws SyncException.
     std::shared_ptr<sync::http::DAVPropfindResult> Finish();
+
+    /// By which a server knows what the document tells; empty when it has none. After Finish.
+    QByteArray SyncToken() const;
 
 private:
     class Document;

@@ -31,6 +31,12 @@ public:
     /// SyncException, before anything is sent, when a request was not made by a HttpFactory.
     void Execute(const QList<Request>& requests, const Completion& completed) override;
 
+    /// Sends what the library does not know of. Throws TransactionError.
+    void Perform(wire::HttpTransaction& transaction) { _connection.Perform(transaction); }
+    /// Of the server of a collection; asks it, unless that is known. Throws TransactionError.
+    ServerKind KindOf(const QUrl& collection) { return _capabilities.Of(collection).kind; }
+    const wire::ListingLimits& Limits() const { return _limits; }
+
     /// Ends the request under way, and each to come, with a TransactionError.
     void Cancel() { _connection.Cancel(); }
 

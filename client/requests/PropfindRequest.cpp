@@ -90,11 +90,6 @@ QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForB
         .toUtf8();
 }
 
-bool IsXml(const QByteArray& contentType) {
-    const QByteArray mediaType = contentType.split(';').first().trimmed().toLower();
-    return mediaType == "application/xml" || mediaType == "text/xml" || mediaType.endsWith("+xml");
-}
-
 }  // namespace
 
 PropfindRequest::PropfindRequest(const QUrl& url, Depth depth, HrefScope scope)
@@ -141,6 +136,11 @@ std::unique_ptr<PropfindRequest> PropfindRequest::ForFolder(const QUrl& url, boo
         request->_wholeSize = _wholeSize;
     }
     return request;
+}
+
+void PropfindRequest::TakeListing(const std::shared_ptr<DAVPropfindResult>& result) {
+    _status = HttpStatus::MultiStatus;
+    _result = result;
 }
 
 int PropfindRequest::GetStatusCode() {
@@ -217,8 +217,7 @@ void PropfindRequest::OnHeaders(int status, const Headers& headers) {
     const QByteArray date = ValueOf(headers, "date");
     _serverTime = ReadDate(date.constData(), static_cast<size_t>(date.size()));
     if (status == HttpStatus::MultiStatus) {
-        const QByteArray contentType = ValueOf(headers, "content-type");
-        if (!IsXml(contentType)) {
+        if (!HasXml(headers)) {
             throw SyncException(QStringLiteral("a listing is XML, but the content type is another"));
         }
         _reader = std::make_unique<MultistatusReader>(_sentUrl, _sentDepth, _scope, _limits, _whole);

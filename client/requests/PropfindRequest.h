@@ -51,6 +51,8 @@ public:
     std::unique_ptr<PropfindRequest> Copy() const;
     /// As if this request had been sent and answered as `other` was.
     void TakeAnswerOf(PropfindRequest& other);
+    /// As if this request had been sent and answered by that listing.
+    void TakeListing(const std::shared_ptr<sync::http::DAVPropfindResult>& result);
 
     int GetStatusCode() override;
     QUrl GetUrl() override;

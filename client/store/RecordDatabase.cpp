@@ -327,9 +327,8 @@ void RecordDatabase::Transaction::Commit() {
     _isOpen = false;
 }
 
-QStringList RecordDatabase::_Texts(const QByteArray& sql) {
+QStringList RecordDatabase::_Texts(Statement& statement) {
     QStringList texts;
-    Statement& statement = _Statement(sql);
     while (statement.Step()) {
         texts.append(statement.Text(0));
     }
@@ -367,11 +366,11 @@ std::optional<FileRecord> RecordDatabase::FindFile(const QString& path) {
 }
 
 QStringList RecordDatabase::FilePaths() {
-    return _Texts("SELECT path FROM files");
+    return _Texts(_Statement("SELECT path FROM files"));
 }
 
 int RecordDatabase::FileCount() {
-    return _Texts("SELECT count(*) FROM files").first().toInt();
+    return _Texts(_Statement("SELECT count(*) FROM files")).first().toInt();
 }
 
 int RecordDatabase::FileCountBelow(const QString& folder) {
@@ -385,9 +384,19 @@ int RecordDatabase::FileCountBelow(const QString& folder) {
     return count;
 }
 
-QList<std::pair<QString, Fingerprint>> RecordDatabase::Fingerprints() {
-    return ReadRows<std::pair<QString, Fingerprint>>(
-        _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files"));
+bool RecordDatabase::HasFile(const QString& path) {
+    Statement& statement = _Statement("SELECT 1 FROM files WHERE path = ?");
+    const bool isThere = statement.Bind(path).Step();
+    statement.Reset();
+    return isThere;
+}
+
+void RecordDatabase::ForEachFingerprint(const std::function<void(const QString& path, const Fingerprint& file)>& take) {
+    Statement& statement = _Statement("SELECT path, local_inode, local_size, local_modified, local_changed FROM files");
+    while (statement.Step()) {
+        const auto file = ReadRow<std::pair<QString, Fingerprint>>(statement);
+        take(file.first, file.second);
+    }
 }
 
 QList<std::pair<QString, Fingerprint>> RecordDatabase::FingerprintsBelow(const QString& folder) {
@@ -406,11 +415,27 @@ void RecordDatabase::ForgetFile(const QString& path) {
 }
 
 QStringList RecordDatabase::Folders() {
-    return _Texts("SELECT path FROM folders ORDER BY path");
+    return _Texts(_Statement("SELECT path FROM folders ORDER BY path"));
 }
 
 QList<FolderRecord> RecordDatabase::FolderRecords() {
     return ReadRows<FolderRecord>(_Statement("SELECT * FROM folders ORDER BY path"));
+}
+
+std::optional<FolderRecord> RecordDatabase::FindFolder(const QString& path) {
+    Statement& statement = _Statement("SELECT * FROM folders WHERE path = ?");
+    std::optional<FolderRecord> folder;
+    if (statement.Bind(path).Step()) {
+        folder = ReadRow<FolderRecord>(statement);
+        statement.Reset();
+    }
+    return folder;
+}
+
+QStringList RecordDatabase::PathsBelow(const QString& folder) {
+    const QByteArray isBelow = " WHERE path > ?1 || '/' AND path < ?1 || '0'";
+    return _Texts(
+        _Statement("SELECT path FROM files" + isBelow + " UNION ALL SELECT path FROM folders" + isBelow).Bind(folder));
 }
 
 void RecordDatabase::WriteFolder(const QString& path) {

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -69,8 +70,9 @@ public:
     int FileCount();
     /// How many files there are in `folder`, at any depth.
     int FileCountBelow(const QString& folder);
+    bool HasFile(const QString& path);
     /// Of the files here, by their paths. In no order.
-    QList<std::pair<QString, Fingerprint>> Fingerprints();
+    void ForEachFingerprint(const std::function<void(const QString& path, const Fingerprint& file)>& take);
     QList<std::pair<QString, Fingerprint>> FingerprintsBelow(const QString& folder);
     void WriteFile(const FileRecord& record);
     void ForgetFile(const QString& path);
@@ -78,6 +80,9 @@ public:
     /// The folders that the service had when the last pass ended. A folder comes before those in it.
     QStringList Folders();
     QList<FolderRecord> FolderRecords();
+    std::optional<FolderRecord> FindFolder(const QString& path);
+    /// Of all files and folders in it, at any depth. In no order.
+    QStringList PathsBelow(const QString& folder);
     /// Leaves it as it is when it is there.
     void WriteFolder(const QString& path);
     void WriteFolder(const FolderRecord& folder);
@@ -114,7 +119,7 @@ private:
     void _Execute(const char* sql);
     Statement& _Statement(const QByteArray& sql);
     /// The first column of all rows.
-    QStringList _Texts(const QByteArray& sql);
+    static QStringList _Texts(Statement& statement);
 
     std::unique_ptr<QTemporaryDir> _copyFolder;
     int _lock = -1;

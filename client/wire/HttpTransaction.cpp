@@ -13,6 +13,11 @@ QByteArray HttpTransaction::ValueOf(const Headers& headers, const char* name) {
     return all;
 }
 
+bool HttpTransaction::HasXml(const Headers& headers) {
+    const QByteArray mediaType = ValueOf(headers, "content-type").split(';').first().trimmed().toLower();
+    return mediaType == "application/xml" || mediaType == "text/xml" || mediaType.endsWith("+xml");
+}
+
 QUrl HttpTransaction::AsCollection(const QUrl& url) {
     QUrl collection = url;
     if (!url.path(QUrl::FullyEncoded).endsWith(QLatin1Char('/'))) {

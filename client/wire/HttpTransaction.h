@@ -77,6 +77,9 @@ public:
     /// of one that did not come none.
     static QByteArray ValueOf(const Headers& headers, const char* name);
 
+    /// Whether the headers say that the body is XML.
+    static bool HasXml(const Headers& headers);
+
     /// `url` with the '/' that the path of a collection ends in.
     static QUrl AsCollection(const QUrl& url);
 };

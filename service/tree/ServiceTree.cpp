@@ -196,14 +196,16 @@ Changes ServiceTree::ListChanges(const std::string& path, protocol::Request::Dep
         }
         const bool isFirst = token.empty();
         const std::int64_t since = isFirst ? 0 : _log.TimeOf(token);
+        // A token from the time to come would hide all changes until then.
+        if (since > _LastChange()) {
+            throw InvalidSyncToken(token);
+        }
         Changes changes;
+        changes.entries = _ListChanged(path, collection, depth, isFirst ? -1 : since, isInterrupted);
+        // What came back has changed.
         std::set<std::string> present;
-        std::vector<Listing::Entry> entries = _List(path, collection, depth, isInterrupted).entries;
-        for (auto entry = entries.begin() + 1; entry != entries.end(); ++entry) {
-            present.insert(entry->path);
-            if (isFirst || entry->resource.changed > since) {
-                changes.entries.push_back(std::move(*entry));
-            }
+        for (const Listing::Entry& entry : changes.entries) {
+            present.insert(entry.path);
         }
         if (wantsDeadProperties) {
             _AddDeadProperties(changes.entries);
@@ -217,8 +219,37 @@ Changes ServiceTree::ListChanges(const std::string& path, protocol::Request::Dep
 }
 
 // Stands for everything that has been noticed up to now, and stays the same until the next change is.
+std::vector<Listing::Entry> ServiceTree::_ListChanged(const std::string& path, const store::Resource& collection,
+                                                      protocol::Request::Depth depth, std::int64_t since,
+                                                      const store::Interruption& isInterrupted) {
+    std::vector<Listing::Entry> changed;
+    std::vector<Listing::Entry> collections{{path, collection, {}}};
+    for (std::size_t i = 0; i < collections.size(); ++i) {
+        store::ThrowIf(isInterrupted);
+        if (i == 0 || depth == protocol::Request::Depth::Infinity) {
+            const std::string parentPath = collections[i].path;
+            for (store::Resource& child : _reconciler.Children(collections[i].resource, parentPath)) {
+                if (child.isCollection) {
+                    collections.push_back({protocol::ChildPath(parentPath, child.name), std::move(child), {}});
+                } else if (child.changed > since) {
+                    changed.push_back({protocol::ChildPath(parentPath, child.name), std::move(child), {}});
+                }
+            }
+        }
+        // Only now: to notice a child by hand is a change.
+        if (i > 0 && collections[i].resource.changed > since) {
+            changed.push_back(collections[i]);
+        }
+    }
+    return changed;
+}
+
+std::int64_t ServiceTree::_LastChange() {
+    return std::max(_metadata.LastChange(), _log.LastRemoval());
+}
+
 std::string ServiceTree::_SyncToken() {
-    const std::int64_t last = std::max(_metadata.LastChange(), _log.LastRemoval());
+    const std::int64_t last = _LastChange();
     // So the time alone says on which side of the token a change lies.
     _clock.NotBefore(last + 1);
     return _log.TokenAt(last);

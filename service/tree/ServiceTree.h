@@ -139,6 +139,11 @@ private:
     store::Resource _Existing(const std::string& path);
     store::Resource _ParentOfNew(const std::string& path);
     void _AddDeadProperties(std::vector<Listing::Entry>& entries);
+    /// What lies below the collection, as deep as `depth` says, and has changed after `since`.
+    std::vector<Listing::Entry> _ListChanged(const std::string& path, const store::Resource& collection,
+                                             protocol::Request::Depth depth, std::int64_t since,
+                                             const store::Interruption& isInterrupted);
+    std::int64_t _LastChange();
     std::string _SyncToken();
     std::vector<ChangeLog::Removal> _Removals(std::int64_t since, const std::string& path,
                                               protocol::Request::Depth depth, const std::set<std::string>& present,

@@ -29,7 +29,11 @@ Service::Service(const QStringList& options, const QString& password) {
         environment.insert(QStringLiteral("OVSYNC_SERVICE_PASSWORD"), password);
     }
     _process.setProcessEnvironment(environment);
-    _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    if (options.contains(QStringLiteral("--verbose"))) {
+        _process.setStandardErrorFile(_logs.filePath(QStringLiteral("requests")));
+    } else {
+        _process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    }
     _process.start(QStringLiteral(OVSYNC_SERVICE_PROGRAM),
                    QStringList() << _directory.path() << QStringLiteral("--port") << QStringLiteral("0") << options);
     while (!_process.canReadLine()) {
@@ -44,6 +48,15 @@ Service::Service(const QStringList& options, const QString& password) {
 Service::~Service() {
     _process.terminate();
     _process.waitForFinished(StartLimitInMilliseconds);
+}
+
+QStringList Service::TakeRequests() {
+    QFile log(_logs.filePath(QStringLiteral("requests")));
+    EXPECT_TRUE(log.open(QIODevice::ReadOnly));
+    const QStringList lines = QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    const QStringList fresh = lines.mid(_taken);
+    _taken = lines.size();
+    return fresh;
 }
 
 void Service::AddFile(const QString& path, const QByteArray& content) {

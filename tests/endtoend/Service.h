@@ -22,6 +22,9 @@ public:
     /// With a '/' at its end.
     const QString& Url() const { return _url; }
 
+    /// The lines that it wrote about requests, when it was started with "--verbose", since this was called last.
+    QStringList TakeRequests();
+
     /// Puts a file into the served folder, with the folders above it.
     void AddFile(const QString& path, const QByteArray& content);
     void AddFolder(const QString& path);
@@ -32,6 +35,8 @@ public:
 
 private:
     QTemporaryDir _directory;
+    QTemporaryDir _logs;
+    int _taken = 0;
     QProcess _process;
     QString _url;
 };

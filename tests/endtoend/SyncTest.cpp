@@ -13,6 +13,8 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
 using tests::ProgramResult;
 using tests::RunOvsync;
 using tests::Service;
@@ -44,7 +46,7 @@ protected:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(none)");
     }
 
-    Service _service;
+    Service _service{QStringList(Text("--verbose"))};
     QTemporaryDir _first;
     QTemporaryDir _folders;
 };
@@ -67,6 +69,35 @@ TEST_F(SyncCommandTest, TwoFoldersStayInStepThroughTheService) {
     EXPECT_EQ(Content(First("renamed")), QByteArray("1"));
     EXPECT_FALSE(QFile::exists(First("f")) || QFile::exists(First("gone")) || QFile::exists(First("stays")));
     ExpectSync(_first.path(), 0, "Nothing to do");
+}
+
+TEST_F(SyncCommandTest, AnUnchangedFolderIsOneRequestAndAChangedFileNoListing) {
+    Write(First("f/a"), "1");
+    Write(First("f/b"), "1");
+    ExpectSync(_first.path(), 0, "2 sent");
+    // What the first pass sent is told of by the service.
+    ExpectSync(_first.path(), 0, "Nothing to do");
+    for (int pass = 0; pass < 2; ++pass) {
+        _service.TakeRequests();
+        ExpectSync(_first.path(), 0, "Nothing to do");
+        EXPECT_THAT(_service.TakeRequests().join(QLatin1Char('\n')).toStdString(), MatchesRegex("REPORT / [^\n]*"));
+    }
+    Write(First("f/a"), "22");
+    ExpectSync(_first.path(), 0, "1 sent");
+    const std::string requests = _service.TakeRequests().join(QLatin1Char('\n')).toStdString();
+    EXPECT_THAT(requests, AllOf(HasSubstr("PUT /f/a "), Not(HasSubstr("PROPFIND / ")), Not(HasSubstr("OPTIONS"))));
+
+    ExpectSync(SecondFolder(), 0, "2 fetched");
+    Write(Second("f/a"), "333");
+    _service.AddFile(Text("f/by hand"), "1");
+    _service.Remove(Text("f/b"));
+    ExpectSync(SecondFolder(), 0, "1 fetched, 1 deleted here, 1 sent");
+    _service.TakeRequests();
+    ExpectSync(_first.path(), 0, "1 fetched, 1 updated, 1 deleted here");
+    EXPECT_THAT(_service.TakeRequests().join(QLatin1Char('\n')).toStdString(), Not(HasSubstr("PROPFIND / ")));
+    EXPECT_EQ(Content(First("f/a")), QByteArray("333"));
+    EXPECT_EQ(Content(First("f/by hand")), QByteArray("1"));
+    EXPECT_FALSE(QFile::exists(First("f/b")));
 }
 
 TEST_F(SyncCommandTest, ConflictsAreListedUntilTheyEnd) {

@@ -37,6 +37,7 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
                                                  content::ResourceConnection::Overwriting::No);
     };
     service.isEmpty = [&connection](const QString& serverPath) { return connection.IsEmpty(serverPath); };
+    service.changes = connection.NewChangeSource(location.serverPath);
     service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };
     return service;
 }

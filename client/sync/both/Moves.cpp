@@ -64,7 +64,7 @@ void Moves::CarryOut() {
 }
 
 bool Moves::_MoveAFolder() {
-    const QList<FolderRecord> folders = _sides.records.FolderRecords();
+    const QList<FolderRecord> folders = _sides.scope.FolderRecords();
     QSet<QString> known;
     bool isAnyGone = false;
     for (const FolderRecord& folder : folders) {
@@ -89,7 +89,7 @@ bool Moves::_MoveAFolder() {
 
 void Moves::_MoveFiles() {
     QStringList moved;
-    const QSet<QString> known = SetOf(_sides.records.FilePaths());
+    const QSet<QString> known = SetOf(_sides.scope.Files());
     for (const QString& path : known) {
         if (_snapshot.Has(path, LocalEntry::Kind::File) != _remote.HasFile(path) ||
             (!_remote.HasFile(path) && !_remote.IsRefused(path))) {
@@ -132,6 +132,9 @@ bool Moves::_Move(const QString& path, const Places& now, bool isFolder) {
         RecordDatabase::Transaction transaction(_sides.records);
         _sides.records.MoveTree(path, place, _sides.service.ServerPath(path), _sides.service.ServerPath(place));
         transaction.Commit();
+        if (isFolder) {
+            _scope.Move(path, place);
+        }
     }
     return isDone;
 }
@@ -268,7 +271,7 @@ bool Moves::_IsSynced(const QString& path, bool isFolder) const {
 
 void Moves::RememberFolders() {
     RecordDatabase::Transaction transaction(_sides.records);
-    for (const FolderRecord& folder : _sides.records.FolderRecords()) {
+    for (const FolderRecord& folder : _sides.scope.FolderRecords()) {
         FolderRecord now = folder;
         if (_snapshot.HasFolder(folder.path)) {
             now.inode = _snapshot.entries.value(folder.path).fingerprint.inode;

@@ -17,19 +17,20 @@ namespace both {
 
 /// Finds what was renamed or moved on one side, here by what the file system knows it by and by its content, there by
 /// its id, and moves it on the other side, with its records. Where both sides moved it the service's place counts. What
-/// cannot be moved is left to be transferred and deleted. Brings the snapshot and the listing up to date. For one pass.
-/// Not thread-safe.
+/// cannot be moved is left to be transferred and deleted. Brings the snapshot, the listing and the scope up to date.
+/// For one pass. Not thread-safe.
 class Moves {
 public:
     /// The arguments outlive this object.
     Moves(const pass::PassSides& sides, const pass::FileComparison& comparison, const pass::RecordMaker& maker,
-          local::LocalSnapshot& snapshot, pass::RemoteTree& remote, pull::LocalChanges& changes,
+          local::LocalSnapshot& snapshot, pass::RemoteTree& remote, pass::PassScope& scope, pull::LocalChanges& changes,
           pass::PassReport& report)
         : _sides(sides),
           _comparison(comparison),
           _maker(maker),
           _snapshot(snapshot),
           _remote(remote),
+          _scope(scope),
           _changes(changes),
           _report(report) {}
 
@@ -69,6 +70,7 @@ private:
     const pass::RecordMaker& _maker;
     local::LocalSnapshot& _snapshot;
     pass::RemoteTree& _remote;
+    pass::PassScope& _scope;
     pull::LocalChanges& _changes;
     pass::PassReport& _report;
 };

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <utility>
 
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalError.h"
@@ -51,6 +52,95 @@ QVector<NamedLocalEntry> ListUnlessClosed(ILocalTree& tree, const QString& folde
     return {};
 }
 
+/// Looks at what lies here, and sorts it.
+class SnapshotMaker {
+public:
+    SnapshotMaker(ILocalTree& tree, const Exclusion& exclusion) : _tree(tree), _exclusion(exclusion) {}
+
+    LocalSnapshot Made() { return std::move(_snapshot); }
+
+    void AddBelow(const QString& top) {
+        QStringList folders(top);
+        while (!folders.isEmpty()) {
+            const QString folder = folders.takeLast();
+            const QString prefix = folder.isEmpty() ? folder : folder + QLatin1Char('/');
+            for (const NamedLocalEntry& entry : ListUnlessClosed(_tree, folder, _snapshot.closed)) {
+                const QString path = prefix + entry.name;
+                if (_Add(path, entry) && entry.kind == LocalEntry::Kind::Folder) {
+                    folders.append(path);
+                }
+            }
+        }
+    }
+
+    /// What lies in the same folder as something that was added before, if it is one.
+    void AddPlace(const QString& path, bool isWhole) {
+        if (_snapshot.entries.contains(path) || !_snapshot.HasFolder(FolderOf(path)) || _IsClosed(FolderOf(path))) {
+            return;
+        }
+        NamedLocalEntry entry;
+        if (!_Look(path, entry) || !_Add(path, entry) || entry.kind != LocalEntry::Kind::Folder) {
+            return;
+        }
+        NamedLocalEntry hidden;
+        if (isWhole) {
+            AddBelow(path);
+        } else if (_Look(path + QLatin1Char('/') + store::RecordDatabase::HiddenFolder(), hidden)) {
+            ListUnlessClosed(_tree, path, _snapshot.closed);
+        }
+    }
+
+private:
+    bool _IsClosed(const QString& folder) const {
+        return std::any_of(_snapshot.closed.begin(), _snapshot.closed.end(),
+                           [&folder](const SyncEvent& closed) { return closed.path == folder; });
+    }
+
+    bool _Look(const QString& path, NamedLocalEntry& entry) {
+        try {
+            const std::optional<LocalEntry> found = _tree.Look(path);
+            static_cast<LocalEntry&>(entry) = found.value_or(LocalEntry());
+            entry.name = NameOf(path);
+            return found.has_value();
+        } catch (const LocalError& e) {
+            if (e.ConcernsWholeDisk()) {
+                throw;
+            }
+            // The reason is that of the folder.
+            ListUnlessClosed(_tree, FolderOf(path), _snapshot.closed);
+            if (!_IsClosed(FolderOf(path))) {
+                throw;
+            }
+            return false;
+        }
+    }
+
+    /// False when it is left alone.
+    bool _Add(const QString& path, const NamedLocalEntry& entry) {
+        if (entry.kind == LocalEntry::Kind::File && entry.isUtf8 && IsTemporaryName(entry.name)) {
+            _snapshot.temporaryFiles.append(path);
+            return false;
+        }
+        const bool isFolder = entry.kind == LocalEntry::Kind::Folder;
+        if (entry.name == store::RecordDatabase::HiddenFolder() ||
+            (isFolder ? _exclusion.HasFolder(path) : _exclusion.HasFile(path))) {
+            return false;
+        }
+        const QString reason = entry.isUtf8 ? ReasonAgainst(entry.name) : QStringLiteral("the name is not UTF-8");
+        if (!reason.isEmpty()) {
+            _snapshot.refused.append({SyncEvent::Kind::Refused, path, reason});
+            return false;
+        }
+        _snapshot.entries.insert(path, entry);
+        _snapshot.hasOthers = _snapshot.hasOthers || entry.kind == LocalEntry::Kind::Other;
+        return true;
+    }
+
+    ILocalTree& _tree;
+    const Exclusion& _exclusion;
+    LocalSnapshot _snapshot;
+};
+
 }  // namespace
 
 bool LocalSnapshot::Has(const QString& path, LocalEntry::Kind kind) const {
@@ -60,6 +150,9 @@ bool LocalSnapshot::Has(const QString& path, LocalEntry::Kind kind) const {
 
 QStringList LocalSnapshot::Others() const {
     QStringList others;
+    if (!hasOthers) {
+        return others;
+    }
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         if (entry->kind == LocalEntry::Kind::Other) {
             others.append(entry.key());
@@ -80,35 +173,35 @@ void LocalSnapshot::Move(const QString& from, const QString& to) {
     entries.insert(to, entries.take(from));
 }
 
-LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
-    LocalSnapshot snapshot;
-    QStringList folders(QString{});
-    while (!folders.isEmpty()) {
-        const QString folder = folders.takeLast();
-        const QString prefix = folder.isEmpty() ? folder : folder + QLatin1Char('/');
-        for (const NamedLocalEntry& entry : ListUnlessClosed(tree, folder, snapshot.closed)) {
-            const QString path = prefix + entry.name;
-            const bool isFolder = entry.kind == LocalEntry::Kind::Folder;
-            if (entry.kind == LocalEntry::Kind::File && entry.isUtf8 && IsTemporaryName(entry.name)) {
-                snapshot.temporaryFiles.append(path);
-                continue;
-            }
-            if (entry.name == store::RecordDatabase::HiddenFolder() ||
-                (isFolder ? exclusion.HasFolder(path) : exclusion.HasFile(path))) {
-                continue;
-            }
-            const QString reason = entry.isUtf8 ? ReasonAgainst(entry.name) : QStringLiteral("the name is not UTF-8");
-            if (!reason.isEmpty()) {
-                snapshot.refused.append({SyncEvent::Kind::Refused, path, reason});
-                continue;
-            }
-            snapshot.entries.insert(path, entry);
-            if (isFolder) {
-                folders.append(path);
-            }
+LocalSnapshot LocalSnapshot::Of(const QSet<QString>& places) const {
+    LocalSnapshot part;
+    part.refused = refused;
+    part.closed = closed;
+    part.hasOthers = hasOthers;
+    for (const QString& path : places) {
+        const auto entry = entries.find(path);
+        if (entry != entries.end()) {
+            part.entries.insert(path, *entry);
         }
     }
-    return snapshot;
+    return part;
+}
+
+LocalSnapshot LocalSnapshot::Of(ILocalTree& tree, const Exclusion& exclusion) {
+    SnapshotMaker maker(tree, exclusion);
+    maker.AddBelow(QString());
+    return maker.Made();
+}
+
+LocalSnapshot LocalSnapshot::OfPlaces(ILocalTree& tree, const Exclusion& exclusion, const QSet<QString>& places,
+                                      const QSet<QString>& whole) {
+    SnapshotMaker maker(tree, exclusion);
+    QStringList paths = places.values();
+    std::sort(paths.begin(), paths.end());
+    for (const QString& path : paths) {
+        maker.AddPlace(path, whole.contains(path));
+    }
+    return maker.Made();
 }
 
 }  // namespace local

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -16,6 +17,8 @@ namespace local {
 struct LocalSnapshot {
     /// By their paths; without what is excluded, temporary and hidden.
     QHash<QString, LocalEntry> entries;
+    /// Whether any of them may be neither a file nor a folder.
+    bool hasOthers = false;
     /// Leftovers of a pass that died, and of nobody else.
     QStringList temporaryFiles;
     /// What no pass can sync, with the reason.
@@ -33,8 +36,15 @@ struct LocalSnapshot {
     /// What was at `from`, with everything in it, is at `to` now, where nothing was.
     void Move(const QString& from, const QString& to);
 
+    /// The same of these places alone.
+    LocalSnapshot Of(const QSet<QString>& places) const;
+
     /// Throws LocalError.
     static LocalSnapshot Of(ILocalTree& tree, const Exclusion& exclusion);
+    /// Only of these places, among which are the folders that they lie in; of those in `whole` with all that lies below
+    /// them. Throws LocalError.
+    static LocalSnapshot OfPlaces(ILocalTree& tree, const Exclusion& exclusion, const QSet<QString>& places,
+                                  const QSet<QString>& whole);
 };
 
 }  // namespace local

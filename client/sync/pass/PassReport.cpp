@@ -30,6 +30,9 @@ bool IsRefusal(int status) {
 
 void PassReport::Tell(const SyncEvent& event) {
     _hasProblems = _hasProblems || event.IsProblem() || (_options.isStrict && event.kind == SyncEvent::Kind::Skipped);
+    if (event.IsProblem()) {
+        _open.insert(event.path);
+    }
     _hasFailed = _hasFailed || event.kind == SyncEvent::Kind::Failed;
     _observer.OnEvent(event);
 }

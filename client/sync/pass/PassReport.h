@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <QVector>
 #include <exception>
@@ -20,6 +21,11 @@ public:
     void Tell(const report::SyncEvent& event);
     void Tell(report::SyncEvent::Kind kind, const QString& path, const QString& detail = QString(), qint64 bytes = 0);
     void Tell(const QVector<report::SyncEvent>& events);
+    /// Something is left to the next pass, of which nobody has to be told.
+    void LeaveOpen(const QString& path) { _open.insert(path); }
+    /// The paths of all that the next pass has to look at again.
+    const QSet<QString>& Open() const { return _open; }
+
     void TellProgress(const report::SyncProgress& progress) { _observer.OnProgress(progress); }
 
     /// Tells why something failed. Throws `error` when it concerns all files: the credentials, the disk, when the
@@ -41,6 +47,7 @@ private:
     bool _hasProblems = false;
     bool _hasFailed = false;
     int _failuresInARow = 0;
+    QSet<QString> _open;
 };
 
 }  // namespace pass

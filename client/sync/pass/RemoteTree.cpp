@@ -214,12 +214,14 @@ void RemoteTree::_RemoveRefused() {
     if (_refusedPaths.isEmpty()) {
         return;
     }
+    const size_t before = _folders.size() + static_cast<size_t>(_files.size());
     for (auto folder = _folders.begin(); folder != _folders.end();) {
         folder = IsRefused(*folder) ? _folders.erase(folder) : std::next(folder);
     }
     for (auto file = _files.begin(); file != _files.end();) {
         file = IsRefused(file.key()) ? _files.erase(file) : std::next(file);
     }
+    _hasLeftOut = _hasLeftOut || _folders.size() + static_cast<size_t>(_files.size()) < before;
 }
 
 }  // namespace pass

@@ -62,6 +62,8 @@ public:
 
     /// Whether any file has a checksum, as the service's have.
     bool HasChecksums() const { return _hasChecksums; }
+    /// The files of the service are known to have checksums.
+    void ExpectChecksums() { _hasChecksums = true; }
     bool HasFile(const QString& path) const { return _files.contains(path); }
     bool HasFolder(const QString& path) const { return path.isEmpty() || _folders.count(path) != 0; }
     /// Whether the listing had something at `path`, or above it, that was refused: nobody knows what is there.
@@ -71,6 +73,10 @@ public:
     bool HasRefusedBelow(const QString& path) const;
 
     const QVector<report::SyncEvent>& Refused() const { return _refused; }
+
+    /// The places that nobody looks at, and whether the service has anything at or below them.
+    const QSet<QString>& RefusedPaths() const { return _refusedPaths; }
+    bool HasLeftOut() const { return _hasLeftOut; }
 
 private:
     /// The path below the service's folder of the entry `name` at `serverPath`; empty when it is left out.
@@ -85,6 +91,7 @@ private:
     QHash<QString, QString> _folderIds;
     bool _hasChecksums = false;
     QSet<QString> _refusedPaths;
+    bool _hasLeftOut = false;
     QVector<report::SyncEvent> _refused;
 };
 

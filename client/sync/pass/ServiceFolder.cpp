@@ -13,6 +13,11 @@ QString ServiceFolder::ServerPath(const QString& path) const {
                                                          : folder.serverPath + QLatin1Char('/') + path;
 }
 
+QString ServiceFolder::PathBelow(const QString& serverPath) const {
+    const QString prefix = folder.serverPath.isEmpty() ? QString() : folder.serverPath + QLatin1Char('/');
+    return serverPath.startsWith(prefix) ? serverPath.mid(prefix.size()) : QString();
+}
+
 sync::config::FolderConfiguration ServiceFolder::FolderAt(const QString& path) const {
     sync::config::FolderConfiguration below = folder;
     if (!path.isEmpty()) {

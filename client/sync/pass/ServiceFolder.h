@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 
+#include "client/changes/IChangeSource.h"
 #include "client/content/IContentConnection.h"
 #include "host/configuration/FolderConfiguration.h"
 #include "host/core/SyncException.h"
@@ -26,6 +27,8 @@ struct ServiceFolder {
     /// Returns how many there are. Throws what the library throws.
     std::function<int(const sync::config::FolderConfiguration& folder)> keepListing;
     std::function<void()> forgetListings;
+    /// Tells what changed in the folder to sync; null where nobody does.
+    std::shared_ptr<changes::IChangeSource> changes;
     /// A session for one thread.
     std::function<std::unique_ptr<content::IContentConnection>()> newConnection;
     /// The URL of a server path; empty when there is none for it.
@@ -45,6 +48,8 @@ struct ServiceFolder {
 
     /// The server path of what lies at `path` below the folder.
     QString ServerPath(const QString& path) const;
+    /// The path below the folder of what lies at `serverPath`; empty when that is not below it.
+    QString PathBelow(const QString& serverPath) const;
     /// The record from which the library works on the folder at `path` below the folder.
     sync::config::FolderConfiguration FolderAt(const QString& path) const;
     /// Of the content of the file at `path` below the folder; empty when there is none for it.

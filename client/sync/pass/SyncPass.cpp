@@ -40,15 +40,24 @@ QString LastFilterSetting() {
 SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::RecordDatabase& records,
                    const SyncOptions& options, ISyncObserver& observer)
     : _dryRunTree(tree),
-      _sides{service, options.isDryRun ? _dryRunTree : tree, records, options, options.exclusion},
+      _scope(records),
+      _sides{service, options.isDryRun ? _dryRunTree : tree, records, options, options.exclusion, _scope},
       _trash(_sides.tree, QDateTime::currentDateTimeUtc(), options.daysKept),
       _installer(_sides.tree, records, _trash),
       _report(options, observer) {}
 
 LocalSnapshot SyncPass::Begin() {
+    Prepare();
+    return Look();
+}
+
+void SyncPass::Prepare() {
     _CheckAddress();
     _report.Tell(_installer.Recover());
     _report.Tell(_trash.RemoveOld());
+}
+
+LocalSnapshot SyncPass::Look() {
     LocalSnapshot snapshot = LocalSnapshot::Of(_sides.tree, _sides.exclusion);
     QSet<QString> parts;
     for (const store::PartialDownload& part : _sides.records.PartialDownloads()) {
@@ -96,7 +105,7 @@ SyncPass::Listing SyncPass::ListOrMake(const LocalSnapshot& snapshot) {
     }
     _report.Tell(SyncEvent::Kind::FolderSent, QStringLiteral("."));
     Listing listing;
-    listing.tree.emplace(_TreeOf({}, {}, snapshot));
+    listing.tree.emplace(TreeOf({}, {}, snapshot));
     return listing;
 }
 
@@ -113,7 +122,7 @@ std::optional<SyncPass::Listing> SyncPass::_Ask(const QDateTime& since, const Lo
     Listing listing;
     listing.at = folder.getLastServerSyncRequestTime();
     if (status == 0) {
-        listing.tree.emplace(_TreeOf(*folders, *files, snapshot));
+        listing.tree.emplace(TreeOf(*folders, *files, snapshot));
     }
     _RemoveUselessParts(listing);
     return listing;
@@ -135,16 +144,31 @@ void SyncPass::_RemoveUselessParts(const Listing& listing) {
     }
 }
 
-RemoteTree SyncPass::_TreeOf(const QVector<FolderConfiguration>& folders, const QVector<FileConfiguration>& files,
-                             const LocalSnapshot& snapshot) {
+RemoteTree SyncPass::TreeOf(const QVector<FolderConfiguration>& folders, const QVector<FileConfiguration>& files,
+                            const LocalSnapshot& snapshot) {
     RemoteTree tree(_sides.service, folders, files, _sides.exclusion);
-    _sides.records.WriteSetting(AddressSetting(), _sides.service.address);
-    tree.RefuseClashes(snapshot.entries.keys(), _sides.tree.TellsCaseApart(), _sides.tree.TellsUnicodeFormsApart());
+    if (_sides.records.Setting(AddressSetting()).isEmpty()) {
+        _sides.records.WriteSetting(AddressSetting(), _sides.service.address);
+    }
+    _RefuseClashes(tree, snapshot);
     _report.Tell(tree.Refused());
     for (const SyncEvent& closed : snapshot.closed) {
         tree.LeaveOut(closed.path);
     }
     return tree;
+}
+
+void SyncPass::_RefuseClashes(RemoteTree& tree, const LocalSnapshot& snapshot) {
+    const bool tellsCaseApart = _sides.tree.TellsCaseApart();
+    const bool tellsFormsApart = _sides.tree.TellsUnicodeFormsApart();
+    if (tellsCaseApart && tellsFormsApart) {
+        return;
+    }
+    QStringList paths = snapshot.entries.keys();
+    if (!_scope.IsWhole()) {
+        paths += _sides.records.FilePaths() + _sides.records.Folders();
+    }
+    tree.RefuseClashes(paths, tellsCaseApart, tellsFormsApart);
 }
 
 void SyncPass::_ThrowMissing() const {

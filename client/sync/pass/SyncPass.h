@@ -32,9 +32,14 @@ public:
     const PassSides& Sides() const { return _sides; }
     local::Installer& Installing() { return _installer; }
     PassReport& Report() { return _report; }
+    PassScope& Scope() { return _scope; }
 
-    /// Checks that the folder belongs to the service's folder, clears up after a pass that died and what is too old in
-    /// the trash, and looks through the folder. Throws WrongFolder, LocalError and StoreError.
+    /// Checks that the folder belongs to the service's folder, and clears up after a pass that died and what is too old
+    /// in the trash. Throws WrongFolder, LocalError and StoreError.
+    void Prepare();
+    /// Looks through the folder. Throws LocalError.
+    local::LocalSnapshot Look();
+    /// Both.
     local::LocalSnapshot Begin();
 
     /// Asks for what changed since `since`, or for everything when that is invalid. Throws what the library throws, and
@@ -50,6 +55,10 @@ public:
     /// made: not those above it. Throws as the other.
     Listing ListOrMake(const local::LocalSnapshot& snapshot);
 
+    /// What the service has, without what cannot be synced, of which it tells.
+    RemoteTree TreeOf(const QVector<sync::config::FolderConfiguration>& folders,
+                      const QVector<sync::config::FileConfiguration>& files, const local::LocalSnapshot& snapshot);
+
     /// Carries `pass` out and tells how it ended.
     report::SyncOutcome Run(const std::function<void()>& pass) const;
 
@@ -59,11 +68,11 @@ private:
     std::optional<Listing> _Ask(const QDateTime& since, const local::LocalSnapshot& snapshot);
     /// Removes what earlier passes left of downloads of which the service has that version no more.
     void _RemoveUselessParts(const Listing& listing);
-    RemoteTree _TreeOf(const QVector<sync::config::FolderConfiguration>& folders,
-                       const QVector<sync::config::FileConfiguration>& files, const local::LocalSnapshot& snapshot);
+    void _RefuseClashes(RemoteTree& tree, const local::LocalSnapshot& snapshot);
     void _ThrowMissing() const;
 
     local::DryRunTree _dryRunTree;
+    PassScope _scope;
     const PassSides _sides;
     local::Trash _trash;
     local::Installer _installer;

@@ -71,7 +71,7 @@ FileView FileViews::At(const QString& path) const {
 
 QStringList FileViews::PathsHere() const {
     QStringList paths = _snapshot.entries.keys();
-    for (const QString& path : _sides.records.FilePaths()) {
+    for (const QString& path : _sides.scope.Files()) {
         if (!_snapshot.entries.contains(path) && !_sides.exclusion.HasFileAt(path)) {
             paths.append(path);
         }

@@ -90,6 +90,8 @@ void LocalChanges::_DeleteFolders(const QStringList& folders, QSet<QString> unfi
             if (_tree.RemoveFolder(path)) {
                 _snapshot.entries.remove(path);
                 _report.Tell(SyncEvent::Kind::Deleted, path);
+            } else {
+                _report.LeaveOpen(path);
             }
             // One that still holds something else is this side's own from now on.
             if (!unfinished.contains(path)) {

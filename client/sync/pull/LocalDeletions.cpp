@@ -11,8 +11,12 @@ using report::Cancelled;
 using report::SyncEvent;
 
 bool LocalDeletions::MayDelete(int deletions) {
+    if (deletions == 0) {
+        return true;
+    }
     const int files = _sides.records.FileCount();
-    if (_sides.options.deletionLimit.Allows(deletions, files, !_remote.AllFiles().isEmpty())) {
+    const bool isAnyThere = !_remote.AllFiles().isEmpty() || _sides.scope.LeavesFilesOut();
+    if (_sides.options.deletionLimit.Allows(deletions, files, isAnyThere)) {
         return true;
     }
     _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),

@@ -40,12 +40,12 @@ bool IsInTheWay(const RemoteTree& remote, const QString& path) {
 
 PullPlan::Deletions PullPlan::FindGone() const {
     Deletions deletions;
-    for (const QString& path : _sides.records.FilePaths()) {
+    for (const QString& path : _sides.scope.Files()) {
         if (!_remote.HasFile(path) && !_remote.IsRefused(path) && !_sides.exclusion.HasFileAt(path)) {
             _FindGoneFile(path, deletions);
         }
     }
-    for (const QString& path : _sides.records.Folders()) {
+    for (const QString& path : _sides.scope.Folders()) {
         if (_remote.HasFolder(path) || _remote.IsRefused(path) || _sides.exclusion.HasFolderAt(path)) {
             continue;
         }
@@ -87,7 +87,7 @@ PullPlan::Folders PullPlan::FindFolders(const QSet<QString>& needed) const {
     Folders folders;
     QSet<QString> deleted;
     if (_views.Way() == Direction::Both) {
-        const QStringList known = _sides.records.Folders();
+        const QStringList known = _sides.scope.Folders();
         deleted = QSet<QString>(known.begin(), known.end()) - needed;
     }
     QSet<QString> missing;
@@ -172,7 +172,8 @@ RecordChanges PullPlan::FindEndedConflicts() const {
     RecordChanges changes;
     for (const ConflictCopy& copy : _sides.records.Copies()) {
         // The disk is asked, because the snapshot has no excluded files.
-        if (!_inConflict.contains(copy.path) && !_sides.tree.Look(copy.copy)) {
+        const bool isLookedAt = _sides.scope.IsWhole() || _sides.scope.Paths().contains(copy.path);
+        if (isLookedAt && !_inConflict.contains(copy.path) && !_sides.tree.Look(copy.copy)) {
             changes.forgottenCopies.append(copy);
         }
     }

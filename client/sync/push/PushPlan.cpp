@@ -48,14 +48,14 @@ QString BlockedText(const FileView& view) {
 PushPlan::PushPlan(const PassSides& sides, const FileViews& views, const RecordMaker& maker, const RemoteTree& remote,
                    const LocalSnapshot& snapshot)
     : _sides(sides), _views(views), _maker(maker), _remote(remote), _snapshot(snapshot) {
-    for (const QString& folder : _sides.records.Folders()) {
+    for (const QString& folder : _sides.scope.Folders()) {
         _knownFolders.insert(folder);
     }
 }
 
 PushPlan::Deletions PushPlan::FindGone() const {
     Deletions deletions;
-    for (const QString& path : _sides.records.FilePaths()) {
+    for (const QString& path : _sides.scope.Files()) {
         const bool isOnlyThere = _remote.HasFile(path) && !_snapshot.Has(path, LocalEntry::Kind::File);
         if (!isOnlyThere || _sides.exclusion.HasFileAt(path)) {
             continue;
@@ -78,7 +78,7 @@ PushPlan::Deletions PushPlan::FindGone() const {
 }
 
 void PushPlan::_FindGoneFolders(Deletions& deletions) const {
-    for (const QString& path : _sides.records.Folders()) {
+    for (const QString& path : _sides.scope.Folders()) {
         if (_remote.HasFolder(path) && !_snapshot.HasFolder(path) && !_sides.exclusion.HasFolderAt(path)) {
             (IsInTheWay(_snapshot, path) ? deletions.inTheWay : deletions.others).folders.append(path);
         }

@@ -23,10 +23,8 @@ bool RemoteDeletions::MayDelete(int deletions) {
     const QString known = _sides.records.Setting(FolderSetting());
     const QString now = _sides.tree.Identity();
     const bool isReplaced = !known.isEmpty() && known != now;
-    const bool isAnyHere = std::any_of(_snapshot.entries.begin(), _snapshot.entries.end(),
-                                       [](const LocalEntry& entry) { return entry.kind == LocalEntry::Kind::File; });
-    const int files = _sides.records.FileCount();
-    const bool isAllowed = _sides.options.deletionLimit.Allows(deletions, files, isAnyHere);
+    const int files = deletions == 0 ? 0 : _sides.records.FileCount();
+    const bool isAllowed = deletions == 0 || _sides.options.deletionLimit.Allows(deletions, files, _IsAnyHere());
     if (isAllowed && (deletions == 0 || !isReplaced || _sides.options.deletionLimit.IsRead())) {
         if (known != now) {
             _sides.records.WriteSetting(FolderSetting(), now);
@@ -47,6 +45,12 @@ bool RemoteDeletions::MayDelete(int deletions) {
     return false;
 }
 
+bool RemoteDeletions::_IsAnyHere() const {
+    return _sides.scope.LeavesFilesOut() ||
+           std::any_of(_snapshot.entries.begin(), _snapshot.entries.end(),
+                       [](const LocalEntry& entry) { return entry.kind == LocalEntry::Kind::File; });
+}
+
 void RemoteDeletions::Delete(const PushPlan::Gone& gone) {
     _DeleteFiles(gone.files);
     std::for_each(gone.folders.crbegin(), gone.folders.crend(), [this](const QString& path) {
@@ -60,6 +64,9 @@ void RemoteDeletions::Keep(const PushPlan::Gone& gone) {
         _report.Tell(SyncEvent::Kind::Kept, file.path,
                      QStringLiteral("it was deleted here; the service still has it, because not everything could be "
                                     "transferred"));
+    }
+    for (const QString& folder : gone.folders) {
+        _report.LeaveOpen(folder);
     }
 }
 

@@ -37,6 +37,7 @@ public:
     void Keep(const PushPlan::Gone& gone);
 
 private:
+    bool _IsAnyHere() const;
     void _DeleteFiles(const std::deque<PushOrder>& files);
     void _DeleteFolder(const QString& path);
     /// False when something is in it, of which it tells.

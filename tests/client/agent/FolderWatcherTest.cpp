@@ -236,4 +236,37 @@ TEST(FolderWatcherLimitTest, AReachedLimitIsToldWithTheWayOutAndNothingIsWatched
     EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
+TEST_F(FolderWatcherTest, HandsOutThePathsOfWhatChanged) {
+    const auto changed = [this] {
+        _watcher.TakeChanges();
+        return _watcher.HandOutPaths();
+    };
+    // What was there before it watched may be anything.
+    EXPECT_FALSE(changed());
+    EXPECT_EQ(changed(), QSet<QString>());
+    Write("a/file");
+    Write("a/x.tmp");
+    EXPECT_EQ(changed(), QSet<QString>({Text("a/file")}));
+    ASSERT_TRUE(QDir().rename(Path(Text("a/b")), Path(Text("d"))));
+    EXPECT_EQ(changed(), QSet<QString>({Text("a/b"), Text("d")}));
+    Write("d/c/new");
+    EXPECT_EQ(changed(), QSet<QString>({Text("d/c/new")}));
+    MakeFolder("e/f");
+    EXPECT_EQ(changed(), QSet<QString>({Text("e")}));
+    _watcher.Doubt();
+    Write("a/file");
+    EXPECT_FALSE(changed());
+    EXPECT_EQ(changed(), QSet<QString>());
+}
+
+TEST_F(FolderWatcherTest, APathThatIsNotUtf8MayBeAnything) {
+    _watcher.HandOutPaths();
+    const QByteArray name = _folder.path().toUtf8() + "/\xE9";
+    const int file = open(name.constData(), O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
+    ASSERT_GE(file, 0);
+    close(file);
+    EXPECT_TRUE(_watcher.TakeChanges());
+    EXPECT_FALSE(_watcher.HandOutPaths());
+}
+
 }  // namespace

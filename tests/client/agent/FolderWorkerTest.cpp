@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <vector>
 
 #include "tests/fakes/Text.h"
 
@@ -37,10 +38,11 @@ public:
         Add([result](const std::atomic<bool>&, ISyncObserver&) { return result; });
     }
 
-    PassResult Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) {
+    PassResult Run(const std::atomic<bool>& isStopped, ISyncObserver& observer, const IFolderPass::Paths& changedHere) {
         Pass pass;
         {
             const std::lock_guard<std::mutex> lock(_mutex);
+            _changedHere.push_back(changedHere);
             if (!_passes.empty()) {
                 pass = _passes.front();
                 _passes.pop_front();
@@ -51,6 +53,12 @@ public:
         ++_count;
         _changed.notify_all();
         return result;
+    }
+
+    /// Of the pass of that number, from 0 on.
+    IFolderPass::Paths ChangedHere(size_t pass) {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return _changedHere.at(pass);
     }
 
     /// Whether so many passes have come to their end.
@@ -68,6 +76,7 @@ private:
     std::mutex _mutex;
     std::condition_variable _changed;
     std::deque<Pass> _passes;
+    std::vector<IFolderPass::Paths> _changedHere;
     int _count = 0;
 };
 
@@ -75,8 +84,8 @@ class ScriptedPass : public IFolderPass {
 public:
     explicit ScriptedPass(Script& script) : _script(script) {}
 
-    PassResult Run(const std::atomic<bool>& isStopped, ISyncObserver& observer) override {
-        return _script.Run(isStopped, observer);
+    PassResult Run(const std::atomic<bool>& isStopped, ISyncObserver& observer, const Paths& changedHere) override {
+        return _script.Run(isStopped, observer, changedHere);
     }
     ServiceWishes AskWishes() override {
         return {std::chrono::seconds(3600), std::chrono::seconds(0), Text("KQ99_1_WIN")};
@@ -265,6 +274,35 @@ TEST_F(FolderWorkerTest, AFolderThatIsNotThereIsToldOf) {
     _folder.directory = _directory.filePath(Text("missing"));
     Start();
     EXPECT_EQ(StatusWhen(IsWaiting).notWatched, Text("No such file or directory"));
+}
+
+TEST_F(FolderWorkerTest, APassIsToldWhatChangedSinceTheOneBefore) {
+    _script.Add([this](const std::atomic<bool>&, ISyncObserver&) {
+        Write("during");
+        return PassResult{PassEnd::LeftSome, QString()};
+    });
+    Start();
+    ASSERT_TRUE(_script.HasRun(2));
+    EXPECT_FALSE(_script.ChangedHere(0));
+    EXPECT_EQ(_script.ChangedHere(1), QSet<QString>({Text("during")}));
+    Write("later");
+    ASSERT_TRUE(_script.HasRun(3));
+    EXPECT_EQ(_script.ChangedHere(2), QSet<QString>({Text("later")}));
+    _worker->TryAgain();
+    ASSERT_TRUE(_script.HasRun(4));
+    EXPECT_EQ(_script.ChangedHere(3), QSet<QString>());
+}
+
+TEST_F(FolderWorkerTest, AfterAFailureAPassLooksAtEverything) {
+    _script.Add({PassEnd::InStep, QString()});
+    _script.Add({PassEnd::Failed, QString()});
+    Start();
+    ASSERT_TRUE(_script.HasRun(1));
+    StatusWhen(IsWaiting);
+    _worker->TryAgain();
+    ASSERT_TRUE(_script.HasRun(3));
+    EXPECT_EQ(_script.ChangedHere(1), QSet<QString>());
+    EXPECT_FALSE(_script.ChangedHere(2));
 }
 
 }  // namespace

@@ -154,6 +154,18 @@ TEST_F(SyncCollectionTest, TokenThatIsNotOfThisRunIsRefused) {
     EXPECT_EQ(answer.status, 403);
 }
 
+TEST_F(SyncCollectionTest, TokenFromTheTimeToComeIsRefused) {
+    Status("PUT", "/a", {}, "x");
+    Changes();
+    const std::size_t time = lastToken.rfind(':') + 1;
+    const auto later = [&](long milliseconds) {
+        return lastToken.substr(0, time) + std::to_string(std::stol(lastToken.substr(time)) + milliseconds);
+    };
+    EXPECT_FALSE(IsTokenRefused(later(0)));
+    EXPECT_TRUE(IsTokenRefused(later(1)));
+    EXPECT_TRUE(IsTokenRefused(later(86400000)));
+}
+
 TEST_F(SyncCollectionTest, TokenOfACollectionStaysUntilSomethingChanges) {
     folder.Write("d/f", "x");
     Changes();

@@ -16,8 +16,11 @@ using ::sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-class MovesTest : public tests::SyncTest {
+/// With a service that is asked for everything, and with one that tells what changed.
+class MovesTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
 protected:
+    MovesTest() { service.tellsChanges = GetParam(); }
+
     /// Both sides are in step with these files, and each knows what it has.
     void Begin(const std::vector<const char*>& paths) {
         for (const char* path : paths) {
@@ -43,7 +46,7 @@ protected:
     }
 };
 
-TEST_F(MovesTest, AFileThatIsRenamedHereIsMovedThere) {
+TEST_P(MovesTest, AFileThatIsRenamedHereIsMovedThere) {
     for (const bool isPlain : {false, true}) {
         service.isPlain = isPlain;
         service.listsTags = isPlain;
@@ -62,7 +65,7 @@ TEST_F(MovesTest, AFileThatIsRenamedHereIsMovedThere) {
     }
 }
 
-TEST_F(MovesTest, AFileThatIsRenamedThereIsMovedHere) {
+TEST_P(MovesTest, AFileThatIsRenamedThereIsMovedHere) {
     Begin({"a", "b"});
     service.AddFolder(Text("f"));
     service.Move(Text("a"), Text("f/c"));
@@ -72,7 +75,7 @@ TEST_F(MovesTest, AFileThatIsRenamedThereIsMovedHere) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, AFolderThatIsRenamedHereIsOneRequestThere) {
+TEST_P(MovesTest, AFolderThatIsRenamedHereIsOneRequestThere) {
     Begin({"f/a", "f/g/b", "f/g/c"});
     Rename("f", "h");
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
@@ -82,7 +85,7 @@ TEST_F(MovesTest, AFolderThatIsRenamedHereIsOneRequestThere) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, AFolderThatIsRenamedThereIsRenamedHere) {
+TEST_P(MovesTest, AFolderThatIsRenamedThereIsRenamedHere) {
     Begin({"f/a", "f/g/b", "f/g/c"});
     service.Move(Text("f"), Text("h"));
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
@@ -92,7 +95,7 @@ TEST_F(MovesTest, AFolderThatIsRenamedThereIsRenamedHere) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, FoldersAndFilesMoveInOnePassOnBothSides) {
+TEST_P(MovesTest, FoldersAndFilesMoveInOnePassOnBothSides) {
     Begin({"f/a", "f/b", "g/c", "g/d", "e"});
     Rename("f", "h");
     Rename("h/a", "h/renamed");
@@ -106,7 +109,7 @@ TEST_F(MovesTest, FoldersAndFilesMoveInOnePassOnBothSides) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, WhereBothSidesMovedItTheServicesPlaceCounts) {
+TEST_P(MovesTest, WhereBothSidesMovedItTheServicesPlaceCounts) {
     Begin({"a", "f/b"});
     Rename("a", "mine");
     service.Move(Text("a"), Text("theirs"));
@@ -119,7 +122,7 @@ TEST_F(MovesTest, WhereBothSidesMovedItTheServicesPlaceCounts) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, TheSameMoveOnBothSidesIsOnlyRecorded) {
+TEST_P(MovesTest, TheSameMoveOnBothSidesIsOnlyRecorded) {
     Begin({"a", "f/b"});
     Rename("a", "c");
     service.Move(Text("a"), Text("c"));
@@ -131,7 +134,7 @@ TEST_F(MovesTest, TheSameMoveOnBothSidesIsOnlyRecorded) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, ChangesGoWithTheMove) {
+TEST_P(MovesTest, ChangesGoWithTheMove) {
     Begin({"f/a", "f/b", "g/c"});
     Rename("f", "h");
     Write("h/a", "mine");
@@ -146,7 +149,7 @@ TEST_F(MovesTest, ChangesGoWithTheMove) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, AFileThatIsRenamedAndChangedThereIsSoHere) {
+TEST_P(MovesTest, AFileThatIsRenamedAndChangedThereIsSoHere) {
     for (const char* path : {"a", "b"}) {
         Write(path, "1");
         // What is as young as the test is read by every pass.
@@ -164,7 +167,7 @@ TEST_F(MovesTest, AFileThatIsRenamedAndChangedThereIsSoHere) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, NothingIsMovedOverWhatIsThere) {
+TEST_P(MovesTest, NothingIsMovedOverWhatIsThere) {
     Begin({"a", "f/b", "stays"});
     Rename("a", "c");
     Rename("f", "g");
@@ -178,7 +181,7 @@ TEST_F(MovesTest, NothingIsMovedOverWhatIsThere) {
     EXPECT_EQ(Content("g/x"), QByteArray("theirs"));
 }
 
-TEST_F(MovesTest, WhatTheServiceRefusesToMoveIsTransferred) {
+TEST_P(MovesTest, WhatTheServiceRefusesToMoveIsTransferred) {
     Begin({"a", "f/b", "stays"});
     Rename("a", "c");
     Rename("f", "g");
@@ -192,7 +195,7 @@ TEST_F(MovesTest, WhatTheServiceRefusesToMoveIsTransferred) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, ANewFolderWithTheNumberOfADeletedOneIsNoMove) {
+TEST_P(MovesTest, ANewFolderWithTheNumberOfADeletedOneIsNoMove) {
     Begin({"f/a", "stays"});
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
     // Whatever its number is.
@@ -202,7 +205,7 @@ TEST_F(MovesTest, ANewFolderWithTheNumberOfADeletedOneIsNoMove) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, ARenameWithoutItsRecordIsFoundAgain) {
+TEST_P(MovesTest, ARenameWithoutItsRecordIsFoundAgain) {
     Begin({"a", "f/b", "g/c", "d"});
     // As a pass that died right after it had moved them leaves both sides.
     Rename("a", "x");
@@ -215,7 +218,7 @@ TEST_F(MovesTest, ARenameWithoutItsRecordIsFoundAgain) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, ATrialOfMovesTellsTheSameAndChangesNothing) {
+TEST_P(MovesTest, ATrialOfMovesTellsTheSameAndChangesNothing) {
     Begin({"a", "f/b", "g/c"});
     Rename("a", "x");
     Rename("f", "y");
@@ -233,7 +236,7 @@ TEST_F(MovesTest, ATrialOfMovesTellsTheSameAndChangesNothing) {
     ExpectInStep();
 }
 
-TEST_F(MovesTest, AFolderIsNotMovedAsAWholeWithASyncedFolderInIt) {
+TEST_P(MovesTest, AFolderIsNotMovedAsAWholeWithASyncedFolderInIt) {
     Begin({"f/a", "f/inner/b"});
     ASSERT_TRUE(QDir().mkpath(Path("f/inner/.ovsync")));
     Rename("f", "g");
@@ -243,7 +246,7 @@ TEST_F(MovesTest, AFolderIsNotMovedAsAWholeWithASyncedFolderInIt) {
     EXPECT_EQ(Content("g/inner/b"), QByteArray("1 of f/inner/b"));
 }
 
-TEST_F(MovesTest, AConflictMovesWithItsFile) {
+TEST_P(MovesTest, AConflictMovesWithItsFile) {
     Begin({"f/a", "f/b"});
     Write("f/a", "mine");
     service.Put(Text("f/a"), "theirs");
@@ -255,5 +258,7 @@ TEST_F(MovesTest, AConflictMovesWithItsFile) {
     EXPECT_EQ(Contents().size(), 3U);
     EXPECT_EQ(service.Contents().size(), 2U);
 }
+
+INSTANTIATE_TEST_SUITE_P(TellsChanges, MovesTest, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace

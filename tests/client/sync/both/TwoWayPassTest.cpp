@@ -18,8 +18,11 @@ using ovsync::wire::TransactionError;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-class TwoWayPassTest : public tests::SyncTest {
+/// With a service that is asked for everything, and with one that tells what changed.
+class TwoWayPassTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
 protected:
+    TwoWayPassTest() { service.tellsChanges = GetParam(); }
+
     /// Both sides are in step with these files.
     void Begin(const std::vector<const char*>& paths) {
         for (const char* path : paths) {
@@ -39,6 +42,20 @@ protected:
         };
     }
 
+    /// Of a file that is deleted here, and changes there at a moment of the pass.
+    void ExpectThatAChangeStays(const char* moment) {
+        Begin({"a", "stays"});
+        Remove("a");
+        Before(moment, [this] { service.Put(Text("a"), "theirs"); });
+        EXPECT_EQ(Sync(), SyncOutcome::LeftSome) << moment;
+        EXPECT_EQ(Told(), QStringList(Text("Kept a"))) << moment;
+        EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+        EXPECT_EQ(Sync(), SyncOutcome::InStep) << moment;
+        EXPECT_EQ(Content("a"), QByteArray("theirs"));
+        Remove("a");
+        ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    }
+
     void ExpectInStep() {
         EXPECT_EQ(Contents(), service.Contents());
         EXPECT_EQ(Sync(), SyncOutcome::InStep);
@@ -46,7 +63,7 @@ protected:
     }
 };
 
-TEST_F(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
+TEST_P(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
     Write("f/mine", "1");
     service.Put(Text("g/theirs"), "2");
     disk.MakeFolder(Text("empty here"));
@@ -58,7 +75,7 @@ TEST_F(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, AFirstPassTransfersOnlyWhatDiffers) {
+TEST_P(TwoWayPassTest, AFirstPassTransfersOnlyWhatDiffers) {
     for (const char* same : {"a", "b", "c"}) {
         Write(same, "same");
         service.Put(Text(same), "same");
@@ -70,7 +87,7 @@ TEST_F(TwoWayPassTest, AFirstPassTransfersOnlyWhatDiffers) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, AFirstPassComparesTheContentItselfWhereThereAreNoChecksums) {
+TEST_P(TwoWayPassTest, AFirstPassComparesTheContentItselfWhereThereAreNoChecksums) {
     service.isPlain = true;
     for (const char* same : {"a", "b", "c"}) {
         Write(same, "same");
@@ -82,7 +99,7 @@ TEST_F(TwoWayPassTest, AFirstPassComparesTheContentItselfWhereThereAreNoChecksum
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, ChangesTravelBothWays) {
+TEST_P(TwoWayPassTest, ChangesTravelBothWays) {
     Begin({"a", "b"});
     Write("a", "mine");
     service.Put(Text("b"), "theirs");
@@ -91,7 +108,7 @@ TEST_F(TwoWayPassTest, ChangesTravelBothWays) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, DeletionsTravelBothWaysWithTheirFolders) {
+TEST_P(TwoWayPassTest, DeletionsTravelBothWaysWithTheirFolders) {
     Begin({"f/g/a", "h/i/b", "stays"});
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
     service.Remove(Text("h"));
@@ -104,7 +121,7 @@ TEST_F(TwoWayPassTest, DeletionsTravelBothWaysWithTheirFolders) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, DeletionsTravelOnAServerWithoutVersions) {
+TEST_P(TwoWayPassTest, DeletionsTravelOnAServerWithoutVersions) {
     service.isPlain = true;
     Begin({"f/a", "stays"});
     // What was sent is in doubt until its second is over.
@@ -116,7 +133,7 @@ TEST_F(TwoWayPassTest, DeletionsTravelOnAServerWithoutVersions) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, AChangeWinsOverADeletion) {
+TEST_P(TwoWayPassTest, AChangeWinsOverADeletion) {
     Begin({"f/gone here", "g/gone there"});
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
     service.Put(Text("f/gone here"), "theirs");
@@ -127,7 +144,7 @@ TEST_F(TwoWayPassTest, AChangeWinsOverADeletion) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, WhatIsNewInADeletedFolderKeepsIt) {
+TEST_P(TwoWayPassTest, WhatIsNewInADeletedFolderKeepsIt) {
     Begin({"f/a", "g/b", "c"});
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
     service.Put(Text("f/new"), "theirs");
@@ -138,7 +155,7 @@ TEST_F(TwoWayPassTest, WhatIsNewInADeletedFolderKeepsIt) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, AFolderThatHoldsWhatIsNotListedStays) {
+TEST_P(TwoWayPassTest, AFolderThatHoldsWhatIsNotListedStays) {
     Begin({"f/a", "stays"});
     service.unlisted.insert(Text("f/form"));
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
@@ -151,29 +168,21 @@ TEST_F(TwoWayPassTest, AFolderThatHoldsWhatIsNotListedStays) {
     EXPECT_TRUE(QDir(Path("f")).exists());
 }
 
-TEST_F(TwoWayPassTest, WhatChangesThereRightBeforeItIsDeletedStays) {
-    for (const bool isPlain : {false, true}) {
-        for (const char* moment : {"HEAD", "FIND", "DELETE"}) {
-            service.isPlain = isPlain;
-            service.listsTags = isPlain;
-            if (isPlain && qstrcmp(moment, "FIND") == 0) {
-                continue;
-            }
-            Begin({"a", "stays"});
-            Remove("a");
-            Before(moment, [this] { service.Put(Text("a"), "theirs"); });
-            EXPECT_EQ(Sync(), SyncOutcome::LeftSome) << moment;
-            EXPECT_EQ(Told(), QStringList(Text("Kept a"))) << moment;
-            EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
-            EXPECT_EQ(Sync(), SyncOutcome::InStep) << moment;
-            EXPECT_EQ(Content("a"), QByteArray("theirs"));
-            Remove("a");
-            ASSERT_EQ(Sync(), SyncOutcome::InStep);
-        }
+TEST_P(TwoWayPassTest, WhatChangesThereRightBeforeItIsDeletedStays) {
+    for (const char* moment : {"HEAD", "FIND", "DELETE"}) {
+        ExpectThatAChangeStays(moment);
     }
 }
 
-TEST_F(TwoWayPassTest, WhatIsHereAgainIsNotDeletedThere) {
+TEST_P(TwoWayPassTest, WhatChangesThereRightBeforeItIsDeletedStaysOnAServerWithoutVersions) {
+    service.isPlain = true;
+    service.listsTags = true;
+    for (const char* moment : {"HEAD", "DELETE"}) {
+        ExpectThatAChangeStays(moment);
+    }
+}
+
+TEST_P(TwoWayPassTest, WhatIsHereAgainIsNotDeletedThere) {
     Begin({"a", "stays"});
     Remove("a");
     Before("HEAD", [this] { Write("a", "again"); });
@@ -183,7 +192,7 @@ TEST_F(TwoWayPassTest, WhatIsHereAgainIsNotDeletedThere) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("again"));
 }
 
-TEST_F(TwoWayPassTest, NothingIsDeletedThereBeforeEverythingElseCouldBeDone) {
+TEST_P(TwoWayPassTest, NothingIsDeletedThereBeforeEverythingElseCouldBeDone) {
     Begin({"a", "stays"});
     Remove("a");
     Write("new", "1");
@@ -199,7 +208,7 @@ TEST_F(TwoWayPassTest, NothingIsDeletedThereBeforeEverythingElseCouldBeDone) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("(none)"));
 }
 
-TEST_F(TwoWayPassTest, TooManyDeletionsThereAreNotBelieved) {
+TEST_P(TwoWayPassTest, TooManyDeletionsThereAreNotBelieved) {
     options.deletionLimit = DeletionLimit();
     Begin({"a", "b"});
     Remove("a");
@@ -212,7 +221,7 @@ TEST_F(TwoWayPassTest, TooManyDeletionsThereAreNotBelieved) {
     EXPECT_TRUE(service.Contents().empty());
 }
 
-TEST_F(TwoWayPassTest, AnotherFolderInThePlaceOfThisOneDeletesNothingThere) {
+TEST_P(TwoWayPassTest, AnotherFolderInThePlaceOfThisOneDeletesNothingThere) {
     options.deletionLimit = DeletionLimit();
     Begin({"a", "b", "c", "d"});
     tree.identity = Text("another disk");
@@ -229,7 +238,7 @@ TEST_F(TwoWayPassTest, AnotherFolderInThePlaceOfThisOneDeletesNothingThere) {
     EXPECT_EQ(service.Contents().size(), 2U);
 }
 
-TEST_F(TwoWayPassTest, AFolderWithoutItsRecordsDeletesNothing) {
+TEST_P(TwoWayPassTest, AFolderWithoutItsRecordsDeletesNothing) {
     Begin({"a", "b"});
     ASSERT_TRUE(QDir(Path(".ovsync")).removeRecursively());
     Remove("a");
@@ -239,7 +248,7 @@ TEST_F(TwoWayPassTest, AFolderWithoutItsRecordsDeletesNothing) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, WhatLiesBehindALinkStaysThere) {
+TEST_P(TwoWayPassTest, WhatLiesBehindALinkStaysThere) {
     Begin({"f/a", "stays"});
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
     ASSERT_TRUE(QFile::link(Text("/tmp"), Path("f")));
@@ -248,7 +257,7 @@ TEST_F(TwoWayPassTest, WhatLiesBehindALinkStaysThere) {
     EXPECT_EQ(service.Contents().size(), 2U);
 }
 
-TEST_F(TwoWayPassTest, FilesAndFoldersTakeEachOthersPlacesOnBothSides) {
+TEST_P(TwoWayPassTest, FilesAndFoldersTakeEachOthersPlacesOnBothSides) {
     Begin({"a", "b", "f/x", "g/x"});
     Remove("a");
     Write("a/inside", "1");
@@ -264,7 +273,7 @@ TEST_F(TwoWayPassTest, FilesAndFoldersTakeEachOthersPlacesOnBothSides) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, AFileAgainstAFolderIsToldOfAndBothStay) {
+TEST_P(TwoWayPassTest, AFileAgainstAFolderIsToldOfAndBothStay) {
     Write("a", "1");
     Write("f/x", "1");
     service.Put(Text("a/y"), "2");
@@ -275,7 +284,7 @@ TEST_F(TwoWayPassTest, AFileAgainstAFolderIsToldOfAndBothStay) {
     EXPECT_EQ(service.Contents(), Files({{Text("a/y"), "2"}, {Text("f"), "2"}}));
 }
 
-TEST_F(TwoWayPassTest, AConflictKeepsBothAndEndsByDeletingOne) {
+TEST_P(TwoWayPassTest, AConflictKeepsBothAndEndsByDeletingOne) {
     Begin({"a", "b"});
     for (const char* path : {"a", "b"}) {
         Write(path, "mine");
@@ -300,7 +309,7 @@ TEST_F(TwoWayPassTest, AConflictKeepsBothAndEndsByDeletingOne) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, AConflictCanBeWonByEitherSideAndTheOtherVersionIsInTheTrash) {
+TEST_P(TwoWayPassTest, AConflictCanBeWonByEitherSideAndTheOtherVersionIsInTheTrash) {
     for (const bool isPlain : {false, true}) {
         service.isPlain = isPlain;
         for (const auto conflicts : {SyncOptions::Conflicts::Here, SyncOptions::Conflicts::There}) {
@@ -322,7 +331,7 @@ TEST_F(TwoWayPassTest, AConflictCanBeWonByEitherSideAndTheOtherVersionIsInTheTra
     }
 }
 
-TEST_F(TwoWayPassTest, TheNewerVersionCanWin) {
+TEST_P(TwoWayPassTest, TheNewerVersionCanWin) {
     options.conflicts = SyncOptions::Conflicts::Newer;
     Begin({"a"});
     // The service's clock stands in the past.
@@ -340,13 +349,13 @@ TEST_F(TwoWayPassTest, TheNewerVersionCanWin) {
     EXPECT_EQ(Content("a"), QByteArray("theirs again"));
 }
 
-TEST_F(TwoWayPassTest, AnUnchangedPassIsOneRequest) {
+TEST_P(TwoWayPassTest, AnUnchangedPassIsOneRequest) {
     Begin({"a", "f/b"});
     ASSERT_EQ(Sync(), SyncOutcome::InStep);
     service.ForgetCounts();
     ASSERT_EQ(Sync(), SyncOutcome::InStep);
-    EXPECT_EQ(service.Count("LIST"), 1);
-    EXPECT_EQ(service.Count("FIND") + service.Count("HEAD") + service.Count("GET"), 0);
+    EXPECT_EQ(service.Count(GetParam() ? "REPORT" : "LIST"), 1);
+    EXPECT_EQ(service.CountAll(), 1);
     EXPECT_TRUE(events.isEmpty());
     for (const char* path : {"new", "a"}) {
         Write(path, "2");
@@ -355,7 +364,7 @@ TEST_F(TwoWayPassTest, AnUnchangedPassIsOneRequest) {
     }
 }
 
-TEST_F(TwoWayPassTest, ATrialTellsTheSameAndChangesNothing) {
+TEST_P(TwoWayPassTest, ATrialTellsTheSameAndChangesNothing) {
     Begin({"changed", "gone/here", "gone there", "stays"});
     Write("changed", "2");
     Write("new/mine", "2");
@@ -375,7 +384,7 @@ TEST_F(TwoWayPassTest, ATrialTellsTheSameAndChangesNothing) {
     ExpectInStep();
 }
 
-TEST_F(TwoWayPassTest, APushDeletesThereWhenItIsTold) {
+TEST_P(TwoWayPassTest, APushDeletesThereWhenItIsTold) {
     Begin({"f/a", "b", "c"});
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
     Remove("b");
@@ -391,5 +400,7 @@ TEST_F(TwoWayPassTest, APushDeletesThereWhenItIsTold) {
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(service.Contents().size(), 2U);
 }
+
+INSTANTIATE_TEST_SUITE_P(TellsChanges, TwoWayPassTest, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace

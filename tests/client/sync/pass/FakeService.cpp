@@ -4,6 +4,7 @@
 
 #include <QCryptographicHash>
 #include <algorithm>
+#include <numeric>
 
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteVersion.h"
@@ -13,6 +14,7 @@
 
 namespace tests {
 
+using ovsync::changes::ServiceChanges;
 using ovsync::content::ContentSink;
 using ovsync::content::ContentVersion;
 using ovsync::content::UploadCondition;
@@ -56,8 +58,11 @@ public:
         if (PathOf(folder.serverPath).isEmpty()) {
             _service.isMissing = false;
         } else {
-            _service._folders.insert(PathOf(folder.serverPath));
-            _service._folderIds[PathOf(folder.serverPath)] = Text("folder %1").arg(++_service._items);
+            const QString path = PathOf(folder.serverPath);
+            _service._folders.insert(path);
+            _service._folderIds[path] = Text("folder %1").arg(++_service._items);
+            _service._folderChanges[path] = _service._sequence + 1;
+            _service._Touch(FolderOf(path));
         }
         return {sync::core::SyncResults::ResultType(0), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
@@ -114,11 +119,7 @@ public:
             if (_service.forgotten.count(path) != 0) {
                 continue;
             }
-            FolderConfiguration listed;
-            listed.name = NameOf(path);
-            listed.serverPath = Text(Root) + path;
-            listed.setServerFolderId(_service.isPlain ? Text("path:S/") + path : _service._folderIds.at(path));
-            folders->append(listed);
+            folders->append(_service._DescribeFolder(path));
         }
         *folders += _service.extraFolders;
         files = std::make_shared<QVector<FileConfiguration>>();
@@ -307,6 +308,57 @@ private:
     std::atomic<bool> _isCancelled{false};
 };
 
+class FakeService::ChangeSource : public ovsync::changes::IChangeSource {
+public:
+    explicit ChangeSource(FakeService& service) : _service(service) {}
+
+    std::optional<QString> StateNow() override {
+        _service._Meet("TOKEN", QString());
+        const Lock lock(_service._mutex);
+        return _service.tellsChanges ? Text("state %1").arg(_service._sequence) : QString();
+    }
+    void Ask(const QString& state) override { _state = state; }
+    ServiceChanges Take() override {
+        _service._Meet("REPORT", QString());
+        ServiceChanges changes;
+        {
+            const Lock lock(_service._mutex);
+            const bool isKnown = _state.startsWith(Text("state ")) && _state.mid(6).toInt() <= _service._sequence;
+            changes = isKnown ? _service._ChangesSince(_state.mid(6).toInt()) : ServiceChanges();
+            changes.answer = isKnown ? ServiceChanges::Answer::Known : ServiceChanges::Answer::Forgotten;
+            changes.state = Text("state %1").arg(_service._sequence);
+            _service._now = _service._now.addSecs(10);
+            changes.at = _service._now;
+        }
+        if (_service.onChanges) {
+            _service.onChanges(changes);
+        }
+        return changes;
+    }
+    ServiceChanges LookAt(const QStringList& serverPaths) override {
+        ServiceChanges changes;
+        changes.answer = ServiceChanges::Answer::Known;
+        for (const QString& serverPath : serverPaths) {
+            const QString path = PathOf(serverPath);
+            _service._Meet("LOOK", path);
+            const Lock lock(_service._mutex);
+            const auto file = _service._files.find(path);
+            if (file != _service._files.end()) {
+                changes.files.append(_service._Describe(path, file->second));
+            } else if (_service._folders.count(path) != 0) {
+                changes.folders.append(_service._DescribeFolder(path));
+            } else {
+                changes.gone.append(serverPath);
+            }
+        }
+        return changes;
+    }
+
+private:
+    FakeService& _service;
+    QString _state;
+};
+
 FakeService::FakeService()
     : _folderManager(std::make_shared<FolderManager>(*this)),
       _fileManager(std::make_shared<ovsync::library::ListedFiles>(std::make_shared<FileManager>(*this))),
@@ -322,6 +374,8 @@ void FakeService::Put(const QString& path, const QByteArray& content) {
     file.content = content;
     _now = _now.addSecs(1);
     _changed = file.modified = _now;
+    _Touch(FolderOf(path));
+    file.changed = _sequence;
 }
 
 void FakeService::Overwrite(const QString& path, const QByteArray& content) {
@@ -341,6 +395,8 @@ void FakeService::Remove(const QString& path) {
     const Lock lock(_mutex);
     _changed = _now = _now.addSecs(1);
     const auto below = [&path](const QString& other) { return other == path || other.startsWith(path + Text("/")); };
+    _Touch(FolderOf(path));
+    _gone[path] = _sequence;
     for (auto file = _files.begin(); file != _files.end();) {
         file = below(file->first) ? _files.erase(file) : std::next(file);
     }
@@ -355,6 +411,8 @@ void FakeService::AddFolder(const QString& path) {
         if (_folders.insert(folder).second) {
             _folderIds[folder] = Text("folder %1").arg(++_items);
             _changed = _now = _now.addSecs(1);
+            _Touch(FolderOf(folder));
+            _folderChanges[folder] = _sequence;
         }
     }
 }
@@ -373,15 +431,22 @@ void FakeService::Move(const QString& from, const QString& to) {
         const auto moved = [&](const QString& path) {
             return path == from || path.startsWith(from + Text("/")) ? to + path.mid(from.size()) : path;
         };
+        _Touch(FolderOf(from));
+        _Touch(FolderOf(to));
+        _gone[from] = _sequence;
         std::map<QString, File> files;
         for (const auto& file : _files) {
-            files[moved(file.first)] = file.second;
+            File& now = files[moved(file.first)] = file.second;
+            now.changed = moved(file.first) == file.first ? now.changed : _sequence;
         }
         std::set<QString> folders;
         std::map<QString, QString> ids;
         for (const QString& folder : _folders) {
             folders.insert(moved(folder));
             ids[moved(folder)] = _folderIds[folder];
+            if (moved(folder) != folder) {
+                _folderChanges[moved(folder)] = _sequence;
+            }
         }
         _files = files;
         _folders = folders;
@@ -423,6 +488,7 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
         return bit == listedBits.end() ? std::nullopt : std::optional<bool>(bit->second);
     };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
+    service.changes = std::make_shared<ChangeSource>(*this);
     service.newConnection = [this] { return std::make_unique<Session>(*this); };
     service.urlOf = [](const QString& serverPath) {
         QUrl url(Text("http://service.test/"));
@@ -443,10 +509,48 @@ bool FakeService::_IsEmpty(const QString& path) const {
            std::none_of(_folders.begin(), _folders.end(), isIn) && std::none_of(unlisted.begin(), unlisted.end(), isIn);
 }
 
+void FakeService::_Touch(const QString& folder) {
+    _folderChanges[folder] = ++_sequence;
+}
+
+FolderConfiguration FakeService::_DescribeFolder(const QString& path) const {
+    FolderConfiguration folder;
+    folder.name = NameOf(path);
+    folder.serverPath = Text(Root) + path;
+    folder.setServerFolderId(isPlain ? Text("path:S/") + path : _folderIds.at(path));
+    return folder;
+}
+
+ServiceChanges FakeService::_ChangesSince(int sequence) const {
+    ServiceChanges changes;
+    for (const QString& path : _folders) {
+        if (_folderChanges.at(path) > sequence && forgotten.count(path) == 0) {
+            changes.folders.append(_DescribeFolder(path));
+        }
+    }
+    for (const auto& file : _files) {
+        if (file.second.changed > sequence && forgotten.count(file.first) == 0) {
+            changes.files.append(_Describe(file.first, file.second));
+        }
+    }
+    for (const auto& [path, when] : _gone) {
+        if (when > sequence && _files.count(path) == 0 && _folders.count(path) == 0) {
+            changes.gone.append(Text(Root) + path);
+        }
+    }
+    return changes;
+}
+
 int FakeService::Count(const char* method) const {
     const Lock lock(_mutex);
     const auto count = _counts.find(Text(method));
     return count == _counts.end() ? 0 : count->second;
+}
+
+int FakeService::CountAll() const {
+    const Lock lock(_mutex);
+    return std::accumulate(_counts.begin(), _counts.end(), 0,
+                           [](int sum, const auto& count) { return sum + count.second; });
 }
 
 void FakeService::ForgetCounts() {

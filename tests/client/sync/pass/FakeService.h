@@ -26,6 +26,7 @@ public:
         int version = 1;
         int item = 0;
         QDateTime modified;
+        int changed = 0;
     };
 
     FakeService();
@@ -53,6 +54,7 @@ public:
     std::function<void(const QString& method, const QString& path)> onRequest;
     /// How many requests there were of a method.
     int Count(const char* method) const;
+    int CountAll() const;
     void ForgetCounts();
 
     /// Knows neither versions nor checksums, as other WebDAV servers.
@@ -88,6 +90,10 @@ public:
     std::map<QString, bool> listedBits;
     /// These files and folders are there, and no listing has them.
     std::set<QString> forgotten;
+    /// Tells what changed since it was asked before.
+    bool tellsChanges = false;
+    /// What it says to that besides.
+    std::function<void(ovsync::changes::ServiceChanges& changes)> onChanges;
     /// There is no folder to sync.
     bool isMissing = false;
     /// By how much the service's clock is wrong.
@@ -97,12 +103,17 @@ public:
     QVector<sync::config::FileConfiguration> extraFiles;
 
 private:
+    class ChangeSource;
     class FolderManager;
     class FileManager;
     class FileManagerFactory;
     class Session;
 
     bool _IsEmpty(const QString& path) const;
+    /// Something changed in the folder.
+    void _Touch(const QString& folder);
+    sync::config::FolderConfiguration _DescribeFolder(const QString& path) const;
+    ovsync::changes::ServiceChanges _ChangesSince(int sequence) const;
     void _Meet(const char* method, const QString& path);
     sync::config::FileConfiguration _Describe(const QString& path, const File& file) const;
     QByteArray _Tag(const File& file) const;
@@ -114,6 +125,10 @@ private:
     std::map<QString, QString> _folderIds;
     std::map<QString, int> _counts;
     int _items = 0;
+    /// Counts the changes, and tells of each folder which was the last in it, and of what is gone when it went.
+    int _sequence = 0;
+    std::map<QString, int> _folderChanges;
+    std::map<QString, int> _gone;
     QDateTime _now = QDateTime::fromSecsSinceEpoch(1700000000, Qt::UTC);
     QDateTime _changed;
     std::shared_ptr<FolderManager> _folderManager;

@@ -44,7 +44,8 @@ protected:
         const ServiceFolder serviceFolder = service.Folder(folder.path());
         RecordDatabase records(folder.path(), RecordDatabase::Access::Change);
         const std::optional<FileRecord> record = records.FindFile(Text("a"));
-        const PassSides sides{serviceFolder, tree, records, options, Exclusion()};
+        const ovsync::pass::PassScope scope(records);
+        const PassSides sides{serviceFolder, tree, records, options, Exclusion(), scope};
         const RecordMaker maker(serviceFolder, QDateTime());
         auto answer = question(FileComparison(sides, maker), record);
         EXPECT_EQ(records.FindFile(Text("a"))->local.modified, record->local.modified);

@@ -69,6 +69,10 @@ SyncOutcome SyncTest::Sync() {
     return _Run([](SyncPass& pass) { return TwoWayPass(pass).Run(); });
 }
 
+SyncOutcome SyncTest::SyncPlaces(const QSet<QString>& changedHere) {
+    return _Run([&changedHere](SyncPass& pass) { return TwoWayPass(pass, changedHere).Run(); });
+}
+
 SyncOutcome SyncTest::_Run(const std::function<SyncOutcome(SyncPass&)>& pass) {
     events.clear();
     RecordDatabase records(folder.path(),

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -27,6 +28,8 @@ protected:
     ovsync::report::SyncOutcome Pull();
     ovsync::report::SyncOutcome Push();
     ovsync::report::SyncOutcome Sync();
+    /// Of which it is known that nothing else changed here.
+    ovsync::report::SyncOutcome SyncPlaces(const QSet<QString>& changedHere);
 
     /// In the synced folder; the folders above are made.
     void Write(const char* path, const QByteArray& content);

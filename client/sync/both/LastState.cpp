@@ -1,0 +1,56 @@
+#include "client/sync/both/LastState.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace ovsync {
+namespace both {
+
+namespace {
+
+const qint64 SecondsOfTrust = qint64(24) * 60 * 60;
+
+QString StateSetting() {
+    return QStringLiteral("state of both sides");
+}
+
+}  // namespace
+
+LastState LastState::Of(store::RecordDatabase& records, const QString& excluded) {
+    const QJsonObject object = QJsonDocument::fromJson(records.Setting(StateSetting()).toUtf8()).object();
+    LastState state;
+    state.listed = QDateTime::fromString(object.value(QLatin1String("listed")).toString(), Qt::ISODate);
+    state.excluded = object.value(QLatin1String("excluded")).toString();
+    const qint64 age = state.listed.isValid() ? state.listed.secsTo(QDateTime::currentDateTimeUtc()) : -1;
+    if (age < 0 || age >= SecondsOfTrust || state.excluded != excluded) {
+        state = LastState();
+        state.excluded = excluded;
+        return state;
+    }
+    state.there = object.value(QLatin1String("there")).toString();
+    state.isUnable = object.value(QLatin1String("unable")).toBool();
+    state.hasChecksums = object.value(QLatin1String("checksums")).toBool();
+    state.needsLook = object.value(QLatin1String("look")).toBool();
+    for (const QJsonValue& path : object.value(QLatin1String("open")).toArray()) {
+        state.open.append(path.toString());
+    }
+    return state;
+}
+
+void LastState::Record(store::RecordDatabase& records) const {
+    const QJsonObject object{{QStringLiteral("there"), there},
+                             {QStringLiteral("listed"), listed.toUTC().toString(Qt::ISODate)},
+                             {QStringLiteral("excluded"), excluded},
+                             {QStringLiteral("unable"), isUnable},
+                             {QStringLiteral("checksums"), hasChecksums},
+                             {QStringLiteral("look"), needsLook},
+                             {QStringLiteral("open"), QJsonArray::fromStringList(open)}};
+    const QString text = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
+    if (records.Setting(StateSetting()) != text) {
+        records.WriteSetting(StateSetting(), text);
+    }
+}
+
+}  // namespace both
+}  // namespace ovsync
