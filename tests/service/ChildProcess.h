@@ -20,6 +20,8 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     void Signal(int signal);
+    /// To a program that leads a process group, and all that it started.
+    void SignalGroup(int signal);
 
     /// Waits for its end. Returns the exit code, or the negative number of the signal that ended it.
     int Wait();

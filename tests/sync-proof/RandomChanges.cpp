@@ -83,10 +83,10 @@ void RandomChanges::Change() {
         case 7:
         case 8:
         case 9:
-            return _Modify(tree, false);
+            return _Modify(_AnyOf(tree.files), false);
         case 10:
         case 11:
-            return _Modify(tree, true);
+            return _Modify(_AnyOf(tree.files), true);
         case 12:
         case 13:
             return _Touch(tree);
@@ -159,6 +159,10 @@ void RandomChanges::Remove(const std::string& path) {
     _writer->Remove(path, _retired);
 }
 
+void RandomChanges::Modify(const std::string& path) {
+    _Modify(path, false);
+}
+
 void RandomChanges::_Write(const std::string& path, const std::string& content) {
     _Note("writes " + content.substr(0, 12), path);
     if (_writer->Write(path, content, _retired) && !content.empty()) {
@@ -179,8 +183,7 @@ void RandomChanges::_MakeFolder(const Tree& tree) {
     }
 }
 
-void RandomChanges::_Modify(const Tree& tree, bool keepsSize) {
-    const std::string path = _AnyOf(tree.files);
+void RandomChanges::_Modify(const std::string& path, bool keepsSize) {
     if (path.empty()) {
         return;
     }

@@ -26,6 +26,8 @@ public:
 
     /// Throws std::filesystem::filesystem_error when something else changes the folder meanwhile.
     void Change();
+    /// Gives new content to a file that is there.
+    void Modify(const std::string& path);
     /// Deletes a file, or a folder with everything in it.
     void Remove(const std::string& path);
 
@@ -57,7 +59,7 @@ private:
 
     void _MakeFile(const Tree& tree);
     void _MakeFolder(const Tree& tree);
-    void _Modify(const Tree& tree, bool keepsSize);
+    void _Modify(const std::string& path, bool keepsSize);
     void _Touch(const Tree& tree);
     void _Delete(const Tree& tree);
     void _DeleteFolder(const Tree& tree);

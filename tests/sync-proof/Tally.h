@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace syncproof {
 
@@ -15,6 +17,8 @@ struct Tally {
     std::map<int, int> exits;
     size_t written = 0;
     size_t inTrash = 0;
+    /// How many seconds it took each time until all sides were equal.
+    std::vector<double> settling;
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const Tally& tally) {
@@ -25,6 +29,12 @@ inline std::ostream& operator<<(std::ostream& stream, const Tally& tally) {
     }
     for (const auto& [exit, times] : tally.exits) {
         stream << " exit " << exit << ": " << times << ",";
+    }
+    if (!tally.settling.empty()) {
+        const auto inTime =
+            std::count_if(tally.settling.begin(), tally.settling.end(), [](double seconds) { return seconds <= 10; });
+        stream << " equal within ten seconds: " << inTime << " of " << tally.settling.size() << ", at the latest after "
+               << *std::max_element(tally.settling.begin(), tally.settling.end()) << " s";
     }
     return stream;
 }

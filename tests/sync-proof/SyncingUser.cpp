@@ -1,0 +1,110 @@
+#include "tests/sync-proof/SyncingUser.h"
+
+#include <signal.h>
+
+#include <chrono>
+#include <filesystem>
+#include <stdexcept>
+#include <thread>
+
+#include "tests/servers/DavServer.h"
+#include "tests/sync-proof/DiskWriter.h"
+
+namespace syncproof {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+SyncingUser::SyncingUser(const std::string& name, const std::string& url, unsigned seed)
+    : _name(name),
+      _url(url),
+      _random(seed),
+      _changes(_folder, name, _random, std::make_unique<DiskWriter>(_folder, DiskWriter::Writing::Aside)) {
+    for (const char* folder : {"config/ovsync", "state", "run", "synced"}) {
+        fs::create_directories(_home / folder);
+    }
+    Allow(false);
+}
+
+Pass::Environment SyncingUser::_Environment() const {
+    return {{"HOME", _home.Path()},
+            {"XDG_CONFIG_HOME", _home / "config"},
+            {"XDG_STATE_HOME", _home / "state"},
+            {"XDG_RUNTIME_DIR", _home / "run"},
+            {"DBUS_SESSION_BUS_ADDRESS", ""},
+            {"NETRC", ""},
+            {"no_proxy", "127.0.0.1"}};
+}
+
+void SyncingUser::Allow(bool manyDeletions) const {
+    _home.Write("config/ovsync/folders.toml", "[[folder]]\npath = \"" + _folder + "\"\nurl = \"" + _url + "\"\n" +
+                                                  (manyDeletions ? "max-delete = \"100%\"\n" : ""));
+}
+
+void SyncingUser::StartAgent(int clockShift) {
+    auto environment = _Environment();
+    environment.merge(servers::WithClockShift(clockShift));
+    _agent = std::make_unique<service::test::ChildProcess>(OVSYNC_PROGRAM, std::vector<std::string>{"agent", "run"},
+                                                           environment, _errors.Descriptor(), _errors.Descriptor());
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (Status().is_null()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            throw std::runtime_error("The agent does not answer: " + Story());
+        }
+    }
+}
+
+void SyncingUser::KillAgent() {
+    _agent.reset();
+    _isStopped = false;
+}
+
+void SyncingUser::Stop() {
+    _agent->Signal(SIGSTOP);
+    _isStopped = true;
+}
+
+void SyncingUser::Continue() {
+    _agent->Signal(SIGCONT);
+    _isStopped = false;
+}
+
+void SyncingUser::TakeFolderAway() {
+    fs::rename(_folder, _home / "away");
+    fs::create_directory(_folder);
+    _isAway = true;
+}
+
+void SyncingUser::BringFolderBack() {
+    // A pass may still be at work in what was in its place.
+    fs::rename(_folder, _home / ("instead " + std::to_string(++_timesAway)));
+    fs::rename(_home / "away", _folder);
+    _isAway = false;
+}
+
+json SyncingUser::Status() const {
+    Pass pass({"status"}, _Environment());
+    pass.ExitCode();
+    const json status = json::parse(pass.Text(), nullptr, false);
+    return status.is_object() && status["running"] == true && !status["folders"].empty() ? status["folders"][0]
+                                                                                         : json();
+}
+
+std::map<std::string, std::string> SyncingUser::Conflicts() const {
+    Pass pass({"conflicts", _folder}, _Environment());
+    pass.ExitCode();
+    std::map<std::string, std::string> conflicts;
+    const json list = json::parse(pass.Text(), nullptr, false);
+    for (const json& conflict : list) {
+        if (conflict.is_object()) {
+            conflicts.emplace(conflict["serviceVersion"], conflict["path"]);
+        }
+    }
+    return conflicts;
+}
+
+std::string SyncingUser::Story() const {
+    return _name + ":\n" + _errors.Text() + _changes.Journal();
+}
+
+}  // namespace syncproof
