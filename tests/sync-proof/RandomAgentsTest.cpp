@@ -130,9 +130,10 @@ private:
             }
         } else if (kind < 62) {
             _MakeConflict();
-        } else if (kind < 75) {
+        } else if (kind < 77) {
             if (user.HasAgent()) {
                 user.TellToLook();
+                _ChangeMeanwhile(user);
             }
         } else if (kind < 85) {
             _DisturbAgent(user);
@@ -144,6 +145,17 @@ private:
             _EndAbsences(user);
         } else {
             _EndAbsenceOfServer();
+        }
+    }
+
+    /// Changes what the pass that has just begun may be about to change.
+    void _ChangeMeanwhile(SyncingUser& user) {
+        if (user.IsFolderAway() || !_chance.Happens("changes while a pass runs", 2)) {
+            return;
+        }
+        for (size_t i = _chance.Below(40); i > 0; --i) {
+            user.Changes().Change();
+            std::this_thread::sleep_for(std::chrono::microseconds(_chance.Below(8000)));
         }
     }
 
