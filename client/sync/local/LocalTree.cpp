@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <linux/fs.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -12,6 +11,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "client/store/FolderIdentity.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalEntry.h"
 #include "client/sync/local/LocalError.h"
@@ -245,13 +245,11 @@ void LocalTree::SyncFolder(const QString& folder) {
 }
 
 QString LocalTree::Identity() {
-    struct stat status {};
-    struct statvfs disk {};
-    if (fstat(_root, &status) != 0 || fstatvfs(_root, &disk) != 0) {
+    QString identity = store::FolderIdentity(_root);
+    if (identity.isEmpty()) {
         throw LocalError(_rootPath, errno);
     }
-    // The number of a device may be another one after a restart.
-    return QStringLiteral("%1:%2").arg(disk.f_fsid).arg(status.st_ino);
+    return identity;
 }
 
 bool LocalTree::TellsCaseApart() {

@@ -43,7 +43,7 @@ SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::Record
       _report(options, observer) {}
 
 LocalSnapshot SyncPass::Begin() {
-    _CheckAddress();
+    _CheckFolder();
     _report.Tell(_installer.Recover());
     _report.Tell(_trash.RemoveOld());
     LocalSnapshot snapshot = LocalSnapshot::Of(_sides.tree, _sides.exclusion);
@@ -58,7 +58,13 @@ LocalSnapshot SyncPass::Begin() {
     return snapshot;
 }
 
-void SyncPass::_CheckAddress() {
+void SyncPass::_CheckFolder() {
+    // Both were opened by the path, at which a disk may have come or gone in between.
+    const QString root = _sides.records.Root();
+    if (!root.isEmpty() && root != _sides.tree.Identity()) {
+        throw WrongFolder(QStringLiteral("another folder, or another disk, has just come in the place of %1")
+                              .arg(_sides.service.folder.localPath));
+    }
     const QString known = _sides.records.Setting(AddressSetting());
     if (!known.isEmpty() && known != _sides.service.address) {
         throw WrongFolder(QStringLiteral("%1 is in step with %2 and cannot be synced with %3")

@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 
+#include "client/store/RecordDatabase.h"
 #include "client/wire/TransactionError.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
@@ -13,7 +14,9 @@ namespace {
 
 using ovsync::pass::DeletionLimit;
 using ovsync::pass::SyncOptions;
+using ovsync::pass::WrongFolder;
 using ovsync::report::SyncOutcome;
+using ovsync::store::RecordDatabase;
 using ovsync::wire::TransactionError;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
@@ -45,6 +48,20 @@ protected:
         EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
     }
 };
+
+TEST_F(TwoWayPassTest, TheRecordsOfAnotherFolderAreNotTakenForThoseOfThisOne) {
+    Begin({"a"});
+    service.Put(Text("a"), "2");
+    const QString away = folder.path() + Text(".away");
+    ASSERT_TRUE(QDir().rename(folder.path(), away));
+    ASSERT_TRUE(QDir().mkpath(folder.path()));
+    EXPECT_THROW(Sync(), WrongFolder);
+    ASSERT_TRUE(QDir(folder.path()).removeRecursively());
+    ASSERT_TRUE(QDir().rename(away, folder.path()));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), "2");
+    ExpectInStep();
+}
 
 TEST_F(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
     Write("f/mine", "1");
@@ -215,7 +232,7 @@ TEST_F(TwoWayPassTest, TooManyDeletionsThereAreNotBelieved) {
 TEST_F(TwoWayPassTest, AnotherFolderInThePlaceOfThisOneDeletesNothingThere) {
     options.deletionLimit = DeletionLimit();
     Begin({"a", "b", "c", "d"});
-    tree.identity = Text("another disk");
+    RecordDatabase(folder.path(), RecordDatabase::Access::Change).WriteSetting(Text("folder"), Text("of another disk"));
     Remove("a");
     EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList(Text("Kept .")));
