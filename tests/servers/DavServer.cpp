@@ -32,7 +32,7 @@ using service::test::TemporaryFolder;
 class StandIn : public IDavServer {
 public:
     StandIn(const std::string& folder, int clockShift, int port)
-        : _process({folder, "--port", std::to_string(port)}, WithClockShift(clockShift)) {}
+        : _process({folder, "--verbose", "--port", std::to_string(port)}, WithClockShift(clockShift)) {}
     int Port() const override { return _process.Port(); }
     std::string Log() const override { return _process.Log(); }
     void Signal(int signal) override { _process.Signal(signal); }

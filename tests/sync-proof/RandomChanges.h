@@ -34,6 +34,8 @@ public:
     /// All contents that were written, and at which path.
     const std::map<std::string, std::string>& Written() const { return _written; }
 
+    /// Notes what else is done.
+    void Note(const std::string& action, const std::string& path);
     /// What was done, a line each.
     const std::string& Journal() const { return _journal; }
 
@@ -55,7 +57,6 @@ private:
     std::string _FreePath(const Tree& tree);
     std::string _NewContent(size_t size);
     void _Write(const std::string& path, const std::string& content);
-    void _Note(const std::string& action, const std::string& path);
 
     void _MakeFile(const Tree& tree);
     void _MakeFolder(const Tree& tree);

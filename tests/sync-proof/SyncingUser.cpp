@@ -42,6 +42,7 @@ void SyncingUser::Allow(bool manyDeletions) const {
 }
 
 void SyncingUser::StartAgent(int clockShift) {
+    _changes.Note("starts the agent", std::to_string(clockShift));
     auto environment = _Environment();
     environment.merge(servers::WithClockShift(clockShift));
     _agent = std::make_unique<service::test::ChildProcess>(OVSYNC_PROGRAM, std::vector<std::string>{"agent", "run"},
@@ -54,28 +55,38 @@ void SyncingUser::StartAgent(int clockShift) {
     }
 }
 
+void SyncingUser::TellToLook() {
+    _changes.Note("tells the agent to look", "");
+    _agent->Signal(SIGHUP);
+}
+
 void SyncingUser::KillAgent() {
+    _changes.Note("kills the agent", "");
     _agent.reset();
     _isStopped = false;
 }
 
 void SyncingUser::Stop() {
+    _changes.Note("stops the agent", "");
     _agent->Signal(SIGSTOP);
     _isStopped = true;
 }
 
 void SyncingUser::Continue() {
+    _changes.Note("continues the agent", "");
     _agent->Signal(SIGCONT);
     _isStopped = false;
 }
 
 void SyncingUser::TakeFolderAway() {
+    _changes.Note("takes the folder away", "");
     fs::rename(_folder, _home / "away");
     fs::create_directory(_folder);
     _isAway = true;
 }
 
 void SyncingUser::BringFolderBack() {
+    _changes.Note("brings the folder back", "");
     // A pass may still be at work in what was in its place.
     fs::rename(_folder, _home / ("instead " + std::to_string(++_timesAway)));
     fs::rename(_home / "away", _folder);

@@ -31,7 +31,7 @@ public:
     void KillAgent();
     bool HasAgent() const { return _agent != nullptr; }
     /// Has it read its file, and begin a pass.
-    void TellToLook() { _agent->Signal(SIGHUP); }
+    void TellToLook();
     void Stop();
     void Continue();
     bool IsStopped() const { return _isStopped; }
