@@ -154,7 +154,7 @@ private:
             return;
         }
         for (size_t i = _chance.Below(40); i > 0; --i) {
-            user.Changes().Change();
+            _chance.Below(4) == 0 && _IsServing() ? _changesThere.Change() : user.Changes().Change();
             std::this_thread::sleep_for(std::chrono::microseconds(_chance.Below(8000)));
         }
     }

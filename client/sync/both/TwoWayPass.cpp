@@ -85,6 +85,7 @@ void TwoWayPass::_Sync() {
     if (!deletionsThere.MayDelete(static_cast<int>(fromService))) {
         goneHere = PushPlan::Deletions();
     }
+    deletionsThere.ClearUp();
     deletionsHere.Delete(std::move(goneThere.inTheWay));
     deletionsThere.Delete(goneHere.inTheWay);
 

@@ -72,6 +72,9 @@ public:
 
     const QVector<report::SyncEvent>& Refused() const { return _refused; }
 
+    /// The folders that a pass has moved out of the way to delete them. They are left out otherwise.
+    const QStringList& Temporaries() const { return _temporaries; }
+
 private:
     /// The path below the service's folder of the entry `name` at `serverPath`; empty when it is left out.
     QString _Accept(const QString& serverPath, const QString& name, bool isFolder, const local::Exclusion& exclusion);
@@ -86,6 +89,7 @@ private:
     bool _hasChecksums = false;
     QSet<QString> _refusedPaths;
     QVector<report::SyncEvent> _refused;
+    QStringList _temporaries;
 };
 
 }  // namespace pass

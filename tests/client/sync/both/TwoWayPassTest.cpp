@@ -7,6 +7,7 @@
 
 #include "client/store/RecordDatabase.h"
 #include "client/wire/TransactionError.h"
+#include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
 
@@ -18,6 +19,7 @@ using ovsync::pass::WrongFolder;
 using ovsync::report::SyncOutcome;
 using ovsync::store::RecordDatabase;
 using ovsync::wire::TransactionError;
+using sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
@@ -153,6 +155,44 @@ TEST_F(TwoWayPassTest, WhatIsNewInADeletedFolderKeepsIt) {
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
     EXPECT_EQ(Contents(), Files({{Text("c"), "1 of c"}, {Text("f/new"), "theirs"}, {Text("g/new"), "mine"}}));
     ExpectInStep();
+}
+
+TEST_F(TwoWayPassTest, WhatIsPutIntoAFolderInTheMomentInWhichItIsDeletedStays) {
+    for (const char* moment : {"MOVE", "RMCOL"}) {
+        Begin({"f/a", "stays"});
+        ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+        Before(moment, [this] { service.Put(Text("f/new"), "theirs"); });
+        Sync();
+        EXPECT_EQ(service.Contents(), Files({{Text("f/new"), "theirs"}, {Text("stays"), "1 of stays"}})) << moment;
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(Content("f/new"), "theirs");
+        ExpectInStep();
+        service.Remove(Text("f"));
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    }
+}
+
+TEST_F(TwoWayPassTest, AFolderWhoseDeletionWasInterruptedIsDeleted) {
+    Begin({"f/a", "stays"});
+    const QString aside = Text(".0123456789abcdef0123456789abcdef.{SyncTemp}");
+    service.AddFolder(aside);
+    service.Put(Text("f/") + aside + Text("/new"), "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_FALSE(service.HasFolder(aside));
+    EXPECT_EQ(Told(), QStringList(Text("Refused f/") + aside + Text("/new")));
+    EXPECT_EQ(service.Content(Text("f/") + aside + Text("/new")), "theirs");
+}
+
+TEST_F(TwoWayPassTest, AFolderIsDeletedThereOnAServerThatMovesNone) {
+    Begin({"f/a", "stays"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("MOVE")) {
+            throw HttpException(Text("no"), 403, QUrl());
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(service.HasFolder(Text("f")));
 }
 
 TEST_F(TwoWayPassTest, AFolderThatHoldsWhatIsNotListedStays) {
