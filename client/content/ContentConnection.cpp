@@ -79,8 +79,10 @@ UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source,
         case HttpStatus::Ok:
         case HttpStatus::Created:
         case HttpStatus::NoContent:
-            if (source.IsExecutable().value_or(false) && !upload.IsBitTaken()) {
-                _SetExecutable(url);
+            // A new file has it off.
+            if (const std::optional<bool> bit = source.IsExecutable();
+                bit && !upload.IsBitTaken() && (*bit || source.ReplacesExecutable())) {
+                _SetExecutable(url, *bit);
             }
             return UploadOutcome::Stored;
         case HttpStatus::PreconditionFailed:
@@ -106,11 +108,13 @@ bool ContentConnection::Remove(const QUrl& url, const ContentVersion& known) {
     }
 }
 
-void ContentConnection::_SetExecutable(const QUrl& url) {
+void ContentConnection::_SetExecutable(const QUrl& url, bool isExecutable) {
+    const QByteArray bit = isExecutable ? "T" : "F";
     ResourceChange change("PROPPATCH", url, {{"Content-Type", "application/xml; charset=\"utf-8\""}},
                           "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
                           "<D:propertyupdate xmlns:D=\"DAV:\" xmlns:A=\"http://apache.org/dav/props/\"><D:set><D:prop>"
-                          "<A:executable>T</A:executable></D:prop></D:set></D:propertyupdate>\n");
+                          "<A:executable>" +
+                              bit + "</A:executable></D:prop></D:set></D:propertyupdate>\n");
     try {
         _Perform(change);
     } catch (const TransactionError&) {

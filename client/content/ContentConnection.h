@@ -27,7 +27,7 @@ private:
     bool _PerformRest(ContentDownload& rest);
     void _RequireContent(const ContentDownload& download) const;
     void _Perform(ContentTransaction& transaction);
-    void _SetExecutable(const QUrl& url);
+    void _SetExecutable(const QUrl& url, bool isExecutable);
     [[noreturn]] void _ThrowRefusal(const ContentTransaction& transaction) const;
 
     wire::HttpConnection _session;

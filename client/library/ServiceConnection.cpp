@@ -185,7 +185,11 @@ qint64 ServiceConnection::SizeOf(const QString& serverPath, qint64 recorded) con
     if (recorded >= 0) {
         return recorded;
     }
-    return recorded == -1 ? _settings.listing.largeSizes->Of(serverPath) : recorded + (Q_INT64_C(1) << 32);
+    return recorded == -1 ? _settings.listing.supplement->SizeOf(serverPath) : recorded + (Q_INT64_C(1) << 32);
+}
+
+std::optional<bool> ServiceConnection::IsExecutable(const QString& serverPath) const {
+    return _settings.listing.supplement->IsExecutable(serverPath);
 }
 
 QUrl ServiceConnection::UrlOf(const QString& serverPath) const {

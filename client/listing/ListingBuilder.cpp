@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "client/listing/FolderProtocol.h"
@@ -17,8 +18,8 @@ using sync::http::DAVPropfindProperties;
 using sync::http::DAVPropfindRequest;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
-using wire::LargeSizes;
 using wire::ListingLimits;
+using wire::ListingSupplement;
 using wire::ReadDate;
 
 namespace {
@@ -77,6 +78,11 @@ char AttributeOf(const Entry& entry) {
     const std::string_view raw = entry.Value(Entry::Attribute);
     const std::string_view value = raw.size() == 1 ? raw : Trimmed(raw);
     return value.size() == 1 && value[0] >= 0x20 && value[0] <= 0x7e ? value[0] : '\0';
+}
+
+std::optional<bool> BitOf(const Entry& entry) {
+    const std::string_view bit = Trimmed(entry.Value(Entry::Executable));
+    return bit == "T" || bit == "F" ? std::optional<bool>(bit == "T") : std::nullopt;
 }
 
 /// A positive number with 31 bits, the same on every machine and in every version: FNV-1a.
@@ -243,8 +249,11 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
     response.Describe(href, std::move(properties));
     const uint64_t size = ContentLengthOf(entry);
     response.contentLength = size > std::numeric_limits<uint32_t>::max() ? -1 : static_cast<int32_t>(size);
-    if (size >= LargeSizes::Least && size <= static_cast<uint64_t>(std::numeric_limits<qint64>::max())) {
-        _limits.largeSizes->Add(FromUtf8(key), static_cast<qint64>(size));
+    if (size >= ListingSupplement::LeastSize && size <= static_cast<uint64_t>(std::numeric_limits<qint64>::max())) {
+        _limits.supplement->AddSize(FromUtf8(key), static_cast<qint64>(size));
+    }
+    if (isFile) {
+        _limits.supplement->SetExecutable(FromUtf8(key), BitOf(entry));
     }
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);

@@ -22,6 +22,7 @@ const size_t EntryLimit = 1024UL * 1024UL;
 struct PropertyName {
     MultistatusEntry::Property property;
     std::string_view text;
+    std::string_view nameSpace = "DAV:";
 };
 
 constexpr PropertyName PropertyNames[] = {
@@ -42,8 +43,9 @@ constexpr PropertyName PropertyNames[] = {
     {MultistatusEntry::SyncOption, "syncoption"},
     {MultistatusEntry::LinksExtractedAt, "linksextractedat"},
     {MultistatusEntry::Attribute, "attribute"},
+    {MultistatusEntry::Executable, "executable", "http://apache.org/dav/props/"},
 };
-static_assert(wire::HasRowOfEach(PropertyNames, &PropertyName::property, MultistatusEntry::Attribute),
+static_assert(wire::HasRowOfEach(PropertyNames, &PropertyName::property, MultistatusEntry::Executable),
               "A property is the index of its name.");
 
 bool IsSuccess(int status) {
@@ -69,9 +71,9 @@ std::string_view Trimmed(std::string_view text) {
     return text.substr(start, text.find_last_not_of(spaces) + 1 - start);
 }
 
-MultistatusEntry::Property MultistatusEntry::PropertyNamed(std::string_view localName) {
+MultistatusEntry::Property MultistatusEntry::PropertyNamed(std::string_view nameSpace, std::string_view localName) {
     for (const PropertyName& name : PropertyNames) {
-        if (localName == name.text) {
+        if (localName == name.text && nameSpace == name.nameSpace) {
             return name.property;
         }
     }
@@ -83,7 +85,7 @@ const char* MultistatusEntry::NameOf(Property property) {
 }
 
 bool MultistatusEntry::IsOfService(std::string_view localName) {
-    switch (PropertyNamed(localName)) {
+    switch (PropertyNamed("DAV:", localName)) {
         case ContentLength:
         case LastModified:
         case CreationDate:

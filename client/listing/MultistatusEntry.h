@@ -39,11 +39,12 @@ public:
         SyncOption,
         LinksExtractedAt,
         Attribute,
+        Executable,
         PropertyCount
     };
 
     /// PropertyCount when there is none of that name.
-    static Property PropertyNamed(std::string_view localName);
+    static Property PropertyNamed(std::string_view nameSpace, std::string_view localName);
     static const char* NameOf(Property property);
     /// Whether `localName` is a property of the namespace DAV: that only the Drovane service knows.
     static bool IsOfService(std::string_view localName);

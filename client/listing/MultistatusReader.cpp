@@ -225,7 +225,8 @@ private:
     }
 
     Level _LevelOf(const xmlChar* localName, const xmlChar* nameSpace) {
-        const bool isDav = nameSpace != nullptr && std::strcmp(Bytes(nameSpace), "DAV:") == 0;
+        const std::string_view space = nameSpace == nullptr ? "" : Bytes(nameSpace);
+        const bool isDav = space == "DAV:";
         const std::string_view local = isDav ? Bytes(localName) : "";
         switch (_levels[_level].kind) {
             case Kind::Document:
@@ -258,9 +259,9 @@ private:
                 if (local == "syncproperties") {
                     return {Kind::SyncProperties};
                 }
-                return _PropertyLevel(local);
+                return _PropertyLevel(space, Bytes(localName));
             case Kind::SyncProperties:
-                return _PropertyLevel(local);
+                return _PropertyLevel(space, Bytes(localName));
             case Kind::ResourceType:
                 if (local == "collection") {
                     _entry.SetCollection();
@@ -271,8 +272,8 @@ private:
         }
     }
 
-    static Level _PropertyLevel(std::string_view local) {
-        const MultistatusEntry::Property property = MultistatusEntry::PropertyNamed(local);
+    static Level _PropertyLevel(std::string_view nameSpace, std::string_view local) {
+        const MultistatusEntry::Property property = MultistatusEntry::PropertyNamed(nameSpace, local);
         return {property == MultistatusEntry::PropertyCount ? Kind::Ignored : Kind::Property, property};
     }
 

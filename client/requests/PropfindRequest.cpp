@@ -33,9 +33,9 @@ QStringList DefaultProperties() {
     };
 }
 
-/// The body of a PROPFIND that asks a server of that `kind` for `names`. Throws SyncException for a name that cannot be
-/// read.
-QByteArray PropfindBody(const QStringList& names, ServerKind kind) {
+/// The body of a PROPFIND that asks a server of that `kind` for `names`, `isForOne` of a single resource. Throws
+/// SyncException for a name that cannot be read.
+QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool isForOne) {
     // A namespace is a URI reference, and none of the characters left out here can stand in one.
     static const QRegularExpression nameForm(QStringLiteral(
         "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
@@ -68,8 +68,13 @@ QByteArray PropfindBody(const QStringList& names, ServerKind kind) {
             isResourceTypeAsked || (nameSpace == davNamespace && localName == QLatin1String("resourcetype"));
     }
     // What the service names versions by, others have only this for.
-    if (kind != ServerKind::Service && names == DefaultProperties()) {
+    const bool isDefault = names == DefaultProperties();
+    if (isDefault && kind != ServerKind::Service) {
         elements += QLatin1String("<D:getetag/>");
+    }
+    // The service says it with the content. Which server it is, is not asked for the sake of a single file.
+    if (isDefault && (kind != ServerKind::Service || isForOne)) {
+        elements += QLatin1String("<A:executable xmlns:A=\"http://apache.org/dav/props/\"/>");
     }
     if (!isResourceTypeAsked) {
         elements.prepend(QLatin1String("<D:resourcetype/>"));
@@ -159,7 +164,7 @@ void PropfindRequest::SetModifiedSinceTime(const QDateTime& time) {
 }
 
 void PropfindRequest::SetProperties(const QStringList& names) {
-    PropfindBody(names, ServerKind::Service);
+    PropfindBody(names, ServerKind::Service, false);
     _names = names;
 }
 
@@ -188,7 +193,7 @@ HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
 }
 
 QByteArray PropfindRequest::RequestBody() const {
-    return PropfindBody(_names, _serverKind);
+    return PropfindBody(_names, _serverKind, !IsListing());
 }
 
 bool PropfindRequest::TakeSlash() {

@@ -20,6 +20,8 @@ public:
     virtual QDateTime Modified() const { return {}; }
     /// None when the server is not to be told.
     virtual std::optional<bool> IsExecutable() const { return std::nullopt; }
+    /// Whether the server has an executable file in this place that is replaced.
+    virtual bool ReplacesExecutable() const { return false; }
 };
 
 }  // namespace wire

@@ -273,6 +273,22 @@ struct Replacement {
     QByteArray value;
 };
 
+TEST_F(FileCommandsTest, PutSendsStandardInputToTheFileThatIsNamed) {
+    const auto put = [&](const char* path, const QByteArray& input) {
+        return RunOvsync({Text("put"), Text("-"), _service.Url() + Text(path)}, {}, input);
+    };
+    const QByteArray content = QByteArray("line\n\0\xFF", 7).repeated(100000);
+    EXPECT_EQ(put("new.bin", content).exitCode, 0);
+    EXPECT_EQ(ContentThere("new.bin"), content);
+    EXPECT_EQ(put("new.bin", QByteArray()).exitCode, 0);
+    EXPECT_EQ(ContentThere("new.bin"), QByteArray());
+    EXPECT_EQ(put("A/", content).exitCode, 2);
+    ExpectDone({Text("mkdir")}, "A/");
+    const ProgramResult folder = put("A", content);
+    EXPECT_NE(folder.exitCode, 0);
+    EXPECT_THAT(ErrorsOf(folder), HasSubstr("folder"));
+}
+
 TEST_F(FileCommandsTest, PutReplacesOnlyTheVersionThatItLookedAt) {
     const Replacement all[] = {
         {"strong tag", "ETag: \"1\"\r\nLast-Modified: Fri, 20 Nov 2026 10:15:30 GMT\r\n", "if-match", "\"1\""},

@@ -88,7 +88,7 @@ std::string ErrorsOf(const ProgramResult& result) {
     return result.errors.toStdString();
 }
 
-ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment) {
+ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment, const QByteArray& input) {
     QProcess process;
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
     for (const QString& variable : environment) {
@@ -98,6 +98,7 @@ ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environ
     // In a session of its own the program has no terminal to ask at.
     process.start(QStringLiteral("setsid"),
                   QStringList() << QStringLiteral("--wait") << QStringLiteral(OVSYNC_PROGRAM) << arguments);
+    process.write(input);
     process.closeWriteChannel();
     EXPECT_TRUE(process.waitForFinished(RunLimitInMilliseconds));
     ProgramResult result;

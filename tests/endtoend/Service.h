@@ -45,7 +45,8 @@ struct ProgramResult {
 
 std::string ErrorsOf(const ProgramResult& result);
 
-/// Runs `ovsync` to its end, with `environment` ("NAME=value") added and without a terminal.
-ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment = QStringList());
+/// Runs `ovsync` to its end, with `environment` ("NAME=value") added, `input` to read and without a terminal.
+ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment = QStringList(),
+                        const QByteArray& input = QByteArray());
 
 }  // namespace tests

@@ -1,4 +1,8 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <set>
 
 #include "tests/servers/ServersTest.h"
 
@@ -69,6 +73,27 @@ TEST_P(ServersTest, PushesIntoAFolderThatItMakes) {
     ExpectRun("push into a new folder", {"push", here.Path(), Url("new & folder/")});
     ExpectThere("push into a new folder",
                 {{"new & folder/", ""}, {"new & folder/f/", ""}, {"new & folder/f/file.txt", "content"}});
+}
+
+TEST_P(ServersTest, KeepsTheExecutableBitWhereItCan) {
+    const std::set<ServerKind> keepers = {ServerKind::StandIn, ServerKind::Apache, ServerKind::ApacheByDefault,
+                                          ServerKind::Lighttpd};
+    Serve({});
+    const std::string tool = here.Path() + "/tool";
+    const std::string pulled = here.Path() + "/.pulled";
+    const auto bitOf = [](const std::string& path) {
+        return access(path.c_str(), X_OK) == 0 ? "it runs" : "it does not";
+    };
+    for (const bool bit : {true, false}) {
+        WriteHere({{"tool", bit ? "runs" : "runs no longer"}});
+        ASSERT_EQ(chmod(tool.c_str(), bit ? 0755 : 0644), 0);
+        ExpectRun("push of a program", {"push", "--exclude", ".*", here.Path(), Url()});
+        const std::string expected = bit && keepers.count(GetParam()) != 0 ? "it runs" : "it does not";
+        ExpectRun("pull of a program", {"pull", Url(), pulled});
+        ExpectEqual("pull of a program", expected, bitOf(pulled + "/tool"));
+        ExpectRun("get of a program", {"get", Url("tool"), ".got"});
+        ExpectEqual("get of a program", expected, bitOf(here.Path() + "/.got"));
+    }
 }
 
 TEST_P(ServersTest, PullsAFolderAndWhatChangesInIt) {

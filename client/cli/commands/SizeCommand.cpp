@@ -8,7 +8,7 @@
 #include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/output/ProgressLine.h"
 #include "client/wire/HttpStatus.h"
-#include "client/wire/LargeSizes.h"
+#include "client/wire/ListingSupplement.h"
 #include "host/interfaces/ISyncFilter.h"
 
 namespace ovsync {
@@ -20,7 +20,7 @@ using library::ServiceConnection;
 using output::Output;
 using output::SizeText;
 using wire::HttpStatus;
-using wire::LargeSizes;
+using wire::ListingSupplement;
 
 namespace {
 
@@ -56,7 +56,7 @@ public:
         }
         // A file that was asked for itself has no path below.
         const qint64 listed = _connection.SizeOf(path.isEmpty() ? _prefix.chopped(1) : _prefix + path, size);
-        const qint64 bytes = listed < 0 ? static_cast<qint64>(LargeSizes::Least) : listed;
+        const qint64 bytes = listed < 0 ? static_cast<qint64>(ListingSupplement::LeastSize) : listed;
         _Add(_all, bytes);
         for (int level = 1; level <= std::min(_depth, static_cast<int>(folders.size())); ++level) {
             _Add(_byFolder[folders.mid(0, level).join(QLatin1Char('/'))], bytes);

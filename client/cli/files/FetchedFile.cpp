@@ -140,11 +140,12 @@ void FetchedFile::_WriteRecord() {
     _recordedTag = tag;
 }
 
-void FetchedFile::Install(const QDateTime& modified) {
+void FetchedFile::Install(const QDateTime& modified, std::optional<bool> isExecutable) {
     _file->SetModified(modified);
     struct stat status {};
-    if (_version.isExecutable && fstat(_descriptor, &status) == 0) {
-        _file->SetMode(local::WithExecutableBit(status.st_mode & 07777U, *_version.isExecutable));
+    const std::optional<bool> bit = _version.isExecutable ? _version.isExecutable : isExecutable;
+    if (bit && fstat(_descriptor, &status) == 0) {
+        _file->SetMode(local::WithExecutableBit(status.st_mode & 07777U, *bit));
     }
     _file->Sync();
     if (rename(OnDisk(_partPath).constData(), OnDisk(_path).constData()) != 0) {

@@ -4,6 +4,7 @@
 #include <QString>
 #include <QUrl>
 #include <memory>
+#include <optional>
 
 #include "client/cli/files/ReceivedContent.h"
 #include "client/sync/local/LocalFile.h"
@@ -31,9 +32,9 @@ public:
     bool CanGoOn() const { return !_recordedTag.isEmpty() && Size() > 0; }
     /// Forgets what came.
     void Discard();
-    /// Gives the file its date, where that is valid, and the executable bit that the server told, flushes it and puts
-    /// it in its place, over what is there.
-    void Install(const QDateTime& modified);
+    /// Gives the file its date, where that is valid, and the executable bit that the server told with the content or,
+    /// by `isExecutable`, elsewhere; flushes it and puts it in its place, over what is there.
+    void Install(const QDateTime& modified, std::optional<bool> isExecutable);
 
 protected:
     void Clear() override;

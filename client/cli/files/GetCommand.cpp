@@ -118,7 +118,7 @@ void FetchFile(ServiceConnection& connection, const Location& location, const QS
         }
         throw;
     }
-    content.Install(listed.lastModifiedDate);
+    content.Install(listed.lastModifiedDate, connection.IsExecutable(location.serverPath));
     if (asJson) {
         WriteReport(path, content, output);
     }

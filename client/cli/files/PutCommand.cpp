@@ -8,6 +8,7 @@
 #include "client/cli/commands/FileOnService.h"
 #include "client/cli/files/SentFile.h"
 #include "client/cli/input/Refusal.h"
+#include "client/cli/input/UsageError.h"
 #include "client/cli/output/FileFormat.h"
 #include "client/sync/pass/RemoteVersion.h"
 
@@ -24,6 +25,7 @@ using content::UploadOutcome;
 using input::Arguments;
 using input::Location;
 using input::Refusal;
+using input::UsageError;
 using library::ServiceConnection;
 using output::Output;
 using sync::config::FileConfiguration;
@@ -61,8 +63,14 @@ UploadOutcome Send(IContentConnection& session, const QUrl& url, SentFile& file,
 
 void Put(ServiceConnection& connection, const Location& location, const QString& path, bool isForced, bool asJson,
          Output& output) {
-    SentFile file(path);
+    const bool isInput = path == QLatin1String("-");
     const Location target = TargetOf(connection, location, QFileInfo(path).fileName());
+    if (isInput && target.serverPath != location.serverPath) {
+        throw UsageError(QStringLiteral("\"%1\" is a folder, and what comes from standard input has no name; name the "
+                                        "file, too")
+                             .arg(location.serverPath));
+    }
+    SentFile file(path);
     const auto session = connection.NewContentConnection();
     if (Send(*session, connection.UrlOf(target.serverPath), file, isForced) == UploadOutcome::Refused) {
         throw Refusal(QStringLiteral("Somebody has just changed \"%1\"; nothing was sent").arg(target.serverPath));
@@ -91,7 +99,7 @@ void AddPutCommand(CommandRegistry& registry) {
     registry.MarkAsTakingFiles(command);
     registry.MarkAsWriting(command);
     registry.AddBandwidth(command);
-    CommandRegistry::AddText(command, "FILE", "The file here", registry.Given().path);
+    CommandRegistry::AddText(command, "FILE", "The file here, or - for standard input", registry.Given().path);
     CommandRegistry::AddText(command, "URL", "Where it goes: a file, or a folder that it goes into",
                              registry.Given().url);
     command->add_flag("-f,--force", registry.Given().isForced, "Replace whatever is there");

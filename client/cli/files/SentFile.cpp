@@ -1,8 +1,13 @@
 #include "client/cli/files/SentFile.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
+#include <array>
 #include <cerrno>
 
 #include "client/cli/input/UsageError.h"
@@ -14,7 +19,22 @@ namespace files {
 using input::UsageError;
 using local::LocalError;
 
+namespace {
+
+const size_t InputPieceSize = 64UL * 1024UL;
+
+}  // namespace
+
 SentFile::SentFile(const QString& path) {
+    if (path == QLatin1String("-")) {
+        _TakeStandardInput();
+    } else {
+        _Open(path);
+    }
+    _before = _file->Look();
+}
+
+void SentFile::_Open(const QString& path) {
     const QFileInfo place(path);
     if (place.isDir()) {
         throw UsageError(QStringLiteral("%1 is a folder; push sends folders").arg(path));
@@ -27,8 +47,22 @@ SentFile::SentFile(const QString& path) {
         throw LocalError(path, errno);
     }
     _file = std::make_unique<local::LocalFile>(descriptor, path);
-    _before = _file->Look();
     _isExecutable = place.permission(QFile::ExeOwner);
+}
+
+void SentFile::_TakeStandardInput() {
+    const QString folder = QDir::tempPath();
+    const int descriptor =
+        open(QFile::encodeName(folder).constData(), O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (descriptor < 0) {
+        throw LocalError(folder, errno);
+    }
+    _file = std::make_unique<local::LocalFile>(descriptor, folder);
+    local::LocalFile input(dup(STDIN_FILENO), QStringLiteral("Standard input"));
+    std::array<char, InputPieceSize> piece = {};
+    while (const size_t count = input.Read(piece.data(), piece.size())) {
+        _file->Write(piece.data(), count);
+    }
 }
 
 bool SentFile::HasChanged() {

@@ -4,6 +4,7 @@
 #include <QDateTime>
 #include <QString>
 #include <memory>
+#include <optional>
 
 #include "client/sync/local/LocalFile.h"
 #include "client/wire/IContentSource.h"
@@ -15,7 +16,8 @@ namespace files {
 /// LocalError when it cannot be read. Not thread-safe.
 class SentFile : public wire::IContentSource {
 public:
-    /// Follows links. Throws UsageError when `path` is a folder or no file that has a size.
+    /// Follows links. "-" is all of standard input, kept on the disk until it is sent, because its size has to be known
+    /// before. Throws UsageError when `path` is a folder or no file that has a size.
     explicit SentFile(const QString& path);
 
     /// In bytes, when it was opened.
@@ -31,9 +33,12 @@ public:
     std::optional<bool> IsExecutable() const override { return _isExecutable; }
 
 private:
+    void _Open(const QString& path);
+    void _TakeStandardInput();
+
     std::unique_ptr<local::LocalFile> _file;
     store::Fingerprint _before;
-    bool _isExecutable = false;
+    std::optional<bool> _isExecutable;
     QCryptographicHash _md5{QCryptographicHash::Md5};
 };
 

@@ -28,6 +28,7 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
     service.folders = &connection.Folders();
     service.files = &connection.Files();
     service.newConnection = [&connection, transfers] { return connection.NewContentConnection(transfers); };
+    service.isExecutable = [&connection](const QString& serverPath) { return connection.IsExecutable(serverPath); };
     service.moveFile = [&connection](const QString& from, const QString& to) {
         connection.NewResourceConnection()->Move(connection.UrlOf(from), connection.UrlOf(to),
                                                  content::ResourceConnection::Overwriting::No);

@@ -109,7 +109,9 @@ bool FileViews::_IsContentThere(const FileView& view, const QString& md5) const 
 
 void FileViews::_FindCopies(FileView& view) const {
     for (const ConflictCopy& copy : _copiesOf.values(view.path)) {
-        const bool isOfVersion = HasIdentity(view.remote, copy.identity);
+        // A checksum may have become known after the copy was made.
+        const bool isOfVersion = HasIdentity(view.remote, copy.identity) ||
+                                 view.remote.md5Checksum.compare(copy.contentMd5, Qt::CaseInsensitive) == 0;
         if (isOfVersion) {
             view.situation.isBesideAlready = true;
             view.copy = copy.copy;

@@ -60,11 +60,12 @@ void Download::Run(content::IContentConnection& session) noexcept {
 
 void Download::_SetMode() {
     const bool replaces = _order.target == PullOrder::Target::Replace;
-    if (!replaces && !_version.isExecutable) {
+    const std::optional<bool> bit = _version.isExecutable ? _version.isExecutable : _order.isExecutable;
+    if (!replaces && !bit) {
         return;
     }
     const unsigned mode = replaces ? _order.here->mode : _tree.Look(_temporary).value_or(LocalEntry()).mode;
-    _file->SetMode(_version.isExecutable ? WithExecutableBit(mode, *_version.isExecutable) : mode);
+    _file->SetMode(bit ? WithExecutableBit(mode, *bit) : mode);
 }
 
 QString Download::GiveTemporary() {

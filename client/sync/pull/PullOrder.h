@@ -25,6 +25,8 @@ struct PullOrder {
 
     QString path;
     sync::config::FileConfiguration remote;
+    /// What the service says in another place than with the content, if anything.
+    std::optional<bool> isExecutable;
     /// What is to be recorded of it, its local part left open. Made when the transfer begins.
     store::FileRecord record;
     Target target = Target::New;

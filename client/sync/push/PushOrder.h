@@ -30,6 +30,8 @@ struct PushOrder {
     /// Of the local file when it was looked at, in bytes.
     qint64 size = 0;
     bool isExecutable = false;
+    /// Whether what the service has otherwise is executable, as far as it says so.
+    bool isExecutableThere = false;
 };
 
 }  // namespace push

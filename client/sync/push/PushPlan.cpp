@@ -157,6 +157,7 @@ void PushPlan::_Order(const FileView& view) {
     order.looksBefore = !_remote.HasChecksums();
     order.size = view.here.entry->fingerprint.size;
     order.isExecutable = view.here.entry->IsExecutable();
+    order.isExecutableThere = !order.isNew && _sides.service.isExecutable(view.remote.serverPath).value_or(false);
     // An empty folder may be one of the service itself.
     order.triesConditions =
         order.looksBefore && !_remote.AllFiles().isEmpty() && order.isNew && order.size > 0 && order.size <= TrialSize;

@@ -54,6 +54,7 @@ private:
     size_t Read(char* bytes, size_t size) override;
     QDateTime Modified() const override;
     std::optional<bool> IsExecutable() const override { return _order.isExecutable; }
+    bool ReplacesExecutable() const override { return _order.isExecutableThere; }
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
     void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);

@@ -94,10 +94,12 @@ public:
 
     QDateTime Modified() const override { return modified; }
     std::optional<bool> IsExecutable() const override { return isExecutable; }
+    bool ReplacesExecutable() const override { return replacesExecutable; }
 
     QByteArray content;
     QDateTime modified;
     std::optional<bool> isExecutable;
+    bool replacesExecutable = false;
     int restarts = 0;
     std::function<void(int at)> onRead;
 
@@ -767,6 +769,17 @@ TEST_F(ContentUploadTest, AnotherServerIsToldTheExecutableBitAsAPropertyAndMayRe
         EXPECT_EQ(server.Requests().last().method, "PROPPATCH");
         EXPECT_THAT(server.Requests().last().body.toStdString(), HasSubstr("<A:executable>T</A:executable>"));
     }
+}
+
+TEST_F(ContentUploadTest, AnotherServerIsToldWhenAnExecutableFileIsReplacedByOneThatIsNot) {
+    ScriptedServer server({AnswerOf("folders/status-204"), AnswerOf("folders/status-207")});
+    Source source(FileText);
+    source.isExecutable = false;
+    source.replacesExecutable = true;
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    ASSERT_TRUE(server.SawItsScript());
+    EXPECT_THAT(server.Requests().last().body.toStdString(), HasSubstr("<A:executable>F</A:executable>"));
 }
 
 TEST_F(ContentUploadTest, WhatWasNotStoredIsNotMadeExecutable) {

@@ -7,6 +7,7 @@
 #include "host/core/SyncException.h"
 #include "tests/client/Fixtures.h"
 #include "tests/client/requests/BadAnswers.h"
+#include "tests/fakes/Text.h"
 
 namespace ovsync {
 namespace listing {
@@ -25,6 +26,7 @@ using tests::FixtureAnswer;
 using tests::FixtureBytes;
 using tests::FixtureNameOf;
 using tests::NameOf;
+using tests::Text;
 
 using Depth = DAVPropfindRequest::Depth;
 
@@ -109,6 +111,24 @@ TEST(MultistatusReaderTest, HoldsLargeSizesAsTheContractSays) {
     EXPECT_EQ(nginx.fileResponses.first().contentLength, static_cast<int>(3000000000LL - 4294967296LL));
     EXPECT_EQ(nginx.fileResponses.last().contentLength, -1);
     EXPECT_EQ(ReadListing("iis.xml").fileResponses.first().contentLength, std::numeric_limits<int>::min());
+}
+
+TEST(MultistatusReaderTest, NotesWhichFilesAreExecutableBesideTheResult) {
+    const ovsync::wire::ListingLimits limits;
+    const auto read = [&](const char* fixture) {
+        MultistatusReader reader(QUrl(Text("http://host/bin/")), Children, HrefScope::OfUrl, limits, nullptr);
+        const QByteArray bytes = FixtureBytes(Text("listings/") + Text(fixture));
+        reader.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
+        reader.Finish();
+    };
+    limits.supplement->SetExecutable(Text("bin/no longer"), true);
+    limits.supplement->SetExecutable(Text("bin/a text"), true);
+    read("executables.xml");
+    EXPECT_EQ(limits.supplement->IsExecutable(Text("bin/a tool")), true);
+    EXPECT_EQ(limits.supplement->IsExecutable(Text("bin/no longer")), false);
+    for (const char* other : {"bin/a text", "bin/of another namespace", "bin/odd"}) {
+        EXPECT_EQ(limits.supplement->IsExecutable(Text(other)), std::nullopt) << other;
+    }
 }
 
 TEST(MultistatusReaderTest, ReadsAnIisListingWithAbsoluteUrls) {

@@ -402,6 +402,10 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.files = _fileManager.get();
     service.updater = _updater.get();
     service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
+    service.isExecutable = [this](const QString& serverPath) {
+        const auto bit = listedBits.find(PathOf(serverPath));
+        return bit == listedBits.end() ? std::nullopt : std::optional<bool>(bit->second);
+    };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.newConnection = [this] { return std::make_unique<Session>(*this); };
     service.urlOf = [](const QString& serverPath) {
@@ -458,6 +462,8 @@ FileConfiguration FakeService::_Describe(const QString& path, const File& file) 
     if (!isPlain) {
         description.itemId = QString::number(file.item);
         description.versionId = QString::number(file.item) + QLatin1Char('-') + QString::number(file.version);
+    }
+    if (!isPlain && !isWithoutChecksums) {
         description.md5Checksum =
             QString::fromLatin1(QCryptographicHash::hash(file.content, QCryptographicHash::Md5).toHex());
     }

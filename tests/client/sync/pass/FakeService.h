@@ -68,12 +68,16 @@ public:
     bool isWithoutDates = false;
     /// Names dates only where it is asked for one file's content.
     bool isListingNoDates = false;
+    /// It has not computed any yet.
+    bool isWithoutChecksums = false;
     /// Sends this in place of every file's content, if it is not null.
     QByteArray contentInstead;
     /// Announces no sizes of what it sends.
     bool isWithoutSizes = false;
     /// These collections are there and not listed, as what lies in a form is not.
     std::set<QString> unlisted;
+    /// Which files are listed as executable and which are not; their content says nothing of it.
+    std::map<QString, bool> listedBits;
     /// These files and folders are there, and no listing has them.
     std::set<QString> forgotten;
     /// There is no folder to sync.

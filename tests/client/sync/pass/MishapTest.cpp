@@ -80,6 +80,20 @@ protected:
         ASSERT_EQ(Pull(), SyncOutcome::InStep);
     }
 
+    /// Somebody writes the file when the push has looked at it, without giving it another date.
+    void ExpectAChangeWithinTheSecondToBeSeen() {
+        StartWith("a", "1");
+        Write("a", "mine");
+        service.onRequest = [this](const QString& method, const QString&) {
+            if (method == Text("HEAD") && service.Content(Text("a")) == "1") {
+                service.Overwrite(Text("a"), "3");
+            }
+        };
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+        EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+    }
+
     /// After `count` files "0", "1" and so on were pulled.
     void StartWithFiles(int count) {
         for (int i = 0; i < count; ++i) {
@@ -547,16 +561,7 @@ TEST_F(MishapTest, AConflictEndsWithItsCopyAlsoWithinTheSecondOfTheChange) {
 TEST_F(MishapTest, WithinTheSecondOfTheChangeTheContentIsComparedOnceTheTagIsKnown) {
     service.isPlain = true;
     service.secondsAhead = -100;
-    StartWith("a", "1");
-    Write("a", "mine");
-    service.onRequest = [this](const QString& method, const QString&) {
-        if (method == Text("HEAD") && service.Content(Text("a")) == "1") {
-            service.Overwrite(Text("a"), "3");
-        }
-    };
-    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
-    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
-    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+    ExpectAChangeWithinTheSecondToBeSeen();
 }
 
 TEST_F(MishapTest, WithoutStrongTagsTheDateGuardsAChangedFile) {
@@ -618,16 +623,7 @@ TEST_F(MishapTest, ByADateAloneAChangeWithinTheSecondOfTheListingIsSeen) {
     service.isPlain = true;
     service.isWithoutTags = true;
     service.secondsAhead = -20;
-    StartWith("a", "1");
-    Write("a", "mine");
-    service.onRequest = [this](const QString& method, const QString&) {
-        if (method == Text("HEAD") && service.Content(Text("a")) == "1") {
-            service.Overwrite(Text("a"), "3");
-        }
-    };
-    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
-    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
-    EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
+    ExpectAChangeWithinTheSecondToBeSeen();
 }
 
 TEST_F(MishapTest, ByADateAloneNothingIsReplacedBeforeItsSecondIsOver) {

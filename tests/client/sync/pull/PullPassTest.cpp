@@ -49,6 +49,31 @@ TEST_F(PullPassTest, ContentAndDateComeOver) {
     EXPECT_EQ(disk.Look(Text("f/a"))->fingerprint.modified, Q_INT64_C(1700000002) * 1000000000);
 }
 
+TEST_F(PullPassTest, WhatIsListedAsExecutableBecomesSo) {
+    const auto isExecutable = [this](const char* path) { return disk.Look(Text(path))->IsExecutable(); };
+    service.listedBits = {{Text("tool"), true}, {Text("text"), false}};
+    for (const char* content : {"1", "2"}) {
+        for (const char* file : {"tool", "text", "other"}) {
+            service.Put(Text(file), content);
+        }
+        EXPECT_EQ(Pull(), SyncOutcome::InStep);
+        EXPECT_TRUE(isExecutable("tool"));
+        EXPECT_FALSE(isExecutable("text"));
+        EXPECT_FALSE(isExecutable("other"));
+    }
+    service.listedBits = {{Text("tool"), false}, {Text("text"), true}};
+    for (const char* file : {"tool", "text"}) {
+        service.Put(Text(file), "3");
+    }
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_FALSE(isExecutable("tool"));
+    EXPECT_TRUE(isExecutable("text"));
+    service.listedBits.clear();
+    service.Put(Text("text"), "4");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_TRUE(isExecutable("text")) << "a server that says nothing changes nothing";
+}
+
 TEST_F(PullPassTest, NothingChangedMeansOneQuestion) {
     PullOne();
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
@@ -164,6 +189,19 @@ TEST_F(PullPassTest, AConflictIsToldOfUntilItIsOverButFetchedOnce) {
     Remove("a");
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Content("a"), QByteArray("theirs again"));
+}
+
+TEST_F(PullPassTest, AVersionWhoseChecksumBecomesKnownIsNotFetchedAgain) {
+    PullOne();
+    service.isWithoutChecksums = true;
+    service.Put(Text("a"), "2");
+    Write("a", "3");
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    const Files both = Contents();
+    service.isWithoutChecksums = false;
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Count("GET"), 1);
+    EXPECT_EQ(Contents(), both);
 }
 
 TEST_F(PullPassTest, AConflictIsOverWhenTheServicesVersionTakesThePlace) {
