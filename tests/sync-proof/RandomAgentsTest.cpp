@@ -65,6 +65,7 @@ public:
                 _users.push_back(std::make_unique<SyncingUser>(name, url, _chance.Seed()));
             }
         }
+        _AllowDeletions(false);
     }
 
     ~AgentsLife() {
@@ -95,9 +96,11 @@ public:
 
     /// Returns what is not as it has to be when nobody changes anything any more.
     std::string Settle() {
+        _AllowDeletions(true);
         for (const auto& user : _users) {
-            user->Allow(true);
-            user->HasAgent() ? user->TellToLook() : user->StartAgent(0);
+            if (!user->HasAgent()) {
+                user->StartAgent(0);
+            }
         }
         const auto begin = Clock::now();
         std::string difference = _Await([this] { return _Unreported(); }, !_asksByItself);
@@ -109,14 +112,21 @@ public:
         if (difference.empty()) {
             difference = _ChangeAlone();
         }
-        for (const auto& user : _users) {
-            user->Allow(false);
-            user->TellToLook();
-        }
+        _AllowDeletions(false);
         return difference.empty() ? _Lost() : difference + _Story();
     }
 
 private:
+    /// Who is left alone allows them always.
+    void _AllowDeletions(bool allows) {
+        for (const auto& user : _users) {
+            user->Allow(allows || _asksByItself);
+            if (user->HasAgent() && !_asksByItself) {
+                user->TellToLook();
+            }
+        }
+    }
+
     void _Act() {
         SyncingUser& user = *_users[_chance.Below(_users.size())];
         const size_t kind = _chance.Below(100);
