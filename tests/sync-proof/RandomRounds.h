@@ -22,17 +22,25 @@ struct Rounds {
     int untilSettled = 5;
 };
 
-/// Makes the rounds of a random test, each of which has to say nothing, and prints what happened in all. A Life is made
-/// of a seed and a Tally, has a Round and a Settle, which return what is not as it has to be, and counts at its end
-/// what was written.
+/// Makes the rounds of a random test, each of which has to say nothing, and prints what happened so far after each
+/// life. A Life is made of a seed and a Tally, has a Round and a Settle, which return what is not as it has to be, and
+/// counts at its end what was written.
 template <typename Life, typename Make>
 void MakeRounds(const Rounds& rounds, const std::string& name, Make make) {
     const int count = Setting("OVSYNC_PROOF_ROUNDS", rounds.count);
     auto seed = static_cast<unsigned>(Setting("OVSYNC_PROOF_SEED", static_cast<int>(std::random_device()() >> 1U)));
     Tally tally;
     std::unique_ptr<Life> life;
+    // Who makes a thousand rounds wants to see how far they are.
+    const auto tell = [&] {
+        if (life) {
+            life.reset();
+            std::cout << name << ": " << tally << std::endl;
+        }
+    };
     for (int round = 0; round < count; ++round) {
         if (round % rounds.ofALife == 0) {
+            tell();
             life = make(seed++, tally);
         }
         SCOPED_TRACE("OVSYNC_PROOF_SEED=" + std::to_string(seed - 1) + ", round " +
@@ -44,8 +52,7 @@ void MakeRounds(const Rounds& rounds, const std::string& name, Make make) {
             ASSERT_EQ(life->Settle(), "");
         }
     }
-    life.reset();
-    std::cout << name << ": " << tally << "\n";
+    tell();
 }
 
 }  // namespace syncproof
