@@ -318,7 +318,7 @@ TEST_F(AgentSyncTest, HasNoMoreDescriptorsAfterDozensOfPasses) {
     Add(service.Url());
     _user.StartAgent();
     int afterTheFirst = 0;
-    for (int i = 0; i < 30; ++i) {
+    for (int i = 0; i < 24; ++i) {
         const QString name = QString::number(i);
         _user.Write(Text("synced/") + name, "from here");
         service.AddFile(Text("there ") + name, "from there");
@@ -326,8 +326,10 @@ TEST_F(AgentSyncTest, HasNoMoreDescriptorsAfterDozensOfPasses) {
         ASSERT_TRUE(BecomesTrue([&] {
             return service.HasFile(name) && _user.Read(Text("synced/there ") + name) == "from there";
         })) << i;
-        ASSERT_TRUE(_user.IsInStep());
-        afterTheFirst = i == 3 ? Descriptors(_user.AgentProcess()) : afterTheFirst;
+        if (i == 3) {
+            ASSERT_TRUE(_user.IsInStep());
+            afterTheFirst = Descriptors(_user.AgentProcess());
+        }
     }
     EXPECT_GT(afterTheFirst, 0);
     // A pass that changed something is followed by another one.
