@@ -219,7 +219,8 @@ private:
     void _DisturbServer() {
         if (!_IsServing()) {
             _EndAbsenceOfServer();
-        } else if (_chance.Happens("service stopped", 3)) {
+            // Apache looks whether a condition holds first and acts on it then, so that what comes in between is lost.
+        } else if (_kind == ServerKind::StandIn && _chance.Happens("service stopped", 3)) {
             _server->Signal(SIGSTOP);
             _isServerStopped = true;
         } else if (_chance.Happens("service killed", 2)) {
