@@ -219,8 +219,7 @@ private:
     void _DisturbServer() {
         if (!_IsServing()) {
             _EndAbsenceOfServer();
-            // Apache looks whether a condition holds first and acts on it then, so that what comes in between is lost.
-        } else if (_kind == ServerKind::StandIn && _chance.Happens("service stopped", 3)) {
+        } else if (_isToBeStopped && _chance.Happens("service stopped", 3)) {
             _server->Signal(SIGSTOP);
             _isServerStopped = true;
         } else if (_chance.Happens("service killed", 2)) {
@@ -409,6 +408,8 @@ private:
     const service::test::TemporaryFolder _there;
     const int _port = FreePort();
     std::unique_ptr<IDavServer> _server;
+    /// Apache looks whether a condition holds first and acts on it then, so that what comes in between is lost.
+    const bool _isToBeStopped = _kind == ServerKind::StandIn;
     bool _isServerStopped = false;
     bool _asksByItself = false;
     /// Of the servers that have ended.
