@@ -147,6 +147,11 @@ bool Moves::_MoveHere(const QString& from, const QString& to) {
         // The records must not be ahead of the disk.
         _sides.tree.SyncFolder(FolderOf(to));
         _sides.tree.SyncFolder(FolderOf(from));
+        _snapshot.Move(from, to);
+        // A renaming sets the time of the last change, by which a file is known when it is to be replaced.
+        if (const std::optional<LocalEntry> moved = _sides.tree.Look(to)) {
+            _snapshot.entries.insert(to, *moved);
+        }
     } catch (const LocalError& e) {
         // Another disk is mounted below the folder.
         if (e.Code() != EXDEV) {
@@ -154,7 +159,6 @@ bool Moves::_MoveHere(const QString& from, const QString& to) {
         }
         return false;
     }
-    _snapshot.Move(from, to);
     _report.Tell(SyncEvent::Kind::Moved, to, Whence(from));
     return true;
 }

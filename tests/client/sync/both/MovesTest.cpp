@@ -146,6 +146,24 @@ TEST_F(MovesTest, ChangesGoWithTheMove) {
     ExpectInStep();
 }
 
+TEST_F(MovesTest, AFileThatIsRenamedAndChangedThereIsSoHere) {
+    for (const char* path : {"a", "b"}) {
+        Write(path, "1");
+        // What is as young as the test is read by every pass.
+        QFile file(Path(path));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(QDateTime::fromSecsSinceEpoch(1000000000), QFileDevice::FileModificationTime));
+    }
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    service.Put(Text("a"), "changed, then renamed");
+    service.Move(Text("a"), Text("c"));
+    service.Move(Text("b"), Text("d"));
+    service.Put(Text("d"), "renamed, then changed");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("c"), "changed, then renamed"}, {Text("d"), "renamed, then changed"}}));
+    ExpectInStep();
+}
+
 TEST_F(MovesTest, NothingIsMovedOverWhatIsThere) {
     Begin({"a", "f/b", "stays"});
     Rename("a", "c");
