@@ -19,6 +19,7 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
+    pid_t Id() const { return _process; }
     void Signal(int signal);
     /// To a program that leads a process group, and all that it started.
     void SignalGroup(int signal);

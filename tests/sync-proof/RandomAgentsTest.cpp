@@ -193,7 +193,7 @@ private:
     void _DisturbAgent(SyncingUser& user) {
         if (!user.HasAgent()) {
             user.StartAgent(_chance.Happens("clock here", 3) ? _chance.ClockShift() : 0);
-        } else if (_chance.Happens("agent stopped", 3)) {
+        } else if (_isToBeStopped && _chance.Happens("agent stopped", 3)) {
             user.Stop();
         } else {
             if (!user.IsStopped() && _chance.Below(2) == 0) {
@@ -408,7 +408,8 @@ private:
     const service::test::TemporaryFolder _there;
     const int _port = FreePort();
     std::unique_ptr<IDavServer> _server;
-    /// Apache looks whether a condition holds first and acts on it then, so that what comes in between is lost.
+    /// Apache looks whether a condition holds when a request begins and acts on it when it has come, so that whoever
+    /// stops in between overwrites what another client sends meanwhile.
     const bool _isToBeStopped = _kind == ServerKind::StandIn;
     bool _isServerStopped = false;
     bool _asksByItself = false;

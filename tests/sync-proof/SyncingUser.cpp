@@ -115,7 +115,9 @@ std::map<std::string, std::string> SyncingUser::Conflicts() const {
 }
 
 std::string SyncingUser::Story() const {
-    return _name + ":\n" + _errors.Text() + _changes.Journal();
+    const std::string state =
+        _agent ? service::test::ReadFile("/proc/" + std::to_string(_agent->Id()) + "/status").value_or("gone") : "none";
+    return _name + ":\n" + _errors.Text() + _changes.Journal() + "agent: " + state + "\n";
 }
 
 }  // namespace syncproof
