@@ -135,7 +135,7 @@ SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver&
     options.exclusion = local::Exclusion(_folder.rules);
     options.isStopped = &isStopped;
 
-    pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root, _folder.transfers);
+    pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root);
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();

@@ -38,7 +38,7 @@ const int TheServerId = 1;
 
 wire::ConnectionSettings Unlimited(const wire::ConnectionSettings& settings) {
     wire::ConnectionSettings unlimited = settings;
-    unlimited.bandwidth = 0;
+    unlimited.bandwidth.reset();
     return unlimited;
 }
 
@@ -148,6 +148,8 @@ bool ServiceConnection::IsEmpty(const QString& serverPath) {
 std::shared_ptr<sync::http::DAVPropfindResult> ServiceConnection::_Ask(const QString& path,
                                                                        sync::http::DAVPropfindRequest::Depth depth) {
     const auto request = std::make_shared<requests::PropfindRequest>(UrlOf(path), depth);
+    // Which server it is, nobody asks for the sake of a single file.
+    request->AskForExecutableBit();
     _connection->Execute({request}, [](const auto&, auto) {});
     const int status = request->GetStatusCode();
     if (status == wire::HttpStatus::NotFound || status == wire::HttpStatus::Gone) {
@@ -161,23 +163,22 @@ std::shared_ptr<sync::http::DAVPropfindResult> ServiceConnection::_Ask(const QSt
         status, request->Url());
 }
 
-std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection(int sharers) const {
-    return std::make_unique<content::ContentConnection>(_SettingsOfTransfers(sharers),
+std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {
+    return std::make_unique<content::ContentConnection>(_SettingsOfTransfers(),
                                                         _authenticators->CreateAuthenticator(TheServerId));
 }
 
 std::unique_ptr<content::ResourceConnection> ServiceConnection::NewResourceConnection() const {
-    return std::make_unique<content::ResourceConnection>(_SettingsOfTransfers(1),
+    return std::make_unique<content::ResourceConnection>(_SettingsOfTransfers(),
                                                          _authenticators->CreateAuthenticator(TheServerId));
 }
 
-wire::ConnectionSettings ServiceConnection::_SettingsOfTransfers(int sharers) const {
+wire::ConnectionSettings ServiceConnection::_SettingsOfTransfers() const {
     wire::ConnectionSettings settings = _settings;
     // What is shown of several transfers at once is not for one of them to say.
     settings.onProgress = nullptr;
     // Several transfers share a line that may be slow.
     settings.leastRate = 0;
-    settings.bandwidth = (settings.bandwidth + sharers - 1) / sharers;
     return settings;
 }
 

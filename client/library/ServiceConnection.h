@@ -98,8 +98,8 @@ public:
     /// Find does.
     bool IsEmpty(const QString& serverPath);
 
-    /// A connection of its own for content, for another thread. `sharers` of them share the bandwidth.
-    std::unique_ptr<content::IContentConnection> NewContentConnection(int sharers = 1) const;
+    /// A connection of its own for content, for another thread. All of them share the bandwidth.
+    std::unique_ptr<content::IContentConnection> NewContentConnection() const;
     /// The same for what is done with files on the service.
     std::unique_ptr<content::ResourceConnection> NewResourceConnection() const;
 
@@ -127,7 +127,7 @@ private:
     /// Null when there is nothing at `path`.
     std::shared_ptr<sync::http::DAVPropfindResult> _Ask(const QString& path,
                                                         sync::http::DAVPropfindRequest::Depth depth);
-    wire::ConnectionSettings _SettingsOfTransfers(int sharers) const;
+    wire::ConnectionSettings _SettingsOfTransfers() const;
     std::shared_ptr<RemoteFileManagerFactory> _NewFileManagers(
         const std::shared_ptr<requests::IRequestSender>& sender) const;
     std::unique_ptr<sync::interf::IRemoteFolderManager> _NewFolderManager(

@@ -33,9 +33,9 @@ QStringList DefaultProperties() {
     };
 }
 
-/// The body of a PROPFIND that asks a server of that `kind` for `names`, `isForOne` of a single resource. Throws
-/// SyncException for a name that cannot be read.
-QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool isForOne) {
+/// The body of a PROPFIND that asks a server of that `kind` for `names`. Throws SyncException for a name that cannot be
+/// read.
+QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForBit) {
     // A namespace is a URI reference, and none of the characters left out here can stand in one.
     static const QRegularExpression nameForm(QStringLiteral(
         "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
@@ -72,8 +72,8 @@ QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool isForOne
     if (isDefault && kind != ServerKind::Service) {
         elements += QLatin1String("<D:getetag/>");
     }
-    // The service says it with the content. Which server it is, is not asked for the sake of a single file.
-    if (isDefault && (kind != ServerKind::Service || isForOne)) {
+    // The service says it with the content.
+    if (isDefault && (kind != ServerKind::Service || asksForBit)) {
         elements += QLatin1String("<A:executable xmlns:A=\"http://apache.org/dav/props/\"/>");
     }
     if (!isResourceTypeAsked) {
@@ -193,7 +193,7 @@ HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
 }
 
 QByteArray PropfindRequest::RequestBody() const {
-    return PropfindBody(_names, _serverKind, !IsListing());
+    return PropfindBody(_names, _serverKind, _asksForBit);
 }
 
 bool PropfindRequest::TakeSlash() {

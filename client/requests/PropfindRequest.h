@@ -33,6 +33,9 @@ public:
     /// Which properties the server may know. Those of the service, unless set.
     void SetServerKind(ServerKind kind) { _serverKind = kind; }
 
+    /// Whether files are executable, too. Whatever is not known to be the service is asked that anyhow.
+    void AskForExecutableBit() { _asksForBit = true; }
+
     void SetLimits(const wire::ListingLimits& limits) { _limits = limits; }
 
     /// From now on asks, whatever its depth, for what lies right in the collection, and unconditionally: that a
@@ -79,6 +82,7 @@ private:
     QByteArray _modifiedSince;
     QStringList _names;
     ServerKind _serverKind = ServerKind::Service;
+    bool _asksForBit = false;
     wire::ListingLimits _limits;
 
     int _status = 0;

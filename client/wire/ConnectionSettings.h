@@ -5,19 +5,21 @@
 #include <functional>
 #include <memory>
 
+#include "client/wire/Bandwidth.h"
 #include "client/wire/DigestHosts.h"
 #include "client/wire/ListingLimits.h"
 
 namespace ovsync {
 namespace wire {
 
-/// How a HttpConnection connects. A plain value, but for the hosts, which its copies share.
+/// How a HttpConnection connects. A plain value, but for the bandwidth and the hosts, which its copies
+/// share.
 ///
 /// \code
 /// ovsync::wire::ConnectionSettings settings;
 /// settings.caFile = QStringLiteral("/etc/ssl/certs/our-own.pem");
 /// settings.silenceLimit = std::chrono::seconds(20);
-/// settings.bandwidth = qint64(1024) * 1024;
+/// settings.bandwidth = std::make_shared<ovsync::wire::Bandwidth>(qint64(1024) * 1024);
 /// \endcode
 struct ConnectionSettings {
     /// A file of PEM certificates to trust in place of the system's; empty for the system's.
@@ -31,8 +33,8 @@ struct ConnectionSettings {
     /// that comes faster may take as long as it likes. Zero bytes a second are no limit.
     std::chrono::milliseconds slownessLimit = std::chrono::minutes(10);
     qint64 leastRate = 1024;
-    /// How many bytes a second may be received, and how many sent; 0 for no limit.
-    qint64 bandwidth = 0;
+    /// What may be moved; null for as much as there is. Shared by the copies of these settings.
+    std::shared_ptr<Bandwidth> bandwidth;
     ListingLimits listing;
     /// How long it may take to reach the server, TLS included.
     std::chrono::milliseconds connectLimit = std::chrono::seconds(30);

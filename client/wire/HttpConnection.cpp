@@ -103,6 +103,12 @@ private:
         if (_isCancelled) {
             _Fail(_active.front(), TransactionError::Cause::Cancelled, QStringLiteral("it was cancelled"));
         }
+        for (const Transfer& transfer : _active) {
+            if (const CURLcode code = transfer->GoOn(); code != CURLE_OK) {
+                _End(transfer.get(), code, queue);
+                return;
+            }
+        }
         int running = 0;
         CURLMcode result = curl_multi_perform(_multi.get(), &running);
         int left = 0;
@@ -153,14 +159,15 @@ private:
     std::chrono::milliseconds _Patience() const {
         std::chrono::milliseconds patience = ProgressInterval;
         for (const Transfer& transfer : _active) {
-            patience = std::min(patience, transfer->SilenceLimit() - transfer->Silence());
+            patience = std::min(patience, transfer->Wait().value_or(transfer->SilenceLimit() - transfer->Silence()));
         }
         return std::max(patience, std::chrono::milliseconds(0));
     }
 
     void _CheckPace(ITransactionQueue& queue) {
         for (const Transfer& transfer : _active) {
-            if (transfer->Silence() >= transfer->SilenceLimit()) {
+            // That it waits for the bandwidth is not the server's silence.
+            if (!transfer->Wait() && transfer->Silence() >= transfer->SilenceLimit()) {
                 _Fail(transfer, TransactionError::Cause::Silence,
                       QStringLiteral("nothing was received or sent for %1 s")
                           .arg(static_cast<double>(transfer->SilenceLimit().count()) / 1000.0));

@@ -19,9 +19,8 @@ namespace {
 
 const long ReceiveBufferSize = 256L * 1024L;
 const long SendBufferSize = 256L * 1024L;
-/// Smaller ones the HTTP library does not take.
+/// A smaller one the HTTP library does not take.
 const long LeastReceiveBufferSize = 1024L;
-const long LeastSendBufferSize = 16L * 1024L;
 /// Sending so much in vain costs more than asking first.
 const qint64 AskBeforeSending = qint64(1024) * 1024;
 /// How much, and for how long, is received of a body that nobody reads, so that the connection can be kept.
@@ -101,6 +100,7 @@ void HttpTransfer::Begin(HttpTransaction& transaction, CURLM* multi) {
     _isAnswerAwaited = false;
     _isDigestAsked = false;
     _refusal = nullptr;
+    _heldUp.reset();
     _detail[0] = '\0';
     transaction.Forget();
     if (_hasBasic && _settings.digestHosts->ForbidBasic(transaction.Url())) {
@@ -162,6 +162,24 @@ std::chrono::milliseconds HttpTransfer::SilenceLimit() const {
     return _isAnswerAwaited ? std::max(_settings.silenceLimit, _settings.answerLimit) : _settings.silenceLimit;
 }
 
+std::optional<std::chrono::milliseconds> HttpTransfer::Wait() const {
+    if (!_heldUp) {
+        return std::nullopt;
+    }
+    // Rounded up, so that it is not looked at again and again before.
+    const auto left = _settings.bandwidth->FreeAt(*_heldUp) - Clock::now();
+    return std::max(std::chrono::ceil<std::chrono::milliseconds>(left), std::chrono::milliseconds(0));
+}
+
+CURLcode HttpTransfer::GoOn() {
+    if (!_heldUp || _settings.bandwidth->FreeAt(*_heldUp) > Clock::now()) {
+        return CURLE_OK;
+    }
+    _heldUp.reset();
+    NoteSignOfLife();
+    return curl_easy_pause(_easy.get(), CURLPAUSE_CONT);
+}
+
 bool HttpTransfer::HasEnough() const {
     return _isHeadComplete && _transaction->IsHeadEnough() && Clock::now() - _headEnd >= UnreadBodyPatience;
 }
@@ -181,15 +199,10 @@ void HttpTransfer::_Open() {
     _Set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(_settings.connectLimit.count()));
     _Set(CURLOPT_BUFFERSIZE, ReceiveBufferSize);
     _Set(CURLOPT_UPLOAD_BUFFERSIZE, SendBufferSize);
-    if (_settings.bandwidth > 0) {
-        const auto piece = [this](long least, long most) {
-            return static_cast<long>(std::clamp<qint64>(_settings.bandwidth, least, most));
-        };
-        _Set(CURLOPT_MAX_RECV_SPEED_LARGE, static_cast<curl_off_t>(_settings.bandwidth));
-        _Set(CURLOPT_MAX_SEND_SPEED_LARGE, static_cast<curl_off_t>(_settings.bandwidth));
-        // A larger piece would be waited for, without a sign of life.
-        _Set(CURLOPT_BUFFERSIZE, piece(LeastReceiveBufferSize, ReceiveBufferSize));
-        _Set(CURLOPT_UPLOAD_BUFFERSIZE, piece(LeastSendBufferSize, SendBufferSize));
+    // The HTTP library has a limit of its own, which it does not keep to when a server is quick.
+    if (_settings.bandwidth) {
+        _Set(CURLOPT_BUFFERSIZE, static_cast<long>(std::clamp<qint64>(_settings.bandwidth->PieceSize(),
+                                                                      LeastReceiveBufferSize, ReceiveBufferSize)));
     }
     _Set(CURLOPT_SSL_VERIFYPEER, 1L);
     _Set(CURLOPT_SSL_VERIFYHOST, 2L);
@@ -380,11 +393,31 @@ void HttpTransfer::_TakeBody(const char* bytes, size_t size) {
     }
 }
 
+bool HttpTransfer::_MayMove(Bandwidth::Way way) {
+    if (_settings.bandwidth && _settings.bandwidth->FreeAt(way) > Clock::now()) {
+        _heldUp = way;
+    }
+    return !_heldUp;
+}
+
+void HttpTransfer::_NoteMoved(Bandwidth::Way way, size_t size) {
+    if (_settings.bandwidth) {
+        _settings.bandwidth->Take(way, static_cast<qint64>(size));
+    }
+}
+
 size_t HttpTransfer::_OnRead(char* bytes, size_t /*unit*/, size_t size, void* self) {
     auto* const transfer = static_cast<HttpTransfer*>(self);
+    if (!transfer->_MayMove(Bandwidth::Way::Send)) {
+        return CURL_READFUNC_PAUSE;
+    }
+    if (transfer->_settings.bandwidth) {
+        size = std::min(size, static_cast<size_t>(transfer->_settings.bandwidth->PieceSize()));
+    }
     size_t count = CURL_READFUNC_ABORT;
     transfer->_HandOn([&] { count = transfer->_transaction->StreamedBody()->Read(bytes, size); });
     if (count <= size) {
+        transfer->_NoteMoved(Bandwidth::Way::Send, count);
         transfer->_streamed += static_cast<qint64>(count);
         transfer->_isAnswerAwaited = transfer->_streamed == transfer->_transaction->StreamedBodySize();
     }
@@ -418,7 +451,11 @@ size_t HttpTransfer::_OnHeaderLine(char* bytes, size_t /*unit*/, size_t size, vo
 
 size_t HttpTransfer::_OnBody(char* bytes, size_t /*unit*/, size_t size, void* self) {
     auto* const transfer = static_cast<HttpTransfer*>(self);
+    if (!transfer->_MayMove(Bandwidth::Way::Receive)) {
+        return CURL_WRITEFUNC_PAUSE;
+    }
     transfer->NoteSignOfLife();
+    transfer->_NoteMoved(Bandwidth::Way::Receive, size);
     transfer->_TakeBody(bytes, size);
     // A refused answer is received for as long as its first bytes are still to be shown.
     const bool isRefused = transfer->_refusal && transfer->_answer.firstBytes.size() == AnswerSummary::FirstBytesLimit;

@@ -6,6 +6,7 @@
 #include <QString>
 #include <chrono>
 #include <exception>
+#include <optional>
 
 #include "client/wire/AnswerSummary.h"
 #include "client/wire/ConnectionSettings.h"
@@ -51,6 +52,10 @@ public:
     /// For how long that may be so.
     std::chrono::milliseconds SilenceLimit() const;
     void NoteSignOfLife() { _lastSign = Clock::now(); }
+    /// For how long it is held up by the bandwidth; none when it is not.
+    std::optional<std::chrono::milliseconds> Wait() const;
+    /// Has it go on when it was held up and need not be any longer. What it returns ends it, unless it is CURLE_OK.
+    CURLcode GoOn();
     /// Whether all that counts has come, and what is left was waited for long enough.
     bool HasEnough() const;
 
@@ -71,6 +76,9 @@ private:
     void _TakeHeaderLine(const QByteArray& line);
     void _TakeChallenge();
     void _TakeBody(const char* bytes, size_t size);
+    /// Holds it up when the bandwidth is used up.
+    bool _MayMove(Bandwidth::Way way);
+    void _NoteMoved(Bandwidth::Way way, size_t size);
 
     static size_t _OnRead(char* bytes, size_t unit, size_t size, void* self);
     static int _OnRewind(void* self, curl_off_t offset, int origin);
@@ -101,6 +109,8 @@ private:
     /// Whether the HTTP library may have answered somebody with Basic, and would do so again without being asked.
     bool _hasBasic = false;
     std::exception_ptr _refusal;
+    /// What it is held up with.
+    std::optional<Bandwidth::Way> _heldUp;
 };
 
 }  // namespace wire

@@ -112,7 +112,7 @@ ExitCode Check(ServiceConnection& connection, const Location& location, const Ar
     const QString root = input::AbsolutePath(QString::fromStdString(given.directory));
     local::LocalTree tree(root);
     const local::Exclusion exclusion = given.Excluded();
-    const pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root, 1);
+    const pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
     CheckOutput told(output, given, ErrorText({location.Server(), location.serverPath, QStringLiteral("file")}));
     const CheckPass::Teller tell = [&told](const CheckFinding& finding) { told.Tell(finding); };
     CheckPass pass(service, tree, exclusion, given.downloads, tell);

@@ -39,10 +39,10 @@ QString CertificatesOfEnvironment() {
     return QString();
 }
 
-/// Bytes a second; 0 for an empty text.
-qint64 ReadBandwidth(const std::string& text) {
+/// Null for an empty text.
+std::shared_ptr<wire::Bandwidth> ReadBandwidth(const std::string& text) {
     if (text.empty()) {
-        return 0;
+        return nullptr;
     }
     static const QRegularExpression form(QStringLiteral("\\A([0-9]{1,9}(?:\\.[0-9]{1,3})?)([KMGkmg]?)\\z"));
     const QRegularExpressionMatch match = form.match(QString::fromStdString(text));
@@ -56,7 +56,7 @@ qint64 ReadBandwidth(const std::string& text) {
                            "second, and be at least 1K")
                 .arg(QString::fromStdString(text)));
     }
-    return rate;
+    return std::make_shared<wire::Bandwidth>(rate);
 }
 
 pass::DeletionLimit ReadLimit(const std::string& maxDelete) {

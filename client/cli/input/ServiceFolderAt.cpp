@@ -19,15 +19,14 @@ QString AddressOf(const Location& location) {
 
 }  // namespace
 
-pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root,
-                                    int transfers) {
+pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root) {
     pass::ServiceFolder service;
     service.folder = connection.Folder(location.serverPath);
     service.folder.localPath = root;
     service.address = AddressOf(location);
     service.folders = &connection.Folders();
     service.files = &connection.Files();
-    service.newConnection = [&connection, transfers] { return connection.NewContentConnection(transfers); };
+    service.newConnection = [&connection] { return connection.NewContentConnection(); };
     service.isExecutable = [&connection](const QString& serverPath) { return connection.IsExecutable(serverPath); };
     service.moveFile = [&connection](const QString& from, const QString& to) {
         connection.NewResourceConnection()->Move(connection.UrlOf(from), connection.UrlOf(to),

@@ -10,9 +10,8 @@ namespace ovsync {
 namespace input {
 
 /// The service's side of a pass over the local folder `root`, which is an absolute path; without an updater.
-/// `transfers` connections for content share the bandwidth.
 pass::ServiceFolder ServiceFolderAt(library::ServiceConnection& connection, const Location& location,
-                                    const QString& root, int transfers);
+                                    const QString& root);
 
 }  // namespace input
 }  // namespace ovsync

@@ -21,6 +21,7 @@
 namespace ovsync {
 namespace content {
 
+using wire::Bandwidth;
 using wire::ConnectionSettings;
 using wire::IContentSource;
 using wire::TransactionError;
@@ -789,6 +790,30 @@ TEST_F(ContentUploadTest, WhatWasNotStoredIsNotMadeExecutable) {
     EXPECT_EQ(Upload(server, source), UploadOutcome::Refused);
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentConnectionTest, SeveralTransfersShareTheBandwidth) {
+    const int size = 64 * 1024;
+    settings.bandwidth = std::make_shared<Bandwidth>(4 * size);
+    const QByteArray content = Bytes(size);
+    const QByteArray answer = "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(size) + "\r\n\r\n" + content;
+    const ScriptedServer first({ScriptedServer::Answer(answer), AnswerOf("folders/status-201")});
+    const ScriptedServer second({ScriptedServer::Answer(answer), AnswerOf("folders/status-201")});
+    const auto begin = std::chrono::steady_clock::now();
+    const auto transfer = [&](const ScriptedServer& server) {
+        ContentConnection session(settings, QAuthenticator());
+        Sink sink;
+        session.Download(server.Url(FilePath), sink);
+        EXPECT_EQ(sink.content, content);
+        Source source(content);
+        EXPECT_EQ(session.Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion()),
+                  UploadOutcome::Stored);
+    };
+    std::thread other([&] { transfer(second); });
+    transfer(first);
+    other.join();
+    // Each way two files at a rate of four a second, of which the first pieces are free.
+    EXPECT_GT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(600));
 }
 
 TEST_F(ContentConnectionTest, TheExecutableBitIsWhatTheServerSays) {

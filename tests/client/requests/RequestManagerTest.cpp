@@ -305,7 +305,7 @@ TEST_F(RequestManagerTest, AsksNothingBeforeASingleResource) {
     EXPECT_TRUE(server.Requests().last().body.contains("syncproperties"));
 }
 
-TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOnly) {
+TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForWhatIsCommonOnly) {
     ScriptedServer server({AnswerOf("statuses/options-foreign-200"),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml"))),
                            ScriptedServer::Answer(ListingAnswer(QStringLiteral("apache.xml")))});
@@ -317,7 +317,7 @@ TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForStandardPropertiesOn
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_THAT(server.Requests().value(1).body.toStdString(),
                 HasSubstr("<D:prop><D:resourcetype/><P:getcontentlength/><D:getlastmodified/><D:creationdate/>"
-                          "<D:getetag/></D:prop>"));
+                          "<D:getetag/><A:executable xmlns:A=\"http://apache.org/dav/props/\"/></D:prop>"));
     EXPECT_THAT(server.Requests().value(2).body.toStdString(),
                 HasSubstr("<D:prop><D:resourcetype/><D:getetag/><O:version/></D:prop>"));
 }
@@ -332,7 +332,8 @@ TEST_F(RequestManagerTest, AsksTheServiceForWhatItKnowsAndAServerThatDoesNotSayF
         const bool isOfService = QByteArray(options).contains("service");
         EXPECT_TRUE(server.Requests().last().body.contains(
             isOfService ? "<P:resourceclasstype/><P:syncproperties/></D:prop>"
-                        : "<P:resourceclasstype/><P:syncproperties/><D:getetag/></D:prop>"))
+                        : "<P:resourceclasstype/><P:syncproperties/><D:getetag/>"
+                          "<A:executable xmlns:A=\"http://apache.org/dav/props/\"/></D:prop>"))
             << options;
     }
 }

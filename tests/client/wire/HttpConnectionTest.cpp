@@ -516,7 +516,7 @@ TEST_F(HttpConnectionTest, AnErrorHasWhatItIsMadeOf) {
 }
 
 TEST_F(HttpConnectionTest, ALimitedBandwidthBringsTheSame) {
-    settings.bandwidth = 1024;
+    settings.bandwidth = std::make_shared<Bandwidth>(64 * 1024);
     const ScriptedServer server({ScriptedServer::Answer(Listing())});
     HttpConnection session(settings, QAuthenticator());
     ExpectListing(session, server.Url(ListedPath));
