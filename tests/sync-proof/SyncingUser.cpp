@@ -37,8 +37,10 @@ Pass::Environment SyncingUser::_Environment() const {
 }
 
 void SyncingUser::Allow(bool manyDeletions) const {
-    _home.Write("config/ovsync/folders.toml", "[[folder]]\npath = \"" + _folder + "\"\nurl = \"" + _url + "\"\n" +
-                                                  (manyDeletions ? "max-delete = \"100%\"\n" : ""));
+    // An agent that reads it in this moment sees the one or the other.
+    _home.Write("config/ovsync/new", "[[folder]]\npath = \"" + _folder + "\"\nurl = \"" + _url + "\"\n" +
+                                         (manyDeletions ? "max-delete = \"100%\"\n" : ""));
+    fs::rename(_home / "config/ovsync/new", _home / "config/ovsync/folders.toml");
 }
 
 void SyncingUser::StartAgent(int clockShift) {
