@@ -3,27 +3,10 @@
 # What the agent costs with so many files in so many folders (100000 in 1000 unless given) when nothing changes: memory, threads,
 # descriptors and how often it is woken; and how long it takes to send one changed file.
 set -euo pipefail
-root=$(cd "$(dirname "$0")/.." && pwd)
 files=${1:-100000}
 folders=${2:-1000}
 
-"$root/scripts/install-packages.sh" build
-"$root/scripts/build-release.sh" ovsync ovsync-agent ovsync-service
-bin=$root/build/release/bin
-work=$(mktemp -d)
-trap '"$bin/ovsync" agent stop >/dev/null || true; kill "${service:-}" 2>/dev/null; wait; rm -rf "$work"' EXIT
-export HOME=$work XDG_CONFIG_HOME=$work/config XDG_STATE_HOME=$work/state XDG_RUNTIME_DIR=$work/run
-unset DBUS_SESSION_BUS_ADDRESS NETRC
-mkdir "$work/run" "$work/served"
-
-# wait_for CONDITION: of the JSON of the only folder, as a Python expression
-wait_for() {
-    until "$bin/ovsync" status --json | python3 -c "import json, sys
-folder = json.load(sys.stdin)['folders'][0]
-sys.exit(0 if $1 else 1)"; do
-        sleep 0.2
-    done
-}
+source "$(dirname "$0")/agents.sh"
 
 value() {
     awk -v key="$1:" '$1 == key { print $2 }' "/proc/$agent/status"
@@ -38,22 +21,15 @@ processor_time() {
     awk '{ print ($14 + $15) * 10 }' "/proc/$agent/stat"
 }
 
-"$bin/ovsync-service" "$work/served" --port 0 --seed-files "$files" --seed-folders "$folders" >"$work/out" &
-service=$!
-until grep -q http "$work/out"; do sleep 0.2; done
-url=$(grep -oE 'http://[^ ]+' "$work/out")
-
-"$bin/ovsync" folders add "$work/local" "$url" 2>/dev/null
+start_service --seed-files "$files" --seed-folders "$folders"
 begin=$(date +%s%N)
-"$bin/ovsync" agent start >/dev/null
-agent=$("$bin/ovsync" status --json | python3 -c "import json, sys; print(json.load(sys.stdin)['process'])")
+start_agent user
 # What the first pass changed brings a second one.
 wait_for "folder['state'] == 'waiting' and folder['lastPass'] and folder['lastPass']['fetched'] > 0"
 printf '%-40s %8.1f s\n' "first pass, $files files fetched" "$((($(date +%s%N) - begin) / 100000000))e-1"
 wait_for "folder['state'] == 'waiting' and folder['lastPass']['fetched'] == 0"
 wait_for "folder['state'] == 'waiting'"
-printf '%-40s %8s s\n' "a pass with nothing to do" "$("$bin/ovsync" status --json | python3 -c "import json, sys
-print(json.load(sys.stdin)['folders'][0]['lastPass']['seconds'])")"
+printf '%-40s %8s s\n' "a pass with nothing to do" "$(status "folder['lastPass']['seconds']")"
 sleep 2
 printf '%-40s %8.1f MiB\n' "resident while it waits" "$(($(value VmRSS) * 10 / 1024))e-1"
 printf '%-40s %8.1f MiB\n' "resident at the most, in a pass" "$(($(value VmHWM) * 10 / 1024))e-1"
@@ -62,7 +38,7 @@ before=$(wakeups)
 busy=$(processor_time)
 sleep 20
 printf '%-40s %8s\n' "wake-ups in 20 s" "$(($(wakeups) - before))" "processor time in 20 s, ms" "$(($(processor_time) - busy))"
-echo new >"$work/local/new"
+echo new >"$HOME/local/new"
 begin=$(date +%s%N)
 until [ -e "$work/served/new" ]; do sleep 0.02; done
 printf '%-40s %8.1f s\n' "from saving a file to its being sent" "$((($(date +%s%N) - begin) / 100000000))e-1"

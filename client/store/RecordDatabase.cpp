@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "client/store/FolderIdentity.h"
 #include "client/store/StoreError.h"
 
 namespace ovsync {
@@ -233,6 +234,13 @@ RecordDatabase::~RecordDatabase() {
     _statements.clear();
     _handle.reset();
     close(_lock);
+}
+
+QString RecordDatabase::Root() const {
+    const int root = _lock < 0 ? -1 : openat(_lock, "..", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    QString identity = root < 0 ? QString() : FolderIdentity(root);
+    close(root);
+    return identity;
 }
 
 void RecordDatabase::_TakeCopy(const QString& file) {

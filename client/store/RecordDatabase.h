@@ -46,6 +46,9 @@ public:
     RecordDatabase(const RecordDatabase&) = delete;
     RecordDatabase& operator=(const RecordDatabase&) = delete;
 
+    /// The FolderIdentity of the synced folder that the hidden folder lies in; empty when it has none.
+    QString Root() const;
+
     /// Undoes everything since it was made, unless it was committed.
     class Transaction {
     public:

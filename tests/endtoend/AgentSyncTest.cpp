@@ -309,4 +309,31 @@ TEST_F(AgentSyncTest, SleepsWhileThereIsNothingToDo) {
     EXPECT_EQ(WakeUps(_user.AgentProcess()), before);
 }
 
+int Descriptors(qint64 process) {
+    return QDir(QStringLiteral("/proc/%1/fd").arg(process)).entryList(QDir::Files | QDir::System).size();
+}
+
+TEST_F(AgentSyncTest, HasNoMoreDescriptorsAfterDozensOfPasses) {
+    Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    int afterTheFirst = 0;
+    for (int i = 0; i < 24; ++i) {
+        const QString name = QString::number(i);
+        _user.Write(Text("synced/") + name, "from here");
+        service.AddFile(Text("there ") + name, "from there");
+        _user.Signal(SIGHUP);
+        ASSERT_TRUE(BecomesTrue([&] {
+            return service.HasFile(name) && _user.Read(Text("synced/there ") + name) == "from there";
+        })) << i;
+        if (i == 3) {
+            ASSERT_TRUE(_user.IsInStep());
+            afterTheFirst = Descriptors(_user.AgentProcess());
+        }
+    }
+    EXPECT_GT(afterTheFirst, 0);
+    // A pass that changed something is followed by another one.
+    EXPECT_TRUE(BecomesTrue([&] { return Descriptors(_user.AgentProcess()) <= afterTheFirst; }));
+}
+
 }  // namespace

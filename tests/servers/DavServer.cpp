@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
+#include <random>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -30,28 +31,25 @@ using service::test::TemporaryFolder;
 
 class StandIn : public IDavServer {
 public:
-    StandIn(const std::string& folder, int clockShift) : _process({folder}, WithClockShift(clockShift)) {}
+    StandIn(const std::string& folder, int clockShift, int port)
+        : _process({folder, "--verbose", "--port", std::to_string(port)}, WithClockShift(clockShift)) {}
     int Port() const override { return _process.Port(); }
     std::string Log() const override { return _process.Log(); }
+    void Signal(int signal) override { _process.Signal(signal); }
 
 private:
     service::test::ServiceProcess _process;
 };
 
-/// For a server that cannot choose a free port itself.
-int FreePort() {
+bool IsFree(int port) {
     const int descriptor = socket(AF_INET, SOCK_STREAM, 0);
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    auto* const any = reinterpret_cast<sockaddr*>(&address);
-    const bool isBound = bind(descriptor, any, length) == 0 && getsockname(descriptor, any, &length) == 0;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    const bool isBound = bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
     close(descriptor);
-    if (!isBound) {
-        throw std::runtime_error("There is no free port");
-    }
-    return ntohs(address.sin_port);
+    return isBound;
 }
 
 /// `timeout` passes a signal on to all processes that the program has, which PHP does not do, and ends them even when
@@ -91,7 +89,7 @@ void GiveTo(const std::string& user, const std::string& folder) {
 /// A program that is told its port.
 class ForeignServer : public IDavServer {
 public:
-    ForeignServer(ServerKind kind, const std::string& folder, Environment environment) : _port(FreePort()) {
+    ForeignServer(ServerKind kind, const std::string& folder, Environment environment, int port) : _port(port) {
         const Words program = _Program(kind, folder, environment);
         _process = std::make_unique<service::test::ChildProcess>("/usr/bin/timeout", OutlivingNobody(program),
                                                                  environment, _log.Descriptor(), _log.Descriptor());
@@ -113,6 +111,7 @@ public:
 
     int Port() const override { return _port; }
     std::string Log() const override { return _log.Text(); }
+    void Signal(int signal) override { _process->SignalGroup(signal); }
 
 private:
     Words _Program(ServerKind kind, const std::string& folder, Environment& environment) const {
@@ -173,11 +172,23 @@ std::ostream& operator<<(std::ostream& stream, ServerKind kind) {
     return stream << names.at(kind);
 }
 
-std::unique_ptr<IDavServer> StartDavServer(ServerKind kind, const std::string& folder, int clockShift) {
-    if (kind == ServerKind::StandIn) {
-        return std::make_unique<StandIn>(folder, clockShift);
+int FreePort() {
+    // The system's own choice begins above.
+    std::uniform_int_distribution<int> ports(15000, 32000);
+    std::random_device random;
+    for (int i = 0; i < 1000; ++i) {
+        if (const int port = ports(random); IsFree(port)) {
+            return port;
+        }
     }
-    return std::make_unique<ForeignServer>(kind, folder, WithClockShift(clockShift));
+    throw std::runtime_error("There is no free port");
+}
+
+std::unique_ptr<IDavServer> StartDavServer(ServerKind kind, const std::string& folder, int clockShift, int port) {
+    if (kind == ServerKind::StandIn) {
+        return std::make_unique<StandIn>(folder, clockShift, port);
+    }
+    return std::make_unique<ForeignServer>(kind, folder, WithClockShift(clockShift), port);
 }
 
 std::map<std::string, std::string> WithClockShift(int seconds) {

@@ -30,11 +30,17 @@ public:
     virtual int Port() const = 0;
     /// What it had to say.
     virtual std::string Log() const = 0;
+    /// To all of its processes.
+    virtual void Signal(int signal) = 0;
 };
 
+/// A port at which nothing listens, and which the system gives to nobody who does not ask for it.
+int FreePort();
+
 /// The clock of the stand-in and of Apache is `clockShift` seconds ahead; for others it has to be 0, and rclone asks
-/// the kernel. Throws std::runtime_error when the server does not serve.
-std::unique_ptr<IDavServer> StartDavServer(ServerKind kind, const std::string& folder, int clockShift = 0);
+/// the kernel. Without a `port` it chooses one. Throws std::runtime_error when the server does not serve.
+std::unique_ptr<IDavServer> StartDavServer(ServerKind kind, const std::string& folder, int clockShift = 0,
+                                           int port = FreePort());
 
 /// The environment of a program whose clock is `seconds` ahead.
 std::map<std::string, std::string> WithClockShift(int seconds);

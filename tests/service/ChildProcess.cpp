@@ -60,6 +60,12 @@ void ChildProcess::Signal(int signal) {
     }
 }
 
+void ChildProcess::SignalGroup(int signal) {
+    if (_process > 0) {
+        kill(-_process, signal);
+    }
+}
+
 int ChildProcess::Wait() {
     if (_process > 0) {
         int status = 0;

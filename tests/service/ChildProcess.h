@@ -19,7 +19,10 @@ public:
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
+    pid_t Id() const { return _process; }
     void Signal(int signal);
+    /// To a program that leads a process group, and all that it started.
+    void SignalGroup(int signal);
 
     /// Waits for its end. Returns the exit code, or the negative number of the signal that ended it.
     int Wait();

@@ -4,6 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <stdexcept>
@@ -29,7 +30,9 @@ ServiceProcess::ServiceProcess(const std::vector<std::string>& arguments,
         throw std::runtime_error("No pipe");
     }
     std::vector<std::string> all = arguments;
-    all.insert(all.end(), {"--port", "0"});
+    if (std::find(all.begin(), all.end(), "--port") == all.end()) {
+        all.insert(all.end(), {"--port", "0"});
+    }
     _process = std::make_unique<ChildProcess>(OVSYNC_SERVICE_PROGRAM, all, environment, output[1], _log.Descriptor());
     close(output[1]);
     _output = output[0];

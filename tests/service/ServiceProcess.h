@@ -20,7 +20,8 @@ public:
         std::string errors;
     };
 
-    /// Starts it and waits until it serves. Throws std::runtime_error when it ends instead.
+    /// Starts it and waits until it serves, at any port unless one is among the arguments. Throws std::runtime_error
+    /// when it ends instead.
     explicit ServiceProcess(const std::vector<std::string>& arguments,
                             const std::map<std::string, std::string>& environment = {});
     ~ServiceProcess();
@@ -33,6 +34,7 @@ public:
     /// What it wrote to standard error.
     std::string Log() const { return _log.Text(); }
 
+    void Signal(int signal) { _process->Signal(signal); }
     /// Sends the signal and returns the exit code, or the negative number of the signal that ended the program.
     int End(int signal);
 

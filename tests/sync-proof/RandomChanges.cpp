@@ -83,10 +83,10 @@ void RandomChanges::Change() {
         case 7:
         case 8:
         case 9:
-            return _Modify(tree, false);
+            return _Modify(_AnyOf(tree.files), false);
         case 10:
         case 11:
-            return _Modify(tree, true);
+            return _Modify(_AnyOf(tree.files), true);
         case 12:
         case 13:
             return _Touch(tree);
@@ -147,7 +147,7 @@ std::string RandomChanges::_NewContent(size_t size) {
     return content;
 }
 
-void RandomChanges::_Note(const std::string& action, const std::string& path) {
+void RandomChanges::Note(const std::string& action, const std::string& path) {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     const auto milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(now).count() % 100000;
     _journal += std::to_string(milliseconds / 1000) + "." + std::to_string(milliseconds % 1000) + " " + _side + " " +
@@ -155,12 +155,16 @@ void RandomChanges::_Note(const std::string& action, const std::string& path) {
 }
 
 void RandomChanges::Remove(const std::string& path) {
-    _Note("removes", path);
+    Note("removes", path);
     _writer->Remove(path, _retired);
 }
 
+void RandomChanges::Modify(const std::string& path) {
+    _Modify(path, false);
+}
+
 void RandomChanges::_Write(const std::string& path, const std::string& content) {
-    _Note("writes " + content.substr(0, 12), path);
+    Note("writes " + content.substr(0, 12), path);
     if (_writer->Write(path, content, _retired) && !content.empty()) {
         _written.emplace(content, path);
     }
@@ -179,8 +183,7 @@ void RandomChanges::_MakeFolder(const Tree& tree) {
     }
 }
 
-void RandomChanges::_Modify(const Tree& tree, bool keepsSize) {
-    const std::string path = _AnyOf(tree.files);
+void RandomChanges::_Modify(const std::string& path, bool keepsSize) {
     if (path.empty()) {
         return;
     }
@@ -212,7 +215,7 @@ void RandomChanges::_Rename(const Tree& tree) {
     const std::string to = _FreePath(tree);
     const bool isInItself = to.compare(0, from.size() + 1, from + "/") == 0;
     if (!from.empty() && !to.empty() && !isInItself) {
-        _Note("renames [" + from + "] to", to);
+        Note("renames [" + from + "] to", to);
         _writer->Rename(from, to);
     }
 }

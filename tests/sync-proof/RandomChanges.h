@@ -26,12 +26,16 @@ public:
 
     /// Throws std::filesystem::filesystem_error when something else changes the folder meanwhile.
     void Change();
+    /// Gives new content to a file that is there.
+    void Modify(const std::string& path);
     /// Deletes a file, or a folder with everything in it.
     void Remove(const std::string& path);
 
     /// All contents that were written, and at which path.
     const std::map<std::string, std::string>& Written() const { return _written; }
 
+    /// Notes what else is done.
+    void Note(const std::string& action, const std::string& path);
     /// What was done, a line each.
     const std::string& Journal() const { return _journal; }
 
@@ -53,11 +57,10 @@ private:
     std::string _FreePath(const Tree& tree);
     std::string _NewContent(size_t size);
     void _Write(const std::string& path, const std::string& content);
-    void _Note(const std::string& action, const std::string& path);
 
     void _MakeFile(const Tree& tree);
     void _MakeFolder(const Tree& tree);
-    void _Modify(const Tree& tree, bool keepsSize);
+    void _Modify(const std::string& path, bool keepsSize);
     void _Touch(const Tree& tree);
     void _Delete(const Tree& tree);
     void _DeleteFolder(const Tree& tree);

@@ -3,18 +3,18 @@
 #include <signal.h>
 
 #include <filesystem>
-#include <iostream>
-#include <random>
+#include <sstream>
 #include <thread>
 
 #include "tests/servers/DavServer.h"
 #include "tests/service/TemporaryFolder.h"
+#include "tests/sync-proof/Chance.h"
 #include "tests/sync-proof/DiskWriter.h"
 #include "tests/sync-proof/FolderImage.h"
 #include "tests/sync-proof/Meanwhile.h"
 #include "tests/sync-proof/Pass.h"
 #include "tests/sync-proof/RandomChanges.h"
-#include "tests/sync-proof/Setting.h"
+#include "tests/sync-proof/RandomRounds.h"
 #include "tests/sync-proof/Tally.h"
 #include "tests/sync-proof/WebDavWriter.h"
 
@@ -28,15 +28,10 @@ using servers::StartDavServer;
 using servers::WithClockShift;
 using Words = std::vector<std::string>;
 
-/// So many rounds are made in the same folders.
-constexpr int RoundsOfALife = 40;
-/// So often people end all conflicts, and both sides have to become equal.
-constexpr int RoundsUntilSettled = 5;
-
 /// A folder here and one on a server, and in the one here another that is synced with another folder of that server.
 class RandomLife {
 public:
-    RandomLife(ServerKind kind, unsigned seed, Tally& tally) : _kind(kind), _random(seed), _tally(tally) {
+    RandomLife(ServerKind kind, unsigned seed, Tally& tally) : _kind(kind), _tally(tally), _chance(seed, tally) {
         fs::create_directories(_there / "outer");
         fs::create_directories(_there / "inner");
         _StartServer(0);
@@ -50,9 +45,8 @@ public:
 
     /// Returns what was lost.
     std::string Round() {
-        ++_tally.rounds;
         _lastPasses.clear();
-        const size_t changes = 5 + _Below(25);
+        const size_t changes = 5 + _chance.Below(25);
         for (size_t i = 0; i < changes; ++i) {
             _changesHere.Change();
             _changesThere.Change();
@@ -61,19 +55,20 @@ public:
             }
         }
         _MakeOrRestoreBackup();
-        if (_Happens("clock of the server", 20)) {
-            _StartServer(_ClockShift());
+        if (_chance.Happens("clock of the server", 20)) {
+            _StartServer(_chance.ClockShift());
         }
         {
-            const auto inner = _Happens("inner pass meanwhile", 5) ? _Push("inner", _Inner(), {}) : nullptr;
+            const auto inner = _chance.Happens("inner pass meanwhile", 5) ? _Push("inner", _Inner(), {}) : nullptr;
             const auto mishaps = _BeginMishaps(true);
-            _End(*_Pull("outer", _here.Path(), _Below(3) == 0 ? Words{} : Words{"--delete"}));
+            _End(*_Pull("outer", _here.Path(), _chance.Below(3) == 0 ? Words{} : Words{"--delete"}));
             if (inner) {
                 EXPECT_THAT(inner->ExitCode(), testing::AnyOf(0, 1)) << inner->Text();
             }
         }
         {
-            const auto inner = _Happens("inner pass meanwhile", 5) ? _Pull("inner", _Inner(), {"--delete"}) : nullptr;
+            const auto inner =
+                _chance.Happens("inner pass meanwhile", 5) ? _Pull("inner", _Inner(), {"--delete"}) : nullptr;
             // Between the last look and the request of a push, a server without conditions overwrites what another
             // sends.
             const auto mishaps = _BeginMishaps(_kind != ServerKind::Rclone);
@@ -88,7 +83,6 @@ public:
     /// People end all conflicts here; then two passes that both say that all is well have to leave both sides equal.
     /// Returns what is not as it has to be.
     std::string Settle() {
-        ++_tally.settled;
         std::string text;
         for (int i = 0; i < 8; ++i) {
             const auto pull = _Pull("outer", _here.Path(), {"--delete", "--exclude", "inner"});
@@ -114,20 +108,6 @@ public:
     RandomLife& operator=(const RandomLife&) = delete;
 
 private:
-    size_t _Below(size_t limit) { return std::uniform_int_distribution<size_t>(0, limit - 1)(_random); }
-
-    /// Up to two days ahead or behind, in seconds.
-    int _ClockShift() {
-        const int limit = 2 * 86400;
-        return std::uniform_int_distribution<int>(-limit, limit)(_random);
-    }
-
-    bool _Happens(const std::string& mishap, size_t oneOf) {
-        const bool happens = _Below(oneOf) == 0;
-        _tally.mishaps[mishap] += happens ? 1 : 0;
-        return happens;
-    }
-
     std::string _Inner() const { return _here / "inner"; }
 
     void _StartServer(int clockShift) {
@@ -140,8 +120,8 @@ private:
         Words words = arguments;
         words.insert(words.end(), options.begin(), options.end());
         auto environment = Pass::ReachingPort(_server->Port());
-        if (_Happens("clock here", 15)) {
-            environment.merge(WithClockShift(_ClockShift()));
+        if (_chance.Happens("clock here", 15)) {
+            environment.merge(WithClockShift(_chance.ClockShift()));
         }
         return std::make_unique<Pass>(words, environment);
     }
@@ -153,8 +133,8 @@ private:
     }
 
     void _End(Pass& pass) {
-        if (_Happens("kill", 6)) {
-            std::this_thread::sleep_for(std::chrono::microseconds(_Below(80000)));
+        if (_chance.Happens("kill", 6)) {
+            std::this_thread::sleep_for(std::chrono::microseconds(_chance.Below(80000)));
             pass.Signal(SIGKILL);
         }
         const int exit = pass.ExitCode();
@@ -165,14 +145,14 @@ private:
 
     std::vector<std::unique_ptr<Meanwhile>> _BeginMishaps(bool canBeThere) {
         std::vector<std::unique_ptr<Meanwhile>> mishaps;
-        const std::chrono::milliseconds pause(1 + _Below(10));
-        if (_Happens("writer here", 2)) {
+        const std::chrono::milliseconds pause(1 + _chance.Below(10));
+        if (_chance.Happens("writer here", 2)) {
             mishaps.push_back(std::make_unique<Meanwhile>(pause, [this] { _changesHere.Change(); }));
         }
-        if (canBeThere && _Happens("writer there", 2)) {
+        if (canBeThere && _chance.Happens("writer there", 2)) {
             mishaps.push_back(std::make_unique<Meanwhile>(pause, [this] { _changesThere.Change(); }));
         }
-        if (_Happens("cleaner", 5)) {
+        if (_chance.Happens("cleaner", 5)) {
             mishaps.push_back(std::make_unique<Meanwhile>(std::chrono::milliseconds(1), [this] { _Clean(); }));
         }
         return mishaps;
@@ -193,12 +173,12 @@ private:
 
     void _MakeOrRestoreBackup() {
         const std::string copy = _backup / "copy";
-        if (_Happens("backup", 8)) {
+        if (_chance.Happens("backup", 8)) {
             fs::remove_all(copy);
             _server.reset();
             fs::copy(_there.Path(), copy, fs::copy_options::recursive);
             _StartServer(0);
-        } else if (fs::exists(copy) && _Happens("backup restored", 8)) {
+        } else if (fs::exists(copy) && _chance.Happens("backup restored", 8)) {
             _server.reset();
             for (const auto& [path, content] : ReadFolder(_there.Path())) {
                 _restoredOver.insert(content);
@@ -288,20 +268,20 @@ private:
     }
 
     const ServerKind _kind;
-    RandomChanges::Random _random;
     Tally& _tally;
+    Chance _chance;
     const service::test::TemporaryFolder _here;
     const service::test::TemporaryFolder _there;
     const service::test::TemporaryFolder _backup;
     std::unique_ptr<IDavServer> _server;
     /// What ran beside a pass draws from numbers of its own, or no seed would give the same again.
-    RandomChanges::Random _randomHere{_random()};
-    RandomChanges::Random _randomThere{_random()};
+    RandomChanges::Random _randomHere{_chance.Seed()};
+    RandomChanges::Random _randomThere{_chance.Seed()};
     WebDavWriter* _writerThere = new WebDavWriter("outer", _there / "outer");
     RandomChanges _changesHere{_here.Path(), "here", _randomHere,
                                std::make_unique<DiskWriter>(_here.Path(), DiskWriter::Writing::Aside)};
     RandomChanges _changesThere{_there / "outer", "there", _randomThere, std::unique_ptr<IFolderWriter>(_writerThere)};
-    RandomChanges _changesOfInner{_Inner(), "inner", _random,
+    RandomChanges _changesOfInner{_Inner(), "inner", _chance.Source(),
                                   std::make_unique<DiskWriter>(_Inner(), DiskWriter::Writing::InPlace)};
     /// What a cleaner removed here, and what the server had before it was restored.
     std::set<std::string> _cleaned;
@@ -314,23 +294,11 @@ private:
 class RandomMishapsTest : public testing::TestWithParam<ServerKind> {};
 
 TEST_P(RandomMishapsTest, LoseNothingAndLeaveBothSidesEqual) {
-    const int rounds = Setting("OVSYNC_PROOF_ROUNDS", 5);
-    auto seed = static_cast<unsigned>(Setting("OVSYNC_PROOF_SEED", static_cast<int>(std::random_device()() >> 1U)));
-    Tally tally;
-    std::unique_ptr<RandomLife> life;
-    for (int round = 0; round < rounds; ++round) {
-        if (round % RoundsOfALife == 0) {
-            life = std::make_unique<RandomLife>(GetParam(), ++seed, tally);
-        }
-        SCOPED_TRACE("OVSYNC_PROOF_SEED=" + std::to_string(seed - 1) + ", round " +
-                     std::to_string(round % RoundsOfALife));
-        ASSERT_EQ(life->Round(), "");
-        if (round % RoundsUntilSettled == RoundsUntilSettled - 1) {
-            ASSERT_EQ(life->Settle(), "");
-        }
-    }
-    life.reset();
-    std::cout << GetParam() << ": " << tally << "\n";
+    std::ostringstream name;
+    name << GetParam();
+    MakeRounds<RandomLife>({}, name.str(), [](unsigned seed, Tally& tally) {
+        return std::make_unique<RandomLife>(GetParam(), seed, tally);
+    });
 }
 
 INSTANTIATE_TEST_SUITE_P(On, RandomMishapsTest,

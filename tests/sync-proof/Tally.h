@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace syncproof {
 
@@ -15,6 +17,8 @@ struct Tally {
     std::map<int, int> exits;
     size_t written = 0;
     size_t inTrash = 0;
+    /// How many seconds it took each time until all sides were equal, by how that came about.
+    std::map<std::string, std::vector<double>> settling;
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const Tally& tally) {
@@ -25,6 +29,11 @@ inline std::ostream& operator<<(std::ostream& stream, const Tally& tally) {
     }
     for (const auto& [exit, times] : tally.exits) {
         stream << " exit " << exit << ": " << times << ",";
+    }
+    for (const auto& [how, seconds] : tally.settling) {
+        const auto inTime = std::count_if(seconds.begin(), seconds.end(), [](double time) { return time <= 10; });
+        stream << " " << how << " equal within ten seconds " << inTime << " of " << seconds.size()
+               << " times, at the latest after " << *std::max_element(seconds.begin(), seconds.end()) << " s,";
     }
     return stream;
 }

@@ -198,6 +198,7 @@ void TwoWayPass::_Join(LocalSnapshot& snapshot, SyncPass::Listing& listing) {
     if (!deletionsThere.MayDelete(static_cast<int>(fromService))) {
         goneHere = PushPlan::Deletions();
     }
+    deletionsThere.ClearUp();
     deletionsHere.Delete(std::move(goneThere.inTheWay));
     deletionsThere.Delete(goneHere.inTheWay);
 

@@ -7,7 +7,6 @@
 #include <linux/openat2.h>
 #include <sys/stat.h>
 #include <sys/statfs.h>
-#include <sys/statvfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -20,6 +19,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "client/store/FolderIdentity.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalEntry.h"
 #include "client/sync/local/LocalError.h"
@@ -318,13 +318,11 @@ void LocalTree::SyncAll() {
 }
 
 QString LocalTree::Identity() {
-    struct stat status {};
-    struct statvfs disk {};
-    if (fstat(_root, &status) != 0 || fstatvfs(_root, &disk) != 0) {
+    QString identity = store::FolderIdentity(_root);
+    if (identity.isEmpty()) {
         throw LocalError(_rootPath, errno);
     }
-    // The number of a device may be another one after a restart.
-    return QStringLiteral("%1:%2").arg(disk.f_fsid).arg(status.st_ino);
+    return identity;
 }
 
 bool LocalTree::TellsCaseApart() {

@@ -180,6 +180,10 @@ QString RemoteTree::_Accept(const QString& serverPath, const QString& name, bool
         return QString();
     }
     const QStringList names = path.split(QLatin1Char('/'));
+    if (isFolder && local::IsTemporaryName(names.last())) {
+        _temporaries.append(path);
+        return QString();
+    }
     for (const QString& segment : names) {
         const QString reason = ReasonAgainst(segment);
         if (!reason.isEmpty()) {

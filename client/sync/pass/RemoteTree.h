@@ -77,6 +77,8 @@ public:
     /// The places that nobody looks at, and whether the service has anything at or below them.
     const QSet<QString>& RefusedPaths() const { return _refusedPaths; }
     bool HasLeftOut() const { return _hasLeftOut; }
+    /// The folders that a pass has moved out of the way to delete them. They are left out otherwise.
+    const QStringList& Temporaries() const { return _temporaries; }
 
 private:
     /// The path below the service's folder of the entry `name` at `serverPath`; empty when it is left out.
@@ -93,6 +95,7 @@ private:
     QSet<QString> _refusedPaths;
     bool _hasLeftOut = false;
     QVector<report::SyncEvent> _refused;
+    QStringList _temporaries;
 };
 
 }  // namespace pass

@@ -52,7 +52,7 @@ LocalSnapshot SyncPass::Begin() {
 }
 
 void SyncPass::Prepare() {
-    _CheckAddress();
+    _CheckFolder();
     _report.Tell(_installer.Recover());
     _report.Tell(_trash.RemoveOld());
 }
@@ -76,7 +76,13 @@ LocalSnapshot SyncPass::Look() {
     return snapshot;
 }
 
-void SyncPass::_CheckAddress() {
+void SyncPass::_CheckFolder() {
+    // Both were opened by the path, at which a disk may have come or gone in between.
+    const QString root = _sides.records.Root();
+    if (!root.isEmpty() && root != _sides.tree.Identity()) {
+        throw WrongFolder(QStringLiteral("another folder, or another disk, has just come in the place of %1")
+                              .arg(_sides.service.folder.localPath));
+    }
     const QString known = _sides.records.Setting(AddressSetting());
     if (!known.isEmpty() && known != _sides.service.address) {
         throw WrongFolder(QStringLiteral("%1 is in step with %2 and cannot be synced with %3")

@@ -63,7 +63,7 @@ public:
     report::SyncOutcome Run(const std::function<void()>& pass) const;
 
 private:
-    void _CheckAddress();
+    void _CheckFolder();
     /// Asks for what changed since `since`. None when there is no such folder.
     std::optional<Listing> _Ask(const QDateTime& since, const local::LocalSnapshot& snapshot);
     /// Removes what earlier passes left of downloads of which the service has that version no more.

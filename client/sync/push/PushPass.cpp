@@ -37,6 +37,7 @@ void PushPass::_Push() {
     RemoteDeletions deletions(sides, comparison, maker, snapshot, *listing.tree, report);
     PushPlan::Deletions gone;
     if (sides.options.deletes) {
+        deletions.ClearUp();
         gone = plan.FindGone();
         const size_t count = gone.inTheWay.files.size() + gone.others.files.size();
         gone = deletions.MayDelete(static_cast<int>(count)) ? std::move(gone) : PushPlan::Deletions();

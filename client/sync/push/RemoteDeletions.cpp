@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "client/sync/local/PathNames.h"
 #include "client/sync/push/Uploader.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace push {
@@ -102,13 +104,48 @@ bool RemoteDeletions::_IsDeletedThere(const QString& path) {
     if (!_sides.service.folders->GetFolderProperties(_sides.service.FolderAt(path), folder)) {
         return true;
     }
-    if (!_sides.service.isEmpty(_sides.service.ServerPath(path))) {
+    bool isEmpty = _IsEmpty(path);
+    if (isEmpty) {
+        // Whatever a request to delete a folder meets in it goes, too; so nobody may find it any more.
+        const QString aside = _MovedAside(path);
+        isEmpty = _IsEmpty(aside);
+        if (!isEmpty) {
+            _sides.service.folders->MoveFolder(_sides.service.FolderAt(aside), _sides.service.FolderAt(path));
+        } else if (_sides.service.folders->GetFolderProperties(_sides.service.FolderAt(aside), folder)) {
+            _sides.service.folders->DeleteFolder(folder);
+        }
+    }
+    if (!isEmpty) {
         _report.Tell(SyncEvent::Kind::Kept, path,
                      QStringLiteral("it was deleted here, but on the service something is in it that is not"));
-        return false;
     }
-    _sides.service.folders->DeleteFolder(folder);
-    return true;
+    return isEmpty;
+}
+
+QString RemoteDeletions::_MovedAside(const QString& path) const {
+    const QString aside = local::TemporaryBeside(path);
+    try {
+        _sides.service.folders->MoveFolder(_sides.service.FolderAt(path), _sides.service.FolderAt(aside));
+    } catch (const sync::http::HttpException&) {
+        // Some servers move no folders.
+        return path;
+    }
+    return aside;
+}
+
+void RemoteDeletions::ClearUp() {
+    for (const QString& path : _remote.Temporaries()) {
+        _report.ThrowIfStopped();
+        try {
+            FolderConfiguration folder;
+            if (!_sides.options.isDryRun && _IsEmpty(path) &&
+                _sides.service.folders->GetFolderProperties(_sides.service.FolderAt(path), folder)) {
+                _sides.service.folders->DeleteFolder(folder);
+            }
+        } catch (const std::exception&) {
+            _report.TellFailure(path, std::current_exception());
+        }
+    }
 }
 
 }  // namespace push

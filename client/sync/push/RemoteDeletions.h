@@ -31,6 +31,8 @@ public:
 
     /// Whether so many files may be deleted. Tells when they may not.
     [[nodiscard]] bool MayDelete(int deletions);
+    /// Deletes what passes left behind that were killed while they deleted a folder.
+    void ClearUp();
     /// Throws Cancelled, and what PassReport::TellFailure throws.
     void Delete(const PushPlan::Gone& gone);
     /// Tells that all of it is kept.
@@ -42,6 +44,9 @@ private:
     void _DeleteFolder(const QString& path);
     /// False when something is in it, of which it tells.
     bool _IsDeletedThere(const QString& path);
+    /// Returns its path now.
+    QString _MovedAside(const QString& path) const;
+    bool _IsEmpty(const QString& path) const { return _sides.service.isEmpty(_sides.service.ServerPath(path)); }
 
     const pass::PassSides& _sides;
     const pass::FileComparison& _comparison;

@@ -5,7 +5,9 @@
 #include <QDir>
 #include <QFile>
 
+#include "client/store/RecordDatabase.h"
 #include "client/wire/TransactionError.h"
+#include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
 #include "tests/fakes/Printers.h"
 
@@ -13,8 +15,11 @@ namespace {
 
 using ovsync::pass::DeletionLimit;
 using ovsync::pass::SyncOptions;
+using ovsync::pass::WrongFolder;
 using ovsync::report::SyncOutcome;
+using ovsync::store::RecordDatabase;
 using ovsync::wire::TransactionError;
+using sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
@@ -62,6 +67,20 @@ protected:
         EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
     }
 };
+
+TEST_P(TwoWayPassTest, TheRecordsOfAnotherFolderAreNotTakenForThoseOfThisOne) {
+    Begin({"a"});
+    service.Put(Text("a"), "2");
+    const QString away = folder.path() + Text(".away");
+    ASSERT_TRUE(QDir().rename(folder.path(), away));
+    ASSERT_TRUE(QDir().mkpath(folder.path()));
+    EXPECT_THROW(Sync(), WrongFolder);
+    ASSERT_TRUE(QDir(folder.path()).removeRecursively());
+    ASSERT_TRUE(QDir().rename(away, folder.path()));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), "2");
+    ExpectInStep();
+}
 
 TEST_P(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
     Write("f/mine", "1");
@@ -155,6 +174,44 @@ TEST_P(TwoWayPassTest, WhatIsNewInADeletedFolderKeepsIt) {
     ExpectInStep();
 }
 
+TEST_P(TwoWayPassTest, WhatIsPutIntoAFolderInTheMomentInWhichItIsDeletedStays) {
+    for (const char* moment : {"MOVE", "RMCOL"}) {
+        Begin({"f/a", "stays"});
+        ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+        Before(moment, [this] { service.Put(Text("f/new"), "theirs"); });
+        Sync();
+        EXPECT_EQ(service.Contents(), Files({{Text("f/new"), "theirs"}, {Text("stays"), "1 of stays"}})) << moment;
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(Content("f/new"), "theirs");
+        ExpectInStep();
+        service.Remove(Text("f"));
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    }
+}
+
+TEST_P(TwoWayPassTest, AFolderWhoseDeletionWasInterruptedIsDeleted) {
+    Begin({"f/a", "stays"});
+    const QString aside = Text(".0123456789abcdef0123456789abcdef.{SyncTemp}");
+    service.AddFolder(aside);
+    service.Put(Text("f/") + aside + Text("/new"), "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_FALSE(service.HasFolder(aside));
+    EXPECT_EQ(Told(), QStringList(Text("Refused f/") + aside + Text("/new")));
+    EXPECT_EQ(service.Content(Text("f/") + aside + Text("/new")), "theirs");
+}
+
+TEST_P(TwoWayPassTest, AFolderIsDeletedThereOnAServerThatMovesNone) {
+    Begin({"f/a", "stays"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("MOVE")) {
+            throw HttpException(Text("no"), 403, QUrl());
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(service.HasFolder(Text("f")));
+}
+
 TEST_P(TwoWayPassTest, AFolderThatHoldsWhatIsNotListedStays) {
     Begin({"f/a", "stays"});
     service.unlisted.insert(Text("f/form"));
@@ -224,7 +281,7 @@ TEST_P(TwoWayPassTest, TooManyDeletionsThereAreNotBelieved) {
 TEST_P(TwoWayPassTest, AnotherFolderInThePlaceOfThisOneDeletesNothingThere) {
     options.deletionLimit = DeletionLimit();
     Begin({"a", "b", "c", "d"});
-    tree.identity = Text("another disk");
+    RecordDatabase(folder.path(), RecordDatabase::Access::Change).WriteSetting(Text("folder"), Text("of another disk"));
     Remove("a");
     EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList(Text("Kept .")));

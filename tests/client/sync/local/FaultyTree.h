@@ -18,8 +18,6 @@ public:
 
     /// Called before every operation, by its thread, with the operation's name and path. May throw.
     std::function<void(const char* operation, const QString& path)> before;
-    /// In place of the disk's, if it is not empty.
-    QString identity;
     bool tellsCaseApart = true;
     bool tellsFormsApart = true;
     bool knowsExchange = true;
@@ -79,7 +77,7 @@ public:
         _tree.SyncAll();
         _unflushed.clear();
     }
-    QString Identity() override { return identity.isEmpty() ? _tree.Identity() : identity; }
+    QString Identity() override { return _tree.Identity(); }
     bool TellsCaseApart() override { return tellsCaseApart; }
     bool TellsUnicodeFormsApart() override { return tellsFormsApart; }
 
