@@ -97,8 +97,8 @@ void TwoWayPass::_SyncWhole(LocalSnapshot snapshot, bool asksForState) {
     if (asksForState || !_state.listed.isValid()) {
         _state.listed = QDateTime::currentDateTimeUtc();
     }
-    const bool isUnchanged =
-        _state.there.isEmpty() && ChangedHere(_sides.records, _sides.exclusion, snapshot).isEmpty();
+    const bool isUnchanged = _pass.WasInStep() && _state.there.isEmpty() &&
+                             ChangedHere(_sides.records, _sides.exclusion, snapshot).isEmpty();
     SyncPass::Listing listing = isUnchanged ? _pass.ListChanges(snapshot, true) : _pass.ListOrMake(snapshot);
     if (!listing.tree) {
         for (const QString& path : snapshot.Others()) {

@@ -76,6 +76,10 @@ LocalSnapshot SyncPass::Look() {
     return snapshot;
 }
 
+bool SyncPass::WasInStep() const {
+    return !_sides.records.Setting(AddressSetting()).isEmpty();
+}
+
 void SyncPass::_CheckFolder() {
     // Both were opened by the path, at which a disk may have come or gone in between.
     const QString root = _sides.records.Root();
@@ -102,7 +106,7 @@ SyncPass::Listing SyncPass::ListOrMake(const LocalSnapshot& snapshot) {
     if (std::optional<Listing> listing = _Ask(QDateTime(), snapshot)) {
         return *std::move(listing);
     }
-    if (!_sides.records.Setting(AddressSetting()).isEmpty()) {
+    if (WasInStep()) {
         _ThrowMissing();
     }
     if (!_sides.options.isDryRun) {

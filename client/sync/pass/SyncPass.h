@@ -51,6 +51,9 @@ public:
     /// Notes whether the pass was complete, of which this was the listing.
     void EndListing(const Listing& listing);
 
+    /// Whether any pass got as far as to know what both sides have.
+    bool WasInStep() const;
+
     /// Asks for everything. When there is no such folder, and never was one that this side was in step with, it is
     /// made: not those above it. Throws as the other.
     Listing ListOrMake(const local::LocalSnapshot& snapshot);

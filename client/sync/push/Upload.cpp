@@ -159,6 +159,9 @@ size_t Upload::Read(char* bytes, size_t size) {
     const size_t count = _file->Read(bytes, size);
     _md5.addData(bytes, static_cast<int>(count));
     _size += static_cast<qint64>(count);
+    if (_size > _before.size || (count == 0 && _size < _before.size)) {
+        throw Written(QStringLiteral("%1 was written while it was sent").arg(_order.path));
+    }
     _shared.bytes += static_cast<qint64>(count);
     return count;
 }

@@ -12,6 +12,7 @@
 #include "client/content/IContentConnection.h"
 #include "client/sync/local/ILocalTree.h"
 #include "client/sync/push/PushOrder.h"
+#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace push {
@@ -27,6 +28,12 @@ public:
         AtOnce,
         /// By the next run, unless TakeAnswer makes that needless.
         Later
+    };
+
+    /// The file became longer or shorter while it was sent.
+    class Written : public sync::core::SyncException {
+    public:
+        using SyncException::SyncException;
     };
 
     /// What the uploads of a run have in common.

@@ -31,6 +31,8 @@ using sync::config::FolderConfiguration;
 
 namespace {
 
+const char* const WrittenMeanwhile = "it was written while it was sent, and has to be sent again";
+
 QString ConditionsSetting() {
     return QStringLiteral("uploadConditions");
 }
@@ -194,6 +196,9 @@ void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
         }
     } catch (const Cancelled&) {
         throw;
+    } catch (const Upload::Written&) {
+        ++_progress.doneFiles;
+        Refuse(path, QString::fromLatin1(WrittenMeanwhile));
     } catch (const std::exception&) {
         ++_progress.doneFiles;
         _TellFailure(path, std::current_exception());
@@ -390,7 +395,7 @@ void Uploader::_TakeSent(const Upload& upload) {
         }
     }
     if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
-        Refuse(path, QStringLiteral("it was written while it was sent, and has to be sent again"));
+        Refuse(path, QString::fromLatin1(WrittenMeanwhile));
     }
 }
 

@@ -82,6 +82,14 @@ TEST_P(TwoWayPassTest, TheRecordsOfAnotherFolderAreNotTakenForThoseOfThisOne) {
     ExpectInStep();
 }
 
+TEST_P(TwoWayPassTest, TheServicesFolderIsMadeForAnEmptyOneToo) {
+    service.isMissing = true;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(service.isMissing);
+    service.isMissing = true;
+    EXPECT_THROW(Sync(), HttpException) << "it was in step with it";
+}
+
 TEST_P(TwoWayPassTest, WhatIsNewOnEitherSideComesToTheOther) {
     Write("f/mine", "1");
     service.Put(Text("g/theirs"), "2");

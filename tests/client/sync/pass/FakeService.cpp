@@ -251,6 +251,8 @@ public:
         source.Restart();
         content.resize(static_cast<int>(source.Read(content.data(), static_cast<size_t>(content.size()))));
         if (content.size() != size) {
+            char more = 0;
+            source.Read(&more, 1);
             throw TransactionError("PUT", url, Text("the content has another size"), {});
         }
         {
@@ -323,7 +325,8 @@ public:
         ServiceChanges changes;
         {
             const Lock lock(_service._mutex);
-            const bool isKnown = _state.startsWith(Text("state ")) && _state.mid(6).toInt() <= _service._sequence;
+            const bool isKnown =
+                !_service.isMissing && _state.startsWith(Text("state ")) && _state.mid(6).toInt() <= _service._sequence;
             changes = isKnown ? _service._ChangesSince(_state.mid(6).toInt()) : ServiceChanges();
             changes.answer = isKnown ? ServiceChanges::Answer::Known : ServiceChanges::Answer::Forgotten;
             changes.state = Text("state %1").arg(_service._sequence);

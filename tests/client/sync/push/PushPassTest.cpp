@@ -192,6 +192,17 @@ TEST_F(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("22"));
 }
 
+TEST_F(PushPassTest, AFileThatGrowsOrShrinksWhileItIsSentIsSentAgain) {
+    for (const char* content : {"4444", "1"}) {
+        Write("a", "333");
+        Before("PUT", [this, content] { Write("a", content); });
+        EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Told(), QStringList(Text("Refused a")));
+        EXPECT_EQ(Push(), SyncOutcome::InStep);
+        EXPECT_EQ(service.Content(Text("a")), QByteArray(content));
+    }
+}
+
 TEST_F(PushPassTest, WhatTheServiceDeletedIsNotMadeAgain) {
     Write("f/a", "1");
     Write("f/b", "1");
