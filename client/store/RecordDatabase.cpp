@@ -287,9 +287,10 @@ void RecordDatabase::_Prepare() {
     }
     Statement check(_handle.get(), "PRAGMA quick_check(1)");
     if (check.Step() && check.Text(0) != QLatin1String("ok")) {
-        throw StoreError(QStringLiteral("%1: the records are damaged: %2. Without this file the next sync compares both "
-                                        "sides anew; move it away")
-                             .arg(file, check.Text(0).simplified()));
+        throw StoreError(
+            QStringLiteral("%1: the records are damaged: %2. Without this file the next sync compares both "
+                           "sides anew; move it away")
+                .arg(file, check.Text(0).simplified()));
     }
     check.Reset();
     _Execute("PRAGMA journal_mode = WAL");

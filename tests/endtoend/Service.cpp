@@ -54,7 +54,7 @@ QStringList Service::TakeRequests() {
     QFile log(_logs.filePath(QStringLiteral("requests")));
     EXPECT_TRUE(log.open(QIODevice::ReadOnly));
     const QStringList lines = QString::fromUtf8(log.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    const QStringList fresh = lines.mid(_taken);
+    QStringList fresh = lines.mid(_taken);
     _taken = lines.size();
     return fresh;
 }

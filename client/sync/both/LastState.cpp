@@ -32,7 +32,8 @@ LastState LastState::Of(store::RecordDatabase& records, const QString& excluded)
     state.isUnable = object.value(QLatin1String("unable")).toBool();
     state.hasChecksums = object.value(QLatin1String("checksums")).toBool();
     state.needsLook = object.value(QLatin1String("look")).toBool();
-    for (const QJsonValue& path : object.value(QLatin1String("open")).toArray()) {
+    const QJsonArray open = object.value(QLatin1String("open")).toArray();
+    for (const auto& path : open) {
         state.open.append(path.toString());
     }
     return state;

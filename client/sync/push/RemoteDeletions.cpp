@@ -123,7 +123,7 @@ bool RemoteDeletions::_IsDeletedThere(const QString& path) {
 }
 
 QString RemoteDeletions::_MovedAside(const QString& path) const {
-    const QString aside = local::TemporaryBeside(path);
+    QString aside = local::TemporaryBeside(path);
     try {
         _sides.service.folders->MoveFolder(_sides.service.FolderAt(path), _sides.service.FolderAt(aside));
     } catch (const sync::http::HttpException&) {

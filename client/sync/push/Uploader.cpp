@@ -92,6 +92,8 @@ QSet<QString> Uploader::MakeFolders(const QStringList& folders) {
 
 bool Uploader::_MakeFolder(const QString& path) {
     try {
+        store::FolderRecord record;
+        record.path = path;
         if (!_isDryRun) {
             FolderConfiguration folder = _sides.service.FolderAt(path);
             if (_sides.service.folders->FolderExists(folder)) {
@@ -101,8 +103,11 @@ bool Uploader::_MakeFolder(const QString& path) {
             }
             _sides.service.folders->CreateFolder(folder, QString(), false);
             _report.TellSuccess();
+            if (!pass::IsMadeUpId(folder.getServerFolderId())) {
+                record.itemId = folder.getServerFolderId();
+            }
         }
-        _sides.records.WriteFolder(path);
+        _sides.records.WriteFolder(record);
     } catch (const std::exception&) {
         _TellFailure(path, std::current_exception());
         return false;

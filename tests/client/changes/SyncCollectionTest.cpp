@@ -31,7 +31,7 @@ protected:
         ServiceConnection connection(server.Url(QString()));
         const auto source = connection.NewChangeSource(Folder);
         source->Ask(state);
-        const ServiceChanges changes = source->Take();
+        ServiceChanges changes = source->Take();
         server.Stop();
         EXPECT_TRUE(server.SawItsScript());
         requests = server.Requests();
@@ -41,7 +41,7 @@ protected:
     std::optional<QString> StateNow(const QList<ScriptedServer::Step>& steps) {
         ScriptedServer server(steps);
         ServiceConnection connection(server.Url(QString()));
-        const auto state = connection.NewChangeSource(Folder)->StateNow();
+        auto state = connection.NewChangeSource(Folder)->StateNow();
         server.Stop();
         EXPECT_TRUE(server.SawItsScript());
         requests = server.Requests();

@@ -95,6 +95,17 @@ TEST_P(MovesTest, AFolderThatIsRenamedThereIsRenamedHere) {
     ExpectInStep();
 }
 
+TEST_P(MovesTest, AFolderThatThisSideMadeThereIsKnownAtOnce) {
+    Write("f/a", "1");
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    service.Move(Text("f"), Text("h"));
+    service.ForgetCounts();
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("Moved h")));
+    EXPECT_EQ(Transfers(), 0);
+    ExpectInStep();
+}
+
 TEST_P(MovesTest, FoldersAndFilesMoveInOnePassOnBothSides) {
     Begin({"f/a", "f/b", "g/c", "g/d", "e"});
     Rename("f", "h");

@@ -63,6 +63,7 @@ public:
             _service._folderIds[path] = Text("folder %1").arg(++_service._items);
             _service._folderChanges[path] = _service._sequence + 1;
             _service._Touch(FolderOf(path));
+            folder.setServerFolderId(_service.isPlain ? QString() : _service._folderIds[path]);
         }
         return {sync::core::SyncResults::ResultType(0), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
@@ -218,7 +219,7 @@ public:
             file = found->second;
         }
         const QByteArray content = _service.contentInstead.isNull() ? file.content : _service.contentInstead;
-        const ContentVersion version = _VersionOf(file);
+        ContentVersion version = _VersionOf(file);
         const ovsync::content::ContentPart part = sink.Received();
         const bool isRest = _service.knowsRanges && part.size > 0 && part.entityTag == version.entityTag;
         sink.TakeVersion(version);

@@ -76,7 +76,7 @@ protected:
         EXPECT_LE(service.sentBytes, Size - ReceivedAtLeast);
     }
 
-    std::minstd_rand random;
+    std::minstd_rand random{std::random_device()()};
     QByteArray content = NewContent();
 };
 
