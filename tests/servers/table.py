@@ -29,7 +29,12 @@ COLUMNS = {
     ],
     "pull, again, conflict": ["PullsAFolderAndWhatChangesInIt", "PullKeepsBothSidesOfAConflict"],
     "mv, rm, mkdir -p": ["MovesFoldersAndFiles", "RemovesFoldersAndFiles", "MakesFoldersAndThoseAboveThem"],
-    "get, put": ["GetsFilesOneByOne", "PutsFilesOneByOne", "CopiesFoldersAndFiles"],
+    "get, put": [
+        "GetsFilesOneByOne",
+        "PutsFilesOneByOne",
+        "CopiesFoldersAndFiles",
+        "KeepsTheExecutableBitWhereItCan",
+    ],
 }
 SECTION = re.compile(r"(?<=<!-- servers: made by tests/servers/table\.py -->\n).*?(?=<!-- servers: end -->)", re.DOTALL)
 

@@ -99,8 +99,9 @@ json SyncingUser::Status() const {
     Pass pass({"status"}, _Environment());
     pass.ExitCode();
     const json status = json::parse(pass.Text(), nullptr, false);
-    return status.is_object() && status["running"] == true && !status["folders"].empty() ? status["folders"][0]
-                                                                                         : json();
+    // An agent that is stopped says nothing of its folders.
+    const json folders = status.is_object() ? status.value("folders", json::array()) : json::array();
+    return folders.empty() ? json() : folders[0];
 }
 
 std::map<std::string, std::string> SyncingUser::Conflicts() const {
