@@ -107,7 +107,9 @@ for size in "${sizes[@]}"; do
         check
         prepare() {
             sleep 1.1
-            printf '%0*d' $((++length)) 0 | curl -fs -T - "$url$file"
+            # Not in the pipe, which would forget it.
+            length=$((length + 1))
+            printf '%0*d' $length 0 | curl -fs -T - "$url$file"
         }
         measure "$runs"
         check
