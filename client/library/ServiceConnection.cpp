@@ -162,8 +162,10 @@ bool ServiceConnection::IsEmpty(const QString& serverPath) {
 std::shared_ptr<sync::http::DAVPropfindResult> ServiceConnection::_Ask(const QString& path,
                                                                        sync::http::DAVPropfindRequest::Depth depth) {
     const auto request = std::make_shared<requests::PropfindRequest>(UrlOf(path), depth);
-    // Which server it is, nobody asks for the sake of a single file.
-    request->AskForExecutableBit();
+    if (!request->IsListing()) {
+        // Which server it is, nobody asks for the sake of a single file.
+        request->AskForExecutableBit();
+    }
     _connection->Execute({request}, [](const auto&, auto) {});
     const int status = request->GetStatusCode();
     if (status == wire::HttpStatus::NotFound || status == wire::HttpStatus::Gone) {

@@ -273,8 +273,9 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
     if (size >= ListingSupplement::LeastSize && size <= static_cast<uint64_t>(std::numeric_limits<qint64>::max())) {
         _limits.supplement->AddSize(FromUtf8(key), static_cast<qint64>(size));
     }
-    if (isFile) {
-        _limits.supplement->SetExecutable(FromUtf8(key), BitOf(entry));
+    const std::optional<bool> bit = isFile ? BitOf(entry) : std::nullopt;
+    if (bit || _limits.supplement->KnowsBits()) {
+        _limits.supplement->SetExecutable(FromUtf8(key), bit);
     }
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);

@@ -36,6 +36,12 @@ public:
         }
     }
 
+    /// Whether any listing said of any file whether it is executable.
+    bool KnowsBits() const {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return !_areExecutable.isEmpty();
+    }
+
     /// None when the last listing did not say.
     std::optional<bool> IsExecutable(const QString& serverPath) const {
         const std::lock_guard<std::mutex> lock(_mutex);
