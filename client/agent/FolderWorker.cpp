@@ -57,6 +57,7 @@ output::ErrorText ErrorTextOf(const input::Location& location) {
     context.server = location.Server();
     context.path = location.serverPath;
     context.thing = QStringLiteral("file or folder");
+    context.isWriting = true;
     return output::ErrorText(context);
 }
 

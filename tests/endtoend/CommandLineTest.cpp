@@ -349,6 +349,17 @@ TEST(WebPageTest, IsNotShownForASingleFileEither) {
     EXPECT_THAT(event["detail"].get<std::string>(), HasSubstr("GET http://"));
 }
 
+TEST(BadRequestTest, IsNotTakenForAFileWhereAFolderIsAskedFor) {
+    Service service({Text("--fault"), Text("status=400,method=PROPFIND")});
+    service.AddFolder(Text("folder"));
+    const QTemporaryDir place;
+    const ProgramResult result =
+        RunOvsync({Text("pull"), service.Url() + Text("folder/"), place.filePath(Text("new"))});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(result), HasSubstr("does not understand this, or does not allow such a name (status 400"));
+    EXPECT_FALSE(QFile::exists(place.filePath(Text("new"))));
+}
+
 class LoginTest : public testing::Test {
 protected:
     LoginTest() : _service({Text("--user"), Text("ann")}, Text("s\xC3\xA9\x63ret")) {
@@ -432,7 +443,9 @@ INSTANTIATE_TEST_SUITE_P(Faults, FaultTest,
                                          Fault{"redirect=307", 3, "307"}, Fault{"error-page", 3, "text/html"},
                                          Fault{"status=204", 3, "204"}, Fault{"status=400", 1, "400"},
                                          Fault{"status=403", 1, "403"}, Fault{"status=500", 1, "500"},
-                                         Fault{"status=503", 1, "503"}, Fault{"content-type=text/html", 3, "text/html"},
+                                         Fault{"status=503", 3, "503"}, Fault{"status=429", 3, "429"},
+                                         Fault{"redirect=302", 3, "?redirected, which ovsync does not follow"},
+                                         Fault{"content-type=text/html", 3, "text/html"},
                                          Fault{"error-in-body=350", 3, "207"}, Fault{"content-length=+10", 3, "207"},
                                          Fault{"content-length=-10", 3, "207"}));
 

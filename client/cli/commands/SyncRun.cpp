@@ -117,6 +117,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     context.path = location.serverPath;
     context.thing = QStringLiteral("file or folder");
     context.isWriting = arguments.isPush;
+    context.lastAnswer = [&connection] { return connection.LastAnswer(); };
     SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun, ErrorText(context),
                         arguments.errors.isVerbose);
     pass::SyncPass common(service, tree, *records, options, observer);
