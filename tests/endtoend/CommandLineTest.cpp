@@ -193,6 +193,13 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
         expect({Text(command), Text("--exclude"), Text("[a"), Text("http://h/")}, "\"[a\" is not a valid pattern");
         expect({Text(command), Text("--exclude"), Text(""), Text("http://h/")}, "not a valid pattern");
     }
+    const QTemporaryDir rules;
+    QFile ignored(rules.filePath(Text("ignored")));
+    ASSERT_TRUE(ignored.open(QIODevice::WriteOnly));
+    ignored.write("a\n\nb//c\n");
+    ignored.close();
+    expect({Text("du"), Text("--exclude-from"), ignored.fileName(), Text("http://h/")},
+           "/ignored, line 3: \"b//c\" is not a valid pattern: no path can match it");
     expect({Text("du"), Text("--exclude-from"), Text("/missing"), Text("http://h/")}, "--exclude-from /missing: ");
     const QTemporaryDir folder;
     for (const char* rate : {"fast", "-1", "1023", "1e9", "5KK"}) {
