@@ -356,6 +356,21 @@ TEST(WebPageTest, IsNotShownForASingleFileEither) {
     EXPECT_THAT(event["detail"].get<std::string>(), HasSubstr("GET http://"));
 }
 
+TEST(RedirectionTest, NamesItsPlaceForContentAsForListings) {
+    for (const char* method : {"PROPFIND", "GET"}) {
+        Service service({Text("--fault"), Text("redirect=302,method=") + Text(method)});
+        service.AddFile(Text("folder/a"), "a");
+        const QTemporaryDir place;
+        const ProgramResult result = RunOvsync({Text("get"), service.Url() + Text("folder/a"), place.path()});
+        EXPECT_EQ(result.exitCode, 3) << method;
+        EXPECT_EQ(
+            ErrorsOf(result),
+            Text("ovsync: %1 redirects from \"folder/a\" to %2folder/a?redirected, which ovsync does not follow\n")
+                .arg(QUrl(service.Url()).authority(), service.Url())
+                .toStdString());
+    }
+}
+
 TEST(BadRequestTest, IsNotTakenForAFileWhereAFolderIsAskedFor) {
     Service service({Text("--fault"), Text("status=400,method=PROPFIND")});
     service.AddFolder(Text("folder"));

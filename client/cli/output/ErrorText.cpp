@@ -258,8 +258,10 @@ QString ErrorText::_Refusal(const AnswerSummary& answer, const QString& path, bo
     if (status >= HttpStatus::InternalServerError) {
         return WithStatus(QStringLiteral("%1 failed").arg(server), status);
     }
-    return status >= HttpStatus::BadRequest ? WithStatus(QStringLiteral("%1 refuses this").arg(server), status)
-                                            : QString();
+    if (status >= HttpStatus::BadRequest) {
+        return WithStatus(QStringLiteral("%1 refuses this").arg(server), status);
+    }
+    return status > 0 ? WithStatus(QStringLiteral("the answer of %1 cannot be used").arg(server), status) : QString();
 }
 
 QString ErrorText::_WrongAnswer(const TransactionError& error) const {

@@ -59,7 +59,7 @@ public:
 
 private:
     ErrorMessage _OfAnswer(const sync::http::HttpException& error) const;
-    /// Of an answer that says no. Empty for a status that says nothing in particular.
+    /// Of an answer that says no. Empty where there was none.
     QString _Refusal(const wire::AnswerSummary& answer, const QString& path, bool isWriting) const;
     QString _WrongAnswer(const wire::TransactionError& error) const;
     QString _Redirection(const QString& place, const QByteArray& location) const;

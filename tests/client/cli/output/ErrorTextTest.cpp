@@ -189,8 +189,10 @@ TEST(ErrorTextTest, AnErrorThatKnowsItsPlaceNamesIt) {
               Text("host:81 is not a WebDAV server, at least not at its root"));
 }
 
-TEST(ErrorTextTest, AStatusThatSaysNothingLeavesTheMessage) {
-    EXPECT_EQ(MessageOf(HttpException(Text("why"), 200, QUrl())).text, Text("why"));
+TEST(ErrorTextTest, AStatusThatSaysNothingIsNamedAndNoneLeavesTheMessage) {
+    EXPECT_EQ(MessageOf(HttpException(Text("why"), 0, QUrl())).text, Text("why"));
+    EXPECT_EQ(MessageOf(HttpException(Text("why"), 206, QUrl())).text,
+              Text("the answer of host:81 cannot be used (status 206; \"ovsync -v\" shows what it said)"));
 }
 
 ErrorMessage OnTheWay(Cause cause) {
