@@ -89,7 +89,7 @@ void AddFolder(const Arguments& given) {
     const SyncedFolder folder = GivenFolder(given);
     folders::AddToFoldersFile(folder);
     if (!folder.user.isEmpty()) {
-        if (!input::KeepPasswordUnlessKept(folder.user, folder.location.baseUrl.host())) {
+        if (!input::KeepPasswordUnlessKept(folder.user, folder.location.baseUrl.host()) && !given.isQuiet) {
             Warn({"login",
                   QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
                                  "-u %1 %2\" keeps one.")
