@@ -3,6 +3,7 @@
 #include <QStringList>
 #include <QUrl>
 #include <cerrno>
+#include <cstring>
 
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
@@ -85,7 +86,8 @@ QString FileFailure(const LocalError& error) {
         case EFBIG:
             return QStringLiteral("a file as large as this is not allowed in %1").arg(path);
         default:
-            return error.Message();
+            return isTemporary ? QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error.Code())))
+                               : error.Message();
     }
 }
 
