@@ -30,7 +30,7 @@ bool IsRefusal(int status) {
 
 void PassReport::Tell(const SyncEvent& event) {
     _hasProblems = _hasProblems || event.IsProblem() || (_options.isStrict && event.kind == SyncEvent::Kind::Skipped);
-    if (event.IsProblem()) {
+    if (event.IsProblem() || event.kind == SyncEvent::Kind::NewerThere) {
         _open.insert(event.path);
     }
     _hasFailed = _hasFailed || event.kind == SyncEvent::Kind::Failed;

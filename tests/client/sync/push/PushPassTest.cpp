@@ -19,8 +19,11 @@ using sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-class PushPassTest : public tests::SyncTest {
+/// With a service that is asked for everything, and with one that tells what changed.
+class PushPassTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
 protected:
+    PushPassTest() { service.tellsChanges = GetParam(); }
+
     /// A synced file "a" of the content "1".
     void PushOne() {
         Write("a", "1");
@@ -39,7 +42,7 @@ protected:
     }
 };
 
-TEST_F(PushPassTest, FilesAndFoldersGoOverOnce) {
+TEST_P(PushPassTest, FilesAndFoldersGoOverOnce) {
     Write("f/g/a", "1");
     Write("b", "");
     disk.MakeFolder(Text("e"));
@@ -54,7 +57,7 @@ TEST_F(PushPassTest, FilesAndFoldersGoOverOnce) {
     EXPECT_EQ(service.Count("PUT") + service.Count("GET"), 0);
 }
 
-TEST_F(PushPassTest, AChangedFileReplacesTheServices) {
+TEST_P(PushPassTest, AChangedFileReplacesTheServices) {
     PushOne();
     Write("a", "2");
     EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -66,7 +69,7 @@ TEST_F(PushPassTest, AChangedFileReplacesTheServices) {
     EXPECT_EQ(service.Count("GET"), 0);
 }
 
-TEST_F(PushPassTest, TheSameOnAServerWithoutVersions) {
+TEST_P(PushPassTest, TheSameOnAServerWithoutVersions) {
     service.isPlain = true;
     PushOne();
     Write("a", "2");
@@ -81,7 +84,7 @@ TEST_F(PushPassTest, TheSameOnAServerWithoutVersions) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
 }
 
-TEST_F(PushPassTest, WhatChangedOnTheServiceIsNotOverwritten) {
+TEST_P(PushPassTest, WhatChangedOnTheServiceIsNotOverwritten) {
     PushOne();
     Write("a", "mine");
     service.Put(Text("a"), "theirs");
@@ -90,7 +93,7 @@ TEST_F(PushPassTest, WhatChangedOnTheServiceIsNotOverwritten) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
 }
 
-TEST_F(PushPassTest, WhatIsOnBothSidesWithoutARecordIsAConflictUnlessItIsTheSame) {
+TEST_P(PushPassTest, WhatIsOnBothSidesWithoutARecordIsAConflictUnlessItIsTheSame) {
     Write("same", "1");
     Write("other", "2");
     service.Put(Text("same"), "1");
@@ -103,7 +106,7 @@ TEST_F(PushPassTest, WhatIsOnBothSidesWithoutARecordIsAConflictUnlessItIsTheSame
     EXPECT_EQ(service.Contents(), Files({{Text("other"), "3"}, {Text("same"), "11"}}));
 }
 
-TEST_F(PushPassTest, AConflictEndsWhenTheCopyIsRemovedAndNotBefore) {
+TEST_P(PushPassTest, AConflictEndsWhenTheCopyIsRemovedAndNotBefore) {
     PushOne();
     Write("a", "mine");
     service.Put(Text("a"), "theirs");
@@ -117,7 +120,7 @@ TEST_F(PushPassTest, AConflictEndsWhenTheCopyIsRemovedAndNotBefore) {
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
 }
 
-TEST_F(PushPassTest, ARemovedCopyOfAnOlderVersionEndsNoConflict) {
+TEST_P(PushPassTest, ARemovedCopyOfAnOlderVersionEndsNoConflict) {
     PushOne();
     Write("a", "mine");
     service.Put(Text("a"), "theirs");
@@ -128,7 +131,7 @@ TEST_F(PushPassTest, ARemovedCopyOfAnOlderVersionEndsNoConflict) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs again"));
 }
 
-TEST_F(PushPassTest, AChangeOnTheServiceAtAnyMomentBeforeTheContentIsStoredIsAConflict) {
+TEST_P(PushPassTest, AChangeOnTheServiceAtAnyMomentBeforeTheContentIsStoredIsAConflict) {
     for (const char* moment : {"HEAD", "FIND", "PUT"}) {
         Write("a", moment);
         service.Put(Text("a"), moment);
@@ -143,7 +146,7 @@ TEST_F(PushPassTest, AChangeOnTheServiceAtAnyMomentBeforeTheContentIsStoredIsACo
     }
 }
 
-TEST_F(PushPassTest, AFileThatIsMadeOnTheServiceMeanwhileIsAConflict) {
+TEST_P(PushPassTest, AFileThatIsMadeOnTheServiceMeanwhileIsAConflict) {
     Write("a", "mine");
     Before("PUT", [this] { service.Put(Text("a"), "theirs"); });
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
@@ -153,7 +156,7 @@ TEST_F(PushPassTest, AFileThatIsMadeOnTheServiceMeanwhileIsAConflict) {
     EXPECT_EQ(Contents().size(), 2U);
 }
 
-TEST_F(PushPassTest, WhatIsSomethingElseRightAfterItWasSentIsAConflict) {
+TEST_P(PushPassTest, WhatIsSomethingElseRightAfterItWasSentIsAConflict) {
     for (const bool isPlain : {false, true}) {
         service.isPlain = isPlain;
         const char* const name = isPlain ? "b" : "a";
@@ -168,7 +171,7 @@ TEST_F(PushPassTest, WhatIsSomethingElseRightAfterItWasSentIsAConflict) {
     }
 }
 
-TEST_F(PushPassTest, AnUploadThatTheServiceOnlySeemedToStoreIsAConflict) {
+TEST_P(PushPassTest, AnUploadThatTheServiceOnlySeemedToStoreIsAConflict) {
     Write("a", "1");
     ASSERT_EQ(Push(), SyncOutcome::InStep);
     for (const char* changed : {"2", "longer"}) {
@@ -183,7 +186,7 @@ TEST_F(PushPassTest, AnUploadThatTheServiceOnlySeemedToStoreIsAConflict) {
     }
 }
 
-TEST_F(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
+TEST_P(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
     Write("a", "1");
     Before("SENT", [this] { Write("a", "22"); });
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
@@ -192,7 +195,7 @@ TEST_F(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("22"));
 }
 
-TEST_F(PushPassTest, AFileThatGrowsOrShrinksWhileItIsSentIsSentAgain) {
+TEST_P(PushPassTest, AFileThatGrowsOrShrinksWhileItIsSentIsSentAgain) {
     for (const char* content : {"4444", "1"}) {
         Write("a", "333");
         Before("PUT", [this, content] { Write("a", content); });
@@ -203,7 +206,7 @@ TEST_F(PushPassTest, AFileThatGrowsOrShrinksWhileItIsSentIsSentAgain) {
     }
 }
 
-TEST_F(PushPassTest, WhatTheServiceDeletedIsNotMadeAgain) {
+TEST_P(PushPassTest, WhatTheServiceDeletedIsNotMadeAgain) {
     Write("f/a", "1");
     Write("f/b", "1");
     ASSERT_EQ(Push(), SyncOutcome::InStep);
@@ -218,7 +221,7 @@ TEST_F(PushPassTest, WhatTheServiceDeletedIsNotMadeAgain) {
     EXPECT_EQ(service.Contents(), Files({{Text("f/g/new"), "3"}}));
 }
 
-TEST_F(PushPassTest, WhatWasDeletedHereIsToldOfAndStaysThere) {
+TEST_P(PushPassTest, WhatWasDeletedHereIsToldOfAndStaysThere) {
     Write("f/a", "1");
     ASSERT_EQ(Push(), SyncOutcome::InStep);
     Remove("f/a");
@@ -231,7 +234,7 @@ TEST_F(PushPassTest, WhatWasDeletedHereIsToldOfAndStaysThere) {
     EXPECT_TRUE(events.isEmpty());
 }
 
-TEST_F(PushPassTest, NewerVersionsAreLeftToAPull) {
+TEST_P(PushPassTest, NewerVersionsAreLeftToAPull) {
     PushOne();
     service.Put(Text("a"), "2");
     EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -240,7 +243,7 @@ TEST_F(PushPassTest, NewerVersionsAreLeftToAPull) {
     EXPECT_EQ(Content("a"), QByteArray("2"));
 }
 
-TEST_F(PushPassTest, NothingIsPutWhereTheServiceHidesSomething) {
+TEST_P(PushPassTest, NothingIsPutWhereTheServiceHidesSomething) {
     service.unlisted.insert(Text("form"));
     Write("form/a", "1");
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
@@ -248,7 +251,7 @@ TEST_F(PushPassTest, NothingIsPutWhereTheServiceHidesSomething) {
     EXPECT_EQ(service.Count("PUT") + service.Count("MKCOL"), 0);
 }
 
-TEST_F(PushPassTest, WithoutEntityTagsAndDatesNothingIsOverwritten) {
+TEST_P(PushPassTest, WithoutEntityTagsAndDatesNothingIsOverwritten) {
     PushOne();
     service.isWithoutTags = true;
     service.isWithoutDates = true;
@@ -258,7 +261,7 @@ TEST_F(PushPassTest, WithoutEntityTagsAndDatesNothingIsOverwritten) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
 }
 
-TEST_F(PushPassTest, WithoutEntityTagsAndDatesAFileIsReplacedWhenThatIsForced) {
+TEST_P(PushPassTest, WithoutEntityTagsAndDatesAFileIsReplacedWhenThatIsForced) {
     PushOne();
     service.isWithoutTags = true;
     service.isWithoutDates = true;
@@ -268,7 +271,7 @@ TEST_F(PushPassTest, WithoutEntityTagsAndDatesAFileIsReplacedWhenThatIsForced) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
 }
 
-TEST_F(PushPassTest, ForceOverwritesNothingThatIsSeenToHaveChanged) {
+TEST_P(PushPassTest, ForceOverwritesNothingThatIsSeenToHaveChanged) {
     PushOne();
     service.isWithoutTags = true;
     service.isWithoutDates = true;
@@ -279,7 +282,7 @@ TEST_F(PushPassTest, ForceOverwritesNothingThatIsSeenToHaveChanged) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("33"));
 }
 
-TEST_F(PushPassTest, ADateThatIsNotListedIsAskedForAndTellsVersionsApart) {
+TEST_P(PushPassTest, ADateThatIsNotListedIsAskedForAndTellsVersionsApart) {
     PushOne();
     service.isWithoutTags = true;
     service.isListingNoDates = true;
@@ -288,7 +291,7 @@ TEST_F(PushPassTest, ADateThatIsNotListedIsAskedForAndTellsVersionsApart) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("2"));
 }
 
-TEST_F(PushPassTest, FilesAndFoldersOfOneNameAreToldOf) {
+TEST_P(PushPassTest, FilesAndFoldersOfOneNameAreToldOf) {
     Write("a", "1");
     Write("f/b", "1");
     service.AddFolder(Text("a"));
@@ -298,7 +301,7 @@ TEST_F(PushPassTest, FilesAndFoldersOfOneNameAreToldOf) {
     EXPECT_EQ(service.Contents(), Files({{Text("f"), "2"}}));
 }
 
-TEST_F(PushPassTest, LinksAndUnreadableNamesAreToldOf) {
+TEST_P(PushPassTest, LinksAndUnreadableNamesAreToldOf) {
     ASSERT_TRUE(QFile::link(Text("/etc/passwd"), Path("link")));
     ASSERT_TRUE(QFile::link(Text("/etc"), Path("folder")));
     const QByteArray name = folder.path().toUtf8() + "/\xFF";
@@ -309,7 +312,7 @@ TEST_F(PushPassTest, LinksAndUnreadableNamesAreToldOf) {
     EXPECT_EQ(unlink(name.constData()), 0);
 }
 
-TEST_F(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
+TEST_P(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
     PushOne();
     Write("a", "2");
     Write("f/b", "1");
@@ -324,7 +327,7 @@ TEST_F(PushPassTest, ATrialTellsTheSameAndChangesNothing) {
     EXPECT_EQ(Told(), told);
 }
 
-TEST_F(PushPassTest, AFolderThatIsMissingIsMade) {
+TEST_P(PushPassTest, AFolderThatIsMissingIsMade) {
     service.isMissing = true;
     Write("a", "1");
     options.isDryRun = true;
@@ -339,7 +342,7 @@ TEST_F(PushPassTest, AFolderThatIsMissingIsMade) {
     EXPECT_EQ(service.Contents(), Files({{Text("a"), "1"}}));
 }
 
-TEST_F(PushPassTest, AFolderThatWasInStepIsNotMadeAgain) {
+TEST_P(PushPassTest, AFolderThatWasInStepIsNotMadeAgain) {
     PushOne();
     service.isMissing = true;
     EXPECT_THROW(Push(), HttpException);
@@ -347,7 +350,7 @@ TEST_F(PushPassTest, AFolderThatWasInStepIsNotMadeAgain) {
     EXPECT_EQ(service.Count("MKCOL") + service.Count("PUT"), 0);
 }
 
-TEST_F(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
+TEST_P(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
     Write("a", "1");
     Before("SENT", [] { throw TransactionError("PUT", QUrl(), Text("reset"), {}); });
     EXPECT_EQ(Push(), SyncOutcome::Failed);
@@ -356,7 +359,7 @@ TEST_F(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
     EXPECT_EQ(service.Count("PUT"), 1);
 }
 
-TEST_F(PushPassTest, APassThatIsStoppedRecordsWhatWasSent) {
+TEST_P(PushPassTest, APassThatIsStoppedRecordsWhatWasSent) {
     for (const char* name : {"a", "b", "c", "d"}) {
         Write(name, "1");
     }
@@ -387,7 +390,7 @@ protected:
     static constexpr int Count = 300;
 };
 
-TEST_F(ManyFilesPushTest, FarFewerQuestionsAreAskedThanFilesSent) {
+TEST_P(ManyFilesPushTest, FarFewerQuestionsAreAskedThanFilesSent) {
     service.isPlain = true;
     service.listsTags = true;
     EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -399,14 +402,14 @@ TEST_F(ManyFilesPushTest, FarFewerQuestionsAreAskedThanFilesSent) {
     EXPECT_EQ(service.Count("PUT") + service.Count("GET"), 0);
 }
 
-TEST_F(ManyFilesPushTest, TheServiceItselfIsAskedAsSeldom) {
+TEST_P(ManyFilesPushTest, TheServiceItselfIsAskedAsSeldom) {
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(service.Contents(), Contents());
     EXPECT_EQ(service.Count("PUT"), Count);
     EXPECT_LT(service.Count("FIND") + service.Count("LIST"), Count / 4);
 }
 
-TEST_F(ManyFilesPushTest, AFolderOfManyOtherFilesIsNotListedForAFew) {
+TEST_P(ManyFilesPushTest, AFolderOfManyOtherFilesIsNotListedForAFew) {
     ASSERT_EQ(Push(), SyncOutcome::InStep);
     service.ForgetCounts();
     for (int i = 0; i < 5; ++i) {
@@ -415,10 +418,10 @@ TEST_F(ManyFilesPushTest, AFolderOfManyOtherFilesIsNotListedForAFew) {
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(service.Contents(), Contents());
     // That of the whole tree.
-    EXPECT_EQ(service.Count("LIST"), 1);
+    EXPECT_EQ(service.Count("LIST"), service.tellsChanges ? 0 : 1);
 }
 
-TEST_F(ManyFilesPushTest, WhatIsSomethingElseRightAfterwardsIsAConflict) {
+TEST_P(ManyFilesPushTest, WhatIsSomethingElseRightAfterwardsIsAConflict) {
     for (const bool isPlain : {false, true}) {
         service.isPlain = isPlain;
         const QString name = Name(isPlain ? 7 : 5);
@@ -439,7 +442,7 @@ TEST_F(ManyFilesPushTest, WhatIsSomethingElseRightAfterwardsIsAConflict) {
     }
 }
 
-TEST_F(ManyFilesPushTest, WhereAFolderCannotBeListedEachFileIsAskedFor) {
+TEST_P(ManyFilesPushTest, WhereAFolderCannotBeListedEachFileIsAskedFor) {
     service.onRequest = [](const QString& method, const QString& path) {
         if (method == Text("LIST") && path == Text("f")) {
             throw HttpException(Text("forbidden"), 403, QUrl());
@@ -450,7 +453,7 @@ TEST_F(ManyFilesPushTest, WhereAFolderCannotBeListedEachFileIsAskedFor) {
     EXPECT_EQ(service.Contents(), Contents());
 }
 
-TEST_F(ManyFilesPushTest, OnceConditionsAreSeenToBeKnownANewFileIsNotLookedAtBefore) {
+TEST_P(ManyFilesPushTest, OnceConditionsAreSeenToBeKnownANewFileIsNotLookedAtBefore) {
     service.isPlain = true;
     service.listsTags = true;
     service.Put(Text("theirs"), "1");
@@ -469,7 +472,7 @@ TEST_F(ManyFilesPushTest, OnceConditionsAreSeenToBeKnownANewFileIsNotLookedAtBef
     EXPECT_GE(service.Count("HEAD"), Count);
 }
 
-TEST_F(ManyFilesPushTest, APassThatIsStoppedRecordsWhatWasSent) {
+TEST_P(ManyFilesPushTest, APassThatIsStoppedRecordsWhatWasSent) {
     service.onRequest = [this](const QString& method, const QString& path) {
         isStopped = isStopped || (method == Text("PUT") && path == Name(200));
     };
@@ -483,5 +486,8 @@ TEST_F(ManyFilesPushTest, APassThatIsStoppedRecordsWhatWasSent) {
     EXPECT_EQ(service.Count("PUT"), Count - sent);
     EXPECT_EQ(service.Contents(), Contents());
 }
+
+INSTANTIATE_TEST_SUITE_P(TellsChanges, PushPassTest, testing::Bool(), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(TellsChanges, ManyFilesPushTest, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace
