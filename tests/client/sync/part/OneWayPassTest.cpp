@@ -19,7 +19,7 @@ protected:
     OneWayPassTest() { service.tellsChanges = true; }
 
     /// Both sides have these files, and passes of both directions know it.
-    void Begin(const std::vector<const char*>& paths) {
+    void BeginOneWay(const std::vector<const char*>& paths) {
         for (const char* path : paths) {
             Write(path, QByteArray("1 of ") + path);
         }
@@ -34,7 +34,7 @@ protected:
 };
 
 TEST_F(OneWayPassTest, NothingChangedIsOneQuestion) {
-    Begin({"a", "f/b"});
+    BeginOneWay({"a", "f/b"});
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(service.CountAll(), 1);
     EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -43,7 +43,7 @@ TEST_F(OneWayPassTest, NothingChangedIsOneQuestion) {
 }
 
 TEST_F(OneWayPassTest, APullFetchesWhatChangedWithoutAListing) {
-    Begin({"a", "f/b", "gone", "g/gone"});
+    BeginOneWay({"a", "f/b", "gone", "g/gone"});
     service.Put(Text("f/b"), "theirs");
     service.Put(Text("new/c"), "new");
     service.Remove(Text("gone"));
@@ -56,7 +56,7 @@ TEST_F(OneWayPassTest, APullFetchesWhatChangedWithoutAListing) {
 }
 
 TEST_F(OneWayPassTest, APullBringsBackWhatWasDeletedHereThoughNothingChangedThere) {
-    Begin({"a", "f/b"});
+    BeginOneWay({"a", "f/b"});
     Remove("f/b");
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_FALSE(HasListed());
@@ -64,7 +64,7 @@ TEST_F(OneWayPassTest, APullBringsBackWhatWasDeletedHereThoughNothingChangedTher
 }
 
 TEST_F(OneWayPassTest, APullAsksForChangesAlthoughThereIsMoreHere) {
-    Begin({"a"});
+    BeginOneWay({"a"});
     Write("mine", "1");
     service.Put(Text("a"), "theirs");
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
@@ -74,7 +74,7 @@ TEST_F(OneWayPassTest, APullAsksForChangesAlthoughThereIsMoreHere) {
 }
 
 TEST_F(OneWayPassTest, WhatCouldNotBeFetchedIsFetchedByTheNextPullThoughNobodyTellsOfItAgain) {
-    Begin({"a", "b"});
+    BeginOneWay({"a", "b"});
     service.Put(Text("a"), "theirs");
     service.onRequest = [](const QString& method, const QString&) {
         if (method == Text("GET")) {
@@ -89,7 +89,7 @@ TEST_F(OneWayPassTest, WhatCouldNotBeFetchedIsFetchedByTheNextPullThoughNobodyTe
 }
 
 TEST_F(OneWayPassTest, WhatIsKeptAfterItsDeletionThereIsToldByEveryPull) {
-    Begin({"a", "b"});
+    BeginOneWay({"a", "b"});
     service.Remove(Text("a"));
     for (int pull = 0; pull < 3; ++pull) {
         EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
@@ -101,7 +101,7 @@ TEST_F(OneWayPassTest, WhatIsKeptAfterItsDeletionThereIsToldByEveryPull) {
 }
 
 TEST_F(OneWayPassTest, APushSendsWhatChangedWithoutAListing) {
-    Begin({"a", "f/b", "gone"});
+    BeginOneWay({"a", "f/b", "gone"});
     Write("f/b", "mine");
     Write("new/c", "new");
     Remove("gone");
@@ -112,7 +112,7 @@ TEST_F(OneWayPassTest, APushSendsWhatChangedWithoutAListing) {
 }
 
 TEST_F(OneWayPassTest, WhatIsNewerThereIsToldByEveryPushAndNeverOverwritten) {
-    Begin({"a", "b"});
+    BeginOneWay({"a", "b"});
     service.Put(Text("a"), "theirs");
     for (int push = 0; push < 3; ++push) {
         Push();
@@ -126,7 +126,7 @@ TEST_F(OneWayPassTest, WhatIsNewerThereIsToldByEveryPushAndNeverOverwritten) {
 }
 
 TEST_F(OneWayPassTest, WhatOnlyTheServiceHasIsNeverOverwrittenByAPush) {
-    Begin({"a"});
+    BeginOneWay({"a"});
     service.Put(Text("x"), "theirs");
     for (int push = 0; push < 3; ++push) {
         EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -138,7 +138,7 @@ TEST_F(OneWayPassTest, WhatOnlyTheServiceHasIsNeverOverwrittenByAPush) {
 }
 
 TEST_F(OneWayPassTest, NoPassHidesAChangeFromOneOfAnotherDirection) {
-    Begin({"a", "b"});
+    BeginOneWay({"a", "b"});
     ASSERT_EQ(Sync(), SyncOutcome::InStep);
     service.Put(Text("a"), "theirs");
     Push();

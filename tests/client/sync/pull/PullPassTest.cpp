@@ -24,11 +24,8 @@ using testing::HasSubstr;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-/// With a service that is asked for everything, and with one that tells what changed.
-class PullPassTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
+class PullPassTest : public tests::EitherServiceTest {
 protected:
-    PullPassTest() { service.tellsChanges = GetParam(); }
-
     /// A synced file "a" of the content "1".
     void PullOne() {
         service.Put(Text("a"), "1");

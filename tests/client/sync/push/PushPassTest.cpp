@@ -19,26 +19,13 @@ using sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-/// With a service that is asked for everything, and with one that tells what changed.
-class PushPassTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
+class PushPassTest : public tests::EitherServiceTest {
 protected:
-    PushPassTest() { service.tellsChanges = GetParam(); }
-
     /// A synced file "a" of the content "1".
     void PushOne() {
         Write("a", "1");
         ASSERT_EQ(Push(), SyncOutcome::InStep);
         service.ForgetCounts();
-    }
-
-    /// Right before the first request of `method`, once, `happens`.
-    void Before(const char* method, const std::function<void()>& happens) {
-        service.onRequest = [method, happens, isOver = false](const QString& met, const QString&) mutable {
-            if (!isOver && met == Text(method)) {
-                isOver = true;
-                happens();
-            }
-        };
     }
 };
 
@@ -137,7 +124,7 @@ TEST_P(PushPassTest, AChangeOnTheServiceAtAnyMomentBeforeTheContentIsStoredIsACo
         service.Put(Text("a"), moment);
         ASSERT_EQ(Push(), SyncOutcome::InStep);
         Write("a", "mine");
-        Before(moment, [this] { service.Put(Text("a"), "theirs"); });
+        BeforeRequest(moment, [this] { service.Put(Text("a"), "theirs"); });
         EXPECT_EQ(Push(), SyncOutcome::LeftSome) << moment;
         EXPECT_EQ(Told(), QStringList(Text("Conflict a"))) << moment;
         EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs")) << moment;
@@ -148,7 +135,7 @@ TEST_P(PushPassTest, AChangeOnTheServiceAtAnyMomentBeforeTheContentIsStoredIsACo
 
 TEST_P(PushPassTest, AFileThatIsMadeOnTheServiceMeanwhileIsAConflict) {
     Write("a", "mine");
-    Before("PUT", [this] { service.Put(Text("a"), "theirs"); });
+    BeforeRequest("PUT", [this] { service.Put(Text("a"), "theirs"); });
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
@@ -161,7 +148,7 @@ TEST_P(PushPassTest, WhatIsSomethingElseRightAfterItWasSentIsAConflict) {
         service.isPlain = isPlain;
         const char* const name = isPlain ? "b" : "a";
         Write(name, "mine");
-        Before("SENT", [this, name] { service.Put(Text(name), "theirs, longer"); });
+        BeforeRequest("SENT", [this, name] { service.Put(Text(name), "theirs, longer"); });
         EXPECT_EQ(Push(), SyncOutcome::LeftSome);
         EXPECT_EQ(Told(), QStringList({Text("Conflict ") + QLatin1String(name)}));
         EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
@@ -176,7 +163,7 @@ TEST_P(PushPassTest, AnUploadThatTheServiceOnlySeemedToStoreIsAConflict) {
     ASSERT_EQ(Push(), SyncOutcome::InStep);
     for (const char* changed : {"2", "longer"}) {
         Write("a", changed);
-        Before("SENT", [this] { service.Put(Text("a"), "1"); });
+        BeforeRequest("SENT", [this] { service.Put(Text("a"), "1"); });
         EXPECT_EQ(Push(), SyncOutcome::LeftSome);
         EXPECT_EQ(Told(), QStringList({Text("Conflict a")}));
         EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
@@ -188,7 +175,7 @@ TEST_P(PushPassTest, AnUploadThatTheServiceOnlySeemedToStoreIsAConflict) {
 
 TEST_P(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
     Write("a", "1");
-    Before("SENT", [this] { Write("a", "22"); });
+    BeforeRequest("SENT", [this] { Write("a", "22"); });
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList({Text("Refused a"), Text("Sent a")}));
     EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -198,7 +185,7 @@ TEST_P(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
 TEST_P(PushPassTest, AFileThatGrowsOrShrinksWhileItIsSentIsSentAgain) {
     for (const char* content : {"4444", "1"}) {
         Write("a", "333");
-        Before("PUT", [this, content] { Write("a", content); });
+        BeforeRequest("PUT", [this, content] { Write("a", content); });
         EXPECT_EQ(Push(), SyncOutcome::LeftSome);
         EXPECT_EQ(Told(), QStringList(Text("Refused a")));
         EXPECT_EQ(Push(), SyncOutcome::InStep);
@@ -352,7 +339,7 @@ TEST_P(PushPassTest, AFolderThatWasInStepIsNotMadeAgain) {
 
 TEST_P(PushPassTest, AnUploadWithoutAnAnswerIsFoundOutByTheNextPush) {
     Write("a", "1");
-    Before("SENT", [] { throw TransactionError("PUT", QUrl(), Text("reset"), {}); });
+    BeforeRequest("SENT", [] { throw TransactionError("PUT", QUrl(), Text("reset"), {}); });
     EXPECT_EQ(Push(), SyncOutcome::Failed);
     EXPECT_EQ(service.Content(Text("a")), QByteArray("1"));
     EXPECT_EQ(Push(), SyncOutcome::InStep);
