@@ -63,5 +63,11 @@ void LastState::Record(store::RecordDatabase& records) const {
     }
 }
 
+void LastState::Forget(store::RecordDatabase& records) {
+    for (const Direction direction : {Direction::Pull, Direction::Push, Direction::Both}) {
+        records.WriteSetting(SettingOf(direction), QString());
+    }
+}
+
 }  // namespace part
 }  // namespace ovsync

@@ -35,6 +35,9 @@ public:
     static LastState Of(store::RecordDatabase& records, plan::Direction direction, const QString& excluded);
     /// Writes nothing when that is recorded already.
     void Record(store::RecordDatabase& records) const;
+    /// To be called when records are moved: what the service told of before was of their old places, and a pass that
+    /// breaks off afterwards would leave a state since which it is not told again.
+    static void Forget(store::RecordDatabase& records);
 
 private:
     plan::Direction _direction;

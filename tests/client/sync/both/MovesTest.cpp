@@ -251,6 +251,32 @@ TEST_P(MovesTest, AConflictMovesWithItsFile) {
     EXPECT_EQ(service.Contents().size(), 2U);
 }
 
+TEST_P(MovesTest, WhatWasDeletedInAMovedFolderGoesAlsoAfterAPassThatBrokeOffRightAfterTheMove) {
+    for (const bool isMovedHere : {false, true}) {
+        Begin({"f/n/x", "f/y", "stays"});
+        if (isMovedHere) {
+            Rename("f", "g");
+        }
+        service.Remove(Text("f/n"));
+        if (!isMovedHere) {
+            service.Move(Text("f"), Text("g"));
+        }
+        service.Put(Text("new"), "1");
+        service.onRequest = [this](const QString& method, const QString&) { isStopped = method == Text("GET"); };
+        EXPECT_EQ(Sync(), SyncOutcome::Cancelled);
+        isStopped = false;
+        service.onRequest = nullptr;
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(Contents(), Files({{Text("g/y"), "1 of f/y"}, {Text("new"), "1"}, {Text("stays"), "1 of stays"}}));
+        ExpectInStep();
+        for (const char* path : {"g/y", "new"}) {
+            Remove(path);
+        }
+        ASSERT_TRUE(QDir(Path("g")).removeRecursively());
+        ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(TellsChanges, MovesTest, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace
