@@ -46,8 +46,8 @@ void AccountConnection::Execute(const QList<Request>& requests, const Completion
     }
 }
 
-QString AccountConnection::LastAnswer() const {
-    return _connection.LastAnswer().Text();
+const wire::AnswerSummary& AccountConnection::LastAnswer() const {
+    return _connection.LastAnswer();
 }
 
 void AccountConnection::_Perform(IHttpRequest& request, HttpTransaction& transaction) {

@@ -63,6 +63,24 @@ TEST_F(PartialPassTest, AChangedFileIsSentWithoutAListing) {
     ExpectInStep();
 }
 
+TEST_F(PartialPassTest, WhatIsGoneBeforeItIsReadIsSeenToByTheNextPassWithoutAListing) {
+    Begin({"a", "f/b"});
+    Write("f/b", "mine");
+    Write("new", "mine, too");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (operation == std::string("Open") && path != Text("a")) {
+            QFile::remove(folder.filePath(path));
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
+    tree.before = nullptr;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(HasListed());
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "1 of a"}}));
+    ExpectInStep();
+}
+
 TEST_F(PartialPassTest, AFileThatChangedThereSinceIsNotOverwritten) {
     Begin({"a", "f/b"});
     Write("f/b", "mine");

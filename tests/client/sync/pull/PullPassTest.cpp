@@ -267,9 +267,14 @@ TEST_P(PullPassTest, ContentThatIsNotWhatTheServiceDescribesIsNotPlaced) {
     service.contentInstead = "x";
     EXPECT_EQ(Pull(), SyncOutcome::Failed);
     EXPECT_EQ(Told(), QStringList(Text("Failed a")));
+    EXPECT_EQ(Details().first(),
+              Text("what came is not the file that the service lists: it has the MD5 "
+                   "9dd4e461268c8034f5c8564e155c67a6 in place of c81e728d9d4c2f636f067f89cc14862c. Nothing was changed "
+                   "here; the next pass fetches it again"));
     EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
     service.contentInstead = "<html>";
     EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr(": 6 bytes in place of 1. Nothing was changed here"));
     EXPECT_EQ(Contents(), Files({{Text("a"), "1"}}));
     service.contentInstead = QByteArray();
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
@@ -282,14 +287,40 @@ TEST_P(PullPassTest, ContentBeyondTheListedSizeIsBrokenOff) {
     service.isWithoutSizes = true;
     EXPECT_EQ(Pull(), SyncOutcome::Failed);
     EXPECT_EQ(Told(), QStringList(Text("Failed a")));
-    EXPECT_THAT(Details().first().toStdString(), HasSubstr("at least 65000 bytes, so that it was broken off, in place "
-                                                           "of 2 bytes"));
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr(": more than 65000 bytes in place of 2, the rest of which "
+                                                           "was not waited for. Nothing was"));
     EXPECT_EQ(Contents(), Files());
     EXPECT_FALSE(HasTemporaryFiles());
     // Not a byte of it is taken where its size tells.
     service.isWithoutSizes = false;
     EXPECT_EQ(Pull(), SyncOutcome::Failed);
-    EXPECT_THAT(Details().first().toStdString(), HasSubstr("at least 1000000 bytes, so that it was broken off"));
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr(": more than 1000000 bytes in place of 2, the rest"));
+}
+
+TEST_P(PullPassTest, AFileThatChangesFasterThanItCanBeFetchedIsToldOf) {
+    service.Put(Text("a"), "1");
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("GET")) {
+            service.Put(Text("a"), service.Content(Text("a")) + "1");
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_EQ(Details().first(),
+              Text("it changes on the service faster than it can be fetched. Nothing was changed here; "
+                   "the next pass fetches it again"));
+    service.onRequest = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), service.Content(Text("a")));
+}
+
+TEST_P(PullPassTest, WhatHasAnotherDateThanTheListingIsToldOf) {
+    service.isPlain = true;
+    service.secondsAheadOfListings = 60;
+    service.Put(Text("a"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::Failed);
+    EXPECT_THAT(Details().first().toStdString(), testing::MatchesRegex(".*: it was changed at 2023-[0-9T:-]+Z in place "
+                                                                       "of 2023-[0-9T:-]+Z\\. Nothing was changed.*"));
+    EXPECT_EQ(Contents(), Files());
 }
 
 TEST_P(PullPassTest, AFileThatGrowsAfterItWasListedIsFetchedAgain) {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDir>
 #include <QFile>
 
 #include "client/wire/TransactionError.h"
@@ -180,6 +181,50 @@ TEST_P(PushPassTest, AFileThatIsWrittenWhileItIsSentIsSentAgain) {
     EXPECT_EQ(Told(), QStringList({Text("Refused a"), Text("Sent a")}));
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(service.Content(Text("a")), QByteArray("22"));
+}
+
+TEST_P(PushPassTest, AFileThatIsGoneBeforeItIsReadIsLeftToTheNextPassAndNotToAnybody) {
+    Write("f/b", "1");
+    PushOne();
+    Write("a", "2");
+    Write("f/b", "2");
+    Write("f/new", "3");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (operation == std::string("Open") && path != Text("a")) {
+            QDir(Path("f")).removeRecursively();
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("Sent a")));
+    tree.before = nullptr;
+    options.deletes = true;
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "2"}}));
+}
+
+TEST_P(PushPassTest, OneThatIsSomethingElseByThenIsNoFailureEither) {
+    Write("folder", "1");
+    Write("link", "1");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (operation == std::string("Open")) {
+            ASSERT_TRUE(QFile::remove(folder.filePath(path)));
+            ASSERT_TRUE(path == Text("link") ? QFile::link(Text("/"), folder.filePath(path))
+                                             : QDir().mkdir(folder.filePath(path)));
+        }
+    };
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
+}
+
+TEST_P(PushPassTest, AFileThatGoesWhileItIsSentIsLeftToTheNextPass) {
+    Write("a", "1");
+    BeforeRequest("PUT", [this] { Remove("a"); });
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), QStringList(Text("Sent a")));
+    options.deletes = true;
+    options.deletionLimit = *ovsync::pass::DeletionLimit::Read(Text("1"));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_TRUE(service.Contents().empty());
 }
 
 TEST_P(PushPassTest, AFileThatGrowsOrShrinksWhileItIsSentIsSentAgain) {
