@@ -38,6 +38,13 @@ struct HttpStatus {
     static constexpr int ServiceUnavailable = 503;
     static constexpr int GatewayTimeout = 504;
     static constexpr int InsufficientStorage = 507;
+
+    /// Whether a question that was refused so may have another answer the next time.
+    static constexpr bool IsPassing(int status) {
+        return status == Unauthorized || status == ProxyAuthenticationRequired || status == NotFound ||
+               status == Gone || status == Locked || status == TooManyRequests ||
+               (status >= InternalServerError && status != NotImplemented);
+    }
 };
 
 }  // namespace wire

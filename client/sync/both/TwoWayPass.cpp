@@ -107,6 +107,9 @@ void TwoWayPass::_SyncWhole(LocalSnapshot snapshot, bool asksForState) {
         _state.Record(_sides.records);
         return;
     }
+    if (!_state.there.isEmpty()) {
+        _state.there = _sides.service.changes->Listed(_state.there);
+    }
     _Join(snapshot, listing);
     _pass.EndListing(listing);
     _Record(snapshot, *listing.tree);
