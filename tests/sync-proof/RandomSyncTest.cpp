@@ -232,7 +232,8 @@ TEST_P(RandomSyncTest, LosesNothingAndLeavesAllSidesEqual) {
 }
 
 INSTANTIATE_TEST_SUITE_P(On, RandomSyncTest,
-                         testing::Values(ServerKind::StandIn, ServerKind::Apache, ServerKind::Rclone),
+                         testing::Values(ServerKind::StandIn, ServerKind::Apache, ServerKind::Rclone,
+                                         ServerKind::SabreTags),
                          testing::PrintToStringParamName());
 
 }  // namespace
