@@ -8,7 +8,6 @@
 namespace ovsync {
 namespace changes {
 
-using requests::AccountConnection;
 using requests::ServerKind;
 using sync::http::DAVPropfindResult;
 using wire::HttpStatus;
