@@ -318,9 +318,9 @@ public:
     std::optional<QString> StateNow() override {
         _service._Meet("TOKEN", QString());
         const Lock lock(_service._mutex);
-        return _service.tellsChanges ? Text("state %1").arg(_service._sequence) : QString();
+        return _service.tellsChanges ? Text("unlisted state %1").arg(_service._sequence) : QString();
     }
-    QString Listed(const QString& state) override { return state; }
+    QString Listed(const QString& state) override { return QString(state).remove(Text("unlisted ")); }
     void Ask(const QString& state) override { _state = state; }
     ServiceChanges Take() override {
         _service._Meet("REPORT", QString());
