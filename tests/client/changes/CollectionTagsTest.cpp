@@ -7,6 +7,7 @@
 
 #include "client/library/ServiceConnection.h"
 #include "client/wire/TransactionError.h"
+#include "host/http/HttpException.h"
 #include "tests/client/requests/ScriptedAnswers.h"
 #include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/Printers.h"
@@ -50,16 +51,20 @@ protected:
         const auto source = connection.NewChangeSource(Tagged);
         std::optional<QString> state = source->StateNow();
         if (state && !state->isEmpty()) {
-            ::sync::config::FolderConfiguration folder = connection.Folder(Tagged);
-            std::shared_ptr<QVector<::sync::config::FolderConfiguration>> folders;
-            std::shared_ptr<QVector<::sync::config::FileConfiguration>> files;
-            EXPECT_EQ(connection.Folders().GetAllFilesAndSubFoldersByFolder(folder, folders, files), 0);
+            ListAll(connection);
             state = source->Listed(*state);
         }
         server.Stop();
         EXPECT_TRUE(server.SawItsScript());
         requests = server.Requests();
         return state;
+    }
+
+    static void ListAll(ServiceConnection& connection) {
+        ::sync::config::FolderConfiguration folder = connection.Folder(Tagged);
+        std::shared_ptr<QVector<::sync::config::FolderConfiguration>> folders;
+        std::shared_ptr<QVector<::sync::config::FileConfiguration>> files;
+        EXPECT_EQ(connection.Folders().GetAllFilesAndSubFoldersByFolder(folder, folders, files), 0);
     }
 
     std::optional<QString> StateNow(const char* answer) { return Listed({{"0 /Projects/A/", {answer}}}); }
@@ -174,19 +179,15 @@ TEST_F(CollectionTagsTest, WhatWasFoundIsKnownTheNextTimeAndWhatWasNotListedStay
     const QString first = *Listed();
     const QString second = Changes(first, ChangedDeep).state;
     EXPECT_EQ(Changes(second, {{"0 /Projects/A/", {"tags/now-changed-207"}}}).state, second);
-    // As a new state of the root alone: nothing below it is listed.
+    // Nothing below the root is listed, and then B, but not what lies in it.
     const ServiceChanges third =
         Changes(second, {{"0 /Projects/A/", {"tags/now-207"}}, {"1 /Projects/A/", {"tags/root-changed-207"}}});
     EXPECT_EQ(WholeOf(third), Paths({"Projects/A"}));
-    const ServiceChanges fourth = Changes(third.state, With(ChangedDeep, {{"1 /Projects/A/", {"tags/root-207"}},
-                                                                          {"1 /Projects/A/B/", {"tags/b-207"}},
-                                                                          {"1 /Projects/A/B/D%20d/", {"tags/d-207"}}}));
-    EXPECT_EQ(WholeOf(fourth), Paths({"Projects/A", "Projects/A/B", "Projects/A/B/D d"}));
-    // What lies below a folder that was not listed was carried along.
-    const ServiceChanges fifth = Changes(fourth.state, {{"0 /Projects/A/", {"tags/now-207"}},
-                                                        {"1 /Projects/A/", {"tags/root-changed-207"}},
-                                                        {"1 /Projects/A/B/", {"tags/b-207"}}});
-    EXPECT_EQ(WholeOf(fifth), Paths({"Projects/A", "Projects/A/B"}));
+    const ServiceChanges fourth = Changes(third.state, {{"0 /Projects/A/", {"tags/now-changed-207"}},
+                                                        {"1 /Projects/A/", {"tags/root-207"}},
+                                                        {"1 /Projects/A/B/", {"tags/b-changed-207"}}});
+    EXPECT_EQ(WholeOf(fourth), Paths({"Projects/A", "Projects/A/B"}));
+    EXPECT_EQ(FoldersOf(fourth), Paths({"Projects/A/B", "Projects/A/B/D d", "Projects/A/C"}));
 }
 
 TEST_F(CollectionTagsTest, WhatIsGoneIsToldByWhatTheFolderHasLeft) {
@@ -241,6 +242,23 @@ TEST_F(CollectionTagsTest, TheFirstTagOfAFolderThatIsListedTwiceCounts) {
                             {"1 /Projects/A/B/", {"tags/b-207"}}});
         EXPECT_EQ(WholeOf(changes), Paths({"Projects/A", "Projects/A/B"})) << first;
     }
+}
+
+TEST_F(CollectionTagsTest, TheTagsOfAListingThatFailedDoNotCount) {
+    const Script now = With(ChangedDeep, {{"1 /Projects/A/C/", {"tags/c-207"}}});
+    ScriptedServer server(
+        StepsOf(With(now, {{"0 /Projects/A/", {"tags/now-207", "tags/now-changed-207"}},
+                           {"1 /Projects/A/", {"tags/root-without-most-207", "tags/root-changed-207"}},
+                           {"1 /Projects/A/B/", {"statuses/broken-500", "tags/b-changed-207"}}})));
+    ServiceConnection connection(server.Url(QString()));
+    const auto source = connection.NewChangeSource(Tagged);
+    source->StateNow();
+    EXPECT_THROW(ListAll(connection), ::sync::http::HttpException);
+    const std::optional<QString> state = source->StateNow();
+    ListAll(connection);
+    EXPECT_EQ(source->Listed(*state), *Listed(now));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
 }
 
 TEST_F(CollectionTagsTest, AFolderThatGoesMeanwhileIsNotTold) {
@@ -319,7 +337,9 @@ TEST_F(CollectionTagsTest, AStateIsNeverAskedWithInTheOtherWay) {
     Changes(state, {{"0 /Projects/A/", {"tags/now-with-report-207"}}});
     EXPECT_EQ(requests[0].method, QByteArray("PROPFIND"));
     // What nobody wrote so is no state.
-    EXPECT_EQ(Changes(QStringLiteral(" {}"), {{"0 /Projects/A/", {"tags/now-207"}}}).answer, Answer::Forgotten);
+    for (const char* answer : {"tags/now-207", "tags/now-without-tag-207"}) {
+        EXPECT_EQ(Changes(QStringLiteral(" {}"), {{"0 /Projects/A/", {answer}}}).answer, Answer::Forgotten) << answer;
+    }
 }
 
 TEST_F(CollectionTagsTest, AServerThatReportsIsNotAskedForTags) {

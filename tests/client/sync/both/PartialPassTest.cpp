@@ -510,6 +510,16 @@ TEST_P(PartialPassTest, AFolderThatNobodyKnowsHasToBeToldWhole) {
     EXPECT_EQ(Contents(), service.Contents());
 }
 
+TEST_P(PartialPassTest, AnExcludedFolderNeedNotBeKnown) {
+    options.exclusion = Exclusion(QStringList(Text("x/")));
+    service.Put(Text("x/y"), "1");
+    Begin({"a"});
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(HasListed());
+    EXPECT_EQ(Contents(), Files({{Text("a"), "2"}}));
+}
+
 INSTANTIATE_TEST_SUITE_P(Tells, PartialPassTest, testing::Bool(), [](const auto& suite) {
     return suite.param ? std::string("WholeFolders") : std::string("Changes");
 });
