@@ -78,7 +78,9 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
     try {
         result = ResultOf(_Sync(isStopped, observer, changedHere));
     } catch (const std::exception& e) {
-        result.error = ErrorText(ContextOf(_folder, _credentials)).Of(std::current_exception()).text;
+        ErrorText::Context context = ContextOf(_folder, _credentials);
+        context.lastAnswer = [this] { return _connection ? _connection->LastAnswer() : wire::AnswerSummary(); };
+        result.error = ErrorText(context).Of(std::current_exception()).text;
         const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
         if (answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized) {
             result.end = PassResult::End::Rejected;

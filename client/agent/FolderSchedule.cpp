@@ -27,6 +27,11 @@ void FolderSchedule::NoteChange(Time now) {
     _lastChange = now;
 }
 
+void FolderSchedule::NoteAccess(Time now) {
+    NoteChange(now);
+    _failures = 0;
+}
+
 void FolderSchedule::BeginPass() {
     _firstChange.reset();
 }

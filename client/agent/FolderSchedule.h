@@ -39,6 +39,9 @@ public:
 
     /// Something changed in the folder, maybe while a pass is going on.
     void NoteChange(Time now);
+    /// Who may read or write in the folder changed, which may be why passes failed: as NoteChange, and forgets
+    /// failures.
+    void NoteAccess(Time now);
     /// The pass that begins sees every change that was noted.
     void BeginPass();
     void EndPass(Time now, End end);

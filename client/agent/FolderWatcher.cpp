@@ -22,7 +22,7 @@ namespace agent {
 namespace {
 
 const uint32_t FolderEvents =
-    IN_CREATE | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ONLYDIR | IN_EXCL_UNLINK;
+    IN_CREATE | IN_CLOSE_WRITE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB | IN_ONLYDIR | IN_EXCL_UNLINK;
 
 /// Beyond that it is no more work to look at everything.
 const int MostPaths = 100000;
@@ -83,6 +83,7 @@ void FolderWatcher::Watch() {
 
 bool FolderWatcher::TakeChanges() {
     bool isConcerned = false;
+    _isAccessChanged = false;
     alignas(inotify_event) char buffer[16 * 1024];
     while (_descriptor >= 0) {
         const ssize_t size = read(_descriptor, buffer, sizeof(buffer));
@@ -119,10 +120,18 @@ bool FolderWatcher::_IsConcernedBy(const inotify_event& event, const QByteArray&
         _folders.remove(event.wd);
         return false;
     }
-    if (!_folders.contains(event.wd) || name.isEmpty()) {
+    const bool isOfAttributes = (event.mask & IN_ATTRIB) != 0;
+    const bool isOfFolder = (event.mask & IN_ISDIR) != 0;
+    // What must not be read or written now may concern everything in it. Of the other folders those above tell.
+    if (event.wd == _rootWatch && isOfAttributes && isOfFolder && name.isEmpty()) {
+        _isAccessChanged = true;
+        _paths.reset();
+        return true;
+    }
+    if (!_folders.contains(event.wd) || name.isEmpty() || (isOfAttributes && !isOfFolder)) {
         return false;
     }
-    if ((event.mask & IN_ISDIR) != 0) {
+    if (isOfFolder) {
         if (_IsLeftAlone(event.wd, name)) {
             return false;
         }
@@ -131,6 +140,9 @@ bool FolderWatcher::_IsConcernedBy(const inotify_event& event, const QByteArray&
             _ForgetTree(event.wd, name);
         } else if ((event.mask & (IN_CREATE | IN_MOVED_TO)) != 0) {
             _WatchTree(event.wd, name);
+        } else if (isOfAttributes) {
+            _isAccessChanged = true;
+            _WatchReadable(event.wd, name);
         }
         return true;
     }
@@ -218,6 +230,14 @@ int FolderWatcher::_WatchFolder(int parent, const QByteArray& name) {
     }
     // Any other folder is gone again, or must not be read, which passes tell of.
     return -1;
+}
+
+void FolderWatcher::_WatchReadable(int parent, const QByteArray& name) {
+    const int watched = _folders.size();
+    _WatchFolder(parent, name);
+    if (_folders.size() > watched) {
+        _WatchTree(parent, name);
+    }
 }
 
 void FolderWatcher::_ForgetTree(int parent, const QByteArray& name) {

@@ -33,6 +33,9 @@ public:
     /// it is not watched any more.
     bool TakeChanges();
 
+    /// Whether among what TakeChanges took last somebody changed who may read or write in a folder.
+    bool IsAccessChanged() const { return _isAccessChanged; }
+
     /// The paths of what TakeChanges took since this was called last: of files, and of folders with all that lies in
     /// them. None when it may be anything: the first time, and when events were lost or nothing was watched.
     std::optional<QSet<QString>> HandOutPaths();
@@ -57,6 +60,8 @@ private:
     void _WatchTree(int parent, const QByteArray& name);
     /// -1 when the folder cannot be watched.
     int _WatchFolder(int parent, const QByteArray& name);
+    /// As _WatchTree, unless the folder is watched already.
+    void _WatchReadable(int parent, const QByteArray& name);
     void _ForgetTree(int parent, const QByteArray& name);
     void _Forget(int watch);
     bool _IsLeftAlone(int parent, const QByteArray& folder) const;
@@ -74,6 +79,7 @@ private:
     int _stops = 0;
     QString _problem;
     QHash<int, Folder> _folders;
+    bool _isAccessChanged = false;
     /// What changed; none when that may be anything.
     std::optional<QSet<QString>> _paths;
 };

@@ -57,6 +57,7 @@ output::ErrorText ErrorTextOf(const input::Location& location) {
     context.server = location.Server();
     context.path = location.serverPath;
     context.thing = QStringLiteral("file or folder");
+    context.isWriting = true;
     return output::ErrorText(context);
 }
 
@@ -140,7 +141,11 @@ void FolderWorker::_Sleep(std::optional<FolderSchedule::Time> until) {
     Drain(_wakeUp);
     Drain(_alarm);
     if (_watcher.TakeChanges()) {
-        _schedule.NoteChange(Now());
+        if (_watcher.IsAccessChanged()) {
+            _schedule.NoteAccess(Now());
+        } else {
+            _schedule.NoteChange(Now());
+        }
         _Tell([due = _schedule.Due()](FolderStatus& status) {
             if (due) {
                 status.nextPass = QDateTime::currentDateTimeUtc().addMSecs((*due - Now()).count());

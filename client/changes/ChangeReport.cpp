@@ -99,7 +99,7 @@ void ChangeReport::OnEnd() {
     _newToken = _reader->SyncToken();
     _reader.reset();
     if (_newToken.isEmpty()) {
-        throw SyncException(QStringLiteral("the report has no sync-token"));
+        throw SyncException(QStringLiteral("the report does not say which state it tells of"));
     }
 }
 

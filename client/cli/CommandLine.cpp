@@ -49,6 +49,7 @@
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/ServiceFolder.h"
+#include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 
@@ -71,6 +72,7 @@ using output::ExitCode;
 using output::LoggedErrors;
 using output::Output;
 using output::ShownInErrors;
+using wire::HttpStatus;
 using wire::TransactionError;
 
 namespace {
@@ -100,8 +102,11 @@ ExitCode ExitCodeOf(const std::exception& error) {
         return ExitCode::WrongUsage;
     }
     if (dynamic_cast<const Refusal*>(&error) != nullptr || dynamic_cast<const local::LocalError*>(&error) != nullptr ||
-        dynamic_cast<const store::StoreError*>(&error) != nullptr ||
-        dynamic_cast<const HttpException*>(&error) != nullptr) {
+        dynamic_cast<const store::StoreError*>(&error) != nullptr) {
+        return ExitCode::Refused;
+    }
+    const auto* const answer = dynamic_cast<const HttpException*>(&error);
+    if (answer != nullptr && HttpStatus::IsRefusal(answer->StatusCode())) {
         return ExitCode::Refused;
     }
     const auto* const failure = dynamic_cast<const TransactionError*>(&error);
@@ -203,6 +208,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         context.path = location.serverPath;
         context.user = credentials.user();
         context.isWriting = registry.Writes();
+        context.lastAnswer = [&connection] { return connection ? connection->LastAnswer() : wire::AnswerSummary(); };
         if (registry.TakesFiles()) {
             context.thing = QStringLiteral("file or folder");
         }
@@ -212,12 +218,6 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         return exitCode;
     } catch (const std::exception& e) {
         ErrorMessage message = ErrorText(context).Of(std::current_exception());
-        const bool isLastAnswer =
-            connection && connection->LastAnswer().startsWith(QStringLiteral("status %1,").arg(message.status));
-        if (isLastAnswer && dynamic_cast<const HttpException*>(&e) != nullptr) {
-            // The library knows the status alone.
-            message.detail += QStringLiteral(" The answer was ") + connection->LastAnswer();
-        }
         const ExitCode exitCode = ExitCodeOf(e);
         if (exitCode == ExitCode::WrongUsage) {
             message.kind = "usage";

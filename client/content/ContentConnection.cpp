@@ -3,10 +3,10 @@
 #include "client/content/ContentDownload.h"
 #include "client/content/ContentUpload.h"
 #include "client/content/ResourceChange.h"
+#include "client/wire/AnswerError.h"
 #include "client/wire/DateReader.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
-#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace content {
@@ -158,10 +158,9 @@ void ContentConnection::_Perform(ContentTransaction& transaction) {
 }
 
 void ContentConnection::_ThrowRefusal(const ContentTransaction& transaction) const {
-    const int status = transaction.StatusCode();
-    const TransactionError error(transaction.Method(), transaction.Url(),
-                                 QStringLiteral("the service answered with %1").arg(status), _session.LastAnswer());
-    throw sync::http::HttpException(error.Message(), status, transaction.Url());
+    throw wire::AnswerError(transaction.Method(), transaction.Url(),
+                            QStringLiteral("the service answered with %1").arg(transaction.StatusCode()),
+                            _session.LastAnswer());
 }
 
 }  // namespace content

@@ -1,8 +1,7 @@
 #include "client/content/ResourceConnection.h"
 
+#include "client/wire/AnswerError.h"
 #include "client/wire/HttpStatus.h"
-#include "client/wire/TransactionError.h"
-#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace content {
@@ -10,7 +9,6 @@ namespace content {
 using wire::ConnectionSettings;
 using wire::HttpStatus;
 using wire::HttpTransaction;
-using wire::TransactionError;
 
 ResourceConnection::ResourceConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
     : _session(settings, credentials) {}
@@ -44,10 +42,8 @@ void ResourceConnection::_Perform(ResourceChange change) {
         case HttpStatus::NoContent:
             return;
         default:
-            const TransactionError error(change.Method(), change.Url(),
-                                         QStringLiteral("the service answered with %1").arg(status),
-                                         _session.LastAnswer());
-            throw sync::http::HttpException(error.Message(), status, change.Url());
+            throw wire::AnswerError(change.Method(), change.Url(),
+                                    QStringLiteral("the service answered with %1").arg(status), _session.LastAnswer());
     }
 }
 

@@ -13,6 +13,7 @@
 
 #include "client/cli/input/UsageError.h"
 #include "client/sync/local/Exclusion.h"
+#include "client/sync/local/PathNames.h"
 
 namespace ovsync {
 namespace folders {
@@ -123,7 +124,13 @@ private:
         return static_cast<int>(*number);
     }
 
-    void _ReadPath(const toml::node& node, SyncedFolder& folder) { folder.directory = _Path(PathKey, node); }
+    void _ReadPath(const toml::node& node, SyncedFolder& folder) {
+        folder.directory = _Path(PathKey, node);
+        const QString reason = local::ReasonAgainstRoot(folder.directory);
+        if (!reason.isEmpty()) {
+            _Complain(LineOf(node), QStringLiteral("the folder cannot be synced: ") + reason);
+        }
+    }
 
     void _ReadUrl(const toml::node& node, SyncedFolder& folder) {
         const QString url = _Text(UrlKey, node);

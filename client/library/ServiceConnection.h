@@ -125,8 +125,8 @@ public:
     /// Ends what the library asks at this moment, and what it asks later, with a TransactionError.
     void Cancel() { _connection->Cancel(); }
 
-    /// One line on what the server answered last.
-    QString LastAnswer() const { return _configAnswer.isEmpty() ? _connection->LastAnswer() : _configAnswer; }
+    /// What the server answered last.
+    const wire::AnswerSummary& LastAnswer() const { return _configAnswer ? *_configAnswer : _connection->LastAnswer(); }
 
 private:
     class Configuration;
@@ -146,7 +146,7 @@ private:
     std::shared_ptr<requests::AccountConnection> _connection;
     std::shared_ptr<sync::interf::IUrlBuilder> _urlBuilder;
     std::shared_ptr<NetworkAccessManagerFactory> _networkAccess;
-    QString _configAnswer;
+    std::optional<wire::AnswerSummary> _configAnswer;
     std::shared_ptr<Configuration> _configuration;
     std::unique_ptr<ThreadConfiguration> _ofThread;
     std::shared_ptr<ListedFiles> _files;

@@ -83,7 +83,7 @@ bool SurvivesAsText(const std::string& bytes) {
 
 void RefuseDots(const char* segment, size_t size) {
     if ((size == 1 && segment[0] == '.') || (size == 2 && segment[0] == '.' && segment[1] == '.')) {
-        throw SyncException(QStringLiteral("it has a '.' or '..' segment"));
+        throw SyncException(QStringLiteral("it has a '.' or '..' in it"));
     }
 }
 

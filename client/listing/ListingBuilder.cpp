@@ -118,12 +118,12 @@ ListingBuilder::ListingBuilder(const QUrl& asked, const ListingLimits& limits, c
 void ListingBuilder::Add(const MultistatusEntry& entry) {
     const std::string_view href = Trimmed(entry.Href());
     if (href.empty() && _scope == HrefScope::Any) {
-        throw SyncException(QStringLiteral("an entry has an empty href"));
+        throw SyncException(QStringLiteral("an entry has an empty path"));
     }
     try {
         _href.Read(href.data(), href.size());
     } catch (const SyncException& reason) {
-        entry.Fail(QLatin1String("has an href that cannot be taken: ") + reason.Message());
+        entry.Fail(QLatin1String("has a path that cannot be taken: ") + reason.Message());
     }
     const std::string& key = _href.Key();
     if (_scope == HrefScope::Any && !_hasOwn) {

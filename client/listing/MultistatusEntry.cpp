@@ -122,7 +122,7 @@ void MultistatusEntry::StartValue() {
 
 void MultistatusEntry::Append(const char* text, size_t size) {
     if (_text.size() - _valueStart + size > _valueLimit) {
-        Fail(QStringLiteral("has an href or a value above %1 bytes").arg(_valueLimit));
+        Fail(QStringLiteral("has a path or a value above %1 bytes").arg(_valueLimit));
     }
     if (_text.size() + size > EntryLimit) {
         Fail(QStringLiteral("has values above %1 bytes").arg(EntryLimit));
@@ -167,8 +167,8 @@ void MultistatusEntry::EndPropstat() {
     }
     if (!IsSuccess(_propstatStatus)) {
         Fail(_propstatStatus == 0
-                 ? QStringLiteral("has a propstat without a status")
-                 : QStringLiteral("could not be read: a propstat has the status %1").arg(_propstatStatus));
+                 ? QStringLiteral("has properties without a status")
+                 : QStringLiteral("could not be read: its properties have the status %1").arg(_propstatStatus));
     }
     for (size_t i = 0; i < PropertyCount; ++i) {
         if ((_staged >> i & 1U) != 0) {
@@ -185,14 +185,14 @@ void MultistatusEntry::SetCollection() {
 
 void MultistatusEntry::End() {
     if (_hrefCount != 1) {
-        Fail(_hrefCount == 0 ? QStringLiteral("has no href")
-                             : QStringLiteral("has %1 hrefs in place of one").arg(_hrefCount));
+        Fail(_hrefCount == 0 ? QStringLiteral("has no path")
+                             : QStringLiteral("has %1 paths in place of one").arg(_hrefCount));
     }
     if (_status != 0 && !IsSuccess(_status) && !IsGone()) {
         Fail(QStringLiteral("could not be read: it has the status %1").arg(_status));
     }
     if (_status == 0 && _propstatCount == 0) {
-        Fail(QStringLiteral("has neither a propstat nor a status"));
+        Fail(QStringLiteral("has neither properties nor a status"));
     }
 }
 

@@ -232,7 +232,7 @@ private:
         switch (_levels[_level].kind) {
             case Kind::Document:
                 if (local != "multistatus") {
-                    throw SyncException(QStringLiteral("the root of the XML is %1, not {DAV:}multistatus")
+                    throw SyncException(QStringLiteral("what came is XML, but no listing: it begins with %1")
                                             .arg(NameText(localName, nameSpace)));
                 }
                 return {Kind::Multistatus};
@@ -250,7 +250,7 @@ private:
                 }
                 return {local == "status" ? Kind::Status : Kind::Ignored};
             case Kind::Href:
-                throw SyncException(QStringLiteral("the XML has an element inside an href"));
+                throw SyncException(QStringLiteral("the XML has an element inside a path"));
             case Kind::Propstat:
                 if (local == "prop") {
                     return {Kind::Prop};

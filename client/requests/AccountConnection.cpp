@@ -44,8 +44,8 @@ void AccountConnection::Execute(const QList<Request>& requests, const Completion
     }
 }
 
-QString AccountConnection::LastAnswer() const {
-    return _connection.LastAnswer().Text();
+const wire::AnswerSummary& AccountConnection::LastAnswer() const {
+    return _connection.LastAnswer();
 }
 
 void AccountConnection::ListByLevels(PropfindRequest& tree, const TreeListing::Choice& enters) {

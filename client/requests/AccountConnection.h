@@ -45,9 +45,8 @@ public:
     /// Ends the request under way, and each to come, with a TransactionError.
     void Cancel() { _connection.Cancel(); }
 
-    /// One line on the status, the content type and the first bytes of the answer to the last request that was sent, to
-    /// go with an error of the library, which knows the status only.
-    QString LastAnswer() const;
+    /// The answer to the last request that was sent, to go with an error of the library, which knows the status only.
+    const wire::AnswerSummary& LastAnswer() const;
 
 private:
     void _Perform(sync::interf::IHttpRequest& request, wire::HttpTransaction& transaction);

@@ -11,7 +11,7 @@ namespace service::store {
 namespace {
 
 // What makes each format of the one before, and so the first one of nothing.
-constexpr std::array<const char*, 2> Formats{R"(
+constexpr std::array<const char*, 3> Formats{R"(
 CREATE TABLE store (id TEXT NOT NULL);
 INSERT INTO store VALUES (lower(hex(randomblob(6))));
 CREATE TABLE resource (
@@ -53,6 +53,10 @@ PRAGMA user_version = 1;
                                              R"(
 ALTER TABLE resource ADD COLUMN executable INTEGER NOT NULL DEFAULT 0;
 PRAGMA user_version = 2;
+)",
+                                             R"(
+CREATE INDEX last_change ON resource (changed);
+PRAGMA user_version = 3;
 )"};
 
 // A column of the table `resource` and the member of Resource that it keeps.

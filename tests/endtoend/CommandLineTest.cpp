@@ -193,6 +193,13 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
         expect({Text(command), Text("--exclude"), Text("[a"), Text("http://h/")}, "\"[a\" is not a valid pattern");
         expect({Text(command), Text("--exclude"), Text(""), Text("http://h/")}, "not a valid pattern");
     }
+    const QTemporaryDir rules;
+    QFile ignored(rules.filePath(Text("ignored")));
+    ASSERT_TRUE(ignored.open(QIODevice::WriteOnly));
+    ignored.write("a\n\nb//c\n");
+    ignored.close();
+    expect({Text("du"), Text("--exclude-from"), ignored.fileName(), Text("http://h/")},
+           "/ignored, line 3: \"b//c\" is not a valid pattern: no path can match it");
     expect({Text("du"), Text("--exclude-from"), Text("/missing"), Text("http://h/")}, "--exclude-from /missing: ");
     const QTemporaryDir folder;
     for (const char* rate : {"fast", "-1", "1023", "1e9", "5KK"}) {
@@ -349,6 +356,32 @@ TEST(WebPageTest, IsNotShownForASingleFileEither) {
     EXPECT_THAT(event["detail"].get<std::string>(), HasSubstr("GET http://"));
 }
 
+TEST(RedirectionTest, NamesItsPlaceForContentAsForListings) {
+    for (const char* method : {"PROPFIND", "GET"}) {
+        Service service({Text("--fault"), Text("redirect=302,method=") + Text(method)});
+        service.AddFile(Text("folder/a"), "a");
+        const QTemporaryDir place;
+        const ProgramResult result = RunOvsync({Text("get"), service.Url() + Text("folder/a"), place.path()});
+        EXPECT_EQ(result.exitCode, 3) << method;
+        EXPECT_EQ(
+            ErrorsOf(result),
+            Text("ovsync: %1 redirects from \"folder/a\" to %2folder/a?redirected, which ovsync does not follow\n")
+                .arg(QUrl(service.Url()).authority(), service.Url())
+                .toStdString());
+    }
+}
+
+TEST(BadRequestTest, IsNotTakenForAFileWhereAFolderIsAskedFor) {
+    Service service({Text("--fault"), Text("status=400,method=PROPFIND")});
+    service.AddFolder(Text("folder"));
+    const QTemporaryDir place;
+    const ProgramResult result =
+        RunOvsync({Text("pull"), service.Url() + Text("folder/"), place.filePath(Text("new"))});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(result), HasSubstr("does not understand this, or does not allow such a name (status 400"));
+    EXPECT_FALSE(QFile::exists(place.filePath(Text("new"))));
+}
+
 class LoginTest : public testing::Test {
 protected:
     LoginTest() : _service({Text("--user"), Text("ann")}, Text("s\xC3\xA9\x63ret")) {
@@ -432,7 +465,9 @@ INSTANTIATE_TEST_SUITE_P(Faults, FaultTest,
                                          Fault{"redirect=307", 3, "307"}, Fault{"error-page", 3, "text/html"},
                                          Fault{"status=204", 3, "204"}, Fault{"status=400", 1, "400"},
                                          Fault{"status=403", 1, "403"}, Fault{"status=500", 1, "500"},
-                                         Fault{"status=503", 1, "503"}, Fault{"content-type=text/html", 3, "text/html"},
+                                         Fault{"status=503", 3, "503"}, Fault{"status=429", 3, "429"},
+                                         Fault{"redirect=302", 3, "?redirected, which ovsync does not follow"},
+                                         Fault{"content-type=text/html", 3, "text/html"},
                                          Fault{"error-in-body=350", 3, "207"}, Fault{"content-length=+10", 3, "207"},
                                          Fault{"content-length=-10", 3, "207"}));
 

@@ -407,6 +407,6 @@ INSTANTIATE_TEST_SUITE_P(Faults, FolderChangeFaultTest,
                          testing::Values(FolderFault{"hang", 3}, FolderFault{"reset", 3},
                                          FolderFault{"redirect=301", 3}, FolderFault{"redirect=308", 3},
                                          FolderFault{"status=206", 3}, FolderFault{"status=403", 1},
-                                         FolderFault{"status=404", 1}, FolderFault{"status=503", 1}));
+                                         FolderFault{"status=404", 1}, FolderFault{"status=503", 3}));
 
 }  // namespace

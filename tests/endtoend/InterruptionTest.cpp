@@ -94,7 +94,8 @@ TEST_P(InterruptionTest, EndsAPushInGoodOrder) {
 }
 
 TEST_P(InterruptionTest, IsNoFailureOfTheFileThatIsLookedUpAfterItWasSent) {
-    Service service({Text("--fault"), Text("hang,method=PROPFIND,request=2")});
+    // After those for the state and the listing.
+    Service service({Text("--fault"), Text("hang,method=PROPFIND,request=3")});
     QFile file(_folder.filePath(Text("a")));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     const ProgramResult result =

@@ -71,6 +71,25 @@ TEST_F(SyncCommandTest, TwoFoldersStayInStepThroughTheService) {
     ExpectSync(_first.path(), 0, "Nothing to do");
 }
 
+TEST_F(SyncCommandTest, WhatPassesKeepInAFolderIsNotSynced) {
+    Write(First("a"), "1");
+    ExpectSync(_first.path(), 0, "1 sent");
+    Write(First(".ovsync/trash/f/a"), "1");
+    ASSERT_TRUE(QFile::link(First(".ovsync"), SecondFolder()));
+    for (const QString& directory : {First(".ovsync"), First(".ovsync/trash"), SecondFolder()}) {
+        for (const QStringList& arguments : {QStringList({Text("sync"), directory, _service.Url()}),
+                                             QStringList({Text("sync"), Text("-n"), directory, _service.Url()}),
+                                             QStringList({Text("push"), directory, _service.Url()}),
+                                             QStringList({Text("pull"), _service.Url(), directory})}) {
+            const ProgramResult result = RunOvsync(arguments);
+            EXPECT_EQ(result.exitCode, 2);
+            EXPECT_THAT(ErrorsOf(result), HasSubstr("where ovsync keeps what it knows"));
+        }
+    }
+    ExpectSync(First(".ovsync/new"), 2, "where ovsync keeps what it knows");
+    EXPECT_FALSE(QFile::exists(First(".ovsync/new")));
+}
+
 TEST_F(SyncCommandTest, AnUnchangedFolderIsOneRequestAndAChangedFileNoListing) {
     Write(First("f/a"), "1");
     Write(First("f/b"), "1");

@@ -22,6 +22,8 @@ FolderImage ReadFolder(const std::string& folder) {
         const std::string path = entry->path().string().substr(folder.size() + 1);
         if (path == ".ovsync" || path == ".ovsync-service") {
             entry.disable_recursion_pending();
+        } else if (entry->path().filename().string().rfind(".davfs.tmp", 0) == 0) {
+            // Apache was killed while it received this, and lists it nowhere.
         } else if (entry->is_symlink()) {
             image[path] = "-> " + fs::read_symlink(entry->path()).string();
         } else if (entry->is_directory()) {

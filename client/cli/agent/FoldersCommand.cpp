@@ -69,6 +69,7 @@ SyncedFolder GivenFolder(const Arguments& given) {
     if (!given.caFile.empty()) {
         folder.caFile = input::AbsolutePath(QString::fromStdString(given.caFile));
     }
+    input::RequireSyncable(arguments.directory);
     const QFileInfo place(QDir::cleanPath(arguments.directory));
     if (!place.exists() && !place.isSymLink() && mkdir(place.filePath().toUtf8().constData(), 0777) != 0) {
         throw UsageError(

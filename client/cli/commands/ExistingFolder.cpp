@@ -17,10 +17,8 @@ sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, cons
     if (connection.Folders().GetFolderProperties(folder, found)) {
         return found;
     }
-    sync::config::FileConfiguration file;
-    file.serverId = folder.serverId;
-    file.serverPath = folder.serverPath;
-    if (connection.Folders().FileExists(file)) {
+    const std::optional<library::FoundResource> other = connection.Find(location.serverPath);
+    if (other && !other->isFolder) {
         throw input::UsageError(QStringLiteral("\"%1\" is a file, and %2 works on folders only")
                                     .arg(folder.serverPath, QLatin1String(command)));
     }

@@ -89,6 +89,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
                  Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
     const QString root = AbsolutePath(arguments.directory);
+    input::RequireSyncable(arguments.directory);
     RequireFolder(arguments.directory, root, !arguments.isDryRun);
 
     pass::SyncOptions options;
@@ -117,6 +118,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     context.path = location.serverPath;
     context.thing = QStringLiteral("file or folder");
     context.isWriting = arguments.isPush;
+    context.lastAnswer = [&connection] { return connection.LastAnswer(); };
     SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun, ErrorText(context),
                         arguments.errors.isVerbose);
     pass::SyncPass common(service, tree, *records, options, observer);
@@ -136,6 +138,7 @@ ExitCode RunPassMakingFolder(ServiceConnection& connection, const Location& loca
     SyncArguments used = arguments;
     std::optional<QTemporaryDir> empty;
     if (IsMissing(used.directory)) {
+        input::RequireSyncable(used.directory);
         if (arguments.isDryRun) {
             used.directory = empty.emplace().path();
         } else {

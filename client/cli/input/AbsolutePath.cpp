@@ -1,11 +1,14 @@
 #include "client/cli/input/AbsolutePath.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
 #include "client/cli/input/UsageError.h"
+#include "client/sync/local/PathNames.h"
 
 namespace ovsync {
 namespace input {
@@ -24,6 +27,17 @@ QString AbsolutePath(const QString& directory) {
         throw UsageError(QStringLiteral("%1: %2").arg(directory, QString::fromLocal8Bit(std::strerror(errno))));
     }
     return QString::fromUtf8(path.get());
+}
+
+void RequireSyncable(const QString& directory) {
+    const QFileInfo place(QDir::cleanPath(directory));
+    // Without links, as far as it is there.
+    const QString path =
+        place.exists() ? AbsolutePath(directory) : QDir(AbsolutePath(place.path())).filePath(place.fileName());
+    const QString reason = local::ReasonAgainstRoot(path);
+    if (!reason.isEmpty()) {
+        throw UsageError(QStringLiteral("\"%1\" cannot be synced: %2").arg(directory, reason));
+    }
 }
 
 }  // namespace input

@@ -119,7 +119,11 @@ void Arguments::AddRulesOf(const std::string& file) {
     if (!source.open(QIODevice::ReadOnly)) {
         throw UsageError(QStringLiteral("--exclude-from %1: %2").arg(source.fileName(), source.errorString()));
     }
-    rules += local::Exclusion::RulesIn(source.readAll());
+    try {
+        rules += local::Exclusion::RulesIn(source.readAll());
+    } catch (const sync::core::SyncException& e) {
+        throw UsageError(QStringLiteral("--exclude-from %1, %2").arg(source.fileName(), e.Message()));
+    }
 }
 
 SyncArguments Arguments::Syncing() const {

@@ -2,6 +2,15 @@
 
 #include <QString>
 #include <exception>
+#include <functional>
+
+#include "client/wire/AnswerSummary.h"
+
+namespace sync {
+namespace http {
+class HttpException;
+}
+}  // namespace sync
 
 namespace ovsync {
 namespace wire {
@@ -37,7 +46,10 @@ public:
         QString thing = QStringLiteral("folder");
         /// Who logged in; empty for nobody.
         QString user = QString();
+        /// Where the failure does not tell.
         bool isWriting = false;
+        /// The last answer that came, for failures of the library, which knows the status alone. May be null.
+        std::function<wire::AnswerSummary()> lastAnswer = nullptr;
     };
 
     explicit ErrorText(const Context& context) : _context(context) {}
@@ -46,8 +58,9 @@ public:
     ErrorMessage Of(const std::exception_ptr& error) const;
 
 private:
-    /// Of an answer that says no. Empty for a status that says nothing in particular.
-    QString _Refusal(int status, const QString& path) const;
+    ErrorMessage _OfAnswer(const sync::http::HttpException& error) const;
+    /// Of an answer that says no. Empty where there was none.
+    QString _Refusal(const wire::AnswerSummary& answer, const QString& path, bool isWriting) const;
     QString _WrongAnswer(const wire::TransactionError& error) const;
     QString _Redirection(const QString& place, const QByteArray& location) const;
     QString _Place(const QString& path) const;

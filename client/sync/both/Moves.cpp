@@ -5,6 +5,7 @@
 
 #include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
+#include "client/sync/part/LastState.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/push/Uploader.h"
 #include "client/wire/HttpStatus.h"
@@ -131,6 +132,7 @@ bool Moves::_Move(const QString& path, const Places& now, bool isFolder) {
     if (isDone) {
         RecordDatabase::Transaction transaction(_sides.records);
         _sides.records.MoveTree(path, place, _sides.service.ServerPath(path), _sides.service.ServerPath(place));
+        part::LastState::Forget(_sides.records);
         transaction.Commit();
         if (isFolder) {
             _scope.Move(path, place);

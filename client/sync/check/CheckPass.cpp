@@ -116,7 +116,8 @@ void CheckPass::_CompareFiles(const QString& path, const LocalEntry& here, const
     } catch (const LocalError& e) {
         _teller({Kind::Unknown, path, e.Message(), std::current_exception()});
     } catch (const HttpException& e) {
-        if (e.StatusCode() == HttpStatus::Unauthorized || e.StatusCode() >= HttpStatus::InternalServerError) {
+        if (e.StatusCode() == HttpStatus::Unauthorized || e.StatusCode() >= HttpStatus::InternalServerError ||
+            !HttpStatus::IsRefusal(e.StatusCode())) {
             throw;
         }
         _teller({Kind::Unknown, path, e.Message(), std::current_exception()});

@@ -6,6 +6,8 @@
 namespace ovsync {
 namespace local {
 
+using sync::core::SyncException;
+
 namespace {
 
 /// Without the spaces at its end, but for one that a '\' stands before.
@@ -27,8 +29,7 @@ Exclusion::Exclusion(const QStringList& rules) : _rules(rules) {
         const bool excludes = !rule.startsWith(QLatin1Char('!'));
         const std::optional<PathPattern> pattern = PathPattern::Read(excludes ? rule : rule.mid(1));
         if (!pattern) {
-            throw sync::core::SyncException(
-                QStringLiteral("\"%1\" is not a valid pattern: no path can match it").arg(rule));
+            throw SyncException(QStringLiteral("\"%1\" is not a valid pattern: no path can match it").arg(rule));
         }
         _patterns.append({*pattern, excludes});
     }
@@ -40,12 +41,19 @@ QStringList Exclusion::RulesIn(const QByteArray& file) {
     if (text.startsWith(QChar::ByteOrderMark)) {
         text.remove(0, 1);
     }
+    int number = 0;
     for (QString line : text.split(QLatin1Char('\n'))) {
+        ++number;
         if (line.endsWith(QLatin1Char('\r'))) {
             line.chop(1);
         }
         line = WithoutTrailingSpaces(line);
         if (!line.isEmpty() && !line.startsWith(QLatin1Char('#'))) {
+            try {
+                Exclusion(QStringList(line));
+            } catch (const SyncException& e) {
+                throw SyncException(QStringLiteral("line %1: %2").arg(QString::number(number), e.Message()));
+            }
             rules.append(line);
         }
     }

@@ -22,7 +22,8 @@ public:
     explicit Exclusion(const QStringList& rules);
 
     /// The rules in a file, a line each. Empty lines, those that begin with '#', and spaces at the end of a line that
-    /// no '\' keeps, do not count.
+    /// no '\' keeps, do not count. Throws SyncException, which names the line and the rule, for one that no path can
+    /// match.
     static QStringList RulesIn(const QByteArray& file);
 
     /// Where the folders above are known not to be excluded.

@@ -49,6 +49,16 @@ QString ReasonAgainstPath(const QString& path) {
     return reason;
 }
 
+QString ReasonAgainstRoot(const QString& path) {
+    const QString hidden = Slash + store::RecordDatabase::HiddenFolder();
+    const int at = (path + Slash).indexOf(hidden + Slash);
+    return at < 0 ? QString()
+                  : QStringLiteral(
+                        "it lies in \"%1\", where ovsync keeps what it knows of a synced folder and what it "
+                        "deleted in it")
+                        .arg(path.left(at) + hidden);
+}
+
 QString TemporaryBeside(const QString& path) {
     const QString folder = FolderOf(path);
     return folder + (folder.isEmpty() ? QString() : QString(Slash)) + QLatin1Char('.') +

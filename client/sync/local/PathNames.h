@@ -12,6 +12,9 @@ QString ReasonAgainst(const QString& name);
 /// Why nothing may be stored at `path` below the synced folder; empty when it may.
 QString ReasonAgainstPath(const QString& path);
 
+/// Why the folder at the absolute `path` may not be synced; empty when it may.
+QString ReasonAgainstRoot(const QString& path);
+
 /// A new name for a temporary file beside `path`, as a path.
 QString TemporaryBeside(const QString& path);
 /// Whether TemporaryBeside made up the name.

@@ -3,6 +3,7 @@
 #include <QStringList>
 #include <QVector>
 #include <algorithm>
+#include <utility>
 
 #include "client/sync/local/PathNames.h"
 
@@ -29,25 +30,36 @@ public:
                 case '?':
                     ++_at;
                     _expression += QLatin1String("[^/]");
+                    _name += Wildcard;
                     break;
                 case '[':
                     ++_at;
                     if (!_TakeBrackets()) {
                         return std::nullopt;
                     }
+                    _name += Wildcard;
                     break;
                 default:
                     const std::optional<uint> character = _TakeCharacter();
-                    if (!character) {
+                    if (!character || (*character == '/' && !_EndName())) {
                         return std::nullopt;
                     }
                     _expression += Code(*character);
+                    if (*character != '/') {
+                        _name += QString::fromUcs4(&*character, 1);
+                    }
             }
         }
-        return _expression;
+        return _EndName() ? std::make_optional(_expression) : std::nullopt;
     }
 
 private:
+    /// False when no path has such a name in it.
+    bool _EndName() {
+        const QString name = std::exchange(_name, QString());
+        return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..");
+    }
+
     bool _Has(int at, char character) const {
         return at < _pattern.size() && _pattern[at] == static_cast<uint>(character);
     }
@@ -60,8 +72,10 @@ private:
         const bool isWholeName = (start == 0 || _Has(start - 1, '/')) && (_at == _pattern.size() || _Has(_at, '/'));
         if (_at - start == 1 || !isWholeName) {
             _expression += QLatin1String("[^/]*");
+            _name += Wildcard;
         } else if (_at == _pattern.size()) {
             _expression += QLatin1String(".*");
+            _name += Wildcard;
         } else {
             ++_at;
             _expression += QLatin1String("(?:.*/)?");
@@ -76,7 +90,7 @@ private:
         return _at < _pattern.size() ? std::make_optional(_pattern[_at++]) : std::nullopt;
     }
 
-    /// What follows a '['. False when it does not end or cannot be read.
+    /// What follows a '['. False when it does not end, cannot be read or stands for no character of a name.
     bool _TakeBrackets() {
         const bool isNegated = _Has(_at, '!') || _Has(_at, '^');
         _at += isNegated ? 1 : 0;
@@ -87,6 +101,10 @@ private:
             }
         } while (!_Has(_at, ']'));
         ++_at;
+        static const QString slash = Code('/');
+        if (!isNegated && members.count(slash) * slash.size() == members.size()) {
+            return false;
+        }
         _expression +=
             QLatin1String("(?!/)[") + (isNegated ? QLatin1String("^") : QLatin1String("")) + members + QLatin1Char(']');
         return true;
@@ -130,8 +148,12 @@ private:
         return last.has_value();
     }
 
+    static constexpr QChar Wildcard{QChar::ObjectReplacementCharacter};
+
     const QVector<uint> _pattern;
     int _at = 0;
+    /// What was read since the last '/', with a Wildcard for whatever may stand for several names.
+    QString _name;
     QString _expression;
 };
 

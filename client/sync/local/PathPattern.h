@@ -17,8 +17,8 @@ namespace local {
 /// an ordinary one. Letter case matters.
 class PathPattern {
 public:
-    /// None when no path can be like that: for an empty text, brackets that do not end, a class of characters that does
-    /// not exist and a '\' at the end.
+    /// None when no path can be like that: for an empty text, brackets that do not end or have a '/' alone, a class of
+    /// characters that does not exist, a '\' at the end, two '/' next to each other, and the names "." and "..".
     static std::optional<PathPattern> Read(const QString& text);
 
     /// `path` has no '/' at either end.

@@ -20,17 +20,11 @@ namespace {
 
 const int PatienceWithFailures = 3;
 
-/// Whether such an answer says no to what was asked. Others mean that the service itself did not answer.
-bool IsRefusal(int status) {
-    return status >= HttpStatus::BadRequest && status != HttpStatus::BadGateway &&
-           status != HttpStatus::ServiceUnavailable && status != HttpStatus::GatewayTimeout;
-}
-
 }  // namespace
 
 void PassReport::Tell(const SyncEvent& event) {
     _hasProblems = _hasProblems || event.IsProblem() || (_options.isStrict && event.kind == SyncEvent::Kind::Skipped);
-    if (event.IsProblem()) {
+    if (event.IsProblem() || event.kind == SyncEvent::Kind::NewerThere) {
         _open.insert(event.path);
     }
     _hasFailed = _hasFailed || event.kind == SyncEvent::Kind::Failed;
@@ -57,7 +51,7 @@ void PassReport::TellFailure(const QString& path, const std::exception_ptr& erro
         if (e.StatusCode() == HttpStatus::Unauthorized || e.StatusCode() == HttpStatus::ProxyAuthenticationRequired) {
             throw;
         }
-        if (IsRefusal(e.StatusCode())) {
+        if (HttpStatus::IsRefusal(e.StatusCode())) {
             Tell({SyncEvent::Kind::Refused, path, e.Message(), 0, error});
         } else if (_IsTooMuch({SyncEvent::Kind::Failed, path, e.Message(), 0, error})) {
             throw;

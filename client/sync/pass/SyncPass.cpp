@@ -46,11 +46,6 @@ SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::Record
       _installer(_sides.tree, records, _trash),
       _report(options, observer) {}
 
-LocalSnapshot SyncPass::Begin() {
-    Prepare();
-    return Look();
-}
-
 void SyncPass::Prepare() {
     _CheckFolder();
     _report.Tell(_installer.Recover());
@@ -186,10 +181,10 @@ void SyncPass::_ThrowMissing() const {
                         QUrl());
 }
 
-SyncPass::Listing SyncPass::ListChanges(const LocalSnapshot& snapshot, bool isHere) {
+SyncPass::Listing SyncPass::ListChanges(const LocalSnapshot& snapshot) {
     const QDateTime lastPass = QDateTime::fromString(_sides.records.Setting(LastPassSetting()), Qt::ISODate);
     const bool isSameFilter = _sides.records.Setting(LastFilterSetting()) == _sides.options.exclusion.Text();
-    if (!lastPass.isValid() || !isSameFilter || !isHere) {
+    if (!lastPass.isValid() || !isSameFilter) {
         return List(QDateTime(), snapshot);
     }
     // When nothing changed the time stays as it is: a wrong answer then costs one pass, and not every change up to it.

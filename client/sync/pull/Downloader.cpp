@@ -40,6 +40,27 @@ bool HasCome(const Download& download) {
            (!remote.md5Checksum.isEmpty() || !hasDates || sent == remote.lastModifiedDate);
 }
 
+/// For people: how what came differs from what the listing describes.
+QString DifferenceText(const Download& download) {
+    const FileConfiguration& listed = download.Order().remote;
+    const QString size = listed.size == -1 ? QStringLiteral("4 GiB or more") : QString::number(LikelySize(listed.size));
+    QString difference;
+    if (download.IsTooLarge()) {
+        difference = QStringLiteral("more than %1 bytes in place of %2, the rest of which was not waited for")
+                         .arg(QString::number(download.Size()), size);
+    } else if (!IsContentOf(listed, download.Fresh().size, QString())) {
+        difference = QStringLiteral("%1 bytes in place of %2").arg(QString::number(download.Fresh().size), size);
+    } else if (!IsContentOf(listed, download.Fresh().size, download.Md5())) {
+        difference =
+            QStringLiteral("it has the MD5 %1 in place of %2").arg(download.Md5(), listed.md5Checksum.toLower());
+    } else {
+        difference = QStringLiteral("it was changed at %1 in place of %2")
+                         .arg(download.Version().lastModified.toUTC().toString(Qt::ISODate),
+                              listed.lastModifiedDate.toUTC().toString(Qt::ISODate));
+    }
+    return QStringLiteral("what came is not the file that the service lists: ") + difference;
+}
+
 QString VersionNote(const FileConfiguration& remote) {
     return QStringLiteral("from the service") +
            (remote.lastModifiedDate.isValid()
@@ -222,15 +243,11 @@ void Downloader::_TakeSurprise(const Download& download) {
             ++_progress.allFiles;
             return;
         }
-        const QString came = download.IsTooLarge()
-                                 ? QStringLiteral("at least %1 bytes, so that it was broken off,").arg(download.Size())
-                                 : QStringLiteral("%1 bytes with the MD5 %2")
-                                       .arg(QString::number(download.Fresh().size), download.Md5());
-        throw sync::core::SyncException(
-            QStringLiteral("what came is not the file that the service describes: %1 in place of "
-                           "%2 bytes (as far as 32 bits tell) with %3")
-                .arg(came, QString::number(LikelySize(now.size)),
-                     now.md5Checksum.isEmpty() ? QStringLiteral("any") : now.md5Checksum));
+        const QString reason = IdentityOf(now) == IdentityOf(order.remote)
+                                   ? DifferenceText(download)
+                                   : QStringLiteral("it changes on the service faster than it can be fetched");
+        throw sync::core::SyncException(reason +
+                                        QStringLiteral(". Nothing was changed here; the next pass fetches it again"));
     } catch (const std::exception&) {
         _TellFailure(path, std::current_exception());
     }

@@ -2,14 +2,15 @@
 
 #include <utility>
 
+#include "client/sync/part/ScopedPass.h"
 #include "client/sync/pull/Downloader.h"
 #include "client/sync/pull/LocalDeletions.h"
 
 namespace ovsync {
 namespace pull {
 
-using local::LocalEntry;
 using local::LocalSnapshot;
+using part::ScopedPass;
 using pass::FileComparison;
 using pass::RecordMaker;
 using pass::RemoteTree;
@@ -19,15 +20,14 @@ using plan::FileViews;
 using report::SyncOutcome;
 
 SyncOutcome PullPass::Run() {
-    return _pass.Run([this] { _Pull(); });
+    const auto join = [this](LocalSnapshot& snapshot, const SyncPass::Listing& listing) {
+        _Pull(snapshot, listing);
+        return QSet<QString>();
+    };
+    return ScopedPass(_pass, Direction::Pull, join).Run();
 }
 
-void PullPass::_Pull() {
-    LocalSnapshot snapshot = _pass.Begin();
-    const SyncPass::Listing listing = _pass.ListChanges(snapshot, _IsAllHere(snapshot));
-    if (!listing.tree) {
-        return;
-    }
+void PullPass::_Pull(LocalSnapshot& snapshot, const SyncPass::Listing& listing) {
     const RemoteTree& remote = *listing.tree;
     const RecordMaker maker(_sides.service, listing.at);
     const FileComparison comparison(_sides, maker);
@@ -66,21 +66,6 @@ void PullPass::_Pull() {
         deletions.Keep(gone.others, QStringLiteral(", because not everything could be fetched"));
     }
     _sides.records.Write(plan.FindEndedConflicts());
-    _pass.EndListing(listing);
-}
-
-bool PullPass::_IsAllHere(const LocalSnapshot& snapshot) {
-    for (const QString& path : _sides.records.FilePaths()) {
-        if (!snapshot.Has(path, LocalEntry::Kind::File) && !_sides.exclusion.HasFileAt(path)) {
-            return false;
-        }
-    }
-    for (const QString& path : _sides.records.Folders()) {
-        if (!snapshot.HasFolder(path) && !_sides.exclusion.HasFolderAt(path)) {
-            return false;
-        }
-    }
-    return true;
 }
 
 }  // namespace pull

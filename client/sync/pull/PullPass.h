@@ -18,8 +18,7 @@ public:
     [[nodiscard]] report::SyncOutcome Run();
 
 private:
-    void _Pull();
-    bool _IsAllHere(const local::LocalSnapshot& snapshot);
+    void _Pull(local::LocalSnapshot& snapshot, const pass::SyncPass::Listing& listing);
 
     pass::SyncPass& _pass;
     const pass::PassSides& _sides;

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "client/sync/part/ScopedPass.h"
 #include "client/sync/push/PushPlan.h"
 #include "client/sync/push/RemoteDeletions.h"
 #include "client/sync/push/Uploader.h"
@@ -10,6 +11,7 @@ namespace ovsync {
 namespace push {
 
 using local::LocalSnapshot;
+using part::ScopedPass;
 using pass::FileComparison;
 using pass::PassReport;
 using pass::PassSides;
@@ -20,15 +22,15 @@ using plan::FileViews;
 using report::SyncOutcome;
 
 SyncOutcome PushPass::Run() {
-    return _pass.Run([this] { _Push(); });
+    const auto join = [this](const LocalSnapshot& snapshot, SyncPass::Listing& listing) {
+        return _Push(snapshot, listing);
+    };
+    return ScopedPass(_pass, Direction::Push, join).Run();
 }
 
-void PushPass::_Push() {
+QSet<QString> PushPass::_Push(const LocalSnapshot& snapshot, SyncPass::Listing& listing) {
     const PassSides& sides = _pass.Sides();
     PassReport& report = _pass.Report();
-    const LocalSnapshot snapshot = _pass.Begin();
-    report.Tell(snapshot.refused);
-    SyncPass::Listing listing = _pass.ListOrMake(snapshot);
     report.Tell(listing.tree->LeaveOutLinks(snapshot));
     const RecordMaker maker(sides.service, listing.at);
     const FileComparison comparison(sides, maker);
@@ -47,6 +49,10 @@ void PushPass::_Push() {
     PushPlan::Work work = plan.Find();
     sides.records.Write(work.records);
     report.Tell(work.events);
+    QSet<QString> sent(work.folders.begin(), work.folders.end());
+    for (const PushOrder& order : work.orders) {
+        sent.insert(order.path);
+    }
     const bool hasAll = Uploader(sides, comparison, maker, report).Run(work.folders, std::move(work.orders));
 
     if (hasAll) {
@@ -54,6 +60,7 @@ void PushPass::_Push() {
     } else {
         deletions.Keep(gone.others);
     }
+    return sent;
 }
 
 }  // namespace push

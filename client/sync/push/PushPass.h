@@ -16,7 +16,8 @@ public:
     [[nodiscard]] report::SyncOutcome Run();
 
 private:
-    void _Push();
+    /// Returns the paths of what was to be sent.
+    QSet<QString> _Push(const local::LocalSnapshot& snapshot, pass::SyncPass::Listing& listing);
 
     pass::SyncPass& _pass;
 };

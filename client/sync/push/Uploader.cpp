@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "client/sync/local/LocalContent.h"
+#include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/Cancelled.h"
@@ -15,6 +16,8 @@ namespace push {
 
 using content::UploadOutcome;
 using local::FolderOf;
+using local::LocalEntry;
+using local::LocalError;
 using local::NameOf;
 using local::Recordable;
 using pass::DiffersByMissingChecksum;
@@ -30,8 +33,6 @@ using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 
 namespace {
-
-const char* const WrittenMeanwhile = "it was written while it was sent, and has to be sent again";
 
 QString ConditionsSetting() {
     return QStringLiteral("uploadConditions");
@@ -203,10 +204,34 @@ void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
         throw;
     } catch (const Upload::Written&) {
         ++_progress.doneFiles;
-        Refuse(path, QString::fromLatin1(WrittenMeanwhile));
+        _TellWritten(path);
+    } catch (const LocalError&) {
+        ++_progress.doneFiles;
+        if (_IsHere(path)) {
+            _TellFailure(path, std::current_exception());
+        } else {
+            _report.LeaveOpen(path);
+        }
     } catch (const std::exception&) {
         ++_progress.doneFiles;
         _TellFailure(path, std::current_exception());
+    }
+}
+
+bool Uploader::_IsHere(const QString& path) const {
+    try {
+        const std::optional<LocalEntry> here = _sides.tree.Look(path);
+        return here && here->kind == LocalEntry::Kind::File;
+    } catch (const LocalError&) {
+        return true;
+    }
+}
+
+void Uploader::_TellWritten(const QString& path) {
+    if (_IsHere(path)) {
+        Refuse(path, QStringLiteral("it was written while it was sent, and has to be sent again"));
+    } else {
+        _report.LeaveOpen(path);
     }
 }
 
@@ -400,7 +425,7 @@ void Uploader::_TakeSent(const Upload& upload) {
         }
     }
     if (record->local.changed == 0 && !upload.After().IsUnchangedSince(upload.Before())) {
-        Refuse(path, QString::fromLatin1(WrittenMeanwhile));
+        _TellWritten(path);
     }
 }
 

@@ -54,6 +54,10 @@ private:
     void _Settle(const Upload& upload);
     void _TellConflict(const PushOrder& order);
     void _TellFailure(const QString& path, const std::exception_ptr& error);
+    /// Of a file that is gone by now, which the next pass sees to, nobody is told.
+    void _TellWritten(const QString& path);
+    /// Whether a file is here, or may be.
+    bool _IsHere(const QString& path) const;
     void _TakeRemoved(const PushOrder& order);
     /// False when it cannot be made.
     bool _MakeFolder(const QString& path);

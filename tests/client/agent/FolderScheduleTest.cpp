@@ -124,6 +124,17 @@ TEST_F(FolderScheduleTest, AChangeDoesNotShortenTheWaitAfterAFailure) {
     EXPECT_EQ(_schedule.Due(), due);
 }
 
+TEST_F(FolderScheduleTest, WhoMayReadAndWriteHereIsAReasonToTryAgainAfterFailures) {
+    Delays(8);
+    Pass(_now, ScheduleEnd::Failed);
+    _schedule.NoteAccess(_now);
+    EXPECT_EQ(_schedule.Due(), _now + seconds(2));
+    EXPECT_EQ(Delays(2), std::vector<Time>({seconds(0), seconds(5)}));
+    Pass(_now, ScheduleEnd::Rejected);
+    _schedule.NoteAccess(_now);
+    EXPECT_EQ(_schedule.Due(), std::nullopt);
+}
+
 TEST_F(FolderScheduleTest, APassThatIsDoneEndsTheFailures) {
     Delays(5);
     Pass(_now);

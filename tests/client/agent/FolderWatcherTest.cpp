@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -83,6 +84,43 @@ TEST_F(FolderWatcherTest, ReadingAndTouchingAreNoChanges) {
     file.close();
     EXPECT_TRUE(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
     EXPECT_FALSE(_watcher.TakeChanges());
+}
+
+TEST_F(FolderWatcherTest, WhoMayReadAndWriteAFolderIsAChange) {
+    const auto setMode = [this](const char* name, mode_t mode) {
+        EXPECT_EQ(chmod(Path(Text(name)).toUtf8().constData(), mode), 0);
+    };
+    _watcher.HandOutPaths();
+    setMode("a/b", 0555);
+    EXPECT_TRUE(_watcher.TakeChanges());
+    EXPECT_EQ(_watcher.HandOutPaths(), QSet<QString>({Text("a/b")}));
+    setMode("a/b", 0755);
+    EXPECT_TRUE(_watcher.TakeChanges());
+    setMode("", 0755);
+    EXPECT_TRUE(_watcher.TakeChanges());
+    EXPECT_TRUE(_watcher.IsAccessChanged());
+    EXPECT_FALSE(_watcher.HandOutPaths());
+    EXPECT_FALSE(_watcher.TakeChanges());
+    EXPECT_FALSE(_watcher.IsAccessChanged());
+    EXPECT_EQ(_watcher.FolderCount(), 4);
+}
+
+TEST_F(FolderWatcherTest, AFolderThatMayBeReadAgainIsWatchedWithAllThatIsInIt) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may read everything";
+    }
+    const QTemporaryDir elsewhere;
+    ASSERT_TRUE(QDir().mkpath(elsewhere.filePath(Text("closed/deep"))));
+    const QByteArray closed = elsewhere.filePath(Text("closed")).toUtf8();
+    ASSERT_EQ(chmod(closed.constData(), 0300), 0);
+    ASSERT_EQ(rename(closed.constData(), Path(Text("closed")).toUtf8().constData()), 0);
+    EXPECT_TRUE(_watcher.TakeChanges());
+    EXPECT_EQ(_watcher.FolderCount(), 4);
+    ASSERT_EQ(chmod(Path(Text("closed")).toUtf8().constData(), 0755), 0);
+    EXPECT_TRUE(_watcher.TakeChanges());
+    EXPECT_EQ(_watcher.FolderCount(), 6);
+    Write("closed/deep/file");
+    EXPECT_TRUE(_watcher.TakeChanges());
 }
 
 TEST_F(FolderWatcherTest, TheHiddenFolderTemporaryFilesAndWhatIsExcludedAreNoConcern) {

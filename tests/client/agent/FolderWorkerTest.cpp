@@ -1,6 +1,7 @@
 #include "client/agent/FolderWorker.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -220,6 +221,17 @@ TEST_F(FolderWorkerTest, AFailureIsToldAndTriedAgain) {
     EXPECT_EQ(status.state, State::Waiting);
     EXPECT_EQ(status.lastEnd, PassEnd::Failed);
     EXPECT_GE(status.nextPass, status.lastPass.addMSecs(4900));
+}
+
+TEST_F(FolderWorkerTest, WhoMayWriteInTheFolderIsAReasonToTryAgainAfterFailures) {
+    _script.Add(PassResult{PassEnd::Failed, Text("no permission")});
+    _script.Add(PassResult{PassEnd::Failed, Text("still no permission")});
+    Start();
+    StatusWhen([](const FolderStatus& now) {
+        return now.error == Text("still no permission") && now.nextPass >= now.lastPass.addMSecs(4900);
+    });
+    ASSERT_EQ(chmod(_directory.path().toUtf8().constData(), 0700), 0);
+    StatusWhen([](const FolderStatus& now) { return now.nextPass < now.lastPass.addMSecs(4900); });
 }
 
 TEST_F(FolderWorkerTest, ARejectionStopsTheFolderUntilItIsToTryAgain) {

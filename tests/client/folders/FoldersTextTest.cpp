@@ -119,6 +119,14 @@ TEST(FoldersTextTest, EveryMistakeIsNamedByItsLineInTheirOrder) {
               }));
 }
 
+TEST(FoldersTextTest, WhatThePassesOfAFolderKeepIsNoFolder) {
+    EXPECT_EQ(
+        Mistakes("[[folder]]\npath = \"/a/.ovsync/trash\"\nurl = \"http://h.test/\"\n"),
+        QStringList(Text("line 2: the folder cannot be synced: it lies in \"/a/.ovsync\", where ovsync keeps what it "
+                         "knows of a synced folder and what it deleted in it")));
+    EXPECT_EQ(Mistakes("[[folder]]\npath = \"/a/.ovsyncs/b.ovsync\"\nurl = \"http://h.test/\"\n"), QStringList());
+}
+
 TEST(FoldersTextTest, WhatIsNoTomlAndWhatIsNoFolderIsAMistake) {
     EXPECT_THAT(Mistakes("[[folder]]\npath = \n").value(0).toStdString(), testing::StartsWith("line 2: "));
     EXPECT_THAT(Mistakes("[[folder]]\npath = \"/a\"\npath = \"/b\"\n").value(0).toStdString(),

@@ -176,7 +176,7 @@ TEST_F(FolderRequestsTest, OnlyAFolderThatIsAskedForByItsIdMayBeAnywhere) {
 
 TEST_F(FolderRequestsTest, AFolderThatIsAskedForByItsIdIsNamedByItsEntry) {
     Answered(Kind::QueryById, QStringLiteral("folders/found-without-href-207"));
-    EXPECT_THAT(error, HasSubstr("an entry has an empty href"));
+    EXPECT_THAT(error, HasSubstr("an entry has an empty path"));
 }
 
 TEST_F(FolderRequestsTest, AnIdThatWasMadeUpNamesAPath) {

@@ -182,7 +182,7 @@ TEST_F(RequestManagerTest, LeavesFailuresByStatusToTheLibrary) {
         EXPECT_EQ(ErrorOfExecuting({request}), "");
         EXPECT_EQ(request->GetStatusCode(), QByteArray(name).right(3).toInt());
         EXPECT_FALSE(request->GetResult());
-        EXPECT_THAT(connection->LastAnswer().toStdString(),
+        EXPECT_THAT(connection->LastAnswer().Text().toStdString(),
                     AllOf(HasSubstr("status " + QByteArray(name).right(3).toStdString()),
                           HasSubstr("content type text/plain"), HasSubstr("the body begins: Because")));
         server.Stop();
@@ -283,7 +283,7 @@ TEST_F(RequestManagerTest, NamesAServerThatIsNotThere) {
     EXPECT_THAT(ErrorOfExecuting({request}), AllOf(HasSubstr("PROPFIND " + url.toString().toStdString()),
                                                    HasSubstr("Failed to connect"), HasSubstr("no answer")));
     EXPECT_EQ(request->GetStatusCode(), 0);
-    EXPECT_EQ(connection->LastAnswer(), QStringLiteral("no answer"));
+    EXPECT_EQ(connection->LastAnswer().Text(), QStringLiteral("no answer"));
 }
 
 TEST_F(RequestManagerTest, AsksAServerOnceWhatItKnowsBeforeItsFirstListing) {

@@ -16,34 +16,14 @@ using ::sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-/// With a service that is asked for everything, and with one that tells what changed.
-class MovesTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
+class MovesTest : public tests::EitherServiceTest {
 protected:
-    MovesTest() { service.tellsChanges = GetParam(); }
-
-    /// Both sides are in step with these files, and each knows what it has.
-    void Begin(const std::vector<const char*>& paths) {
-        for (const char* path : paths) {
-            Write(path, QByteArray("1 of ") + path);
-        }
-        ASSERT_EQ(Sync(), SyncOutcome::InStep);
-        ASSERT_EQ(Sync(), SyncOutcome::InStep);
-        service.ForgetCounts();
-    }
-
     void Rename(const char* from, const char* to) {
         ASSERT_TRUE(QDir().mkpath(QFileInfo(Path(to)).path()));
         ASSERT_TRUE(QDir().rename(Path(from), Path(to))) << from;
     }
 
     int Transfers() const { return service.Count("PUT") + service.Count("GET"); }
-
-    void ExpectInStep() {
-        EXPECT_EQ(Contents(), service.Contents());
-        EXPECT_EQ(Sync(), SyncOutcome::InStep);
-        EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
-        EXPECT_EQ(Contents(), service.Contents());
-    }
 };
 
 TEST_P(MovesTest, AFileThatIsRenamedHereIsMovedThere) {
@@ -269,6 +249,32 @@ TEST_P(MovesTest, AConflictMovesWithItsFile) {
     EXPECT_EQ(Told(), QStringList({Text("Conflict g/a"), Text("MovedThere g")}));
     EXPECT_EQ(Contents().size(), 3U);
     EXPECT_EQ(service.Contents().size(), 2U);
+}
+
+TEST_P(MovesTest, WhatWasDeletedInAMovedFolderGoesAlsoAfterAPassThatBrokeOffRightAfterTheMove) {
+    for (const bool isMovedHere : {false, true}) {
+        Begin({"f/n/x", "f/y", "stays"});
+        if (isMovedHere) {
+            Rename("f", "g");
+        }
+        service.Remove(Text("f/n"));
+        if (!isMovedHere) {
+            service.Move(Text("f"), Text("g"));
+        }
+        service.Put(Text("new"), "1");
+        service.onRequest = [this](const QString& method, const QString&) { isStopped = method == Text("GET"); };
+        EXPECT_EQ(Sync(), SyncOutcome::Cancelled);
+        isStopped = false;
+        service.onRequest = nullptr;
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(Contents(), Files({{Text("g/y"), "1 of f/y"}, {Text("new"), "1"}, {Text("stays"), "1 of stays"}}));
+        ExpectInStep();
+        for (const char* path : {"g/y", "new"}) {
+            Remove(path);
+        }
+        ASSERT_TRUE(QDir(Path("g")).removeRecursively());
+        ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(TellsChanges, MovesTest, testing::Bool(), testing::PrintToStringParamName());

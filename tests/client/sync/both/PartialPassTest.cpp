@@ -66,6 +66,24 @@ TEST_P(PartialPassTest, AChangedFileIsSentWithoutAListing) {
     ExpectInStep();
 }
 
+TEST_P(PartialPassTest, WhatIsGoneBeforeItIsReadIsSeenToByTheNextPassWithoutAListing) {
+    Begin({"a", "f/b"});
+    Write("f/b", "mine");
+    Write("new", "mine, too");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (operation == std::string("Open") && path != Text("a")) {
+            QFile::remove(folder.filePath(path));
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
+    tree.before = nullptr;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(HasListed());
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "1 of a"}}));
+    ExpectInStep();
+}
+
 TEST_P(PartialPassTest, AFileThatChangedThereSinceIsNotOverwritten) {
     Begin({"a", "f/b"});
     Write("f/b", "mine");

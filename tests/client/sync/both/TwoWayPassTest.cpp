@@ -23,35 +23,13 @@ using sync::http::HttpException;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-/// With a service that is asked for everything, and with one that tells what changed.
-class TwoWayPassTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
+class TwoWayPassTest : public tests::EitherServiceTest {
 protected:
-    TwoWayPassTest() { service.tellsChanges = GetParam(); }
-
-    /// Both sides are in step with these files.
-    void Begin(const std::vector<const char*>& paths) {
-        for (const char* path : paths) {
-            Write(path, QByteArray("1 of ") + path);
-        }
-        ASSERT_EQ(Sync(), SyncOutcome::InStep);
-        service.ForgetCounts();
-    }
-
-    /// Right before the first request of `method`, once, `happens`.
-    void Before(const char* method, const std::function<void()>& happens) {
-        service.onRequest = [method, happens, isOver = false](const QString& met, const QString&) mutable {
-            if (!isOver && met == Text(method)) {
-                isOver = true;
-                happens();
-            }
-        };
-    }
-
     /// Of a file that is deleted here, and changes there at a moment of the pass.
     void ExpectThatAChangeStays(const char* moment) {
         Begin({"a", "stays"});
         Remove("a");
-        Before(moment, [this] { service.Put(Text("a"), "theirs"); });
+        BeforeRequest(moment, [this] { service.Put(Text("a"), "theirs"); });
         EXPECT_EQ(Sync(), SyncOutcome::LeftSome) << moment;
         EXPECT_EQ(Told(), QStringList(Text("Kept a"))) << moment;
         EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
@@ -59,12 +37,6 @@ protected:
         EXPECT_EQ(Content("a"), QByteArray("theirs"));
         Remove("a");
         ASSERT_EQ(Sync(), SyncOutcome::InStep);
-    }
-
-    void ExpectInStep() {
-        EXPECT_EQ(Contents(), service.Contents());
-        EXPECT_EQ(Sync(), SyncOutcome::InStep);
-        EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
     }
 };
 
@@ -186,7 +158,7 @@ TEST_P(TwoWayPassTest, WhatIsPutIntoAFolderInTheMomentInWhichItIsDeletedStays) {
     for (const char* moment : {"MOVE", "RMCOL"}) {
         Begin({"f/a", "stays"});
         ASSERT_TRUE(QDir(Path("f")).removeRecursively());
-        Before(moment, [this] { service.Put(Text("f/new"), "theirs"); });
+        BeforeRequest(moment, [this] { service.Put(Text("f/new"), "theirs"); });
         Sync();
         EXPECT_EQ(service.Contents(), Files({{Text("f/new"), "theirs"}, {Text("stays"), "1 of stays"}})) << moment;
         EXPECT_EQ(Sync(), SyncOutcome::InStep);
@@ -250,7 +222,7 @@ TEST_P(TwoWayPassTest, WhatChangesThereRightBeforeItIsDeletedStaysOnAServerWitho
 TEST_P(TwoWayPassTest, WhatIsHereAgainIsNotDeletedThere) {
     Begin({"a", "stays"});
     Remove("a");
-    Before("HEAD", [this] { Write("a", "again"); });
+    BeforeRequest("HEAD", [this] { Write("a", "again"); });
     EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
     EXPECT_EQ(service.Content(Text("a")), QByteArray("1 of a"));
     EXPECT_EQ(Sync(), SyncOutcome::InStep);

@@ -73,6 +73,23 @@ const RuleCase RuleCases[] = {
     {"a", "ab", false},
     {"a", "A", false},
     {"//a", "a", false},
+    {"f//a", "f/a", false},
+    {"f//", "f/", false},
+    {"**//a", "f/a", false},
+    {"f/**//a", "f/a", false},
+    {"*//a", "f/a", false},
+    {"f/*//", "f/g/", false},
+    // No path has these names in it.
+    {"./a", "a", false},
+    {"f/./a", "f/a", false},
+    {"f/../a", "a", false},
+    {"f/.", "f/", false},
+    {".", "a", false},
+    {"..", "a", false},
+    {"\\./a", "a", false},
+    {".a", ".a", true},
+    {"...", "...", true},
+    {"f/.*", "f/.a", true},
     // A separator at the end matches folders only.
     {"f/", "f/", true},
     {"f/", "f", false},
@@ -137,6 +154,9 @@ const RuleCase RuleCases[] = {
     {"[[:x]", ":", true},
     {"[[:x]", "[", true},
     {"f[/]a", "f/a", false},
+    {"f[/x]a", "fxa", true},
+    {"f[x//]/a", "fx/a", true},
+    {"f\\/a", "f/a", true},
     {"f[!x]a", "f/a", false},
     {"f/[!x]", "f/y", true},
     // '\' makes the next character an ordinary one.
@@ -195,7 +215,11 @@ TEST_P(ExclusionRuleTest, MeansWhatTheManualOfGitSays) {
     const char* const rules = GetParam().rules;
     const QString path = Text(GetParam().path);
     // Git reads these and lets them match nothing.
-    if (Text(rules) == Text("/")) {
+    static const QStringList matchNothing{Text("/"),     Text("//a"),     Text("f//a"),   Text("f//"),
+                                          Text("**//a"), Text("f/**//a"), Text("*//a"),   Text("f/*//"),
+                                          Text("./a"),   Text("f/./a"),   Text("f/../a"), Text("f/."),
+                                          Text("."),     Text(".."),      Text("\\./a"),  Text("f[/]a")};
+    if (matchNothing.contains(Text(rules))) {
         EXPECT_THROW(ExclusionOf(rules), sync::core::SyncException);
         return;
     }
@@ -266,7 +290,7 @@ TEST(ExclusionTest, NoRuleExcludesNothing) {
 }
 
 TEST(ExclusionTest, ARuleThatNothingCanMatchIsRefusedByItsName) {
-    for (const char* rule : {"", "!", "/", "[a", "a\\", "[[:name:]]", "[a-\\", "[!]"}) {
+    for (const char* rule : {"", "!", "/", "[a", "a\\", "[[:name:]]", "[a-\\", "[!]", "a//b", "!a//b", "./a", "[/]"}) {
         try {
             const Exclusion exclusion({Text("a"), Text(rule)});
             ADD_FAILURE() << rule;
@@ -292,6 +316,15 @@ TEST(ExclusionTest, AFileMayBeginWithAByteOrderMark) {
     EXPECT_EQ(Exclusion::RulesIn("\xEF\xBB\xBF"
                                  "a\n#b\n\n!c \n"),
               QStringList({Text("a"), Text("!c")}));
+}
+
+TEST(ExclusionTest, ARuleOfAFileThatNothingCanMatchIsRefusedByItsLine) {
+    try {
+        Exclusion::RulesIn("a\n# b\n\nc//d\n//e\n");
+        ADD_FAILURE();
+    } catch (const sync::core::SyncException& e) {
+        EXPECT_EQ(e.Utf8Message(), "line 4: \"c//d\" is not a valid pattern: no path can match it");
+    }
 }
 
 TEST(ExclusionTest, TheTextTellsRulesApart) {

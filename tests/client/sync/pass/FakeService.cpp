@@ -303,7 +303,8 @@ private:
         ContentVersion version;
         version.entityTag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
         version.size = _service.isWithoutLengths ? -1 : file.content.size() + _service.excessOfLengths;
-        version.lastModified = _service.isWithoutDates ? QDateTime() : file.modified;
+        version.lastModified =
+            _service.isWithoutDates ? QDateTime() : file.modified.addSecs(_service.secondsAheadOfListings);
         return version;
     }
 

@@ -67,6 +67,8 @@ public:
     bool ignoresConditions = false;
     /// What the announced lengths of contents are above the true ones.
     qint64 excessOfLengths = 0;
+    /// What the dates beside contents are ahead of those of listings.
+    int secondsAheadOfListings = 0;
     /// Names no strong entity tags.
     bool isWithoutTags = false;
     bool isWithoutDates = false;

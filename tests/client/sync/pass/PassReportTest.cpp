@@ -68,6 +68,14 @@ TEST_F(PassReportTest, TheThirdFailureInARowIsTooMuch) {
     EXPECT_EQ(report.Outcome(), SyncOutcome::Failed);
 }
 
+TEST_F(PassReportTest, WhoeverAsksForPatienceOrAnswersForTheServiceDoesNotRefuse) {
+    for (const int status : {429, 502, 504, 511, 302}) {
+        Fail(Answer(status));
+        report.TellSuccess();
+        EXPECT_EQ(events.last().kind, SyncEvent::Kind::Failed) << status;
+    }
+}
+
 TEST_F(PassReportTest, WhatTheServiceOrTheDiskRefusesForOneFileIsNoFailureOfAll) {
     for (int i = 0; i < 5; ++i) {
         Fail(Answer(403));

@@ -69,6 +69,31 @@ SyncOutcome SyncTest::Sync() {
     return _Run([](SyncPass& pass) { return TwoWayPass(pass).Run(); });
 }
 
+void SyncTest::Begin(const std::vector<const char*>& paths) {
+    for (const char* path : paths) {
+        Write(path, QByteArray("1 of ") + path);
+    }
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    service.ForgetCounts();
+}
+
+void SyncTest::ExpectInStep() {
+    EXPECT_EQ(Contents(), service.Contents());
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_TRUE(Told().isEmpty()) << Told().join(QLatin1Char('\n')).toStdString();
+    EXPECT_EQ(Contents(), service.Contents());
+}
+
+void SyncTest::BeforeRequest(const char* method, const std::function<void()>& happens) {
+    service.onRequest = [method, happens, isOver = false](const QString& met, const QString&) mutable {
+        if (!isOver && met == Text(method)) {
+            isOver = true;
+            happens();
+        }
+    };
+}
+
 SyncOutcome SyncTest::SyncPlaces(const QSet<QString>& changedHere) {
     return _Run([&changedHere](SyncPass& pass) { return TwoWayPass(pass, changedHere).Run(); });
 }

@@ -31,6 +31,13 @@ protected:
     /// Of which it is known that nothing else changed here.
     ovsync::report::SyncOutcome SyncPlaces(const QSet<QString>& changedHere);
 
+    /// Both sides are in step with these files, and each knows what it has.
+    void Begin(const std::vector<const char*>& paths);
+    /// Both sides have the same, and another pass finds nothing to do.
+    void ExpectInStep();
+    /// Right before the first request of `method`, once, `happens`.
+    void BeforeRequest(const char* method, const std::function<void()>& happens);
+
     /// In the synced folder; the folders above are made.
     void Write(const char* path, const QByteArray& content);
     void Remove(const char* path);
@@ -62,6 +69,12 @@ private:
     ovsync::report::SyncOutcome _Run(const std::function<ovsync::report::SyncOutcome(ovsync::pass::SyncPass&)>& pass);
     void OnEvent(const ovsync::report::SyncEvent& event) override { events.append(event); }
     void OnProgress(const ovsync::report::SyncProgress& /*progress*/) override {}
+};
+
+/// With a service that is asked for everything, and with one that tells what changed.
+class EitherServiceTest : public SyncTest, public testing::WithParamInterface<bool> {
+protected:
+    EitherServiceTest() { service.tellsChanges = GetParam(); }
 };
 
 }  // namespace tests

@@ -33,7 +33,8 @@ protected:
         const QStringList folders = records.Folders();
         const ovsync::pass::ServiceFolder serviceFolder = service.Folder(folder.path());
         SyncPass pass(serviceFolder, tree, records, options, Observer());
-        LocalSnapshot snapshot = pass.Begin();
+        pass.Prepare();
+        LocalSnapshot snapshot = pass.Look();
         const SyncPass::Listing listing = pass.List(QDateTime(), snapshot);
         const RecordMaker maker(serviceFolder, listing.at);
         const FileComparison comparison(pass.Sides(), maker);

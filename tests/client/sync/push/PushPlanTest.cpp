@@ -31,7 +31,8 @@ protected:
         const QStringList folders = records.Folders();
         const ovsync::pass::ServiceFolder serviceFolder = service.Folder(folder.path());
         SyncPass pass(serviceFolder, tree, records, options, Observer());
-        const LocalSnapshot snapshot = pass.Begin();
+        pass.Prepare();
+        const LocalSnapshot snapshot = pass.Look();
         const SyncPass::Listing listing = pass.List(QDateTime(), snapshot);
         const RecordMaker maker(serviceFolder, listing.at);
         const FileComparison comparison(pass.Sides(), maker);

@@ -1,30 +1,39 @@
-#include "client/sync/both/LastState.h"
+#include "client/sync/part/LastState.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 namespace ovsync {
-namespace both {
+namespace part {
+
+using plan::Direction;
 
 namespace {
 
 const qint64 SecondsOfTrust = qint64(24) * 60 * 60;
 
-QString StateSetting() {
-    return QStringLiteral("state of both sides");
+QString SettingOf(Direction direction) {
+    switch (direction) {
+        case Direction::Pull:
+            return QStringLiteral("state of pulls");
+        case Direction::Push:
+            return QStringLiteral("state of pushes");
+        default:
+            return QStringLiteral("state of both sides");
+    }
 }
 
 }  // namespace
 
-LastState LastState::Of(store::RecordDatabase& records, const QString& excluded) {
-    const QJsonObject object = QJsonDocument::fromJson(records.Setting(StateSetting()).toUtf8()).object();
-    LastState state;
+LastState LastState::Of(store::RecordDatabase& records, Direction direction, const QString& excluded) {
+    const QJsonObject object = QJsonDocument::fromJson(records.Setting(SettingOf(direction)).toUtf8()).object();
+    LastState state(direction);
     state.listed = QDateTime::fromString(object.value(QLatin1String("listed")).toString(), Qt::ISODate);
     state.excluded = object.value(QLatin1String("excluded")).toString();
     const qint64 age = state.listed.isValid() ? state.listed.secsTo(QDateTime::currentDateTimeUtc()) : -1;
     if (age < 0 || age >= SecondsOfTrust || state.excluded != excluded) {
-        state = LastState();
+        state = LastState(direction);
         state.excluded = excluded;
         return state;
     }
@@ -48,10 +57,17 @@ void LastState::Record(store::RecordDatabase& records) const {
                              {QStringLiteral("look"), needsLook},
                              {QStringLiteral("open"), QJsonArray::fromStringList(open)}};
     const QString text = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-    if (records.Setting(StateSetting()) != text) {
-        records.WriteSetting(StateSetting(), text);
+    const QString setting = SettingOf(_direction);
+    if (records.Setting(setting) != text) {
+        records.WriteSetting(setting, text);
     }
 }
 
-}  // namespace both
+void LastState::Forget(store::RecordDatabase& records) {
+    for (const Direction direction : {Direction::Pull, Direction::Push, Direction::Both}) {
+        records.WriteSetting(SettingOf(direction), QString());
+    }
+}
+
+}  // namespace part
 }  // namespace ovsync

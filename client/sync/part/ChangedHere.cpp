@@ -1,7 +1,7 @@
-#include "client/sync/both/ChangedHere.h"
+#include "client/sync/part/ChangedHere.h"
 
 namespace ovsync {
-namespace both {
+namespace part {
 
 using local::LocalEntry;
 
@@ -40,5 +40,5 @@ QSet<QString> ChangedHere(store::RecordDatabase& records, const local::Exclusion
     return changed;
 }
 
-}  // namespace both
+}  // namespace part
 }  // namespace ovsync

@@ -1,4 +1,4 @@
-#include "client/sync/both/ServicePart.h"
+#include "client/sync/part/ServicePart.h"
 
 #include <algorithm>
 
@@ -6,7 +6,7 @@
 #include "client/sync/pass/RemoteVersion.h"
 
 namespace ovsync {
-namespace both {
+namespace part {
 
 using changes::ServiceChanges;
 using local::FolderOf;
@@ -161,5 +161,5 @@ QVector<FileConfiguration> ServicePart::Files() const {
     return files;
 }
 
-}  // namespace both
+}  // namespace part
 }  // namespace ovsync

@@ -9,7 +9,7 @@
 #include "client/sync/pass/PassSides.h"
 
 namespace ovsync {
-namespace both {
+namespace part {
 
 /// What the service has at some places, put together of what it says has changed and of what is recorded of the rest.
 /// For one pass. Not thread-safe.
@@ -49,5 +49,5 @@ private:
     QSet<QString> _gone;
 };
 
-}  // namespace both
+}  // namespace part
 }  // namespace ovsync

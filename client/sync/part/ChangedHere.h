@@ -8,11 +8,11 @@
 #include "client/sync/local/LocalSnapshot.h"
 
 namespace ovsync {
-namespace both {
+namespace part {
 
 /// The paths of all files and folders that are not as they are recorded: new, changed, or gone.
 QSet<QString> ChangedHere(store::RecordDatabase& records, const local::Exclusion& exclusion,
                           const local::LocalSnapshot& snapshot);
 
-}  // namespace both
+}  // namespace part
 }  // namespace ovsync

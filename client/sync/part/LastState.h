@@ -5,12 +5,16 @@
 #include <QStringList>
 
 #include "client/store/RecordDatabase.h"
+#include "client/sync/plan/SyncDecision.h"
 
 namespace ovsync {
-namespace both {
+namespace part {
 
-/// What a pass in both directions leaves to the next one, so that that one need not look at everything. A plain value.
-struct LastState {
+/// What a pass leaves to the next one of its direction, so that that one need not look at everything. A plain value.
+class LastState {
+public:
+    explicit LastState(plan::Direction direction) : _direction(direction) {}
+
     /// Of the service's folder; empty when everything has to be listed.
     QString there;
     /// When everything was listed, by the clock here.
@@ -28,10 +32,16 @@ struct LastState {
 
     /// None of an earlier pass when it was made for other rules, and when it is more than a day old: a service that did
     /// not tell of everything is believed no longer.
-    static LastState Of(store::RecordDatabase& records, const QString& excluded);
+    static LastState Of(store::RecordDatabase& records, plan::Direction direction, const QString& excluded);
     /// Writes nothing when that is recorded already.
     void Record(store::RecordDatabase& records) const;
+    /// To be called when records are moved: what the service told of before was of their old places, and a pass that
+    /// breaks off afterwards would leave a state since which it is not told again.
+    static void Forget(store::RecordDatabase& records);
+
+private:
+    plan::Direction _direction;
 };
 
-}  // namespace both
+}  // namespace part
 }  // namespace ovsync
