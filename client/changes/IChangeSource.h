@@ -20,6 +20,10 @@ public:
     /// there is no such folder. Throws TransactionError when there is no answer at all.
     virtual std::optional<QString> StateNow() = 0;
 
+    /// The same once everything was listed, which may have told more of it: what to ask with from then on. To be asked
+    /// right after that listing.
+    virtual QString Listed(const QString& state) = 0;
+
     /// Begins to ask for what changed since `state`, and returns at once.
     virtual void Ask(const QString& state) = 0;
     /// Waits for the answer to what was asked last. Throws TransactionError when there is no answer at all.

@@ -27,6 +27,9 @@ struct ServiceChanges {
     QVector<sync::config::FileConfiguration> files;
     /// The server paths of what is gone, with everything that was in it.
     QStringList gone;
+    /// The server paths of folders of which all was told that lies right in them: what else was there is gone. Where
+    /// there is any, what lies in the other folders that were told of is as it was.
+    QStringList whole;
     /// To ask with the next time.
     QString state;
     /// The service's time of the answer; invalid when it told none.

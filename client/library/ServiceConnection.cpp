@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "client/changes/FolderChanges.h"
 #include "client/changes/GivenListing.h"
-#include "client/changes/SyncCollection.h"
 #include "client/content/ContentConnection.h"
 #include "client/library/DrovaneHttp.h"
 #include "client/library/RequestAuthenticatorFactory.h"
@@ -190,8 +190,8 @@ std::unique_ptr<changes::IChangeSource> ServiceConnection::NewChangeSource(const
         changes.folders += *folders;
         changes.files += *files;
     };
-    return std::make_unique<changes::SyncCollection>(
-        *_connection, UrlOf(serverPath + QLatin1Char('/')), [this](const QString& path) { return UrlOf(path); }, map);
+    return std::make_unique<changes::FolderChanges>(
+        *_connection, serverPath, [this](const QString& path) { return UrlOf(path); }, map);
 }
 
 std::unique_ptr<content::IContentConnection> ServiceConnection::NewContentConnection() const {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "client/listing/CollectionTag.h"
 #include "client/listing/FolderProtocol.h"
 #include "client/wire/DateReader.h"
 #include "client/wire/Printable.h"
@@ -169,6 +170,11 @@ void ListingBuilder::Add(const MultistatusEntry& entry) {
         entry.Fail(QStringLiteral("came before"));
     }
     _Describe(entry, classType, form, place.value());
+    if (isFolder && _limits.supplement->KeepsTags()) {
+        _limits.supplement->AddTag(mapKey,
+                                   CollectionTag(_Text(entry, Entry::FileId), _Text(entry, Entry::FileIdOfServer),
+                                                 _Text(entry, Entry::EntityTag)));
+    }
 }
 
 std::shared_ptr<DAVPropfindResult> ListingBuilder::Finish() {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/listing/CollectionTag.h"
 #include "client/wire/EnumTable.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/Printable.h"
@@ -44,8 +45,10 @@ constexpr PropertyName PropertyNames[] = {
     {MultistatusEntry::LinksExtractedAt, "linksextractedat"},
     {MultistatusEntry::Attribute, "attribute"},
     {MultistatusEntry::Executable, "executable", "http://apache.org/dav/props/"},
+    {MultistatusEntry::FileId, "id", FileIdNamespace},
+    {MultistatusEntry::FileIdOfServer, "fileid", FileIdNamespace},
 };
-static_assert(wire::HasRowOfEach(PropertyNames, &PropertyName::property, MultistatusEntry::Executable),
+static_assert(wire::HasRowOfEach(PropertyNames, &PropertyName::property, MultistatusEntry::FileIdOfServer),
               "A property is the index of its name.");
 
 bool IsSuccess(int status) {

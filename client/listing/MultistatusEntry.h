@@ -41,6 +41,8 @@ public:
         LinksExtractedAt,
         Attribute,
         Executable,
+        FileId,
+        FileIdOfServer,
         PropertyCount
     };
 

@@ -4,8 +4,6 @@
 
 #include "client/requests/FolderCreationRequest.h"
 #include "client/requests/FolderQueryRequest.h"
-#include "client/requests/PropfindRequest.h"
-#include "client/requests/TreeListing.h"
 #include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 
@@ -50,8 +48,21 @@ const wire::AnswerSummary& AccountConnection::LastAnswer() const {
     return _connection.LastAnswer();
 }
 
+void AccountConnection::ListByLevels(PropfindRequest& tree, const TreeListing::Choice& enters) {
+    ServerTraits server;
+    server.kind = ServerKind::Foreign;
+    server.isRefusingTrees = true;
+    tree.SetLimits(_limits);
+    tree.SetServerKind(server.kind);
+    TreeListing(_connection, server, enters).Perform(tree);
+}
+
 void AccountConnection::_Perform(IHttpRequest& request, HttpTransaction& transaction) {
     if (auto* const propfind = dynamic_cast<PropfindRequest*>(&request)) {
+        if (propfind->IsTree() && _limits.supplement->KeepsTags()) {
+            ListByLevels(*propfind);
+            return;
+        }
         propfind->SetLimits(_limits);
         if (propfind->IsListing()) {
             ServerTraits& server = _capabilities.Of(propfind->Url());

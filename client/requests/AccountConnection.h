@@ -3,7 +3,9 @@
 #include <QString>
 
 #include "client/requests/IRequestSender.h"
+#include "client/requests/PropfindRequest.h"
 #include "client/requests/ServerCapabilities.h"
+#include "client/requests/TreeListing.h"
 #include "client/wire/HttpConnection.h"
 
 namespace ovsync {
@@ -33,6 +35,9 @@ public:
 
     /// Sends what the library does not know of. Throws TransactionError.
     void Perform(wire::HttpTransaction& transaction) { _connection.Perform(transaction); }
+    /// Lists a tree of a server that is not the service folder by folder, also where that would list it at once. Throws
+    /// as TreeListing does.
+    void ListByLevels(PropfindRequest& tree, const TreeListing::Choice& enters = nullptr);
     /// Of the server of a collection; asks it, unless that is known. Throws TransactionError.
     ServerKind KindOf(const QUrl& collection) { return _capabilities.Of(collection).kind; }
     const wire::ListingLimits& Limits() const { return _limits; }

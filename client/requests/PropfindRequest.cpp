@@ -3,6 +3,7 @@
 #include <QMap>
 #include <QRegularExpression>
 
+#include "client/listing/CollectionTag.h"
 #include "client/listing/MultistatusEntry.h"
 #include "client/wire/DateReader.h"
 #include "client/wire/HttpStatus.h"
@@ -35,7 +36,7 @@ QStringList DefaultProperties() {
 
 /// The body of a PROPFIND that asks a server of that `kind` for `names`. Throws SyncException for a name that cannot be
 /// read.
-QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForBit) {
+QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForBit, bool asksForTags) {
     // A namespace is a URI reference, and none of the characters left out here can stand in one.
     static const QRegularExpression nameForm(QStringLiteral(
         "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
@@ -75,6 +76,10 @@ QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForB
     // The service says it with the content.
     if (isDefault && (kind != ServerKind::Service || asksForBit)) {
         elements += QLatin1String("<A:executable xmlns:A=\"http://apache.org/dav/props/\"/>");
+    }
+    if (isDefault && asksForTags) {
+        elements += QStringLiteral("<O:id xmlns:O=\"%1\"/><O:fileid xmlns:O=\"%1\"/>")
+                        .arg(QLatin1String(listing::FileIdNamespace));
     }
     if (!isResourceTypeAsked) {
         elements.prepend(QLatin1String("<D:resourcetype/>"));
@@ -164,7 +169,7 @@ void PropfindRequest::SetModifiedSinceTime(const QDateTime& time) {
 }
 
 void PropfindRequest::SetProperties(const QStringList& names) {
-    PropfindBody(names, ServerKind::Service, false);
+    PropfindBody(names, ServerKind::Service, false, false);
     _names = names;
 }
 
@@ -193,7 +198,7 @@ HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
 }
 
 QByteArray PropfindRequest::RequestBody() const {
-    return PropfindBody(_names, _serverKind, _asksForBit);
+    return PropfindBody(_names, _serverKind, _asksForBit, IsListing() && _limits.supplement->KeepsTags());
 }
 
 bool PropfindRequest::TakeSlash() {

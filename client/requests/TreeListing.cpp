@@ -70,8 +70,8 @@ bool HasChecksum(const DAVPropfindResponse& file) {
 
 }  // namespace
 
-TreeListing::TreeListing(wire::HttpConnection& connection, ServerTraits& server)
-    : _connection(connection), _server(server) {}
+TreeListing::TreeListing(wire::HttpConnection& connection, ServerTraits& server, Choice enters)
+    : _connection(connection), _server(server), _enters(std::move(enters)) {}
 
 void TreeListing::Perform(PropfindRequest& tree) {
     _tree = &tree;
@@ -135,9 +135,15 @@ int TreeListing::_LevelOf(const QString& key) const {
 
 void TreeListing::_ListBelow(const QStringList& folders) {
     for (const QString& folder : folders) {
-        _waiting.push_back({folder, QString(), nullptr});
+        _Enter(folder);
     }
     _connection.PerformAll(*this, FoldersAtOnce);
+}
+
+void TreeListing::_Enter(const QString& folder) {
+    if (!_enters || _enters(folder)) {
+        _waiting.push_back({folder, QString(), nullptr});
+    }
 }
 
 HttpTransaction* TreeListing::Next() {
@@ -179,7 +185,7 @@ void TreeListing::_TakeFolder(const Question& question) {
         const QString prefix = PrefixOf(folder);
         const Entries& all = _result->collectionResponses;
         for (auto below = all.lowerBound(prefix); below != all.cend() && below.key().startsWith(prefix); ++below) {
-            _waiting.push_back({below.key(), QString(), nullptr});
+            _Enter(below.key());
         }
     } else if (IsGone(status)) {
         _LookForMissing(folder);

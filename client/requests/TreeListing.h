@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -23,8 +24,12 @@ namespace requests {
 /// it any more. Everything else that goes wrong with any folder ends the whole, with an error that names the folder.
 class TreeListing : private wire::ITransactionQueue {
 public:
-    /// Both have to outlive this object. What is found out about the server goes to `server`.
-    TreeListing(wire::HttpConnection& connection, ServerTraits& server);
+    /// Whether to list what lies in the folder that has this key, which was just listed itself.
+    using Choice = std::function<bool(const QString& key)>;
+
+    /// Both have to outlive this object. What is found out about the server goes to `server`. Where folders are listed
+    /// one by one, those alone that it `enters`, if that is not null.
+    TreeListing(wire::HttpConnection& connection, ServerTraits& server, Choice enters = nullptr);
 
     /// Once. Fills `tree` with an answer, which may be a refusal. Throws TransactionError, and HttpException where a
     /// folder in the tree was refused.
@@ -49,6 +54,7 @@ private:
     QStringList _LowestFolders();
     int _LevelOf(const QString& key) const;
     void _ListBelow(const QStringList& folders);
+    void _Enter(const QString& folder);
 
     void _TakeFolder(const Question& question);
     void _TakeSecondLook(const Question& question);
@@ -59,6 +65,7 @@ private:
 
     wire::HttpConnection& _connection;
     ServerTraits& _server;
+    const Choice _enters;
     PropfindRequest* _tree = nullptr;
     std::shared_ptr<sync::http::DAVPropfindResult> _result;
     QString _root;

@@ -453,6 +453,14 @@ QStringList RecordDatabase::PathsBelow(const QString& folder) {
         _Statement("SELECT path FROM files" + isBelow + " UNION ALL SELECT path FROM folders" + isBelow).Bind(folder));
 }
 
+QStringList RecordDatabase::PathsIn(const QString& folder) {
+    const QByteArray isIn = folder.isEmpty() ? " WHERE instr(path || ?1, '/') = 0"
+                                             : " WHERE path > ?1 || '/' AND path < ?1 || '0'"
+                                               " AND instr(substr(path, length(?1) + 2), '/') = 0";
+    return _Texts(
+        _Statement("SELECT path FROM files" + isIn + " UNION ALL SELECT path FROM folders" + isIn).Bind(folder));
+}
+
 void RecordDatabase::WriteFolder(const QString& path) {
     _Statement("INSERT OR IGNORE INTO folders (path) VALUES (?)").Bind(path).Run();
 }

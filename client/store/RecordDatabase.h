@@ -88,6 +88,8 @@ public:
     std::optional<FolderRecord> FindFolder(const QString& path);
     /// Of all files and folders in it, at any depth. In no order.
     QStringList PathsBelow(const QString& folder);
+    /// Of those that lie right in it; of the synced folder itself when it is empty. In no order.
+    QStringList PathsIn(const QString& folder);
     /// Leaves it as it is when it is there.
     void WriteFolder(const QString& path);
     void WriteFolder(const FolderRecord& folder);

@@ -54,6 +54,12 @@ struct HttpStatus {
         return status >= BadRequest && status != TooManyRequests && status != BadGateway &&
                status != ServiceUnavailable && status != GatewayTimeout && status != NetworkAuthenticationRequired;
     }
+    /// Whether a question that was refused so may have another answer the next time.
+    static constexpr bool IsPassing(int status) {
+        return status == Unauthorized || status == ProxyAuthenticationRequired || status == NotFound ||
+               status == Gone || status == Locked || status == TooManyRequests ||
+               (status >= InternalServerError && status != NotImplemented);
+    }
 };
 
 }  // namespace wire

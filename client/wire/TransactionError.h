@@ -42,6 +42,8 @@ public:
                      Cause cause = Cause::WrongAnswer);
 
     Cause Why() const { return _cause; }
+    /// Whether an answer came, which cannot be taken for one, or not whole.
+    bool IsAnswerWrong() const { return _cause == Cause::WrongAnswer || _cause == Cause::CutOff; }
     const QString& Reason() const { return _reason; }
     const AnswerSummary& Answer() const { return _answer; }
 

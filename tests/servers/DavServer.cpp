@@ -125,9 +125,11 @@ private:
             case ServerKind::Nginx:
                 return {"/usr/sbin/nginx", "-e", "stderr", "-c", _Configure("nginx.conf", folder)};
             case ServerKind::SabreDav:
+            case ServerKind::SabreTags:
                 // One process answers one request at a time, on one connection.
                 environment["PHP_CLI_SERVER_WORKERS"] = "8";
-                return {"/usr/bin/php", "-S", address, _Configure("sabre-dav.php", folder)};
+                return {"/usr/bin/php", "-S", address,
+                        _Configure(kind == ServerKind::SabreDav ? "sabre-dav.php" : "sabre-tags.php", folder)};
             case ServerKind::Rclone:
                 return {"/usr/bin/rclone", "serve", "webdav", folder, "--addr", address, "--config", "/dev/null"};
             default:
@@ -171,6 +173,7 @@ std::ostream& operator<<(std::ostream& stream, ServerKind kind) {
         {ServerKind::Nginx, "Nginx"},
         {ServerKind::Rclone, "Rclone"},
         {ServerKind::SabreDav, "SabreDav"},
+        {ServerKind::SabreTags, "SabreTags"},
     };
     return stream << names.at(kind);
 }

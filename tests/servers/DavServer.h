@@ -17,7 +17,10 @@ enum class ServerKind {
     /// Knows no conditions.
     Rclone,
     /// Lists one level when it is asked for a whole tree.
-    SabreDav
+    SabreDav,
+    /// Refuses that, but gives collections ids, and entity tags that change with all that lies below. Writes each
+    /// request into its log.
+    SabreTags
 };
 
 /// For the names of tests.

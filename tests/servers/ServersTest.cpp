@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <sstream>
 #include <thread>
 
 #include "tests/service/CapturedText.h"
@@ -125,6 +126,18 @@ void ServersTest::ChangeThere(const std::string& method, const std::string& path
     }
 }
 
+Words ServersTest::Asked() const {
+    const std::string mark = "asked: ";
+    Words asked;
+    std::istringstream log(_server->Log());
+    for (std::string line; std::getline(log, line);) {
+        if (const auto at = line.find(mark); at != std::string::npos) {
+            asked.push_back(line.substr(at + mark.size()));
+        }
+    }
+    return asked;
+}
+
 void ServersTest::WriteHere(const FolderImage& tree) const {
     Write(here, tree);
 }
@@ -132,7 +145,7 @@ void ServersTest::WriteHere(const FolderImage& tree) const {
 INSTANTIATE_TEST_SUITE_P(Each, ServersTest,
                          testing::Values(ServerKind::Apache, ServerKind::ApacheByDefault, ServerKind::Lighttpd,
                                          ServerKind::Nginx, ServerKind::Rclone, ServerKind::SabreDav,
-                                         ServerKind::StandIn),
+                                         ServerKind::SabreTags, ServerKind::StandIn),
                          testing::PrintToStringParamName());
 
 }  // namespace servers

@@ -51,6 +51,9 @@ protected:
     /// the server also serves what was put.
     void ChangeThere(const std::string& method, const std::string& path, const std::string& content = "");
 
+    /// What the server was asked so far, of those that write that into their log: "PROPFIND /folder/".
+    Words Asked() const;
+
     void WriteHere(const FolderImage& tree) const;
     FolderImage ImageHere() const { return syncproof::ReadFolder(here.Path()); }
 

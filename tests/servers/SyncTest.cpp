@@ -144,5 +144,81 @@ TEST_P(ServersTest, PullKeepsBothSidesOfAConflict) {
     ExpectEqual("conflict", tree, after);
 }
 
+TEST_P(ServersTest, SyncsWhatChangesOnEitherSide) {
+    FolderImage tree = OddTree(GetParam());
+    Serve(tree);
+    WriteHere({{"mine/", ""}, {"mine/of this side.txt", "mine"}});
+    tree["mine/"] = "";
+    tree["mine/of this side.txt"] = "mine";
+    ExpectRun("sync", {"sync", here.Path(), Url()});
+    ExpectEqual("sync", tree, ImageHere());
+    ExpectThere("sync", tree);
+    ExpectRun("sync again", {"sync", here.Path(), Url()});
+    ExpectNothingToDo("sync again", {"sync", here.Path(), Url()});
+
+    for (int kind = 0; kind < 4; ++kind) {
+        const std::string path = FilesForChange(tree, kind).front();
+        tree[path] = Changed(tree[path], kind);
+        if (kind % 2 == 0) {
+            ChangeThere("PUT", path, tree[path]);
+        } else {
+            WriteHere({{path, tree[path]}});
+        }
+    }
+    ChangeThere("MKCOL", "theirs & new/");
+    ChangeThere("PUT", "theirs & new/new #file.txt", "new");
+    tree["theirs & new/"] = "";
+    tree["theirs & new/new #file.txt"] = "new";
+    WriteHere({{"mine/new/", ""}, {"mine/new/file.txt", "new here"}});
+    tree["mine/new/"] = "";
+    tree["mine/new/file.txt"] = "new here";
+    const std::string gone = FilesForChange(tree, 4).front();
+    ChangeThere("DELETE", gone);
+    tree.erase(gone);
+    const std::string goneHere = FilesForChange(tree, 5).front();
+    ASSERT_EQ(unlink((here / goneHere).c_str()), 0);
+    tree.erase(goneHere);
+    ExpectRun("sync of changes", {"sync", here.Path(), Url()});
+    ExpectEqual("sync of changes", tree, ImageHere());
+    ExpectThere("sync of changes", tree);
+    // Those were changed in this second, and may change in it once more.
+    ExpectRun("sync again", {"sync", here.Path(), Url()});
+    ExpectEqual("sync again", tree, ImageHere());
+    ExpectThere("sync again", tree);
+}
+
+TEST_P(ServersTest, SyncsByNoMoreRequestsThanChangesNeed) {
+    if (GetParam() != ServerKind::SabreTags) {
+        GTEST_SKIP() << "It does not tell what it was asked";
+    }
+    FolderImage tree = OddTree(GetParam());
+    Serve(tree);
+    const Words sync{"sync", here.Path(), Url()};
+    const auto asked = [&] {
+        const size_t before = Asked().size();
+        ExpectRun("sync", sync);
+        Words requests = Asked();
+        requests.erase(requests.begin(), requests.begin() + static_cast<std::ptrdiff_t>(before));
+        std::sort(requests.begin(), requests.end());
+        return requests;
+    };
+    ExpectRun("sync", sync);
+    EXPECT_EQ(asked(), Words({"PROPFIND /"}));
+    tree["deep/with space/new.txt"] = "new";
+    ChangeThere("PUT", "deep/with space/new.txt", "new");
+    EXPECT_EQ(asked(), Words({"GET /deep/with%20space/new.txt", "PROPFIND /", "PROPFIND /", "PROPFIND /deep/",
+                              "PROPFIND /deep/with%20space/"}));
+    EXPECT_EQ(asked(), Words({"PROPFIND /"}));
+    ExpectEqual("sync", tree, ImageHere());
+    // What a pass itself changed is looked at once more by the next one, and a file that was sent a moment ago
+    // compared.
+    tree["deep/mine.txt"] = "mine";
+    WriteHere({{"deep/mine.txt", "mine"}});
+    ExpectRun("sync", sync);
+    EXPECT_EQ(asked(), Words({"GET /deep/mine.txt", "PROPFIND /", "PROPFIND /", "PROPFIND /deep/"}));
+    EXPECT_EQ(asked(), Words({"PROPFIND /"}));
+    ExpectThere("sync", tree);
+}
+
 }  // namespace
 }  // namespace servers

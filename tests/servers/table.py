@@ -16,6 +16,7 @@ SERVERS = {
     "Nginx": "nginx with dav-ext",
     "Rclone": "`rclone serve webdav`",
     "SabreDav": "sabre/dav under PHP",
+    "SabreTags": "sabre/dav with tags of folders",
     "StandIn": "the stand-in",
 }
 # A cell is made of several tests.
@@ -28,6 +29,7 @@ COLUMNS = {
         "PushesNothingOverWhatSomebodyElseHasChanged",
     ],
     "pull, again, conflict": ["PullsAFolderAndWhatChangesInIt", "PullKeepsBothSidesOfAConflict"],
+    "sync, again": ["SyncsWhatChangesOnEitherSide", "SyncsByNoMoreRequestsThanChangesNeed"],
     "mv, rm, mkdir -p": ["MovesFoldersAndFiles", "RemovesFoldersAndFiles", "MakesFoldersAndThoseAboveThem"],
     "get, put": [
         "GetsFilesOneByOne",

@@ -53,7 +53,8 @@ public:
         : _kind(kind), _tally(tally), _chance(seed, tally), _losses(tally) {
         fs::create_directories(_there / "shared");
         _StartServer(0);
-        if (kind == ServerKind::Rclone) {
+        // What lies in a folder with a line break in its name, sabre/dav takes for the root.
+        if (kind == ServerKind::Rclone || kind == ServerKind::SabreTags) {
             for (RandomChanges* changes : {&_places[0].changes, &_places[1].changes, &_changesThere}) {
                 changes->LeaveControlCharactersOut();
             }
@@ -232,7 +233,8 @@ TEST_P(RandomSyncTest, LosesNothingAndLeavesAllSidesEqual) {
 }
 
 INSTANTIATE_TEST_SUITE_P(On, RandomSyncTest,
-                         testing::Values(ServerKind::StandIn, ServerKind::Apache, ServerKind::Rclone),
+                         testing::Values(ServerKind::StandIn, ServerKind::Apache, ServerKind::Rclone,
+                                         ServerKind::SabreTags),
                          testing::PrintToStringParamName());
 
 }  // namespace

@@ -86,6 +86,9 @@ void ScopedPass::_RunWhole(LocalSnapshot snapshot, bool asksForState) {
         _state.Record(_sides.records);
         return;
     }
+    if (!_state.there.isEmpty()) {
+        _state.there = _sides.service.changes->Listed(_state.there);
+    }
     const QSet<QString> sent = _join(snapshot, listing);
     if (_direction != Direction::Push) {
         _pass.EndListing(listing);

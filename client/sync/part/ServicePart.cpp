@@ -22,7 +22,8 @@ bool ServicePart::Add(const ServiceChanges& changes) {
         }
         _AddGone(path);
     }
-    return std::all_of(changes.folders.begin(), changes.folders.end(),
+    return (changes.whole.isEmpty() || _AddWhole(changes)) &&
+           std::all_of(changes.folders.begin(), changes.folders.end(),
                        [this](const FolderConfiguration& folder) { return _AddFolder(folder); }) &&
            std::all_of(changes.files.begin(), changes.files.end(),
                        [this](const FileConfiguration& file) { return _AddFile(file); }) &&
@@ -34,6 +35,34 @@ bool ServicePart::AddLookedAt(const ServiceChanges& looked) {
         return _sides.records.FindFolder(_sides.service.PathBelow(folder.serverPath)).has_value();
     };
     return std::all_of(looked.folders.begin(), looked.folders.end(), isKnown) && Add(looked);
+}
+
+bool ServicePart::_AddWhole(const ServiceChanges& changes) {
+    QSet<QString> told;
+    for (const FileConfiguration& file : changes.files) {
+        told.insert(_sides.service.PathBelow(file.serverPath));
+    }
+    for (const FolderConfiguration& folder : changes.folders) {
+        told.insert(_sides.service.PathBelow(folder.serverPath));
+    }
+    QSet<QString> whole;
+    for (const QString& serverPath : changes.whole) {
+        const QString path = _sides.service.PathBelow(serverPath);
+        if (path.isEmpty() && serverPath != _sides.service.folder.serverPath) {
+            return false;
+        }
+        whole.insert(path);
+        for (const QString& known : _sides.records.PathsIn(path)) {
+            if (!told.contains(known)) {
+                _AddGone(known);
+            }
+        }
+    }
+    // What is in an unknown one is not as it is recorded.
+    return std::all_of(changes.folders.begin(), changes.folders.end(), [&](const FolderConfiguration& folder) {
+        const QString path = _sides.service.PathBelow(folder.serverPath);
+        return whole.contains(path) || _sides.exclusion.HasFolderAt(path) || _sides.records.FindFolder(path);
+    });
 }
 
 bool ServicePart::_AddFolder(const FolderConfiguration& folder) {

@@ -33,6 +33,8 @@ public:
     QVector<sync::config::FileConfiguration> Files() const;
 
 private:
+    /// Finds what is gone from the folders that were told whole.
+    bool _AddWhole(const changes::ServiceChanges& changes);
     bool _AddFolder(const sync::config::FolderConfiguration& folder);
     bool _AddFile(const sync::config::FileConfiguration& file);
     void _AddGone(const QString& path);

@@ -43,8 +43,8 @@ public:
     /// Asks for what changed since `since`, or for everything when that is invalid. Throws what the library throws, and
     /// HttpException of status 404 when there is no such folder.
     Listing List(const QDateTime& since, const local::LocalSnapshot& snapshot);
-    /// Asks for what changed since the last complete pass, or for everything where nobody can go by that. Throws as List
-    /// does.
+    /// Asks for what changed since the last complete pass, or for everything where nobody can go by that. Throws as
+    /// List does.
     Listing ListChanges(const local::LocalSnapshot& snapshot);
     /// Notes whether the pass was complete, of which this was the listing.
     void EndListing(const Listing& listing);

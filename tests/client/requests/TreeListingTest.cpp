@@ -29,13 +29,12 @@ using tests::BadAnswer;
 using tests::Describe;
 using tests::FixtureAnswer;
 using tests::FixtureNameOf;
+using tests::Script;
 using tests::ScriptedServer;
+using tests::StepsOf;
+using tests::With;
 
 using Ending = ScriptedServer::Ending;
-
-/// The fixtures with which a server answers each request, its depth and its target, the first time, the second time and
-/// so on.
-using Script = QMap<QByteArray, QList<const char*>>;
 
 const char* const Foreign = "statuses/options-foreign-200";
 const char* const NoTrees = "statuses/no-trees-apache-403";
@@ -49,35 +48,6 @@ const Script RefusingTrees{{" /Projects/A/", {Foreign}},
 
 class TreeListingTest : public testing::Test {
 protected:
-    /// It takes as many requests as the script has, in any order, one connection each: it serves one at a time.
-    static QList<ScriptedServer::Step> StepsOf(const Script& script) {
-        const auto left = std::make_shared<Script>(script);
-        const ScriptedServer::Step step{
-            [left](const ScriptedServer::Request& request) {
-                const QByteArray key = request.headers.value("depth") + ' ' + request.target;
-                QList<const char*>& fixtures = (*left)[key];
-                if (fixtures.isEmpty()) {
-                    return "HTTP/1.1 500 Not in the script: " + key + "\r\nContent-Length: 0\r\n\r\n";
-                }
-                return FixtureAnswer(QLatin1String(fixtures.takeFirst())).Bytes();
-            },
-            Ending::Close};
-        QList<ScriptedServer::Step> steps;
-        for (const QList<const char*>& fixtures : script) {
-            for (int i = 0; i < fixtures.size(); ++i) {
-                steps.append(step);
-            }
-        }
-        return steps;
-    }
-
-    static Script With(Script script, const Script& others) {
-        for (auto other = others.begin(); other != others.end(); ++other) {
-            script[other.key()] = other.value();
-        }
-        return script;
-    }
-
     std::shared_ptr<DAVPropfindRequest> TreeRequest(const ScriptedServer& server, const char* path = "/Projects/A/") {
         return HttpFactory().CreatePropfindRequest(std::make_shared<QUrl>(server.Url(QLatin1String(path))), 0,
                                                    DAVPropfindRequest::Tree);

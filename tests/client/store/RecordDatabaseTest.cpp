@@ -330,6 +330,26 @@ TEST_F(RecordDatabaseTest, WhatLiesInAFolderMovesWithIt) {
     EXPECT_FALSE(database.FindFile(Text("f.txt")));
 }
 
+TEST_F(RecordDatabaseTest, WhatLiesRightInAFolderIsTold) {
+    RecordDatabase database(Root(), RecordDatabase::Access::Change);
+    for (const char* path : {"a", "f/b", "f/g/c", "f0/d", "f.txt", "\xC3\xA9/e"}) {
+        database.WriteFile(Record(path));
+    }
+    for (const char* path : {"f", "f/g", "f/g/h", "f0", "\xC3\xA9"}) {
+        database.WriteFolder(Text(path));
+    }
+    const auto in = [&database](const char* folder) {
+        QStringList paths = database.PathsIn(Text(folder));
+        paths.sort();
+        return paths;
+    };
+    EXPECT_EQ(in(""), QStringList({Text("a"), Text("f"), Text("f.txt"), Text("f0"), Text("\xC3\xA9")}));
+    EXPECT_EQ(in("f"), QStringList({Text("f/b"), Text("f/g")}));
+    EXPECT_EQ(in("f/g"), QStringList({Text("f/g/c"), Text("f/g/h")}));
+    EXPECT_EQ(in("\xC3\xA9"), QStringList(Text("\xC3\xA9/e")));
+    EXPECT_EQ(in("f/g/h"), QStringList());
+}
+
 TEST_F(RecordDatabaseTest, ADamagedDatabaseIsNamed) {
     ASSERT_TRUE(QDir(Root()).mkdir(Text(".ovsync")));
     QFile file(File());

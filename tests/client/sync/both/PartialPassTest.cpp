@@ -21,10 +21,13 @@ using ovsync::wire::TransactionError;
 using tests::Text;
 using Files = std::map<QString, QByteArray>;
 
-/// Passes that look only at what changed.
-class PartialPassTest : public tests::SyncTest {
+/// Passes that look only at what changed. The parameter says whether the service tells whole folders.
+class PartialPassTest : public tests::SyncTest, public testing::WithParamInterface<bool> {
 protected:
-    PartialPassTest() { service.tellsChanges = true; }
+    PartialPassTest() {
+        service.tellsChanges = true;
+        service.tellsWhole = GetParam();
+    }
 
     /// Both sides are in step with these files, and the service told of all that the passes did.
     void Begin(const std::vector<const char*>& paths) {
@@ -54,7 +57,7 @@ protected:
     }
 };
 
-TEST_F(PartialPassTest, AChangedFileIsSentWithoutAListing) {
+TEST_P(PartialPassTest, AChangedFileIsSentWithoutAListing) {
     Begin({"a", "f/b"});
     Write("f/b", "mine");
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
@@ -63,7 +66,7 @@ TEST_F(PartialPassTest, AChangedFileIsSentWithoutAListing) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, WhatIsGoneBeforeItIsReadIsSeenToByTheNextPassWithoutAListing) {
+TEST_P(PartialPassTest, WhatIsGoneBeforeItIsReadIsSeenToByTheNextPassWithoutAListing) {
     Begin({"a", "f/b"});
     Write("f/b", "mine");
     Write("new", "mine, too");
@@ -81,7 +84,7 @@ TEST_F(PartialPassTest, WhatIsGoneBeforeItIsReadIsSeenToByTheNextPassWithoutALis
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, AFileThatChangedThereSinceIsNotOverwritten) {
+TEST_P(PartialPassTest, AFileThatChangedThereSinceIsNotOverwritten) {
     Begin({"a", "f/b"});
     Write("f/b", "mine");
     service.onRequest = [this](const QString& method, const QString&) {
@@ -97,7 +100,7 @@ TEST_F(PartialPassTest, AFileThatChangedThereSinceIsNotOverwritten) {
     EXPECT_EQ(Content("f/b"), QByteArray("mine"));
 }
 
-TEST_F(PartialPassTest, WhatChangedThereIsFetchedWithoutAListing) {
+TEST_P(PartialPassTest, WhatChangedThereIsFetchedWithoutAListing) {
     Begin({"a", "f/b", "gone", "g/h/gone"});
     service.Put(Text("f/b"), "theirs");
     service.Put(Text("new/c"), "new");
@@ -110,7 +113,7 @@ TEST_F(PartialPassTest, WhatChangedThereIsFetchedWithoutAListing) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, ADeletionIsBelievedOnlyOfTheFileItself) {
+TEST_P(PartialPassTest, ADeletionIsBelievedOnlyOfTheFileItself) {
     Begin({"a", "f/b"});
     service.onChanges = [](ServiceChanges& changes) { changes.gone.append({Text("S/a"), Text("S/f")}); };
     EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
@@ -121,7 +124,7 @@ TEST_F(PartialPassTest, ADeletionIsBelievedOnlyOfTheFileItself) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, WhatIsDeletedThereAndMadeAgainIsFetched) {
+TEST_P(PartialPassTest, WhatIsDeletedThereAndMadeAgainIsFetched) {
     Begin({"a", "f/b"});
     service.Remove(Text("f/b"));
     service.Put(Text("f/b"), "again");
@@ -134,7 +137,7 @@ TEST_F(PartialPassTest, WhatIsDeletedThereAndMadeAgainIsFetched) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, WhatChangesThereWhileThePassRunsIsFetchedByTheNext) {
+TEST_P(PartialPassTest, WhatChangesThereWhileThePassRunsIsFetchedByTheNext) {
     for (const char* moment : {"REPORT", "TOKEN", "LIST", "PUT", "SENT"}) {
         SCOPED_TRACE(moment);
         Write("mine", moment);
@@ -155,7 +158,7 @@ TEST_F(PartialPassTest, WhatChangesThereWhileThePassRunsIsFetchedByTheNext) {
     }
 }
 
-TEST_F(PartialPassTest, AnOpenConflictIsLookedAtByEachPass) {
+TEST_P(PartialPassTest, AnOpenConflictIsLookedAtByEachPass) {
     Begin({"a", "b"});
     Write("a", "mine");
     service.Put(Text("a"), "theirs");
@@ -175,7 +178,7 @@ TEST_F(PartialPassTest, AnOpenConflictIsLookedAtByEachPass) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, AFileThatCouldNotBeFetchedIsFetchedByTheNextPass) {
+TEST_P(PartialPassTest, AFileThatCouldNotBeFetchedIsFetchedByTheNextPass) {
     Begin({"a"});
     service.Put(Text("b"), "theirs");
     service.onRequest = [](const QString& method, const QString&) {
@@ -191,7 +194,7 @@ TEST_F(PartialPassTest, AFileThatCouldNotBeFetchedIsFetchedByTheNextPass) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, AFileThatCouldNotBeSentIsSentByTheNextPass) {
+TEST_P(PartialPassTest, AFileThatCouldNotBeSentIsSentByTheNextPass) {
     Begin({"a"});
     Write("a", "2");
     Write("new", "1");
@@ -206,7 +209,7 @@ TEST_F(PartialPassTest, AFileThatCouldNotBeSentIsSentByTheNextPass) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, APassThatBreaksOffLosesNoChange) {
+TEST_P(PartialPassTest, APassThatBreaksOffLosesNoChange) {
     for (const char* moment : {"GET", "PUT", "SENT", "DELETE", "DELETED", "MOVE", "MOVED"}) {
         SCOPED_TRACE(moment);
         Begin({"a", "b", "c", "f/d", "f/e", "g/h"});
@@ -235,7 +238,7 @@ TEST_F(PartialPassTest, APassThatBreaksOffLosesNoChange) {
     }
 }
 
-TEST_F(PartialPassTest, AFileThatMovedWithItsFolderAndOneThatWasDeletedInItAreKnownAgain) {
+TEST_P(PartialPassTest, AFileThatMovedWithItsFolderAndOneThatWasDeletedInItAreKnownAgain) {
     Begin({"f/a", "f/g/b", "f/gone", "stays"});
     service.Move(Text("f"), Text("m"));
     service.Remove(Text("m/gone"));
@@ -247,7 +250,7 @@ TEST_F(PartialPassTest, AFileThatMovedWithItsFolderAndOneThatWasDeletedInItAreKn
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, AFolderThereWhereAFileIsHereIsFetchedOnceThatIsGone) {
+TEST_P(PartialPassTest, AFolderThereWhereAFileIsHereIsFetchedOnceThatIsGone) {
     Begin({"a", "b"});
     Write("a", "mine");
     service.Remove(Text("a"));
@@ -263,7 +266,7 @@ TEST_F(PartialPassTest, AFolderThereWhereAFileIsHereIsFetchedOnceThatIsGone) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, WhatIsRefusedForItsNameIsToldByEachPass) {
+TEST_P(PartialPassTest, WhatIsRefusedForItsNameIsToldByEachPass) {
     Begin({"a"});
     service.Put(Text("x.{SyncTemp}"), "1");
     for (int pass = 0; pass < 3; ++pass) {
@@ -279,7 +282,7 @@ TEST_F(PartialPassTest, WhatIsRefusedForItsNameIsToldByEachPass) {
     }
 }
 
-TEST_F(PartialPassTest, AFolderThatNobodyLooksIntoHidesNoChangeForGood) {
+TEST_P(PartialPassTest, AFolderThatNobodyLooksIntoHidesNoChangeForGood) {
     Begin({"a", "f/b"});
     ASSERT_EQ(mkdir(Path("f/.ovsync").toUtf8().constData(), 0777), 0);
     service.Put(Text("f/b"), "theirs");
@@ -295,7 +298,7 @@ TEST_F(PartialPassTest, AFolderThatNobodyLooksIntoHidesNoChangeForGood) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, ALinkHidesNoChangeForGood) {
+TEST_P(PartialPassTest, ALinkHidesNoChangeForGood) {
     Begin({"a", "b"});
     Remove("a");
     ASSERT_EQ(symlink("b", Path("a").toUtf8().constData()), 0);
@@ -308,7 +311,7 @@ TEST_F(PartialPassTest, ALinkHidesNoChangeForGood) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, AnotherFilterLooksAtEverything) {
+TEST_P(PartialPassTest, AnotherFilterLooksAtEverything) {
     options.exclusion = Exclusion(QStringList(Text("*.tmp")));
     Begin({"a"});
     service.Put(Text("x.tmp"), "theirs");
@@ -321,7 +324,7 @@ TEST_F(PartialPassTest, AnotherFilterLooksAtEverything) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, AServiceThatForgotOrNeverKnewTheStateIsListed) {
+TEST_P(PartialPassTest, AServiceThatForgotOrNeverKnewTheStateIsListed) {
     Begin({"a", "b"});
     for (const bool isAnswerKnown : {false, true}) {
         service.Put(Text("a"), isAnswerKnown ? "1" : "2");
@@ -343,7 +346,7 @@ TEST_F(PartialPassTest, AServiceThatForgotOrNeverKnewTheStateIsListed) {
     EXPECT_EQ(service.Count("TOKEN") + service.Count("REPORT"), 0);
 }
 
-TEST_F(PartialPassTest, ADayLaterEverythingIsListed) {
+TEST_P(PartialPassTest, ADayLaterEverythingIsListed) {
     Begin({"a"});
     for (const int seconds : {-24 * 60 * 60, 60 * 60}) {
         const QString then = QDateTime::currentDateTimeUtc().addSecs(seconds).toString(Qt::ISODate);
@@ -361,7 +364,7 @@ TEST_F(PartialPassTest, ADayLaterEverythingIsListed) {
     }
 }
 
-TEST_F(PartialPassTest, AnswersThatCannotBePlacedAreNotBelieved) {
+TEST_P(PartialPassTest, AnswersThatCannotBePlacedAreNotBelieved) {
     using Change = std::function<void(ServiceChanges&)>;
     ::sync::config::FileConfiguration elsewhere;
     elsewhere.serverPath = Text("T/a");
@@ -377,6 +380,7 @@ TEST_F(PartialPassTest, AnswersThatCannotBePlacedAreNotBelieved) {
                                  Change([&](ServiceChanges& changes) { changes.files.append(orphan); }),
                                  Change([&](ServiceChanges& changes) { changes.folders.append(other); }),
                                  Change([&](ServiceChanges& changes) { changes.gone.append(Text("T/b")); }),
+                                 Change([&](ServiceChanges& changes) { changes.whole.append(Text("T")); }),
                                  Change([&](ServiceChanges& changes) { changes.gone.append(Text("S")); })}) {
         service.onChanges = nullptr;
         Begin({"a", "f/b"});
@@ -387,7 +391,7 @@ TEST_F(PartialPassTest, AnswersThatCannotBePlacedAreNotBelieved) {
     }
 }
 
-TEST_F(PartialPassTest, TheLimitOfDeletionsCountsAllFiles) {
+TEST_P(PartialPassTest, TheLimitOfDeletionsCountsAllFiles) {
     for (char name = 'a'; name <= 'x'; ++name) {
         Write(std::string(1, name).c_str(), "1");
     }
@@ -411,7 +415,7 @@ TEST_F(PartialPassTest, TheLimitOfDeletionsCountsAllFiles) {
     EXPECT_EQ(service.Contents().size(), 19U);
 }
 
-TEST_F(PartialPassTest, APassOverPlacesLooksNowhereElse) {
+TEST_P(PartialPassTest, APassOverPlacesLooksNowhereElse) {
     Begin({"a", "f/b", "f/c", "g/d"});
     Write("a", "not told");
     Write("f/b", "told");
@@ -425,7 +429,7 @@ TEST_F(PartialPassTest, APassOverPlacesLooksNowhereElse) {
     EXPECT_EQ(service.CountAll(), 1);
 }
 
-TEST_F(PartialPassTest, APassOverPlacesTakesFoldersWithAllThatIsInThem) {
+TEST_P(PartialPassTest, APassOverPlacesTakesFoldersWithAllThatIsInThem) {
     Begin({"a", "f/b", "f/g/c"});
     ASSERT_TRUE(QDir().rename(Path("f"), Path("m")));
     EXPECT_EQ(SyncPlaces({Text("f"), Text("m")}), SyncOutcome::InStep);
@@ -442,7 +446,7 @@ TEST_F(PartialPassTest, APassOverPlacesTakesFoldersWithAllThatIsInThem) {
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, AFolderThatIsDeletedThereAndHoldsSomethingIsOneOfThisSideForTheNextPass) {
+TEST_P(PartialPassTest, AFolderThatIsDeletedThereAndHoldsSomethingIsOneOfThisSideForTheNextPass) {
     options.exclusion = Exclusion(QStringList(Text("*.tmp")));
     Begin({"a", "f/b"});
     Write("f/x.tmp", "excluded");
@@ -453,7 +457,7 @@ TEST_F(PartialPassTest, AFolderThatIsDeletedThereAndHoldsSomethingIsOneOfThisSid
     EXPECT_TRUE(service.HasFolder(Text("f")));
 }
 
-TEST_F(PartialPassTest, AFolderWhoseDeletionHadToWaitIsDeletedByTheNextPass) {
+TEST_P(PartialPassTest, AFolderWhoseDeletionHadToWaitIsDeletedByTheNextPass) {
     disk.MakeFolder(Text("empty"));
     Begin({"a"});
     ASSERT_TRUE(disk.RemoveFolder(Text("empty")));
@@ -470,7 +474,7 @@ TEST_F(PartialPassTest, AFolderWhoseDeletionHadToWaitIsDeletedByTheNextPass) {
     EXPECT_FALSE(service.HasFolder(Text("empty")));
 }
 
-TEST_F(PartialPassTest, ANameThatIsNotUtf8IsToldByEachPass) {
+TEST_P(PartialPassTest, ANameThatIsNotUtf8IsToldByEachPass) {
     Begin({"a"});
     QFile file(Path("b"));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
@@ -479,7 +483,7 @@ TEST_F(PartialPassTest, ANameThatIsNotUtf8IsToldByEachPass) {
     EXPECT_EQ(SyncPlaces({}), SyncOutcome::LeftSome);
 }
 
-TEST_F(PartialPassTest, APassOverPlacesDeletesNothingInAFolderThatIsAway) {
+TEST_P(PartialPassTest, APassOverPlacesDeletesNothingInAFolderThatIsAway) {
     Begin({"a", "b"});
     options.deletionLimit = ovsync::pass::DeletionLimit();
     Remove("a");
@@ -488,7 +492,7 @@ TEST_F(PartialPassTest, APassOverPlacesDeletesNothingInAFolderThatIsAway) {
     EXPECT_EQ(service.Contents().size(), 2U);
 }
 
-TEST_F(PartialPassTest, WhatTheServiceChangesIsBroughtToTheRightPlaceInAPassOverPlaces) {
+TEST_P(PartialPassTest, WhatTheServiceChangesIsBroughtToTheRightPlaceInAPassOverPlaces) {
     Begin({"a", "f/b"});
     service.Put(Text("f/b"), "theirs");
     service.Put(Text("f/new/c"), "new");
@@ -498,7 +502,7 @@ TEST_F(PartialPassTest, WhatTheServiceChangesIsBroughtToTheRightPlaceInAPassOver
     ExpectInStep();
 }
 
-TEST_F(PartialPassTest, ADryRunChangesNothingOfTheState) {
+TEST_P(PartialPassTest, ADryRunChangesNothingOfTheState) {
     Begin({"a"});
     const QString before = Setting("state of both sides");
     service.Put(Text("b"), "1");
@@ -510,5 +514,32 @@ TEST_F(PartialPassTest, ADryRunChangesNothingOfTheState) {
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
     ExpectInStep();
 }
+
+TEST_P(PartialPassTest, AFolderThatNobodyKnowsHasToBeToldWhole) {
+    service.tellsWhole = true;
+    Begin({"a"});
+    service.Put(Text("new/b"), "1");
+    service.onChanges = [](ServiceChanges& changes) {
+        changes.whole.removeAll(Text("S/new"));
+        changes.files.clear();
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_TRUE(HasListed());
+    EXPECT_EQ(Contents(), service.Contents());
+}
+
+TEST_P(PartialPassTest, AnExcludedFolderNeedNotBeKnown) {
+    options.exclusion = Exclusion(QStringList(Text("x/")));
+    service.Put(Text("x/y"), "1");
+    Begin({"a"});
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(HasListed());
+    EXPECT_EQ(Contents(), Files({{Text("a"), "2"}}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Tells, PartialPassTest, testing::Bool(), [](const auto& suite) {
+    return suite.param ? std::string("WholeFolders") : std::string("Changes");
+});
 
 }  // namespace

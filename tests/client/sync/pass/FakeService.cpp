@@ -319,8 +319,9 @@ public:
     std::optional<QString> StateNow() override {
         _service._Meet("TOKEN", QString());
         const Lock lock(_service._mutex);
-        return _service.tellsChanges ? Text("state %1").arg(_service._sequence) : QString();
+        return _service.tellsChanges ? Text("unlisted state %1").arg(_service._sequence) : QString();
     }
+    QString Listed(const QString& state) override { return QString(state).remove(Text("unlisted ")); }
     void Ask(const QString& state) override { _state = state; }
     ServiceChanges Take() override {
         _service._Meet("REPORT", QString());
@@ -329,7 +330,10 @@ public:
             const Lock lock(_service._mutex);
             const bool isKnown =
                 !_service.isMissing && _state.startsWith(Text("state ")) && _state.mid(6).toInt() <= _service._sequence;
-            changes = isKnown ? _service._ChangesSince(_state.mid(6).toInt()) : ServiceChanges();
+            if (isKnown) {
+                const int since = _state.mid(6).toInt();
+                changes = _service.tellsWhole ? _service._FoldersSince(since) : _service._ChangesSince(since);
+            }
             changes.answer = isKnown ? ServiceChanges::Answer::Known : ServiceChanges::Answer::Forgotten;
             changes.state = Text("state %1").arg(_service._sequence);
             _service._now = _service._now.addSecs(10);
@@ -541,6 +545,35 @@ ServiceChanges FakeService::_ChangesSince(int sequence) const {
     for (const auto& [path, when] : _gone) {
         if (when > sequence && _files.count(path) == 0 && _folders.count(path) == 0) {
             changes.gone.append(Text(Root) + path);
+        }
+    }
+    return changes;
+}
+
+ServiceChanges FakeService::_FoldersSince(int sequence) const {
+    std::set<QString> whole;
+    for (const auto& [path, when] : _folderChanges) {
+        for (QString folder = path; when > sequence; folder = FolderOf(folder)) {
+            whole.insert(folder);
+            if (folder.isEmpty()) {
+                break;
+            }
+        }
+    }
+    ServiceChanges changes;
+    for (const QString& path : whole) {
+        if (path.isEmpty() || _folders.count(path) != 0) {
+            changes.whole.append(path.isEmpty() ? Text("S") : Text(Root) + path);
+        }
+    }
+    for (const QString& path : _folders) {
+        if (whole.count(FolderOf(path)) != 0 && forgotten.count(path) == 0) {
+            changes.folders.append(_DescribeFolder(path));
+        }
+    }
+    for (const auto& [path, file] : _files) {
+        if (whole.count(FolderOf(path)) != 0 && forgotten.count(path) == 0) {
+            changes.files.append(_Describe(path, file));
         }
     }
     return changes;

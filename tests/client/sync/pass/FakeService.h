@@ -94,6 +94,9 @@ public:
     std::set<QString> forgotten;
     /// Tells what changed since it was asked before.
     bool tellsChanges = false;
+    /// Tells all that lies right in each folder below which anything changed, as if it was found by tags of folders;
+    /// else what changed alone.
+    bool tellsWhole = false;
     /// What it says to that besides.
     std::function<void(ovsync::changes::ServiceChanges& changes)> onChanges;
     /// There is no folder to sync.
@@ -116,6 +119,8 @@ private:
     void _Touch(const QString& folder);
     sync::config::FolderConfiguration _DescribeFolder(const QString& path) const;
     ovsync::changes::ServiceChanges _ChangesSince(int sequence) const;
+    /// Of all folders below which anything changed.
+    ovsync::changes::ServiceChanges _FoldersSince(int sequence) const;
     void _Meet(const char* method, const QString& path);
     sync::config::FileConfiguration _Describe(const QString& path, const File& file) const;
     QByteArray _Tag(const File& file) const;
