@@ -11,6 +11,7 @@
 #include "client/sync/local/LocalTree.h"
 #include "client/sync/pass/SyncConfiguration.h"
 #include "client/wire/HttpStatus.h"
+#include "client/wire/TransactionError.h"
 #include "dvsync/ExternalSyncConfig.h"
 #include "dvsync/VersionChecker.h"
 #include "dvsync/VersionManager.h"
@@ -25,6 +26,7 @@ using report::ISyncObserver;
 using report::SyncOutcome;
 using store::RecordDatabase;
 using wire::HttpStatus;
+using wire::TransactionError;
 
 namespace {
 
@@ -101,9 +103,12 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
     return result;
 }
 
-ServiceWishes FolderPass::AskWishes() {
+std::optional<ServiceWishes> FolderPass::AskWishes() {
     try {
         return WishesOf(_Connection().FetchSyncConfig());
+    } catch (const TransactionError& error) {
+        return error.Why() == TransactionError::Cause::WrongAnswer ? std::make_optional(WishesOf(nullptr))
+                                                                   : std::nullopt;
     } catch (const std::exception&) {
         // Other servers publish nothing.
         return WishesOf(nullptr);

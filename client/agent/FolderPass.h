@@ -18,7 +18,7 @@ public:
 
     PassResult Run(const std::atomic<bool>& isStopped, report::ISyncObserver& observer,
                    const Paths& changedHere) override;
-    ServiceWishes AskWishes() override;
+    std::optional<ServiceWishes> AskWishes() override;
 
 private:
     /// Kept from pass to pass, so that a poll does not begin with asking the server what it knows.

@@ -182,13 +182,18 @@ void FolderWorker::_RunPass(IFolderPass& pass) {
         return;
     }
     const auto end = Now();
-    if (EndOf(result.end) == FolderSchedule::End::Done && (!_asked || end - *_asked >= WishesHoldFor)) {
-        const ServiceWishes wishes = pass.AskWishes();
-        _asked = end;
-        _schedule.SetIntervals(wishes.frequency, wishes.delayAfterFailure);
-        _Tell([&wishes](FolderStatus& status) { status.newVersion = wishes.newVersion; });
+    FolderSchedule::End scheduled = EndOf(result.end);
+    if (scheduled == FolderSchedule::End::Done && (!_asked || end - *_asked >= WishesHoldFor)) {
+        if (const std::optional<ServiceWishes> wishes = pass.AskWishes()) {
+            _asked = end;
+            _schedule.SetIntervals(wishes->frequency, wishes->delayAfterFailure);
+            _Tell([&wishes](FolderStatus& status) { status.newVersion = wishes->newVersion; });
+        } else {
+            // It has just gone away.
+            scheduled = FolderSchedule::End::Failed;
+        }
     }
-    _schedule.EndPass(Now(), EndOf(result.end));
+    _schedule.EndPass(Now(), scheduled);
     _Finish(result, end - begin);
     // What a pass needed of memory is not needed until the next one.
     malloc_trim(0);

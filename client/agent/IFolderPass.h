@@ -53,8 +53,8 @@ public:
     virtual PassResult Run(const std::atomic<bool>& isStopped, report::ISyncObserver& observer,
                            const Paths& changedHere) = 0;
 
-    /// Asks the service; where it does not say, the library knows. Throws nothing.
-    virtual ServiceWishes AskWishes() = 0;
+    /// Asks the service; where it does not say, the library knows. None when it did not answer. Throws nothing.
+    virtual std::optional<ServiceWishes> AskWishes() = 0;
 };
 
 /// Makes the passes of a folder, on the thread that is going to use them.

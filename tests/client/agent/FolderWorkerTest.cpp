@@ -73,6 +73,9 @@ public:
         return _count;
     }
 
+    /// So often the service does not answer when it is asked what it wants.
+    std::atomic<int> unansweredWishes{0};
+
 private:
     std::mutex _mutex;
     std::condition_variable _changed;
@@ -88,8 +91,12 @@ public:
     PassResult Run(const std::atomic<bool>& isStopped, ISyncObserver& observer, const Paths& changedHere) override {
         return _script.Run(isStopped, observer, changedHere);
     }
-    ServiceWishes AskWishes() override {
-        return {std::chrono::seconds(3600), std::chrono::seconds(0), Text("KQ99_1_WIN")};
+    std::optional<ServiceWishes> AskWishes() override {
+        if (_script.unansweredWishes > 0) {
+            --_script.unansweredWishes;
+            return std::nullopt;
+        }
+        return ServiceWishes{std::chrono::seconds(3600), std::chrono::seconds(0), Text("KQ99_1_WIN")};
     }
 
 private:
@@ -221,6 +228,14 @@ TEST_F(FolderWorkerTest, AFailureIsToldAndTriedAgain) {
     EXPECT_EQ(status.state, State::Waiting);
     EXPECT_EQ(status.lastEnd, PassEnd::Failed);
     EXPECT_GE(status.nextPass, status.lastPass.addMSecs(4900));
+}
+
+TEST_F(FolderWorkerTest, AServiceThatDoesNotSayWhatItWantsIsAskedAgainSoon) {
+    _script.unansweredWishes = 1;
+    Start();
+    EXPECT_TRUE(_script.HasRun(2));
+    EXPECT_EQ(StatusWhen([](const FolderStatus& status) { return !status.newVersion.isEmpty(); }).newVersion,
+              Text("KQ99_1_WIN"));
 }
 
 TEST_F(FolderWorkerTest, WhoMayWriteInTheFolderIsAReasonToTryAgainAfterFailures) {
