@@ -82,7 +82,7 @@ using sync::http::HttpException;
 const char* const Footer =
     "Options may stand before or after the command.\n"
     "Exit status: 0 done, 1 the service said no or something is left for you to do, 2 wrong usage, 3 the service could "
-    "not be reached or understood.\n"
+    "not be reached or understood, or is busy.\n"
     "The password of a user comes from the environment variable OVSYNC_PASSWORD, from the desktop's keyring, from "
     "~/.netrc or from a prompt.\n"
     "Proxies come from http_proxy, https_proxy, all_proxy and no_proxy.";

@@ -203,9 +203,13 @@ QString RecordDatabase::HiddenFolder() {
     return QStringLiteral(".ovsync");
 }
 
+QString RecordDatabase::FilePath() {
+    return HiddenFolder() + QLatin1String("/records.db");
+}
+
 RecordDatabase::RecordDatabase(const QString& root, Access access) {
     const QString folder = root + QLatin1Char('/') + HiddenFolder();
-    const QString file = folder + QLatin1String("/records.db");
+    const QString file = root + QLatin1Char('/') + FilePath();
     const QByteArray folderName = folder.toUtf8();
     if (access == Access::Change && mkdir(folderName.constData(), 0777) != 0 && errno != EEXIST) {
         ThrowSystemError(folder);

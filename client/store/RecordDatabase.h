@@ -38,6 +38,8 @@ public:
 
     /// The name of the hidden folder.
     static QString HiddenFolder();
+    /// The path of the database below the synced folder.
+    static QString FilePath();
 
     /// Opens the database of the synced folder at the absolute path `root`. Throws when another process has it open,
     /// when it is damaged, and when a newer program wrote it; nothing is changed then.

@@ -1,6 +1,10 @@
 #include "client/store/Statement.h"
 
 #include <sqlite3.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 
 #include "client/store/StoreError.h"
 
@@ -82,7 +86,14 @@ void Statement::ThrowLastError(sqlite3* database) {
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
         throw StoreError(QStringLiteral("%1: another process is using the records of this folder").arg(file));
     }
-    throw StoreError(QStringLiteral("%1: %2").arg(file, QString::fromUtf8(sqlite3_errmsg(database))));
+    // What SQLite says of files that it may not write tells nobody why.
+    const QByteArray name = file.toUtf8();
+    const bool isOfDisk = code == SQLITE_IOERR || code == SQLITE_CANTOPEN || code == SQLITE_READONLY;
+    const bool isForbidden =
+        isOfDisk && (access(name.left(name.lastIndexOf('/')).constData(), R_OK | W_OK | X_OK) != 0 ||
+                     access(name.constData(), R_OK | W_OK) != 0);
+    throw StoreError(QStringLiteral("%1: %2").arg(file, isForbidden ? QString::fromLocal8Bit(std::strerror(errno))
+                                                                    : QString::fromUtf8(sqlite3_errmsg(database))));
 }
 
 void Statement::_Check(int result) const {

@@ -301,6 +301,19 @@ TEST(StatTest, ShowsWhatThereIsOfAFolderWhenTheOneAboveCannotBeListed) {
     }
 }
 
+TEST(StatTest, AWarningIsAnObjectWhereTheResultIsOne) {
+    Service service({Text("--fault"), Text("status=403,method=PROPFIND,request=3")});
+    service.AddFolder(Text("A/b"));
+    const ProgramResult result = RunOvsync({Text("stat"), Text("--json"), service.Url() + Text("A/b")});
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_TRUE(nlohmann::json::parse(result.output.constData()).is_object());
+    const nlohmann::json warning = nlohmann::json::parse(result.errors.constData());
+    EXPECT_THAT(warning["warning"].get<std::string>(), HasSubstr("date, id and privileges of \"A/b\" are missing: "));
+    EXPECT_EQ(warning["kind"], "refused");
+    EXPECT_EQ(warning["status"], 403);
+    EXPECT_FALSE(warning.contains("exitStatus"));
+}
+
 /// What a tree of the stand-in looks like, which meets `fault`.
 ProgramResult TreeMeeting(const QString& fault, const QStringList& command) {
     Service service({Text("--fault"), fault});

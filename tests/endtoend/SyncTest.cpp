@@ -90,6 +90,45 @@ TEST_F(SyncCommandTest, WhatPassesKeepInAFolderIsNotSynced) {
     EXPECT_FALSE(QFile::exists(First(".ovsync/new")));
 }
 
+TEST_F(SyncCommandTest, AFolderThatTheServiceHasNoMoreIsMadeAgainInTheWayThatIsNamed) {
+    const QString url = _service.Url() + Text("folder");
+    const auto run = [&](const char* command, int exitCode) {
+        QStringList arguments{Text(command), _first.path(), url};
+        if (arguments.first() == Text("pull")) {
+            arguments.move(1, 2);
+        }
+        const ProgramResult result = RunOvsync(arguments);
+        EXPECT_EQ(result.exitCode, exitCode) << command << ErrorsOf(result);
+        return ErrorsOf(result);
+    };
+    Write(First("f/a"), "1");
+    run("sync", 0);
+    ASSERT_EQ(RunOvsync({Text("rm"), Text("-r"), url}).exitCode, 0);
+    const QString way =
+        Text("remove \"%1/.ovsync/records.db\" and run \"ovsync sync '%1' '%2'\"").arg(_first.path(), url);
+    for (const char* command : {"sync", "pull", "push"}) {
+        EXPECT_THAT(run(command, 1), AllOf(HasSubstr("is not there any more: it was deleted or moved on the service"),
+                                           HasSubstr(way.toStdString()), HasSubstr("ovsync folders remove '")));
+    }
+    EXPECT_EQ(Content(First("f/a")), QByteArray("1"));
+    ASSERT_TRUE(QFile::remove(First(".ovsync/records.db")));
+    run("sync", 0);
+    EXPECT_TRUE(_service.HasFile(Text("folder/f/a")));
+    EXPECT_EQ(RunOvsync({Text("check"), _first.path(), url}).exitCode, 0);
+}
+
+TEST_F(SyncCommandTest, AFolderMovesToAnotherUrlInTheWayThatIsNamed) {
+    Write(First("a"), "1");
+    ExpectSync(_first.path(), 0, "1 sent");
+    const QString url = _service.Url() + Text("other");
+    const auto sync = [&] { return RunOvsync({Text("sync"), _first.path(), url}); };
+    EXPECT_THAT(ErrorsOf(sync()),
+                HasSubstr((Text("run \"ovsync sync '%1' '%2'").arg(_first.path(), url)).toStdString()));
+    ASSERT_TRUE(QFile::remove(First(".ovsync/records.db")));
+    EXPECT_EQ(sync().exitCode, 0);
+    EXPECT_TRUE(_service.HasFile(Text("other/a")));
+}
+
 TEST_F(SyncCommandTest, AnUnchangedFolderIsOneRequestAndAChangedFileNoListing) {
     Write(First("f/a"), "1");
     Write(First("f/b"), "1");

@@ -33,6 +33,7 @@ using input::UsageError;
 using output::Complain;
 using output::ExitCode;
 using output::Output;
+using output::Warn;
 
 namespace {
 
@@ -40,9 +41,10 @@ const char* const FoldersFooter =
     "Exit status: 0 done, 1 the folders file has a mistake or cannot be changed, 2 wrong usage.\n"
     "The folders stand in ovsync/folders.toml in $XDG_CONFIG_HOME, or in ~/.config.";
 
-void TellAgent() {
-    if (!agent::AgentClient().Send("reload")) {
-        Complain(QStringLiteral("No agent runs that would see to it; \"ovsync agent start\" starts one."));
+void TellAgent(const Arguments& given) {
+    if (!agent::AgentClient().Send("reload") && !given.isQuiet) {
+        Warn({"agent", QStringLiteral("No agent runs that would see to it; \"ovsync agent start\" starts one.")},
+             given.Errors());
     }
 }
 
@@ -87,14 +89,15 @@ void AddFolder(const Arguments& given) {
     const SyncedFolder folder = GivenFolder(given);
     folders::AddToFoldersFile(folder);
     if (!folder.user.isEmpty()) {
-        if (!input::KeepPasswordUnlessKept(folder.user, folder.location.baseUrl.host())) {
-            Complain(
-                QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login -u %1 "
-                               "%2\" keeps one.")
-                    .arg(folder.user, folder.location.baseUrl.toString()));
+        if (!input::KeepPasswordUnlessKept(folder.user, folder.location.baseUrl.host()) && !given.isQuiet) {
+            Warn({"login",
+                  QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
+                                 "-u %1 %2\" keeps one.")
+                      .arg(folder.user, folder.location.baseUrl.toString())},
+                 given.Errors());
         }
     }
-    TellAgent();
+    TellAgent(given);
 }
 
 nlohmann::ordered_json SyncedFolderJson(const SyncedFolder& folder) {
@@ -166,7 +169,7 @@ void AddFoldersCommand(CommandRegistry& registry) {
             registry.AddLocal(*folders, name, description, [change](const Arguments& arguments, Output&) {
                 const input::Application application;
                 change(NamedDirectory(arguments.directory));
-                TellAgent();
+                TellAgent(arguments);
                 return ExitCode::Done;
             });
         CommandRegistry::AddText(command, "DIR", "The local folder, as list shows it", given.directory);

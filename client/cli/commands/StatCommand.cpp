@@ -17,7 +17,6 @@ namespace commands {
 using input::Arguments;
 using input::Location;
 using library::ServiceConnection;
-using output::Complain;
 using output::ErrorMessage;
 using output::ErrorText;
 using output::FieldLines;
@@ -36,10 +35,11 @@ void AddListedFields(ServiceConnection& connection, const Location& location, co
         listed = connection.Folders().GetNameSortedDirsByFolder(parent);
     } catch (const sync::core::SyncException&) {
         // Whoever may see a folder need not see those beside it, and what lies above it may know no WebDAV.
-        const ErrorMessage error = ErrorText({location.Server(), location.ParentPath()}).Of(std::current_exception());
+        ErrorMessage error = ErrorText({location.Server(), location.ParentPath()}).Of(std::current_exception());
+        error.text =
+            QStringLiteral("date, id and privileges of \"%1\" are missing: %2").arg(location.serverPath, error.text);
         if (!given.isQuiet) {
-            Complain(QStringLiteral("date, id and privileges of \"%1\" are missing: %2")
-                         .arg(location.serverPath, given.isVerbose ? error.detail : error.text));
+            output::Warn(error, given.Errors());
         }
         return;
     }

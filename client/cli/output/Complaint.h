@@ -25,6 +25,9 @@ void Complain(const QString& message);
 /// A failure that the program will end with `exitCode` for.
 void Complain(const ErrorMessage& error, ExitCode exitCode, const ErrorStyle& style);
 
+/// What a program goes on in spite of.
+void Warn(const ErrorMessage& warning, const ErrorStyle& style);
+
 /// `text` as it may be shown there.
 QByteArray ShownInErrors(const QString& text);
 

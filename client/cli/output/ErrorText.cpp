@@ -3,11 +3,13 @@
 #include <QStringList>
 #include <QUrl>
 #include <cerrno>
+#include <cstring>
 
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
 #include "client/sync/report/Cancelled.h"
+#include "client/sync/report/FolderGone.h"
 #include "client/wire/AnswerError.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/Printable.h"
@@ -84,7 +86,8 @@ QString FileFailure(const LocalError& error) {
         case EFBIG:
             return QStringLiteral("a file as large as this is not allowed in %1").arg(path);
         default:
-            return error.Message();
+            return isTemporary ? QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(error.Code())))
+                               : error.Message();
     }
 }
 
@@ -93,6 +96,8 @@ QString FileFailure(const LocalError& error) {
 ErrorMessage ErrorText::Of(const std::exception_ptr& error) const {
     try {
         std::rethrow_exception(error);
+    } catch (const report::FolderGone& e) {
+        return {"refused", e.Message(), QString(), e.StatusCode()};
     } catch (const HttpException& e) {
         return _OfAnswer(e);
     } catch (const TransactionError& e) {

@@ -62,22 +62,22 @@ void Installer::Install(QVector<Request>& requests) {
 }
 
 void Installer::_SyncFolders(QVector<Request>& requests) {
-    QHash<QString, QString> errors;
+    QHash<QString, std::exception_ptr> errors;
     for (Request& request : requests) {
         const QString folder = FolderOf(request.placement.record.path);
         if (!errors.contains(folder)) {
             try {
                 _tree.SyncFolder(folder);
-                errors.insert(folder, QString());
+                errors.insert(folder, nullptr);
             } catch (const LocalError& e) {
                 if (e.ConcernsWholeDisk()) {
                     throw;
                 }
-                errors.insert(folder, e.Message());
+                errors.insert(folder, std::current_exception());
             }
         }
         // Somebody took the folder away. Whatever was done in it, the next Recover sees what is there.
-        if (request.result == Result::Done && !errors[folder].isEmpty()) {
+        if (request.result == Result::Done && errors[folder]) {
             request.result = Result::Failed;
             request.error = errors[folder];
         }
@@ -89,7 +89,7 @@ void Installer::_Install(Request& request) {
         request.result = request.placement.isRemoval ? _Remove(request) : _Put(request);
     } catch (const LocalError& e) {
         request.result = Result::Failed;
-        request.error = e.Message();
+        request.error = std::current_exception();
         if (e.ConcernsWholeDisk()) {
             throw;
         }

@@ -3,6 +3,7 @@
 #include <QHash>
 #include <QString>
 #include <QVector>
+#include <exception>
 #include <optional>
 
 #include "client/store/Placement.h"
@@ -33,8 +34,8 @@ public:
         Result result = Result::Failed;
         /// Where the file went that was written in the very moment in which it was replaced or removed; empty mostly.
         QString aside;
-        /// What the disk said; empty unless it refused.
-        QString error;
+        /// The LocalError of the disk; null unless it refused.
+        std::exception_ptr error;
     };
 
     /// The arguments outlive this object.

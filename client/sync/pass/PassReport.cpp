@@ -41,6 +41,14 @@ void PassReport::Tell(const QVector<SyncEvent>& events) {
     }
 }
 
+void PassReport::TellRefusal(const QString& path, const std::exception_ptr& error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (const std::exception& e) {
+        Tell({SyncEvent::Kind::Refused, path, QString::fromUtf8(e.what()), 0, error});
+    }
+}
+
 void PassReport::TellFailure(const QString& path, const std::exception_ptr& error) {
     if (*_options.isStopped) {
         std::rethrow_exception(error);

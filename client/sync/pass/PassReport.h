@@ -31,6 +31,8 @@ public:
     /// Tells why something failed. Throws `error` when it concerns all files: the credentials, the disk, when the
     /// service fails again and again, and when the pass is stopped, which ends what is under way with some error.
     void TellFailure(const QString& path, const std::exception_ptr& error);
+    /// Tells why something could not be done here, which concerns no other file.
+    void TellRefusal(const QString& path, const std::exception_ptr& error);
     /// The service did what it was asked for.
     void TellSuccess() { _failuresInARow = 0; }
 

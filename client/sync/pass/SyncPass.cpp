@@ -4,6 +4,7 @@
 
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/RemoteVersion.h"
+#include "client/sync/report/FolderGone.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -84,9 +85,16 @@ void SyncPass::_CheckFolder() {
     }
     const QString known = _sides.records.Setting(AddressSetting());
     if (!known.isEmpty() && known != _sides.service.address) {
-        throw WrongFolder(QStringLiteral("%1 is in step with %2 and cannot be synced with %3")
-                              .arg(_sides.service.folder.localPath, known, _sides.service.address));
+        throw WrongFolder(
+            QStringLiteral("%1 is in step with %2 and cannot be synced with %3. %4")
+                .arg(_sides.service.folder.localPath, known, _sides.service.address,
+                     _WayOut(QStringLiteral("To bring it in step with that one instead"), _sides.service.address)));
     }
+}
+
+QString SyncPass::_WayOut(const QString& purpose, const QString& address) const {
+    return QStringLiteral("%1, remove \"%2/%3\" and run \"ovsync sync '%2' '%4'\"")
+        .arg(purpose, _sides.service.folder.localPath, store::RecordDatabase::FilePath(), address);
 }
 
 SyncPass::Listing SyncPass::List(const QDateTime& since, const LocalSnapshot& snapshot) {
@@ -177,6 +185,16 @@ void SyncPass::_RefuseClashes(RemoteTree& tree, const LocalSnapshot& snapshot) {
 }
 
 void SyncPass::_ThrowMissing() const {
+    if (WasInStep()) {
+        throw report::FolderGone(
+            QStringLiteral(
+                "%1 is not there any more: it was deleted or moved on the service. Nothing is changed here. %2. "
+                "To have the agent leave this folder alone, run \"ovsync folders remove '%3'\"")
+                .arg(_sides.service.address,
+                     _WayOut(QStringLiteral("To make it there again and send everything"), _sides.service.address) +
+                         QStringLiteral("; if it was moved, do that with its new URL"),
+                     _sides.service.folder.localPath));
+    }
     throw HttpException(QStringLiteral("There is no folder %1").arg(_sides.service.address), HttpStatus::NotFound,
                         QUrl());
 }

@@ -70,7 +70,9 @@ private:
     /// Removes what earlier passes left of downloads of which the service has that version no more.
     void _RemoveUselessParts(const Listing& listing);
     void _RefuseClashes(RemoteTree& tree, const local::LocalSnapshot& snapshot);
-    void _ThrowMissing() const;
+    [[noreturn]] void _ThrowMissing() const;
+    /// For people: how the synced folder forgets what it was in step with.
+    QString _WayOut(const QString& purpose, const QString& address) const;
 
     local::DryRunTree _dryRunTree;
     PassScope _scope;

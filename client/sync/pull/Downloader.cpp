@@ -262,7 +262,8 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
             _KeepBoth(order, request.placement.temporary, request.placement.record.contentMd5);
             break;
         case Installer::Result::Failed:
-            Refuse(order.path, request.error);
+            _hasAll = false;
+            _report.TellRefusal(order.path, request.error);
             break;
     }
     if (!request.aside.isEmpty()) {

@@ -73,7 +73,7 @@ QSet<QString> LocalChanges::_DeleteFiles(const QVector<store::Placement>& files)
                                  QStringLiteral("it was deleted on the service, but has just changed here"));
                     break;
                 case Installer::Result::Failed:
-                    _report.Tell(SyncEvent::Kind::Refused, path, request.error);
+                    _report.TellRefusal(path, request.error);
                     AddFoldersOf(path, unfinished);
                     break;
             }

@@ -3,9 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include "client/store/FileConfigManager.h"
@@ -219,6 +222,18 @@ TEST_F(RecordDatabaseTest, AProgramThatReadsTheDatabaseIsInTheWay) {
     EXPECT_EQ(sqlite3_exec(other, "BEGIN; SELECT * FROM files", nullptr, nullptr, nullptr), SQLITE_OK);
     EXPECT_THAT(ErrorOfOpening(), HasSubstr("another process"));
     sqlite3_close(other);
+    EXPECT_EQ(ErrorOfOpening(), "none");
+}
+
+TEST_F(RecordDatabaseTest, WhereNothingMayBeWrittenThatIsTheReason) {
+    if (geteuid() == 0) {
+        GTEST_SKIP() << "root may write everywhere";
+    }
+    ErrorOfOpening();
+    const QByteArray hidden = QFileInfo(File()).path().toUtf8();
+    ASSERT_EQ(chmod(hidden.constData(), 0555), 0);
+    EXPECT_THAT(ErrorOfOpening(), HasSubstr("records.db: Permission denied"));
+    ASSERT_EQ(chmod(hidden.constData(), 0755), 0);
     EXPECT_EQ(ErrorOfOpening(), "none");
 }
 

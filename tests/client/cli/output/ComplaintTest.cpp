@@ -10,9 +10,12 @@
 namespace {
 
 using ovsync::output::Complain;
+using ovsync::output::ErrorMessage;
+using ovsync::output::ErrorStyle;
 using ovsync::output::ErrorText;
 using ovsync::output::Output;
 using ovsync::output::SyncOutput;
+using ovsync::output::Warn;
 using ovsync::report::SyncEvent;
 using tests::Pipe;
 using tests::Redirection;
@@ -37,6 +40,23 @@ TEST(ComplaintTest, ElsewhereItIsWrittenAsItIs) {
         Complain(Text("no \x1B[31m\xE2\x80\xAE"));
     }
     EXPECT_EQ(pipe.Shown(), "ovsync: no \x1B[31m\xE2\x80\xAE\n");
+}
+
+TEST(ComplaintTest, AWarningIsAnObjectWhereErrorsAre) {
+    const Pipe pipe;
+    const ErrorMessage failure{"refused", Text("the date is missing"), Text("PROPFIND failed"), 403};
+    const auto shown = [&](const ErrorMessage& message, const ErrorStyle& style) {
+        const Redirection redirection(STDERR_FILENO, pipe.Descriptor());
+        Warn(message, style);
+        return pipe.Shown();
+    };
+    EXPECT_EQ(shown(failure, {false, false}), "ovsync: the date is missing\n");
+    EXPECT_EQ(shown(failure, {false, true}), "ovsync: the date is missing\novsync: PROPFIND failed\n");
+    EXPECT_EQ(
+        shown(failure, {true, false}),
+        "{\"warning\":\"the date is missing\",\"kind\":\"refused\",\"status\":403,\"detail\":\"PROPFIND failed\"}\n");
+    EXPECT_EQ(shown({"agent", Text("no agent runs")}, {true, true}),
+              "{\"warning\":\"no agent runs\",\"kind\":\"agent\"}\n");
 }
 
 TEST(ComplaintTest, WhatAPassTellsIsJudgedByWhereItGoes) {

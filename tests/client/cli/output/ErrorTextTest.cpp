@@ -10,6 +10,7 @@
 
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
+#include "client/sync/local/PathNames.h"
 #include "client/sync/report/Cancelled.h"
 #include "client/wire/AnswerError.h"
 #include "client/wire/TransactionError.h"
@@ -250,6 +251,9 @@ TEST(ErrorTextTest, TheDiskIsNamedByWhatIsWrongWithIt) {
     EXPECT_EQ(MessageOf(LocalError(Text("/d/f"), EROFS)).text, Text("the disk cannot be written: /d/f"));
     EXPECT_EQ(MessageOf(LocalError(Text("/d/f"), EIO)).text, Text("the disk failed at /d/f"));
     EXPECT_EQ(MessageOf(LocalError(Text("/d/f"), ENOENT)).text, Text("/d/f: No such file or directory"));
+    const QString temporary = ovsync::local::TemporaryBeside(Text("/d/f"));
+    EXPECT_EQ(MessageOf(LocalError(temporary, ENOENT)).text, Text("/d: No such file or directory"));
+    EXPECT_EQ(MessageOf(LocalError(temporary, EACCES)).text, Text("no permission for /d"));
     EXPECT_STREQ(MessageOf(LocalError(Text("/d/f"), ENOENT)).kind, "file");
 }
 
