@@ -6,7 +6,7 @@ namespace ovsync {
 namespace listing {
 
 /// The namespace of the ids that come with entity tags which a change of anything below a collection changes.
-const char FileIdNamespace[] = "http://owncloud.org/ns";
+constexpr char FileIdNamespace[] = "http://owncloud.org/ns";
 
 /// By which a collection is known to be the same one as before, with all that lies below it as it was: its id, `id` or
 /// where that is empty `fileId`, and its entity tag, strong or weak. Empty when there are not both.
