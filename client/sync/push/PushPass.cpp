@@ -49,6 +49,9 @@ QSet<QString> PushPass::_Push(const LocalSnapshot& snapshot, SyncPass::Listing& 
     PushPlan::Work work = plan.Find();
     sides.records.Write(work.records);
     report.Tell(work.events);
+    for (const QString& path : qAsConst(work.open)) {
+        report.LeaveOpen(path);
+    }
     QSet<QString> sent(work.folders.begin(), work.folders.end());
     for (const PushOrder& order : work.orders) {
         sent.insert(order.path);

@@ -120,6 +120,7 @@ void PushPlan::Take(const FileView& view) {
             break;
         case SyncStep::TellDeletedHere:
             _Tell(SyncEvent::Kind::DeletedHere, path);
+            _work.open.append(path);
             break;
         case SyncStep::TellNewerThere:
             _Tell(SyncEvent::Kind::NewerThere, path);

@@ -40,6 +40,8 @@ public:
         std::deque<PushOrder> orders;
         store::RecordChanges records;
         QVector<report::SyncEvent> events;
+        /// What is another version there than the recorded one, which nobody tells again.
+        QStringList open;
     };
 
     /// The arguments outlive this object; `snapshot` and `remote` may change meanwhile.

@@ -125,6 +125,18 @@ TEST_F(OneWayPassTest, WhatIsNewerThereIsToldByEveryPushAndNeverOverwritten) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
 }
 
+TEST_F(OneWayPassTest, WhatChangedThereAndWasDeletedHereIsToldByEveryPushAndNeverDeleted) {
+    options.deletes = true;
+    BeginOneWay({"a", "b"});
+    service.Put(Text("a"), "theirs");
+    Remove("a");
+    for (int push = 0; push < 4; ++push) {
+        EXPECT_EQ(Push(), SyncOutcome::InStep);
+        EXPECT_EQ(Told(), QStringList(Text("DeletedHere a")));
+    }
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs"));
+}
+
 TEST_F(OneWayPassTest, WhatOnlyTheServiceHasIsNeverOverwrittenByAPush) {
     BeginOneWay({"a"});
     service.Put(Text("x"), "theirs");
