@@ -16,12 +16,6 @@ namespace {
 
 const int RemovalsAtOnce = 256;
 
-void AddFoldersOf(const QString& path, QSet<QString>& folders) {
-    for (QString folder = FolderOf(path); !folder.isEmpty(); folder = FolderOf(folder)) {
-        folders.insert(folder);
-    }
-}
-
 }  // namespace
 
 void LocalChanges::MakeFolders(const QStringList& paths) {
@@ -47,11 +41,11 @@ void LocalChanges::MakeFolders(const QStringList& paths) {
 }
 
 void LocalChanges::Delete(const PullPlan::Gone& gone) {
-    _DeleteFolders(gone.folders, _DeleteFiles(gone.files));
+    _DeleteFiles(gone.files);
+    _DeleteFolders(gone.folders);
 }
 
-QSet<QString> LocalChanges::_DeleteFiles(const QVector<store::Placement>& files) {
-    QSet<QString> unfinished;
+void LocalChanges::_DeleteFiles(const QVector<store::Placement>& files) {
     for (int start = 0; start < files.size(); start += RemovalsAtOnce) {
         _report.ThrowIfStopped();
         QVector<Installer::Request> requests;
@@ -74,15 +68,13 @@ QSet<QString> LocalChanges::_DeleteFiles(const QVector<store::Placement>& files)
                     break;
                 case Installer::Result::Failed:
                     _report.TellRefusal(path, request.error);
-                    AddFoldersOf(path, unfinished);
                     break;
             }
         }
     }
-    return unfinished;
 }
 
-void LocalChanges::_DeleteFolders(const QStringList& folders, QSet<QString> unfinished) {
+void LocalChanges::_DeleteFolders(const QStringList& folders) {
     store::RecordDatabase::Transaction transaction(_records);
     for (int i = folders.size() - 1; i >= 0; --i) {
         const QString& path = folders[i];
@@ -90,15 +82,12 @@ void LocalChanges::_DeleteFolders(const QStringList& folders, QSet<QString> unfi
             if (_tree.RemoveFolder(path)) {
                 _snapshot.entries.remove(path);
                 _report.Tell(SyncEvent::Kind::Deleted, path);
+                _records.ForgetFolder(path);
             } else {
+                // Without its record it would be new, and a sync would make it there again for what is never synced.
                 _report.LeaveOpen(path);
             }
-            // One that still holds something else is this side's own from now on.
-            if (!unfinished.contains(path)) {
-                _records.ForgetFolder(path);
-            }
         } catch (const LocalError&) {
-            AddFoldersOf(path, unfinished);
             _report.TellFailure(path, std::current_exception());
         }
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -29,9 +28,8 @@ public:
     void Delete(const PullPlan::Gone& gone);
 
 private:
-    /// Returns the folders in which a file is left that could not be deleted.
-    QSet<QString> _DeleteFiles(const QVector<store::Placement>& files);
-    void _DeleteFolders(const QStringList& folders, QSet<QString> unfinished);
+    void _DeleteFiles(const QVector<store::Placement>& files);
+    void _DeleteFolders(const QStringList& folders);
 
     local::ILocalTree& _tree;
     store::RecordDatabase& _records;

@@ -438,6 +438,24 @@ TEST_P(TwoWayPassTest, APushDeletesThereWhenItIsTold) {
     EXPECT_EQ(service.Contents().size(), 2U);
 }
 
+TEST_P(TwoWayPassTest, AFolderThatWasDeletedThereIsNotMadeAgainForWhatIsNeverSynced) {
+    for (const char* left : {"f/link", "f/g/link"}) {
+        Begin({"f/g/a", "stays"});
+        ASSERT_TRUE(QFile::link(Text("/"), Path(left)));
+        service.Remove(Text("f"));
+        for (int pass = 0; pass < 3; ++pass) {
+            EXPECT_EQ(Sync(), SyncOutcome::InStep);
+            EXPECT_FALSE(service.HasFolder(Text("f"))) << pass;
+            EXPECT_TRUE(QFileInfo(Path(left)).isSymLink());
+        }
+        Write("f/new", "1");
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(service.Content(Text("f/new")), QByteArray("1"));
+        ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+        ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(TellsChanges, TwoWayPassTest, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace
