@@ -14,6 +14,14 @@ QString IdentityByDate(const FileConfiguration& file) {
            QLatin1Char('\n') + QString::number(ListedSize(file.size));
 }
 
+/// Whether only one of the identities has a checksum.
+bool DiffersByChecksumAlone(const QString& identity, const QString& other) {
+    const QString& shorter = identity.size() < other.size() ? identity : other;
+    const QString& longer = identity.size() < other.size() ? other : identity;
+    return shorter.endsWith(QLatin1Char('\n')) && longer.startsWith(shorter) &&
+           !longer.midRef(shorter.size()).contains(QLatin1Char('\n'));
+}
+
 }  // namespace
 
 QByteArray EntityTagOf(const FileConfiguration& file) {
@@ -42,6 +50,11 @@ QString IdentityOf(const FileConfiguration& file) {
 
 bool HasIdentity(const FileConfiguration& file, const QString& identity) {
     return identity == IdentityOf(file) || (!EntityTagOf(file).isEmpty() && identity == IdentityByDate(file));
+}
+
+bool IsOfVersion(const FileConfiguration& file, const QString& identity) {
+    return HasIdentity(file, identity) ||
+           (!file.versionId.isEmpty() && DiffersByChecksumAlone(identity, IdentityOf(file)));
 }
 
 bool DiffersByMissingChecksum(const FileConfiguration& file, const FileConfiguration& known) {

@@ -34,6 +34,9 @@ bool DiffersByMissingChecksum(const sync::config::FileConfiguration& file,
 /// have none within the second of the last change.
 bool HasIdentity(const sync::config::FileConfiguration& file, const QString& identity);
 
+/// The same where only one of the two has a checksum: what was received of the version is a part of this one.
+bool IsOfVersion(const sync::config::FileConfiguration& file, const QString& identity);
+
 /// Whether `file` is another version of the file that `known` is one of, and has a lower number.
 bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);
 

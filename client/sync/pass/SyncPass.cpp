@@ -144,7 +144,7 @@ std::optional<SyncPass::Listing> SyncPass::_Ask(const QDateTime& since, const Lo
 void SyncPass::_RemoveUselessParts(const Listing& listing) {
     for (const store::PartialDownload& part : _sides.records.PartialDownloads()) {
         const bool isWanted = listing.tree && listing.tree->HasFile(part.path) &&
-                              IdentityOf(listing.tree->AllFiles()[part.path]) == part.identity;
+                              IsOfVersion(listing.tree->AllFiles()[part.path], part.identity);
         if (isWanted) {
             continue;
         }

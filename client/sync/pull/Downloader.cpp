@@ -16,6 +16,7 @@ using local::Installer;
 using local::LocalError;
 using pass::IdentityOf;
 using pass::IsContentOf;
+using pass::IsOfVersion;
 using pass::LikelySize;
 using pass::LocalFileState;
 using report::SyncEvent;
@@ -110,7 +111,7 @@ std::unique_ptr<Download> Downloader::Make(PullOrder order, const QUrl& url) {
     std::shared_ptr<ReceivedPart> received;
     if (SizeOf(order) >= Download::LargeSize) {
         const auto left = _left.constFind(order.path);
-        if (left != _left.constEnd() && left->identity == IdentityOf(order.remote)) {
+        if (left != _left.constEnd() && IsOfVersion(order.remote, left->identity)) {
             order.part = *left;
         }
         received = std::make_shared<ReceivedPart>();

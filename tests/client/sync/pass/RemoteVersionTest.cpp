@@ -9,6 +9,7 @@ namespace {
 using ovsync::pass::HasIdentity;
 using ovsync::pass::IdentityOf;
 using ovsync::pass::IsContentOf;
+using ovsync::pass::IsOfVersion;
 using ovsync::pass::LikelySize;
 using ovsync::pass::ListedSize;
 using ovsync::pass::SizeLimit;
@@ -103,6 +104,28 @@ TEST(VersionTest, ItIsKnownAlsoByWhatItWasKnownByBeforeItHadATag) {
     // A version of the service itself never had none.
     tagged.versionId = Text("1-2");
     EXPECT_FALSE(HasIdentity(tagged, IdentityOf(untagged)));
+}
+
+TEST(VersionTest, ItIsKnownAlsoByWhatItWasKnownByBeforeItsChecksumWasComputed) {
+    FileConfiguration before;
+    before.itemId = Text("a-1");
+    before.versionId = Text("a-1-2");
+    FileConfiguration now = before;
+    now.md5Checksum = Text("0123456789abcdef0123456789abcdef");
+    EXPECT_TRUE(IsOfVersion(now, IdentityOf(before)));
+    EXPECT_TRUE(IsOfVersion(before, IdentityOf(now)));
+    FileConfiguration other = now;
+    other.md5Checksum = Text("fedcba9876543210fedcba9876543210");
+    EXPECT_FALSE(IsOfVersion(now, IdentityOf(other)));
+    other = now;
+    other.versionId = Text("a-1-3");
+    EXPECT_FALSE(IsOfVersion(other, IdentityOf(before)));
+    other.itemId = Text("a-2");
+    EXPECT_FALSE(IsOfVersion(other, IdentityOf(before)));
+    // Without a version nothing says that the checksum is that of the same content.
+    before.versionId.clear();
+    now.versionId.clear();
+    EXPECT_FALSE(IsOfVersion(now, IdentityOf(before)));
 }
 
 }  // namespace
