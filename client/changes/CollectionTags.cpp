@@ -31,7 +31,7 @@ bool CollectionTags::IsState(const QString& state) {
     return state.startsWith(Mark);
 }
 
-QString CollectionTags::TextOf(const Tags& tags) {
+QString CollectionTags::_TextOf(const Tags& tags) {
     QJsonObject below;
     for (auto tag = tags.below.begin(); tag != tags.below.end(); ++tag) {
         below.insert(tag.key(), tag.value());
@@ -40,7 +40,7 @@ QString CollectionTags::TextOf(const Tags& tags) {
     return Mark + QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
 }
 
-CollectionTags::Tags CollectionTags::TagsIn(const QString& state) {
+CollectionTags::Tags CollectionTags::_TagsIn(const QString& state) {
     const QJsonObject object = QJsonDocument::fromJson(state.toUtf8()).object();
     Tags tags;
     tags.own = object.value(QLatin1String("own")).toString();
@@ -56,11 +56,11 @@ QString CollectionTags::StateOf(const StateRequest& now) {
         return QString();
     }
     _Supplement().KeepTags();
-    return TextOf({now.Tag(), {}});
+    return _TextOf({now.Tag(), {}});
 }
 
 QString CollectionTags::Listed(const QString& state) {
-    return TextOf({TagsIn(state).own, _Supplement().TakeTags()});
+    return _TextOf({_TagsIn(state).own, _Supplement().TakeTags()});
 }
 
 ToldChanges CollectionTags::ChangesSince(const QString& state) {
@@ -80,7 +80,7 @@ ToldChanges CollectionTags::ChangesSince(const QString& state) {
 }
 
 void CollectionTags::_Ask(const QString& state, ToldChanges& told) {
-    const Tags known = TagsIn(state);
+    const Tags known = _TagsIn(state);
     StateRequest now(_collection);
     _connection.Perform(now);
     told.at = now.ServerTime();
@@ -90,7 +90,7 @@ void CollectionTags::_Ask(const QString& state, ToldChanges& told) {
     if (now.Tag() == known.own) {
         told.state = state;
     } else if (const std::optional<QMap<QString, QString>> below = _Descend(known.below, told)) {
-        told.state = TextOf({now.Tag(), *below});
+        told.state = _TextOf({now.Tag(), *below});
     }
 }
 

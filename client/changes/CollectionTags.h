@@ -40,8 +40,8 @@ private:
         QMap<QString, QString> below;
     };
 
-    static QString TextOf(const Tags& tags);
-    static Tags TagsIn(const QString& state);
+    static QString _TextOf(const Tags& tags);
+    static Tags _TagsIn(const QString& state);
     /// `told` has a state in the end unless the answer is of no use.
     void _Ask(const QString& state, ToldChanges& told);
     /// Lists what has another tag than the `known` one, and returns the tags of all. None when there is no listing.
