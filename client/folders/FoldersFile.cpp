@@ -6,6 +6,7 @@
 
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
+#include "client/sync/local/Exclusion.h"
 #include "client/user/Places.h"
 #include "client/user/WholeFile.h"
 
@@ -23,7 +24,21 @@ namespace {
 const mode_t AsOthersInTheFolder = 0644;
 
 const char Header[] =
-    "# The folders that ovsync keeps in step. \"ovsync folders\" changes this file, and so may you.\n";
+    "# The folders that ovsync keeps in step. \"ovsync folders\" changes this file, and so may you.\n"
+    "# The agent reads it when it starts, and after \"pkill -HUP OvSync.exe\".\n";
+
+/// Throws UsageError when `inner` lies in `outer` and is not left out there.
+void RequireApart(const SyncedFolder& outer, const SyncedFolder& inner) {
+    if (!inner.directory.startsWith(outer.directory + QLatin1Char('/'))) {
+        return;
+    }
+    const QString path = inner.directory.mid(outer.directory.size() + 1);
+    if (!local::Exclusion(outer.rules).HasFolderAt(path)) {
+        throw UsageError(QStringLiteral("%1 lies in %2. To keep both in step, exclude \"/%3\" from %2 first: by "
+                                        "--exclude when that is added, or in %4.")
+                             .arg(inner.directory, outer.directory, path, FoldersFilePath()));
+    }
+}
 
 FoldersReading ReadHere(const QByteArray& text) {
     return ReadFolders(text, QDir::homePath());
@@ -71,6 +86,8 @@ void AddToFoldersFile(const SyncedFolder& folder) {
             if (known.directory == folder.directory) {
                 throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
             }
+            RequireApart(known, folder);
+            RequireApart(folder, known);
         }
         return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
     });

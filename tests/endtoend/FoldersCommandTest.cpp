@@ -69,6 +69,12 @@ TEST_F(FoldersCommandTest, WhatMakesNoSenseIsRefusedAndNothingWritten) {
     EXPECT_EQ(File(), "");
     EXPECT_EQ(Folders({Text("add"), _directory, Text("http://h.test/a/")}).exitCode, 0);
     expect({Text("add"), _directory + Text("/."), Text("http://h.test/b/")}, "in step with http://h.test/a/ already");
+    expect({Text("add"), _directory + Text("/sub"), Text("http://h.test/b/")}, "exclude \"/sub\" from ");
+    expect({Text("add"), _user.Path(Text(".")), Text("http://h.test/b/")}, "exclude \"/my folder\" from ");
+    EXPECT_EQ(
+        Folders({Text("add"), _user.Path(Text(".")), Text("http://h.test/b/"), Text("--exclude"), Text("/my folder")})
+            .exitCode,
+        0);
 }
 
 TEST_F(FoldersCommandTest, AFileWithMistakesIsNotChangedAndEachIsNamed) {
