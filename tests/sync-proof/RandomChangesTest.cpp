@@ -143,8 +143,8 @@ TEST_F(RandomChangesTest, NoContentThatOnlyOneSideHadIsEverLost) {
     const FolderImage here = sides.ImageHere();
     const FolderImage there = sides.ImageThere();
     const auto pull = sides.Pull({"--delete"});
-    const auto push = sides.Push();
     pull->ExitCode();
+    const auto push = sides.Push();
     push->ExitCode();
     EXPECT_EQ(Differences(here, sides.ImageHere()), "") << pull->Text();
     EXPECT_EQ(Differences(there, sides.ImageThere()), "") << push->Text();
