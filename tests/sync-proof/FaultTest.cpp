@@ -66,7 +66,7 @@ protected:
     void ExpectAnswerable() const {
         EXPECT_THAT(exitCode, AnyOf(0, 1, 3)) << pass->Text();
         if (exitCode != 0) {
-            EXPECT_THAT(pass->Text(), testing::ContainsRegex("ovsync: .+|\"detail\":\".+\"")) << exitCode;
+            EXPECT_THAT(pass->Text(), testing::ContainsRegex("ovsync: .+|\"(detail|error)\":\".+\"")) << exitCode;
         }
         // The service takes back what it has of an upload once it notices that the client is gone.
         for (int i = 0; i < 1000 && !sides.Leftovers().empty(); ++i) {
