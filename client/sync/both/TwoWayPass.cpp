@@ -99,13 +99,7 @@ QSet<QString> TwoWayPass::_Join(LocalSnapshot& snapshot, SyncPass::Listing& list
     RemoveIf(work.sends.orders, [&](const PushOrder& order) {
         return work.sentOver.contains(order.path) && !downloader.InTrash().contains(order.path);
     });
-    QSet<QString> sent;
-    for (const PushOrder& order : work.sends.orders) {
-        sent.insert(order.path);
-    }
-    for (const QString& folder : work.sends.folders) {
-        sent.insert(folder);
-    }
+    QSet<QString> sent = work.sends.Sent();
     const bool hasSent = Uploader(_sides, comparison, maker, _report).Run(work.sends.folders, work.sends.orders);
 
     // What came or went under another name, or elsewhere, has to be on both sides before it goes.

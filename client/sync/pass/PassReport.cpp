@@ -24,7 +24,7 @@ const int PatienceWithFailures = 3;
 
 void PassReport::Tell(const SyncEvent& event) {
     _hasProblems = _hasProblems || event.IsProblem() || (_options.isStrict && event.kind == SyncEvent::Kind::Skipped);
-    if (event.IsProblem() || event.kind == SyncEvent::Kind::NewerThere) {
+    if (event.IsProblem()) {
         _open.insert(event.path);
     }
     _hasFailed = _hasFailed || event.kind == SyncEvent::Kind::Failed;

@@ -52,10 +52,7 @@ QSet<QString> PushPass::_Push(const LocalSnapshot& snapshot, SyncPass::Listing& 
     for (const QString& path : qAsConst(work.open)) {
         report.LeaveOpen(path);
     }
-    QSet<QString> sent(work.folders.begin(), work.folders.end());
-    for (const PushOrder& order : work.orders) {
-        sent.insert(order.path);
-    }
+    QSet<QString> sent = work.Sent();
     const bool hasAll = Uploader(sides, comparison, maker, report).Run(work.folders, std::move(work.orders));
 
     if (hasAll) {

@@ -45,6 +45,14 @@ QString BlockedText(const FileView& view) {
 
 }  // namespace
 
+QSet<QString> PushPlan::Work::Sent() const {
+    QSet<QString> sent(folders.begin(), folders.end());
+    for (const PushOrder& order : orders) {
+        sent.insert(order.path);
+    }
+    return sent;
+}
+
 PushPlan::PushPlan(const PassSides& sides, const FileViews& views, const RecordMaker& maker, const RemoteTree& remote,
                    const LocalSnapshot& snapshot)
     : _sides(sides), _views(views), _maker(maker), _remote(remote), _snapshot(snapshot) {
@@ -124,6 +132,7 @@ void PushPlan::Take(const FileView& view) {
             break;
         case SyncStep::TellNewerThere:
             _Tell(SyncEvent::Kind::NewerThere, path);
+            _work.open.append(path);
             break;
         case SyncStep::TellGone:
             _Tell(SyncEvent::Kind::Kept, path, QStringLiteral("it was deleted on the service, and is not sent again"));

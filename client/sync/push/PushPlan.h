@@ -42,6 +42,9 @@ public:
         QVector<report::SyncEvent> events;
         /// What is another version there than the recorded one, which nobody tells again.
         QStringList open;
+
+        /// The paths of all that is to be sent.
+        QSet<QString> Sent() const;
     };
 
     /// The arguments outlive this object; `snapshot` and `remote` may change meanwhile.
