@@ -74,6 +74,11 @@ fresh_pushed() {
     mkdir "$work/www/$pushed"
     files_of "$work/here" | sed "s|.*|url = $base/$pushed/&\nupload-file = $work/here/&|" >"$work/push.urls"
     chown "$user" "$work/www/$pushed"
+    find "$work/here" -type f -exec touch {} +
+}
+fresh_pushed_old() {
+    fresh_pushed
+    find "$work/here" -type f -exec touch -d yesterday {} +
 }
 fresh_pushed_folders() {
     fresh_pushed
@@ -89,10 +94,11 @@ curl_pull() { curl -fs --create-dirs "${four[@]}" --config "$work/pull.urls" && 
 ovsync_pull() { "$ovsync" pull "$base/small/" "$pulled"; }
 curl_push() { curl -fs -o /dev/null "${four[@]}" --config "$work/push.urls"; }
 ovsync_push() { "$ovsync" push "$work/here" "$base/$pushed/"; }
+ovsync_push_old() { ovsync_push; }
 curl_pull_large() { curl -fs -o "$pulled/file.bin" "$base/large/file.bin" && sync -f "$pulled"; }
 ovsync_pull_large() { "$ovsync" pull "$base/large/" "$pulled"; }
-has_pulled() { diff -r --exclude=.ovsync "$work/www/$1" "$pulled" >&2; }
-has_pushed() { diff -r --exclude=.ovsync "$work/here" "$work/www/$pushed" >&2; }
+has_pulled() { diff -r --exclude=.DAV --exclude=.ovsync "$work/www/$1" "$pulled" >&2; }
+has_pushed() { diff -r --exclude=.DAV --exclude=.ovsync "$work/here" "$work/www/$pushed" >&2; }
 
 # run TASK PREPARATION CHECK...: times the function TASK, and lets CHECK look at what it brought.
 run() {
@@ -118,6 +124,7 @@ for _ in $(seq "$runs"); do
     run ovsync_pull fresh_pulled has_pulled small
     run curl_push fresh_pushed_folders has_pushed
     run ovsync_push fresh_pushed has_pushed
+    run ovsync_push_old fresh_pushed_old has_pushed
     run curl_pull_large fresh_pulled has_pulled large
     rm "$pulled/file.bin"
     run ovsync_pull_large fresh_pulled has_pulled large
@@ -140,6 +147,7 @@ row 'the same, not flushed' flushed_never
 row "bare transfer of $small (curl), then one flush of everything" curl_pull
 row '`ovsync pull`' ovsync_pull curl_pull
 row 'bare upload of the same (curl)' curl_push
-row '`ovsync push`' ovsync_push curl_push
+row '`ovsync push` of files just written' ovsync_push curl_push
+row '`ovsync push` of files of yesterday, with their dates' ovsync_push_old curl_push
 row "bare transfer of $mebibytes MiB (curl), then one flush of everything" curl_pull_large
 row '`ovsync pull`' ovsync_pull_large curl_pull_large

@@ -2,6 +2,7 @@
 
 #include <QXmlStreamReader>
 
+#include "client/wire/AttributeNames.h"
 #include "client/wire/DateReader.h"
 #include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
@@ -21,7 +22,7 @@ const int ErrorLimit = 4096;
 /// What listings ask the service and other servers for.
 const char WantedProperties[] =
     "<D:resourcetype/><D:getcontentlength/><D:getlastmodified/><D:creationdate/><D:resourceclasstype/>"
-    "<D:syncproperties/><D:getetag/><A:executable xmlns:A=\"http://apache.org/dav/props/\"/>";
+    "<D:syncproperties/><D:getetag/>";
 
 }  // namespace
 
@@ -51,7 +52,7 @@ QByteArray ChangeReport::RequestBody() const {
            "<D:sync-collection xmlns:D=\"DAV:\"><D:sync-token>" +
            QString::fromUtf8(_token).toHtmlEscaped().toUtf8() +
            "</D:sync-token><D:sync-level>infinite</D:sync-level><D:prop>" + WantedProperties +
-           "</D:prop></D:sync-collection>\n";
+           wire::AttributesToAskFor + "</D:prop></D:sync-collection>\n";
 }
 
 void ChangeReport::Forget() {

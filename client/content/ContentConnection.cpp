@@ -1,9 +1,8 @@
 #include "client/content/ContentConnection.h"
 
-#include "client/content/ContentDownload.h"
-#include "client/content/ContentUpload.h"
 #include "client/content/ResourceChange.h"
 #include "client/wire/AnswerError.h"
+#include "client/wire/AttributeNames.h"
 #include "client/wire/DateReader.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
@@ -19,6 +18,13 @@ using wire::IContentSource;
 using wire::TransactionError;
 
 namespace {
+
+/// In seconds. The server's own date, that of storing, is as good for what was changed just before that.
+const qint64 LeastAgeOfToldDate = 60;
+
+bool IsToBeKept(const QDateTime& date) {
+    return date.isValid() && qAbs(date.secsTo(QDateTime::currentDateTimeUtc())) > LeastAgeOfToldDate;
+}
 
 /// What a request says that is only to be done while the file is the version `known`.
 HttpTransaction::Headers UnchangedCondition(const QUrl& url, const ContentVersion& known) {
@@ -79,11 +85,7 @@ UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source,
         case HttpStatus::Ok:
         case HttpStatus::Created:
         case HttpStatus::NoContent:
-            // A new file has it off.
-            if (const std::optional<bool> bit = source.IsExecutable();
-                bit && !upload.IsBitTaken() && (*bit || source.ReplacesExecutable())) {
-                _SetExecutable(url, *bit);
-            }
+            _SetAttributes(upload, source);
             return UploadOutcome::Stored;
         case HttpStatus::PreconditionFailed:
             return UploadOutcome::Refused;
@@ -108,17 +110,28 @@ bool ContentConnection::Remove(const QUrl& url, const ContentVersion& known) {
     }
 }
 
-void ContentConnection::_SetExecutable(const QUrl& url, bool isExecutable) {
-    const QByteArray bit = isExecutable ? "T" : "F";
-    ResourceChange change("PROPPATCH", url, {{"Content-Type", "application/xml; charset=\"utf-8\""}},
-                          "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
-                          "<D:propertyupdate xmlns:D=\"DAV:\" xmlns:A=\"http://apache.org/dav/props/\"><D:set><D:prop>"
-                          "<A:executable>" +
-                              bit + "</A:executable></D:prop></D:set></D:propertyupdate>\n");
+void ContentConnection::_SetAttributes(const ContentUpload& upload, const IContentSource& source) {
+    // A new file has it off.
+    if (const std::optional<bool> bit = source.IsExecutable();
+        bit && !upload.IsBitTaken() && (*bit || source.ReplacesExecutable())) {
+        _Set({upload.Url(), wire::ExecutableNamespace, wire::ExecutableName, *bit ? "T" : "F"});
+    }
+    const QDateTime date = source.Modified();
+    const QString md5 = source.Md5();
+    if (_keepsDates && !upload.IsDateTaken() && IsToBeKept(date) && !md5.isEmpty()) {
+        const QByteArray value = md5.toLatin1() + ' ' + HttpDate(date);
+        const int outcome = _Set({upload.Url(), wire::KeptDateNamespace, wire::KeptDateName, value});
+        _keepsDates = !HttpStatus::IsRefusal(outcome) || HttpStatus::IsPassing(outcome);
+    }
+}
+
+int ContentConnection::_Set(PropertyChange change) {
     try {
         _Perform(change);
+        return change.Outcome();
     } catch (const TransactionError&) {
-        // The content is stored, and most servers have no such bit.
+        // The content is stored, and many servers keep no such property.
+        return 0;
     }
 }
 

@@ -3,7 +3,9 @@
 #include <QAuthenticator>
 
 #include "client/content/ContentDownload.h"
+#include "client/content/ContentUpload.h"
 #include "client/content/IContentConnection.h"
+#include "client/content/PropertyChange.h"
 #include "client/wire/HttpConnection.h"
 
 namespace ovsync {
@@ -27,10 +29,15 @@ private:
     bool _PerformRest(ContentDownload& rest);
     void _RequireContent(const ContentDownload& download) const;
     void _Perform(ContentTransaction& transaction);
-    void _SetExecutable(const QUrl& url, bool isExecutable);
+    /// Tells what the server did not take with the content.
+    void _SetAttributes(const ContentUpload& upload, const wire::IContentSource& source);
+    /// Returns PropertyChange::Outcome, 0 when no answer came.
+    int _Set(PropertyChange change);
     [[noreturn]] void _ThrowRefusal(const ContentTransaction& transaction) const;
 
     wire::HttpConnection _session;
+    /// Until it refuses one.
+    bool _keepsDates = true;
 };
 
 }  // namespace content

@@ -11,6 +11,12 @@ using sync::core::SyncException;
 using wire::HttpTransaction;
 using wire::IContentSource;
 
+namespace {
+
+const char* const DateHeader = "X-OC-Mtime";
+
+}  // namespace
+
 ContentUpload::ContentUpload(const QUrl& url, IContentSource& source, qint64 size, const Headers& conditions)
     : ContentTransaction("PUT", url), _source(source), _size(size), _conditions(conditions) {}
 
@@ -19,7 +25,7 @@ HttpTransaction::Headers ContentUpload::RequestHeaders() const {
     headers.append(qMakePair(QByteArray("Content-Type"), QByteArray("application/octet-stream")));
     const QDateTime modified = _source.Modified();
     if (modified.isValid()) {
-        headers.append(qMakePair(QByteArray("X-OC-Mtime"), QByteArray::number(modified.toSecsSinceEpoch())));
+        headers.append(qMakePair(QByteArray(DateHeader), QByteArray::number(modified.toSecsSinceEpoch())));
     }
     if (const std::optional<bool> isExecutable = _source.IsExecutable()) {
         headers.append(qMakePair(QByteArray(ExecutableHeader), QByteArray(*isExecutable ? "T" : "F")));
@@ -29,6 +35,7 @@ HttpTransaction::Headers ContentUpload::RequestHeaders() const {
 
 void ContentUpload::OnHeaders(int status, const Headers& headers) {
     ContentTransaction::OnHeaders(status, headers);
+    _isDateTaken = ValueOf(headers, DateHeader) == "accepted";
     _isBitTaken = ValueOf(headers, ExecutableHeader) == "accepted";
 }
 

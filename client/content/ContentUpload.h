@@ -14,7 +14,9 @@ public:
     /// Sends `conditions` among the headers. `source` has to outlive this object.
     ContentUpload(const QUrl& url, wire::IContentSource& source, qint64 size, const Headers& conditions);
 
-    /// Whether the server said that it took the executable bit that it was told.
+    /// Whether the server said that it took the date that it was told.
+    bool IsDateTaken() const { return _isDateTaken; }
+    /// The same of the executable bit.
     bool IsBitTaken() const { return _isBitTaken; }
 
     Headers RequestHeaders() const override;
@@ -33,6 +35,7 @@ private:
     const qint64 _size;
     const Headers _conditions;
     qint64 _sent = 0;
+    bool _isDateTaken = false;
     bool _isBitTaken = false;
 };
 

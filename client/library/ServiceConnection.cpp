@@ -164,7 +164,7 @@ std::shared_ptr<sync::http::DAVPropfindResult> ServiceConnection::_Ask(const QSt
     const auto request = std::make_shared<requests::PropfindRequest>(UrlOf(path), depth);
     if (!request->IsListing()) {
         // Which server it is, nobody asks for the sake of a single file.
-        request->AskForExecutableBit();
+        request->AskForAttributes();
     }
     _connection->Execute({request}, [](const auto&, auto) {});
     const int status = request->GetStatusCode();
@@ -220,8 +220,8 @@ qint64 ServiceConnection::SizeOf(const QString& serverPath, qint64 recorded) con
     return recorded == -1 ? _settings.listing.supplement->SizeOf(serverPath) : recorded + (Q_INT64_C(1) << 32);
 }
 
-std::optional<bool> ServiceConnection::IsExecutable(const QString& serverPath) const {
-    return _settings.listing.supplement->IsExecutable(serverPath);
+wire::FileAttributes ServiceConnection::AttributesOf(const QString& serverPath) const {
+    return _settings.listing.supplement->AttributesOf(serverPath);
 }
 
 QUrl ServiceConnection::UrlOf(const QString& serverPath) const {

@@ -116,8 +116,8 @@ public:
     /// The size of a file that this connection listed, in bytes, as far as it is known: the library's records hold 32
     /// bits of it, with their sign. -1 when it is 4 GiB or more and the service did not say it.
     qint64 SizeOf(const QString& serverPath, qint64 recorded) const;
-    /// Whether a file was executable when this connection listed it. None where the listing did not say.
-    std::optional<bool> IsExecutable(const QString& serverPath) const;
+    /// As this connection has listed the file last.
+    wire::FileAttributes AttributesOf(const QString& serverPath) const;
 
     /// Asks the service once. None when it has no such folder. Throws what the library throws.
     std::optional<FolderListing> List(sync::config::FolderConfiguration folder);

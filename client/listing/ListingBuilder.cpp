@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 #include <utility>
 
 #include "client/listing/CollectionTag.h"
@@ -19,6 +18,7 @@ using sync::http::DAVPropfindProperties;
 using sync::http::DAVPropfindRequest;
 using sync::http::DAVPropfindResponse;
 using sync::http::DAVPropfindResult;
+using wire::FileAttributes;
 using wire::ListingLimits;
 using wire::ListingSupplement;
 using wire::ReadDate;
@@ -27,6 +27,7 @@ namespace {
 
 using Entry = MultistatusEntry;
 
+const size_t Md5Length = 32;
 const char ClassTypePrefix[] = "drovane.objects.";
 
 QString FromUtf8(const std::string& text) {
@@ -81,9 +82,19 @@ char AttributeOf(const Entry& entry) {
     return value.size() == 1 && value[0] >= 0x20 && value[0] <= 0x7e ? value[0] : '\0';
 }
 
-std::optional<bool> BitOf(const Entry& entry) {
+FileAttributes AttributesOf(const Entry& entry) {
+    FileAttributes attributes;
     const std::string_view bit = Trimmed(entry.Value(Entry::Executable));
-    return bit == "T" || bit == "F" ? std::optional<bool>(bit == "T") : std::nullopt;
+    if (bit == "T" || bit == "F") {
+        attributes.isExecutable = bit == "T";
+    }
+    const std::string_view dated = Trimmed(entry.Value(Entry::KeptDate));
+    if (dated.size() > Md5Length && dated[Md5Length] == ' ') {
+        const std::string_view date = dated.substr(Md5Length + 1);
+        attributes.keptDate = ReadDate(date.data(), date.size());
+        attributes.md5OfKeptDate = QString::fromLatin1(dated.data(), static_cast<int>(Md5Length));
+    }
+    return attributes;
 }
 
 /// A positive number with 31 bits, the same on every machine and in every version: FNV-1a.
@@ -279,10 +290,7 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
     if (size >= ListingSupplement::LeastSize && size <= static_cast<uint64_t>(std::numeric_limits<qint64>::max())) {
         _limits.supplement->AddSize(FromUtf8(key), static_cast<qint64>(size));
     }
-    const std::optional<bool> bit = isFile ? BitOf(entry) : std::nullopt;
-    if (bit || _limits.supplement->KnowsBits()) {
-        _limits.supplement->SetExecutable(FromUtf8(key), bit);
-    }
+    _limits.supplement->SetAttributes(FromUtf8(key), isFile ? AttributesOf(entry) : FileAttributes());
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);
     response.parentResourceId = IntOf(entry, Entry::ParentId);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "client/listing/CollectionTag.h"
+#include "client/wire/AttributeNames.h"
 #include "client/wire/EnumTable.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/Printable.h"
@@ -44,7 +45,8 @@ constexpr PropertyName PropertyNames[] = {
     {MultistatusEntry::SyncOption, "syncoption"},
     {MultistatusEntry::LinksExtractedAt, "linksextractedat"},
     {MultistatusEntry::Attribute, "attribute"},
-    {MultistatusEntry::Executable, "executable", "http://apache.org/dav/props/"},
+    {MultistatusEntry::Executable, wire::ExecutableName, wire::ExecutableNamespace},
+    {MultistatusEntry::KeptDate, wire::KeptDateName, wire::KeptDateNamespace},
     {MultistatusEntry::FileId, "id", FileIdNamespace},
     {MultistatusEntry::FileIdOfServer, "fileid", FileIdNamespace},
 };

@@ -41,6 +41,7 @@ public:
         LinksExtractedAt,
         Attribute,
         Executable,
+        KeptDate,
         FileId,
         FileIdOfServer,
         PropertyCount

@@ -5,6 +5,7 @@
 
 #include "client/listing/CollectionTag.h"
 #include "client/listing/MultistatusEntry.h"
+#include "client/wire/AttributeNames.h"
 #include "client/wire/DateReader.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/Printable.h"
@@ -36,7 +37,7 @@ QStringList DefaultProperties() {
 
 /// The body of a PROPFIND that asks a server of that `kind` for `names`. Throws SyncException for a name that cannot be
 /// read.
-QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForBit, bool asksForTags) {
+QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForAttributes, bool asksForTags) {
     // A namespace is a URI reference, and none of the characters left out here can stand in one.
     static const QRegularExpression nameForm(QStringLiteral(
         "\\A\\{([^\\x{00}-\\x{20}{}<>\"\\x{7f}]+)\\}([A-Za-z_][A-Za-z0-9._-]*):([A-Za-z_][A-Za-z0-9._-]*)\\z"));
@@ -74,8 +75,8 @@ QByteArray PropfindBody(const QStringList& names, ServerKind kind, bool asksForB
         elements += QLatin1String("<D:getetag/>");
     }
     // The service says it with the content.
-    if (isDefault && (kind != ServerKind::Service || asksForBit)) {
-        elements += QLatin1String("<A:executable xmlns:A=\"http://apache.org/dav/props/\"/>");
+    if (isDefault && (kind != ServerKind::Service || asksForAttributes)) {
+        elements += QLatin1String(wire::AttributesToAskFor);
     }
     if (isDefault && asksForTags) {
         elements += QStringLiteral("<O:id xmlns:O=\"%1\"/><O:fileid xmlns:O=\"%1\"/>")
@@ -198,7 +199,7 @@ HttpTransaction::Headers PropfindRequest::RequestHeaders() const {
 }
 
 QByteArray PropfindRequest::RequestBody() const {
-    return PropfindBody(_names, _serverKind, _asksForBit, IsListing() && _limits.supplement->KeepsTags());
+    return PropfindBody(_names, _serverKind, _asksForAttributes, IsListing() && _limits.supplement->KeepsTags());
 }
 
 bool PropfindRequest::TakeSlash() {

@@ -33,8 +33,8 @@ public:
     /// Which properties the server may know. Those of the service, unless set.
     void SetServerKind(ServerKind kind) { _serverKind = kind; }
 
-    /// Whether files are executable, too. Whatever is not known to be the service is asked that anyhow.
-    void AskForExecutableBit() { _asksForBit = true; }
+    /// For what wire::AttributesToAskFor names, too. Whatever is not known to be the service is asked that anyhow.
+    void AskForAttributes() { _asksForAttributes = true; }
 
     void SetLimits(const wire::ListingLimits& limits) { _limits = limits; }
 
@@ -84,7 +84,7 @@ private:
     QByteArray _modifiedSince;
     QStringList _names;
     ServerKind _serverKind = ServerKind::Service;
-    bool _asksForBit = false;
+    bool _asksForAttributes = false;
     wire::ListingLimits _limits;
 
     int _status = 0;

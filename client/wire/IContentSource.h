@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QString>
 #include <cstddef>
 #include <optional>
 
@@ -20,6 +21,8 @@ public:
     virtual QDateTime Modified() const { return {}; }
     /// None when the server is not to be told.
     virtual std::optional<bool> IsExecutable() const { return std::nullopt; }
+    /// Of all that was read since the last Restart, in hexadecimal; empty when nobody counts.
+    virtual QString Md5() const { return {}; }
     /// Whether the server has an executable file in this place that is replaced.
     virtual bool ReplacesExecutable() const { return false; }
 };

@@ -4,14 +4,15 @@
 #include <QMap>
 #include <QString>
 #include <mutex>
-#include <optional>
 #include <utility>
+
+#include "client/wire/FileAttributes.h"
 
 namespace ovsync {
 namespace wire {
 
-/// What listings say that cannot be handed to the library: of files sizes, of which it keeps 32 bits, and the
-/// executable bit, for which it has no place; of collections the tags, where somebody wants them. Server paths are
+/// What listings say that cannot be handed to the library: of files sizes, of which it keeps 32 bits, and
+/// attributes for which it has no place; of collections the tags, where somebody wants them. Server paths are
 /// decoded and have no '/' at their beginning. Thread-safe.
 class ListingSupplement {
 public:
@@ -29,26 +30,19 @@ public:
         return _sizes.value(serverPath, -1);
     }
 
-    void SetExecutable(const QString& serverPath, std::optional<bool> isExecutable) {
+    void SetAttributes(const QString& serverPath, const FileAttributes& attributes) {
         const std::lock_guard<std::mutex> lock(_mutex);
-        if (isExecutable) {
-            _areExecutable.insert(serverPath, *isExecutable);
-        } else {
-            _areExecutable.remove(serverPath);
+        if (!attributes.IsEmpty()) {
+            _attributes.insert(serverPath, attributes);
+        } else if (!_attributes.isEmpty()) {
+            _attributes.remove(serverPath);
         }
     }
 
-    /// Whether any listing said of any file whether it is executable.
-    bool KnowsBits() const {
+    /// As the last listing of it said.
+    FileAttributes AttributesOf(const QString& serverPath) const {
         const std::lock_guard<std::mutex> lock(_mutex);
-        return !_areExecutable.isEmpty();
-    }
-
-    /// None when the last listing did not say.
-    std::optional<bool> IsExecutable(const QString& serverPath) const {
-        const std::lock_guard<std::mutex> lock(_mutex);
-        const auto bit = _areExecutable.constFind(serverPath);
-        return bit == _areExecutable.constEnd() ? std::nullopt : std::optional<bool>(*bit);
+        return _attributes.value(serverPath);
     }
 
     /// From now on listings are asked for what tags are made of, and list folder by folder: of what comes in one
@@ -88,7 +82,7 @@ public:
 private:
     mutable std::mutex _mutex;
     QHash<QString, qint64> _sizes;
-    QHash<QString, bool> _areExecutable;
+    QHash<QString, FileAttributes> _attributes;
     bool _keepsTags = false;
     QMap<QString, QString> _tags;
 };

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -94,6 +95,35 @@ TEST_P(ServersTest, KeepsTheExecutableBitWhereItCan) {
         ExpectRun("get of a program", {"get", Url("tool"), ".got"});
         ExpectEqual("get of a program", expected, bitOf(here.Path() + "/.got"));
     }
+}
+
+TEST_P(ServersTest, KeepsTheDateWhereItCan) {
+    const std::set<ServerKind> keepers = {ServerKind::StandIn, ServerKind::Apache, ServerKind::ApacheByDefault,
+                                          ServerKind::Lighttpd};
+    const bool keeps = keepers.count(GetParam()) != 0;
+    const std::string pulled = here.Path() + "/.pulled";
+    const auto dateOf = [](const std::string& path) {
+        struct stat status {};
+        return stat(path.c_str(), &status) == 0 && status.st_mtime == 1600000000 ? "that of the file" : "another one";
+    };
+    const auto expectDate = [&](const char* check, bool isKept) {
+        const char* const expected = isKept ? "that of the file" : "another one";
+        ExpectRun(check, {"pull", Url(), pulled});
+        ExpectEqual(check, expected, dateOf(pulled + "/old"));
+        ExpectRun(check, {"get", Url("old"), ".got"});
+        ExpectEqual(check, expected, dateOf(here.Path() + "/.got"));
+    };
+    Serve({});
+    WriteHere({{"old", "of that year"}});
+    const timespec times[] = {{1600000000, 0}, {1600000000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, (here.Path() + "/old").c_str(), times, 0), 0);
+    ExpectRun("push of an old file", {"push", "--exclude", ".*", here.Path(), Url()});
+    expectDate("pull of an old file", keeps);
+    ExpectNothingToDo("push again", {"push", "--exclude", ".*", here.Path(), Url()});
+    ExpectRun("mv of an old file", {"mv", Url("old"), Url("moved")});
+    ExpectRun("mv back", {"mv", Url("moved"), Url("old")});
+    ChangeThere("PUT", "old", "of this year");
+    expectDate("pull of what somebody else changed", false);
 }
 
 TEST_P(ServersTest, PullsAFolderAndWhatChangesInIt) {

@@ -36,6 +36,7 @@ COLUMNS = {
         "PutsFilesOneByOne",
         "CopiesFoldersAndFiles",
         "KeepsTheExecutableBitWhereItCan",
+        "KeepsTheDateWhereItCan",
     ],
 }
 SECTION = re.compile(r"(?<=<!-- servers: made by tests/servers/table\.py -->\n).*?(?=<!-- servers: end -->)", re.DOTALL)

@@ -20,9 +20,11 @@ FolderImage ReadFolder(const std::string& folder) {
     FolderImage image;
     for (auto entry = fs::recursive_directory_iterator(folder); entry != fs::recursive_directory_iterator(); ++entry) {
         const std::string path = entry->path().string().substr(folder.size() + 1);
-        if (path == ".ovsync" || path == ".ovsync-service") {
+        const std::string name = entry->path().filename();
+        // Apache keeps in .DAV what clients set of files.
+        if (path == ".ovsync" || path == ".ovsync-service" || name == ".DAV") {
             entry.disable_recursion_pending();
-        } else if (entry->path().filename().string().rfind(".davfs.tmp", 0) == 0) {
+        } else if (name.rfind(".davfs.tmp", 0) == 0) {
             // Apache was killed while it received this, and lists it nowhere.
         } else if (entry->is_symlink()) {
             image[path] = "-> " + fs::read_symlink(entry->path()).string();

@@ -108,7 +108,8 @@ RandomChanges::Tree RandomChanges::_Look() const {
     tree.folders.emplace_back();
     for (auto entry = fs::recursive_directory_iterator(_folder); entry != fs::recursive_directory_iterator(); ++entry) {
         const std::string path = entry->path().string().substr(_folder.size() + 1);
-        if (path == ".ovsync" || path == ".ovsync-service" || fs::exists(entry->path() / ".ovsync")) {
+        const bool isOfServer = path == ".ovsync-service" || entry->path().filename() == ".DAV";
+        if (isOfServer || path == ".ovsync" || fs::exists(entry->path() / ".ovsync")) {
             entry.disable_recursion_pending();
         } else if (IsUnfinished(path)) {
             // No file of a person.

@@ -118,7 +118,8 @@ void FetchFile(ServiceConnection& connection, const Location& location, const QS
         }
         throw;
     }
-    content.Install(listed.lastModifiedDate, connection.IsExecutable(location.serverPath));
+    const wire::FileAttributes attributes = connection.AttributesOf(location.serverPath);
+    content.Install(attributes.DateOf(content.Md5(), listed.lastModifiedDate), attributes.isExecutable);
     if (asJson) {
         WriteReport(path, content, output);
     }

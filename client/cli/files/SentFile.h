@@ -22,14 +22,13 @@ public:
 
     /// In bytes, when it was opened.
     qint64 Size() const { return _before.size; }
-    /// In hexadecimal.
-    QString Md5() const { return QString::fromLatin1(_md5.result().toHex()); }
     /// Whether somebody wrote it since it was opened.
     bool HasChanged();
 
     void Restart() override;
     size_t Read(char* bytes, size_t size) override;
     QDateTime Modified() const override;
+    QString Md5() const override { return QString::fromLatin1(_md5.result().toHex()); }
     std::optional<bool> IsExecutable() const override { return _isExecutable; }
 
 private:

@@ -31,7 +31,7 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
     };
     service.forgetListings = [&connection] { connection.Files().Forget(); };
     service.newConnection = [&connection] { return connection.NewContentConnection(); };
-    service.isExecutable = [&connection](const QString& serverPath) { return connection.IsExecutable(serverPath); };
+    service.attributesOf = [&connection](const QString& serverPath) { return connection.AttributesOf(serverPath); };
     service.moveFile = [&connection](const QString& from, const QString& to) {
         connection.NewResourceConnection()->Move(connection.UrlOf(from), connection.UrlOf(to),
                                                  content::ResourceConnection::Overwriting::No);

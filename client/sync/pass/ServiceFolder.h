@@ -4,10 +4,10 @@
 #include <QUrl>
 #include <functional>
 #include <memory>
-#include <optional>
 
 #include "client/changes/IChangeSource.h"
 #include "client/content/IContentConnection.h"
+#include "client/wire/FileAttributes.h"
 #include "host/configuration/FolderConfiguration.h"
 #include "host/core/SyncException.h"
 #include "host/interfaces/ICustomFileConfigUpdater.h"
@@ -36,8 +36,8 @@ struct ServiceFolder {
     /// Moves a file from one server path to another one, at which nothing may be. Throws HttpException, of status 412
     /// when something is, and TransactionError.
     std::function<void(const QString& from, const QString& to)> moveFile;
-    /// Whether the file at a server path was executable when it was listed. None where the listing did not say.
-    std::function<std::optional<bool>(const QString& serverPath)> isExecutable;
+    /// As the last listing of the file at a server path said.
+    std::function<wire::FileAttributes(const QString& serverPath)> attributesOf;
     /// Whether nothing at all lies in the collection at a server path, also of what the library lists nowhere. Throws
     /// what the library throws.
     std::function<bool(const QString& serverPath)> isEmpty;

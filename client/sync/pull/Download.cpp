@@ -53,11 +53,11 @@ void Download::Run(content::IContentConnection& session) noexcept {
             _CreateAnew();
         }
         _version = session.Download(_url, *this);
-        _file->SetModified(_order.remote.lastModifiedDate);
+        _md5Text = QString::fromLatin1(_md5.result().toHex());
+        _file->SetModified(_order.attributes.DateOf(_md5Text, _order.remote.lastModifiedDate));
         _SetMode();
         _Flush();
         _fresh = _file->Look();
-        _md5Text = QString::fromLatin1(_md5.result().toHex());
         _ForgetPart();
     } catch (const TooLarge&) {
         _isTooLarge = true;
@@ -147,7 +147,7 @@ void Download::_ForgetPart() {
 
 void Download::_SetMode() {
     const bool replaces = _order.target == PullOrder::Target::Replace;
-    const std::optional<bool> bit = _version.isExecutable ? _version.isExecutable : _order.isExecutable;
+    const std::optional<bool> bit = _version.isExecutable ? _version.isExecutable : _order.attributes.isExecutable;
     // A new file has it off.
     if (!replaces && !bit.value_or(false)) {
         return;

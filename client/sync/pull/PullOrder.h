@@ -6,6 +6,7 @@
 #include "client/store/FileRecord.h"
 #include "client/store/PartialDownload.h"
 #include "client/sync/local/LocalEntry.h"
+#include "client/wire/FileAttributes.h"
 #include "host/configuration/FileConfiguration.h"
 
 namespace ovsync {
@@ -26,8 +27,8 @@ struct PullOrder {
 
     QString path;
     sync::config::FileConfiguration remote;
-    /// What the service says in another place than with the content, if anything.
-    std::optional<bool> isExecutable;
+    /// What the service says in another place than with the content.
+    wire::FileAttributes attributes;
     /// What is to be recorded of it, its local part left open. Made when the transfer begins.
     store::FileRecord record;
     Target target = Target::New;

@@ -125,7 +125,7 @@ void PullPlan::Take(const FileView& view, Fetches& fetches) {
     PullOrder order;
     order.path = view.path;
     order.remote = view.remote;
-    order.isExecutable = _sides.service.isExecutable(view.remote.serverPath);
+    order.attributes = _sides.service.attributesOf(view.remote.serverPath);
     order.here = view.here.entry;
     order.md5Here = view.here.md5;
     switch (view.step) {

@@ -165,7 +165,8 @@ void PushPlan::_Order(const FileView& view) {
     order.looksBefore = !_remote.HasChecksums();
     order.size = view.here.entry->fingerprint.size;
     order.isExecutable = view.here.entry->IsExecutable();
-    order.isExecutableThere = !order.isNew && _sides.service.isExecutable(view.remote.serverPath).value_or(false);
+    order.isExecutableThere =
+        !order.isNew && _sides.service.attributesOf(view.remote.serverPath).isExecutable.value_or(false);
     // An empty folder may be one of the service itself.
     order.triesConditions = !_remote.AllFiles().isEmpty() && order.IsFitForTrial();
     _work.orders.push_back(order);

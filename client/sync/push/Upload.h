@@ -72,7 +72,7 @@ public:
     /// Whether the server refuses what a condition forbids; none when that was not tried or could not be found out.
     const std::optional<bool>& KnowsConditions() const { return _knowsConditions; }
     /// Of what was sent, in hexadecimal.
-    const QString& Md5() const { return _md5Text; }
+    const QString& SentMd5() const { return _md5Text; }
     /// Of the local file before and after it was sent.
     const store::Fingerprint& Before() const { return _before; }
     const store::Fingerprint& After() const { return _after; }
@@ -81,6 +81,7 @@ private:
     void Restart() override;
     size_t Read(char* bytes, size_t size) override;
     QDateTime Modified() const override;
+    QString Md5() const override { return QString::fromLatin1(_md5.result().toHex()); }
     std::optional<bool> IsExecutable() const override { return _order.isExecutable; }
     bool ReplacesExecutable() const override { return _order.isExecutableThere; }
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);

@@ -296,7 +296,7 @@ bool Uploader::_IsListed(Upload& upload) {
         const PushOrder& order = upload.Order();
         // Some answer from a cache.
         const bool isOld = !order.isNew && HasIdentity(now, IdentityOf(order.remote));
-        if (isOld || size > MostListed || now.size != size || !IsContentOf(now, now.size, upload.Md5())) {
+        if (isOld || size > MostListed || now.size != size || !IsContentOf(now, now.size, upload.SentMd5())) {
             return false;
         }
         content::ContentVersion version;
@@ -434,7 +434,7 @@ std::optional<FileRecord> Uploader::_RecordOf(const Upload& upload) {
     const ServiceFolder& service = _sides.service;
     FileRecord record;
     record.path = order.path;
-    record.contentMd5 = upload.Md5();
+    record.contentMd5 = upload.SentMd5();
     record.local = Recordable(upload.Before());
     if (!upload.After().IsUnchangedSince(upload.Before())) {
         record.local.changed = 0;
@@ -450,7 +450,7 @@ std::optional<FileRecord> Uploader::_RecordOf(const Upload& upload) {
                                                        QFileInfo(file.localPath));
     const bool hasDateAlone = file.versionId.isEmpty() && file.md5Checksum.isEmpty();
     const qint64 size = upload.Before().size;
-    const bool isOurs = upload.Version() && _HasSize(upload, size) && IsContentOf(file, file.size, upload.Md5());
+    const bool isOurs = upload.Version() && _HasSize(upload, size) && IsContentOf(file, file.size, upload.SentMd5());
     file.size = size;
     // Another change could come within the same second, so without more than a date the next pass compares.
     file.lastModifiedDate = upload.Version() && !hasDateAlone ? upload.Version()->lastModified : QDateTime();

@@ -94,11 +94,13 @@ public:
     }
 
     QDateTime Modified() const override { return modified; }
+    QString Md5() const override { return md5; }
     std::optional<bool> IsExecutable() const override { return isExecutable; }
     bool ReplacesExecutable() const override { return replacesExecutable; }
 
     QByteArray content;
     QDateTime modified;
+    QString md5;
     std::optional<bool> isExecutable;
     bool replacesExecutable = false;
     int restarts = 0;
@@ -788,6 +790,55 @@ TEST_F(ContentUploadTest, WhatWasNotStoredIsNotMadeExecutable) {
     Source source(FileText);
     source.isExecutable = true;
     EXPECT_EQ(Upload(server, source), UploadOutcome::Refused);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+/// A source with a date and an MD5, and what a server is told of it.
+struct DatedSource : Source {
+    DatedSource() : Source(FileText) {
+        modified = QDateTime(QDate(2020, 9, 13), QTime(12, 26, 40, 999), Qt::UTC);
+        md5 = QStringLiteral("9e107d9d372bb6826bd81d3542a419d6");
+    }
+};
+const char* const KeptDate = ">9e107d9d372bb6826bd81d3542a419d6 Sun, 13 Sep 2020 12:26:40 GMT</";
+
+TEST_F(ContentUploadTest, AServerThatTakesTheDateWithTheContentIsToldNothingElse) {
+    ScriptedServer server(
+        {ScriptedServer::Answer("HTTP/1.1 201 Created\r\nContent-Length: 0\r\nX-OC-MTime: accepted\r\n\r\n")});
+    DatedSource source;
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentUploadTest, AnotherServerIsToldWhichContentHasTheDateUntilItRefusesSuchProperties) {
+    const ScriptedServer::Step stored = AnswerOf("folders/status-204");
+    for (const char* refusal : {"contents/property-forbidden-207", "statuses/forbidden-403", "folders/status-405"}) {
+        ScriptedServer server({stored, AnswerOf("contents/property-set-207"), stored,
+                               AnswerOf("statuses/not-found-404"), stored, AnswerOf(refusal), stored});
+        session = std::make_unique<ContentConnection>(settings, QAuthenticator());
+        DatedSource source;
+        for (int i = 0; i < 4; ++i) {
+            EXPECT_EQ(Upload(server, source), UploadOutcome::Stored) << refusal;
+        }
+        server.Stop();
+        ASSERT_TRUE(server.SawItsScript()) << refusal;
+        for (const int i : {1, 3, 5}) {
+            EXPECT_EQ(server.Requests()[i].method, "PROPPATCH");
+            EXPECT_THAT(server.Requests()[i].body.toStdString(), HasSubstr(KeptDate));
+        }
+    }
+}
+
+TEST_F(ContentUploadTest, NoRequestIsSpentOnADateThatIsAsGoodAsTheServersOrOnContentThatNobodyCounted) {
+    ScriptedServer server({AnswerOf("folders/status-204"), AnswerOf("folders/status-204")});
+    DatedSource source;
+    source.modified = QDateTime::currentDateTimeUtc().addSecs(-30);
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    source = DatedSource();
+    source.md5.clear();
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }

@@ -28,6 +28,9 @@ using tests::FixtureNameOf;
 using tests::NameOf;
 using tests::Text;
 
+using wire::FileAttributes;
+using wire::ListingLimits;
+using wire::ListingSupplement;
 using Depth = DAVPropfindRequest::Depth;
 
 const Depth Resource = DAVPropfindRequest::Resource;
@@ -67,6 +70,14 @@ QStringList Keys(const QMap<QString, DAVPropfindResponse>& entries) {
 
 QDateTime Utc(const char* text) {
     return QDateTime::fromString(QLatin1String(text), Qt::ISODate);
+}
+
+std::shared_ptr<ListingSupplement> SupplementOf(const char* fixture, const ListingLimits& limits = ListingLimits()) {
+    MultistatusReader reader(QUrl(Text("http://host/bin/")), Children, HrefScope::OfUrl, limits, nullptr);
+    const QByteArray bytes = FixtureBytes(Text("listings/") + Text(fixture));
+    reader.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
+    reader.Finish();
+    return limits.supplement;
 }
 
 TEST(MultistatusReaderTest, ReadsAnApacheListing) {
@@ -114,20 +125,28 @@ TEST(MultistatusReaderTest, HoldsLargeSizesAsTheContractSays) {
 }
 
 TEST(MultistatusReaderTest, NotesWhichFilesAreExecutableBesideTheResult) {
-    const ovsync::wire::ListingLimits limits;
-    const auto read = [&](const char* fixture) {
-        MultistatusReader reader(QUrl(Text("http://host/bin/")), Children, HrefScope::OfUrl, limits, nullptr);
-        const QByteArray bytes = FixtureBytes(Text("listings/") + Text(fixture));
-        reader.Feed(bytes.constData(), static_cast<size_t>(bytes.size()));
-        reader.Finish();
-    };
-    limits.supplement->SetExecutable(Text("bin/no longer"), true);
-    limits.supplement->SetExecutable(Text("bin/a text"), true);
-    read("executables.xml");
-    EXPECT_EQ(limits.supplement->IsExecutable(Text("bin/a tool")), true);
-    EXPECT_EQ(limits.supplement->IsExecutable(Text("bin/no longer")), false);
+    const ListingLimits limits;
+    FileAttributes before;
+    before.isExecutable = true;
+    limits.supplement->SetAttributes(Text("bin/no longer"), before);
+    limits.supplement->SetAttributes(Text("bin/a text"), before);
+    SupplementOf("executables.xml", limits);
+    EXPECT_EQ(limits.supplement->AttributesOf(Text("bin/a tool")).isExecutable, true);
+    EXPECT_EQ(limits.supplement->AttributesOf(Text("bin/no longer")).isExecutable, false);
     for (const char* other : {"bin/a text", "bin/of another namespace", "bin/odd"}) {
-        EXPECT_EQ(limits.supplement->IsExecutable(Text(other)), std::nullopt) << other;
+        EXPECT_EQ(limits.supplement->AttributesOf(Text(other)).isExecutable, std::nullopt) << other;
+    }
+}
+
+TEST(MultistatusReaderTest, NotesTheDatesThatClientsLeftWithFilesBesideTheResult) {
+    const auto supplement = SupplementOf("content-dates.xml");
+    const QDateTime listed = QDateTime::fromSecsSinceEpoch(1795169730, Qt::UTC);
+    const QString md5 = Text("9e107d9d372bb6826bd81d3542a419d6");
+    const FileAttributes dated = supplement->AttributesOf(Text("bin/dated"));
+    EXPECT_EQ(dated.DateOf(md5, listed), QDateTime::fromSecsSinceEpoch(1600000000, Qt::UTC));
+    EXPECT_EQ(dated.DateOf(Text("e4d909c290d0fb1ca068ffaddf22cbd0"), listed), listed) << "that content is another one";
+    for (const char* other : {"bin/none", "bin/short", "bin/not a date", "bin/no space", "bin/of another namespace"}) {
+        EXPECT_EQ(supplement->AttributesOf(Text(other)).DateOf(md5, listed), listed) << other;
     }
 }
 

@@ -317,7 +317,8 @@ TEST_F(RequestManagerTest, AsksAServerThatIsNotTheServiceForWhatIsCommonOnly) {
     EXPECT_TRUE(server.SawItsScript());
     EXPECT_THAT(server.Requests().value(1).body.toStdString(),
                 HasSubstr("<D:prop><D:resourcetype/><P:getcontentlength/><D:getlastmodified/><D:creationdate/>"
-                          "<D:getetag/><A:executable xmlns:A=\"http://apache.org/dav/props/\"/></D:prop>"));
+                          "<D:getetag/><A:executable xmlns:A=\"http://apache.org/dav/props/\"/>"
+                          "<V:content-date xmlns:V=\"urn:ovsync\"/></D:prop>"));
     EXPECT_THAT(server.Requests().value(2).body.toStdString(),
                 HasSubstr("<D:prop><D:resourcetype/><D:getetag/><O:version/></D:prop>"));
 }
@@ -333,7 +334,8 @@ TEST_F(RequestManagerTest, AsksTheServiceForWhatItKnowsAndAServerThatDoesNotSayF
         EXPECT_TRUE(server.Requests().last().body.contains(
             isOfService ? "<P:resourceclasstype/><P:syncproperties/></D:prop>"
                         : "<P:resourceclasstype/><P:syncproperties/><D:getetag/>"
-                          "<A:executable xmlns:A=\"http://apache.org/dav/props/\"/></D:prop>"))
+                          "<A:executable xmlns:A=\"http://apache.org/dav/props/\"/>"
+                          "<V:content-date xmlns:V=\"urn:ovsync\"/></D:prop>"))
             << options;
     }
 }

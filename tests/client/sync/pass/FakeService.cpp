@@ -492,10 +492,7 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.forgetListings = [this] { _fileManager->Forget(); };
     service.updater = _updater.get();
     service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
-    service.isExecutable = [this](const QString& serverPath) {
-        const auto bit = listedBits.find(PathOf(serverPath));
-        return bit == listedBits.end() ? std::nullopt : std::optional<bool>(bit->second);
-    };
+    service.attributesOf = [this](const QString& serverPath) { return listedAttributes.value(PathOf(serverPath)); };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.changes = std::make_shared<ChangeSource>(*this);
     service.newConnection = [this] { return std::make_unique<Session>(*this); };

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QMap>
 #include <QString>
 #include <atomic>
 #include <functional>
@@ -88,8 +89,8 @@ public:
     bool isWithoutSizes = false;
     /// These collections are there and not listed, as what lies in a form is not.
     std::set<QString> unlisted;
-    /// Which files are listed as executable and which are not; their content says nothing of it.
-    std::map<QString, bool> listedBits;
+    /// What files are listed with; their content says nothing of it.
+    QMap<QString, ovsync::wire::FileAttributes> listedAttributes;
     /// These files and folders are there, and no listing has them.
     std::set<QString> forgotten;
     /// Tells what changed since it was asked before.

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <QCryptographicHash>
 #include <QFile>
 
 #include "client/sync/local/LocalError.h"
@@ -51,7 +52,8 @@ TEST_P(PullPassTest, ContentAndDateComeOver) {
 
 TEST_P(PullPassTest, WhatIsListedAsExecutableBecomesSo) {
     const auto isExecutable = [this](const char* path) { return disk.Look(Text(path))->IsExecutable(); };
-    service.listedBits = {{Text("tool"), true}, {Text("text"), false}};
+    service.listedAttributes[Text("tool")].isExecutable = true;
+    service.listedAttributes[Text("text")].isExecutable = false;
     for (const char* content : {"1", "2"}) {
         for (const char* file : {"tool", "text", "other"}) {
             service.Put(Text(file), content);
@@ -61,17 +63,32 @@ TEST_P(PullPassTest, WhatIsListedAsExecutableBecomesSo) {
         EXPECT_FALSE(isExecutable("text"));
         EXPECT_FALSE(isExecutable("other"));
     }
-    service.listedBits = {{Text("tool"), false}, {Text("text"), true}};
+    service.listedAttributes[Text("tool")].isExecutable = false;
+    service.listedAttributes[Text("text")].isExecutable = true;
     for (const char* file : {"tool", "text"}) {
         service.Put(Text(file), "3");
     }
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_FALSE(isExecutable("tool"));
     EXPECT_TRUE(isExecutable("text"));
-    service.listedBits.clear();
+    service.listedAttributes.clear();
     service.Put(Text("text"), "4");
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_TRUE(isExecutable("text")) << "a server that says nothing changes nothing";
+}
+
+TEST_P(PullPassTest, ADateThatCameWithThisContentCountsMoreThanWhenTheServerStoredIt) {
+    const qint64 second = 1000000000;
+    ovsync::wire::FileAttributes dated;
+    dated.keptDate = QDateTime::fromSecsSinceEpoch(1600000000, Qt::UTC);
+    dated.md5OfKeptDate = Text(QCryptographicHash::hash("1", QCryptographicHash::Md5).toHex());
+    service.listedAttributes[Text("a")] = dated;
+    service.Put(Text("a"), "1");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(disk.Look(Text("a"))->fingerprint.modified, 1600000000 * second);
+    service.Put(Text("a"), "2");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_GE(disk.Look(Text("a"))->fingerprint.modified, 1700000000 * second);
 }
 
 TEST_P(PullPassTest, NothingChangedMeansOneQuestion) {

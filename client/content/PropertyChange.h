@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QByteArray>
+
+#include "client/content/ContentTransaction.h"
+
+namespace ovsync {
+namespace content {
+
+/// Sets one property of what is at a URL. Takes every answer. Not thread-safe.
+class PropertyChange : public ContentTransaction {
+public:
+    PropertyChange(const QUrl& url, const QByteArray& nameSpace, const QByteArray& name, const QByteArray& value);
+
+    /// The status of the answer or, where that has a status for each property, the one of this property; 0 when it
+    /// cannot be read.
+    int Outcome() const;
+
+    Headers RequestHeaders() const override;
+    QByteArray RequestBody() const override { return _body; }
+    void Forget() override;
+    void OnBody(const char* bytes, size_t size) override;
+
+private:
+    const QByteArray _body;
+    QByteArray _answer;
+};
+
+}  // namespace content
+}  // namespace ovsync
