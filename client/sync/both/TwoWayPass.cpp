@@ -105,14 +105,18 @@ QSet<QString> TwoWayPass::_Join(LocalSnapshot& snapshot, SyncPass::Listing& list
     // What came or went under another name, or elsewhere, has to be on both sides before it goes.
     LeaveOut(goneThere.others.folders, work.needed);
     LeaveOut(goneHere.others.folders, work.needed);
+    // Folders that the service deleted cannot go before.
+    PullPlan::Gone copies = here.FindNeedlessCopies(_report.Open());
     if (hasFetched && hasSent) {
+        deletionsHere.Delete(std::move(copies));
         deletionsHere.Delete(std::move(goneThere.others));
         deletionsThere.Delete(goneHere.others);
     } else {
+        deletionsHere.Postpone(copies);
         deletionsHere.Keep(goneThere.others, QStringLiteral(", because not everything could be transferred"));
         deletionsThere.Keep(goneHere.others);
     }
-    _sides.records.Write(here.FindEndedConflicts());
+    _sides.records.Write(here.FindEndedConflicts(_report.Open()));
     moves.RememberFolders();
     return sent;
 }

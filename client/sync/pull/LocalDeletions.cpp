@@ -35,6 +35,12 @@ void LocalDeletions::Delete(PullPlan::Gone gone) {
     _changes.Delete(gone);
 }
 
+void LocalDeletions::Postpone(const PullPlan::Gone& gone) {
+    for (const store::Placement& file : gone.files) {
+        _report.LeaveOpen(file.record.path);
+    }
+}
+
 void LocalDeletions::Keep(const PullPlan::Gone& gone, const QString& reason) {
     const QString detail = QStringLiteral("it was deleted on the service") + reason;
     for (const QString& folder : gone.folders) {

@@ -23,6 +23,8 @@ public:
     [[nodiscard]] bool MayDelete(int deletions);
     /// Deletes what the service says is not there when it is asked by name. Throws Cancelled.
     void Delete(PullPlan::Gone gone);
+    /// Leaves all of it to the next pass, without a word.
+    void Postpone(const PullPlan::Gone& gone);
     /// Tells that all of it is kept.
     void Keep(const PullPlan::Gone& gone, const QString& reason);
 

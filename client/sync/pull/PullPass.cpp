@@ -59,13 +59,19 @@ void PullPass::_Pull(LocalSnapshot& snapshot, const SyncPass::Listing& listing) 
     const bool hasAll =
         Downloader(_sides, _pass.Installing(), comparison, maker, _report).Run(std::move(fetches.orders));
 
+    PullPlan::Gone copies = plan.FindNeedlessCopies(_report.Open());
+    if (hasAll) {
+        deletions.Delete(std::move(copies));
+    } else {
+        deletions.Postpone(copies);
+    }
     // What came under another name, or elsewhere, has to be here before it goes.
     if (deletes && hasAll) {
         deletions.Delete(std::move(gone.others));
     } else if (deletes) {
         deletions.Keep(gone.others, QStringLiteral(", because not everything could be fetched"));
     }
-    _sides.records.Write(plan.FindEndedConflicts());
+    _sides.records.Write(plan.FindEndedConflicts(_report.Open()));
 }
 
 }  // namespace pull

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "client/sync/local/LocalContent.h"
+#include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
 
 namespace ovsync {
@@ -9,6 +11,7 @@ namespace pull {
 
 using local::ConflictText;
 using local::FolderOf;
+using local::LocalContent;
 using local::LocalEntry;
 using local::TemporaryBeside;
 using pass::LocalState;
@@ -34,6 +37,15 @@ bool IsInTheWay(const RemoteTree& remote, const QString& path) {
         }
     }
     return false;
+}
+
+store::Placement RemovalOf(const QString& path, const store::Fingerprint& fingerprint) {
+    store::Placement removal;
+    removal.record.path = path;
+    removal.temporary = TemporaryBeside(path);
+    removal.isRemoval = true;
+    removal.old = fingerprint;
+    return removal;
 }
 
 }  // namespace
@@ -62,15 +74,10 @@ void PullPlan::_FindGoneFile(const QString& path, Deletions& deletions) const {
     const FileView view = _views.At(path);
     deletions.records.files += view.renewed;
     switch (view.step) {
-        case SyncStep::DeleteHere: {
-            store::Placement removal;
-            removal.record.path = path;
-            removal.temporary = TemporaryBeside(path);
-            removal.isRemoval = true;
-            removal.old = view.here.entry->fingerprint;
-            (IsInTheWay(_remote, path) ? deletions.inTheWay : deletions.others).files.append(removal);
+        case SyncStep::DeleteHere:
+            (IsInTheWay(_remote, path) ? deletions.inTheWay : deletions.others)
+                .files.append(RemovalOf(path, view.here.entry->fingerprint));
             break;
-        }
         case SyncStep::KeepChanged:
             deletions.events.append(
                 {SyncEvent::Kind::Kept, path, QStringLiteral("it was deleted on the service, but has changed here")});
@@ -138,7 +145,6 @@ void PullPlan::Take(const FileView& view, Fetches& fetches) {
             break;
         case SyncStep::FetchBeside:
             order.target = PullOrder::Target::Beside;
-            _inConflict.insert(view.path);
             fetches.orders.push_back(std::move(order));
             break;
         case SyncStep::SendOver:
@@ -146,7 +152,6 @@ void PullPlan::Take(const FileView& view, Fetches& fetches) {
             fetches.orders.push_back(std::move(order));
             break;
         case SyncStep::StillBeside:
-            _inConflict.insert(view.path);
             fetches.events.append({SyncEvent::Kind::Conflict, view.path, ConflictText(view.copy)});
             break;
         case SyncStep::Record:
@@ -168,12 +173,37 @@ void PullPlan::Take(const FileView& view, Fetches& fetches) {
     }
 }
 
-RecordChanges PullPlan::FindEndedConflicts() const {
+bool PullPlan::_IsOver(const ConflictCopy& copy, const QSet<QString>& open) const {
+    const QSet<QString>& paths = _sides.scope.Paths();
+    const bool isLookedAt = _sides.scope.IsWhole() || paths.contains(copy.path) || paths.contains(copy.copy);
+    return isLookedAt && !open.contains(copy.path) && !_remote.IsRefused(copy.path) &&
+           !_sides.exclusion.HasFileAt(copy.path);
+}
+
+PullPlan::Gone PullPlan::FindNeedlessCopies(const QSet<QString>& open) const {
+    Gone needless;
+    for (const ConflictCopy& copy : _sides.records.Copies()) {
+        if (!_IsOver(copy, open) || _sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy)) {
+            continue;
+        }
+        try {
+            const std::optional<LocalContent> content =
+                LocalContent::Of(_sides.tree, copy.copy, *_sides.options.isStopped);
+            if (content && content->md5 == copy.contentMd5) {
+                needless.files.append(RemovalOf(copy.copy, content->fingerprint));
+            }
+        } catch (const local::LocalError&) {
+            // Nobody knows whether somebody wrote into it.
+        }
+    }
+    return needless;
+}
+
+RecordChanges PullPlan::FindEndedConflicts(const QSet<QString>& open) const {
     RecordChanges changes;
     for (const ConflictCopy& copy : _sides.records.Copies()) {
         // The disk is asked, because the snapshot has no excluded files.
-        const bool isLookedAt = _sides.scope.IsWhole() || _sides.scope.Paths().contains(copy.path);
-        if (isLookedAt && !_inConflict.contains(copy.path) && !_sides.tree.Look(copy.copy)) {
+        if (_IsOver(copy, open) && (_sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy))) {
             changes.forgottenCopies.append(copy);
         }
     }

@@ -63,19 +63,21 @@ public:
     /// Adds what is to be done with one file.
     void Take(const plan::FileView& view, Fetches& fetches);
 
-    /// The records of copies of conflicts that are over, and that nobody has here any more. To be asked for when
-    /// everything was fetched.
-    store::RecordChanges FindEndedConflicts() const;
+    /// Copies, as they came from the service, of conflicts that are over: not among the `open` paths of the pass. To be
+    /// asked for when everything was transferred.
+    Gone FindNeedlessCopies(const QSet<QString>& open) const;
+    /// The records of copies of such conflicts that are gone, or files of their own. To be asked for last.
+    store::RecordChanges FindEndedConflicts(const QSet<QString>& open) const;
 
 private:
     void _FindGoneFile(const QString& path, Deletions& deletions) const;
+    bool _IsOver(const store::ConflictCopy& copy, const QSet<QString>& open) const;
 
     const pass::PassSides& _sides;
     const plan::FileViews& _views;
     const pass::RecordMaker& _maker;
     const pass::RemoteTree& _remote;
     const local::LocalSnapshot& _snapshot;
-    QSet<QString> _inConflict;
 };
 
 }  // namespace pull

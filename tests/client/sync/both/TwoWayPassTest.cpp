@@ -346,6 +346,83 @@ TEST_P(TwoWayPassTest, AConflictKeepsBothAndEndsByDeletingOne) {
     ExpectInStep();
 }
 
+TEST_P(TwoWayPassTest, AConflictEndsWithItsCopyInTheTrashWhenTheOwnFileIsDeleted) {
+    Begin({"a"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    Remove("a");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "theirs"}}));
+    EXPECT_THAT(TrashContents(), testing::Contains("theirs"));
+    ExpectInStep();
+    // Nothing is left that could end a later conflict over the same version.
+    service.Put(Text("a"), "theirs again");
+    Write("a", "mine again");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Conflict a")));
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("theirs again"));
+}
+
+TEST_P(TwoWayPassTest, ACopyThatSomebodyWroteIntoIsAFileOfItsOwnWhenTheConflictIsOver) {
+    Begin({"a"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    QString copy;
+    for (const auto& file : Contents()) {
+        copy = file.first.startsWith(Text("a (from")) ? file.first : copy;
+    }
+    Write(copy.toUtf8().constData(), "theirs and mine");
+    Remove("a");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "theirs"}, {copy, "theirs and mine"}}));
+    ExpectInStep();
+}
+
+TEST_P(TwoWayPassTest, AFolderThatTheServiceDeletedGoesWithTheCopyOfAConflictThatIsOver) {
+    Begin({"b", "f/a"});
+    Write("f/a", "mine");
+    service.Put(Text("f/a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    Remove("f/a");
+    service.Remove(Text("f"));
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("b"), "1 of b"}}));
+    EXPECT_FALSE(QFile::exists(Path("f")));
+    EXPECT_THAT(TrashContents(), testing::Contains("theirs"));
+}
+
+TEST_P(TwoWayPassTest, ACopyOfAConflictThatIsOverGoesAsSoonAsAllCanBeTransferred) {
+    Begin({"a", "b"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    Remove("a");
+    service.Put(Text("b"), "2");
+    service.onRequest = [](const QString& method, const QString& path) {
+        if (method == Text("GET") && path == Text("b")) {
+            throw TransactionError("GET", QUrl(), Text("reset"), {});
+        }
+    };
+    EXPECT_EQ(SyncPlaces({Text("a")}), SyncOutcome::Failed);
+    EXPECT_EQ(Contents().size(), 3U);
+    service.onRequest = nullptr;
+    EXPECT_EQ(SyncPlaces({}), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "theirs"}, {Text("b"), "2"}}));
+}
+
+TEST_P(TwoWayPassTest, ACopyStaysWhileItsFileIsInTheWayOfAFolder) {
+    Begin({"a"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    service.Remove(Text("a"));
+    service.Put(Text("a/b"), "1");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 2U);
+}
+
 TEST_P(TwoWayPassTest, AConflictCanBeWonByEitherSideAndTheOtherVersionIsInTheTrash) {
     for (const bool isPlain : {false, true}) {
         service.isPlain = isPlain;

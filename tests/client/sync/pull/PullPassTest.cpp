@@ -91,6 +91,27 @@ TEST_P(PullPassTest, ADateThatCameWithThisContentCountsMoreThanWhenTheServerStor
     EXPECT_GE(disk.Look(Text("a"))->fingerprint.modified, 1700000000 * second);
 }
 
+TEST_P(PullPassTest, AConflictEndsWithItsCopyInTheTrashWhenTheOwnFileIsDeleted) {
+    PullOne();
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Pull(), SyncOutcome::LeftSome);
+    Remove("a");
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "theirs"}}));
+    EXPECT_THAT(TrashContents(), Contains("theirs"));
+}
+
+TEST_P(PullPassTest, ACopyStaysWhileAFileThatChangedHereIsGoneThere) {
+    PullOne();
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Pull(), SyncOutcome::LeftSome);
+    service.Remove(Text("a"));
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 2U);
+}
+
 TEST_P(PullPassTest, NothingChangedMeansOneQuestion) {
     PullOne();
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
