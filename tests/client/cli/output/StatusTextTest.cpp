@@ -103,6 +103,12 @@ TEST_F(StatusTextTest, SaysWhatConcernsTheAgent) {
     EXPECT_THAT(Shown(), testing::StartsWith("/c/folders.toml: line 3: a folder has no \"colour\"\n"
                                              "There is a newer version: KQ52_1_WIN\n"));
     EXPECT_FALSE(IsAllWell(Line()));
+    _status.mistakes.clear();
+    EXPECT_TRUE(IsAllWell(Line()));
+    _status.hasFoldersFileChanged = true;
+    EXPECT_THAT(Shown(), testing::StartsWith("/c/folders.toml was changed after the agent read it; \"pkill -HUP "
+                                             "OvSync.exe\" has it read again\n"));
+    EXPECT_FALSE(IsAllWell(Line()));
     EXPECT_THAT(StatusText(StatusLine(AgentStatus()), Output()).toStdString(), HasSubstr("no folder to keep in step"));
 }
 
