@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <QThread>
 #include <csignal>
+#include <string>
 
 #include "tests/endtoend/AgentUser.h"
 #include "tests/fakes/Text.h"
@@ -145,8 +146,9 @@ TEST_F(AgentSyncTest, SaysThatTheFileWasChangedUntilItIsReadAgain) {
     EXPECT_EQ(_user.Status()["foldersFileChanged"], true);
     const ProgramResult status = _user.Ovsync({Text("status")});
     EXPECT_EQ(status.exitCode, 1);
-    EXPECT_THAT(status.output.toStdString(), HasSubstr("folders.toml was changed after the agent read it; \"pkill -HUP "
-                                                       "OvSync.exe\" has it read again\n"));
+    EXPECT_THAT(status.output.toStdString(),
+                HasSubstr("folders.toml was changed after the agent read it; \"kill -HUP " +
+                          std::to_string(_user.AgentProcess()) + "\" has it read again\n"));
     _user.Signal(SIGHUP);
     EXPECT_TRUE(BecomesTrue([this] { return _user.Status()["foldersFileChanged"] == false; }));
     ASSERT_TRUE(_user.IsInStep());

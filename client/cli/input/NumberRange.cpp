@@ -12,17 +12,17 @@ namespace {
 /// `read` makes a number of a text, and says whether it is one.
 template <typename Limit, typename Reader>
 CLI::Validator RangeOf(Limit least, Limit most, Reader read) {
+    const QString range = QStringLiteral("%1 to %2").arg(QString::number(least), QString::number(most));
     return CLI::Validator(
         [=](std::string& text) {
             bool isNumber = false;
             const Limit number = read(QString::fromStdString(text), &isNumber);
-            return isNumber && number >= least && number <= most
-                       ? std::string()
-                       : QStringLiteral("\"%1\" is not a number from %2 to %3")
-                             .arg(QString::fromStdString(text), QString::number(least), QString::number(most))
-                             .toStdString();
+            return isNumber && number >= least && number <= most ? std::string()
+                                                                 : QStringLiteral("\"%1\" is not a number from %2")
+                                                                       .arg(QString::fromStdString(text), range)
+                                                                       .toStdString();
         },
-        "");
+        range.toStdString());
 }
 
 }  // namespace

@@ -101,8 +101,8 @@ QByteArray StatusText(const QByteArray& line, const Output& output) {
         text += output.Shown(StringOf(status["foldersFile"])) + ": " + output.Shown(StringOf(mistake)) + '\n';
     }
     if (HasFileChanged(status)) {
-        text += output.Shown(StringOf(status["foldersFile"])) +
-                " was changed after the agent read it; \"pkill -HUP OvSync.exe\" has it read again\n";
+        text += output.Shown(StringOf(status["foldersFile"])) + " was changed after the agent read it; \"kill -HUP " +
+                QByteArray::number(status["process"].get<int>()) + "\" has it read again\n";
     }
     if (!status["newVersion"].is_null()) {
         text += "There is a newer version: " + output.Shown(StringOf(status["newVersion"])) + '\n';

@@ -1,6 +1,9 @@
 #include "client/cli/output/StatusText.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <string>
 
 #include "client/agent/StatusJson.h"
 #include "tests/fakes/Text.h"
@@ -106,8 +109,8 @@ TEST_F(StatusTextTest, SaysWhatConcernsTheAgent) {
     _status.mistakes.clear();
     EXPECT_TRUE(IsAllWell(Line()));
     _status.hasFoldersFileChanged = true;
-    EXPECT_THAT(Shown(), testing::StartsWith("/c/folders.toml was changed after the agent read it; \"pkill -HUP "
-                                             "OvSync.exe\" has it read again\n"));
+    EXPECT_THAT(Shown(), testing::StartsWith("/c/folders.toml was changed after the agent read it; \"kill -HUP " +
+                                             std::to_string(getpid()) + "\" has it read again\n"));
     EXPECT_FALSE(IsAllWell(Line()));
     EXPECT_THAT(StatusText(StatusLine(AgentStatus()), Output()).toStdString(), HasSubstr("no folder to keep in step"));
 }
