@@ -248,10 +248,12 @@ bool ScopedPass::_IsAllRecorded(const LocalSnapshot& snapshot, const RemoteTree&
                        [&](const QString& path) { return recordedFolders.contains(path); }) &&
            std::all_of(files.begin(), files.end(),
                        [&](const QString& path) {
-                           return remote.HasFile(path) || sent.contains(path) || open.contains(path);
+                           return remote.HasFile(path) || sent.contains(path) || open.contains(path) ||
+                                  _sides.exclusion.HasFileAt(path);
                        }) &&
            std::all_of(folders.begin(), folders.end(), [&](const QString& path) {
-               return remote.HasFolder(path) || sent.contains(path) || open.contains(path);
+               return remote.HasFolder(path) || sent.contains(path) || open.contains(path) ||
+                      _sides.exclusion.HasFolderAt(path);
            });
 }
 
