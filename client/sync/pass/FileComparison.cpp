@@ -122,10 +122,11 @@ bool FileComparison::_HasContentOfRecord(const FileConfiguration& remote, const 
     if (DiffersByMissingChecksum(remote, record.file)) {
         return IsContentOf(remote, LikelySize(ListedSize(record.file.size)), record.contentMd5);
     }
-    const bool isInDoubt =
-        record.file.versionId.isEmpty() && record.file.md5Checksum.isEmpty() && !record.file.lastModifiedDate.isValid();
+    const QString& version = record.file.versionId;
+    const bool isInDoubt = (version.isEmpty() || IsWeakTag(version)) && record.file.md5Checksum.isEmpty() &&
+                           !record.file.lastModifiedDate.isValid();
     return isInDoubt && ListedSize(remote.size) == ListedSize(record.file.size) &&
-           IsContentThere(record.path, remote.size, record.contentMd5);
+           (HasBecomeStrong(remote, version) || IsContentThere(record.path, remote.size, record.contentMd5));
 }
 
 void FileComparison::Read(const QString& path, LocalFileState& file) const {

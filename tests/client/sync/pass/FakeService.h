@@ -64,6 +64,8 @@ public:
     bool listsTags = false;
     /// Names no lengths where it is asked for one file.
     bool isWithoutLengths = false;
+    /// Its entity tags are weak, as some servers' are within the second of the last change.
+    bool areTagsWeak = false;
     /// Knows no conditions of an upload.
     bool ignoresConditions = false;
     /// What the announced lengths of contents are above the true ones.
