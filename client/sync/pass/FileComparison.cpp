@@ -161,7 +161,10 @@ bool FileComparison::HasContentOf(const QString& path, const FileConfiguration& 
 bool FileComparison::IsContentThere(const QString& path, qint64 listed, const QString& md5) const {
     Md5Sink sink(listed);
     try {
-        _sides.service.newConnection()->Download(_sides.service.UrlAt(path), sink);
+        if (!_connection) {
+            _connection = _sides.service.newConnection();
+        }
+        _connection->Download(_sides.service.UrlAt(path), sink);
     } catch (const Md5Sink::MoreThanListed&) {
         return false;
     }

@@ -503,7 +503,10 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.changes = std::make_shared<ChangeSource>(*this);
-    service.newConnection = [this] { return std::make_unique<Session>(*this); };
+    service.newConnection = [this] {
+        ++connections;
+        return std::make_unique<Session>(*this);
+    };
     service.urlOf = [](const QString& serverPath) {
         QUrl url(Text("http://service.test/"));
         url.setPath(Text("/") + serverPath, QUrl::DecodedMode);

@@ -58,6 +58,8 @@ public:
     int CountAll() const;
     void ForgetCounts();
 
+    /// How many were opened.
+    std::atomic<int> connections{0};
     /// Knows neither versions nor checksums, as other WebDAV servers.
     bool isPlain = false;
     /// Names strong entity tags in its listings, too.
