@@ -39,8 +39,10 @@ public:
     static void RequireSameService(store::RecordDatabase& records, const ServiceFolder& service,
                                    const SyncOptions& options);
 
-    /// Checks that the folder belongs to the service's folder, and clears up after a pass that died and what is too old
-    /// in the trash. Throws WrongFolder, LocalError and StoreError.
+    /// Checks that the folder belongs to the service's folder. Throws WrongFolder, LocalError and StoreError.
+    void CheckFolder();
+    /// Checks the records, and clears up after a pass that died and what is too old in the trash. Throws LocalError and
+    /// StoreError.
     void Prepare();
     /// Looks through the folder. Throws LocalError.
     local::LocalSnapshot Look();
@@ -69,7 +71,6 @@ public:
     report::SyncOutcome Run(const std::function<void()>& pass) const;
 
 private:
-    void _CheckFolder();
     /// Asks for what changed since `since`. None when there is no such folder.
     std::optional<Listing> _Ask(const QDateTime& since, const local::LocalSnapshot& snapshot);
     /// Removes what earlier passes left of downloads of which the service has that version no more.
