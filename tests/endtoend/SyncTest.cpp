@@ -140,7 +140,7 @@ TEST_F(SyncCommandTest, TooManyDeletionsAreMadeOrTakenBackByTheCommandsThatAreNa
         const ProgramResult done = RunTyped(named);
         EXPECT_EQ(done.exitCode, 0) << named.toStdString() << ErrorsOf(done);
     };
-    const auto run = [this](const QStringList& words) { return RunOvsync(words + QStringList(Text("--delete"))); };
+    const auto run = [](const QStringList& words) { return RunOvsync(words + QStringList(Text("--delete"))); };
     const QStringList pull{Text("pull"), _service.Url(), SecondFolder()};
     const QStringList push{Text("push"), SecondFolder(), _service.Url()};
     const auto removeHere = [this](int from, int to) {

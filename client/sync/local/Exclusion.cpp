@@ -26,12 +26,19 @@ QByteArray WithoutTrailingSpaces(const QByteArray& line) {
     return line.left(end);
 }
 
+bool TakesBack(const QString& rule) {
+    return rule.startsWith(QLatin1Char('!'));
+}
+
+PathPattern PatternOf(const QString& rule) {
+    return PathPattern::Read(TakesBack(rule) ? rule.mid(1) : rule);
+}
+
 }  // namespace
 
 Exclusion::Exclusion(const QStringList& rules) : _rules(rules) {
     for (const QString& rule : rules) {
-        const bool excludes = !rule.startsWith(QLatin1Char('!'));
-        _patterns.append({PathPattern::Read(excludes ? rule : rule.mid(1)), excludes});
+        _patterns.append({PatternOf(rule), !TakesBack(rule)});
     }
 }
 
@@ -63,7 +70,7 @@ QString Exclusion::RuleIn(const QByteArray& text) {
         throw SyncException(
             QStringLiteral("\"%1\" is not a valid pattern: it is not UTF-8").arg(QString::fromUtf8(text)));
     }
-    Exclusion(QStringList(rule));
+    PatternOf(rule);
     return rule;
 }
 

@@ -44,7 +44,7 @@ public:
 private:
     struct Rule {
         PathPattern pattern;
-        bool excludes;
+        bool excludes = true;
     };
 
     bool _Has(const QString& path, bool isFolder) const;
