@@ -294,7 +294,10 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
     if (size >= ListingSupplement::LeastSize && size <= static_cast<uint64_t>(std::numeric_limits<qint64>::max())) {
         _limits.supplement->AddSize(FromUtf8(key), static_cast<qint64>(size));
     }
-    _limits.supplement->SetAttributes(FromUtf8(key), isFile ? AttributesOf(entry) : FileAttributes());
+    const FileAttributes attributes = isFile ? AttributesOf(entry) : FileAttributes();
+    if (!attributes.IsEmpty() || _limits.supplement->KnowsAttributes()) {
+        _limits.supplement->SetAttributes(FromUtf8(key), attributes);
+    }
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);
     response.parentResourceId = IntOf(entry, Entry::ParentId);
