@@ -109,21 +109,15 @@ void Agent::_Load() {
 }
 
 void Agent::_LoadOnce() {
-    folders::FoldersReading reading;
-    try {
-        reading = folders::ReadFoldersFile();
-    } catch (const SyncException& e) {
-        reading.mistakes.append(e.Message());
-    }
-    _mistakes = reading.mistakes;
-    for (const QString& mistake : _mistakes) {
+    _read = folders::ReadFoldersFile();
+    for (const QString& mistake : qAsConst(_read.mistakes)) {
         LogLine(AgentLogger(), log4cplus::ERROR_LOG_LEVEL,
                 QStringLiteral("%1: %2").arg(user::FoldersFilePath(), mistake));
     }
-    if (_mistakes.isEmpty()) {
+    if (_read.mistakes.isEmpty()) {
         user::Passwords passwords;
         QVector<Wanted> wanted;
-        for (const SyncedFolder& folder : reading.folders) {
+        for (const SyncedFolder& folder : qAsConst(_read.folders)) {
             QAuthenticator found;
             try {
                 found = passwords.Find(folder.location.baseUrl.host(), folder.user);
@@ -216,7 +210,8 @@ void Agent::_OnStatus() {
 AgentStatus Agent::_Status() const {
     AgentStatus status;
     status.foldersFile = user::FoldersFilePath();
-    status.mistakes = _mistakes;
+    status.mistakes = _read.mistakes;
+    status.hasFoldersFileChanged = folders::HasFoldersFileChanged(_read);
     for (const Wanted& wanted : _wanted) {
         const auto worker = _workers.find(wanted.folder.directory);
         if (worker != _workers.end()) {

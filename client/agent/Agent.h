@@ -2,7 +2,6 @@
 
 #include <QMap>
 #include <QSocketNotifier>
-#include <QStringList>
 #include <QVector>
 #include <atomic>
 #include <list>
@@ -10,7 +9,7 @@
 
 #include "client/agent/FolderWorker.h"
 #include "client/agent/StatusServer.h"
-#include "client/folders/SyncedFolder.h"
+#include "client/folders/FoldersText.h"
 
 namespace ovsync {
 namespace agent {
@@ -53,7 +52,7 @@ private:
     StatusServer _server;
     bool _isLoading = false;
     bool _isToLoadAgain = false;
-    QStringList _mistakes;
+    folders::FoldersReading _read;
     /// In the order of the file.
     QVector<Wanted> _wanted;
     /// By directory.

@@ -144,6 +144,7 @@ SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver&
     options.isStopped = &isStopped;
 
     pass::ServiceFolder service = input::ServiceFolderAt(connection, _folder.location, root);
+    service.caFile = _folder.caFile;
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();

@@ -60,6 +60,8 @@ struct AgentStatus {
     QString foldersFile;
     /// Of that file; what was read before holds as long as there is one.
     QStringList mistakes;
+    /// Since it was read.
+    bool hasFoldersFileChanged = false;
     QVector<FolderStatus> folders;
 };
 

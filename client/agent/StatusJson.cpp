@@ -124,6 +124,7 @@ QByteArray StatusLine(const AgentStatus& status) {
                                {"process", getpid()},
                                {"foldersFile", status.foldersFile.toStdString()},
                                {"mistakes", mistakes},
+                               {"foldersFileChanged", status.hasFoldersFileChanged},
                                {"newVersion", TextOrNull(newVersion)},
                                {"folders", folders}};
     return QByteArray::fromStdString(json.dump()) + '\n';

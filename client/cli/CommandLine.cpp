@@ -8,6 +8,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -114,6 +115,43 @@ ExitCode ExitCodeOf(const std::exception& error) {
     return isCancelled ? ExitCode::Interrupted : ExitCode::Unreachable;
 }
 
+/// Whose the first option in `unknown` is that there is at all; empty for none.
+std::string OwnersOf(const std::vector<std::string>& unknown, const CLI::App& app) {
+    for (const std::string& word : unknown) {
+        if (word.size() < 2 || word[0] != '-') {
+            continue;
+        }
+        const std::string option = word[1] == '-' ? word.substr(0, word.find('=')) : word.substr(0, 2);
+        QStringList owners;
+        for (const std::string& command : input::CommandsWith(app, option)) {
+            owners.append(QString::fromStdString(command));
+        }
+        if (!owners.isEmpty()) {
+            return option + " is an option of " + owners.join(QStringLiteral(", ")).toStdString() + " only";
+        }
+        if (app.get_option_no_throw(option) != nullptr) {
+            return option + " is an option of ovsync itself";
+        }
+    }
+    return std::string();
+}
+
+/// What is wrong with a command line of which `error` was thrown, and `complaint` written.
+std::string UsageText(const CLI::ParseError& error, const std::string& complaint, const CLI::App& app) {
+    std::vector<std::string> unknown = app.remaining(true);
+    // A group of commands takes the options that all have only after its command.
+    unknown.erase(std::remove(unknown.begin(), unknown.end(), "--json"), unknown.end());
+    const std::string owners = OwnersOf(unknown, app);
+    // Whatever is missing is named before anything that is too much.
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr) {
+        const std::string first = unknown.empty() ? std::string() : unknown.front() + " is not known here";
+        const std::string tooMuch = owners.empty() ? first : owners;
+        return tooMuch + (tooMuch.empty() ? "" : ". ") + complaint;
+    }
+    const bool isTooMuch = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr && !owners.empty();
+    return isTooMuch ? owners + complaint.substr(complaint.find('\n')) : complaint;
+}
+
 /// In the order in which help shows them.
 void AddCommands(CommandRegistry& registry) {
     commands::AddListCommand(registry);
@@ -171,17 +209,15 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             std::reverse(words.begin(), words.end());
             app.parse(std::move(words));
         } catch (const CLI::ParseError& e) {
+            const bool asJson = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
+            if (asJson && dynamic_cast<const CLI::CallForVersion*>(&e) != nullptr) {
+                std::cout << nlohmann::ordered_json{{"name", "ovsync"}, {"version", OVSYNC_VERSION}}.dump() + '\n';
+                return ExitCode::Done;
+            }
             std::ostringstream errors;
             const bool isDone = app.exit(e, std::cout, errors) == 0;
             if (!isDone) {
-                // Whatever is missing is named before anything that is too much.
-                const bool misses = dynamic_cast<const CLI::RequiredError*>(&e) != nullptr;
-                std::vector<std::string> unknown = misses ? app.remaining(true) : std::vector<std::string>();
-                // A group of commands takes the options that all have only after its command.
-                unknown.erase(std::remove(unknown.begin(), unknown.end(), "--json"), unknown.end());
-                const bool asJson = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
-                ComplainOfUsage((unknown.empty() ? "" : unknown.front() + " is not known here. ") + errors.str(),
-                                asJson);
+                ComplainOfUsage(UsageText(e, errors.str(), app), asJson);
             }
             return isDone ? ExitCode::Done : ExitCode::WrongUsage;
         }
@@ -203,7 +239,9 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             }
         };
         const QString user = arguments.user.empty() ? location.user : QString::fromStdString(arguments.user);
-        const QAuthenticator credentials = FindCredentials(user, location.baseUrl.host());
+        const QString host = location.baseUrl.host();
+        const QAuthenticator credentials =
+            registry.LogsIn() ? input::NewCredentials(user, host) : FindCredentials(user, host);
         context.server = location.Server();
         context.path = location.serverPath;
         context.user = credentials.user();

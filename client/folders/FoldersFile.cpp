@@ -2,11 +2,17 @@
 
 #include <QDir>
 #include <algorithm>
+#include <cstring>
 #include <functional>
 
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
+#include "client/store/RecordDatabase.h"
 #include "client/sync/local/Exclusion.h"
+#include "client/sync/local/LocalError.h"
+#include "client/sync/pass/ServiceFolder.h"
+#include "client/sync/pass/SyncOptions.h"
+#include "client/sync/pass/SyncPass.h"
 #include "client/user/Places.h"
 #include "client/user/WholeFile.h"
 
@@ -15,6 +21,7 @@ namespace folders {
 
 using input::Refusal;
 using input::UsageError;
+using local::LocalError;
 using user::EditWholeFile;
 using user::FoldersFilePath;
 using user::ReadWholeFile;
@@ -38,6 +45,20 @@ void RequireApart(const SyncedFolder& outer, const SyncedFolder& inner) {
                                         "--exclude when that is added, or in %4.")
                              .arg(inner.directory, outer.directory, path, FoldersFilePath()));
     }
+}
+
+/// Throws WrongFolder when a pass would.
+void RequireSameService(const SyncedFolder& folder) {
+    store::RecordDatabase records(folder.directory, store::RecordDatabase::Access::Try);
+    pass::ServiceFolder service;
+    service.folder.localPath = folder.directory;
+    service.address = folder.location.Address();
+    service.user = folder.user;
+    service.caFile = folder.caFile;
+    pass::SyncOptions options;
+    options.daysKept = folder.daysKept;
+    options.exclusion = local::Exclusion(folder.rules);
+    pass::SyncPass::RequireSameService(records, service, options);
 }
 
 FoldersReading ReadHere(const QByteArray& text) {
@@ -77,7 +98,22 @@ int IndexOf(const QString& directory, const QVector<SyncedFolder>& folders) {
 }  // namespace
 
 FoldersReading ReadFoldersFile() {
-    return ReadHere(ReadWholeFile(FoldersFilePath()));
+    try {
+        return ReadHere(ReadWholeFile(FoldersFilePath()));
+    } catch (const LocalError& e) {
+        FoldersReading reading;
+        reading.mistakes.append(QStringLiteral("it cannot be read: ") +
+                                QString::fromLocal8Bit(std::strerror(e.Code())));
+        return reading;
+    }
+}
+
+bool HasFoldersFileChanged(const FoldersReading& since) {
+    try {
+        return since.text != ReadWholeFile(FoldersFilePath());
+    } catch (const LocalError&) {
+        return since.text.has_value();
+    }
 }
 
 void AddToFoldersFile(const SyncedFolder& folder) {
@@ -89,6 +125,7 @@ void AddToFoldersFile(const SyncedFolder& folder) {
             RequireApart(known, folder);
             RequireApart(folder, known);
         }
+        RequireSameService(folder);
         return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
     });
 }

@@ -5,16 +5,19 @@
 #include "client/folders/FoldersText.h"
 
 /// The folders file of this user, see user::FoldersFilePath. Changes throw Refusal when the file has a mistake or
-/// cannot be changed by a program, UsageError when the folder is not the one to be changed, and SyncException when the
-/// disk fails; nothing is changed then. Thread-safe.
+/// cannot be changed by a program, UsageError when the folder is not the one to be changed, and local::LocalError when
+/// the disk fails; nothing is changed then. Thread-safe.
 
 namespace ovsync {
 namespace folders {
 
-/// Throws SyncException when the file cannot be read. A missing one names no folder.
+/// A missing file names no folder; that it cannot be read is a mistake.
 FoldersReading ReadFoldersFile();
+/// Whether it is another one by now than ReadFoldersFile has read.
+bool HasFoldersFileChanged(const FoldersReading& since);
 
-/// `folder` is not in it yet.
+/// `folder` is not in it yet. Throws also pass::WrongFolder when it is in step with another URL, and store::StoreError
+/// when nobody can tell that now.
 void AddToFoldersFile(const SyncedFolder& folder);
 
 /// `directory` is absolute, as FoldersReading has it.

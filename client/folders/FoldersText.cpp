@@ -253,6 +253,7 @@ QByteArray Quoted(const QString& text) {
 
 FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
     FoldersReading reading;
+    reading.text = text;
     try {
         const toml::table root = Parsed(text);
         for (const auto& [key, node] : root) {

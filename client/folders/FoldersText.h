@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QStringList>
 #include <QVector>
+#include <optional>
 
 #include "client/folders/SyncedFolder.h"
 
@@ -14,9 +15,11 @@ namespace folders {
 
 /// What a text says.
 struct FoldersReading {
+    /// None when it could not be read.
+    std::optional<QByteArray> text;
     /// In the order of the text; only to be relied on when there is no mistake.
     QVector<SyncedFolder> folders;
-    /// Each begins with "line N: ".
+    /// Each begins with "line N: " where it has one.
     QStringList mistakes;
 };
 

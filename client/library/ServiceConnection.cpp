@@ -94,7 +94,8 @@ private:
 
 ServiceConnection::ServiceConnection(const QUrl& baseUrl, const QAuthenticator& credentials,
                                      const wire::ConnectionSettings& settings)
-    : _settings(settings),
+    : _credentials(credentials),
+      _settings(settings),
       _authenticators(std::make_shared<RequestAuthenticatorFactory>(credentials.user(), credentials.password())),
       _connection(std::make_shared<AccountConnection>(Unlimited(settings), credentials)),
       _urlBuilder(std::make_shared<UrlBuilder>()) {

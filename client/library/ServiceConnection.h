@@ -75,6 +75,9 @@ public:
     ServiceConnection(const ServiceConnection&) = delete;
     ServiceConnection& operator=(const ServiceConnection&) = delete;
 
+    /// Null for none.
+    const QAuthenticator& Credentials() const { return _credentials; }
+
     /// The record from which the library lists and looks up at `serverPath`.
     sync::config::FolderConfiguration Folder(const QString& serverPath) const;
 
@@ -140,6 +143,7 @@ private:
     std::unique_ptr<sync::interf::IRemoteFolderManager> _NewFolderManager(
         const std::shared_ptr<requests::IRequestSender>& sender) const;
 
+    const QAuthenticator _credentials;
     const wire::ConnectionSettings _settings;
     sync::config::ServerConfiguration _account;
     std::shared_ptr<sync::interf::factory::IRequestAuthenticatorFactory> _authenticators;

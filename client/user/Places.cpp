@@ -5,9 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <cerrno>
-#include <cstring>
 
-#include "host/core/SyncException.h"
+#include "client/sync/local/LocalError.h"
 
 namespace ovsync {
 namespace user {
@@ -53,8 +52,7 @@ void MakePrivateFolder(const QString& path) {
         MakePrivateFolder(folder.path());
     }
     if (mkdir(path.toUtf8().constData(), ForThisUser) != 0 && errno != EEXIST) {
-        throw sync::core::SyncException(
-            QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno))));
+        throw local::LocalError(path, errno);
     }
 }
 

@@ -17,7 +17,7 @@ QString StateFolder();
 /// For what only lives as long as the user is logged in: ovsync in $XDG_RUNTIME_DIR, or StateFolder.
 QString RuntimeFolder();
 
-/// Makes the folder, for this user alone, and those above it. Throws SyncException.
+/// Makes the folder, for this user alone, and those above it. Throws local::LocalError.
 void MakePrivateFolder(const QString& path);
 
 }  // namespace user

@@ -5,33 +5,27 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <QFile>
 #include <QFileInfo>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 
+#include "client/sync/local/LocalError.h"
 #include "client/user/Places.h"
-#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace user {
 
-using sync::core::SyncException;
+using local::LocalError;
 
 namespace {
-
-[[noreturn]] void ThrowError(const QString& path, int code) {
-    throw SyncException(QStringLiteral("%1: %2").arg(path, QString::fromLocal8Bit(std::strerror(code))));
-}
 
 /// An open file or folder. Throws when it could not be opened.
 class Descriptor {
 public:
     Descriptor(int descriptor, const QString& path) : _descriptor(descriptor) {
         if (_descriptor < 0) {
-            ThrowError(path, errno);
+            throw LocalError(path, errno);
         }
     }
     ~Descriptor() { close(_descriptor); }
@@ -77,7 +71,7 @@ public:
 private:
     void _Check(bool isDone) const {
         if (!isDone) {
-            ThrowError(_target, errno);
+            throw LocalError(_target, errno);
         }
     }
 
@@ -90,16 +84,19 @@ private:
 }  // namespace
 
 QByteArray ReadWholeFile(const QString& path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        if (file.exists() || QFileInfo(path).isSymLink()) {
-            throw SyncException(QStringLiteral("%1: %2").arg(path, file.errorString()));
-        }
+    const int opened = open(path.toUtf8().constData(), O_RDONLY | O_CLOEXEC);
+    if (opened < 0 && errno == ENOENT && !QFileInfo(path).isSymLink()) {
         return QByteArray();
     }
-    QByteArray content = file.readAll();
-    if (file.error() != QFileDevice::NoError) {
-        throw SyncException(QStringLiteral("%1: %2").arg(path, file.errorString()));
+    const Descriptor file(opened, path);
+    QByteArray content;
+    char part[4096];
+    for (ssize_t count = -1; count != 0;) {
+        count = read(file.Get(), part, sizeof(part));
+        if (count < 0 && errno != EINTR) {
+            throw LocalError(path, errno);
+        }
+        content.append(part, static_cast<int>(qMax<ssize_t>(0, count)));
     }
     return content;
 }
@@ -112,7 +109,7 @@ void EditWholeFile(const QString& path, mode_t mode, const std::function<QByteAr
     const Descriptor place(open(folder.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), folder);
     // It ends with the descriptor.
     if (flock(place.Get(), LOCK_EX) != 0) {
-        ThrowError(folder, errno);
+        throw LocalError(folder, errno);
     }
     const QByteArray before = ReadWholeFile(target);
     const QByteArray after = edit(before);
@@ -125,7 +122,7 @@ void EditWholeFile(const QString& path, mode_t mode, const std::function<QByteAr
     file.Write(after);
     file.Place();
     if (fsync(place.Get()) != 0 && errno != EINVAL) {
-        ThrowError(folder, errno);
+        throw LocalError(folder, errno);
     }
 }
 

@@ -7,7 +7,7 @@
 #include <functional>
 
 /// Files that people edit, too: whoever reads one, or crashes, has the old one or the new one whole. Throws
-/// SyncException, which names the file.
+/// local::LocalError.
 
 namespace ovsync {
 namespace user {

@@ -4,8 +4,10 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QThread>
 #include <csignal>
+#include <string>
 
 #include "tests/endtoend/AgentUser.h"
 #include "tests/fakes/Text.h"
@@ -18,6 +20,7 @@ using testing::Not;
 using tests::AgentUser;
 using tests::BecomesTrue;
 using tests::ProgramResult;
+using tests::RunTyped;
 using tests::Service;
 using tests::Text;
 
@@ -130,6 +133,82 @@ TEST_F(AgentSyncTest, ReadsTheFileAgainAndKeepsWhatRanWhenItHasAMistake) {
     const json now = _user.Status();
     EXPECT_TRUE(now["mistakes"].empty());
     EXPECT_EQ(now["folders"].size(), 1U);
+}
+
+TEST_F(AgentSyncTest, SaysThatTheFileWasChangedUntilItIsReadAgain) {
+    const Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_EQ(_user.Status()["foldersFileChanged"], false);
+    const QByteArray before = _user.Read(Text("config/ovsync/folders.toml"));
+    _user.Write(Text("config/ovsync/folders.toml"), before + "# changed\n");
+    EXPECT_EQ(_user.Status()["foldersFileChanged"], true);
+    const ProgramResult status = _user.Ovsync({Text("status")});
+    EXPECT_EQ(status.exitCode, 1);
+    EXPECT_THAT(status.output.toStdString(),
+                HasSubstr("folders.toml was changed after the agent read it; \"kill -HUP " +
+                          std::to_string(_user.AgentProcess()) + "\" has it read again\n"));
+    _user.Signal(SIGHUP);
+    EXPECT_TRUE(BecomesTrue([this] { return _user.Status()["foldersFileChanged"] == false; }));
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_EQ(_user.Ovsync({Text("status")}).exitCode, 0);
+}
+
+TEST_F(AgentSyncTest, AFileThatCannotBeReadKeepsWhatRanAndIsNamedOnce) {
+    const Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    ASSERT_TRUE(QFile::remove(_user.Path(Text("config/ovsync/folders.toml"))));
+    ASSERT_TRUE(QDir().mkpath(_user.Path(Text("config/ovsync/folders.toml"))));
+    _user.Signal(SIGHUP);
+    ASSERT_TRUE(BecomesTrue([this] { return !_user.Status()["mistakes"].empty(); }));
+    const ProgramResult status = _user.Ovsync({Text("status")});
+    EXPECT_EQ(status.exitCode, 1);
+    EXPECT_THAT(status.output.toStdString(),
+                testing::StartsWith(_user.Path(Text("config/ovsync/folders.toml")).toStdString() +
+                                    ": it cannot be read: Is a directory\n"));
+    EXPECT_EQ(_user.Status()["folders"].size(), 1U);
+}
+
+TEST_F(AgentSyncTest, TooManyDeletionsAreMadeByTheCommandThatIsNamed) {
+    const auto runNamedCommand = [this](const char* part) {
+        ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["problems"] == 1; }));
+        const QString detail = QString::fromStdString(_user.Folder()["problemList"][0]["detail"]);
+        static const QRegularExpression quoted(Text("\"(ovsync sync [^\"]+)\""));
+        const QString command = quoted.match(detail).captured(1);
+        ASSERT_THAT(command.toStdString(), HasSubstr(part)) << detail.toStdString();
+        const ProgramResult result = RunTyped(command, _user.Environment());
+        EXPECT_EQ(result.exitCode, 0) << command.toStdString() << ErrorsOf(result);
+        _user.Signal(SIGHUP);
+        EXPECT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["problems"] == 0; }));
+    };
+    Service service({Text("--user"), Text("ann")}, Text("secret"));
+    _user.Write(Text(".netrc"), "machine 127.0.0.1 login ann password secret\n");
+    for (int i = 0; i < 40; ++i) {
+        _user.Write(Text("it's synced/") + QString::number(i), "1");
+    }
+    _user.Write(Text("it's synced/a.tmp"), "1");
+    Add(service.Url(), {Text("-u"), Text("ann"), Text("--exclude"), Text("*.tmp"), Text("--keep-deleted"), Text("90")},
+        "it's synced");
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    _user.Signal(SIGSTOP);
+    for (int i = 0; i < 26; ++i) {
+        ASSERT_TRUE(QFile::remove(_user.Path(Text("it's synced/") + QString::number(i))));
+    }
+    _user.Signal(SIGCONT);
+    runNamedCommand("sync --max-delete 26 --user='ann' --keep-deleted=90 --exclude='*.tmp' ");
+    EXPECT_FALSE(service.HasFile(Text("0")));
+    EXPECT_FALSE(service.HasFile(Text("a.tmp")));
+    for (int i = 26; i < 34; ++i) {
+        service.Remove(QString::number(i));
+    }
+    _user.Signal(SIGHUP);
+    runNamedCommand("sync --max-delete 8 ");
+    EXPECT_FALSE(QFile::exists(_user.Path(Text("it's synced/26"))));
+    EXPECT_TRUE(QFile::exists(_user.Path(Text("it's synced/39"))));
 }
 
 TEST_F(AgentSyncTest, AWrongPasswordStopsTheFolderUntilItIsChanged) {

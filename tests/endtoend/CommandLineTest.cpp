@@ -199,7 +199,7 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
     ignored.write("a\n\nb//c\n");
     ignored.close();
     expect({Text("du"), Text("--exclude-from"), ignored.fileName(), Text("http://h/")},
-           "/ignored, line 3: \"b//c\" is not a valid pattern: no path can match it");
+           "/ignored, line 3: \"b//c\" is not a valid pattern: ");
     expect({Text("du"), Text("--exclude-from"), Text("/missing"), Text("http://h/")}, "--exclude-from /missing: ");
     const QTemporaryDir folder;
     for (const char* rate : {"fast", "-1", "1023", "1e9", "5KK"}) {
@@ -212,6 +212,96 @@ TEST_F(CommandLineTest, WrongUsageSaysWhatIsWrong) {
     expect({Text("mv"), Text("http://h/a"), Text("http://i/b")}, "two servers");
     expect({Text("mv"), Text("http://h/a"), Text("https://h/b")}, "two servers");
     expect({Text("mv"), Text("http://h/"), Text("http://h:80/a")}, "root");
+}
+
+TEST_F(CommandLineTest, ANumberOutOfRangeIsRefusedWithTheRange) {
+    const auto expect = [](const QStringList& arguments, const char* message) {
+        const ProgramResult result = RunOvsync(arguments);
+        EXPECT_EQ(result.exitCode, 2) << arguments.join(QLatin1Char(' ')).toStdString();
+        EXPECT_THAT(ErrorsOf(result), testing::StartsWith(std::string("ovsync: ") + message + '\n'));
+    };
+    for (const char* number : {"0", "-1", "many", "9223372036854775808"}) {
+        for (const char* option : {"--max-listing-entries", "--max-listing-bytes"}) {
+            expect(
+                {Text("ls"), Text(option), Text(number), Text("http://h/")},
+                (std::string(option) + ": \"" + number + "\" is not a number from 1 to 9223372036854775807").c_str());
+        }
+    }
+    for (const char* number : {"0", "86401", "nan", "soon"}) {
+        expect({Text("ls"), Text("--silence-limit"), Text(number), Text("http://h/")},
+               (std::string("--silence-limit: \"") + number + "\" is not a number from 0.001 to 86400").c_str());
+    }
+    for (const char* number : {"0", "65", "2.5", ""}) {
+        expect({Text("sync"), Text("--transfers=") + Text(number), Text("d"), Text("http://h/")},
+               (std::string("--transfers: \"") + number + "\" is not a number from 1 to 64").c_str());
+    }
+    expect({Text("sync"), Text("--keep-deleted"), Text("-1"), Text("d"), Text("http://h/")},
+           "--keep-deleted: \"-1\" is not a number from 0 to 36500");
+    expect({Text("du"), Text("-d"), Text("1001"), Text("http://h/")},
+           "--depth: \"1001\" is not a number from 0 to 1000");
+    expect({Text("trash"), Text("empty"), Text("--older-than"), Text("x"), Text("d")},
+           "--older-than: \"x\" is not a number from 0 to 36500");
+    for (const char* limit : {"-1", "101%", "half", ""}) {
+        expect({Text("sync"), Text("--max-delete=") + Text(limit), Text("d"), Text("http://h/")},
+               (std::string("--max-delete \"") + limit +
+                "\": this is neither a number of files, as 12, nor a part of them, as 30%")
+                   .c_str());
+    }
+    expect({Text("pull"), Text("--bandwidth="), Text("http://h/"), Text("d")},
+           "--bandwidth \"\": not a valid rate; it should look like 500K or 2.5M, bytes a second, and be at least 1K");
+}
+
+TEST_F(CommandLineTest, AnOptionOfOtherCommandsIsRefusedWithTheirNames) {
+    const auto expect = [](const QStringList& arguments, const char* message) {
+        const ProgramResult result = RunOvsync(arguments);
+        EXPECT_EQ(result.exitCode, 2) << arguments.join(QLatin1Char(' ')).toStdString();
+        EXPECT_THAT(ErrorsOf(result), HasSubstr(message));
+    };
+    for (const char* option : {"--conflict", "--conflict=newer"}) {
+        expect({Text("push"), Text(option), Text("newer"), Text("d"), Text("http://h/")},
+               "--conflict is an option of sync only\n");
+    }
+    expect({Text("--conflict"), Text("newer"), Text("push"), Text("d"), Text("http://h/")},
+           "--conflict is an option of sync only\n");
+    expect({Text("ls"), Text("--older-than"), Text("3"), Text("http://h/")},
+           "--older-than is an option of trash empty only\n");
+    expect({Text("ls"), Text("-b"), Text("http://h/")}, "-b is an option of du only\n");
+    expect({Text("push"), Text("--conflict=newer")}, "--conflict is an option of sync only. DIR is required\n");
+    expect({Text("ls"), Text("--version"), Text("http://h/")}, "--version is an option of ovsync itself\n");
+    expect({Text("ls"), Text("--frobnicate"), Text("http://h/")}, "not expected: --frobnicate\n");
+}
+
+TEST_F(CommandLineTest, APatternThatNothingCanMatchIsRefusedWithItsOptionAndTheReason) {
+    const auto expect = [](const QStringList& arguments, const std::string& message) {
+        const ProgramResult result = RunOvsync(QStringList({Text("ls"), Text("http://h/")}) + arguments);
+        EXPECT_EQ(result.exitCode, 2) << arguments.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(ErrorsOf(result), "ovsync: " + message + '\n');
+    };
+    expect({Text("--exclude=")}, "--exclude: \"\" is not a valid pattern: it has no name in it");
+    expect({Text("--exclude="), Text("-q")}, "--exclude: \"\" is not a valid pattern: it has no name in it");
+    expect({Text("--include"), Text("[a")}, "--include: \"[a\" is not a valid pattern: a \"[\" has no \"]\"");
+    const QTemporaryDir folder;
+    const auto expectInFile = [&](const QByteArray& rules, const std::string& message) {
+        QFile file(folder.filePath(Text("rules")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(rules);
+        file.close();
+        expect({Text("--exclude-from"), file.fileName()},
+               "--exclude-from " + file.fileName().toStdString() + ", " + message);
+    };
+    expectInFile("a\n\na//b\n", "line 3: \"a//b\" is not a valid pattern: no path has two \"/\" next to each other");
+    expectInFile("# f\xFCr\n\xFC*\n", "line 2: \"\xEF\xBF\xBD*\" is not a valid pattern: it is not UTF-8");
+}
+
+TEST_F(CommandLineTest, TheVersionIsAnObjectWhereJsonIsWished) {
+    const QByteArray text = RunOvsync({Text("--version")}).output.trimmed();
+    for (const QStringList& arguments :
+         {QStringList({Text("--version"), Text("--json")}), QStringList({Text("--json"), Text("--version")})}) {
+        const ProgramResult result = RunOvsync(arguments);
+        EXPECT_EQ(result.exitCode, 0);
+        const nlohmann::json version = nlohmann::json::parse(result.output.constData());
+        EXPECT_EQ("ovsync " + version["version"].get<std::string>(), text.toStdString());
+    }
 }
 
 TEST_F(CommandLineTest, OptionsMayStandBeforeTheCommand) {

@@ -12,6 +12,7 @@ namespace {
 using testing::HasSubstr;
 using tests::AgentUser;
 using tests::ProgramResult;
+using tests::Service;
 using tests::Text;
 
 class FoldersCommandTest : public testing::Test {
@@ -89,6 +90,31 @@ TEST_F(FoldersCommandTest, AFileWithMistakesIsNotChangedAndEachIsNamed) {
     EXPECT_EQ(added.exitCode, 1);
     EXPECT_THAT(ErrorsOf(added), HasSubstr("a mistake in line 1: "));
     EXPECT_EQ(File(), text);
+}
+
+TEST_F(FoldersCommandTest, AFileThatCannotBeReadIsNamedOnceWithTheReason) {
+    ASSERT_TRUE(QDir().mkpath(_user.Path(Text("config/ovsync/folders.toml"))));
+    const std::string path = _user.Path(Text("config/ovsync/folders.toml")).toStdString();
+    const ProgramResult listed = Folders({Text("list")});
+    EXPECT_EQ(listed.exitCode, 1);
+    EXPECT_EQ(ErrorsOf(listed), "ovsync: " + path + ": it cannot be read: Is a directory\n");
+    const ProgramResult added = Folders({Text("add"), _directory, Text("http://h.test/")});
+    EXPECT_EQ(added.exitCode, 1);
+    EXPECT_EQ(ErrorsOf(added), "ovsync: " + path + ": Is a directory\n");
+}
+
+TEST_F(FoldersCommandTest, AFolderThatIsInStepWithAnotherUrlIsRefusedInTheWordsOfAPass) {
+    const Service service;
+    const QString other = service.Url() + Text("other/");
+    ASSERT_EQ(_user.Ovsync({Text("sync"), _directory, service.Url()}).exitCode, 0);
+    const ProgramResult added = Folders({Text("add"), _directory, other});
+    EXPECT_EQ(added.exitCode, 2);
+    const ProgramResult synced = _user.Ovsync({Text("sync"), _directory, other});
+    EXPECT_EQ(synced.exitCode, 2);
+    EXPECT_THAT(ErrorsOf(added), HasSubstr("cannot be synced with"));
+    EXPECT_EQ(ErrorsOf(added), ErrorsOf(synced));
+    EXPECT_EQ(File(), "");
+    EXPECT_EQ(Folders({Text("add"), _directory, service.Url().chopped(1)}).exitCode, 0);
 }
 
 TEST_F(FoldersCommandTest, AFolderThatIsGoneCanStillBeRemoved) {

@@ -13,7 +13,9 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using tests::AgentUser;
 using tests::ProgramResult;
 using tests::Service;
@@ -41,6 +43,31 @@ TEST(LoginCommandTest, KeepsThePasswordForTheOtherCommands) {
     EXPECT_EQ(user.Ovsync({Text("ls"), service.Url()}).exitCode, 0);
 }
 
+TEST(LoginCommandTest, APasswordThatTheServiceDoesNotTakeIsNotKept) {
+    const Service service({Text("--user"), Text("ann")}, Text("secret"));
+    const AgentUser user;
+    const ProgramResult login =
+        user.Ovsync({Text("login"), Text("-u"), Text("ann"), service.Url()}, {Text("OVSYNC_PASSWORD=hunter2")});
+    EXPECT_EQ(login.exitCode, 1);
+    EXPECT_EQ(login.output, "");
+    EXPECT_THAT(ErrorsOf(login), AllOf(HasSubstr("the password for \"ann\" is wrong"), Not(HasSubstr("hunter2"))));
+    EXPECT_FALSE(QFile::exists(user.Path(Text(".netrc"))));
+}
+
+TEST(LoginCommandTest, APasswordThatCannotBeTriedIsKeptOnlyWhenThatIsSaid) {
+    const AgentUser user;
+    const auto login = [&user](const QStringList& options) {
+        return user.Ovsync(QStringList({Text("login"), Text("http://ann@127.0.0.1:1/")}) + options,
+                           {Text("OVSYNC_PASSWORD=secret")});
+    };
+    const ProgramResult tried = login({});
+    EXPECT_EQ(tried.exitCode, 3);
+    EXPECT_THAT(ErrorsOf(tried), AllOf(HasSubstr("127.0.0.1:1 cannot be reached"), HasSubstr("--no-check")));
+    EXPECT_FALSE(QFile::exists(user.Path(Text(".netrc"))));
+    EXPECT_EQ(login({Text("--no-check")}).exitCode, 0);
+    EXPECT_EQ(user.Read(Text(".netrc")), "machine 127.0.0.1 login ann password secret\n");
+}
+
 TEST(LoginCommandTest, AKeyringThatSaysNothingCountsAsNone) {
     const AgentUser user;
     const QByteArray path = user.Path(Text("bus")).toUtf8();
@@ -51,7 +78,7 @@ TEST(LoginCommandTest, AKeyringThatSaysNothingCountsAsNone) {
     ASSERT_EQ(bind(silent, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
     ASSERT_EQ(listen(silent, 16), 0);
     const ProgramResult login = user.Ovsync(
-        {Text("login"), Text("http://ann@h.test/")},
+        {Text("login"), Text("--no-check"), Text("http://ann@h.test/")},
         {Text("OVSYNC_PASSWORD=secret"), Text("DBUS_SESSION_BUS_ADDRESS=unix:path=") + user.Path(Text("bus"))});
     close(silent);
     EXPECT_EQ(login.output, "The password of ann at h.test is in ~/.netrc, because no keyring answers\n");

@@ -101,7 +101,9 @@ std::string ErrorsOf(const ProgramResult& result) {
     return result.errors.toStdString();
 }
 
-ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment, const QByteArray& input) {
+namespace {
+
+ProgramResult RunWithoutTerminal(const QStringList& words, const QStringList& environment, const QByteArray& input) {
     QProcess process;
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
     for (const QString& variable : environment) {
@@ -109,8 +111,7 @@ ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environ
     }
     process.setProcessEnvironment(variables);
     // In a session of its own the program has no terminal to ask at.
-    process.start(QStringLiteral("setsid"),
-                  QStringList() << QStringLiteral("--wait") << QStringLiteral(OVSYNC_PROGRAM) << arguments);
+    process.start(QStringLiteral("setsid"), QStringList(QStringLiteral("--wait")) + words);
     process.write(input);
     process.closeWriteChannel();
     EXPECT_TRUE(process.waitForFinished(RunLimitInMilliseconds));
@@ -119,6 +120,18 @@ ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environ
     result.output = process.readAllStandardOutput();
     result.errors = process.readAllStandardError();
     return result;
+}
+
+}  // namespace
+
+ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment, const QByteArray& input) {
+    return RunWithoutTerminal(QStringList(QStringLiteral(OVSYNC_PROGRAM)) + arguments, environment, input);
+}
+
+ProgramResult RunTyped(const QString& line, const QStringList& environment) {
+    return RunWithoutTerminal({QStringLiteral("sh"), QStringLiteral("-c"),
+                               QStringLiteral("ovsync() { \"$0\" \"$@\"; }; ") + line, QStringLiteral(OVSYNC_PROGRAM)},
+                              environment, QByteArray());
 }
 
 }  // namespace tests

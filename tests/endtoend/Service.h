@@ -54,4 +54,7 @@ std::string ErrorsOf(const ProgramResult& result);
 ProgramResult RunOvsync(const QStringList& arguments, const QStringList& environment = QStringList(),
                         const QByteArray& input = QByteArray());
 
+/// Runs a line as a shell takes it; `ovsync` in it is the program that RunOvsync runs.
+ProgramResult RunTyped(const QString& line, const QStringList& environment = QStringList());
+
 }  // namespace tests

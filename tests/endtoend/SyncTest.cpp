@@ -3,6 +3,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include "tests/endtoend/Service.h"
@@ -17,6 +18,7 @@ using testing::MatchesRegex;
 using testing::Not;
 using tests::ProgramResult;
 using tests::RunOvsync;
+using tests::RunTyped;
 using tests::Service;
 using tests::Text;
 
@@ -127,6 +129,41 @@ TEST_F(SyncCommandTest, AFolderMovesToAnotherUrlInTheWayThatIsNamed) {
     ASSERT_TRUE(QFile::remove(First(".ovsync/records.db")));
     EXPECT_EQ(sync().exitCode, 0);
     EXPECT_TRUE(_service.HasFile(Text("other/a")));
+}
+
+TEST_F(SyncCommandTest, TooManyDeletionsAreMadeOrTakenBackByTheCommandsThatAreNamed) {
+    const auto runNamed = [](const ProgramResult& result, const char* command) {
+        EXPECT_EQ(result.exitCode, 1);
+        const QRegularExpression quoted(Text("\"(ovsync %1 [^\"]+)\"").arg(Text(command)));
+        const QString named = quoted.match(QString::fromUtf8(result.errors)).captured(1);
+        EXPECT_FALSE(named.isEmpty()) << command << ErrorsOf(result);
+        const ProgramResult done = RunTyped(named);
+        EXPECT_EQ(done.exitCode, 0) << named.toStdString() << ErrorsOf(done);
+    };
+    const auto run = [](const QStringList& words) { return RunOvsync(words + QStringList(Text("--delete"))); };
+    const QStringList pull{Text("pull"), _service.Url(), SecondFolder()};
+    const QStringList push{Text("push"), SecondFolder(), _service.Url()};
+    const auto removeHere = [this](int from, int to) {
+        for (int i = from; i < to; ++i) {
+            ASSERT_TRUE(QFile::remove(_folders.filePath(Text("second/%1").arg(i))));
+        }
+    };
+    for (int i = 0; i < 40; ++i) {
+        Write(_folders.filePath(Text("second/%1").arg(i)), "1");
+    }
+    ExpectSync(SecondFolder(), 0, "40 sent");
+    removeHere(0, 25);
+    runNamed(run(push), "pull");
+    EXPECT_EQ(Content(Second("0")), QByteArray("1"));
+    removeHere(0, 21);
+    runNamed(run(push), "push --delete --max-delete 21");
+    EXPECT_FALSE(_service.HasFile(Text("0")));
+    for (int i = 21; i < 31; ++i) {
+        _service.Remove(QString::number(i));
+    }
+    runNamed(run(pull), "pull --delete --max-delete 10");
+    EXPECT_FALSE(QFile::exists(Second("30")));
+    EXPECT_EQ(Content(Second("31")), QByteArray("1"));
 }
 
 TEST_F(SyncCommandTest, AnUnchangedFolderIsOneRequestAndAChangedFileNoListing) {

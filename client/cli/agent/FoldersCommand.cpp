@@ -65,7 +65,7 @@ SyncedFolder GivenFolder(const Arguments& given) {
         throw UsageError(QStringLiteral("The URL names another user than -u does."));
     }
     folder.rules = given.rules;
-    folder.deletionLimitText = QString::fromStdString(given.maxDelete);
+    folder.deletionLimitText = QString::fromStdString(given.maxDelete.value_or(std::string()));
     folder.daysKept = arguments.daysKept;
     folder.transfers = arguments.transfers;
     if (!given.caFile.empty()) {

@@ -6,31 +6,49 @@
 
 #include "client/agent/AgentClient.h"
 #include "client/cli/input/Application.h"
-#include "client/cli/input/Credentials.h"
-#include "client/cli/input/UsageError.h"
+#include "client/cli/output/Complaint.h"
 #include "client/user/Passwords.h"
+#include "client/wire/HttpStatus.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace commands {
 
 using input::Arguments;
 using input::Location;
-using input::UsageError;
-using output::ExitCode;
+using library::ServiceConnection;
 using output::Output;
+using output::Warn;
 using user::Passwords;
+using wire::HttpStatus;
 
 namespace {
 
-void Login(const Arguments& given, Output& output) {
-    const input::Application application;
-    const Location location = Location::FromUrl(QString::fromStdString(given.url));
-    const QString user = given.user.empty() ? location.user : QString::fromStdString(given.user);
-    if (user.isEmpty()) {
-        throw UsageError(QStringLiteral("Give a user name with -u, or before an @ in the URL."));
+/// Throws what the service says to the password.
+void Try(ServiceConnection& connection, const Location& location, const Arguments& given) {
+    try {
+        sync::config::FolderConfiguration found;
+        connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), found);
+    } catch (const std::exception& e) {
+        const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
+        const bool isWrong = answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized;
+        if (!isWrong && !given.isQuiet) {
+            Warn({"login", QStringLiteral("The password could not be tried, and is not kept; --no-check keeps it.")},
+                 given.Errors());
+        }
+        throw;
     }
+}
+
+void Login(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
+    if (!given.isUntried) {
+        Try(connection, location, given);
+    }
+    const input::Application application;
+    const QAuthenticator credentials = connection.Credentials();
+    const QString user = credentials.user();
     const QString host = location.baseUrl.host();
-    const bool isInKeyring = Passwords().Keep(host, user, input::AskPassword(user, host)) == Passwords::Place::Keyring;
+    const bool isInKeyring = Passwords().Keep(host, user, credentials.password()) == Passwords::Place::Keyring;
     if (given.isJson) {
         const nlohmann::ordered_json json{
             {"user", user.toStdString()}, {"host", host.toStdString()}, {"place", isInKeyring ? "keyring" : "netrc"}};
@@ -46,14 +64,15 @@ void Login(const Arguments& given, Output& output) {
 }  // namespace
 
 void AddLoginCommand(CommandRegistry& registry) {
-    CLI::App* const command = registry.AddLocal(
-        "login", "Keeps the password of a user for the commands and the agent, in the desktop's keyring or ~/.netrc.",
-        [](const Arguments& given, Output& output) {
-            Login(given, output);
-            return ExitCode::Done;
-        });
+    CLI::App* const command = registry.AddAction(
+        "login",
+        "Tries the password of a user, and keeps it for the commands and the agent, in the desktop's keyring or "
+        "~/.netrc.",
+        Login);
+    registry.MarkAsTakingFiles(command);
+    registry.MarkAsLogin(command);
     CommandRegistry::AddText(command, "URL", "The service, for example http://host/", registry.Given().url);
-    command->add_option("-u,--user", registry.Given().user, "Name to log in with")->type_name("USER");
+    command->add_flag("--no-check", registry.Given().isUntried, "Keep it without asking the service");
 }
 
 }  // namespace commands

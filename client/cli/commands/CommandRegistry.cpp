@@ -2,12 +2,17 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <limits>
+
+#include "client/cli/input/NumberRange.h"
 
 namespace ovsync {
 namespace commands {
 
 using input::Arguments;
 using input::Location;
+using input::Number;
+using input::WholeNumber;
 using library::ServiceConnection;
 using output::ExitCode;
 using output::Output;
@@ -17,7 +22,9 @@ namespace {
 const int MostDaysKept = 36500;
 
 void AddLimit(CLI::App* command, const char* name, const char* description, qint64& limit) {
-    command->add_option(name, limit, description)->type_name("N")->check(CLI::PositiveNumber);
+    command->add_option(name, limit, description)
+        ->type_name("N")
+        ->check(WholeNumber(1, std::numeric_limits<qint64>::max()));
 }
 
 template <typename Command>
@@ -49,7 +56,7 @@ CLI::App* CommandRegistry::AddCommand(const char* name, const char* description,
         ->add_option("--silence-limit", _given.silenceLimit,
                      "Give up when nothing was heard for so many SECONDS (60 unless given)")
         ->type_name("SECONDS")
-        ->check(CLI::Range(0.001, 86400.0));
+        ->check(Number(0.001, 86400));
     AddLimit(added, Arguments::EntriesOption, "Refuse a listing of more than N entries (5000000 unless given)",
              _given.maxListingEntries);
     AddLimit(added, Arguments::BytesOption, "Refuse a listing of more than N bytes, unpacked (4294967296 unless given)",
@@ -96,11 +103,9 @@ void CommandRegistry::AddExclude(CLI::App* command) {
             ->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
     };
     add("--exclude", "Leave out what PATTERN matches, by the rules of .gitignore; can be repeated", "PATTERN",
-        [this](const std::string& pattern) { _given.rules.append(QString::fromStdString(pattern)); });
+        [this](const std::string& pattern) { _given.AddRule("--exclude", "", pattern); });
     add("--include", "Do not leave out what PATTERN matches, though an --exclude before it does", "PATTERN",
-        [this](const std::string& pattern) {
-            _given.rules.append(QLatin1Char('!') + QString::fromStdString(pattern));
-        });
+        [this](const std::string& pattern) { _given.AddRule("--include", "!", pattern); });
     add("--exclude-from", "Leave out by the patterns in FILE, which looks like a .gitignore", "FILE",
         [this](const std::string& file) { _given.AddRulesOf(file); });
 }
@@ -124,12 +129,12 @@ void CommandRegistry::AddFolderOptions(CLI::App* command) {
     AddExclude(command);
     command->add_option("-j,--transfers", _given.transfers, "Transfer up to N files at once (4 unless given)")
         ->type_name("N")
-        ->check(CLI::Range(1, 64));
+        ->check(WholeNumber(1, 64));
     command
         ->add_option("--keep-deleted", _given.daysKept,
                      "Keep what is replaced or deleted here for so many DAYS in DIR/.ovsync/trash (30 unless given)")
         ->type_name("DAYS")
-        ->check(CLI::Range(0, MostDaysKept));
+        ->check(WholeNumber(0, MostDaysKept));
 }
 
 void CommandRegistry::AddPassOptions(CLI::App* command) {

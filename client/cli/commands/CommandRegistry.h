@@ -54,6 +54,9 @@ public:
     /// The command takes the URLs of files, too.
     void MarkAsTakingFiles(const CLI::App* command) { _fileCommands.push_back(command); }
 
+    /// The command asks for the password, whether one is kept or not.
+    void MarkAsLogin(const CLI::App* command) { _loginCommands.push_back(command); }
+
     /// What options write to.
     input::Arguments& Given() { return _given; }
 
@@ -61,6 +64,7 @@ public:
     const Command* Parsed() const;
     const LocalCommand* ParsedLocal() const;
     bool Writes() const { return _HasParsed(_writingCommands); }
+    bool LogsIn() const { return _HasParsed(_loginCommands); }
     bool TakesFiles() const { return _HasParsed(_fileCommands); }
 
 private:
@@ -74,6 +78,7 @@ private:
     std::map<const CLI::App*, LocalCommand> _localCommands;
     std::vector<const CLI::App*> _writingCommands;
     std::vector<const CLI::App*> _fileCommands;
+    std::vector<const CLI::App*> _loginCommands;
 };
 
 }  // namespace commands

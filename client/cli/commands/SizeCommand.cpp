@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/input/NumberRange.h"
 #include "client/cli/output/ProgressLine.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/ListingSupplement.h"
@@ -147,7 +148,7 @@ void AddSizeCommand(CommandRegistry& registry) {
         ->add_option("-d,--depth", registry.Given().depth,
                      "Print a line for each folder, too, down to N levels below (0 unless given)")
         ->type_name("N")
-        ->check(CLI::Range(0, MostLevels));
+        ->check(input::WholeNumber(0, MostLevels));
     registry.AddExclude(command);
 }
 

@@ -109,6 +109,7 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
         root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
     pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
+    service.caFile = arguments.caFile;
     const auto updater =
         connection.NewUpdater(std::make_shared<store::FileConfigManager>(records, root, service.folder.serverKey));
     service.updater = updater.get();

@@ -35,6 +35,26 @@ bool IsFollowedByValue(const CLI::App& app, const std::string& option) {
     return false;
 }
 
+/// CLI takes the next argument for the value of an option that ends in '='.
+std::vector<std::string> WithEmptyValues(const CLI::App& app, const std::vector<std::string>& given) {
+    std::vector<std::string> words;
+    for (auto word = given.begin(); word != given.end(); ++word) {
+        const std::string name = word->substr(0, word->find('='));
+        const bool hasEmptyValue = word->compare(0, 2, "--") == 0 && name.size() + 1 == word->size();
+        if (*word == "--") {
+            words.insert(words.end(), word, given.end());
+            break;
+        }
+        words.push_back(hasEmptyValue ? name : *word);
+        if (hasEmptyValue) {
+            words.emplace_back();
+        } else if (word->compare(0, 1, "-") == 0 && IsFollowedByValue(app, *word) && word + 1 != given.end()) {
+            words.push_back(*++word);
+        }
+    }
+    return words;
+}
+
 }  // namespace
 
 std::vector<std::string> CommandFirst(const CLI::App& app, int argc, const char* const* argv) {
@@ -62,7 +82,20 @@ std::vector<std::string> CommandFirst(const CLI::App& app, int argc, const char*
     }
     words.insert(words.end(), others.begin(), others.end());
     words.insert(words.end(), argv + at, argv + argc);
-    return words;
+    return WithEmptyValues(app, words);
+}
+
+std::vector<std::string> CommandsWith(const CLI::App& app, const std::string& option) {
+    std::vector<std::string> names;
+    for (const CLI::App* command : CommandsOf(app)) {
+        if (command->get_option_no_throw(option) != nullptr) {
+            names.push_back(command->get_name());
+        }
+        for (const std::string& name : CommandsWith(*command, option)) {
+            names.push_back(command->get_name() + ' ' + name);
+        }
+    }
+    return names;
 }
 
 }  // namespace input

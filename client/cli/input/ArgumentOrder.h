@@ -14,5 +14,8 @@ namespace input {
 /// that were given before it, where `app` expects them.
 std::vector<std::string> CommandFirst(const CLI::App& app, int argc, const char* const* argv);
 
+/// The commands of `app` that have `option`, which is written with its dashes.
+std::vector<std::string> CommandsWith(const CLI::App& app, const std::string& option);
+
 }  // namespace input
 }  // namespace ovsync

@@ -39,13 +39,13 @@ QString CertificatesOfEnvironment() {
     return QString();
 }
 
-/// Null for an empty text.
-std::shared_ptr<wire::Bandwidth> ReadBandwidth(const std::string& text) {
-    if (text.empty()) {
+/// Null for none.
+std::shared_ptr<wire::Bandwidth> ReadBandwidth(const std::optional<std::string>& text) {
+    if (!text) {
         return nullptr;
     }
     static const QRegularExpression form(QStringLiteral("\\A([0-9]{1,9}(?:\\.[0-9]{1,3})?)([KMGkmg]?)\\z"));
-    const QRegularExpressionMatch match = form.match(QString::fromStdString(text));
+    const QRegularExpressionMatch match = form.match(QString::fromStdString(*text));
     const QString unit = match.captured(2).toUpper();
     const int index = unit.isEmpty() ? 0 : QStringLiteral("KMG").indexOf(unit) + 1;
     const auto rate =
@@ -54,20 +54,20 @@ std::shared_ptr<wire::Bandwidth> ReadBandwidth(const std::string& text) {
         throw UsageError(
             QStringLiteral("--bandwidth \"%1\": not a valid rate; it should look like 500K or 2.5M, bytes a "
                            "second, and be at least 1K")
-                .arg(QString::fromStdString(text)));
+                .arg(QString::fromStdString(*text)));
     }
     return std::make_shared<wire::Bandwidth>(rate);
 }
 
-pass::DeletionLimit ReadLimit(const std::string& maxDelete) {
-    if (maxDelete.empty()) {
+pass::DeletionLimit ReadLimit(const std::optional<std::string>& maxDelete) {
+    if (!maxDelete) {
         return {};
     }
-    const std::optional<pass::DeletionLimit> limit = pass::DeletionLimit::Read(QString::fromStdString(maxDelete));
+    const std::optional<pass::DeletionLimit> limit = pass::DeletionLimit::Read(QString::fromStdString(*maxDelete));
     if (!limit) {
         throw UsageError(
             QStringLiteral("--max-delete \"%1\": this is neither a number of files, as 12, nor a part of them, as 30%")
-                .arg(QString::fromStdString(maxDelete)));
+                .arg(QString::fromStdString(*maxDelete)));
     }
     return *limit;
 }
@@ -106,11 +106,11 @@ QDateTime Arguments::Since() const {
     return time;
 }
 
-local::Exclusion Arguments::Excluded() const {
+void Arguments::AddRule(const char* option, const char* mark, const std::string& pattern) {
     try {
-        return local::Exclusion(rules);
+        rules.append(QLatin1String(mark) + local::Exclusion::RuleIn(QByteArray::fromStdString(pattern)));
     } catch (const sync::core::SyncException& e) {
-        throw UsageError(e.Message());
+        throw UsageError(QStringLiteral("%1: %2").arg(QLatin1String(option), e.Message()));
     }
 }
 
@@ -128,7 +128,7 @@ void Arguments::AddRulesOf(const std::string& file) {
 
 SyncArguments Arguments::Syncing() const {
     return {QString::fromStdString(directory),
-            Excluded(),
+            local::Exclusion(rules),
             deletes,
             conflicts,
             isDryRun,
@@ -138,7 +138,8 @@ SyncArguments Arguments::Syncing() const {
             isStrict,
             isForced,
             ReadLimit(maxDelete),
-            daysKept};
+            daysKept,
+            QString::fromStdString(caFile)};
 }
 
 }  // namespace input

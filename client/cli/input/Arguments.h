@@ -31,8 +31,8 @@ struct Arguments {
     std::string user;
     std::string caFile;
     std::string since;
-    std::string bandwidth;
-    /// What is left out, in the order in which it was said.
+    std::optional<std::string> bandwidth;
+    /// What is left out, each valid, in the order in which it was said.
     QStringList rules;
     /// How many levels of folders have a line of their own.
     int depth = 0;
@@ -50,11 +50,12 @@ struct Arguments {
     bool downloads = false;
     bool deletes = false;
     pass::SyncOptions::Conflicts conflicts = pass::SyncOptions::Conflicts::KeepBoth;
-    std::string maxDelete;
+    std::optional<std::string> maxDelete;
     int daysKept = local::Trash::DefaultDays;
     bool isStrict = false;
     bool isDryRun = false;
     bool isWatching = false;
+    bool isUntried = false;
     int transfers = pass::SyncOptions().transfers;
 
     /// Throws UsageError for a bandwidth that is not valid, and when the environment names certificates that are
@@ -67,13 +68,14 @@ struct Arguments {
     /// Throws UsageError when it is not a valid time.
     QDateTime Since() const;
 
-    /// Throws UsageError for a pattern that no path can match.
-    local::Exclusion Excluded() const;
+    local::Exclusion Excluded() const { return local::Exclusion(rules); }
 
-    /// Adds the rules in `file`. Throws UsageError when it cannot be read.
+    /// Adds the rule that `option` gave, with `mark` before it. Throws UsageError when it is not valid.
+    void AddRule(const char* option, const char* mark, const std::string& pattern);
+    /// Adds the rules in `file`. Throws UsageError when it cannot be read, or one is not valid.
     void AddRulesOf(const std::string& file);
 
-    /// Throws UsageError for a limit or a pattern that is not valid.
+    /// Throws UsageError for a limit that is not valid.
     SyncArguments Syncing() const;
 };
 

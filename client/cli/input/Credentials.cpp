@@ -67,7 +67,10 @@ QAuthenticator FindCredentials(const QString& user, const QString& host) {
     return credentials;
 }
 
-QString AskPassword(const QString& user, const QString& host) {
+QAuthenticator NewCredentials(const QString& user, const QString& host) {
+    if (user.isEmpty()) {
+        throw UsageError(QStringLiteral("Give a user name with -u, or before an @ in the URL."));
+    }
     const std::optional<QString> password = NewPassword(user, host);
     if (!password) {
         throw UsageError(
@@ -75,7 +78,10 @@ QString AskPassword(const QString& user, const QString& host) {
                            "to ask at.")
                 .arg(user, host));
     }
-    return *password;
+    QAuthenticator credentials;
+    credentials.setUser(user);
+    credentials.setPassword(*password);
+    return credentials;
 }
 
 bool KeepPasswordUnlessKept(const QString& user, const QString& host) {

@@ -11,12 +11,12 @@ namespace input {
 /// at. Without a user, what ~/.netrc has for the host, which may be nothing.
 QAuthenticator FindCredentials(const QString& user, const QString& host);
 
-/// A password to be kept: from the environment variable OVSYNC_PASSWORD, else from a prompt. Throws UsageError when
-/// there is neither.
-QString AskPassword(const QString& user, const QString& host);
+/// Those to be kept: the password from the environment variable OVSYNC_PASSWORD, else from a prompt. Throws UsageError
+/// when there is neither, and without a user.
+QAuthenticator NewCredentials(const QString& user, const QString& host);
 
-/// Keeps what AskPassword gives, unless one is kept already. False when there is none to be had. The process has a
-/// QCoreApplication meanwhile.
+/// Keeps the password that NewCredentials would have, unless one is kept already. False when there is none to be had.
+/// The process has a QCoreApplication meanwhile.
 [[nodiscard]] bool KeepPasswordUnlessKept(const QString& user, const QString& host);
 
 }  // namespace input

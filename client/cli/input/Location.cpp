@@ -41,6 +41,10 @@ QString Shown(const QString& text, const QUrl& url) {
     return url.isValid() ? url.toDisplayString(QUrl::RemoveUserInfo) : text.mid(text.lastIndexOf(QLatin1Char('@')) + 1);
 }
 
+int UsualPort(const QUrl& url) {
+    return url.scheme() == QLatin1String("https") ? 443 : 80;
+}
+
 [[noreturn]] void Reject(const QString& shown, const QString& reason) {
     throw UsageError(shown.isEmpty() ? reason : QStringLiteral("%1: %2").arg(shown, reason));
 }
@@ -92,6 +96,14 @@ QUrl Location::Url() const {
     return url;
 }
 
+QString Location::Address() const {
+    QUrl url = Url();
+    if (url.port() == UsualPort(url)) {
+        url.setPort(-1);
+    }
+    return url.toString(QUrl::FullyEncoded);
+}
+
 QString Location::ParentPath() const {
     return serverPath.left(qMax(0, serverPath.lastIndexOf(QLatin1Char('/'))));
 }
@@ -115,7 +127,7 @@ Location Location::Below(const QString& name) const {
 }
 
 bool Location::IsOnServerOf(const Location& other) const {
-    const auto port = [](const QUrl& url) { return url.port(url.scheme() == QLatin1String("https") ? 443 : 80); };
+    const auto port = [](const QUrl& url) { return url.port(UsualPort(url)); };
     return baseUrl.scheme() == other.baseUrl.scheme() && baseUrl.host() == other.baseUrl.host() &&
            port(baseUrl) == port(other.baseUrl);
 }

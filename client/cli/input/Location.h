@@ -24,6 +24,8 @@ struct Location {
     /// Host and port, as errors name it.
     QString Server() const { return baseUrl.authority(); }
     QUrl Url() const;
+    /// The same for every spelling of one URL.
+    QString Address() const;
 
     /// The server path of the collection that the place lies in, and the name of the place in it.
     QString ParentPath() const;

@@ -5,25 +5,12 @@ namespace input {
 
 using library::ServiceConnection;
 
-namespace {
-
-/// The same for every spelling of one URL.
-QString AddressOf(const Location& location) {
-    QUrl url = location.baseUrl;
-    if (url.port() == (url.scheme() == QLatin1String("https") ? 443 : 80)) {
-        url.setPort(-1);
-    }
-    url.setPath(QLatin1Char('/') + location.serverPath, QUrl::DecodedMode);
-    return url.toString(QUrl::FullyEncoded);
-}
-
-}  // namespace
-
 pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Location& location, const QString& root) {
     pass::ServiceFolder service;
     service.folder = connection.Folder(location.serverPath);
     service.folder.localPath = root;
-    service.address = AddressOf(location);
+    service.address = location.Address();
+    service.user = connection.Credentials().user();
     service.folders = &connection.Folders();
     service.files = &connection.Files();
     service.keepListing = [&connection](const sync::config::FolderConfiguration& folder) {

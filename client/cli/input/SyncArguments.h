@@ -25,6 +25,7 @@ struct SyncArguments {
     bool isForced = false;
     pass::DeletionLimit deletionLimit;
     int daysKept = local::Trash::DefaultDays;
+    QString caFile;
     /// Whether it writes to the service.
     bool isPush = false;
 };

@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <nlohmann/json.hpp>
 
+#include "client/cli/input/NumberRange.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/offline/SyncedFolder.h"
@@ -188,7 +189,7 @@ void AddTrashCommand(commands::CommandRegistry& registry) {
         ->add_option("--older-than", registry.Given().olderThan,
                      "Remove only what was replaced or deleted more than DAYS ago")
         ->type_name("DAYS")
-        ->check(CLI::Range(0, MostDays));
+        ->check(input::WholeNumber(0, MostDays));
 }
 
 }  // namespace offline

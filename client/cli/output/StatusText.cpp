@@ -87,6 +87,11 @@ QByteArray FolderText(const json& folder, const Output& output) {
     return text;
 }
 
+bool HasFileChanged(const json& status) {
+    // An agent that was started before an update does not say it.
+    return status.value("foldersFileChanged", false);
+}
+
 }  // namespace
 
 QByteArray StatusText(const QByteArray& line, const Output& output) {
@@ -94,6 +99,10 @@ QByteArray StatusText(const QByteArray& line, const Output& output) {
     QByteArray text;
     for (const json& mistake : status["mistakes"]) {
         text += output.Shown(StringOf(status["foldersFile"])) + ": " + output.Shown(StringOf(mistake)) + '\n';
+    }
+    if (HasFileChanged(status)) {
+        text += output.Shown(StringOf(status["foldersFile"])) + " was changed after the agent read it; \"kill -HUP " +
+                QByteArray::number(status["process"].get<int>()) + "\" has it read again\n";
     }
     if (!status["newVersion"].is_null()) {
         text += "There is a newer version: " + output.Shown(StringOf(status["newVersion"])) + '\n';
@@ -109,7 +118,7 @@ QByteArray StatusText(const QByteArray& line, const Output& output) {
 
 bool IsAllWell(const QByteArray& line) {
     const json status = json::parse(line.constData());
-    bool isWell = status["mistakes"].empty();
+    bool isWell = status["mistakes"].empty() && !HasFileChanged(status);
     for (const json& folder : status["folders"]) {
         const bool hasFailed =
             !folder["error"].is_null() || StringOf(folder["state"]) == QLatin1String("stopped") ||

@@ -1,5 +1,7 @@
 #include "client/sync/local/Exclusion.h"
 
+#include <QTextCodec>
+
 #include "client/sync/local/PathNames.h"
 #include "host/core/SyncException.h"
 
@@ -10,54 +12,66 @@ using sync::core::SyncException;
 
 namespace {
 
+const QByteArray ByteOrderMark("\xEF\xBB\xBF");
+
 /// Without the spaces at its end, but for one that a '\' stands before.
-QString WithoutTrailingSpaces(const QString& line) {
+QByteArray WithoutTrailingSpaces(const QByteArray& line) {
     int end = 0;
     for (int i = 0; i < line.size(); ++i) {
-        i += line[i] == QLatin1Char('\\') ? 1 : 0;
-        if (i >= line.size() || line[i] != QLatin1Char(' ') || (i > 0 && line[i - 1] == QLatin1Char('\\'))) {
+        i += line[i] == '\\' ? 1 : 0;
+        if (i >= line.size() || line[i] != ' ' || (i > 0 && line[i - 1] == '\\')) {
             end = i + 1;
         }
     }
     return line.left(end);
 }
 
+bool TakesBack(const QString& rule) {
+    return rule.startsWith(QLatin1Char('!'));
+}
+
+PathPattern PatternOf(const QString& rule) {
+    return PathPattern::Read(TakesBack(rule) ? rule.mid(1) : rule);
+}
+
 }  // namespace
 
 Exclusion::Exclusion(const QStringList& rules) : _rules(rules) {
     for (const QString& rule : rules) {
-        const bool excludes = !rule.startsWith(QLatin1Char('!'));
-        const std::optional<PathPattern> pattern = PathPattern::Read(excludes ? rule : rule.mid(1));
-        if (!pattern) {
-            throw SyncException(QStringLiteral("\"%1\" is not a valid pattern: no path can match it").arg(rule));
-        }
-        _patterns.append({*pattern, excludes});
+        _patterns.append({PatternOf(rule), !TakesBack(rule)});
     }
 }
 
 QStringList Exclusion::RulesIn(const QByteArray& file) {
     QStringList rules;
-    QString text = QString::fromUtf8(file);
-    if (text.startsWith(QChar::ByteOrderMark)) {
-        text.remove(0, 1);
-    }
     int number = 0;
-    for (QString line : text.split(QLatin1Char('\n'))) {
+    const QByteArray text = file.startsWith(ByteOrderMark) ? file.mid(ByteOrderMark.size()) : file;
+    for (QByteArray line : text.split('\n')) {
         ++number;
-        if (line.endsWith(QLatin1Char('\r'))) {
+        if (line.endsWith('\r')) {
             line.chop(1);
         }
         line = WithoutTrailingSpaces(line);
-        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#'))) {
+        if (!line.isEmpty() && !line.startsWith('#')) {
             try {
-                Exclusion(QStringList(line));
+                rules.append(RuleIn(line));
             } catch (const SyncException& e) {
                 throw SyncException(QStringLiteral("line %1: %2").arg(QString::number(number), e.Message()));
             }
-            rules.append(line);
         }
     }
     return rules;
+}
+
+QString Exclusion::RuleIn(const QByteArray& text) {
+    QTextCodec::ConverterState reading(QTextCodec::IgnoreHeader);
+    QString rule = QTextCodec::codecForName("UTF-8")->toUnicode(text.constData(), text.size(), &reading);
+    if (reading.invalidChars > 0 || reading.remainingChars > 0) {
+        throw SyncException(
+            QStringLiteral("\"%1\" is not a valid pattern: it is not UTF-8").arg(QString::fromUtf8(text)));
+    }
+    PatternOf(rule);
+    return rule;
 }
 
 bool Exclusion::HasFileAt(const QString& path) const {

@@ -21,9 +21,11 @@ public:
     /// Throws SyncException, which names the rule, for one that no path can match.
     explicit Exclusion(const QStringList& rules);
 
+    /// One rule, as somebody gave it. Throws SyncException, which names it and says why, when it is not UTF-8 or no
+    /// path can match it.
+    static QString RuleIn(const QByteArray& text);
     /// The rules in a file, a line each. Empty lines, those that begin with '#', and spaces at the end of a line that
-    /// no '\' keeps, do not count. Throws SyncException, which names the line and the rule, for one that no path can
-    /// match.
+    /// no '\' keeps, do not count. Throws SyncException, which names the line, too, where RuleIn does.
     static QStringList RulesIn(const QByteArray& file);
 
     /// Where the folders above are known not to be excluded.
@@ -34,13 +36,15 @@ public:
     bool HasFileAt(const QString& path) const;
     bool HasFolderAt(const QString& path) const;
 
+    const QStringList& Rules() const { return _rules; }
+
     /// Differs where the rules do; empty where there are none.
     QString Text() const { return _rules.join(QLatin1Char('\n')); }
 
 private:
     struct Rule {
         PathPattern pattern;
-        bool excludes;
+        bool excludes = true;
     };
 
     bool _Has(const QString& path, bool isFolder) const;

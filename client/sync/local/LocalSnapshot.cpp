@@ -128,7 +128,7 @@ private:
         }
         const QString reason = entry.isUtf8 ? ReasonAgainst(entry.name) : QStringLiteral("the name is not UTF-8");
         if (!reason.isEmpty()) {
-            _snapshot.refused.append({SyncEvent::Kind::Refused, path, reason});
+            _snapshot.refused.append({SyncEvent::Kind::Refused, path, reason + QStringLiteral("; rename it")});
             return false;
         }
         _snapshot.entries.insert(path, entry);

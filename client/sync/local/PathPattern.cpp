@@ -3,12 +3,16 @@
 #include <QStringList>
 #include <QVector>
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include "client/sync/local/PathNames.h"
+#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace local {
+
+using sync::core::SyncException;
 
 namespace {
 
@@ -16,12 +20,17 @@ QString Code(uint character) {
     return QStringLiteral("\\x{%1}").arg(character, 0, 16);
 }
 
-/// Turns a pattern into a regular expression, character by character.
+[[noreturn]] void Refuse(const char* reason) {
+    throw SyncException(QString::fromLatin1(reason));
+}
+
+/// Turns a pattern into a regular expression, character by character. Throws SyncException, which says why no path can
+/// match it.
 class PatternReader {
 public:
     explicit PatternReader(const QString& pattern) : _pattern(pattern.toUcs4()) {}
 
-    std::optional<QString> Expression() {
+    QString Expression() {
         while (_at < _pattern.size()) {
             switch (_pattern[_at]) {
                 case '*':
@@ -34,30 +43,35 @@ public:
                     break;
                 case '[':
                     ++_at;
-                    if (!_TakeBrackets()) {
-                        return std::nullopt;
-                    }
+                    _TakeBrackets();
                     _name += Wildcard;
                     break;
                 default:
                     const std::optional<uint> character = _TakeCharacter();
-                    if (!character || (*character == '/' && !_EndName())) {
-                        return std::nullopt;
+                    if (!character) {
+                        Refuse("nothing follows the \"\\\" at its end");
                     }
                     _expression += Code(*character);
-                    if (*character != '/') {
+                    if (*character == '/') {
+                        _EndName();
+                    } else {
                         _name += QString::fromUcs4(&*character, 1);
                     }
             }
         }
-        return _EndName() ? std::make_optional(_expression) : std::nullopt;
+        _EndName();
+        return _expression;
     }
 
 private:
-    /// False when no path has such a name in it.
-    bool _EndName() {
+    void _EndName() {
         const QString name = std::exchange(_name, QString());
-        return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..");
+        if (name.isEmpty()) {
+            Refuse(_pattern.isEmpty() ? "it has no name in it" : "no path has two \"/\" next to each other");
+        }
+        if (name == QLatin1String(".") || name == QLatin1String("..")) {
+            Refuse("no path has \".\" or \"..\" in it");
+        }
     }
 
     bool _Has(int at, char character) const {
@@ -90,27 +104,26 @@ private:
         return _at < _pattern.size() ? std::make_optional(_pattern[_at++]) : std::nullopt;
     }
 
-    /// What follows a '['. False when it does not end, cannot be read or stands for no character of a name.
-    bool _TakeBrackets() {
+    /// What follows a '['.
+    void _TakeBrackets() {
         const bool isNegated = _Has(_at, '!') || _Has(_at, '^');
         _at += isNegated ? 1 : 0;
         QString members;
         do {
-            if (!_TakeClass(members) && !_TakeRange(members)) {
-                return false;
+            if (!_TakeClass(members)) {
+                _TakeRange(members);
             }
         } while (!_Has(_at, ']'));
         ++_at;
         static const QString slash = Code('/');
         if (!isNegated && members.count(slash) * slash.size() == members.size()) {
-            return false;
+            Refuse("no name has a \"/\" in it");
         }
         _expression +=
             QLatin1String("(?!/)[") + (isNegated ? QLatin1String("^") : QLatin1String("")) + members + QLatin1Char(']');
-        return true;
     }
 
-    /// "[:digit:]" and the like. False, and nothing is taken, when there is no such class.
+    /// "[:digit:]" and the like. False, and nothing is taken, when it is something else.
     bool _TakeClass(QString& members) {
         static const QStringList names{QStringLiteral("alnum"), QStringLiteral("alpha"), QStringLiteral("blank"),
                                        QStringLiteral("cntrl"), QStringLiteral("digit"), QStringLiteral("graph"),
@@ -122,30 +135,33 @@ private:
         }
         const QString name = QString::fromUcs4(_pattern.constData() + _at + 2, end - 1 - (_at + 2));
         if (!names.contains(name)) {
-            _at = _pattern.size();
-            return false;
+            Refuse("there is no such class of characters");
         }
         members += QLatin1String("[:") + name + QLatin1String(":]");
         _at = end + 1;
         return true;
     }
 
-    /// A character or a range of them. False at the end.
-    bool _TakeRange(QString& members) {
-        const std::optional<uint> first = _TakeCharacter();
-        if (!first) {
-            return false;
-        }
-        members += Code(*first);
+    /// A character or a range of them.
+    void _TakeRange(QString& members) {
+        const uint first = _TakeMember();
+        members += Code(first);
         if (!_Has(_at, '-') || _at + 1 == _pattern.size() || _Has(_at + 1, ']')) {
-            return true;
+            return;
         }
         ++_at;
-        const std::optional<uint> last = _TakeCharacter();
-        if (last && *first <= *last) {
-            members += Code(*first) + QLatin1Char('-') + Code(*last);
+        const uint last = _TakeMember();
+        if (first <= last) {
+            members += Code(first) + QLatin1Char('-') + Code(last);
         }
-        return last.has_value();
+    }
+
+    uint _TakeMember() {
+        const std::optional<uint> character = _TakeCharacter();
+        if (!character) {
+            Refuse("a \"[\" has no \"]\"");
+        }
+        return *character;
     }
 
     static constexpr QChar Wildcard{QChar::ObjectReplacementCharacter};
@@ -159,7 +175,7 @@ private:
 
 }  // namespace
 
-std::optional<PathPattern> PathPattern::Read(const QString& text) {
+PathPattern PathPattern::Read(const QString& text) {
     PathPattern pattern;
     QString rest = text;
     pattern._isOfFolders = rest.endsWith(QLatin1Char('/'));
@@ -168,12 +184,12 @@ std::optional<PathPattern> PathPattern::Read(const QString& text) {
     if (rest.startsWith(QLatin1Char('/'))) {
         rest.remove(0, 1);
     }
-    const std::optional<QString> expression = PatternReader(rest).Expression();
-    if (!expression || expression->isEmpty()) {
-        return std::nullopt;
+    try {
+        pattern._expression = QRegularExpression(QRegularExpression::anchoredPattern(PatternReader(rest).Expression()),
+                                                 QRegularExpression::DotMatchesEverythingOption);
+    } catch (const SyncException& e) {
+        throw SyncException(QStringLiteral("\"%1\" is not a valid pattern: %2").arg(text, e.Message()));
     }
-    pattern._expression = QRegularExpression(QRegularExpression::anchoredPattern(*expression),
-                                             QRegularExpression::DotMatchesEverythingOption);
     return pattern;
 }
 

@@ -2,7 +2,6 @@
 
 #include <QRegularExpression>
 #include <QString>
-#include <optional>
 
 namespace ovsync {
 namespace local {
@@ -17,9 +16,10 @@ namespace local {
 /// an ordinary one. Letter case matters.
 class PathPattern {
 public:
-    /// None when no path can be like that: for an empty text, brackets that do not end or have a '/' alone, a class of
-    /// characters that does not exist, a '\' at the end, two '/' next to each other, and the names "." and "..".
-    static std::optional<PathPattern> Read(const QString& text);
+    /// Throws SyncException, which names the pattern and says why, when no path can be like that: for an empty text,
+    /// brackets that do not end or have a '/' alone, a class of characters that does not exist, a '\' at the end, two
+    /// '/' next to each other, and the names "." and "..".
+    static PathPattern Read(const QString& text);
 
     /// `path` has no '/' at either end.
     bool Matches(const QString& path, bool isFolder) const;

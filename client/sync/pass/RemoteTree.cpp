@@ -187,7 +187,7 @@ QString RemoteTree::_Accept(const QString& serverPath, const QString& name, bool
     for (const QString& segment : names) {
         const QString reason = ReasonAgainst(segment);
         if (!reason.isEmpty()) {
-            _Refuse(path, reason);
+            _Refuse(path, reason + QStringLiteral("; rename it on the service"));
             return QString();
         }
     }

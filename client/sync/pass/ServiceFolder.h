@@ -43,6 +43,10 @@ struct ServiceFolder {
     std::function<bool(const QString& serverPath)> isEmpty;
     /// Names the folder to sync, and no other: its URL in one spelling.
     QString address;
+    /// Who logs in there; empty for nobody.
+    QString user;
+    /// The file of certificates that was named; may be empty.
+    QString caFile;
     /// Its server path is that of the folder to sync, its local path that of the synced folder.
     sync::config::FolderConfiguration folder;
 

@@ -3,6 +3,7 @@
 #include <QSet>
 
 #include "client/sync/local/LocalError.h"
+#include "client/sync/pass/PassCommand.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/FolderGone.h"
 #include "client/wire/HttpStatus.h"
@@ -34,6 +35,13 @@ QString LastPassSetting() {
 
 QString LastFilterSetting() {
     return QStringLiteral("excluded from it");
+}
+
+/// For people: how the synced folder forgets what it was in step with.
+QString WayOut(const QString& purpose, const ServiceFolder& service, const SyncOptions& options) {
+    return QStringLiteral("%1, remove \"%2/%3\" and run \"%4\"")
+        .arg(purpose, service.folder.localPath, store::RecordDatabase::FilePath(),
+             PassCommand(QStringLiteral("sync"), service, options));
 }
 
 }  // namespace
@@ -83,18 +91,18 @@ void SyncPass::CheckFolder() {
         throw WrongFolder(QStringLiteral("another folder, or another disk, has just come in the place of %1")
                               .arg(_sides.service.folder.localPath));
     }
-    const QString known = _sides.records.Setting(AddressSetting());
-    if (!known.isEmpty() && known != _sides.service.address) {
-        throw WrongFolder(
-            QStringLiteral("%1 is in step with %2 and cannot be synced with %3. %4")
-                .arg(_sides.service.folder.localPath, known, _sides.service.address,
-                     _WayOut(QStringLiteral("To bring it in step with that one instead"), _sides.service.address)));
-    }
+    RequireSameService(_sides.records, _sides.service, _sides.options);
 }
 
-QString SyncPass::_WayOut(const QString& purpose, const QString& address) const {
-    return QStringLiteral("%1, remove \"%2/%3\" and run \"ovsync sync '%2' '%4'\"")
-        .arg(purpose, _sides.service.folder.localPath, store::RecordDatabase::FilePath(), address);
+void SyncPass::RequireSameService(store::RecordDatabase& records, const ServiceFolder& service,
+                                  const SyncOptions& options) {
+    const QString known = records.Setting(AddressSetting());
+    if (!known.isEmpty() && known != service.address) {
+        throw WrongFolder(
+            QStringLiteral("%1 is in step with %2 and cannot be synced with %3. %4")
+                .arg(service.folder.localPath, known, service.address,
+                     WayOut(QStringLiteral("To bring it in step with that one instead"), service, options)));
+    }
 }
 
 SyncPass::Listing SyncPass::List(const QDateTime& since, const LocalSnapshot& snapshot) {
@@ -191,7 +199,8 @@ void SyncPass::_ThrowMissing() const {
                 "%1 is not there any more: it was deleted or moved on the service. Nothing is changed here. %2. "
                 "To have the agent leave this folder alone, run \"ovsync folders remove '%3'\"")
                 .arg(_sides.service.address,
-                     _WayOut(QStringLiteral("To make it there again and send everything"), _sides.service.address) +
+                     WayOut(QStringLiteral("To make it there again and send everything"), _sides.service,
+                            _sides.options) +
                          QStringLiteral("; if it was moved, do that with its new URL"),
                      _sides.service.folder.localPath));
     }

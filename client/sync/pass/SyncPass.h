@@ -34,6 +34,11 @@ public:
     PassReport& Report() { return _report; }
     PassScope& Scope() { return _scope; }
 
+    /// Throws WrongFolder when `records` are of a folder that is in step with another one than `service`. It names the
+    /// way out, for which `options` are those of a pass.
+    static void RequireSameService(store::RecordDatabase& records, const ServiceFolder& service,
+                                   const SyncOptions& options);
+
     /// Checks that the folder belongs to the service's folder. Throws WrongFolder, LocalError and StoreError.
     void CheckFolder();
     /// Checks the records, and clears up after a pass that died and what is too old in the trash. Throws LocalError and
@@ -72,8 +77,6 @@ private:
     void _RemoveUselessParts(const Listing& listing);
     void _RefuseClashes(RemoteTree& tree, const local::LocalSnapshot& snapshot);
     [[noreturn]] void _ThrowMissing() const;
-    /// For people: how the synced folder forgets what it was in step with.
-    QString _WayOut(const QString& purpose, const QString& address) const;
 
     local::DryRunTree _dryRunTree;
     PassScope _scope;

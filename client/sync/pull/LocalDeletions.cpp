@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "client/sync/pass/PassCommand.h"
 #include "client/sync/report/Cancelled.h"
 
 namespace ovsync {
 namespace pull {
 
+using pass::PassCommand;
 using report::Cancelled;
 using report::SyncEvent;
 
@@ -19,11 +21,12 @@ bool LocalDeletions::MayDelete(int deletions) {
     if (_sides.options.deletionLimit.Allows(deletions, files, isAnyThere)) {
         return true;
     }
+    const char* const command = _sides.options.deletes ? "pull --delete --max-delete %1" : "sync --max-delete %1";
     _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
                  QStringLiteral("the service lacks %1 of the %2 files here, which is too many to be deleted without a "
-                                "word; nothing is. Look whether they should go, and give --max-delete %1 then")
-                     .arg(deletions)
-                     .arg(files));
+                                "word; nothing is. Look whether they should go, and run \"%3\" then")
+                     .arg(QString::number(deletions), QString::number(files),
+                          PassCommand(QString::fromLatin1(command).arg(deletions), _sides.service, _sides.options)));
     return false;
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "client/sync/local/PathNames.h"
+#include "client/sync/pass/PassCommand.h"
 #include "client/sync/push/Uploader.h"
 #include "host/http/HttpException.h"
 
@@ -10,6 +11,7 @@ namespace ovsync {
 namespace push {
 
 using local::LocalEntry;
+using pass::PassCommand;
 using report::SyncEvent;
 using sync::config::FolderConfiguration;
 
@@ -39,11 +41,13 @@ bool RemoteDeletions::MayDelete(int deletions) {
                                       : QStringLiteral(
                                             "%1 of %2 files are gone here, which is too many to be deleted "
                                             "on the service without a word");
+    const char* const command = _sides.options.deletes ? "push --delete --max-delete %1" : "sync --max-delete %1";
     _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
                  reason.arg(deletions).arg(files) +
-                     QStringLiteral("; nothing is deleted there. Look whether they should go, and give --max-delete "
-                                    "%1 then, or bring them back by a pull")
-                         .arg(deletions));
+                     QStringLiteral("; nothing is deleted there. Look whether they should go, and run \"%1\" then, or "
+                                    "bring them back by \"%2\"")
+                         .arg(PassCommand(QString::fromLatin1(command).arg(deletions), _sides.service, _sides.options),
+                              PassCommand(QStringLiteral("pull"), _sides.service, _sides.options)));
     return false;
 }
 

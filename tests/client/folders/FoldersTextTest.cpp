@@ -109,7 +109,7 @@ TEST(FoldersTextTest, EveryMistakeIsNamedByItsLineInTheirOrder) {
                   Text("line 5: \"transfers\" has to be a number from 1 to 64"),
                   Text("line 6: \"keep-deleted\" has to be a number from 0 to 36500"),
                   Text("line 7: a folder has no \"Paused\""),
-                  Text("line 10: \"a[\" is not a valid pattern: no path can match it"),
+                  Text("line 10: \"a[\" is not a valid pattern: a \"[\" has no \"]\""),
                   Text("line 11: \"exclude\" has to be a text in quotes, and not an empty one"),
                   Text("line 13: the folder has no \"path\""),
                   Text("line 13: the folder has no \"url\""),

@@ -55,6 +55,14 @@ TEST_F(ArgumentOrderTest, ACommandOfTwoWordsIsKeptTogether) {
                 ElementsAre("trash", "restore", "--from", "TIME", "DIR"));
 }
 
+TEST_F(ArgumentOrderTest, AnEmptyValueIsAWordOfItsOwn) {
+    EXPECT_THAT(Ordered({"ls", "--user=", "URL"}), ElementsAre("ls", "--user", "", "URL"));
+    EXPECT_THAT(Ordered({"--user=", "ls", "URL"}), ElementsAre("ls", "--user", "", "URL"));
+    EXPECT_THAT(Ordered({"ls", "-u", "--user=", "URL"}), ElementsAre("ls", "-u", "--user=", "URL"));
+    EXPECT_THAT(Ordered({"ls", "--", "--user="}), ElementsAre("ls", "--", "--user="));
+    EXPECT_THAT(Ordered({"ls", "--user=a="}), ElementsAre("ls", "--user=a="));
+}
+
 TEST_F(ArgumentOrderTest, WhatIsNotACommandIsLeftToBeComplainedAbout) {
     EXPECT_THAT(Ordered({}), ElementsAre());
     EXPECT_THAT(Ordered({"--version"}), ElementsAre("--version"));

@@ -1,6 +1,9 @@
 #include "client/cli/output/StatusText.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
+
+#include <string>
 
 #include "client/agent/StatusJson.h"
 #include "tests/fakes/Text.h"
@@ -102,6 +105,12 @@ TEST_F(StatusTextTest, SaysWhatConcernsTheAgent) {
     _folder.newVersion = Text("KQ52_1_WIN");
     EXPECT_THAT(Shown(), testing::StartsWith("/c/folders.toml: line 3: a folder has no \"colour\"\n"
                                              "There is a newer version: KQ52_1_WIN\n"));
+    EXPECT_FALSE(IsAllWell(Line()));
+    _status.mistakes.clear();
+    EXPECT_TRUE(IsAllWell(Line()));
+    _status.hasFoldersFileChanged = true;
+    EXPECT_THAT(Shown(), testing::StartsWith("/c/folders.toml was changed after the agent read it; \"kill -HUP " +
+                                             std::to_string(getpid()) + "\" has it read again\n"));
     EXPECT_FALSE(IsAllWell(Line()));
     EXPECT_THAT(StatusText(StatusLine(AgentStatus()), Output()).toStdString(), HasSubstr("no folder to keep in step"));
 }

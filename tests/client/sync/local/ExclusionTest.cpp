@@ -295,7 +295,8 @@ TEST(ExclusionTest, ARuleThatNothingCanMatchIsRefusedByItsName) {
             const Exclusion exclusion({Text("a"), Text(rule)});
             ADD_FAILURE() << rule;
         } catch (const sync::core::SyncException& e) {
-            EXPECT_THAT(e.Utf8Message(), testing::HasSubstr(std::string("\"") + rule + "\" is not a valid pattern"));
+            EXPECT_THAT(e.Utf8Message(), testing::StartsWith(std::string("\"") + (rule + (*rule == '!' ? 1 : 0)) +
+                                                             "\" is not a valid pattern: "));
         }
     }
 }
@@ -323,8 +324,35 @@ TEST(ExclusionTest, ARuleOfAFileThatNothingCanMatchIsRefusedByItsLine) {
         Exclusion::RulesIn("a\n# b\n\nc//d\n//e\n");
         ADD_FAILURE();
     } catch (const sync::core::SyncException& e) {
-        EXPECT_EQ(e.Utf8Message(), "line 4: \"c//d\" is not a valid pattern: no path can match it");
+        EXPECT_EQ(e.Utf8Message(), "line 4: \"c//d\" is not a valid pattern: no path has two \"/\" next to each other");
     }
+}
+
+TEST(ExclusionTest, ARefusalSaysWhy) {
+    const auto reasonFor = [](const char* rule) {
+        try {
+            Exclusion::RuleIn(rule);
+        } catch (const sync::core::SyncException& e) {
+            return e.Message().section(Text(": "), 1).toStdString();
+        }
+        return std::string();
+    };
+    EXPECT_EQ(reasonFor(""), "it has no name in it");
+    EXPECT_EQ(reasonFor("/"), "it has no name in it");
+    EXPECT_EQ(reasonFor("//a"), "no path has two \"/\" next to each other");
+    EXPECT_EQ(reasonFor("a/.."), "no path has \".\" or \"..\" in it");
+    EXPECT_EQ(reasonFor("a\\"), "nothing follows the \"\\\" at its end");
+    EXPECT_EQ(reasonFor("[!]"), "a \"[\" has no \"]\"");
+    EXPECT_EQ(reasonFor("[a-"), "a \"[\" has no \"]\"");
+    EXPECT_EQ(reasonFor("[[:name:]]"), "there is no such class of characters");
+    EXPECT_EQ(reasonFor("[/]"), "no name has a \"/\" in it");
+    EXPECT_EQ(reasonFor("\xC3"), "it is not UTF-8");
+    EXPECT_EQ(reasonFor("\xEF\xBF\xBD"), "");
+    EXPECT_EQ(reasonFor("[z-a]"), "");
+}
+
+TEST(ExclusionTest, WhatIsNotUtf8DoesNotCountInAComment) {
+    EXPECT_EQ(Exclusion::RulesIn("# f\xFCr\na\n"), QStringList(Text("a")));
 }
 
 TEST(ExclusionTest, TheTextTellsRulesApart) {

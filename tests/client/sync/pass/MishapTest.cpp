@@ -364,7 +364,7 @@ TEST_F(MishapTest, TooManyDeletionsAreNone) {
     }
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList(Text("Kept .")));
-    EXPECT_THAT(Details().first().toStdString(), testing::HasSubstr("--max-delete 6"));
+    EXPECT_THAT(Details().first().toStdString(), testing::HasSubstr("run \"ovsync pull --delete --max-delete 6 '"));
     EXPECT_EQ(Contents().size(), 10U);
     options.deletionLimit = *DeletionLimit::Read(Text("6"));
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
