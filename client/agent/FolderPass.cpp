@@ -60,10 +60,14 @@ ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigMa
         wishes.frequency = std::chrono::seconds(tuning.GetSyncFrequency());
         return wishes;
     }
-    wishes.frequency = std::chrono::seconds(published->GetExternalSyncConfig().syncFrequency);
+    const sync::dv::dvsync::ExternalSyncConfig config = published->GetExternalSyncConfig();
+    wishes.frequency = std::chrono::seconds(config.syncFrequency);
+    // The library logs it as an error when there is no version to compare with.
+    const QString& none = sync::dv::dvsync::ExternalSyncConfig::DefaultVersion;
     QString newest;
     sync::dv::dvsync::VersionChecker checker(std::make_shared<sync::dv::dvsync::VersionManager>(published));
-    if (checker.ThereIsANewAppVersion(newest)) {
+    if (!config.mostCurrentVersion.isEmpty() && config.mostCurrentVersion != none &&
+        checker.ThereIsANewAppVersion(newest)) {
         wishes.newVersion = newest;
     }
     return wishes;

@@ -105,6 +105,21 @@ TEST_F(AgentSyncTest, PollsAsOftenAsTheServiceSaysAndElseAsTheLibraryDoes) {
     }));
 }
 
+TEST_F(AgentSyncTest, ThatAServicePublishesNothingOrNoVersionIsNoError) {
+    const Service publishingNothing;
+    Service publishingNoVersion;
+    publishingNoVersion.AddFile(Text(".ovsync-service/sync-config.xml"),
+                                "<SyncConfig><SyncFrequency>77</SyncFrequency></SyncConfig>");
+    Add(publishingNothing.Url());
+    Add(publishingNoVersion.Url(), QStringList(), "other");
+    _user.StartAgent();
+    ASSERT_TRUE(BecomesTrue([this] {
+        const json folders = _user.Status()["folders"];
+        return folders[0]["state"] == "waiting" && folders[1]["state"] == "waiting";
+    }));
+    EXPECT_THAT(_user.Log().toStdString(), Not(HasSubstr("ERROR")));
+}
+
 TEST_F(AgentSyncTest, ReadsTheFileAgainAndKeepsWhatRanWhenItHasAMistake) {
     Service first;
     Service second;
