@@ -289,14 +289,9 @@ void RecordDatabase::_Prepare() {
                              .arg(found)
                              .arg(SchemaVersion));
     }
-    Statement check(_handle.get(), "PRAGMA quick_check(1)");
-    if (check.Step() && check.Text(0) != QLatin1String("ok")) {
-        throw StoreError(
-            QStringLiteral("%1: the records are damaged: %2. Without this file the next sync compares both "
-                           "sides anew; move it away")
-                .arg(file, check.Text(0).simplified()));
+    if (found < SchemaVersion) {
+        Check();
     }
-    check.Reset();
     _Execute("PRAGMA journal_mode = WAL");
     _Execute("PRAGMA synchronous = FULL");
     Transaction transaction(*this);
@@ -310,6 +305,14 @@ void RecordDatabase::_Prepare() {
         _Execute(("PRAGMA user_version = " + QByteArray::number(SchemaVersion)).constData());
     }
     transaction.Commit();
+}
+
+void RecordDatabase::Check() {
+    Statement check(_handle.get(), "PRAGMA quick_check(1)");
+    if (check.Step() && check.Text(0) != QLatin1String("ok")) {
+        Statement::ThrowDamage(_handle.get(), check.Text(0).simplified());
+    }
+    check.Reset();
 }
 
 void RecordDatabase::_Execute(const char* sql) {

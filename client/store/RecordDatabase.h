@@ -42,11 +42,14 @@ public:
     static QString FilePath();
 
     /// Opens the database of the synced folder at the absolute path `root`. Throws when another process has it open,
-    /// when it is damaged, and when a newer program wrote it; nothing is changed then.
+    /// when it cannot be read, and when a newer program wrote it; nothing is changed then.
     RecordDatabase(const QString& root, Access access);
     ~RecordDatabase();
     RecordDatabase(const RecordDatabase&) = delete;
     RecordDatabase& operator=(const RecordDatabase&) = delete;
+
+    /// Reads all of it, and throws when it is damaged somewhere. To be done before anything is decided by it.
+    void Check();
 
     /// The FolderIdentity of the synced folder that the hidden folder lies in; empty when it has none.
     QString Root() const;

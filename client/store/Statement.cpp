@@ -86,6 +86,9 @@ void Statement::ThrowLastError(sqlite3* database) {
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
         throw StoreError(QStringLiteral("%1: another process is using the records of this folder").arg(file));
     }
+    if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) {
+        ThrowDamage(database, QString::fromUtf8(sqlite3_errmsg(database)));
+    }
     // What SQLite says of files that it may not write tells nobody why.
     const QByteArray name = file.toUtf8();
     const bool isOfDisk = code == SQLITE_IOERR || code == SQLITE_CANTOPEN || code == SQLITE_READONLY;
@@ -94,6 +97,13 @@ void Statement::ThrowLastError(sqlite3* database) {
                      access(name.constData(), R_OK | W_OK) != 0);
     throw StoreError(QStringLiteral("%1: %2").arg(file, isForbidden ? QString::fromLocal8Bit(std::strerror(errno))
                                                                     : QString::fromUtf8(sqlite3_errmsg(database))));
+}
+
+void Statement::ThrowDamage(sqlite3* database, const QString& reason) {
+    throw StoreError(
+        QStringLiteral("%1: the records are damaged: %2. Without this file the next sync compares both sides "
+                       "anew; move it away")
+            .arg(QString::fromUtf8(sqlite3_db_filename(database, "main")), reason));
 }
 
 void Statement::_Check(int result) const {

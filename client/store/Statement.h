@@ -34,6 +34,8 @@ public:
 
     /// Throws the last error of `database`, with the path of its file.
     [[noreturn]] static void ThrowLastError(sqlite3* database);
+    /// With what a person can do about it.
+    [[noreturn]] static void ThrowDamage(sqlite3* database, const QString& reason);
 
 private:
     struct Deleter {

@@ -137,6 +137,9 @@ MetadataStore::MetadataStore(const std::string& file, const std::string& owner, 
       _child(_database.Handle(), SelectSql("WHERE parent = ? AND name = ?")),
       _byId(_database.Handle(), SelectSql("WHERE id = ?")),
       _children(_database.Handle(), SelectSql("WHERE parent = ? ORDER BY name")),
+      _knownChildren(_database.Handle(),
+                     "SELECT id, name, collection, size, modified, executable, changed FROM resource WHERE parent = ? "
+                     "ORDER BY name"),
       _withoutChecksum(_database.Handle(),
                        SelectSql("WHERE md5 = '' AND NOT collection AND id > ? ORDER BY id LIMIT 16")),
       _insert(_database.Handle(), InsertSql()),
@@ -212,6 +215,22 @@ std::optional<Resource> MetadataStore::ByItemId(std::string_view itemId) {
 std::vector<Resource> MetadataStore::Children(std::int64_t parent) {
     std::vector<Resource> children;
     _children.Each([&] { children.push_back(_Row(_children)); }, parent);
+    return children;
+}
+
+std::vector<KnownChild> MetadataStore::KnownChildren(std::int64_t parent) {
+    std::vector<KnownChild> children;
+    const auto read = [&] {
+        KnownChild& child = children.emplace_back();
+        _knownChildren.Read(0, child.id);
+        _knownChildren.Read(1, child.name);
+        _knownChildren.Read(2, child.isCollection);
+        _knownChildren.Read(3, child.size);
+        _knownChildren.Read(4, child.modified);
+        _knownChildren.Read(5, child.isExecutable);
+        _knownChildren.Read(6, child.changed);
+    };
+    _knownChildren.Each(read, parent);
     return children;
 }
 

@@ -31,6 +31,8 @@ public:
     std::optional<Resource> ByItemId(std::string_view itemId);
     /// In the order of the bytes of their names.
     std::vector<Resource> Children(std::int64_t parent);
+    /// The same, of each only what it takes to see whether it changed.
+    std::vector<KnownChild> KnownChildren(std::int64_t parent);
 
     /// Some files without a checksum, those with the lowest ids above `afterId`, in the order of these.
     std::vector<Resource> WithoutChecksum(std::int64_t afterId);
@@ -75,6 +77,7 @@ private:
     Statement _child;
     Statement _byId;
     Statement _children;
+    Statement _knownChildren;
     Statement _withoutChecksum;
     Statement _insert;
     Statement _update;

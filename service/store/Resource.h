@@ -60,4 +60,15 @@ struct Resource {
     std::int64_t ModifiedSeconds() const;
 };
 
+/// What a Resource has of the same names.
+struct KnownChild {
+    std::int64_t id = 0;
+    std::string name;
+    bool isCollection = false;
+    std::int64_t size = 0;
+    std::int64_t modified = 0;
+    bool isExecutable = false;
+    std::int64_t changed = 0;
+};
+
 }  // namespace service::store

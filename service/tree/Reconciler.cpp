@@ -11,12 +11,14 @@ bool IsCollection(const store::ContentStore::Entry& entry) {
     return entry.kind == store::ContentStore::Kind::Collection;
 }
 
-bool HasContentOf(const store::Resource& known, const store::ContentStore::Entry& found) {
+template <typename Known>
+bool HasContentOf(const Known& known, const store::ContentStore::Entry& found) {
     return known.isCollection == IsCollection(found) && known.size == found.size && known.modified == found.modified;
 }
 
 // Whether the metadata still describes what is on the disk.
-bool Describes(const store::Resource& known, const store::ContentStore::Entry& found) {
+template <typename Known>
+bool Describes(const Known& known, const store::ContentStore::Entry& found) {
     return HasContentOf(known, found) && known.isExecutable == found.isExecutable;
 }
 
@@ -90,34 +92,28 @@ std::optional<store::Resource> Reconciler::Child(store::Resource& parent, const 
     return known;
 }
 
-std::vector<store::Resource> Reconciler::Children(store::Resource& parent, const std::string& path) {
-    std::vector<store::Resource> known = _metadata.Children(parent.id);
+// Calls `take` with each row, each entry of the disk, or both where they have the same name, and with what adopts a
+// child whose metadata is another one.
+template <typename Row, typename Take>
+void Reconciler::_Compare(std::vector<Row> known, store::Resource& parent, const std::string& path, Take take) {
     // A folder that has just been taken away lists nothing; its own collection notices it the next time.
     const auto entries = _content.List(path).value_or(std::vector<store::ContentStore::Entry>());
-    std::vector<store::Resource> children;
-    children.reserve(entries.size());
     std::optional<store::MetadataStore::Transaction> transaction;
     bool listChanged = false;
+    const auto adopt = [&](std::optional<store::Resource>& child, const store::ContentStore::Entry* found) {
+        if (!transaction) {
+            transaction.emplace(_metadata);
+        }
+        const std::string childPath = protocol::ChildPath(path, child ? child->name : found->name);
+        listChanged = _Adopt(parent, childPath, child, found) || listChanged;
+    };
     auto row = known.begin();
     auto entry = entries.begin();
     while (row != known.end() || entry != entries.end()) {
         const bool hasRow = row != known.end() && (entry == entries.end() || row->name <= entry->name);
         const bool hasEntry = entry != entries.end() && (row == known.end() || entry->name <= row->name);
-        std::optional<store::Resource> child;
-        if (hasRow) {
-            child = std::move(*row++);
-        }
-        const store::ContentStore::Entry* found = hasEntry ? &*entry++ : nullptr;
-        if (!child || found == nullptr || !Describes(*child, *found)) {
-            if (!transaction) {
-                transaction.emplace(_metadata);
-            }
-            const std::string childPath = protocol::ChildPath(path, child ? child->name : found->name);
-            listChanged = _Adopt(parent, childPath, child, found) || listChanged;
-        }
-        if (child) {
-            children.push_back(std::move(*child));
-        }
+        Row* const taken = hasRow ? &*row++ : nullptr;
+        take(taken, hasEntry ? &*entry++ : nullptr, adopt);
     }
     if (listChanged) {
         ChildrenChanged(parent, path);
@@ -125,6 +121,43 @@ std::vector<store::Resource> Reconciler::Children(store::Resource& parent, const
     if (transaction) {
         transaction->Commit();
     }
+}
+
+std::vector<store::Resource> Reconciler::Children(store::Resource& parent, const std::string& path) {
+    std::vector<store::Resource> children;
+    const auto take = [&](store::Resource* row, const store::ContentStore::Entry* found, const auto& adopt) {
+        std::optional<store::Resource> child;
+        if (row != nullptr) {
+            child = std::move(*row);
+        }
+        if (!child || found == nullptr || !Describes(*child, *found)) {
+            adopt(child, found);
+        }
+        if (child) {
+            children.push_back(std::move(*child));
+        }
+    };
+    _Compare(_metadata.Children(parent.id), parent, path, take);
+    return children;
+}
+
+std::vector<store::Resource> Reconciler::CollectionsAndChanged(store::Resource& parent, const std::string& path,
+                                                               std::int64_t since) {
+    std::vector<store::Resource> children;
+    const auto take = [&](store::KnownChild* row, const store::ContentStore::Entry* found, const auto& adopt) {
+        const bool isKnown = row != nullptr && found != nullptr && Describes(*row, *found);
+        if (isKnown && !row->isCollection && row->changed <= since) {
+            return;
+        }
+        std::optional<store::Resource> child = row != nullptr ? _metadata.ById(row->id) : std::nullopt;
+        if (!isKnown) {
+            adopt(child, found);
+        }
+        if (child && (child->isCollection || child->changed > since)) {
+            children.push_back(std::move(*child));
+        }
+    };
+    _Compare(_metadata.KnownChildren(parent.id), parent, path, take);
     return children;
 }
 

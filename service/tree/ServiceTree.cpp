@@ -228,12 +228,10 @@ std::vector<Listing::Entry> ServiceTree::_ListChanged(const std::string& path, c
         store::ThrowIf(isInterrupted);
         if (i == 0 || depth == protocol::Request::Depth::Infinity) {
             const std::string parentPath = collections[i].path;
-            for (store::Resource& child : _reconciler.Children(collections[i].resource, parentPath)) {
-                if (child.isCollection) {
-                    collections.push_back({protocol::ChildPath(parentPath, child.name), std::move(child), {}});
-                } else if (child.changed > since) {
-                    changed.push_back({protocol::ChildPath(parentPath, child.name), std::move(child), {}});
-                }
+            for (store::Resource& child :
+                 _reconciler.CollectionsAndChanged(collections[i].resource, parentPath, since)) {
+                std::vector<Listing::Entry>& list = child.isCollection ? collections : changed;
+                list.push_back({protocol::ChildPath(parentPath, child.name), std::move(child), {}});
             }
         }
         // Only now: to notice a child by hand is a change.

@@ -40,13 +40,15 @@ SyncOutcome ScopedPass::Run() {
 }
 
 void ScopedPass::_Run() {
-    _pass.Prepare();
+    _pass.CheckFolder();
     _state = LastState::Of(_sides.records, _direction, _sides.exclusion.Text());
     const bool asks = _sides.service.changes && !_state.there.isEmpty();
     const bool looksWhole = !asks || !_changedHere || _state.needsLook;
     if (asks) {
         _sides.service.changes->Ask(_state.there);
     }
+    // The service need not wait for what only this side has to do.
+    _pass.Prepare();
     std::optional<LocalSnapshot> snapshot;
     if (looksWhole) {
         snapshot = _pass.Look();
@@ -246,10 +248,12 @@ bool ScopedPass::_IsAllRecorded(const LocalSnapshot& snapshot, const RemoteTree&
                        [&](const QString& path) { return recordedFolders.contains(path); }) &&
            std::all_of(files.begin(), files.end(),
                        [&](const QString& path) {
-                           return remote.HasFile(path) || sent.contains(path) || open.contains(path);
+                           return remote.HasFile(path) || sent.contains(path) || open.contains(path) ||
+                                  _sides.exclusion.HasFileAt(path);
                        }) &&
            std::all_of(folders.begin(), folders.end(), [&](const QString& path) {
-               return remote.HasFolder(path) || sent.contains(path) || open.contains(path);
+               return remote.HasFolder(path) || sent.contains(path) || open.contains(path) ||
+                      _sides.exclusion.HasFolderAt(path);
            });
 }
 

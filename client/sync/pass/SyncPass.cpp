@@ -48,7 +48,7 @@ SyncPass::SyncPass(const ServiceFolder& service, ILocalTree& tree, store::Record
       _report(options, observer) {}
 
 void SyncPass::Prepare() {
-    _CheckFolder();
+    _sides.records.Check();
     _report.Tell(_installer.Recover());
     _report.Tell(_trash.RemoveOld());
 }
@@ -76,7 +76,7 @@ bool SyncPass::WasInStep() const {
     return !_sides.records.Setting(AddressSetting()).isEmpty();
 }
 
-void SyncPass::_CheckFolder() {
+void SyncPass::CheckFolder() {
     // Both were opened by the path, at which a disk may have come or gone in between.
     const QString root = _sides.records.Root();
     if (!root.isEmpty() && root != _sides.tree.Identity()) {

@@ -34,8 +34,10 @@ public:
     PassReport& Report() { return _report; }
     PassScope& Scope() { return _scope; }
 
-    /// Checks that the folder belongs to the service's folder, and clears up after a pass that died and what is too old
-    /// in the trash. Throws WrongFolder, LocalError and StoreError.
+    /// Checks that the folder belongs to the service's folder. Throws WrongFolder, LocalError and StoreError.
+    void CheckFolder();
+    /// Checks the records, and clears up after a pass that died and what is too old in the trash. Throws LocalError and
+    /// StoreError.
     void Prepare();
     /// Looks through the folder. Throws LocalError.
     local::LocalSnapshot Look();
@@ -64,7 +66,6 @@ public:
     report::SyncOutcome Run(const std::function<void()>& pass) const;
 
 private:
-    void _CheckFolder();
     /// Asks for what changed since `since`. None when there is no such folder.
     std::optional<Listing> _Ask(const QDateTime& since, const local::LocalSnapshot& snapshot);
     /// Removes what earlier passes left of downloads of which the service has that version no more.

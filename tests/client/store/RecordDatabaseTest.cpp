@@ -61,7 +61,7 @@ protected:
 
     std::string ErrorOfOpening(RecordDatabase::Access access = RecordDatabase::Access::Change) {
         try {
-            const RecordDatabase database(Root(), access);
+            RecordDatabase(Root(), access).Check();
         } catch (const StoreError& e) {
             return e.what();
         }
@@ -356,8 +356,23 @@ TEST_F(RecordDatabaseTest, ADamagedDatabaseIsNamed) {
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(QByteArray(10000, 'x'));
     file.close();
-    EXPECT_THAT(ErrorOfOpening(), HasSubstr("records.db: file is not a database"));
+    EXPECT_THAT(ErrorOfOpening(), HasSubstr("records.db: the records are damaged: file is not a database. Without"));
     EXPECT_EQ(Bytes(), QByteArray(10000, 'x'));
+}
+
+TEST_F(RecordDatabaseTest, DamageOfAnyPartIsFoundByTheCheck) {
+    {
+        RecordDatabase database(Root(), RecordDatabase::Access::Change);
+        for (int i = 0; i < 200; ++i) {
+            database.WriteFile(Record(QByteArray::number(i).constData()));
+        }
+    }
+    EXPECT_EQ(ErrorOfOpening(), "none");
+    QFile file(File());
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(file.size() - 4096));
+    file.write(QByteArray(100, 'x'));
+    file.close();
+    EXPECT_THAT(ErrorOfOpening(), HasSubstr("move it away"));
 }
 
 TEST_F(RecordDatabaseTest, ALinkInPlaceOfTheHiddenFolderIsNotFollowed) {

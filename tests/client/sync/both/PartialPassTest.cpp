@@ -528,6 +528,20 @@ TEST_P(PartialPassTest, AFolderThatNobodyKnowsHasToBeToldWhole) {
     EXPECT_EQ(Contents(), service.Contents());
 }
 
+TEST_P(PartialPassTest, WhatIsExcludedAfterItWasInStepKeepsNoPassFromLookingOnlyAtChanges) {
+    Begin({"a", "a.tmp", "x/b"});
+    options.exclusion = Exclusion({Text("*.tmp"), Text("x/")});
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    service.ForgetCounts();
+    Write("a", "2");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_FALSE(HasListed());
+    options.exclusion = Exclusion();
+    service.Put(Text("x/b"), "2");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    ExpectInStep();
+}
+
 TEST_P(PartialPassTest, AnExcludedFolderNeedNotBeKnown) {
     options.exclusion = Exclusion(QStringList(Text("x/")));
     service.Put(Text("x/y"), "1");

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <memory>
 
+#include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
@@ -545,6 +546,22 @@ TEST_F(MishapTest, ByADateAloneACopyIsOfNoVersionThatIsMadeInTheSameSecond) {
     Remove(Copies().first().toUtf8().constData());
     EXPECT_EQ(Push(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
     EXPECT_EQ(service.Content(Text("a")), QByteArray("mine"));
+}
+
+TEST_F(MishapTest, ByDamagedRecordsNothingIsDone) {
+    for (int i = 0; i < 200; ++i) {
+        Write(QByteArray::number(i).constData(), "1");
+    }
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    QFile file(Path(".ovsync/records.db"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(file.size() - 4096));
+    file.write(QByteArray(100, 'x'));
+    file.close();
+    Write("0", "2");
+    Remove("1");
+    const auto there = service.Contents();
+    EXPECT_THROW(Sync(), ovsync::store::StoreError);
+    EXPECT_EQ(service.Contents(), there);
 }
 
 TEST_F(MishapTest, AConflictEndsWithItsCopyAlsoWithinTheSecondOfTheChange) {

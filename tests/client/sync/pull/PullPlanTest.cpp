@@ -33,6 +33,7 @@ protected:
         const QStringList folders = records.Folders();
         const ovsync::pass::ServiceFolder serviceFolder = service.Folder(folder.path());
         SyncPass pass(serviceFolder, tree, records, options, Observer());
+        pass.CheckFolder();
         pass.Prepare();
         LocalSnapshot snapshot = pass.Look();
         const SyncPass::Listing listing = pass.List(QDateTime(), snapshot);

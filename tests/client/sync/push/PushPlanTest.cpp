@@ -31,6 +31,7 @@ protected:
         const QStringList folders = records.Folders();
         const ovsync::pass::ServiceFolder serviceFolder = service.Folder(folder.path());
         SyncPass pass(serviceFolder, tree, records, options, Observer());
+        pass.CheckFolder();
         pass.Prepare();
         const LocalSnapshot snapshot = pass.Look();
         const SyncPass::Listing listing = pass.List(QDateTime(), snapshot);
