@@ -6,6 +6,7 @@
 #include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/output/ErrorText.h"
 #include "client/store/FileConfigManager.h"
+#include "client/store/FolderBusy.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/both/TwoWayPass.h"
 #include "client/sync/local/LocalTree.h"
@@ -83,6 +84,8 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
     PassResult result{PassResult::End::Failed, QString()};
     try {
         result = ResultOf(_Sync(isStopped, observer, changedHere));
+    } catch (const store::FolderBusy&) {
+        result.end = PassResult::End::Busy;
     } catch (const std::exception& e) {
         ErrorText::Context context = ContextOf(_folder, _credentials);
         context.lastAnswer = [this] { return _connection ? _connection->LastAnswer() : wire::AnswerSummary(); };

@@ -153,6 +153,9 @@ TEST_F(FolderWorkerTest, BeginsWithAPassAndTellsWhatItDid) {
         observer.OnEvent({SyncEvent::Kind::Updated, Text("b"), QString(), 6});
         observer.OnEvent({SyncEvent::Kind::Sent, Text("c"), QString(), 7});
         observer.OnEvent({SyncEvent::Kind::Deleted, Text("d"), QString()});
+        observer.OnEvent({SyncEvent::Kind::DeletedThere, Text("e"), QString()});
+        observer.OnEvent({SyncEvent::Kind::Moved, Text("f"), QString()});
+        observer.OnEvent({SyncEvent::Kind::MovedThere, Text("g"), QString()});
         return PassResult{PassEnd::InStep, QString()};
     });
     Start();
@@ -161,7 +164,8 @@ TEST_F(FolderWorkerTest, BeginsWithAPassAndTellsWhatItDid) {
     EXPECT_EQ(status.url, Text("http://h.test/folder/"));
     EXPECT_EQ(status.fetched, 2);
     EXPECT_EQ(status.sent, 1);
-    EXPECT_EQ(status.deleted, 1);
+    EXPECT_EQ(status.moved, 2);
+    EXPECT_EQ(status.deleted, 2);
     EXPECT_EQ(status.bytes, 18);
     EXPECT_EQ(status.newVersion, Text("KQ99_1_WIN"));
     EXPECT_TRUE(status.lastPass.isValid());
@@ -228,6 +232,17 @@ TEST_F(FolderWorkerTest, AFailureIsToldAndTriedAgain) {
     EXPECT_EQ(status.state, State::Waiting);
     EXPECT_EQ(status.lastEnd, PassEnd::Failed);
     EXPECT_GE(status.nextPass, status.lastPass.addMSecs(4900));
+}
+
+TEST_F(FolderWorkerTest, WhileAnotherProcessHasTheFolderItWaitsWithoutAFailure) {
+    _script.Add(PassResult{PassEnd::Busy, QString()});
+    Start();
+    EXPECT_EQ(StatusWhen([](const FolderStatus& status) { return status.nextPass.isValid(); }).state, State::Starting);
+    ASSERT_TRUE(_script.HasRun(2));
+    EXPECT_FALSE(_script.ChangedHere(1));
+    const FolderStatus status = StatusWhen(IsWaiting);
+    EXPECT_EQ(status.lastEnd, PassEnd::InStep);
+    EXPECT_EQ(status.error, QString());
 }
 
 TEST_F(FolderWorkerTest, AServiceThatDoesNotSayWhatItWantsIsAskedAgainSoon) {
