@@ -64,7 +64,8 @@ void ContentTransaction::OnHeaders(int status, const Headers& headers) {
     _status = status;
     const QByteArray modified = ValueOf(headers, "last-modified");
     _version.entityTag = StrongEntityTag(headers);
-    _version.hasWeakTag = ValueOf(headers, "etag").startsWith("W/");
+    const QByteArray tag = ValueOf(headers, "etag");
+    _version.weakTag = tag.startsWith("W/\"") ? tag : QByteArray();
     _version.size = AnnouncedSize(headers);
     _version.lastModified = ReadDate(modified.constData(), static_cast<size_t>(modified.size()));
     _version.isExecutable = ExecutableBit(headers);

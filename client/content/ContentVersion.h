@@ -11,8 +11,8 @@ namespace content {
 struct ContentVersion {
     /// As it was sent, with its quotation marks; empty when there is none, and when it is a weak one.
     QByteArray entityTag;
-    /// Whether there is a weak one. Some servers have no other for what was changed within the last second.
-    bool hasWeakTag = false;
+    /// With its "W/"; empty when there is none. Some servers have no other for what was changed within the last second.
+    QByteArray weakTag;
     /// In bytes; -1 when the server does not say.
     qint64 size = -1;
     /// In UTC; invalid when the server does not say.

@@ -88,6 +88,10 @@ FileAttributes AttributesOf(const Entry& entry) {
     if (bit == "T" || bit == "F") {
         attributes.isExecutable = bit == "T";
     }
+    const std::string_view tag = Trimmed(entry.Value(Entry::EntityTag));
+    if (tag.substr(0, 3) == "W/\"") {
+        attributes.weakTag = QString::fromUtf8(tag.data(), static_cast<int>(tag.size()));
+    }
     const std::string_view dated = Trimmed(entry.Value(Entry::KeptDate));
     if (dated.size() > Md5Length && dated[Md5Length] == ' ') {
         const std::string_view date = dated.substr(Md5Length + 1);
@@ -290,7 +294,10 @@ void ListingBuilder::_Describe(const MultistatusEntry& entry, const QString& cla
     if (size >= ListingSupplement::LeastSize && size <= static_cast<uint64_t>(std::numeric_limits<qint64>::max())) {
         _limits.supplement->AddSize(FromUtf8(key), static_cast<qint64>(size));
     }
-    _limits.supplement->SetAttributes(FromUtf8(key), isFile ? AttributesOf(entry) : FileAttributes());
+    const FileAttributes attributes = isFile ? AttributesOf(entry) : FileAttributes();
+    if (!attributes.IsEmpty() || _limits.supplement->KnowsAttributes()) {
+        _limits.supplement->SetAttributes(FromUtf8(key), attributes);
+    }
     response.versionNumber = IntOf(entry, Entry::Version);
     response.resourceId = IntOf(entry, Entry::ResourceId);
     response.parentResourceId = IntOf(entry, Entry::ParentId);

@@ -32,11 +32,17 @@ public:
 
     void SetAttributes(const QString& serverPath, const FileAttributes& attributes) {
         const std::lock_guard<std::mutex> lock(_mutex);
-        if (!attributes.IsEmpty()) {
-            _attributes.insert(serverPath, attributes);
-        } else if (!_attributes.isEmpty()) {
+        if (attributes.IsEmpty()) {
             _attributes.remove(serverPath);
+        } else {
+            _attributes.insert(serverPath, attributes);
         }
+    }
+
+    /// Whether any listing said any of any file.
+    bool KnowsAttributes() const {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        return !_attributes.isEmpty();
     }
 
     /// As the last listing of it said.

@@ -38,7 +38,7 @@ const std::chrono::milliseconds PatienceWithWeakTags(1200);
 
 std::optional<ContentVersion> VersionThere(IContentConnection& session, const QUrl& url) {
     std::optional<ContentVersion> version = session.Look(url);
-    if (version && version->hasWeakTag) {
+    if (version && !version->weakTag.isEmpty()) {
         std::this_thread::sleep_for(PatienceWithWeakTags);
         version = session.Look(url);
     }

@@ -122,10 +122,11 @@ bool FileComparison::_HasContentOfRecord(const FileConfiguration& remote, const 
     if (DiffersByMissingChecksum(remote, record.file)) {
         return IsContentOf(remote, LikelySize(ListedSize(record.file.size)), record.contentMd5);
     }
-    const bool isInDoubt =
-        record.file.versionId.isEmpty() && record.file.md5Checksum.isEmpty() && !record.file.lastModifiedDate.isValid();
+    const QString& version = record.file.versionId;
+    const bool isInDoubt = (version.isEmpty() || IsWeakTag(version)) && record.file.md5Checksum.isEmpty() &&
+                           !record.file.lastModifiedDate.isValid();
     return isInDoubt && ListedSize(remote.size) == ListedSize(record.file.size) &&
-           IsContentThere(record.path, remote.size, record.contentMd5);
+           (HasBecomeStrong(remote, version) || IsContentThere(record.path, remote.size, record.contentMd5));
 }
 
 void FileComparison::Read(const QString& path, LocalFileState& file) const {
@@ -160,7 +161,10 @@ bool FileComparison::HasContentOf(const QString& path, const FileConfiguration& 
 bool FileComparison::IsContentThere(const QString& path, qint64 listed, const QString& md5) const {
     Md5Sink sink(listed);
     try {
-        _sides.service.newConnection()->Download(_sides.service.UrlAt(path), sink);
+        if (!_connection) {
+            _connection = _sides.service.newConnection();
+        }
+        _connection->Download(_sides.service.UrlAt(path), sink);
     } catch (const Md5Sink::MoreThanListed&) {
         return false;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <memory>
 #include <optional>
 
 #include "client/sync/local/LocalSnapshot.h"
@@ -39,6 +40,8 @@ private:
 
     const PassSides& _sides;
     const RecordMaker& _maker;
+    /// For all contents that are read. Made when the first one is.
+    mutable std::unique_ptr<content::IContentConnection> _connection;
 };
 
 }  // namespace pass

@@ -29,6 +29,14 @@ QByteArray EntityTagOf(const FileConfiguration& file) {
     return isTag ? file.versionId.toUtf8() : QByteArray();
 }
 
+bool IsWeakTag(const QString& versionId) {
+    return versionId.startsWith(QLatin1String("W/\""));
+}
+
+bool HasBecomeStrong(const FileConfiguration& file, const QString& weakTag) {
+    return IsWeakTag(weakTag) && !EntityTagOf(file).isEmpty() && file.versionId == weakTag.mid(2);
+}
+
 content::ContentVersion KnownVersionOf(const FileConfiguration& file) {
     content::ContentVersion version;
     version.entityTag = EntityTagOf(file);

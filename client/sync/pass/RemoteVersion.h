@@ -15,6 +15,13 @@ namespace pass {
 /// when there is none.
 QByteArray EntityTagOf(const sync::config::FileConfiguration& file);
 
+/// What a record has in place of a version while the server gives out weak tags only, as some do within the second of
+/// the last change: `weakTag`, with its "W/". Nothing else has it.
+bool IsWeakTag(const QString& versionId);
+
+/// Whether the strong entity tag of `file` is what `weakTag` has become.
+bool HasBecomeStrong(const sync::config::FileConfiguration& file, const QString& weakTag);
+
 /// What an upload that replaces `file` can make its condition: its entity tag, else its date.
 content::ContentVersion KnownVersionOf(const sync::config::FileConfiguration& file);
 

@@ -218,6 +218,10 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
     request.placement.record = order.record;
     request.placement.record.local = download.Fresh();
     request.placement.record.contentMd5 = download.Md5();
+    FileConfiguration& file = request.placement.record.file;
+    if (file.versionId.isEmpty() && file.md5Checksum.isEmpty() && !file.lastModifiedDate.isValid()) {
+        file.versionId = QString::fromUtf8(download.Version().weakTag);
+    }
     request.placement.temporary = download.GiveTemporary();
     if (order.here) {
         request.placement.old = order.here->fingerprint;

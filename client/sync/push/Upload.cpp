@@ -49,7 +49,7 @@ void Upload::Run(content::IContentConnection& session) noexcept {
 std::optional<content::ContentVersion> Upload::_LookForTag(content::IContentConnection& session) {
     _WaitUntil(_order.notBefore);
     std::optional<content::ContentVersion> version = session.Look(_url);
-    if (!version || !version->hasWeakTag) {
+    if (!version || version->weakTag.isEmpty()) {
         return version;
     }
     _WaitUntil(std::chrono::steady_clock::now() + Patience);

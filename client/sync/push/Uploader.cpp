@@ -302,6 +302,7 @@ bool Uploader::_IsListed(Upload& upload) {
         content::ContentVersion version;
         version.size = size;
         version.lastModified = now.lastModifiedDate;
+        version.weakTag = _sides.service.attributesOf(now.serverPath).weakTag.toUtf8();
         upload.TakeAnswer(version);
         return true;
     } catch (const std::exception&) {
@@ -454,6 +455,9 @@ std::optional<FileRecord> Uploader::_RecordOf(const Upload& upload) {
     file.size = size;
     // Another change could come within the same second, so without more than a date the next pass compares.
     file.lastModifiedDate = upload.Version() && !hasDateAlone ? upload.Version()->lastModified : QDateTime();
+    if (upload.Version() && hasDateAlone) {
+        file.versionId = QString::fromUtf8(upload.Version()->weakTag);
+    }
     return isOurs ? std::make_optional(record) : std::nullopt;
 }
 

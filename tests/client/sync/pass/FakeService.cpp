@@ -301,7 +301,8 @@ private:
 
     ContentVersion _VersionOf(const File& file) {
         ContentVersion version;
-        version.entityTag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
+        const QByteArray tag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
+        (_service.areTagsWeak ? version.weakTag : version.entityTag) = (_service.areTagsWeak ? "W/" : "") + tag;
         version.size = _service.isWithoutLengths ? -1 : file.content.size() + _service.excessOfLengths;
         version.lastModified =
             _service.isWithoutDates ? QDateTime() : file.modified.addSecs(_service.secondsAheadOfListings);
@@ -492,10 +493,20 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.forgetListings = [this] { _fileManager->Forget(); };
     service.updater = _updater.get();
     service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
-    service.attributesOf = [this](const QString& serverPath) { return listedAttributes.value(PathOf(serverPath)); };
+    service.attributesOf = [this](const QString& serverPath) {
+        ovsync::wire::FileAttributes attributes = listedAttributes.value(PathOf(serverPath));
+        const auto file = _files.find(PathOf(serverPath));
+        if (areTagsWeak && file != _files.end()) {
+            attributes.weakTag = QLatin1String("W/") + QString::fromUtf8(_Tag(file->second));
+        }
+        return attributes;
+    };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.changes = std::make_shared<ChangeSource>(*this);
-    service.newConnection = [this] { return std::make_unique<Session>(*this); };
+    service.newConnection = [this] {
+        ++connections;
+        return std::make_unique<Session>(*this);
+    };
     service.urlOf = [](const QString& serverPath) {
         QUrl url(Text("http://service.test/"));
         url.setPath(Text("/") + serverPath, QUrl::DecodedMode);
@@ -611,7 +622,7 @@ FileConfiguration FakeService::_Describe(const QString& path, const File& file) 
     description.lastModifiedDate = isWithoutDates || isListingNoDates ? QDateTime() : file.modified;
     description.customProperties[Text("version")] = QString::number(isPlain ? 0 : file.version);
     description.itemId = Text("path:S/") + path;
-    if (listsTags) {
+    if (listsTags && !areTagsWeak) {
         description.versionId = QString::fromUtf8(_Tag(file));
     }
     if (!isPlain) {

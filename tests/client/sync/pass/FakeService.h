@@ -58,12 +58,16 @@ public:
     int CountAll() const;
     void ForgetCounts();
 
+    /// How many were opened.
+    std::atomic<int> connections{0};
     /// Knows neither versions nor checksums, as other WebDAV servers.
     bool isPlain = false;
     /// Names strong entity tags in its listings, too.
     bool listsTags = false;
     /// Names no lengths where it is asked for one file.
     bool isWithoutLengths = false;
+    /// Its entity tags are weak, as some servers' are within the second of the last change.
+    bool areTagsWeak = false;
     /// Knows no conditions of an upload.
     bool ignoresConditions = false;
     /// What the announced lengths of contents are above the true ones.

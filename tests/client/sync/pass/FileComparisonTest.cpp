@@ -160,6 +160,16 @@ TEST_F(FileComparisonTest, ContentThatCannotBeReadThereIsNewAndTheFailureHandedO
     EXPECT_THROW(std::rethrow_exception(there.failure), TransactionError);
 }
 
+TEST_F(FileComparisonTest, AllContentsThereAreReadOverOneConnection) {
+    StartWith("1");
+    service.connections = 0;
+    EXPECT_TRUE(Ask([](const FileComparison& comparison, const std::optional<FileRecord>& record) {
+        return comparison.IsContentThere(Text("a"), 1, record->contentMd5) &&
+               comparison.IsContentThere(Text("a"), 1, record->contentMd5);
+    }));
+    EXPECT_EQ(service.connections, 1);
+}
+
 TEST_F(FileComparisonTest, MoreThanTheListedContentThereIsAnother) {
     StartWith("1");
     service.contentInstead = QByteArray(100000, '1');

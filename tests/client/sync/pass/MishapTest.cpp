@@ -548,6 +548,38 @@ TEST_F(MishapTest, ByADateAloneACopyIsOfNoVersionThatIsMadeInTheSameSecond) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("mine"));
 }
 
+TEST_F(MishapTest, ATagThatBecomesStrongSavesTheComparisonOfContents) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.areTagsWeak = true;
+    service.secondsAhead = -100;
+    service.Put(Text("theirs"), "1");
+    for (const char* path : {"mine", "f/1", "f/2", "f/3", "f/4"}) {
+        Write(path, "1");
+    }
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    service.areTagsWeak = false;
+    service.ForgetCounts();
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("GET"), 0);
+}
+
+TEST_F(MishapTest, AnotherTagThanTheOneThatWasWeakIsOfAnotherVersion) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.areTagsWeak = true;
+    service.secondsAhead = -100;
+    service.Put(Text("theirs"), "1");
+    Write("mine", "1");
+    ASSERT_EQ(Sync(), SyncOutcome::InStep);
+    for (const char* path : {"mine", "theirs"}) {
+        service.Overwrite(Text(path), "2");
+    }
+    service.areTagsWeak = false;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), (std::map<QString, QByteArray>{{Text("mine"), "2"}, {Text("theirs"), "2"}}));
+}
+
 TEST_F(MishapTest, ByDamagedRecordsNothingIsDone) {
     for (int i = 0; i < 200; ++i) {
         Write(QByteArray::number(i).constData(), "1");
