@@ -109,8 +109,8 @@ bool Request::IsForSyncConfiguration() const {
 }
 
 bool Request::IsOfOwnClient() const {
-    const std::string* version = Header("x-ovs-version");
-    return version != nullptr && *version == "1";
+    const std::string* spoken = Header("x-ovs-version");
+    return spoken != nullptr && *spoken == "1";
 }
 
 Request::Depth Request::RequestedDepth() const {

@@ -1,8 +1,11 @@
 #include "client/agent/FolderWorker.h"
 
 #include <gmock/gmock.h>
+#include <log4cplus/fileappender.h>
+#include <log4cplus/layout.h>
 #include <sys/stat.h>
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <chrono>
@@ -11,6 +14,7 @@
 #include <mutex>
 #include <vector>
 
+#include "client/agent/AgentLog.h"
 #include "tests/fakes/Text.h"
 
 namespace {
@@ -232,6 +236,48 @@ TEST_F(FolderWorkerTest, AFailureIsToldAndTriedAgain) {
     EXPECT_EQ(status.state, State::Waiting);
     EXPECT_EQ(status.lastEnd, PassEnd::Failed);
     EXPECT_GE(status.nextPass, status.lastPass.addMSecs(4900));
+}
+
+TEST_F(FolderWorkerTest, TheLogHasEachProblemOnceThoughPassesFailInBetween) {
+    const QString file = _directory.filePath(Text(".ovsync/log"));
+    ASSERT_TRUE(QDir(_directory.path()).mkdir(Text(".ovsync")));
+    const log4cplus::SharedAppenderPtr appender(
+        new log4cplus::FileAppender(LOG4CPLUS_STRING_TO_TSTRING(file.toStdString())));
+    appender->setLayout(std::make_unique<log4cplus::PatternLayout>(LOG4CPLUS_TEXT("%p %m%n")));
+    ovsync::agent::AgentLogger().addAppender(appender);
+    const auto leaving = [](const QStringList& paths) {
+        return [paths](const std::atomic<bool>&, ISyncObserver& observer) {
+            for (const QString& path : paths) {
+                observer.OnEvent({SyncEvent::Kind::Refused, path, Text("bad name"), 0});
+            }
+            return PassResult{PassEnd::LeftSome, QString()};
+        };
+    };
+    _script.Add(PassResult{PassEnd::Failed, Text("no route")});
+    _script.Add(leaving({Text("a")}));
+    _script.Add(PassResult{PassEnd::Failed, Text("no route")});
+    _script.Add(leaving({Text("a"), Text("b")}));
+    _script.Add(leaving({Text("b")}));
+    _script.Add(leaving({Text("a"), Text("b")}));
+    Start();
+    for (const int passes : {2, 4, 5, 6}) {
+        ASSERT_TRUE(_script.HasRun(passes));
+        StatusWhen(IsWaiting);
+        _worker->TryAgain();
+    }
+    _worker.reset();
+    ovsync::agent::AgentLogger().removeAppender(appender);
+    QFile log(file);
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    QByteArray expected =
+        "ERROR %: no route\n"
+        "WARN %: a: bad name\n"
+        "INFO %: works again\n"
+        "ERROR %: no route\n"
+        "WARN %: b: bad name\n"
+        "INFO %: works again\n"
+        "WARN %: a: bad name\n";
+    EXPECT_EQ(log.readAll(), expected.replace('%', _directory.path().toUtf8()));
 }
 
 TEST_F(FolderWorkerTest, WhileAnotherProcessHasTheFolderItWaitsWithoutAFailure) {
