@@ -228,7 +228,7 @@ RecordDatabase::RecordDatabase(const QString& root, Access access) {
         } else {
             _Open(file, SQLITE_OPEN_NOFOLLOW);
         }
-        _Prepare();
+        _Prepare(root);
     } catch (...) {
         close(_lock);
         throw;
@@ -276,7 +276,18 @@ void RecordDatabase::_Open(const QString& file, int flags) {
     }
 }
 
-void RecordDatabase::_Prepare() {
+void RecordDatabase::_CheckPlace(const QString& root) const {
+    struct stat opened {};
+    struct stat now {};
+    const QByteArray folder = (root + QLatin1Char('/') + HiddenFolder()).toUtf8();
+    const bool isThere = _lock < 0 || (fstat(_lock, &opened) == 0 && stat(folder.constData(), &now) == 0 &&
+                                       opened.st_dev == now.st_dev && opened.st_ino == now.st_ino);
+    if (!isThere) {
+        throw StoreError(QStringLiteral("another folder, or another disk, has just come in the place of %1").arg(root));
+    }
+}
+
+void RecordDatabase::_Prepare(const QString& root) {
     _Execute("PRAGMA locking_mode = EXCLUSIVE");
     Statement version(_handle.get(), "PRAGMA user_version");
     version.Step();
@@ -296,6 +307,8 @@ void RecordDatabase::_Prepare() {
     _Execute("PRAGMA journal_mode = WAL");
     _Execute("PRAGMA synchronous = FULL");
     Transaction transaction(*this);
+    // The files of a database are opened one after the other, each by its path. All of them are open now.
+    _CheckPlace(root);
     if (found < SchemaVersion) {
         if (found == 0) {
             _Execute(Schema);

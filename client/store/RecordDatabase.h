@@ -42,7 +42,8 @@ public:
     static QString FilePath();
 
     /// Opens the database of the synced folder at the absolute path `root`. Throws when another process has it open,
-    /// when it cannot be read, and when a newer program wrote it; nothing is changed then.
+    /// when it cannot be read, when a newer program wrote it, and when another folder comes to that place meanwhile;
+    /// nothing is changed then.
     RecordDatabase(const QString& root, Access access);
     ~RecordDatabase();
     RecordDatabase(const RecordDatabase&) = delete;
@@ -125,7 +126,9 @@ private:
 
     void _Open(const QString& file, int flags);
     void _TakeCopy(const QString& file);
-    void _Prepare();
+    void _Prepare(const QString& root);
+    /// Throws when the hidden folder that is locked lies elsewhere by now.
+    void _CheckPlace(const QString& root) const;
     void _Execute(const char* sql);
     Statement& _Statement(const QByteArray& sql);
     /// The first column of all rows.

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
+#include <functional>
 
 #include "client/store/FileConfigManager.h"
 #include "client/store/StoreError.h"
@@ -84,6 +85,69 @@ protected:
 private:
     QTemporaryDir _folder;
 };
+
+/// SQLite's own way to the disk, that tells what it is about to open.
+class Opening {
+public:
+    explicit Opening(const std::function<void(int flags)>& onOpen) {
+        _onOpen = onOpen;
+        _original = sqlite3_vfs_find(nullptr);
+        _told = *_original;
+        _told.zName = "told";
+        _told.xOpen = [](sqlite3_vfs*, const char* name, sqlite3_file* file, int flags, int* outFlags) {
+            _onOpen(flags);
+            return _original->xOpen(_original, name, file, flags, outFlags);
+        };
+        sqlite3_vfs_register(&_told, 1);
+    }
+    ~Opening() {
+        sqlite3_vfs_unregister(&_told);
+        sqlite3_vfs_register(_original, 1);
+    }
+    Opening(const Opening&) = delete;
+    Opening& operator=(const Opening&) = delete;
+
+private:
+    static std::function<void(int flags)> _onOpen;
+    static sqlite3_vfs* _original;
+    static sqlite3_vfs _told;
+};
+std::function<void(int flags)> Opening::_onOpen;
+sqlite3_vfs* Opening::_original = nullptr;
+sqlite3_vfs Opening::_told;
+
+TEST_F(RecordDatabaseTest, AFolderThatComesInThePlaceWhileItIsOpenedIsNotTakenForTheSame) {
+    const QTemporaryDir all;
+    const QString root = all.filePath(Text("root"));
+    const auto pathsIn = [](const QString& folder) {
+        return RecordDatabase(folder, RecordDatabase::Access::Change).FilePaths();
+    };
+    const auto rename = [&all](const char* from, const char* to) {
+        ASSERT_TRUE(QDir(all.path()).rename(QLatin1String(from), QLatin1String(to)));
+    };
+    for (const char* name : {"root", "other"}) {
+        ASSERT_TRUE(QDir(all.path()).mkdir(Text(name)));
+        RecordDatabase(all.filePath(Text(name)), RecordDatabase::Access::Change).WriteFile(Record(name));
+    }
+    for (const int kind : {SQLITE_OPEN_MAIN_DB, SQLITE_OPEN_WAL}) {
+        bool isSwapped = false;
+        {
+            const Opening opening([&](int flags) {
+                if (!isSwapped && (flags & kind) != 0) {
+                    isSwapped = true;
+                    rename("root", "away");
+                    rename("other", "root");
+                }
+            });
+            EXPECT_THROW(RecordDatabase(root, RecordDatabase::Access::Change), StoreError) << kind;
+        }
+        ASSERT_TRUE(isSwapped);
+        EXPECT_EQ(pathsIn(root), QStringList(Text("other")));
+        rename("root", "other");
+        rename("away", "root");
+        EXPECT_EQ(pathsIn(root), QStringList(Text("root")));
+    }
+}
 
 TEST_F(RecordDatabaseTest, ARecordComesBackAsItWas) {
     RecordDatabase(Root(), RecordDatabase::Access::Change).WriteFile(Record("a/\xC3\xA9"));
