@@ -5,6 +5,7 @@
 
 #include <QAuthenticator>
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -48,7 +49,8 @@ void SendSignal(int signal) {
 }  // namespace
 
 Agent::Agent()
-    : _server({[this] { return StatusLine(_Status()); }, [this] { _Load(); }, [] { QCoreApplication::quit(); }}) {
+    : _server({[this] { return StatusLine(_Status()); }, [this] { _Load(); }, [] { QCoreApplication::quit(); },
+               [this](const QString& directory) { _Look(directory); }}) {
     if (pipe2(messages, O_CLOEXEC | O_NONBLOCK) != 0) {
         throw SyncException(QStringLiteral("There are no descriptors to be had."));
     }
@@ -129,6 +131,14 @@ void Agent::_LoadOnce() {
         _Adjust(wanted);
     }
     _server.TellWatchers();
+}
+
+void Agent::_Look(const QString& directory) {
+    for (const auto& worker : qAsConst(_workers)) {
+        if (QFileInfo(worker->Folder().directory).canonicalFilePath() == directory) {
+            worker->TryAgain();
+        }
+    }
 }
 
 void Agent::_Adjust(const QVector<Wanted>& wanted) {

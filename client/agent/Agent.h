@@ -38,6 +38,8 @@ private:
     /// Reads the folders file. One with a mistake changes nothing.
     void _Load();
     void _LoadOnce();
+    /// Has the folder at `directory`, without links in its path, looked at soon.
+    void _Look(const QString& directory);
     void _Adjust(const QVector<Wanted>& wanted);
     /// Begins with the folders that have no worker, unless one of the same folder is still about to end.
     void _StartMissing();

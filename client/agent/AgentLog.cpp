@@ -41,6 +41,8 @@ void BeginLog(const QString& folder, bool isShown) {
         AddAppender(new log4cplus::ConsoleAppender(true, true), LOG4CPLUS_TEXT("%p %c: %m%n"));
     }
     log4cplus::Logger::getRoot().setLogLevel(log4cplus::INFO_LOG_LEVEL);
+    // To the library it is an error when a service publishes nothing, which most do.
+    log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("config")).setLogLevel(log4cplus::OFF_LOG_LEVEL);
 }
 
 log4cplus::Logger AgentLogger() {

@@ -6,6 +6,7 @@
 #include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/output/ErrorText.h"
 #include "client/store/FileConfigManager.h"
+#include "client/store/FolderBusy.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/both/TwoWayPass.h"
 #include "client/sync/local/LocalTree.h"
@@ -60,10 +61,14 @@ ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigMa
         wishes.frequency = std::chrono::seconds(tuning.GetSyncFrequency());
         return wishes;
     }
-    wishes.frequency = std::chrono::seconds(published->GetExternalSyncConfig().syncFrequency);
+    const sync::dv::dvsync::ExternalSyncConfig config = published->GetExternalSyncConfig();
+    wishes.frequency = std::chrono::seconds(config.syncFrequency);
+    // The library logs it as an error when there is no version to compare with.
+    const QString& none = sync::dv::dvsync::ExternalSyncConfig::DefaultVersion;
     QString newest;
     sync::dv::dvsync::VersionChecker checker(std::make_shared<sync::dv::dvsync::VersionManager>(published));
-    if (checker.ThereIsANewAppVersion(newest)) {
+    if (!config.mostCurrentVersion.isEmpty() && config.mostCurrentVersion != none &&
+        checker.ThereIsANewAppVersion(newest)) {
         wishes.newVersion = newest;
     }
     return wishes;
@@ -79,6 +84,8 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
     PassResult result{PassResult::End::Failed, QString()};
     try {
         result = ResultOf(_Sync(isStopped, observer, changedHere));
+    } catch (const store::FolderBusy&) {
+        result.end = PassResult::End::Busy;
     } catch (const std::exception& e) {
         ErrorText::Context context = ContextOf(_folder, _credentials);
         context.lastAnswer = [this] { return _connection ? _connection->LastAnswer() : wire::AnswerSummary(); };

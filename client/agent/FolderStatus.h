@@ -36,6 +36,7 @@ struct FolderStatus {
     PassResult::End lastEnd = PassResult::End::InStep;
     int fetched = 0;
     int sent = 0;
+    int moved = 0;
     int deleted = 0;
     qint64 bytes = 0;
     double seconds = 0;

@@ -36,6 +36,7 @@ FolderSchedule::End EndOf(PassResult::End end) {
     switch (end) {
         case PassResult::End::InStep:
         case PassResult::End::LeftSome:
+        case PassResult::End::Busy:
         case PassResult::End::Stopped:
             return FolderSchedule::End::Done;
         case PassResult::End::Failed:
@@ -44,12 +45,6 @@ FolderSchedule::End EndOf(PassResult::End end) {
             return FolderSchedule::End::Rejected;
     }
     return FolderSchedule::End::Failed;
-}
-
-bool AreSameProblems(const FolderStatus& a, const FolderStatus& b) {
-    return a.error == b.error && a.problemCount == b.problemCount &&
-           std::equal(a.problems.begin(), a.problems.end(), b.problems.begin(), b.problems.end(),
-                      [](const SyncEvent& x, const SyncEvent& y) { return x.path == y.path && x.kind == y.kind; });
 }
 
 output::ErrorText ErrorTextOf(const input::Location& location) {
@@ -175,10 +170,14 @@ void FolderWorker::_RunPass(IFolderPass& pass) {
         _lookedAtAll = begin;
     }
     const PassResult result = pass.Run(_isStopped, *this, changed);
-    if (EndOf(result.end) != FolderSchedule::End::Done) {
+    if (EndOf(result.end) != FolderSchedule::End::Done || result.end == PassResult::End::Busy) {
         _watcher.Doubt();
     }
     if (result.end == PassResult::End::Stopped) {
+        return;
+    }
+    if (result.end == PassResult::End::Busy) {
+        _WaitForOther();
         return;
     }
     const auto end = Now();
@@ -199,11 +198,22 @@ void FolderWorker::_RunPass(IFolderPass& pass) {
     malloc_trim(0);
 }
 
+void FolderWorker::_WaitForOther() {
+    const FolderSchedule::Time now = Now();
+    _schedule.EndPass(now, FolderSchedule::End::Done);
+    // What it does is a change that is not over yet.
+    _schedule.NoteChange(now);
+    _Tell([](FolderStatus& status) {
+        status.state = status.lastPass.isValid() ? FolderStatus::State::Waiting : FolderStatus::State::Starting;
+        status.nextPass =
+            QDateTime::currentDateTimeUtc().addMSecs(std::chrono::milliseconds(FolderSchedule::SettlingTime).count());
+    });
+}
+
 void FolderWorker::_Finish(const PassResult& result, std::chrono::milliseconds duration) {
-    const FolderStatus before = Status();
     _pass.error = result.error;
     _pass.seconds = static_cast<double>(duration.count()) / 1000;
-    _Log(result, before);
+    _Log(result);
     const std::optional<FolderSchedule::Time> due = _schedule.Due();
     _Tell([&](FolderStatus& status) {
         const QDateTime now = QDateTime::currentDateTimeUtc();
@@ -212,6 +222,7 @@ void FolderWorker::_Finish(const PassResult& result, std::chrono::milliseconds d
         status.lastEnd = result.end;
         status.fetched = _pass.fetched;
         status.sent = _pass.sent;
+        status.moved = _pass.moved;
         status.deleted = _pass.deleted;
         status.bytes = _pass.bytes;
         status.seconds = _pass.seconds;
@@ -224,22 +235,34 @@ void FolderWorker::_Finish(const PassResult& result, std::chrono::milliseconds d
     });
 }
 
-void FolderWorker::_Log(const PassResult& result, const FolderStatus& before) const {
+void FolderWorker::_Log(const PassResult& result) {
     const log4cplus::Logger logger = AgentLogger();
-    if (!AreSameProblems(_pass, before)) {
-        for (const SyncEvent& problem : _pass.problems) {
+    const auto loggedBefore = _loggedProblems;
+    // A failed pass may not have come to what was left before.
+    if (EndOf(result.end) == FolderSchedule::End::Done) {
+        _loggedProblems.clear();
+    }
+    for (const SyncEvent& problem : qAsConst(_pass.problems)) {
+        const auto key = std::make_pair(problem.path, problem.kind);
+        _loggedProblems.insert(key);
+        if (loggedBefore.count(key) == 0) {
             LogLine(logger, log4cplus::WARN_LOG_LEVEL,
                     QStringLiteral("%1: %2: %3").arg(_folder.directory, problem.path, problem.detail));
         }
-        if (!result.error.isEmpty()) {
-            LogLine(logger, log4cplus::ERROR_LOG_LEVEL, QStringLiteral("%1: %2").arg(_folder.directory, result.error));
-        }
     }
-    if (_pass.fetched + _pass.sent + _pass.deleted > 0) {
+    if (!result.error.isEmpty() && result.error != _loggedError) {
+        LogLine(logger, log4cplus::ERROR_LOG_LEVEL, QStringLiteral("%1: %2").arg(_folder.directory, result.error));
+    }
+    if (result.error.isEmpty() && !_loggedError.isEmpty()) {
+        LogLine(logger, log4cplus::INFO_LOG_LEVEL, QStringLiteral("%1: works again").arg(_folder.directory));
+    }
+    _loggedError = result.error;
+    if (_pass.fetched + _pass.sent + _pass.moved + _pass.deleted > 0) {
         LogLine(logger, log4cplus::INFO_LOG_LEVEL,
-                QStringLiteral("%1: %2 fetched, %3 sent, %4 deleted in %5 s")
+                QStringLiteral("%1: %2 fetched, %3 sent, %4 moved, %5 deleted in %6 s")
                     .arg(_folder.directory, QString::number(_pass.fetched), QString::number(_pass.sent),
-                         QString::number(_pass.deleted), QString::number(_pass.seconds, 'f', 1)));
+                         QString::number(_pass.moved), QString::number(_pass.deleted),
+                         QString::number(_pass.seconds, 'f', 1)));
     }
 }
 
@@ -253,7 +276,12 @@ void FolderWorker::OnEvent(const SyncEvent& event) {
         case SyncEvent::Kind::Sent:
             ++_pass.sent;
             break;
+        case SyncEvent::Kind::Moved:
+        case SyncEvent::Kind::MovedThere:
+            ++_pass.moved;
+            break;
         case SyncEvent::Kind::Deleted:
+        case SyncEvent::Kind::DeletedThere:
             ++_pass.deleted;
             break;
         default:

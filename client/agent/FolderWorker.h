@@ -5,7 +5,9 @@
 #include <atomic>
 #include <functional>
 #include <mutex>
+#include <set>
 #include <thread>
+#include <utility>
 
 #include "client/agent/FolderSchedule.h"
 #include "client/agent/FolderStatus.h"
@@ -46,8 +48,10 @@ private:
     /// Until then, or something happens.
     void _Sleep(std::optional<FolderSchedule::Time> until);
     void _RunPass(IFolderPass& pass);
+    /// For another process that has the folder.
+    void _WaitForOther();
     void _Finish(const PassResult& result, std::chrono::milliseconds duration);
-    void _Log(const PassResult& result, const FolderStatus& before) const;
+    void _Log(const PassResult& result);
     /// Changes the status, and says so.
     void _Tell(const std::function<void(FolderStatus&)>& change);
 
@@ -67,6 +71,9 @@ private:
     FolderSchedule _schedule;
     FolderStatus _pass;
     QSet<QString> _problemPaths;
+    /// What the log has of the last passes, up to the last one that did not fail.
+    std::set<std::pair<QString, report::SyncEvent::Kind>> _loggedProblems;
+    QString _loggedError;
     QElapsedTimer _transfers;
     std::optional<FolderSchedule::Time> _asked;
     std::optional<FolderSchedule::Time> _lookedAtAll;

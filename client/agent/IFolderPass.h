@@ -24,6 +24,8 @@ struct PassResult {
         Failed,
         /// The service does not take the name and the password.
         Rejected,
+        /// Another process has the folder: nothing was done.
+        Busy,
         Stopped
     };
 

@@ -46,6 +46,7 @@ const char* NameOf(PassResult::End end) {
             return "failed";
         case PassResult::End::Rejected:
             return "rejected";
+        case PassResult::End::Busy:
         case PassResult::End::Stopped:
             return "stopped";
     }
@@ -60,6 +61,7 @@ ordered_json LastPassOf(const FolderStatus& folder) {
             {"outcome", NameOf(folder.lastEnd)},
             {"fetched", folder.fetched},
             {"sent", folder.sent},
+            {"moved", folder.moved},
             {"deleted", folder.deleted},
             {"bytes", folder.bytes},
             {"seconds", folder.seconds}};

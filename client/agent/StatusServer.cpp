@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <QLocalSocket>
+#include <QUrl>
+#include <climits>
+#include <cstring>
 
 #include "host/core/SyncException.h"
 
@@ -13,7 +16,9 @@ namespace agent {
 
 namespace {
 
-const int LongestRequest = 100;
+/// With room for a path, each byte of which may need three.
+const int LongestRequest = 3 * PATH_MAX + 100;
+const char* const Look = "look ";
 
 bool IsOfThisUser(const QLocalSocket& socket) {
     ucred peer{};
@@ -31,6 +36,10 @@ StatusServer::StatusServer(const Actions& actions) : _actions(actions) {
 
 QString StatusServer::PathIn(const QString& folder) {
     return folder + QLatin1String("/agent.sock");
+}
+
+QByteArray StatusServer::LookRequest(const QString& directory) {
+    return Look + QUrl::toPercentEncoding(directory, "/");
 }
 
 void StatusServer::Listen(const QString& path) {
@@ -77,6 +86,8 @@ void StatusServer::_Read(QLocalSocket& socket) {
             _actions.reload();
         } else if (request == "stop") {
             _actions.stop();
+        } else if (request.startsWith(Look)) {
+            _actions.look(QUrl::fromPercentEncoding(request.mid(static_cast<int>(std::strlen(Look)))));
         } else if (request != "status") {
             socket.abort();
             return;

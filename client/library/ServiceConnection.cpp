@@ -123,7 +123,7 @@ std::shared_ptr<sync::interf::IExternalSyncConfigManager> ServiceConnection::Fet
     const auto watch = std::make_shared<SyncConfigWatch>(_networkAccess);
     sync::dv::dvsync::ExternalSyncConfigManager manager(std::make_shared<DrovaneHttp>(_account), watch);
     auto published = std::make_shared<PublishedConfig>(manager.GetExternalSyncConfig());
-    _configAnswer = watch->LastAnswer();
+    _keptAnswer = watch->LastAnswer();
     watch->RequireDocument();
     return published;
 }

@@ -129,7 +129,9 @@ public:
     void Cancel() { _connection->Cancel(); }
 
     /// What the server answered last.
-    const wire::AnswerSummary& LastAnswer() const { return _configAnswer ? *_configAnswer : _connection->LastAnswer(); }
+    const wire::AnswerSummary& LastAnswer() const { return _keptAnswer ? *_keptAnswer : _connection->LastAnswer(); }
+    /// What is asked from now on only concerns why that came.
+    void KeepLastAnswer() { _keptAnswer = LastAnswer(); }
 
 private:
     class Configuration;
@@ -150,7 +152,7 @@ private:
     std::shared_ptr<requests::AccountConnection> _connection;
     std::shared_ptr<sync::interf::IUrlBuilder> _urlBuilder;
     std::shared_ptr<NetworkAccessManagerFactory> _networkAccess;
-    std::optional<wire::AnswerSummary> _configAnswer;
+    std::optional<wire::AnswerSummary> _keptAnswer;
     std::shared_ptr<Configuration> _configuration;
     std::unique_ptr<ThreadConfiguration> _ofThread;
     std::shared_ptr<ListedFiles> _files;

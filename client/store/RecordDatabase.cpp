@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "client/store/FolderBusy.h"
 #include "client/store/FolderIdentity.h"
 #include "client/store/StoreError.h"
 
@@ -220,7 +221,7 @@ RecordDatabase::RecordDatabase(const QString& root, Access access) {
     }
     try {
         if (_lock >= 0 && flock(_lock, LOCK_EX | LOCK_NB) != 0) {
-            throw StoreError(QStringLiteral("%1: another process is syncing this folder").arg(folder));
+            throw FolderBusy(QStringLiteral("%1: another process is syncing this folder").arg(folder));
         }
         if (access == Access::Try) {
             _TakeCopy(file);

@@ -60,6 +60,7 @@ std::uint16_t PortOf(int listener) {
 
 struct HttpServer::Exchange {
     protocol::Request request;
+    bool isClear = true;
     // The body of a PUT.
     std::unique_ptr<store::UploadFile> upload;
     std::optional<Fault> fault;
@@ -69,13 +70,15 @@ struct HttpServer::Exchange {
 
 struct HttpServer::Callbacks {
     static MHD_Result Handle(void* server, MHD_Connection* connection, const char* target, const char* method,
-                             const char* /*version*/, const char* data, std::size_t* size, void** state) try {
+                             const char* version, const char* data, std::size_t* size, void** state) try {
         auto& self = *static_cast<HttpServer*>(server);
         auto* exchange = static_cast<Exchange*>(*state);
         if (exchange == nullptr) {
             self._idle.Busy(connection);
-            *state = self._Begin(connection, target, method).release();
-            return MHD_YES;
+            exchange = self._Begin(connection, target, method, version).release();
+            *state = exchange;
+            // Nobody knows where the body of a request ends that is not clear.
+            return exchange->isClear || self._Finish(connection, *exchange) ? MHD_YES : MHD_NO;
         }
         if (*size > 0) {
             TakeIn(*exchange, {data, *size});
@@ -181,14 +184,23 @@ bool HttpServer::_IsAllowed(const protocol::Request& request) const {
 }
 
 std::unique_ptr<HttpServer::Exchange> HttpServer::_Begin(MHD_Connection* connection, const char* target,
-                                                         const char* method) {
+                                                         const char* method, const char* version) {
     auto exchange = std::make_unique<Exchange>();
     protocol::Request& request = exchange->request;
     request.method = method;
+    request.version = version;
     request.target = target;
     request.isAbandoned = [this, socket = Socket(connection)] { return _stop.IsStopped() || HasLeft(socket); };
     request.user = _options.user.empty() ? "anonymous" : _options.user;
     MHD_get_connection_values(connection, MHD_HEADER_KIND, &Callbacks::AddHeader, &request.headers);
+    try {
+        request.RequireClear();
+    } catch (const protocol::HttpError&) {
+        exchange->isClear = false;
+        exchange->refusal = dav::WebDavService::Failure();
+        exchange->refusal->headers.emplace_back("Connection", "close");
+        return exchange;
+    }
     if (!_IsAllowed(request)) {
         exchange->refusal = dav::WebDavService::Text(401, "The user's name or password is missing or wrong");
         exchange->refusal->headers.emplace_back("WWW-Authenticate", "Basic realm=\"Drovane\", charset=\"UTF-8\"");

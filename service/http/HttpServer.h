@@ -50,7 +50,8 @@ private:
     struct Callbacks;
 
     bool _IsAllowed(const protocol::Request& request) const;
-    std::unique_ptr<Exchange> _Begin(MHD_Connection* connection, const char* target, const char* method);
+    std::unique_ptr<Exchange> _Begin(MHD_Connection* connection, const char* target, const char* method,
+                                     const char* version);
     bool _Finish(MHD_Connection* connection, Exchange& exchange);
     bool _Send(MHD_Connection* connection, protocol::Answer answer);
     void _Log(const Exchange& exchange, const std::string& what) const;

@@ -2,6 +2,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+
 #include "service/protocol/HttpError.h"
 #include "service/protocol/ServerPath.h"
 
@@ -26,11 +28,54 @@ UrlParts Split(std::string_view url) {
     return {std::string(url.substr(0, length)), path.empty() ? "/" : path};
 }
 
+bool IsToken(std::string_view text) {
+    return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char c) {
+        return c > ' ' && c < 0x7f &&
+               std::string_view("\"(),/:;<=>?@[\\]{}").find(static_cast<char>(c)) == std::string_view::npos;
+    });
+}
+
+bool HasControl(std::string_view text) {
+    return std::any_of(text.begin(), text.end(), [](unsigned char c) { return (c < ' ' && c != '\t') || c == 0x7f; });
+}
+
+bool IsHost(std::string_view text) {
+    return text.find_first_of(" \t,/?#@\\") == std::string_view::npos;
+}
+
+bool IsNumber(std::string_view text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 }  // namespace
 
 const std::string* Request::Header(const std::string& name) const {
     const auto found = headers.find(name);
     return found == headers.end() ? nullptr : &found->second;
+}
+
+void Request::RequireClear() const {
+    for (const auto& [name, value] : headers) {
+        if (!IsToken(name) || HasControl(value)) {
+            throw HttpError(400, "A header has a character that none may have");
+        }
+    }
+    if (HasControl(target) || target.find_first_of(" \t") != std::string::npos) {
+        throw HttpError(400, "The URL has a blank or a control character");
+    }
+    const bool isOld = version == "HTTP/1.0";
+    const std::string* host = Header("host");
+    if (host == nullptr ? !isOld : !IsHost(*host)) {
+        throw HttpError(400, "The header Host is missing, comes twice or names no host");
+    }
+    const std::string* length = Header("content-length");
+    if (length != nullptr && !IsNumber(*length)) {
+        throw HttpError(400, "The header Content-Length comes twice or is no number");
+    }
+    const std::string* encoding = Header("transfer-encoding");
+    if (encoding != nullptr && (length != nullptr || isOld || strcasecmp(encoding->c_str(), "chunked") != 0)) {
+        throw HttpError(400, "The header Transfer-Encoding is not 'chunked' alone, or comes with a Content-Length");
+    }
 }
 
 std::string Request::Path() const {
@@ -64,8 +109,8 @@ bool Request::IsForSyncConfiguration() const {
 }
 
 bool Request::IsOfOwnClient() const {
-    const std::string* version = Header("x-ovs-version");
-    return version != nullptr && *version == "1";
+    const std::string* spoken = Header("x-ovs-version");
+    return spoken != nullptr && *spoken == "1";
 }
 
 Request::Depth Request::RequestedDepth() const {

@@ -15,6 +15,8 @@ public:
     enum class Depth { Zero, One, Infinity };
 
     std::string method;
+    /// "HTTP/1.1" or another.
+    std::string version;
     /// Still percent-encoded, without a query.
     std::string target;
     /// By their names in lower case. Lines of one name are joined by commas.
@@ -27,6 +29,9 @@ public:
 
     /// The header with this name (in lower case), or null.
     const std::string* Header(const std::string& name) const;
+
+    /// Throws HttpError 400 when another reader could take the request for another one, or see its end elsewhere.
+    void RequireClear() const;
 
     /// The server path that the request is about. Throws HttpError, 403 for a folder by its id.
     std::string Path() const;

@@ -1,12 +1,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QThread>
 #include <csignal>
+#include <memory>
 #include <string>
 
 #include "tests/endtoend/AgentUser.h"
@@ -106,6 +111,78 @@ TEST_F(AgentSyncTest, PollsAsOftenAsTheServiceSaysAndElseAsTheLibraryDoes) {
     EXPECT_TRUE(_user.FolderBecomes([&](const json& folder) {
         return folder["state"] == "waiting" && secondsBetween(folder) >= 76 && secondsBetween(folder) <= 78;
     }));
+}
+
+TEST_F(AgentSyncTest, ThatAServicePublishesNothingOrNoVersionIsNoError) {
+    const Service publishingNothing;
+    Service publishingNoVersion;
+    publishingNoVersion.AddFile(Text(".ovsync-service/sync-config.xml"),
+                                "<SyncConfig><SyncFrequency>77</SyncFrequency></SyncConfig>");
+    Add(publishingNothing.Url());
+    Add(publishingNoVersion.Url(), QStringList(), "other");
+    _user.StartAgent();
+    ASSERT_TRUE(BecomesTrue([this] {
+        const json folders = _user.Status()["folders"];
+        return folders[0]["state"] == "waiting" && folders[1]["state"] == "waiting";
+    }));
+    EXPECT_THAT(_user.Log().toStdString(), Not(HasSubstr("ERROR")));
+}
+
+TEST_F(AgentSyncTest, LooksAgainWhenAPassByHandMayHaveSettledWhatWasLeft) {
+    Service service;
+    service.AddFile(Text("a/there"), "t");
+    Add(service.Url());
+    _user.Write(Text("synced/a"), "a file");
+    _user.StartAgent();
+    const auto hasProblems = [](int count) {
+        return [count](const json& folder) { return folder["state"] == "waiting" && folder["problems"] == count; };
+    };
+    ASSERT_TRUE(_user.FolderBecomes(hasProblems(1)));
+    service.Remove(Text("a/there"));
+    ASSERT_EQ(_user.Ovsync({Text("rm"), service.Url() + Text("a/")}).exitCode, 0);
+    const QStringList push{Text("push"), _user.Path(Text("synced")), service.Url()};
+    ASSERT_EQ(_user.Ovsync(push + QStringList(Text("--dry-run"))).exitCode, 0);
+    QThread::sleep(1);
+    EXPECT_EQ(_user.Folder()["problems"], 1);
+    ASSERT_EQ(_user.Ovsync(push).exitCode, 0);
+    EXPECT_TRUE(_user.FolderBecomes(hasProblems(0)));
+}
+
+/// Has the folder at `path` as a pass has it.
+class Held {
+public:
+    explicit Held(const QString& path)
+        : _folder(open((path + Text("/.ovsync")).toUtf8().constData(), O_RDONLY | O_CLOEXEC)) {
+        EXPECT_EQ(flock(_folder, LOCK_EX), 0);
+    }
+    ~Held() { close(_folder); }
+
+private:
+    const int _folder;
+};
+
+TEST_F(AgentSyncTest, WaitsForAPassByHandThatIsUnderWayAndSuchAPassForIt) {
+    Service service;
+    Add(service.Url());
+    const QString synced = _user.Path(Text("synced"));
+    ASSERT_EQ(_user.Ovsync({Text("sync"), synced, service.Url()}).exitCode, 0);
+    {
+        const Held held(synced);
+        _user.StartAgent();
+        ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["nextPass"].is_string(); }));
+        EXPECT_EQ(_user.Folder()["error"], json());
+    }
+    ASSERT_TRUE(_user.IsInStep());
+    EXPECT_THAT(_user.Log().toStdString(), Not(HasSubstr("ERROR")));
+
+    auto held = std::make_unique<Held>(synced);
+    QProcess pass;
+    pass.setProcessEnvironment(_user.Variables());
+    pass.start(Text(OVSYNC_PROGRAM), {Text("sync"), synced, service.Url()});
+    EXPECT_FALSE(pass.waitForFinished(500));
+    held.reset();
+    EXPECT_TRUE(pass.waitForFinished());
+    EXPECT_EQ(pass.exitCode(), 0) << pass.readAllStandardError().toStdString();
 }
 
 TEST_F(AgentSyncTest, ReadsTheFileAgainAndKeepsWhatRanWhenItHasAMistake) {

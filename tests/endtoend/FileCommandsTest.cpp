@@ -240,9 +240,34 @@ TEST_F(FileCommandsTest, PutSendsAFileToItsNewNameOrIntoAFolder) {
     EXPECT_EQ(put("").exitCode, 0);
     EXPECT_EQ(TreeThere(), QByteArray("A/\nA/a #1.txt\na #1.txt\nb c.txt\n"));
     EXPECT_EQ(ContentThere("A/a%20%231.txt"), "hello");
-    const ProgramResult missing = put("missing/");
-    EXPECT_EQ(missing.exitCode, 1);
-    EXPECT_THAT(ErrorsOf(missing), HasSubstr("the folder that this is to go into is missing"));
+    const ProgramResult inTheWay = put("b%20c.txt/a");
+    EXPECT_EQ(inTheWay.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(inTheWay), HasSubstr("\"b c.txt\" on 127.0.0.1:"));
+    EXPECT_THAT(ErrorsOf(inTheWay), HasSubstr("is a file, and no folder"));
+}
+
+TEST_F(FileCommandsTest, WhatIsToGoIntoAMissingFolderNamesItAndTheWayOut) {
+    _service.AddFile(Text("f"), "f");
+    _service.AddFolder(Text("d"));
+    WriteLocal(Here("a"), "hello");
+    const QString& url = _service.Url();
+    const QString missing = url + Text("missing%20one/");
+    const std::string error =
+        Text("ovsync: there is no folder \"missing one\" on %1; \"ovsync mkdir -p %2missing%20one\" makes it\n")
+            .arg(QUrl(url).authority(), url)
+            .toStdString();
+    for (const QStringList& command : {QStringList({Text("put"), Here("a"), missing}),
+                                       {Text("put"), Text("--force"), Here("a"), missing + Text("new")},
+                                       {Text("mkdir"), missing + Text("new")},
+                                       {Text("mv"), url + Text("f"), missing},
+                                       {Text("mv"), url + Text("d"), missing + Text("new")},
+                                       {Text("cp"), url + Text("f"), missing + Text("new")},
+                                       {Text("cp"), url + Text("d"), missing + Text("new")}}) {
+        const ProgramResult result = RunOvsync(command);
+        EXPECT_EQ(result.exitCode, 1) << command.join(QLatin1Char(' ')).toStdString();
+        EXPECT_EQ(ErrorsOf(result), error) << command.join(QLatin1Char(' ')).toStdString();
+    }
+    EXPECT_EQ(TreeThere(), QByteArray("d/\nf\n"));
 }
 
 TEST_F(FileCommandsTest, PutReplacesAFileAndTellsWhatIsThereThen) {

@@ -81,7 +81,7 @@ TEST_F(FolderCommandsTest, MissingParentsAreCreatedOnlyWhenAskedFor) {
 TEST_F(FolderCommandsTest, AFileIsInTheWayOfAFolder) {
     _service.AddFile(Text("a.txt"), "a");
     ExpectFailure({Text("mkdir")}, "a.txt", 1, "400");
-    ExpectFailure({Text("mkdir"), Text("-p")}, "a.txt/b", 1, "400");
+    ExpectFailure({Text("mkdir"), Text("-p")}, "a.txt/b", 1, "is a file, and no folder");
     ExpectFailure({Text("mkdir")}, "a.txt/b", 2, "\"a.txt\" is a file");
 }
 
@@ -126,7 +126,7 @@ TEST_F(FolderCommandsTest, NothingIsMovedOverAnything) {
     const QByteArray before = OutputOf({Text("tree")}, "");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "B", 1, "something at \"B\" already");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "f.txt", 1, "something at \"f.txt\" already");
-    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "missing/A", 1, "400");
+    ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "missing/A", 1, "no folder \"missing\"");
     ExpectFailure({Text("mv"), _service.Url() + Text("A")}, "A/inside", 2, "that is itself, or lies in it");
     ExpectFailure({Text("mv"), Text("-f"), _service.Url() + Text("A")}, "f.txt", 1, "a folder replaces nothing");
     ExpectFailure({Text("mv"), _service.Url() + Text("f.txt")}, "A/b.txt", 1, "something at \"A/b.txt\" already");

@@ -1,6 +1,7 @@
 #include "client/cli/commands/ExistingFolder.h"
 
 #include "client/cli/input/UsageError.h"
+#include "client/sync/report/FolderMissing.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -8,7 +9,9 @@ namespace ovsync {
 namespace commands {
 
 using input::Location;
+using library::FoundResource;
 using library::ServiceConnection;
+using report::FolderMissing;
 
 sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, const Location& location,
                                              const char* command) {
@@ -17,12 +20,37 @@ sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, cons
     if (connection.Folders().GetFolderProperties(folder, found)) {
         return found;
     }
-    const std::optional<library::FoundResource> other = connection.Find(location.serverPath);
+    const std::optional<FoundResource> other = connection.Find(location.serverPath);
     if (other && !other->isFolder) {
         throw input::UsageError(QStringLiteral("\"%1\" is a file, and %2 works on folders only")
                                     .arg(folder.serverPath, QLatin1String(command)));
     }
     ThrowNoSuchFolder(location);
+}
+
+void MakeAt(ServiceConnection& connection, const Location& location, const std::function<void()>& make) {
+    try {
+        make();
+    } catch (const sync::http::HttpException&) {
+        // Each server has a status of its own for it.
+        const Location above = location.Parent();
+        std::optional<FoundResource> found = FoundResource{true, {}};
+        connection.KeepLastAnswer();
+        try {
+            found = connection.Find(above.serverPath);
+        } catch (const sync::core::SyncException&) {
+            // What was refused says more.
+        }
+        if (!found) {
+            throw FolderMissing(QStringLiteral("there is no folder \"%1\" on %2; \"ovsync mkdir -p %3\" makes it")
+                                    .arg(above.serverPath, above.Server(), above.Url().toString(QUrl::FullyEncoded)));
+        }
+        if (!found->isFolder) {
+            throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")
+                                    .arg(above.serverPath, above.Server()));
+        }
+        throw;
+    }
 }
 
 void ThrowNoSuchFolder(const Location& location) {

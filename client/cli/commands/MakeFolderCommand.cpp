@@ -25,11 +25,13 @@ void MakeFolder(ServiceConnection& connection, const Location& location, bool wi
     }
     sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
     folder.serverRootPath.clear();
-    QString parentId;
-    if (!withParents) {
-        parentId = FindFolder(connection, location.Parent(), "mkdir").getServerFolderId();
-    }
-    connection.Folders().CreateFolder(folder, parentId, withParents);
+    MakeAt(connection, location, [&] {
+        QString parentId;
+        if (!withParents) {
+            parentId = FindFolder(connection, location.Parent(), "mkdir").getServerFolderId();
+        }
+        connection.Folders().CreateFolder(folder, parentId, withParents);
+    });
     if (asJson) {
         output.Write(JsonObject(folder) + '\n');
     }

@@ -7,23 +7,30 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <thread>
 
+#include "client/agent/AgentClient.h"
+#include "client/agent/StatusServer.h"
 #include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/input/AbsolutePath.h"
+#include "client/cli/input/Application.h"
 #include "client/cli/input/Interruption.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/SyncOutput.h"
 #include "client/store/FileConfigManager.h"
+#include "client/store/FolderBusy.h"
 #include "client/sync/local/LocalTree.h"
 
 namespace ovsync {
 namespace commands {
 
+using agent::AgentClient;
 using input::AbsolutePath;
 using input::Interruption;
 using input::Location;
@@ -40,6 +47,9 @@ using store::RecordDatabase;
 
 namespace {
 
+const std::chrono::milliseconds TurnInterval(50);
+const std::chrono::seconds PatienceWithPass(10);
+
 /// `directory` is what was typed for `root`.
 void RequireFolder(const QString& directory, const QString& root, bool isToBeWritten) {
     if (!QFileInfo(root).isDir()) {
@@ -50,6 +60,28 @@ void RequireFolder(const QString& directory, const QString& root, bool isToBeWri
         throw Refusal(QStringLiteral("the folder \"%1\" cannot be %2: %3")
                           .arg(directory, isToBeWritten ? QStringLiteral("written") : QStringLiteral("read"),
                                QString::fromLocal8Bit(std::strerror(errno))));
+    }
+}
+
+/// Waits a little for the agent, which is done with most passes at once.
+std::shared_ptr<RecordDatabase> OpenRecords(const QString& root, RecordDatabase::Access access) {
+    for (auto waited = TurnInterval;; waited += TurnInterval) {
+        try {
+            return std::make_shared<RecordDatabase>(root, access);
+        } catch (const store::FolderBusy&) {
+            if (waited > PatienceWithPass || Interruption::IsRequested() || !AgentClient::IsRunning()) {
+                throw;
+            }
+        }
+        std::this_thread::sleep_for(TurnInterval);
+    }
+}
+
+/// What the agent shows as left to somebody may be settled.
+void HaveAgentLook(const QString& root) {
+    if (AgentClient::IsRunning()) {
+        const input::Application application;
+        [[maybe_unused]] const bool isTold = AgentClient().Send(agent::StatusServer::LookRequest(root));
     }
 }
 
@@ -83,15 +115,11 @@ ExitCode ExitCodeOf(SyncOutcome outcome) {
     return ExitCode::Unreachable;
 }
 
-}  // namespace
-
-ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
-                 Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
+/// The folder is let go of when it returns.
+ExitCode RunPassIn(const QString& root, ServiceConnection& connection, const Location& location,
+                   const SyncArguments& arguments, Output& output,
+                   const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
     const Interruption interruption;
-    const QString root = AbsolutePath(arguments.directory);
-    input::RequireSyncable(arguments.directory);
-    RequireFolder(arguments.directory, root, !arguments.isDryRun);
-
     pass::SyncOptions options;
     options.deletes = arguments.deletes;
     options.conflicts = arguments.conflicts;
@@ -105,8 +133,8 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
     options.isStopped = &Interruption::IsRequested();
 
     local::LocalTree tree(root);
-    const auto records = std::make_shared<RecordDatabase>(
-        root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
+    const auto records =
+        OpenRecords(root, arguments.isDryRun ? RecordDatabase::Access::Try : RecordDatabase::Access::Change);
 
     pass::ServiceFolder service = input::ServiceFolderAt(connection, location, root);
     service.caFile = arguments.caFile;
@@ -131,6 +159,20 @@ ExitCode RunPass(ServiceConnection& connection, const Location& location, const 
         observer.Summarise(SyncOutcome::Failed);
         throw;
     }
+}
+
+}  // namespace
+
+ExitCode RunPass(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,
+                 Output& output, const std::function<SyncOutcome(pass::SyncPass&)>& pass) {
+    const QString root = AbsolutePath(arguments.directory);
+    input::RequireSyncable(arguments.directory);
+    RequireFolder(arguments.directory, root, !arguments.isDryRun);
+    const ExitCode exitCode = RunPassIn(root, connection, location, arguments, output, pass);
+    if (!arguments.isDryRun) {
+        HaveAgentLook(root);
+    }
+    return exitCode;
 }
 
 ExitCode RunPassMakingFolder(ServiceConnection& connection, const Location& location, const SyncArguments& arguments,

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
 
+#include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/commands/FileOnService.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
@@ -79,7 +80,8 @@ void Run(ServiceConnection& connection, const Location& from, const Arguments& g
     }
     const bool replaces = given.isForced && !found.isFolder;
     try {
-        transfer(connection, found, from, to, replaces ? Overwriting::Yes : Overwriting::No);
+        commands::MakeAt(connection, to,
+                         [&] { transfer(connection, found, from, to, replaces ? Overwriting::Yes : Overwriting::No); });
     } catch (const sync::http::HttpException& e) {
         if (e.StatusCode() != wire::HttpStatus::PreconditionFailed) {
             throw;

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <thread>
 
+#include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/commands/FileOnService.h"
 #include "client/cli/files/SentFile.h"
 #include "client/cli/input/Refusal.h"
@@ -72,7 +73,10 @@ void Put(ServiceConnection& connection, const Location& location, const QString&
     }
     SentFile file(path);
     const auto session = connection.NewContentConnection();
-    if (Send(*session, connection.UrlOf(target.serverPath), file, isForced) == UploadOutcome::Refused) {
+    UploadOutcome outcome = UploadOutcome::Refused;
+    commands::MakeAt(connection, target,
+                     [&] { outcome = Send(*session, connection.UrlOf(target.serverPath), file, isForced); });
+    if (outcome == UploadOutcome::Refused) {
         throw Refusal(QStringLiteral("Somebody has just changed \"%1\"; nothing was sent").arg(target.serverPath));
     }
     if (file.HasChanged()) {

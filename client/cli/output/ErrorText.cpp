@@ -9,7 +9,7 @@
 #include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
 #include "client/sync/report/Cancelled.h"
-#include "client/sync/report/FolderGone.h"
+#include "client/sync/report/FolderMissing.h"
 #include "client/wire/AnswerError.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/Printable.h"
@@ -96,7 +96,7 @@ QString FileFailure(const LocalError& error) {
 ErrorMessage ErrorText::Of(const std::exception_ptr& error) const {
     try {
         std::rethrow_exception(error);
-    } catch (const report::FolderGone& e) {
+    } catch (const report::FolderMissing& e) {
         return {"refused", e.Message(), QString(), e.StatusCode()};
     } catch (const HttpException& e) {
         return _OfAnswer(e);

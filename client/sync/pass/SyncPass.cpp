@@ -5,7 +5,7 @@
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/PassCommand.h"
 #include "client/sync/pass/RemoteVersion.h"
-#include "client/sync/report/FolderGone.h"
+#include "client/sync/report/FolderMissing.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -194,7 +194,7 @@ void SyncPass::_RefuseClashes(RemoteTree& tree, const LocalSnapshot& snapshot) {
 
 void SyncPass::_ThrowMissing() const {
     if (WasInStep()) {
-        throw report::FolderGone(
+        throw report::FolderMissing(
             QStringLiteral(
                 "%1 is not there any more: it was deleted or moved on the service. Nothing is changed here. %2. "
                 "To have the agent leave this folder alone, run \"ovsync folders remove '%3'\"")

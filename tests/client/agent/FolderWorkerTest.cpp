@@ -1,8 +1,11 @@
 #include "client/agent/FolderWorker.h"
 
 #include <gmock/gmock.h>
+#include <log4cplus/fileappender.h>
+#include <log4cplus/layout.h>
 #include <sys/stat.h>
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <chrono>
@@ -11,6 +14,7 @@
 #include <mutex>
 #include <vector>
 
+#include "client/agent/AgentLog.h"
 #include "tests/fakes/Text.h"
 
 namespace {
@@ -153,6 +157,9 @@ TEST_F(FolderWorkerTest, BeginsWithAPassAndTellsWhatItDid) {
         observer.OnEvent({SyncEvent::Kind::Updated, Text("b"), QString(), 6});
         observer.OnEvent({SyncEvent::Kind::Sent, Text("c"), QString(), 7});
         observer.OnEvent({SyncEvent::Kind::Deleted, Text("d"), QString()});
+        observer.OnEvent({SyncEvent::Kind::DeletedThere, Text("e"), QString()});
+        observer.OnEvent({SyncEvent::Kind::Moved, Text("f"), QString()});
+        observer.OnEvent({SyncEvent::Kind::MovedThere, Text("g"), QString()});
         return PassResult{PassEnd::InStep, QString()};
     });
     Start();
@@ -161,7 +168,8 @@ TEST_F(FolderWorkerTest, BeginsWithAPassAndTellsWhatItDid) {
     EXPECT_EQ(status.url, Text("http://h.test/folder/"));
     EXPECT_EQ(status.fetched, 2);
     EXPECT_EQ(status.sent, 1);
-    EXPECT_EQ(status.deleted, 1);
+    EXPECT_EQ(status.moved, 2);
+    EXPECT_EQ(status.deleted, 2);
     EXPECT_EQ(status.bytes, 18);
     EXPECT_EQ(status.newVersion, Text("KQ99_1_WIN"));
     EXPECT_TRUE(status.lastPass.isValid());
@@ -228,6 +236,59 @@ TEST_F(FolderWorkerTest, AFailureIsToldAndTriedAgain) {
     EXPECT_EQ(status.state, State::Waiting);
     EXPECT_EQ(status.lastEnd, PassEnd::Failed);
     EXPECT_GE(status.nextPass, status.lastPass.addMSecs(4900));
+}
+
+TEST_F(FolderWorkerTest, TheLogHasEachProblemOnceThoughPassesFailInBetween) {
+    const QString file = _directory.filePath(Text(".ovsync/log"));
+    ASSERT_TRUE(QDir(_directory.path()).mkdir(Text(".ovsync")));
+    const log4cplus::SharedAppenderPtr appender(
+        new log4cplus::FileAppender(LOG4CPLUS_STRING_TO_TSTRING(file.toStdString())));
+    appender->setLayout(std::make_unique<log4cplus::PatternLayout>(LOG4CPLUS_TEXT("%p %m%n")));
+    ovsync::agent::AgentLogger().addAppender(appender);
+    const auto leaving = [](const QStringList& paths) {
+        return [paths](const std::atomic<bool>&, ISyncObserver& observer) {
+            for (const QString& path : paths) {
+                observer.OnEvent({SyncEvent::Kind::Refused, path, Text("bad name"), 0});
+            }
+            return PassResult{PassEnd::LeftSome, QString()};
+        };
+    };
+    _script.Add(PassResult{PassEnd::Failed, Text("no route")});
+    _script.Add(leaving({Text("a")}));
+    _script.Add(PassResult{PassEnd::Failed, Text("no route")});
+    _script.Add(leaving({Text("a"), Text("b")}));
+    _script.Add(leaving({Text("b")}));
+    _script.Add(leaving({Text("a"), Text("b")}));
+    Start();
+    for (const int passes : {2, 4, 5, 6}) {
+        ASSERT_TRUE(_script.HasRun(passes));
+        StatusWhen(IsWaiting);
+        _worker->TryAgain();
+    }
+    _worker.reset();
+    ovsync::agent::AgentLogger().removeAppender(appender);
+    QFile log(file);
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    QByteArray expected =
+        "ERROR %: no route\n"
+        "WARN %: a: bad name\n"
+        "INFO %: works again\n"
+        "ERROR %: no route\n"
+        "WARN %: b: bad name\n"
+        "INFO %: works again\n"
+        "WARN %: a: bad name\n";
+    EXPECT_EQ(log.readAll(), expected.replace('%', _directory.path().toUtf8()));
+}
+
+TEST_F(FolderWorkerTest, WhileAnotherProcessHasTheFolderItWaitsWithoutAFailure) {
+    _script.Add(PassResult{PassEnd::Busy, QString()});
+    Start();
+    EXPECT_EQ(StatusWhen([](const FolderStatus& status) { return status.nextPass.isValid(); }).state, State::Starting);
+    ASSERT_TRUE(_script.HasRun(2));
+    EXPECT_FALSE(_script.ChangedHere(1));
+    const FolderStatus status = StatusWhen(IsWaiting);
+    EXPECT_EQ(status.lastEnd, PassEnd::InStep);
+    EXPECT_EQ(status.error, QString());
 }
 
 TEST_F(FolderWorkerTest, AServiceThatDoesNotSayWhatItWantsIsAskedAgainSoon) {

@@ -42,8 +42,9 @@ protected:
     const QString _path = StatusServer::PathIn(_folder.path());
     QByteArray _status = "one\n";
     QByteArrayList _done;
-    StatusServer _server{
-        {[this] { return _status; }, [this] { _done.append("reload"); }, [this] { _done.append("stop"); }}};
+    StatusServer _server{{[this] { return _status; }, [this] { _done.append("reload"); },
+                          [this] { _done.append("stop"); },
+                          [this](const QString& directory) { _done.append("look " + directory.toUtf8()); }}};
 };
 
 TEST_F(StatusServerTest, AnswersThisUserAloneAndEachRequestByALine) {
@@ -56,6 +57,14 @@ TEST_F(StatusServerTest, AnswersThisUserAloneAndEachRequestByALine) {
     EXPECT_EQ(LineTo(*socket), "one\n");
     EXPECT_EQ(LineTo(*socket), "one\n");
     EXPECT_EQ(_done, QByteArrayList({"reload", "stop"}));
+}
+
+TEST_F(StatusServerTest, IsToldWhichFolderToLookAtWhateverItsName) {
+    const auto socket = Connect();
+    const QString folder = Text("/a b\n%20/") + QString(4000, QChar(0xe4));
+    socket->write(StatusServer::LookRequest(folder) + '\n');
+    EXPECT_EQ(LineTo(*socket), "one\n");
+    EXPECT_EQ(_done, QByteArrayList({"look " + folder.toUtf8()}));
 }
 
 TEST_F(StatusServerTest, TellsThoseWhoWatchWhatChanged) {
@@ -85,7 +94,7 @@ TEST_F(StatusServerTest, AWatcherThatWentIsForgotten) {
 }
 
 TEST_F(StatusServerTest, WhoeverSaysSomethingElseIsSentAway) {
-    for (const QByteArray& request : {QByteArray("GET / HTTP/1.1\n"), QByteArray(1000, 'x')}) {
+    for (const QByteArray& request : {QByteArray("GET / HTTP/1.1\n"), QByteArray(20000, 'x')}) {
         const auto socket = Connect();
         socket->write(request);
         EXPECT_EQ(LineTo(*socket), "");
@@ -94,12 +103,12 @@ TEST_F(StatusServerTest, WhoeverSaysSomethingElseIsSentAway) {
 }
 
 TEST_F(StatusServerTest, TakesThePlaceOfADeadOneAndNamesAPlaceThatCannotBe) {
-    StatusServer second({[] { return QByteArray("second\n"); }, [] {}, [] {}});
+    StatusServer second({[] { return QByteArray("second\n"); }, [] {}, [] {}, [](const QString&) {}});
     second.Listen(_path);
     const auto socket = Connect();
     socket->write("status\n");
     EXPECT_EQ(LineTo(*socket), "second\n");
-    StatusServer third({[] { return QByteArray(); }, [] {}, [] {}});
+    StatusServer third({[] { return QByteArray(); }, [] {}, [] {}, [](const QString&) {}});
     EXPECT_THROW(third.Listen(_folder.filePath(Text("missing/agent.sock"))), sync::core::SyncException);
 }
 

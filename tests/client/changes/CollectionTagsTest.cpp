@@ -8,8 +8,8 @@
 #include "client/library/ServiceConnection.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
+#include "tests/client/changes/ChangeSourceTest.h"
 #include "tests/client/requests/ScriptedAnswers.h"
-#include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/Printers.h"
 #include "tests/fakes/ScriptedServer.h"
 
@@ -27,8 +27,6 @@ using tests::StepsOf;
 using tests::With;
 using Answer = ServiceChanges::Answer;
 
-const QString Tagged = QStringLiteral("Projects/A");
-
 /// Of a server of which nothing is known yet.
 const Script EverythingIsListed{{"0 /Projects/A/", {"tags/now-207"}},
                                 {"1 /Projects/A/", {"tags/root-207"}},
@@ -42,44 +40,32 @@ const Script ChangedDeep{{"0 /Projects/A/", {"tags/now-changed-207"}},
                          {"1 /Projects/A/B/", {"tags/b-changed-207"}},
                          {"1 /Projects/A/B/D%20d/", {"tags/d-changed-207"}}};
 
-class CollectionTagsTest : public testing::Test {
+class CollectionTagsTest : public ChangeSourceTest {
 protected:
     /// Asks for the state, lists everything, and returns what to ask with from then on.
     std::optional<QString> Listed(const Script& script = EverythingIsListed) {
-        ScriptedServer server(StepsOf(script));
-        ServiceConnection connection(server.Url(QString()), QAuthenticator(), settings);
-        const auto source = connection.NewChangeSource(Tagged);
-        std::optional<QString> state = source->StateNow();
-        if (state && !state->isEmpty()) {
-            ListAll(connection);
-            state = source->Listed(*state);
-        }
-        server.Stop();
-        EXPECT_TRUE(server.SawItsScript());
-        requests = server.Requests();
-        return state;
+        return AnswerTo(
+            [this](ServiceConnection& connection, IChangeSource& source) {
+                std::optional<QString> state = source.StateNow();
+                if (state && !state->isEmpty()) {
+                    ListAll(connection);
+                    state = source.Listed(*state);
+                }
+                return state;
+            },
+            StepsOf(script));
     }
 
-    static void ListAll(ServiceConnection& connection) {
-        ::sync::config::FolderConfiguration folder = connection.Folder(Tagged);
+    void ListAll(ServiceConnection& connection) {
+        ::sync::config::FolderConfiguration listed = connection.Folder(folder);
         std::shared_ptr<QVector<::sync::config::FolderConfiguration>> folders;
         std::shared_ptr<QVector<::sync::config::FileConfiguration>> files;
-        EXPECT_EQ(connection.Folders().GetAllFilesAndSubFoldersByFolder(folder, folders, files), 0);
+        EXPECT_EQ(connection.Folders().GetAllFilesAndSubFoldersByFolder(listed, folders, files), 0);
     }
 
     std::optional<QString> StateNow(const char* answer) { return Listed({{"0 /Projects/A/", {answer}}}); }
 
-    ServiceChanges Changes(const QString& state, const Script& script) {
-        ScriptedServer server(StepsOf(script));
-        ServiceConnection connection(server.Url(QString()), QAuthenticator(), settings);
-        const auto source = connection.NewChangeSource(Tagged);
-        source->Ask(state);
-        ServiceChanges changes = source->Take();
-        server.Stop();
-        EXPECT_TRUE(server.SawItsScript());
-        requests = server.Requests();
-        return changes;
-    }
+    ServiceChanges Changes(const QString& state, const Script& script) { return ChangesSince(state, StepsOf(script)); }
 
     /// A sync would list everything.
     void ExpectForgotten(const Script& script) {
@@ -117,10 +103,6 @@ protected:
         }
         return folders;
     }
-
-    const tests::CleanEnvironment environment;
-    wire::ConnectionSettings settings;
-    QList<ScriptedServer::Request> requests;
 };
 
 QStringList Paths(std::initializer_list<const char*> paths) {
@@ -156,9 +138,9 @@ TEST_F(CollectionTagsTest, OtherListingsAreNotAskedForIds) {
     ScriptedServer server(
         {AnswerOf("tags/now-207"), AnswerOf("statuses/options-foreign-200"), AnswerOf("tags/root-207")});
     ServiceConnection connection(server.Url(QString()));
-    const auto source = connection.NewChangeSource(Tagged);
+    const auto source = connection.NewChangeSource(folder);
     source->Listed(*source->StateNow());
-    connection.List(connection.Folder(Tagged));
+    connection.List(connection.Folder(folder));
     server.Stop();
     ASSERT_TRUE(server.SawItsScript());
     EXPECT_THAT(server.Requests().last().body.toStdString(), Not(HasSubstr("owncloud")));
@@ -251,7 +233,7 @@ TEST_F(CollectionTagsTest, TheTagsOfAListingThatFailedDoNotCount) {
                            {"1 /Projects/A/", {"tags/root-without-most-207", "tags/root-changed-207"}},
                            {"1 /Projects/A/B/", {"statuses/broken-500", "tags/b-changed-207"}}})));
     ServiceConnection connection(server.Url(QString()));
-    const auto source = connection.NewChangeSource(Tagged);
+    const auto source = connection.NewChangeSource(folder);
     source->StateNow();
     EXPECT_THROW(ListAll(connection), ::sync::http::HttpException);
     const std::optional<QString> state = source->StateNow();
@@ -325,7 +307,7 @@ TEST_F(CollectionTagsTest, NoAnswerAtAllIsAnErrorOfTagsToo) {
     const QUrl url = server.Url(QString());
     server.Stop();
     ServiceConnection connection(url);
-    const auto source = connection.NewChangeSource(Tagged);
+    const auto source = connection.NewChangeSource(folder);
     source->Ask(state);
     EXPECT_THROW(source->Take(), wire::TransactionError);
 }
@@ -345,7 +327,7 @@ TEST_F(CollectionTagsTest, AStateIsNeverAskedWithInTheOtherWay) {
 TEST_F(CollectionTagsTest, AServerThatReportsIsNotAskedForTags) {
     ScriptedServer server({AnswerOf("tags/now-with-report-207"), AnswerOf("statuses/options-service-200")});
     ServiceConnection connection(server.Url(QString()));
-    const auto source = connection.NewChangeSource(Tagged);
+    const auto source = connection.NewChangeSource(folder);
     EXPECT_EQ(source->StateNow(), QStringLiteral("urn:t:1"));
     EXPECT_EQ(source->Listed(QStringLiteral("urn:t:1")), QStringLiteral("urn:t:1"));
     server.Stop();

@@ -5,8 +5,8 @@
 #include "client/library/ServiceConnection.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
+#include "tests/client/changes/ChangeSourceTest.h"
 #include "tests/client/requests/ScriptedAnswers.h"
-#include "tests/fakes/CleanEnvironment.h"
 #include "tests/fakes/ScriptedServer.h"
 
 namespace ovsync {
@@ -21,35 +21,15 @@ using tests::ScriptedServer;
 using Answer = ServiceChanges::Answer;
 using Ending = ScriptedServer::Ending;
 
-const QString Folder = QStringLiteral("Projects/A");
-
-class SyncCollectionTest : public testing::Test {
+class SyncCollectionTest : public ChangeSourceTest {
 protected:
-    /// Of a server that answers so to each request.
-    ServiceChanges Asked(const QList<ScriptedServer::Step>& steps, const QString& state = QStringLiteral("urn:t:1")) {
-        ScriptedServer server(steps);
-        ServiceConnection connection(server.Url(QString()));
-        const auto source = connection.NewChangeSource(Folder);
-        source->Ask(state);
-        ServiceChanges changes = source->Take();
-        server.Stop();
-        EXPECT_TRUE(server.SawItsScript());
-        requests = server.Requests();
-        return changes;
+    ServiceChanges Asked(const Steps& steps, const QString& state = QStringLiteral("urn:t:1")) {
+        return ChangesSince(state, steps);
     }
 
-    std::optional<QString> StateNow(const QList<ScriptedServer::Step>& steps) {
-        ScriptedServer server(steps);
-        ServiceConnection connection(server.Url(QString()));
-        auto state = connection.NewChangeSource(Folder)->StateNow();
-        server.Stop();
-        EXPECT_TRUE(server.SawItsScript());
-        requests = server.Requests();
-        return state;
+    std::optional<QString> StateNow(const Steps& steps) {
+        return AnswerTo([](ServiceConnection&, IChangeSource& source) { return source.StateNow(); }, steps);
     }
-
-    const tests::CleanEnvironment environment;
-    QList<ScriptedServer::Request> requests;
 };
 
 TEST_F(SyncCollectionTest, OneRequestTellsWhatIsThereAndWhatIsGone) {
@@ -107,7 +87,7 @@ TEST_F(SyncCollectionTest, NoAnswerAtAllIsAnError) {
     const QUrl url = server.Url(QString());
     server.Stop();
     ServiceConnection connection(url);
-    const auto source = connection.NewChangeSource(Folder);
+    const auto source = connection.NewChangeSource(folder);
     EXPECT_THROW(source->StateNow(), wire::TransactionError);
     source->Ask(QStringLiteral("urn:t:1"));
     EXPECT_THROW(source->Take(), wire::TransactionError);
@@ -144,7 +124,7 @@ TEST_F(SyncCollectionTest, WhatIsOpenIsLookedAtByItsPath) {
     ScriptedServer server(
         {AnswerOf("folders/found-file-207"), AnswerOf("statuses/not-found-404"), AnswerOf("statuses/broken-500")});
     ServiceConnection connection(server.Url(QString()));
-    const auto source = connection.NewChangeSource(Folder);
+    const auto source = connection.NewChangeSource(folder);
     const ServiceChanges looked = source->LookAt({QStringLiteral("Projects/A"), QStringLiteral("Projects/A/gone")});
     EXPECT_EQ(looked.files.size(), 1);
     EXPECT_EQ(looked.gone, QStringList(QStringLiteral("Projects/A/gone")));

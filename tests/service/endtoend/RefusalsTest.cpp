@@ -54,5 +54,42 @@ TEST_F(RefusalsTest, BodiesThatCannotBeReadAreBadRequests) {
               404);
 }
 
+/// What comes over a connection of its own for `request`, whose body is longer than some think.
+std::string AnswerTo(RawConnection& connection, const std::string& request) {
+    connection.Send(request + "\r\n0\r\n\r\n");
+    return connection.Read();
+}
+
+TEST_F(RefusalsTest, RequestsThatTwoReadersCouldTakeForDifferentOnesAreRefusedAndEndTheConnection) {
+    const std::string host = "Host: x\r\n";
+    const std::string put = "PUT /f HTTP/1.1\r\n" + host;
+    const std::string chunked = "Transfer-Encoding: chunked\r\n";
+    for (const std::string& request :
+         {put + "Content-Length: 3\r\nContent-Length: 5\r\n", put + "Content-Length: 3, 5\r\n",
+          put + chunked + "Content-Length: 3\r\n", put + "Content-Length: 3\r\n" + chunked, put + chunked + chunked,
+          put + "Transfer-Encoding: gzip\r\n", put + "Transfer-Encoding: gzip, chunked\r\n",
+          "PUT /f HTTP/1.0\r\n" + host + chunked, std::string("PUT /f HTTP/1.1\r\nContent-Length: 5\r\n"),
+          put + host + "Content-Length: 5\r\n", std::string("PUT /f HTTP/1.1\r\nHost: a b\r\nContent-Length: 5\r\n"),
+          put + "Content-Length : 5\r\n", put + "Content-Length: 5\r\na b: c\r\n",
+          put + "Content-Length: 5\r\na: b\rc\r\n", "PUT /f g HTTP/1.1\r\n" + host + "Content-Length: 5\r\n"}) {
+        RawConnection connection(service.Port());
+        EXPECT_THAT(AnswerTo(connection, request), testing::StartsWith("HTTP/1.1 400 ")) << request;
+        EXPECT_EQ(connection.End(), RawConnection::Ending::Closed) << request;
+    }
+    EXPECT_FALSE(folder.Has("f"));
+    EXPECT_FALSE(folder.Has("f g"));
+}
+
+TEST_F(RefusalsTest, RequestsWithAClearEndAreTaken) {
+    for (const char* request :
+         {"PUT /f HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: Chunked\r\nConnection: close\r\n",
+          "PUT /f HTTP/1.0\r\nContent-Length: 5\r\n",
+          "PUT /f HTTP/1.1\r\nHost:\r\nContent-Length: 5\r\nConnection: close\r\n",
+          "PUT /f HTTP/1.1\r\nHost: [::1]:80\r\nContent-Length: 5\r\na:\tb  c\r\nConnection: close\r\n"}) {
+        RawConnection connection(service.Port());
+        EXPECT_THAT(AnswerTo(connection, request), testing::StartsWith("HTTP/1.1 20")) << request;
+    }
+}
+
 }  // namespace
 }  // namespace service::test

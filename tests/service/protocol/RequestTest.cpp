@@ -43,6 +43,44 @@ TEST(Request, TakesDestinationsOnThisServerOnly) {
     EXPECT_EQ(DestinationStatus("http://127.0.0.1:8080/../a"), 400);
 }
 
+TEST(Request, IsClearWhenItHasOneHostAndOneEnd) {
+    const auto isClear = [](const std::map<std::string, std::string>& headers, const char* version = "HTTP/1.1") {
+        Request request;
+        request.version = version;
+        request.target = "/a%20b";
+        request.headers = headers;
+        try {
+            request.RequireClear();
+            return true;
+        } catch (const HttpError& error) {
+            EXPECT_EQ(error.Status(), 400);
+            return false;
+        }
+    };
+    const std::pair<const std::string, std::string> host{"host", "h.test:80"};
+    EXPECT_TRUE(isClear({host, {"content-length", "0"}}));
+    EXPECT_TRUE(isClear({host, {"transfer-encoding", "CHUNKED"}}));
+    EXPECT_TRUE(isClear({}, "HTTP/1.0"));
+    EXPECT_FALSE(isClear({}));
+    for (const char* other : {"a, b", "a/b", "u@a", "a b"}) {
+        EXPECT_FALSE(isClear({{"host", other}})) << other;
+        EXPECT_FALSE(isClear({{"host", other}}, "HTTP/1.0")) << other;
+    }
+    for (const char* length : {"", "-1", "+1", "1, 1", "1 1", "0x1"}) {
+        EXPECT_FALSE(isClear({host, {"content-length", length}})) << length;
+    }
+    for (const char* encoding : {"", "gzip", "gzip, chunked", "chunked, chunked", "identity"}) {
+        EXPECT_FALSE(isClear({host, {"transfer-encoding", encoding}})) << encoding;
+    }
+    EXPECT_FALSE(isClear({host, {"transfer-encoding", "chunked"}}, "HTTP/1.0"));
+    EXPECT_FALSE(isClear({host, {"transfer-encoding", "chunked"}, {"content-length", "1"}}));
+    for (const char* name : {"", "a ", "a b", "a\x01", "a\x7f", "\xc3\xa4", "a:"}) {
+        EXPECT_FALSE(isClear({host, {name, "x"}})) << name;
+    }
+    EXPECT_TRUE(isClear({host, {"x", "\ta \xc3\xa4"}}));
+    EXPECT_FALSE(isClear({host, {"x", "a\rb"}}));
+}
+
 TEST(Request, ReadsTheDepth) {
     EXPECT_EQ(Request().RequestedDepth(), Request::Depth::Infinity);
     EXPECT_EQ(WithHeader("depth", "0").RequestedDepth(), Request::Depth::Zero);
