@@ -115,8 +115,8 @@ bool RemoteDeletions::_IsDeletedThere(const QString& path) {
         isEmpty = _IsEmpty(aside);
         if (!isEmpty) {
             _sides.service.folders->MoveFolder(_sides.service.FolderAt(aside), _sides.service.FolderAt(path));
-        } else if (_sides.service.folders->GetFolderProperties(_sides.service.FolderAt(aside), folder)) {
-            _sides.service.folders->DeleteFolder(folder);
+        } else {
+            _DeleteEmpty(aside);
         }
     }
     if (!isEmpty) {
@@ -124,6 +124,24 @@ bool RemoteDeletions::_IsDeletedThere(const QString& path) {
                      QStringLiteral("it was deleted here, but on the service something is in it that is not"));
     }
     return isEmpty;
+}
+
+void RemoteDeletions::_DeleteEmpty(const QString& path) const {
+    FolderConfiguration folder;
+    const auto isThere = [&] {
+        return _sides.service.folders->GetFolderProperties(_sides.service.FolderAt(path), folder);
+    };
+    if (!isThere()) {
+        return;
+    }
+    try {
+        _sides.service.folders->DeleteFolder(folder);
+    } catch (const sync::http::HttpException&) {
+        // While others are at work beside it, Apache at times refuses what it does a moment later.
+        if (isThere() && _IsEmpty(path)) {
+            _sides.service.folders->DeleteFolder(folder);
+        }
+    }
 }
 
 QString RemoteDeletions::_MovedAside(const QString& path) const {
@@ -141,10 +159,8 @@ void RemoteDeletions::ClearUp() {
     for (const QString& path : _remote.Temporaries()) {
         _report.ThrowIfStopped();
         try {
-            FolderConfiguration folder;
-            if (!_sides.options.isDryRun && _IsEmpty(path) &&
-                _sides.service.folders->GetFolderProperties(_sides.service.FolderAt(path), folder)) {
-                _sides.service.folders->DeleteFolder(folder);
+            if (!_sides.options.isDryRun && _IsEmpty(path)) {
+                _DeleteEmpty(path);
             }
         } catch (const std::exception&) {
             _report.TellFailure(path, std::current_exception());

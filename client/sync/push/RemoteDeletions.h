@@ -44,6 +44,8 @@ private:
     void _DeleteFolder(const QString& path);
     /// False when something is in it, of which it tells.
     bool _IsDeletedThere(const QString& path);
+    /// Tries twice.
+    void _DeleteEmpty(const QString& path) const;
     /// Returns its path now.
     QString _MovedAside(const QString& path) const;
     bool _IsEmpty(const QString& path) const { return _sides.service.isEmpty(_sides.service.ServerPath(path)); }

@@ -169,6 +169,34 @@ TEST_P(TwoWayPassTest, WhatIsPutIntoAFolderInTheMomentInWhichItIsDeletedStays) {
     }
 }
 
+TEST_P(TwoWayPassTest, AnEmptyFolderIsDeletedThoughTheServerRefusesThatOnce) {
+    Begin({"f/a", "stays"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("RMCOL") && service.Count("RMCOL") == 1) {
+            throw HttpException(Text("no"), 424, QUrl());
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("RMCOL"), 2);
+    ExpectInStep();
+}
+
+TEST_P(TwoWayPassTest, AFolderThatTheServerRefusesToDeleteTwiceIsToldOf) {
+    Begin({"f/a", "stays"});
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("RMCOL")) {
+            throw HttpException(Text("no"), 424, QUrl());
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Count("RMCOL"), 2);
+    service.onRequest = nullptr;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    ExpectInStep();
+}
+
 TEST_P(TwoWayPassTest, AFolderWhoseDeletionWasInterruptedIsDeleted) {
     Begin({"f/a", "stays"});
     const QString aside = Text(".0123456789abcdef0123456789abcdef.{SyncTemp}");
