@@ -137,6 +137,11 @@ bool Moves::_Move(const QString& path, const Places& now, bool isFolder) {
         if (isFolder) {
             _scope.Move(path, place);
         }
+        if (isFolder && !isMovedThere) {
+            // What somebody deletes in it before it is moved, but after the service was asked for changes, is told by
+            // its old path.
+            _report.LeaveAllOpen();
+        }
     }
     return isDone;
 }

@@ -200,7 +200,8 @@ void ScopedPass::_Record(const LocalSnapshot& snapshot, const RemoteTree& remote
     const bool isAnyLost = std::any_of(_state.open.begin(), _state.open.end(), [&](const QString& path) {
         return !_HasPlaceThere(path) && !ofHere.contains(path);
     });
-    if (isAnyLost || _state.open.size() > MostOpen || !_IsAllSeen(remote) || !_IsAllRecorded(snapshot, remote, sent)) {
+    if (isAnyLost || _report.IsAllOpen() || _state.open.size() > MostOpen || !_IsAllSeen(remote) ||
+        !_IsAllRecorded(snapshot, remote, sent)) {
         _state.there.clear();
         _state.open.clear();
     }

@@ -23,6 +23,9 @@ public:
     void Tell(const QVector<report::SyncEvent>& events);
     /// Something is left to the next pass, of which nobody has to be told.
     void LeaveOpen(const QString& path) { _open.insert(path); }
+    /// The next pass has to look at everything.
+    void LeaveAllOpen() { _isAllOpen = true; }
+    bool IsAllOpen() const { return _isAllOpen; }
     /// The paths of all that the next pass has to look at again.
     const QSet<QString>& Open() const { return _open; }
 
@@ -50,6 +53,7 @@ private:
     bool _hasFailed = false;
     int _failuresInARow = 0;
     QSet<QString> _open;
+    bool _isAllOpen = false;
 };
 
 }  // namespace pass

@@ -277,6 +277,16 @@ TEST_P(MovesTest, WhatWasDeletedInAMovedFolderGoesAlsoAfterAPassThatBrokeOffRigh
     }
 }
 
+TEST_P(MovesTest, WhatIsDeletedThereInTheMomentBeforeItsFolderIsMovedThereGoes) {
+    Begin({"f/x", "f/y", "stays"});
+    Rename("f", "g");
+    BeforeRequest("MOVE", [this] { service.Remove(Text("f/y")); });
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(SyncPlaces({}), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("g/x"), "1 of f/x"}, {Text("stays"), "1 of stays"}}));
+    ExpectInStep();
+}
+
 INSTANTIATE_TEST_SUITE_P(TellsChanges, MovesTest, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace
