@@ -88,10 +88,6 @@ FileAttributes AttributesOf(const Entry& entry) {
     if (bit == "T" || bit == "F") {
         attributes.isExecutable = bit == "T";
     }
-    const std::string_view tag = Trimmed(entry.Value(Entry::EntityTag));
-    if (tag.substr(0, 3) == "W/\"") {
-        attributes.weakTag = QString::fromUtf8(tag.data(), static_cast<int>(tag.size()));
-    }
     const std::string_view dated = Trimmed(entry.Value(Entry::KeptDate));
     if (dated.size() > Md5Length && dated[Md5Length] == ' ') {
         const std::string_view date = dated.substr(Md5Length + 1);

@@ -16,10 +16,7 @@ struct FileAttributes {
     /// Of the content that has that date, in hexadecimal: other clients replace the content and leave the date.
     QString md5OfKeptDate;
 
-    /// With its "W/"; empty when the listing had a strong one, or none.
-    QString weakTag;
-
-    bool IsEmpty() const { return !isExecutable && !keptDate.isValid() && weakTag.isEmpty(); }
+    bool IsEmpty() const { return !isExecutable && !keptDate.isValid(); }
 
     /// When the content with that MD5 was last changed, if the server itself says `listed`.
     QDateTime DateOf(const QString& md5, const QDateTime& listed) const {

@@ -302,7 +302,6 @@ bool Uploader::_IsListed(Upload& upload) {
         content::ContentVersion version;
         version.size = size;
         version.lastModified = now.lastModifiedDate;
-        version.weakTag = _sides.service.attributesOf(now.serverPath).weakTag.toUtf8();
         upload.TakeAnswer(version);
         return true;
     } catch (const std::exception&) {
@@ -453,11 +452,9 @@ std::optional<FileRecord> Uploader::_RecordOf(const Upload& upload) {
     const qint64 size = upload.Before().size;
     const bool isOurs = upload.Version() && _HasSize(upload, size) && IsContentOf(file, file.size, upload.SentMd5());
     file.size = size;
-    // Another change could come within the same second, so without more than a date the next pass compares.
+    // Another change could come within the same second, so without more than a date the next pass compares. A weak tag
+    // tells no more: it may be of what somebody sent after this, of the same size, before the server was asked.
     file.lastModifiedDate = upload.Version() && !hasDateAlone ? upload.Version()->lastModified : QDateTime();
-    if (upload.Version() && hasDateAlone) {
-        file.versionId = QString::fromUtf8(upload.Version()->weakTag);
-    }
     return isOurs ? std::make_optional(record) : std::nullopt;
 }
 

@@ -138,13 +138,6 @@ TEST(MultistatusReaderTest, NotesWhichFilesAreExecutableBesideTheResult) {
     }
 }
 
-TEST(MultistatusReaderTest, NotesWeakTagsBesideTheResult) {
-    const auto supplement = SupplementOf("weak-tags.xml");
-    EXPECT_EQ(supplement->AttributesOf(Text("bin/weak")).weakTag, Text("W/\"3-660db076ddfa5\""));
-    EXPECT_EQ(supplement->AttributesOf(Text("bin/strong")).weakTag, QString());
-    EXPECT_EQ(supplement->AttributesOf(Text("bin/neither")).weakTag, QString());
-}
-
 TEST(MultistatusReaderTest, NotesTheDatesThatClientsLeftWithFilesBesideTheResult) {
     const auto supplement = SupplementOf("content-dates.xml");
     const QDateTime listed = QDateTime::fromSecsSinceEpoch(1795169730, Qt::UTC);

@@ -493,14 +493,7 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.forgetListings = [this] { _fileManager->Forget(); };
     service.updater = _updater.get();
     service.moveFile = [this](const QString& from, const QString& to) { Move(PathOf(from), PathOf(to)); };
-    service.attributesOf = [this](const QString& serverPath) {
-        ovsync::wire::FileAttributes attributes = listedAttributes.value(PathOf(serverPath));
-        const auto file = _files.find(PathOf(serverPath));
-        if (areTagsWeak && file != _files.end()) {
-            attributes.weakTag = QLatin1String("W/") + QString::fromUtf8(_Tag(file->second));
-        }
-        return attributes;
-    };
+    service.attributesOf = [this](const QString& serverPath) { return listedAttributes.value(PathOf(serverPath)); };
     service.isEmpty = [this](const QString& serverPath) { return _IsEmpty(PathOf(serverPath)); };
     service.changes = std::make_shared<ChangeSource>(*this);
     service.newConnection = [this] {
