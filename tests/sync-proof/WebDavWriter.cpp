@@ -51,14 +51,21 @@ void WebDavWriter::MakeFolder(const std::string& path) {
 }
 
 void WebDavWriter::Remove(const std::string& path, Contents& retired) {
-    if (!std::filesystem::is_directory(_At(path))) {
-        retired.insert(service::test::ReadFile(_At(path)).value_or(""));
-    } else {
-        for (const auto& [name, content] : ReadFolder(_At(path))) {
+    namespace fs = std::filesystem;
+    const std::string elsewhere = _folder + "-removed";
+    const std::string target = "/" + Escaped(fs::path(elsewhere).filename());
+    const std::string slash = fs::is_directory(_At(path)) ? "/" : "";
+    // What somebody puts there in this moment is not for this one to delete.
+    _Send("MOVE", path, {"Overwrite: F", "Destination: " + _client->Url(target + slash)});
+    if (fs::is_directory(elsewhere)) {
+        for (const auto& [name, content] : ReadFolder(elsewhere)) {
             retired.insert(content);
         }
+        _client->Send("DELETE", target + "/");
+    } else if (const auto content = service::test::ReadFile(elsewhere)) {
+        retired.insert(*content);
+        _client->Send("DELETE", target);
     }
-    _Send("DELETE", path);
 }
 
 void WebDavWriter::Rename(const std::string& from, const std::string& to) {
