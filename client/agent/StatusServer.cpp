@@ -58,6 +58,9 @@ void StatusServer::TellWatchers() {
     for (const QPointer<QLocalSocket>& watcher : _watchers) {
         if (watcher->bytesToWrite() == 0) {
             watcher->write(line);
+        } else {
+            // Who is slow is told no more than the last of several.
+            _behind.insert(watcher);
         }
     }
 }
@@ -82,6 +85,8 @@ void StatusServer::_Read(QLocalSocket& socket) {
         const QByteArray request = socket.readLine().trimmed();
         if (request == "watch") {
             _watchers.append(there);
+            QObject::connect(&socket, &QLocalSocket::bytesWritten, [this, &socket] { _CatchUp(socket); });
+            QObject::connect(&socket, &QLocalSocket::disconnected, [this, &socket] { _behind.remove(&socket); });
         } else if (request == "reload") {
             _actions.reload();
         } else if (request == "stop") {
@@ -99,6 +104,12 @@ void StatusServer::_Read(QLocalSocket& socket) {
     }
     if (there && socket.bytesAvailable() > LongestRequest) {
         socket.abort();
+    }
+}
+
+void StatusServer::_CatchUp(QLocalSocket& socket) {
+    if (socket.bytesToWrite() == 0 && _behind.remove(&socket)) {
+        socket.write(_actions.status());
     }
 }
 

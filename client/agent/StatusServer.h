@@ -4,6 +4,7 @@
 #include <QList>
 #include <QLocalServer>
 #include <QPointer>
+#include <QSet>
 #include <QString>
 #include <functional>
 
@@ -43,8 +44,12 @@ public:
 private:
     void _Accept();
     void _Read(QLocalSocket& socket);
+    void _CatchUp(QLocalSocket& socket);
 
     const Actions _actions;
+    /// Those who have not read what they were told before, and have to be told again. Before the server, whose sockets
+    /// say farewell when it goes.
+    QSet<QLocalSocket*> _behind;
     QLocalServer _server;
     QList<QPointer<QLocalSocket>> _watchers;
 };

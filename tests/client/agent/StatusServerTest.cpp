@@ -80,6 +80,19 @@ TEST_F(StatusServerTest, TellsThoseWhoWatchWhatChanged) {
     EXPECT_EQ(other->bytesAvailable(), 0);
 }
 
+TEST_F(StatusServerTest, AWatcherThatIsSlowIsToldTheLastInTheEnd) {
+    const auto watcher = Connect();
+    watcher->write("watch\n");
+    LineTo(*watcher);
+    const QByteArray large = QByteArray(5000000, 'x') + '\n';
+    for (const QByteArray& status : {large, QByteArray("two\n"), QByteArray("three\n")}) {
+        _status = status;
+        _server.TellWatchers();
+    }
+    EXPECT_EQ(LineTo(*watcher), large);
+    EXPECT_EQ(LineTo(*watcher), "three\n");
+}
+
 TEST_F(StatusServerTest, AWatcherThatWentIsForgotten) {
     auto watcher = Connect();
     watcher->write("watch\n");
