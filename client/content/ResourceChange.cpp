@@ -3,9 +3,8 @@
 namespace ovsync {
 namespace content {
 
-ResourceChange::ResourceChange(const QByteArray& method, const QUrl& url, const Headers& headers,
-                               const QByteArray& body)
-    : ContentTransaction(method, url), _headers(headers), _body(body) {}
+ResourceChange::ResourceChange(const QByteArray& method, const QUrl& url, const Headers& headers)
+    : ContentTransaction(method, url), _headers(headers) {}
 
 }  // namespace content
 }  // namespace ovsync

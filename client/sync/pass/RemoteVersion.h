@@ -15,8 +15,8 @@ namespace pass {
 /// when there is none.
 QByteArray EntityTagOf(const sync::config::FileConfiguration& file);
 
-/// What a record has in place of a version while the server gives out weak tags only, as some do within the second of
-/// the last change: `weakTag`, with its "W/". Nothing else has it.
+/// Whether it is the weak entity tag that a fetched content came with, as some servers have it within the second of the
+/// last change. Only records have that in place of a version.
 bool IsWeakTag(const QString& versionId);
 
 /// Whether the strong entity tag of `file` is what `weakTag` has become.

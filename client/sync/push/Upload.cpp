@@ -84,7 +84,7 @@ void Upload::_Send(content::IContentConnection& session) {
     if (_outcome == UploadOutcome::Refused) {
         return;
     }
-    _md5Text = QString::fromLatin1(_md5.result().toHex());
+    _md5Text = Md5();
     if (_order.triesConditions) {
         _TryConditions(session);
     }
@@ -135,7 +135,7 @@ void Upload::_TryConditions(content::IContentConnection& session) {
     if (*_knowsConditions) {
         _shared.knowsConditions = true;
     } else {
-        _md5Text = QString::fromLatin1(_md5.result().toHex());
+        _md5Text = Md5();
     }
 }
 
