@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "tests/sync-proof/Changes.h"
+#include "tests/sync-proof/Pass.h"
 #include "tests/sync-proof/Setting.h"
 #include "tests/sync-proof/TwoSides.h"
 
@@ -159,40 +160,42 @@ protected:
         }
     }
 
+    /// Whether the pass was killed at some moment. One that was over before makes the next kills come earlier: passes
+    /// that were measured on a busy machine take less time afterwards.
+    bool IsKilledAtAnyMoment(Pass& pass) {
+        std::this_thread::sleep_for(duration * (random() % 1000) / 1000);
+        pass.Signal(SIGKILL);
+        if (pass.ExitCode() == -SIGKILL) {
+            return true;
+        }
+        duration = duration * 3 / 4;
+        return false;
+    }
+
     std::chrono::microseconds duration{0};
     const int times = Setting("OVSYNC_PROOF_KILLS", 10);
 };
 
 TEST_F(RandomKillTest, APullThatIsKilledAtAnyMomentIsFinishedByTheNext) {
     Measure([this] { changes.MakeForPull(); }, [this] { sides.Pull({"--delete"})->ExitCode(); });
-    int killed = 0;
-    for (int i = 1; i <= times && !HasFailure(); ++i) {
-        SCOPED_TRACE("the kill number " + std::to_string(i));
+    for (int killed = 0; killed < times && !HasFailure();) {
+        SCOPED_TRACE("after " + std::to_string(killed) + " kills");
         changes.MakeForPull();
-        const auto pull = sides.Pull({"--delete"});
-        std::this_thread::sleep_for(duration * (random() % 1000) / 1000);
-        pull->Signal(SIGKILL);
-        killed += pull->ExitCode() == -SIGKILL ? 1 : 0;
+        killed += IsKilledAtAnyMoment(*sides.Pull({"--delete"})) ? 1 : 0;
         ExpectPullToFinish();
         changes.Settle();
     }
-    EXPECT_GT(killed, times / 4);
 }
 
 TEST_F(RandomKillTest, APushThatIsKilledAtAnyMomentIsFinishedByTheNext) {
     Measure([this] { changes.MakeForPush(); }, [this] { sides.Push()->ExitCode(); });
-    int killed = 0;
-    for (int i = 1; i <= times && !HasFailure(); ++i) {
-        SCOPED_TRACE("the kill number " + std::to_string(i));
+    for (int killed = 0; killed < times && !HasFailure();) {
+        SCOPED_TRACE("after " + std::to_string(killed) + " kills");
         changes.MakeForPush();
-        const auto push = sides.Push();
-        std::this_thread::sleep_for(duration * (random() % 1000) / 1000);
-        push->Signal(SIGKILL);
-        killed += push->ExitCode() == -SIGKILL ? 1 : 0;
+        killed += IsKilledAtAnyMoment(*sides.Push()) ? 1 : 0;
         ExpectPushToFinish();
         changes.Settle();
     }
-    EXPECT_GT(killed, times / 4);
 }
 
 TEST_F(RandomKillTest, APushWhoseServiceIsKilledAtAnyMomentIsFinishedByTheNext) {
