@@ -71,8 +71,8 @@ ContentVersion ContentConnection::Download(const QUrl& url, ContentSink& sink) {
     return whole.Whole();
 }
 
-UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
-                                        const ContentVersion& known) {
+UploadAnswer ContentConnection::Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
+                                       const ContentVersion& known) {
     HttpTransaction::Headers headers;
     if (condition == UploadCondition::New) {
         headers.append(qMakePair(QByteArray("If-None-Match"), QByteArray("*")));
@@ -86,9 +86,9 @@ UploadOutcome ContentConnection::Upload(const QUrl& url, IContentSource& source,
         case HttpStatus::Created:
         case HttpStatus::NoContent:
             _SetAttributes(upload, source);
-            return UploadOutcome::Stored;
+            return {UploadOutcome::Stored, upload.Version().entityTag, upload.AnsweredAt()};
         case HttpStatus::PreconditionFailed:
-            return UploadOutcome::Refused;
+            return {};
         default:
             _ThrowRefusal(upload);
     }

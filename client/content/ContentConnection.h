@@ -19,8 +19,8 @@ public:
 
     std::optional<ContentVersion> Look(const QUrl& url) override;
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
-    UploadOutcome Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
-                         const ContentVersion& known) override;
+    UploadAnswer Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
+                        const ContentVersion& known) override;
     bool Remove(const QUrl& url, const ContentVersion& known) override;
     void Cancel() override;
 

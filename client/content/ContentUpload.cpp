@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "client/wire/DateReader.h"
 #include "host/core/SyncException.h"
 
 namespace ovsync {
@@ -37,6 +38,8 @@ void ContentUpload::OnHeaders(int status, const Headers& headers) {
     ContentTransaction::OnHeaders(status, headers);
     _isDateTaken = ValueOf(headers, DateHeader) == "accepted";
     _isBitTaken = ValueOf(headers, ExecutableHeader) == "accepted";
+    const QByteArray date = ValueOf(headers, "date");
+    _answeredAt = wire::ReadDate(date.constData(), static_cast<size_t>(date.size()));
 }
 
 IContentSource* ContentUpload::StreamedBody() {

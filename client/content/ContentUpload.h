@@ -18,6 +18,8 @@ public:
     bool IsDateTaken() const { return _isDateTaken; }
     /// The same of the executable bit.
     bool IsBitTaken() const { return _isBitTaken; }
+    /// By the server's clock, in UTC; invalid when it does not say.
+    const QDateTime& AnsweredAt() const { return _answeredAt; }
 
     Headers RequestHeaders() const override;
     void OnHeaders(int status, const Headers& headers) override;
@@ -37,6 +39,7 @@ private:
     qint64 _sent = 0;
     bool _isDateTaken = false;
     bool _isBitTaken = false;
+    QDateTime _answeredAt;
 };
 
 }  // namespace content

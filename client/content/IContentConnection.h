@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QUrl>
 #include <optional>
 
@@ -25,6 +26,15 @@ enum class UploadOutcome {
     Stored,
     /// The condition did not hold: someone else changed or made the file. Nothing was stored.
     Refused
+};
+
+/// What a server answers to an upload. A plain value.
+struct UploadAnswer {
+    UploadOutcome outcome = UploadOutcome::Refused;
+    /// The strong entity tag of what was stored; empty when the server does not say.
+    QByteArray entityTag;
+    /// When it answered, in UTC and by its own clock; invalid when it does not say.
+    QDateTime date;
 };
 
 /// Reads and writes the content of files. For one thread, but for Cancel.
@@ -53,9 +63,9 @@ enum class UploadOutcome {
 /// Note note(text);
 /// const ovsync::wire::ConnectionSettings settings;
 /// ovsync::content::ContentConnection connection(settings, QAuthenticator());
-/// const auto outcome = connection.Upload(QUrl(QStringLiteral("http://localhost:8080/note.txt")), note, text.size(),
-///                                        ovsync::content::UploadCondition::New, ovsync::content::ContentVersion());
-/// if (outcome == ovsync::content::UploadOutcome::Refused) {
+/// const auto answer = connection.Upload(QUrl(QStringLiteral("http://localhost:8080/note.txt")), note, text.size(),
+///                                       ovsync::content::UploadCondition::New, ovsync::content::ContentVersion());
+/// if (answer.outcome == ovsync::content::UploadOutcome::Refused) {
 ///     std::cerr << "There is a note.txt already\n";
 /// }
 /// \endcode
@@ -73,8 +83,8 @@ public:
     /// Sends exactly `size` bytes; `known` counts for UploadCondition::Unchanged only and must have a tag or a date
     /// there. Throws TransactionError also when `source` has fewer or more: then the server was given no whole content.
     /// After an error without an answer the server may have stored the content nonetheless.
-    [[nodiscard]] virtual UploadOutcome Upload(const QUrl& url, wire::IContentSource& source, qint64 size,
-                                               UploadCondition condition, const ContentVersion& known) = 0;
+    [[nodiscard]] virtual UploadAnswer Upload(const QUrl& url, wire::IContentSource& source, qint64 size,
+                                              UploadCondition condition, const ContentVersion& known) = 0;
 
     /// Deletes the file if it still is the version `known`, which must have a tag or a date. False when it is another;
     /// true also when there is none any more.

@@ -47,11 +47,11 @@ std::optional<ContentVersion> VersionThere(IContentConnection& session, const QU
 
 UploadOutcome Send(IContentConnection& session, const QUrl& url, SentFile& file, bool isForced) {
     if (isForced) {
-        return session.Upload(url, file, file.Size(), UploadCondition::Any, ContentVersion());
+        return session.Upload(url, file, file.Size(), UploadCondition::Any, ContentVersion()).outcome;
     }
     const std::optional<ContentVersion> there = VersionThere(session, url);
     if (!there) {
-        return session.Upload(url, file, file.Size(), UploadCondition::New, ContentVersion());
+        return session.Upload(url, file, file.Size(), UploadCondition::New, ContentVersion()).outcome;
     }
     if (there->entityTag.isEmpty() && !there->lastModified.isValid()) {
         throw Refusal(
@@ -59,7 +59,7 @@ UploadOutcome Send(IContentConnection& session, const QUrl& url, SentFile& file,
                            "change that somebody else makes meanwhile could be overwritten; --force replaces "
                            "it nonetheless"));
     }
-    return session.Upload(url, file, file.Size(), UploadCondition::Unchanged, *there);
+    return session.Upload(url, file, file.Size(), UploadCondition::Unchanged, *there).outcome;
 }
 
 void Put(ServiceConnection& connection, const Location& location, const QString& path, bool isForced, bool asJson,

@@ -57,7 +57,8 @@ QString IdentityOf(const FileConfiguration& file) {
 }
 
 bool HasIdentity(const FileConfiguration& file, const QString& identity) {
-    return identity == IdentityOf(file) || (!EntityTagOf(file).isEmpty() && identity == IdentityByDate(file));
+    const bool isDated = !EntityTagOf(file).isEmpty() && file.lastModifiedDate.isValid();
+    return identity == IdentityOf(file) || (isDated && identity == IdentityByDate(file));
 }
 
 bool IsOfVersion(const FileConfiguration& file, const QString& identity) {

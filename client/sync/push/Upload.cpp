@@ -71,17 +71,17 @@ void Upload::_Send(content::IContentConnection& session) {
     }
     const bool looksBefore = _order.looksBefore && !(_order.isNew && _shared.knowsConditions);
     if (looksBefore && _IsForestalled(session, known)) {
-        _outcome = UploadOutcome::Refused;
+        _answer.outcome = UploadOutcome::Refused;
         return;
     }
     if (_order.isRemoval) {
-        _outcome = _Remove(session, known);
+        _answer.outcome = _Remove(session, known);
         return;
     }
     _file = _tree.Open(_order.path);
     _before = _file->Look();
-    _outcome = session.Upload(_url, *this, _before.size, _ConditionOf(known), known);
-    if (_outcome == UploadOutcome::Refused) {
+    _answer = session.Upload(_url, *this, _before.size, _ConditionOf(known), known);
+    if (_answer.outcome == UploadOutcome::Refused) {
         return;
     }
     _md5Text = Md5();
@@ -126,8 +126,10 @@ UploadCondition Upload::_ConditionOf(const content::ContentVersion& known) const
 
 void Upload::_TryConditions(content::IContentConnection& session) {
     try {
-        _knowsConditions = session.Upload(_url, *this, _before.size, UploadCondition::New, content::ContentVersion()) ==
-                           UploadOutcome::Refused;
+        const content::UploadAnswer answer =
+            session.Upload(_url, *this, _before.size, UploadCondition::New, content::ContentVersion());
+        _knowsConditions = answer.outcome == UploadOutcome::Refused;
+        _answer = *_knowsConditions ? _answer : answer;
     } catch (const sync::core::SyncException&) {
         // Some other answer tells nothing, and the file is there already.
         return;

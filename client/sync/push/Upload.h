@@ -63,7 +63,8 @@ public:
         return _order.remote.lastModifiedDate.isValid() ? _order.remote.lastModifiedDate : _version->lastModified;
     }
 
-    content::UploadOutcome Outcome() const { return _outcome; }
+    /// To what was sent last.
+    const content::UploadAnswer& Answer() const { return _answer; }
     /// Whether the file was stored, and it is not known what the service has now.
     bool IsToBeAsked() const { return _isToBeAsked; }
     /// What the service has now, as somebody else asked.
@@ -109,7 +110,7 @@ private:
     bool _isToBeAsked = false;
     std::exception_ptr _error;
     std::optional<content::ContentVersion> _version;
-    content::UploadOutcome _outcome = content::UploadOutcome::Refused;
+    content::UploadAnswer _answer;
     std::optional<bool> _knowsConditions;
     QString _md5Text;
     store::Fingerprint _before;

@@ -21,6 +21,7 @@ using local::LocalError;
 using local::NameOf;
 using local::Recordable;
 using pass::DiffersByMissingChecksum;
+using pass::EntityTagOf;
 using pass::HasIdentity;
 using pass::IdentityOf;
 using pass::IsContentOf;
@@ -53,6 +54,17 @@ const qint64 MostListed = std::numeric_limits<qint32>::max();
 // How many sent files wait, and for how long, for others of which the service can be asked at the same time.
 const size_t MostSent = 128;
 const std::chrono::milliseconds LongestWait(500);
+
+/// Whether the entity tag is that of what was sent, and not of what somebody else sent after it, of the same size.
+bool IsTagOf(const Upload& upload, const QByteArray& tag) {
+    const content::UploadAnswer& answer = upload.Answer();
+    if (!answer.entityTag.isEmpty()) {
+        return answer.entityTag == tag;
+    }
+    const std::optional<content::ContentVersion>& now = upload.Version();
+    return now && now->entityTag == tag && now->lastModified.isValid() && answer.date.isValid() &&
+           now->lastModified <= answer.date;
+}
 
 /// Forgets what was listed, whatever happens.
 class ListingsKept {
@@ -300,6 +312,7 @@ bool Uploader::_IsListed(Upload& upload) {
             return false;
         }
         content::ContentVersion version;
+        version.entityTag = EntityTagOf(now);
         version.size = size;
         version.lastModified = now.lastModifiedDate;
         upload.TakeAnswer(version);
@@ -389,7 +402,7 @@ bool Uploader::_TellsByDate(const Upload& upload) {
 
 void Uploader::_TakeSent(const Upload& upload) {
     const QString& path = upload.Order().path;
-    if (upload.Outcome() == UploadOutcome::Refused) {
+    if (upload.Answer().outcome == UploadOutcome::Refused) {
         _TellConflict(upload.Order());
         return;
     }
@@ -448,6 +461,9 @@ std::optional<FileRecord> Uploader::_RecordOf(const Upload& upload) {
     file.localPath = service.folder.localPath + QLatin1Char('/') + order.path;
     service.updater->UpdateCustomFileConfigAfterUpload(service.FolderAt(FolderOf(order.path)), file,
                                                        QFileInfo(file.localPath));
+    if (!EntityTagOf(file).isEmpty() && !IsTagOf(upload, EntityTagOf(file))) {
+        file.versionId.clear();
+    }
     const bool hasDateAlone = file.versionId.isEmpty() && file.md5Checksum.isEmpty();
     const qint64 size = upload.Before().size;
     const bool isOurs = upload.Version() && _HasSize(upload, size) && IsContentOf(file, file.size, upload.SentMd5());

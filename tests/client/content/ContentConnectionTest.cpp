@@ -511,7 +511,7 @@ TEST_F(ContentConnectionTest, LookTakesNothingElseForYesOrNo) {
 class ContentUploadTest : public ContentConnectionTest {
 protected:
     UploadOutcome Upload(const ScriptedServer& server, Source& source, qint64 size) {
-        return session->Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion());
+        return session->Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion()).outcome;
     }
 
     UploadOutcome Upload(const ScriptedServer& server, Source& source) {
@@ -557,13 +557,29 @@ TEST_F(ContentUploadTest, ANewFileIsStoredOnlyWhereNoneIs) {
     EXPECT_EQ(request.body, source.content);
 }
 
+TEST_F(ContentUploadTest, TheAnswerTellsTheTagOfWhatWasStoredAndItsTime) {
+    ScriptedServer server({AnswerOf("contents/stored-201"), AnswerOf("folders/status-201")});
+    Source source(FileText);
+    const auto upload = [&] {
+        return session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Any, ContentVersion());
+    };
+    const UploadAnswer told = upload();
+    EXPECT_EQ(told.outcome, UploadOutcome::Stored);
+    EXPECT_EQ(told.entityTag, "\"a-8\"");
+    EXPECT_EQ(told.date, QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC));
+    const UploadAnswer untold = upload();
+    EXPECT_EQ(untold.outcome, UploadOutcome::Stored);
+    EXPECT_TRUE(untold.entityTag.isEmpty());
+    EXPECT_FALSE(untold.date.isValid());
+}
+
 TEST_F(ContentUploadTest, AFileIsReplacedOnlyIfItIsStillTheSame) {
     ScriptedServer server({AnswerOf("folders/status-204")});
     Source source(FileText);
     ContentVersion known;
     known.entityTag = "\"a-7, b\"";
     known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
-    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known),
+    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known).outcome,
               UploadOutcome::Stored);
     server.Stop();
     const auto headers = server.Requests().first().headers;
@@ -577,7 +593,7 @@ TEST_F(ContentUploadTest, WithoutAnEntityTagAFileIsReplacedOnlyIfItsDateIsTheSam
     Source source(FileText);
     ContentVersion known;
     known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
-    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known),
+    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Unchanged, known).outcome,
               UploadOutcome::Stored);
     server.Stop();
     const auto headers = server.Requests().first().headers;
@@ -722,8 +738,9 @@ TEST_F(ContentUploadTest, OneSessionSendsAllKindsOfRequestsOverOneConnection) {
 TEST_F(ContentUploadTest, AnUploadThatReplacesAnythingHasNoCondition) {
     ScriptedServer server({AnswerOf("folders/status-204")});
     Source source(FileText);
-    EXPECT_EQ(session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Any, ContentVersion()),
-              UploadOutcome::Stored);
+    EXPECT_EQ(
+        session->Upload(server.Url(FilePath), source, FileText.size(), UploadCondition::Any, ContentVersion()).outcome,
+        UploadOutcome::Stored);
     server.Stop();
     for (const char* header : {"if-match", "if-none-match", "if-unmodified-since"}) {
         EXPECT_FALSE(server.Requests().first().headers.contains(header)) << header;
@@ -857,7 +874,7 @@ TEST_F(ContentConnectionTest, SeveralTransfersShareTheBandwidth) {
         session.Download(server.Url(FilePath), sink);
         EXPECT_EQ(sink.content, content);
         Source source(content);
-        EXPECT_EQ(session.Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion()),
+        EXPECT_EQ(session.Upload(server.Url(FilePath), source, size, UploadCondition::New, ContentVersion()).outcome,
                   UploadOutcome::Stored);
     };
     std::thread other([&] { transfer(second); });

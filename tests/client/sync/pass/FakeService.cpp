@@ -17,6 +17,7 @@ namespace tests {
 using ovsync::changes::ServiceChanges;
 using ovsync::content::ContentSink;
 using ovsync::content::ContentVersion;
+using ovsync::content::UploadAnswer;
 using ovsync::content::UploadCondition;
 using ovsync::content::UploadOutcome;
 using ovsync::local::FolderOf;
@@ -242,8 +243,8 @@ public:
         return version;
     }
 
-    UploadOutcome Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
-                         const ContentVersion& known) override {
+    UploadAnswer Upload(const QUrl& url, IContentSource& source, qint64 size, UploadCondition condition,
+                        const ContentVersion& known) override {
         const QString path = PathOf(url);
         _Begin("PUT", url);
         QByteArray content(static_cast<int>(size) + 10, '\0');
@@ -263,12 +264,20 @@ public:
             const bool isOther =
                 condition == UploadCondition::New ? isThere : !isThere || !_IsKnown(there->second, known);
             if (condition != UploadCondition::Any && isOther && !_service.ignoresConditions) {
-                return UploadOutcome::Refused;
+                return {};
             }
         }
         _service.Put(path, content);
+        UploadAnswer answer;
+        answer.outcome = UploadOutcome::Stored;
+        {
+            const Lock lock(_service._mutex);
+            const File& stored = _service._files.at(path);
+            answer.entityTag = _service.tellsStoredTags ? _service._Tag(stored) : QByteArray();
+            answer.date = stored.modified;
+        }
         _service._Meet("SENT", path);
-        return UploadOutcome::Stored;
+        return answer;
     }
 
     bool Remove(const QUrl& url, const ContentVersion& known) override {

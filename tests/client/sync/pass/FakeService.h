@@ -62,6 +62,8 @@ public:
     std::atomic<int> connections{0};
     /// Knows neither versions nor checksums, as other WebDAV servers.
     bool isPlain = false;
+    /// Answers an upload with the entity tag of what it stored.
+    bool tellsStoredTags = false;
     /// Names strong entity tags in its listings, too.
     bool listsTags = false;
     /// Names no lengths where it is asked for one file.

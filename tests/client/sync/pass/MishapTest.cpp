@@ -566,24 +566,87 @@ TEST_F(MishapTest, ATagThatCameWithAContentAndBecameStrongSavesTheComparison) {
     EXPECT_EQ(Contents(), (std::map<QString, QByteArray>{{Text("a"), "1"}, {Text("b"), "2"}}));
 }
 
-TEST_F(MishapTest, AWeakTagAfterAnUploadMayBeThatOfSomebodyElse) {
-    service.isPlain = true;
-    service.listsTags = true;
+/// Somebody sends a file of the same size between what is sent here and the question what the service has now.
+class OvertakenUploadTest : public MishapTest {
+protected:
+    OvertakenUploadTest() {
+        service.isPlain = true;
+        service.listsTags = true;
+        service.secondsAhead = -100;
+        Write("a", "1");
+    }
+
+    void ExpectTheirsToBeSeen() {
+        const std::map<QString, QByteArray> theirs = {{Text("a"), "2"}};
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(Contents(), theirs);
+        EXPECT_EQ(service.Contents(), theirs);
+    }
+
+    /// Called before the first request of that kind after the upload.
+    void BeforeFirst(const char* question, const std::function<void()>& change) {
+        service.onRequest = [question, change, isSent = false](const QString& method, const QString& path) mutable {
+            if (isSent && method == Text(question)) {
+                isSent = false;
+                change();
+            }
+            isSent = isSent || (method == Text("SENT") && path == Text("a"));
+        };
+    }
+};
+
+TEST_F(OvertakenUploadTest, AWeakTagTellsNothing) {
     service.areTagsWeak = true;
-    service.secondsAhead = -100;
-    Write("a", "1");
-    service.onRequest = [this, isSent = false](const QString& method, const QString&) mutable {
-        if (isSent && method == Text("HEAD")) {
-            isSent = false;
-            service.Overwrite(Text("a"), "2");
-        }
-        isSent = isSent || method == Text("PUT");
-    };
+    BeforeFirst("HEAD", [this] { service.Overwrite(Text("a"), "2"); });
     Sync();
     service.onRequest = nullptr;
     service.areTagsWeak = false;
+    ExpectTheirsToBeSeen();
+}
+
+TEST_F(OvertakenUploadTest, TheirTagIsNotThatOfTheAnswer) {
+    service.tellsStoredTags = true;
+    BeforeFirst("HEAD", [this] { service.Overwrite(Text("a"), "2"); });
+    Sync();
+    ExpectTheirsToBeSeen();
+}
+
+TEST_F(OvertakenUploadTest, TheirDateIsAfterThatOfTheAnswer) {
+    for (const char* question : {"HEAD", "FIND"}) {
+        BeforeFirst(question, [this] { service.Put(Text("a"), "2"); });
+        Sync();
+        ExpectTheirsToBeSeen();
+        Write("a", "3");
+    }
+}
+
+TEST_F(OvertakenUploadTest, TheirsIsSeenAmongManyThatAreListedAtOnce) {
+    for (const char* name : {"b", "c", "d", "e"}) {
+        Write(name, "1");
+    }
+    BeforeFirst("LIST", [this] { service.Put(Text("a"), "2"); });
+    Sync();
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
-    EXPECT_EQ(Contents(), (std::map<QString, QByteArray>{{Text("a"), "2"}}));
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+    // It is compared, then fetched, and of the others nothing is.
+    EXPECT_LE(service.Count("GET"), 2);
+}
+
+TEST_F(OvertakenUploadTest, WithoutAnyDateWhatWasSentIsCompared) {
+    service.isWithoutDates = true;
+    BeforeFirst("FIND", [this] { service.Put(Text("a"), "2"); });
+    Sync();
+    ExpectTheirsToBeSeen();
+}
+
+TEST_F(OvertakenUploadTest, WhatNobodyOvertookIsNotFetched) {
+    for (const bool tellsTags : {false, true}) {
+        service.tellsStoredTags = tellsTags;
+        Write("a", tellsTags ? "2" : "1");
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    }
+    EXPECT_EQ(service.Count("GET"), 0);
 }
 
 TEST_F(MishapTest, ByDamagedRecordsNothingIsDone) {
