@@ -408,6 +408,37 @@ TEST_P(TwoWayPassTest, ACopyThatSomebodyWroteIntoIsAFileOfItsOwnWhenTheConflictI
     ExpectInStep();
 }
 
+TEST_P(TwoWayPassTest, TheCopyOfAnOlderVersionGoesWhenThereIsOneOfANewer) {
+    Begin({"a"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    service.Put(Text("a"), "theirs again");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    const Files both = Contents();
+    EXPECT_EQ(both.size(), 2U);
+    EXPECT_EQ(both.rbegin()->second, "theirs again");
+    EXPECT_THAT(TrashContents(), testing::ElementsAre("theirs"));
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), both);
+    Remove(both.rbegin()->first.toUtf8().constData());
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "mine"}}));
+}
+
+TEST_P(TwoWayPassTest, TheCopyOfAnOlderVersionStaysWhenSomebodyWroteIntoIt) {
+    Begin({"a"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    const QString copy = Contents().rbegin()->first;
+    Write(copy.toUtf8().constData(), "theirs and mine");
+    service.Put(Text("a"), "theirs again");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 3U);
+    EXPECT_EQ(Content(copy.toUtf8().constData()), QByteArray("theirs and mine"));
+}
+
 TEST_P(TwoWayPassTest, AFolderThatTheServiceDeletedGoesWithTheCopyOfAConflictThatIsOver) {
     Begin({"b", "f/a"});
     Write("f/a", "mine");
