@@ -557,6 +557,28 @@ TEST_P(TwoWayPassTest, ATrialTellsTheSameAndChangesNothing) {
     ExpectInStep();
 }
 
+TEST_P(TwoWayPassTest, ATrialComparesContentsWhereThereAreNoChecksums) {
+    service.isPlain = true;
+    for (const char* name : {"same", "other"}) {
+        Write(name, "1");
+        service.Put(Text(name), name == Text("same") ? "1" : "2");
+    }
+    options.isDryRun = true;
+    for (const auto conflicts : {SyncOptions::Conflicts::KeepBoth, SyncOptions::Conflicts::Here}) {
+        options.conflicts = conflicts;
+        Sync();
+        QStringList paths;
+        for (const ovsync::report::SyncEvent& event : events) {
+            paths.append(event.path);
+        }
+        EXPECT_EQ(paths, QStringList(Text("other")));
+    }
+    options.isDryRun = false;
+    options.conflicts = SyncOptions::Conflicts::KeepBoth;
+    Sync();
+    EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
+}
+
 TEST_P(TwoWayPassTest, APushDeletesThereWhenItIsTold) {
     Begin({"f/a", "b", "c"});
     ASSERT_TRUE(QDir(Path("f")).removeRecursively());
