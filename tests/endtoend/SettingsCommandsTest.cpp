@@ -17,7 +17,6 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 using tests::ErrorsOf;
 using tests::ProgramResult;
 using tests::RunOvsync;

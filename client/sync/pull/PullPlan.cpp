@@ -12,10 +12,8 @@ namespace pull {
 using local::ConflictText;
 using local::FolderOf;
 using local::LocalContent;
-using local::LocalEntry;
 using local::TemporaryBeside;
 using pass::IsCopyOf;
-using pass::LocalState;
 using pass::RemoteState;
 using pass::RemoteTree;
 using plan::Direction;

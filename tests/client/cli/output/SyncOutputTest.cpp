@@ -17,7 +17,6 @@ using ovsync::report::SyncEvent;
 using ovsync::report::SyncOutcome;
 using sync::http::HttpException;
 using testing::HasSubstr;
-using testing::Not;
 using tests::Text;
 using Format = SyncOutput::Format;
 
