@@ -5,6 +5,7 @@
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
 
 namespace ovsync {
 namespace pull {
