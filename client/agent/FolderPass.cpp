@@ -1,6 +1,9 @@
 #include "client/agent/FolderPass.h"
 
+#include <sys/stat.h>
+
 #include <QFileInfo>
+#include <cerrno>
 #include <utility>
 
 #include "client/cli/input/ServiceFolderAt.h"
@@ -51,6 +54,17 @@ ErrorText::Context ContextOf(const folders::SyncedFolder& folder, const QAuthent
     context.path = folder.location.serverPath;
     context.user = credentials.user();
     return context;
+}
+
+void RequireThere(const QString& directory) {
+    struct stat status {};
+    const bool isThere = stat(directory.toUtf8().constData(), &status) == 0;
+    if (isThere ? !S_ISDIR(status.st_mode) : errno == ENOENT || errno == ENOTDIR) {
+        throw sync::core::SyncException(
+            QStringLiteral("the folder is gone, or its disk is not mounted. Nothing is deleted on the service. Bring "
+                           "it back, or run \"ovsync folders remove '%1'\"")
+                .arg(directory));
+    }
 }
 
 ServiceWishes WishesOf(const std::shared_ptr<sync::interf::IExternalSyncConfigManager>& published) {
@@ -140,6 +154,7 @@ SyncOutcome FolderPass::_Sync(const std::atomic<bool>& isStopped, ISyncObserver&
     ServiceConnection& connection = _Connection();
     const QString root = QFileInfo(_folder.directory).canonicalFilePath();
     // A folder that is away deletes nothing, and is not made anew.
+    RequireThere(_folder.directory);
     local::LocalTree tree(root.isEmpty() ? _folder.directory : root);
     const auto records = std::make_shared<RecordDatabase>(root, RecordDatabase::Access::Change);
 

@@ -48,6 +48,10 @@ QVector<QByteArray> FoldersIn(const QByteArray& path) {
     return names;
 }
 
+QString GoneText() {
+    return QStringLiteral("the folder is gone, or its disk is not mounted");
+}
+
 QString LimitText() {
     QFile limit(QStringLiteral("/proc/sys/fs/inotify/max_user_watches"));
     const QByteArray number = limit.open(QIODevice::ReadOnly) ? limit.readAll().trimmed() : QByteArray("?");
@@ -113,7 +117,7 @@ bool FolderWatcher::_IsConcernedBy(const inotify_event& event, const QByteArray&
         return true;
     }
     if (event.wd == _rootWatch && (event.mask & (IN_IGNORED | IN_MOVE_SELF | IN_UNMOUNT)) != 0) {
-        _Stop(QStringLiteral("the folder is gone"));
+        _Stop(GoneText());
         return true;
     }
     if ((event.mask & IN_IGNORED) != 0) {
@@ -226,7 +230,7 @@ int FolderWatcher::_WatchFolder(int parent, const QByteArray& name) {
     if (code == ENOSPC || code == ENOMEM) {
         _Stop(LimitText());
     } else if (isRoot) {
-        _Stop(QString::fromLocal8Bit(std::strerror(code)));
+        _Stop(code == ENOENT || code == ENOTDIR ? GoneText() : QString::fromLocal8Bit(std::strerror(code)));
     }
     // Any other folder is gone again, or must not be read, which passes tell of.
     return -1;

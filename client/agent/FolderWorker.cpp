@@ -155,6 +155,7 @@ void FolderWorker::_RunPass(IFolderPass& pass) {
     _schedule.BeginPass();
     _pass = FolderStatus();
     _problemPaths.clear();
+    _waiting = report::WaitingDeletions();
     _transfers.invalidate();
     _Tell([this](FolderStatus& status) {
         status.state = FolderStatus::State::Syncing;
@@ -213,6 +214,9 @@ void FolderWorker::_WaitForOther() {
 void FolderWorker::_Finish(const PassResult& result, std::chrono::milliseconds duration) {
     _pass.error = result.error;
     _pass.seconds = static_cast<double>(duration.count()) / 1000;
+    if (const std::optional<SyncEvent> waiting = _waiting.Told()) {
+        _AddProblem(*waiting);
+    }
     _Log(result);
     const std::optional<FolderSchedule::Time> due = _schedule.Due();
     _Tell([&](FolderStatus& status) {
@@ -291,13 +295,21 @@ void FolderWorker::OnEvent(const SyncEvent& event) {
     if (!event.IsProblem() || _problemPaths.contains(event.path)) {
         return;
     }
+    if (event.kind == SyncEvent::Kind::Waiting) {
+        _waiting.Add(event);
+        return;
+    }
     _problemPaths.insert(event.path);
+    _AddProblem(event);
+}
+
+void FolderWorker::_AddProblem(const SyncEvent& event) {
     ++_pass.problemCount;
     _pass.conflictCount += event.kind == SyncEvent::Kind::Conflict ? 1 : 0;
     if (_pass.problems.size() < FolderStatus::MostProblems) {
         SyncEvent told = event;
         if (told.error) {
-            told.detail = ErrorTextOf(_folder.location).Of(told.error).text;
+            told.detail = ErrorTextOf(_folder.location).Below(told.path).Of(told.error).text;
             told.error = nullptr;
         }
         _pass.problems.append(told);

@@ -14,6 +14,7 @@
 #include "client/agent/FolderWatcher.h"
 #include "client/agent/IFolderPass.h"
 #include "client/folders/SyncedFolder.h"
+#include "client/sync/report/WaitingDeletions.h"
 
 namespace ovsync {
 namespace agent {
@@ -51,6 +52,7 @@ private:
     /// For another process that has the folder.
     void _WaitForOther();
     void _Finish(const PassResult& result, std::chrono::milliseconds duration);
+    void _AddProblem(const report::SyncEvent& event);
     void _Log(const PassResult& result);
     /// Changes the status, and says so.
     void _Tell(const std::function<void(FolderStatus&)>& change);
@@ -71,6 +73,7 @@ private:
     FolderSchedule _schedule;
     FolderStatus _pass;
     QSet<QString> _problemPaths;
+    report::WaitingDeletions _waiting;
     /// What the log has of the last passes, up to the last one that did not fail.
     std::set<std::pair<QString, report::SyncEvent::Kind>> _loggedProblems;
     QString _loggedError;

@@ -199,6 +199,8 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     // A file that may not become so large is a failure of that file.
     std::signal(SIGXFSZ, SIG_IGN);
+    // What is wrong may be found before the option is.
+    const bool asJson = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
     Location location;
     std::optional<ServiceConnection> connection;
     ErrorText::Context context;
@@ -223,7 +225,6 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
             std::reverse(words.begin(), words.end());
             app.parse(std::move(words));
         } catch (const CLI::ParseError& e) {
-            const bool asJson = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
             if (asJson && dynamic_cast<const CLI::CallForVersion*>(&e) != nullptr) {
                 std::cout << nlohmann::ordered_json{{"name", "ovsync"}, {"version", OVSYNC_VERSION}}.dump() + '\n';
                 return ExitCode::Done;
@@ -274,7 +275,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         if (exitCode == ExitCode::WrongUsage) {
             message.kind = "usage";
         }
-        Complain(message, exitCode, arguments.Errors());
+        Complain(message, exitCode, {asJson, arguments.isVerbose});
         return exitCode;
     }
 }

@@ -124,6 +124,9 @@ std::shared_ptr<sync::interf::IExternalSyncConfigManager> ServiceConnection::Fet
     sync::dv::dvsync::ExternalSyncConfigManager manager(std::make_shared<DrovaneHttp>(_account), watch);
     auto published = std::make_shared<PublishedConfig>(manager.GetExternalSyncConfig());
     _keptAnswer = watch->LastAnswer();
+    if (watch->IsNothingPublished()) {
+        return nullptr;
+    }
     watch->RequireDocument();
     return published;
 }

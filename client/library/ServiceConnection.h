@@ -85,9 +85,9 @@ public:
     ListedFiles& Files() { return *_files; }
     sync::interf::IRemoteFolderManager& Folders() { return *_folders; }
 
-    /// What the service publishes, as the library reads it, at this moment. Throws HttpException when the service
-    /// refuses it, TransactionError when the service cannot be reached or answers with something else. The process
-    /// has a QCoreApplication meanwhile, whose event loop it runs.
+    /// What the service publishes, as the library reads it, at this moment; null when that is nothing. Throws
+    /// HttpException when the service refuses it, TransactionError when the service cannot be reached or answers with
+    /// something else. The process has a QCoreApplication meanwhile, whose event loop it runs.
     std::shared_ptr<sync::interf::IExternalSyncConfigManager> FetchSyncConfig();
 
     /// What keeps the library's file records true around transfers. `records`, which it keeps, are those that it looks

@@ -120,6 +120,10 @@ void SyncConfigWatch::_Look(QNetworkReply& reply, Seen& seen) {
     }
 }
 
+bool SyncConfigWatch::IsNothingPublished() const {
+    return LastAnswer().status == HttpStatus::NotFound || LastAnswer().status == HttpStatus::Gone;
+}
+
 void SyncConfigWatch::RequireDocument() const {
     const AnswerSummary& answer = _seen->answer;
     if (answer.status >= HttpStatus::BadRequest) {

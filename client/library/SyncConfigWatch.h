@@ -40,6 +40,9 @@ public:
     /// What came to the last request of all the managers.
     const wire::AnswerSummary& LastAnswer() const { return _seen->answer; }
 
+    /// Whether it says that there is no document.
+    bool IsNothingPublished() const;
+
     /// Throws unless that was a sync-configuration document: HttpException for a status of 400 or above,
     /// TransactionError for anything else, no answer at all included.
     void RequireDocument() const;

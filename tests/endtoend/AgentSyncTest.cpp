@@ -324,6 +324,33 @@ TEST_F(AgentSyncTest, AServiceThatIsAwayIsToldAndTriedAgain) {
     EXPECT_EQ(_user.WaitForAgent(), 0);
 }
 
+TEST_F(AgentSyncTest, SaysThatItsFolderIsGoneAndWorksAgainWhenItIsBack) {
+    const Service service;
+    Add(service.Url());
+    _user.StartAgent();
+    ASSERT_TRUE(_user.IsInStep());
+    ASSERT_TRUE(QDir().rename(_user.Path(Text("synced")), _user.Path(Text("away"))));
+    EXPECT_TRUE(_user.FolderBecomes([](const json& folder) { return !folder["error"].is_null(); }));
+    const ProgramResult status = _user.Ovsync({Text("status")});
+    EXPECT_EQ(status.exitCode, 1);
+    EXPECT_THAT(status.output.toStdString(),
+                HasSubstr("the folder is gone, or its disk is not mounted. Nothing is deleted on the service. Bring it "
+                          "back, or run \"ovsync folders remove '" +
+                          _user.Path(Text("synced")).toStdString() + "'\""));
+    ASSERT_TRUE(QDir().rename(_user.Path(Text("away")), _user.Path(Text("synced"))));
+    EXPECT_TRUE(_user.IsInStep());
+}
+
+TEST_F(AgentSyncTest, NamesTheFolderThatIsMissingAboveItsOwn) {
+    const Service service;
+    Add(service.Url() + Text("nope/x/"));
+    _user.StartAgent();
+    EXPECT_TRUE(_user.FolderBecomes([](const json& folder) { return !folder["error"].is_null(); }));
+    EXPECT_THAT(_user.Folder()["error"].get<std::string>(),
+                testing::AllOf(HasSubstr("there is no folder \"nope\" on 127.0.0.1:"),
+                               HasSubstr("\"ovsync mkdir -p " + service.Url().toStdString() + "nope\" makes it")));
+}
+
 TEST_F(AgentSyncTest, ASlowServiceDoesNotHoldUpAnotherFolder) {
     Service slow({Text("--fault"), Text("hang,method=PROPFIND")});
     Service quick;
@@ -393,7 +420,9 @@ TEST_F(AgentSyncTest, ThereIsOneForAUser) {
     _user.StartAgent();
     const ProgramResult second = _user.Ovsync({Text("agent"), Text("run")});
     EXPECT_EQ(second.exitCode, 1);
-    EXPECT_EQ(second.errors, "OvSync.exe: another one runs for this user already.\n");
+    EXPECT_EQ(second.errors, "ovsync: one runs for you already; \"ovsync agent stop\" ends it\n");
+    const ProgramResult third = _user.Ovsync({Text("agent"), Text("run"), Text("--json")});
+    EXPECT_EQ(json::parse(third.errors.constData())["exitStatus"], 1);
     EXPECT_FALSE(_user.Status().is_null());
     AgentUser other;
     other.StartAgent();

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QUrl>
 #include <nlohmann/json.hpp>
@@ -361,6 +362,38 @@ TEST_F(CommandLineTest, AnErrorIsAnObjectWhereTheResultWouldBe) {
     }
     EXPECT_EQ(errorOf({Text("trash"), Text("list"), Text("/gone"), Text("--json")})["kind"], "usage");
     EXPECT_EQ(errorOf({Text("ls"), Text("--json"), Text("http://127.0.0.1:1/")})["kind"], "unreachable");
+}
+
+TEST_F(CommandLineTest, SoIsWhatIsWrongWithAPatternWhereverJsonIsAskedFor) {
+    const QTemporaryDir folder;
+    const QString directory = folder.filePath(Text("new"));
+    const QString url = Text("http://127.0.0.1:1/");
+    for (const QStringList& command : {QStringList({Text("ls"), url}), QStringList({Text("sync"), directory, url}),
+                                       QStringList({Text("folders"), Text("add"), directory, url})}) {
+        for (const QStringList& pattern :
+             {QStringList({Text("--exclude"), Text("a//b")}), QStringList({Text("--include"), Text("a//b")}),
+              QStringList({Text("--exclude-from"), Text("/nope")}), QStringList({Text("--exclude-from"), Text("/")})}) {
+            const QStringList json(Text("--json"));
+            for (const QStringList& arguments : {json + command + pattern, command + pattern + json}) {
+                const ProgramResult result = RunOvsync(arguments);
+                EXPECT_EQ(result.exitCode, 2);
+                EXPECT_EQ(result.output, QByteArray());
+                const nlohmann::json error = nlohmann::json::parse(result.errors.constData(), nullptr, false);
+                ASSERT_TRUE(error.is_object()) << result.errors.toStdString();
+                EXPECT_EQ(error["kind"], "usage");
+                EXPECT_EQ(error["exitStatus"], 2);
+                EXPECT_THAT(error["error"].get<std::string>(), HasSubstr(pattern.first().toStdString()));
+            }
+        }
+    }
+    EXPECT_FALSE(QFileInfo::exists(directory));
+}
+
+TEST_F(CommandLineTest, TheHelpOfAGroupShowsWhatAllOfItsCommandsTake) {
+    for (const char* group : {"agent", "folders", "trash"}) {
+        EXPECT_THAT(RunOvsync({Text(group), Text("--help")}).output.toStdString(),
+                    AllOf(HasSubstr("--json"), HasSubstr("-q,--quiet"), HasSubstr("-v,--verbose")));
+    }
 }
 
 TEST_F(CommandLineTest, RulesOfExclusionHoldInTheOrderInWhichTheyAreGiven) {

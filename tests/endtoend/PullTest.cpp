@@ -225,7 +225,7 @@ TEST_F(PullTest, NoFolderIsMadeForWhatCannotBePulled) {
     expectError("a", "new", 2, "\"a\" is a file");
     expectError("", "gone/new", 2, "gone/new: No such file or directory");
     expectError("", "file/new", 2, "file/new: Not a directory");
-    expectError("", "file", 1, "file\" is not a folder");
+    expectError("", "file", 2, "file\" is not a folder");
     expectError("", "link", 2, "link: No such file or directory");
     EXPECT_EQ(Names(), before);
 }

@@ -17,7 +17,6 @@ namespace {
 
 using testing::AllOf;
 using testing::HasSubstr;
-using testing::Not;
 using tests::ErrorsOf;
 using tests::ProgramResult;
 using tests::RunOvsync;
@@ -137,17 +136,34 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Commands, ConfigCommandTest, testing::Values("settings", "version"),
                          [](const auto& command) { return std::string(command.param); });
 
-TEST_P(ConfigCommandTest, AServiceThatPublishesNothingSaysSo) {
+TEST_P(ConfigCommandTest, ThatAServicePublishesNothingIsSaidAndNoError) {
     const Service service;
-    for (const QStringList& options : {QStringList(), QStringList(Text("--json"))}) {
-        const ProgramResult result = RunIt(service, options);
-        EXPECT_EQ(result.exitCode, 1);
-        EXPECT_EQ(result.output, QByteArray());
-        EXPECT_THAT(ErrorsOf(result), AllOf(HasSubstr("/sync-config.xml"), HasSubstr("there is no "),
-                                            HasSubstr("on 127.0.0.1:"), Not(HasSubstr("appender"))));
-        const ProgramResult verbose = RunIt(service, QStringList(options) << Text("-v"));
-        EXPECT_THAT(ErrorsOf(verbose), AllOf(HasSubstr("status: 404"), HasSubstr("publishes no sync configuration")));
-    }
+    const ProgramResult result = RunIt(service);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(ErrorsOf(result), "");
+    EXPECT_THAT(result.output.toStdString(), HasSubstr("his server publishes no "));
+}
+
+TEST(SettingsCommandTest, WhatCountsWhereNothingIsPublishedIsShown) {
+    const Service service;
+    EXPECT_THAT(Ask("settings", service).output.toStdString(), testing::ContainsRegex("\nSync frequency +180 +-\n"));
+    const ProgramResult json = Ask("settings", service, {Text("--json")});
+    EXPECT_EQ(json.exitCode, 0) << ErrorsOf(json);
+    EXPECT_EQ(nlohmann::json::parse(json.output.constData())["service"], nullptr);
+    EXPECT_EQ(nlohmann::json::parse(json.output.constData())["library"]["syncFrequency"], 180);
+}
+
+TEST(VersionCommandTest, TheLocalOneIsShownWhereNothingIsPublished) {
+    const Service service;
+    EXPECT_EQ(Ask("version", service).output,
+              QByteArray("Local version     5.1.1.1001\n"
+                         "Newest version    none\n"
+                         "Installer         none\n"
+                         "New version       unknown (this server publishes no version)\n"));
+    const ProgramResult json = Ask("version", service, {Text("--json")});
+    EXPECT_EQ(nlohmann::json::parse(json.output.constData()), nlohmann::json::parse(R"({
+        "local": "5.1.1.1001", "newest": "", "installer": "", "isNew": false, "isCompared": false
+    })"));
 }
 
 TEST_P(ConfigCommandTest, TheAccountsPasswordIsGivenWhereItIsAskedFor) {

@@ -53,6 +53,20 @@ protected:
     QTemporaryDir _folders;
 };
 
+TEST_F(SyncCommandTest, AFolderThatIsMissingAboveTheUrlIsNamedWithTheWayOut) {
+    Write(First("a"), "1");
+    for (const char* command : {"sync", "push"}) {
+        const ProgramResult result = RunOvsync({Text(command), _first.path(), _service.Url() + Text("nope/x/")});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.errors.toStdString(),
+                    AllOf(HasSubstr("there is no folder \"nope\" on 127.0.0.1:"),
+                          HasSubstr("\"ovsync mkdir -p " + _service.Url().toStdString() + "nope\" makes it")));
+    }
+    ASSERT_EQ(RunOvsync({Text("mkdir"), Text("-p"), _service.Url() + Text("nope/")}).exitCode, 0);
+    const ProgramResult result = RunOvsync({Text("sync"), _first.path(), _service.Url() + Text("nope/x/")});
+    EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();
+}
+
 TEST_F(SyncCommandTest, TwoFoldersStayInStepThroughTheService) {
     Write(First("f/g/\xC3\xA9 %#.txt"), "1");
     Write(First("gone"), "1");

@@ -99,6 +99,9 @@ QString AgentProgram() {
 }
 
 [[noreturn]] void RunAgentHere() {
+    if (AgentClient::IsRunning()) {
+        throw Refusal(QStringLiteral("one runs for you already; \"ovsync agent stop\" ends it"));
+    }
     const QByteArray program = QFile::encodeName(AgentProgram());
     execl(program.constData(), program.constData(), "--foreground", nullptr);
     throw Refusal(

@@ -69,6 +69,8 @@ CLI::App* CommandRegistry::AddCommand(const char* name, const char* description,
 CLI::App* CommandRegistry::AddGroup(const char* name, const char* description, const char* footer) {
     CLI::App* const group = _app.add_subcommand(name, description);
     group->require_subcommand(1);
+    // For its help: the options of a command line are read as those of the command itself.
+    _AddCommon(group);
     group->footer(footer);
     return group;
 }

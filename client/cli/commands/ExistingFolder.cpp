@@ -1,7 +1,6 @@
 #include "client/cli/commands/ExistingFolder.h"
 
 #include "client/cli/input/UsageError.h"
-#include "client/sync/report/FolderMissing.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -11,7 +10,6 @@ namespace commands {
 using input::Location;
 using library::FoundResource;
 using library::ServiceConnection;
-using report::FolderMissing;
 
 sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, const Location& location,
                                              const char* command) {
@@ -26,31 +24,6 @@ sync::config::FolderConfiguration FindFolder(ServiceConnection& connection, cons
                                     .arg(folder.serverPath, QLatin1String(command)));
     }
     ThrowNoSuchFolder(location);
-}
-
-void MakeAt(ServiceConnection& connection, const Location& location, const std::function<void()>& make) {
-    try {
-        make();
-    } catch (const sync::http::HttpException&) {
-        // Each server has a status of its own for it.
-        const Location above = location.Parent();
-        std::optional<FoundResource> found = FoundResource{true, {}};
-        connection.KeepLastAnswer();
-        try {
-            found = connection.Find(above.serverPath);
-        } catch (const sync::core::SyncException&) {
-            // What was refused says more.
-        }
-        if (!found) {
-            throw FolderMissing(QStringLiteral("there is no folder \"%1\" on %2; \"ovsync mkdir -p %3\" makes it")
-                                    .arg(above.serverPath, above.Server(), above.Url().toString(QUrl::FullyEncoded)));
-        }
-        if (!found->isFolder) {
-            throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")
-                                    .arg(above.serverPath, above.Server()));
-        }
-        throw;
-    }
 }
 
 void ThrowNoSuchFolder(const Location& location) {

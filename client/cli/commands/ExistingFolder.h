@@ -1,7 +1,5 @@
 #pragma once
 
-#include <functional>
-
 #include "client/cli/input/Location.h"
 #include "client/library/ServiceConnection.h"
 
@@ -12,10 +10,6 @@ namespace commands {
 /// work on, HttpException of status 404 when there is nothing, and what the library throws.
 sync::config::FolderConfiguration FindFolder(library::ServiceConnection& connection, const input::Location& location,
                                              const char* command);
-
-/// Has `make` make something at `location`. Throws FolderMissing where that was refused because there is no folder for
-/// it, and else what `make` throws.
-void MakeAt(library::ServiceConnection& connection, const input::Location& location, const std::function<void()>& make);
 
 /// Throws the HttpException of status 404 that says that there is no folder at `location`.
 [[noreturn]] void ThrowNoSuchFolder(const input::Location& location);

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/input/MakeAt.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/FolderFormat.h"
 
@@ -25,7 +26,7 @@ void MakeFolder(ServiceConnection& connection, const Location& location, bool wi
     }
     sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
     folder.serverRootPath.clear();
-    MakeAt(connection, location, [&] {
+    input::MakeAt(connection, location, [&] {
         QString parentId;
         if (!withParents) {
             parentId = FindFolder(connection, location.Parent(), "mkdir").getServerFolderId();

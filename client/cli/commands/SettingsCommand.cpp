@@ -1,6 +1,7 @@
 #include "client/cli/commands/SettingsCommand.h"
 
 #include <CLI/CLI.hpp>
+#include <optional>
 
 #include "client/cli/input/Application.h"
 #include "client/cli/output/SettingsFormat.h"
@@ -21,7 +22,10 @@ namespace {
 void ShowSettings(ServiceConnection& connection, const Location& location, bool asJson, Output& output) {
     const input::Application application;
     const std::shared_ptr<sync::interf::IExternalSyncConfigManager> source = connection.FetchSyncConfig();
-    const sync::dv::dvsync::ExternalSyncConfig published = source->GetExternalSyncConfig();
+    std::optional<sync::dv::dvsync::ExternalSyncConfig> published;
+    if (source) {
+        published = source->GetExternalSyncConfig();
+    }
     pass::SyncConfiguration tuning(source);
     output.Write(asJson ? SettingsJson(tuning, published, location.serverPath)
                         : SettingsTable(tuning, published, location.serverPath, output));

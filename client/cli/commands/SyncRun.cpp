@@ -53,7 +53,7 @@ const std::chrono::seconds PatienceWithPass(10);
 /// `directory` is what was typed for `root`.
 void RequireFolder(const QString& directory, const QString& root, bool isToBeWritten) {
     if (!QFileInfo(root).isDir()) {
-        throw Refusal(QStringLiteral("\"%1\" is not a folder").arg(directory));
+        throw UsageError(QStringLiteral("\"%1\" is not a folder").arg(directory));
     }
     const int permissions = isToBeWritten ? R_OK | W_OK | X_OK : R_OK | X_OK;
     if (access(root.toUtf8().constData(), permissions) != 0) {

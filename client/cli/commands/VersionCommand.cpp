@@ -6,6 +6,7 @@
 
 #include "client/cli/input/Application.h"
 #include "client/cli/output/LoggedErrors.h"
+#include "dvsync/ExternalSyncConfig.h"
 #include "dvsync/VersionChecker.h"
 #include "dvsync/VersionManager.h"
 
@@ -45,7 +46,9 @@ QByteArray VersionReport(const std::shared_ptr<sync::interf::IVersionManager>& v
     add("Newest version", newest);
     add("Installer", installer);
     QString answer = isNew ? QStringLiteral("yes") : QStringLiteral("no");
-    if (!isCompared) {
+    if (newest.isEmpty()) {
+        answer = QStringLiteral("unknown (this server publishes no version)");
+    } else if (!isCompared) {
         answer += QStringLiteral(" (not compared: only versions of the form KQ51_1001_WIN are)");
     }
     add("New version", answer);
@@ -54,10 +57,22 @@ QByteArray VersionReport(const std::shared_ptr<sync::interf::IVersionManager>& v
 
 namespace {
 
+class NothingPublished : public sync::interf::IExternalSyncConfigManager {
+public:
+    sync::dv::dvsync::ExternalSyncConfig GetExternalSyncConfig() override {
+        sync::dv::dvsync::ExternalSyncConfig config;
+        config.mostCurrentVersion.clear();
+        return config;
+    }
+};
+
 void ShowVersions(ServiceConnection& connection, bool asJson, Output& output) {
     const input::Application application;
-    const auto versions = std::make_shared<sync::dv::dvsync::VersionManager>(connection.FetchSyncConfig());
-    output.Write(VersionReport(versions, asJson, output));
+    std::shared_ptr<sync::interf::IExternalSyncConfigManager> published = connection.FetchSyncConfig();
+    if (!published) {
+        published = std::make_shared<NothingPublished>();
+    }
+    output.Write(VersionReport(std::make_shared<sync::dv::dvsync::VersionManager>(published), asJson, output));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/commands/FileOnService.h"
+#include "client/cli/input/MakeAt.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/wire/HttpStatus.h"
@@ -80,8 +81,8 @@ void Run(ServiceConnection& connection, const Location& from, const Arguments& g
     }
     const bool replaces = given.isForced && !found.isFolder;
     try {
-        commands::MakeAt(connection, to,
-                         [&] { transfer(connection, found, from, to, replaces ? Overwriting::Yes : Overwriting::No); });
+        input::MakeAt(connection, to,
+                      [&] { transfer(connection, found, from, to, replaces ? Overwriting::Yes : Overwriting::No); });
     } catch (const sync::http::HttpException& e) {
         if (e.StatusCode() != wire::HttpStatus::PreconditionFailed) {
             throw;

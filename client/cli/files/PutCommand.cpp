@@ -8,6 +8,7 @@
 #include "client/cli/commands/ExistingFolder.h"
 #include "client/cli/commands/FileOnService.h"
 #include "client/cli/files/SentFile.h"
+#include "client/cli/input/MakeAt.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/FileFormat.h"
@@ -74,8 +75,8 @@ void Put(ServiceConnection& connection, const Location& location, const QString&
     SentFile file(path);
     const auto session = connection.NewContentConnection();
     UploadOutcome outcome = UploadOutcome::Refused;
-    commands::MakeAt(connection, target,
-                     [&] { outcome = Send(*session, connection.UrlOf(target.serverPath), file, isForced); });
+    input::MakeAt(connection, target,
+                  [&] { outcome = Send(*session, connection.UrlOf(target.serverPath), file, isForced); });
     if (outcome == UploadOutcome::Refused) {
         throw Refusal(QStringLiteral("Somebody has just changed \"%1\"; nothing was sent").arg(target.serverPath));
     }

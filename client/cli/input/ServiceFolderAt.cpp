@@ -1,5 +1,7 @@
 #include "client/cli/input/ServiceFolderAt.h"
 
+#include "client/cli/input/MakeAt.h"
+
 namespace ovsync {
 namespace input {
 
@@ -22,6 +24,12 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
     service.moveFile = [&connection](const QString& from, const QString& to) {
         connection.NewResourceConnection()->Move(connection.UrlOf(from), connection.UrlOf(to),
                                                  content::ResourceConnection::Overwriting::No);
+    };
+    service.make = [&connection, location, folder = service.folder] {
+        MakeAt(connection, location, [&] {
+            sync::config::FolderConfiguration made = folder;
+            connection.Folders().CreateFolder(made, QString(), false);
+        });
     };
     service.isEmpty = [&connection](const QString& serverPath) { return connection.IsEmpty(serverPath); };
     service.changes = connection.NewChangeSource(location.serverPath);

@@ -93,6 +93,14 @@ QString FileFailure(const LocalError& error) {
 
 }  // namespace
 
+ErrorText ErrorText::Below(const QString& path) const {
+    Context context = _context;
+    if (path != QLatin1String(".")) {
+        context.path += (context.path.isEmpty() ? QString() : QStringLiteral("/")) + path;
+    }
+    return ErrorText(context);
+}
+
 ErrorMessage ErrorText::Of(const std::exception_ptr& error) const {
     try {
         std::rethrow_exception(error);

@@ -54,6 +54,9 @@ public:
 
     explicit ErrorText(const Context& context) : _context(context) {}
 
+    /// The same for what lies at `path` below the folder that was named.
+    ErrorText Below(const QString& path) const;
+
     /// `error` is not null.
     ErrorMessage Of(const std::exception_ptr& error) const;
 

@@ -44,10 +44,13 @@ ordered_json LibraryObject(ISyncConfiguration& tuning, const QString& path) {
     return json;
 }
 
-ordered_json ServiceObject(const ExternalSyncConfig& published) {
-    return {{"syncFrequency", published.syncFrequency},
-            {"mostCurrentVersion", published.mostCurrentVersion.toStdString()},
-            {"installerUrl", published.installerUrl.toStdString()}};
+ordered_json ServiceObject(const std::optional<ExternalSyncConfig>& published) {
+    if (!published) {
+        return nullptr;
+    }
+    return {{"syncFrequency", published->syncFrequency},
+            {"mostCurrentVersion", published->mostCurrentVersion.toStdString()},
+            {"installerUrl", published->installerUrl.toStdString()}};
 }
 
 QByteArray Text(const ordered_json& json, const Output& output) {
@@ -70,8 +73,8 @@ QByteArray Text(const ordered_json& json, const Output& output) {
 
 }  // namespace
 
-QByteArray SettingsTable(ISyncConfiguration& tuning, const ExternalSyncConfig& published, const QString& path,
-                         const Output& output) {
+QByteArray SettingsTable(ISyncConfiguration& tuning, const std::optional<ExternalSyncConfig>& published,
+                         const QString& path, const Output& output) {
     struct Row {
         const char* label;
         const char* key;
@@ -101,14 +104,16 @@ QByteArray SettingsTable(ISyncConfiguration& tuning, const ExternalSyncConfig& p
     const auto cell = [&output](const ordered_json& side, const char* key) {
         return side.contains(key) ? Text(side[key], output) : QByteArray("-");
     };
-    QByteArray table = line(QByteArray(), "library", "service");
+    QByteArray table = published ? "" : "This server publishes no settings. Those of the library count.\n";
+    table += line(QByteArray(), "library", "service");
     for (const Row& row : rows) {
         table += line(row.label, cell(library, row.key), cell(service, row.key));
     }
     return table;
 }
 
-QByteArray SettingsJson(ISyncConfiguration& tuning, const ExternalSyncConfig& published, const QString& path) {
+QByteArray SettingsJson(ISyncConfiguration& tuning, const std::optional<ExternalSyncConfig>& published,
+                        const QString& path) {
     const ordered_json json{{"library", LibraryObject(tuning, path)}, {"service", ServiceObject(published)}};
     return QByteArray::fromStdString(json.dump()) + '\n';
 }

@@ -54,8 +54,10 @@ constexpr KindText Texts[] = {
     {Kind::Kept, "kept", "kept", "would keep", "# kept", "# kept"},
     {Kind::Refused, "refused", "refused", "refused", "# refused", "# refused"},
     {Kind::Failed, "failed", "failed", "failed", "# failed", "# failed"},
+    {Kind::Waiting, "waiting", "waiting", "waiting", "# deletion* waiting until all else is transferred",
+     "# deletion* waiting until all else is transferred"},
 };
-static_assert(wire::HasRowOfEach(Texts, &KindText::kind, Kind::Failed), "A kind is the index of its texts.");
+static_assert(wire::HasRowOfEach(Texts, &KindText::kind, Kind::Waiting), "A kind is the index of its texts.");
 
 const KindText& TextOf(Kind kind) {
     return Texts[static_cast<size_t>(kind)];
@@ -94,13 +96,15 @@ void SyncOutput::OnEvent(const SyncEvent& event) {
         _WriteJson(event);
         return;
     }
-    const ErrorMessage error = event.error ? _errors.Of(event.error) : ErrorMessage{"", event.detail};
+    if (event.kind == Kind::Waiting) {
+        _waiting.Add(event);
+        return;
+    }
+    const ErrorMessage error = event.error ? _errors.Below(event.path).Of(event.error) : ErrorMessage{"", event.detail};
     const QString line = QLatin1String(_isDryRun ? text.wouldBeDone : text.done) + QLatin1Char(' ') + event.path +
                          (error.text.isEmpty() ? QString() : QLatin1String(": ") + error.text);
     if (event.IsProblem()) {
-        _ClearBar();
-        _output.Flush();
-        std::cerr << ShownInErrors(line).toStdString() + '\n';
+        _WriteProblem(line);
         if (_isVerbose && !error.detail.isEmpty()) {
             Complain(error.detail);
         }
@@ -109,13 +113,19 @@ void SyncOutput::OnEvent(const SyncEvent& event) {
     }
 }
 
+void SyncOutput::_WriteProblem(const QString& line) {
+    _ClearBar();
+    _output.Flush();
+    std::cerr << ShownInErrors(line).toStdString() + '\n';
+}
+
 void SyncOutput::_WriteJson(const SyncEvent& event) {
     nlohmann::ordered_json object = {{"event", TextOf(event.kind).name}, {"path", event.path.toStdString()}};
     if (event.kind == Kind::Fetched || event.kind == Kind::Updated || event.kind == Kind::Sent) {
         object["bytes"] = event.bytes;
     }
     if (event.error) {
-        const ErrorMessage error = _errors.Of(event.error);
+        const ErrorMessage error = _errors.Below(event.path).Of(event.error);
         object["error"] = error.text.toStdString();
         object["kind"] = error.kind;
         if (error.status != 0) {
@@ -155,6 +165,10 @@ void SyncOutput::Summarise(SyncOutcome outcome) {
         _output.Write(LineOf(object));
         _output.Flush();
         return;
+    }
+    if (const std::optional<SyncEvent> waiting = _waiting.Told()) {
+        _WriteProblem(QLatin1String(TextOf(Kind::Waiting).done) + QLatin1Char(' ') + waiting->path +
+                      QLatin1String(": ") + waiting->detail);
     }
     if (_format == Format::Quiet) {
         return;

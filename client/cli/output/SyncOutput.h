@@ -7,6 +7,7 @@
 #include "client/cli/output/Output.h"
 #include "client/sync/report/ISyncObserver.h"
 #include "client/sync/report/SyncOutcome.h"
+#include "client/sync/report/WaitingDeletions.h"
 
 namespace ovsync {
 namespace output {
@@ -31,6 +32,7 @@ public:
 
 private:
     void _WriteJson(const report::SyncEvent& event);
+    void _WriteProblem(const QString& line);
     /// What was done, or would be, and what is left, each by its number.
     QByteArray _Counted(bool isProblem);
     void _ClearBar();
@@ -43,6 +45,7 @@ private:
     QElapsedTimer _timer;
     bool _isBarShown = false;
     std::map<report::SyncEvent::Kind, int> _counts;
+    report::WaitingDeletions _waiting;
     qint64 _bytes = 0;
 };
 

@@ -113,9 +113,11 @@ QSet<QString> TwoWayPass::_Join(LocalSnapshot& snapshot, SyncPass::Listing& list
         deletionsThere.Delete(goneHere.others);
     } else {
         deletionsHere.Postpone(copies);
-        deletionsHere.Keep(goneThere.others, QStringLiteral(", because not everything could be transferred"));
-        deletionsThere.Keep(goneHere.others);
+        deletionsHere.PutOff(goneThere.others);
+        deletionsThere.PutOff(goneHere.others);
     }
+    deletionsHere.TellOfLimit(hasFetched && hasSent);
+    deletionsThere.TellOfLimit(hasFetched && hasSent);
     _sides.records.Write(here.FindEndedConflicts(_report.Open()));
     moves.RememberFolders();
     return sent;

@@ -23,6 +23,8 @@ struct LocalEntry {
     store::Fingerprint fingerprint;
     /// The permission bits.
     unsigned mode = 0;
+    /// A symbolic link, of what is Other.
+    bool isLink = false;
 
     /// By its owner.
     bool IsExecutable() const { return (mode & 0100U) != 0; }
@@ -34,6 +36,15 @@ struct NamedLocalEntry : LocalEntry {
     QString name;
     bool isUtf8 = true;
 };
+
+/// For people: "a file", "a folder" or what else it is.
+QString KindText(const LocalEntry& entry);
+
+/// For people: why no pass syncs what is Other.
+QString SkippedText(const LocalEntry& entry);
+
+/// For people: what lies here, and that something else lies on the service, which is a folder there or a file.
+QString BlockedText(const LocalEntry& entry, bool isFolderThere);
 
 /// `mode`, executable for all who may read it, or for nobody.
 unsigned WithExecutableBit(unsigned mode, bool isExecutable);

@@ -83,7 +83,7 @@ void ScopedPass::_RunWhole(LocalSnapshot snapshot, bool asksForState) {
     if (!listing.tree) {
         const QStringList others = _direction == Direction::Pull ? QStringList() : snapshot.Others();
         for (const QString& path : others) {
-            _report.Tell(SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder"));
+            _report.Tell(SyncEvent::Kind::Skipped, path, local::SkippedText(snapshot.entries.value(path)));
         }
         _state.Record(_sides.records);
         return;

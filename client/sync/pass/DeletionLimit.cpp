@@ -35,5 +35,10 @@ bool DeletionLimit::Allows(int deletions, int files, bool isAnyLeft) const {
     return deletions == 0 || (isAnyLeft && (files < FewFiles || deletions * qint64(2) <= files));
 }
 
+QString TransfersFirst() {
+    return QStringLiteral(
+        "First mend what else is named, because nothing is deleted before everything else is transferred");
+}
+
 }  // namespace pass
 }  // namespace ovsync

@@ -28,5 +28,8 @@ private:
     int _number = 0;
 };
 
+/// For people: what to do first where the limit is not the only thing that is in the way of deletions.
+QString TransfersFirst();
+
 }  // namespace pass
 }  // namespace ovsync

@@ -86,11 +86,11 @@ void RemoteTree::LeaveOut(const QString& path) {
 QVector<SyncEvent> RemoteTree::LeaveOutLinks(const LocalSnapshot& snapshot) {
     QVector<SyncEvent> events;
     for (const QString& path : snapshot.Others()) {
+        const local::LocalEntry entry = snapshot.entries.value(path);
         if (HasFile(path) || HasFolder(path)) {
-            events.append({SyncEvent::Kind::Refused, path,
-                           QStringLiteral("it is neither a file nor a folder here, and one of both on the service")});
+            events.append({SyncEvent::Kind::Refused, path, local::BlockedText(entry, HasFolder(path))});
         } else {
-            events.append({SyncEvent::Kind::Skipped, path, QStringLiteral("it is neither a file nor a folder")});
+            events.append({SyncEvent::Kind::Skipped, path, local::SkippedText(entry)});
         }
         _refusedPaths.insert(path);
     }

@@ -38,6 +38,9 @@ struct ServiceFolder {
     std::function<void(const QString& from, const QString& to)> moveFile;
     /// As the last listing of the file at a server path said.
     std::function<wire::FileAttributes(const QString& serverPath)> attributesOf;
+    /// Makes the folder to sync. Throws FolderMissing when there is none that it could lie in, and what the library
+    /// throws.
+    std::function<void()> make;
     /// Whether nothing at all lies in the collection at a server path, also of what the library lists nowhere. Throws
     /// what the library throws.
     std::function<bool(const QString& serverPath)> isEmpty;

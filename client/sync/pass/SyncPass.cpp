@@ -121,8 +121,7 @@ SyncPass::Listing SyncPass::ListOrMake(const LocalSnapshot& snapshot) {
         _ThrowMissing();
     }
     if (!_sides.options.isDryRun) {
-        FolderConfiguration folder = _sides.service.folder;
-        _sides.service.folders->CreateFolder(folder, QString(), false);
+        _sides.service.make();
     }
     _report.Tell(SyncEvent::Kind::FolderSent, QStringLiteral("."));
     Listing listing;

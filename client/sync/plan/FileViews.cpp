@@ -10,7 +10,6 @@ namespace plan {
 using local::LocalEntry;
 using local::LocalSnapshot;
 using pass::FileComparison;
-using pass::HasIdentity;
 using pass::IsContentOf;
 using pass::IsCopyOf;
 using pass::LocalState;

@@ -21,13 +21,26 @@ bool LocalDeletions::MayDelete(int deletions) {
     if (_sides.options.deletionLimit.Allows(deletions, files, isAnyThere)) {
         return true;
     }
-    const char* const command = _sides.options.deletes ? "pull --delete --max-delete %1" : "sync --max-delete %1";
-    _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
-                 QStringLiteral("the service lacks %1 of the %2 files here, which is too many to be deleted without a "
-                                "word; nothing is. Look whether they should go, and run \"%3\" then")
-                     .arg(QString::number(deletions), QString::number(files),
-                          PassCommand(QString::fromLatin1(command).arg(deletions), _sides.service, _sides.options)));
+    _limit = QStringLiteral(
+                 "the service lacks %1 of the %2 files here, which is too many to be deleted without a word; nothing "
+                 "is. ")
+                 .arg(deletions)
+                 .arg(files);
+    _refusedDeletions = deletions;
     return false;
+}
+
+void LocalDeletions::TellOfLimit(bool isAllTransferred) {
+    if (_limit.isEmpty()) {
+        return;
+    }
+    const char* const command = _sides.options.deletes ? "pull --delete --max-delete %1" : "sync --max-delete %1";
+    const QString wayOut =
+        isAllTransferred
+            ? QStringLiteral("Look whether they should go, and run \"%1\" then")
+                  .arg(PassCommand(QString::fromLatin1(command).arg(_refusedDeletions), _sides.service, _sides.options))
+            : pass::TransfersFirst();
+    _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."), _limit + wayOut);
 }
 
 void LocalDeletions::Delete(PullPlan::Gone gone) {
@@ -44,13 +57,21 @@ void LocalDeletions::Postpone(const PullPlan::Gone& gone) {
     }
 }
 
-void LocalDeletions::Keep(const PullPlan::Gone& gone, const QString& reason) {
-    const QString detail = QStringLiteral("it was deleted on the service") + reason;
+void LocalDeletions::Keep(const PullPlan::Gone& gone) {
+    _Tell(SyncEvent::Kind::Kept, gone, QStringLiteral("it was deleted on the service"));
+}
+
+void LocalDeletions::PutOff(const PullPlan::Gone& gone) {
+    _Tell(SyncEvent::Kind::Waiting, gone,
+          QStringLiteral("it was deleted on the service, and stays here until everything else is transferred"));
+}
+
+void LocalDeletions::_Tell(SyncEvent::Kind kind, const PullPlan::Gone& gone, const QString& detail) {
     for (const QString& folder : gone.folders) {
-        _report.Tell(SyncEvent::Kind::Kept, folder, detail);
+        _report.Tell(kind, folder, detail);
     }
     for (const store::Placement& file : gone.files) {
-        _report.Tell(SyncEvent::Kind::Kept, file.record.path, detail);
+        _report.Tell(kind, file.record.path, detail);
     }
 }
 

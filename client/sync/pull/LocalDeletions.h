@@ -19,16 +19,21 @@ public:
                    pass::PassReport& report)
         : _sides(sides), _remote(remote), _changes(changes), _report(report), _check(sides.service, remote) {}
 
-    /// Whether so many files may be deleted. Tells when they may not.
+    /// Whether so many files may be deleted.
     [[nodiscard]] bool MayDelete(int deletions);
+    /// Tells of it when they may not; with the command that does it all the same, unless something else is in the way.
+    void TellOfLimit(bool isAllTransferred);
     /// Deletes what the service says is not there when it is asked by name. Throws Cancelled.
     void Delete(PullPlan::Gone gone);
     /// Leaves all of it to the next pass, without a word.
     void Postpone(const PullPlan::Gone& gone);
-    /// Tells that all of it is kept.
-    void Keep(const PullPlan::Gone& gone, const QString& reason);
+    /// Tells that all of it is kept, because nothing is to be deleted.
+    void Keep(const PullPlan::Gone& gone);
+    /// Tells that all of it goes once everything else was transferred.
+    void PutOff(const PullPlan::Gone& gone);
 
 private:
+    void _Tell(report::SyncEvent::Kind kind, const PullPlan::Gone& gone, const QString& detail);
     /// Tells when it is.
     bool _IsThere(const QString& path);
 
@@ -37,6 +42,10 @@ private:
     LocalChanges& _changes;
     pass::PassReport& _report;
     GoneCheck _check;
+    /// Why nothing may be deleted; empty unless that is so.
+    QString _limit;
+    /// What is then not deleted.
+    int _refusedDeletions = 0;
 };
 
 }  // namespace pull

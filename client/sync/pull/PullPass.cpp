@@ -44,8 +44,8 @@ void PullPass::_Pull(LocalSnapshot& snapshot, const SyncPass::Listing& listing) 
     if (deletes) {
         deletions.Delete(std::move(gone.inTheWay));
     } else if (!_sides.options.deletes) {
-        deletions.Keep(gone.inTheWay, QString());
-        deletions.Keep(gone.others, QString());
+        deletions.Keep(gone.inTheWay);
+        deletions.Keep(gone.others);
     }
 
     const PullPlan::Folders folders = plan.FindFolders({});
@@ -69,8 +69,9 @@ void PullPass::_Pull(LocalSnapshot& snapshot, const SyncPass::Listing& listing) 
     if (deletes && hasAll) {
         deletions.Delete(std::move(gone.others));
     } else if (deletes) {
-        deletions.Keep(gone.others, QStringLiteral(", because not everything could be fetched"));
+        deletions.PutOff(gone.others);
     }
+    deletions.TellOfLimit(hasAll);
     _sides.records.Write(plan.FindEndedConflicts(_report.Open()));
 }
 

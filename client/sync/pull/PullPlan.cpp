@@ -5,6 +5,7 @@
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
+#include "client/sync/pass/RemoteVersion.h"
 
 namespace ovsync {
 namespace pull {
@@ -12,10 +13,8 @@ namespace pull {
 using local::ConflictText;
 using local::FolderOf;
 using local::LocalContent;
-using local::LocalEntry;
 using local::TemporaryBeside;
 using pass::IsCopyOf;
-using pass::LocalState;
 using pass::RemoteState;
 using pass::RemoteTree;
 using plan::Direction;
@@ -104,11 +103,7 @@ PullPlan::Folders PullPlan::FindFolders(const QSet<QString>& needed) const {
         if (_snapshot.HasFolder(path)) {
             folders.records.folders.append(path);
         } else if (here != _snapshot.entries.end()) {
-            folders.events.append({SyncEvent::Kind::Refused, path,
-                                   here->kind == LocalEntry::Kind::File
-                                       ? QStringLiteral("it is a folder on the service and a file here")
-                                       : QStringLiteral("it is a folder on the service, and neither file nor folder "
-                                                        "here")});
+            folders.events.append({SyncEvent::Kind::Refused, path, local::BlockedText(*here, true)});
         } else if (!deleted.contains(path) &&
                    (_snapshot.HasFolder(FolderOf(path)) || missing.contains(FolderOf(path)))) {
             missing.insert(path);
@@ -163,11 +158,7 @@ void PullPlan::Take(const FileView& view, Fetches& fetches) {
             if (view.situation.there == RemoteState::Folder) {
                 break;
             }
-            fetches.events.append({SyncEvent::Kind::Refused, view.path,
-                                   view.here.state == LocalState::Folder
-                                       ? QStringLiteral("it is a file on the service and a folder here")
-                                       : QStringLiteral("it is a file on the service, and neither file nor folder "
-                                                        "here")});
+            fetches.events.append({SyncEvent::Kind::Refused, view.path, local::BlockedText(*view.here.entry, false)});
             break;
         default:
             break;

@@ -58,8 +58,9 @@ QSet<QString> PushPass::_Push(const LocalSnapshot& snapshot, SyncPass::Listing& 
     if (hasAll) {
         deletions.Delete(gone.others);
     } else {
-        deletions.Keep(gone.others);
+        deletions.PutOff(gone.others);
     }
+    deletions.TellOfLimit(hasAll);
     return sent;
 }
 

@@ -8,6 +8,7 @@
 namespace ovsync {
 namespace push {
 
+using local::BlockedText;
 using local::ConflictText;
 using local::FolderOf;
 using local::LocalEntry;
@@ -15,6 +16,7 @@ using local::LocalSnapshot;
 using pass::LocalState;
 using pass::PassSides;
 using pass::RecordMaker;
+using pass::RemoteState;
 using pass::RemoteTree;
 using plan::Direction;
 using plan::FileView;
@@ -36,11 +38,6 @@ bool IsInTheWay(const LocalSnapshot& snapshot, const QString& path) {
         }
     }
     return false;
-}
-
-QString BlockedText(const FileView& view) {
-    return view.here.state == LocalState::Folder ? QStringLiteral("it is a folder here and a file on the service")
-                                                 : QStringLiteral("it is a file here and a folder on the service");
 }
 
 }  // namespace
@@ -120,7 +117,8 @@ void PushPlan::Take(const FileView& view) {
         case SyncStep::DeleteThere:
             // What is to be deleted was found before.
             if (view.here.state != LocalState::Nothing) {
-                _Tell(SyncEvent::Kind::Refused, path, BlockedText(view));
+                _Tell(SyncEvent::Kind::Refused, path,
+                      BlockedText(*view.here.entry, view.situation.there == RemoteState::Folder));
                 Block(path);
             } else if (!_sides.options.deletes) {
                 _Tell(SyncEvent::Kind::DeletedHere, path);
@@ -147,7 +145,8 @@ void PushPlan::Take(const FileView& view) {
             _Tell(SyncEvent::Kind::Conflict, path, QStringLiteral("it changed here, and was deleted on the service"));
             break;
         case SyncStep::Blocked:
-            _Tell(SyncEvent::Kind::Refused, path, BlockedText(view));
+            _Tell(SyncEvent::Kind::Refused, path,
+                  BlockedText(*view.here.entry, view.situation.there == RemoteState::Folder));
             Block(path);
             break;
         default:

@@ -41,14 +41,24 @@ bool RemoteDeletions::MayDelete(int deletions) {
                                       : QStringLiteral(
                                             "%1 of %2 files are gone here, which is too many to be deleted "
                                             "on the service without a word");
-    const char* const command = _sides.options.deletes ? "push --delete --max-delete %1" : "sync --max-delete %1";
-    _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
-                 reason.arg(deletions).arg(files) +
-                     QStringLiteral("; nothing is deleted there. Look whether they should go, and run \"%1\" then, or "
-                                    "bring them back by \"%2\"")
-                         .arg(PassCommand(QString::fromLatin1(command).arg(deletions), _sides.service, _sides.options),
-                              PassCommand(QStringLiteral("pull"), _sides.service, _sides.options)));
+    _limit = reason.arg(deletions).arg(files);
+    _refusedDeletions = deletions;
     return false;
+}
+
+void RemoteDeletions::TellOfLimit(bool isAllTransferred) {
+    if (_limit.isEmpty()) {
+        return;
+    }
+    const char* const command = _sides.options.deletes ? "push --delete --max-delete %1" : "sync --max-delete %1";
+    const QString wayOut =
+        isAllTransferred
+            ? QStringLiteral("Look whether they should go, and run \"%1\" then, or bring them back by \"%2\"")
+                  .arg(PassCommand(QString::fromLatin1(command).arg(_refusedDeletions), _sides.service, _sides.options),
+                       PassCommand(QStringLiteral("pull"), _sides.service, _sides.options))
+            : pass::TransfersFirst();
+    _report.Tell(SyncEvent::Kind::Kept, QStringLiteral("."),
+                 _limit + QStringLiteral("; nothing is deleted there. ") + wayOut);
 }
 
 bool RemoteDeletions::_IsAnyHere() const {
@@ -65,10 +75,10 @@ void RemoteDeletions::Delete(const PushPlan::Gone& gone) {
     });
 }
 
-void RemoteDeletions::Keep(const PushPlan::Gone& gone) {
+void RemoteDeletions::PutOff(const PushPlan::Gone& gone) {
     for (const PushOrder& file : gone.files) {
-        _report.Tell(SyncEvent::Kind::Kept, file.path,
-                     QStringLiteral("it was deleted here; the service still has it, because not everything could be "
+        _report.Tell(SyncEvent::Kind::Waiting, file.path,
+                     QStringLiteral("it was deleted here, and stays on the service until everything else is "
                                     "transferred"));
     }
     for (const QString& folder : gone.folders) {

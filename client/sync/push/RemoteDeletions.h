@@ -29,14 +29,16 @@ public:
           _remote(remote),
           _report(report) {}
 
-    /// Whether so many files may be deleted. Tells when they may not.
+    /// Whether so many files may be deleted.
     [[nodiscard]] bool MayDelete(int deletions);
+    /// Tells of it when they may not; with the command that does it all the same, unless something else is in the way.
+    void TellOfLimit(bool isAllTransferred);
     /// Deletes what passes left behind that were killed while they deleted a folder.
     void ClearUp();
     /// Throws Cancelled, and what PassReport::TellFailure throws.
     void Delete(const PushPlan::Gone& gone);
-    /// Tells that all of it is kept.
-    void Keep(const PushPlan::Gone& gone);
+    /// Tells that all of it goes once everything else was transferred.
+    void PutOff(const PushPlan::Gone& gone);
 
 private:
     bool _IsAnyHere() const;
@@ -56,6 +58,10 @@ private:
     const local::LocalSnapshot& _snapshot;
     pass::RemoteTree& _remote;
     pass::PassReport& _report;
+    /// Why nothing may be deleted; empty unless that is so.
+    QString _limit;
+    /// What is then not deleted.
+    int _refusedDeletions = 0;
 };
 
 }  // namespace push

@@ -40,7 +40,9 @@ struct SyncEvent {
         /// The file cannot be synced as it is.
         Refused,
         /// The service could not be reached or understood for this file.
-        Failed
+        Failed,
+        /// The other side deleted it. It goes by itself once everything else was transferred.
+        Waiting
     };
 
     Kind kind;

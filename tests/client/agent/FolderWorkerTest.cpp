@@ -195,6 +195,21 @@ TEST_F(FolderWorkerTest, TellsWhatIsLeftToSomebodyOnceForEachPath) {
     EXPECT_EQ(status.problems.first().detail, Text("pull"));
 }
 
+TEST_F(FolderWorkerTest, DeletionsThatWaitForTheRestAreOneThingThatIsLeft) {
+    _script.Add([](const std::atomic<bool>&, ISyncObserver& observer) {
+        observer.OnEvent({SyncEvent::Kind::Waiting, Text("a"), QString(), 0});
+        observer.OnEvent({SyncEvent::Kind::Refused, Text("b"), Text("bad name"), 0});
+        observer.OnEvent({SyncEvent::Kind::Waiting, Text("c"), QString(), 0});
+        return PassResult{PassEnd::LeftSome, QString()};
+    });
+    Start();
+    const FolderStatus status = StatusWhen(IsWaiting);
+    EXPECT_EQ(status.problemCount, 2);
+    ASSERT_EQ(status.problems.size(), 2);
+    EXPECT_EQ(status.problems.first().path, Text("b"));
+    EXPECT_TRUE(status.problems.last().detail.startsWith(Text("2 deletions wait until everything else")));
+}
+
 TEST_F(FolderWorkerTest, OfManyProblemsAHundredAreNamedAndAllCounted) {
     _script.Add([](const std::atomic<bool>&, ISyncObserver& observer) {
         for (int i = 0; i < 250; ++i) {
@@ -361,7 +376,7 @@ TEST_F(FolderWorkerTest, StoppingEndsAPassAndIsTold) {
 TEST_F(FolderWorkerTest, AFolderThatIsNotThereIsToldOf) {
     _folder.directory = _directory.filePath(Text("missing"));
     Start();
-    EXPECT_EQ(StatusWhen(IsWaiting).notWatched, Text("No such file or directory"));
+    EXPECT_EQ(StatusWhen(IsWaiting).notWatched, Text("the folder is gone, or its disk is not mounted"));
 }
 
 TEST_F(FolderWorkerTest, APassIsToldWhatChangedSinceTheOneBefore) {

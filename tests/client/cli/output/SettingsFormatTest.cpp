@@ -48,9 +48,9 @@ public:
 class SettingsFormatTest : public testing::Test {
 protected:
     SettingsFormatTest() {
-        published.syncFrequency = 13;
-        published.mostCurrentVersion = QStringLiteral("KQ51_14_WIN");
-        published.installerUrl = QStringLiteral("http://h/15");
+        published->syncFrequency = 13;
+        published->mostCurrentVersion = QStringLiteral("KQ51_14_WIN");
+        published->installerUrl = QStringLiteral("http://h/15");
     }
 
     nlohmann::json Json(const QString& asked) {
@@ -59,7 +59,7 @@ protected:
     std::string Table(const QString& asked) { return SettingsTable(tuning, published, asked, Output()).toStdString(); }
 
     UnlikeTuning tuning;
-    ExternalSyncConfig published;
+    std::optional<ExternalSyncConfig> published = ExternalSyncConfig();
     const QString path = QStringLiteral("a/b.txt");
 };
 
@@ -90,6 +90,13 @@ TEST_F(SettingsFormatTest, TheTableHasEachValueOnItsSide) {
           "\nFailed passes in a row +12 +-\n"}) {
         EXPECT_THAT(table, ContainsRegex(line));
     }
+}
+
+TEST_F(SettingsFormatTest, WhereNothingIsPublishedThatIsSaidAndTheLibraryCounts) {
+    published.reset();
+    EXPECT_THAT(Table(path), ContainsRegex("^This server publishes no settings.*\nSync frequency +1 +-\n"));
+    EXPECT_EQ(Json(path)["service"], nullptr);
+    EXPECT_EQ(Json(path)["library"]["syncFrequency"], 1);
 }
 
 TEST_F(SettingsFormatTest, WhatDependsOnThePathIsAskedForThatPath) {

@@ -1,6 +1,7 @@
 #include "client/sync/both/TwoWayPass.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <QDir>
 #include <QFile>
@@ -16,6 +17,7 @@ namespace {
 using ovsync::pass::DeletionLimit;
 using ovsync::pass::SyncOptions;
 using ovsync::pass::WrongFolder;
+using ovsync::report::SyncEvent;
 using ovsync::report::SyncOutcome;
 using ovsync::store::RecordDatabase;
 using ovsync::wire::TransactionError;
@@ -286,6 +288,63 @@ TEST_P(TwoWayPassTest, TooManyDeletionsThereAreNotBelieved) {
     EXPECT_TRUE(service.Contents().empty());
 }
 
+TEST_P(TwoWayPassTest, TooManyDeletionsNameTheirCommandOnlyWhereNothingElseIsInTheWay) {
+    options.deletionLimit = DeletionLimit();
+    Begin({"a", "b", "c", "d"});
+    for (const char* path : {"a", "b"}) {
+        Remove(path);
+    }
+    for (const char* path : {"c", "d"}) {
+        service.Remove(Text(path));
+    }
+    options.deletionLimit = *DeletionLimit::Read(Text("1"));
+    const auto kept = [this] {
+        QStringList details;
+        for (const SyncEvent& event : events) {
+            if (event.kind == SyncEvent::Kind::Kept) {
+                details.append(event.detail);
+            }
+        }
+        return details;
+    };
+    Write("new", "1");
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("PUT")) {
+            throw HttpException(Text("no room"), 507, QUrl());
+        }
+    };
+    EXPECT_NE(Sync(), SyncOutcome::InStep);
+    ASSERT_EQ(kept().size(), 2);
+    for (const QString& detail : kept()) {
+        EXPECT_FALSE(detail.contains(Text("--max-delete"))) << detail.toStdString();
+        EXPECT_TRUE(detail.contains(Text("First mend what else is named"))) << detail.toStdString();
+    }
+    service.onRequest = nullptr;
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    ASSERT_EQ(kept().size(), 2);
+    for (const QString& detail : kept()) {
+        EXPECT_TRUE(detail.contains(Text("sync --max-delete 2"))) << detail.toStdString();
+    }
+}
+
+TEST_P(TwoWayPassTest, DeletionsOfBothSidesWaitUntilAllElseIsTransferred) {
+    Begin({"a", "b"});
+    Remove("a");
+    service.Remove(Text("b"));
+    Write("new", "1");
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("PUT")) {
+            throw HttpException(Text("no room"), 507, QUrl());
+        }
+    };
+    EXPECT_NE(Sync(), SyncOutcome::InStep);
+    const QStringList told = Told();
+    EXPECT_TRUE(told.contains(Text("Waiting a")) && told.contains(Text("Waiting b"))) << told.join(',').toStdString();
+    service.onRequest = nullptr;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), (std::map<QString, QByteArray>{{Text("new"), "1"}}));
+}
+
 TEST_P(TwoWayPassTest, AnotherFolderInThePlaceOfThisOneDeletesNothingThere) {
     options.deletionLimit = DeletionLimit();
     Begin({"a", "b", "c", "d"});
@@ -319,7 +378,22 @@ TEST_P(TwoWayPassTest, WhatLiesBehindALinkStaysThere) {
     ASSERT_TRUE(QFile::link(Text("/tmp"), Path("f")));
     EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList(Text("Refused f")));
+    EXPECT_EQ(Details(),
+              QStringList(Text("it is a link here and a folder on the service; rename or remove one of the two")));
     EXPECT_EQ(service.Contents().size(), 2U);
+}
+
+TEST_P(TwoWayPassTest, WhatIsNeitherFileNorFolderHereIsNamedForWhatItIs) {
+    Begin({"stays"});
+    ASSERT_EQ(mkfifo(Path("pipe").toUtf8().constData(), 0600), 0);
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Details(), QStringList(Text("it is a pipe, a socket or a device, which is never synced")));
+    service.Put(Text("pipe"), "1");
+    for (const bool isPull : {false, true}) {
+        EXPECT_EQ(isPull ? Pull() : Sync(), SyncOutcome::LeftSome);
+        EXPECT_EQ(Details(), QStringList(Text("it is a pipe, a socket or a device here and a file on the service; "
+                                              "rename or remove one of the two")));
+    }
 }
 
 TEST_P(TwoWayPassTest, FilesAndFoldersTakeEachOthersPlacesOnBothSides) {

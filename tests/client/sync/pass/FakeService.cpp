@@ -519,6 +519,9 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.folder.serverPath = Text("S");
     service.folder.serverRootPath = Text("S");
     service.folder.localPath = localPath;
+    service.make = [folders = service.folders, made = service.folder]() mutable {
+        folders->CreateFolder(made, QString(), false);
+    };
     return service;
 }
 

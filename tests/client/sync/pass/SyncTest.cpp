@@ -45,8 +45,9 @@ constexpr KindName KindNames[] = {
     {SyncEvent::Kind::Kept, "Kept"},
     {SyncEvent::Kind::Refused, "Refused"},
     {SyncEvent::Kind::Failed, "Failed"},
+    {SyncEvent::Kind::Waiting, "Waiting"},
 };
-static_assert(ovsync::wire::HasRowOfEach(KindNames, &KindName::kind, SyncEvent::Kind::Failed),
+static_assert(ovsync::wire::HasRowOfEach(KindNames, &KindName::kind, SyncEvent::Kind::Waiting),
               "A kind is the index of its name.");
 
 }  // namespace

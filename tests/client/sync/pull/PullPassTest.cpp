@@ -466,7 +466,7 @@ TEST_P(PullPassTest, DeletionsWaitUntilEverythingCouldBeFetched) {
     service.Put(Text("renamed"), "1");
     FailEveryGet();
     EXPECT_EQ(Pull(), SyncOutcome::Failed);
-    EXPECT_EQ(Told(), QStringList({Text("Failed renamed"), Text("Kept a")}));
+    EXPECT_EQ(Told(), QStringList({Text("Failed renamed"), Text("Waiting a")}));
     service.onRequest = nullptr;
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(Contents(), Files({{Text("renamed"), "1"}}));

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <functional>
+
+#include "client/cli/input/Location.h"
+#include "client/library/ServiceConnection.h"
+
+namespace ovsync {
+namespace input {
+
+/// Has `make` make something at `location`. Throws FolderMissing where that was refused because there is no folder for
+/// it, and else what `make` throws.
+void MakeAt(library::ServiceConnection& connection, const Location& location, const std::function<void()>& make);
+
+}  // namespace input
+}  // namespace ovsync
