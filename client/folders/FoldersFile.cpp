@@ -49,6 +49,9 @@ void RequireApart(const SyncedFolder& outer, const SyncedFolder& inner) {
 
 /// Throws WrongFolder when a pass would.
 void RequireSameService(const SyncedFolder& folder) {
+    if (!QDir(folder.directory).exists()) {
+        return;
+    }
     store::RecordDatabase records(folder.directory, store::RecordDatabase::Access::Try);
     pass::ServiceFolder service;
     service.folder.localPath = folder.directory;
@@ -59,6 +62,17 @@ void RequireSameService(const SyncedFolder& folder) {
     options.daysKept = folder.daysKept;
     options.exclusion = local::Exclusion(folder.rules);
     pass::SyncPass::RequireSameService(records, service, options);
+}
+
+void RequireAddableTo(const QVector<SyncedFolder>& folders, const SyncedFolder& folder) {
+    for (const SyncedFolder& known : folders) {
+        if (known.directory == folder.directory) {
+            throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
+        }
+        RequireApart(known, folder);
+        RequireApart(folder, known);
+    }
+    RequireSameService(folder);
 }
 
 FoldersReading ReadHere(const QByteArray& text) {
@@ -116,16 +130,15 @@ bool HasFoldersFileChanged(const FoldersReading& since) {
     }
 }
 
+void RequireAddable(const SyncedFolder& folder) {
+    const FoldersReading reading = ReadHere(ReadWholeFile(FoldersFilePath()));
+    RequireNoMistake(reading);
+    RequireAddableTo(reading.folders, folder);
+}
+
 void AddToFoldersFile(const SyncedFolder& folder) {
     Edit([&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
-        for (const SyncedFolder& known : folders) {
-            if (known.directory == folder.directory) {
-                throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
-            }
-            RequireApart(known, folder);
-            RequireApart(folder, known);
-        }
-        RequireSameService(folder);
+        RequireAddableTo(folders, folder);
         return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
     });
 }

@@ -37,8 +37,9 @@ QByteArray Block(const QString& directory, const QString& url) {
 class AgentSyncTest : public testing::Test {
 protected:
     void Add(const QString& url, const QStringList& options = QStringList(), const char* directory = "synced") {
-        const ProgramResult result =
-            _user.Ovsync(QStringList({Text("folders"), Text("add"), _user.Path(Text(directory)), url}) + options);
+        const ProgramResult result = _user.Ovsync(
+            QStringList({Text("folders"), Text("add"), _user.Path(Text(directory)), url, Text("--no-check")}) +
+            options);
         ASSERT_EQ(result.exitCode, 0) << ErrorsOf(result);
     }
 

@@ -17,6 +17,10 @@ sync::config::FolderConfiguration FindFolder(library::ServiceConnection& connect
 /// it, and else what `make` throws.
 void MakeAt(library::ServiceConnection& connection, const input::Location& location, const std::function<void()>& make);
 
+/// Throws FolderMissing when there is no folder that `location`, where there is nothing, could be in. One that the
+/// service does not show counts as there.
+void RequireFolderAbove(library::ServiceConnection& connection, const input::Location& location);
+
 /// Throws the HttpException of status 404 that says that there is no folder at `location`.
 [[noreturn]] void ThrowNoSuchFolder(const input::Location& location);
 
