@@ -34,19 +34,6 @@ const char Header[] =
     "# The folders that ovsync keeps in step. \"ovsync folders\" changes this file, and so may you.\n"
     "# The agent reads it when it starts, and after \"pkill -HUP OvSync.exe\".\n";
 
-/// Throws UsageError when `inner` lies in `outer` and is not left out there.
-void RequireApart(const SyncedFolder& outer, const SyncedFolder& inner) {
-    if (!inner.directory.startsWith(outer.directory + QLatin1Char('/'))) {
-        return;
-    }
-    const QString path = inner.directory.mid(outer.directory.size() + 1);
-    if (!local::Exclusion(outer.rules).HasFolderAt(path)) {
-        throw UsageError(QStringLiteral("%1 lies in %2. To keep both in step, exclude \"/%3\" from %2 first: by "
-                                        "--exclude when that is added, or in %4.")
-                             .arg(inner.directory, outer.directory, path, FoldersFilePath()));
-    }
-}
-
 /// Throws WrongFolder when a pass would.
 void RequireSameService(const SyncedFolder& folder) {
     if (!QDir(folder.directory).exists()) {
@@ -69,8 +56,11 @@ void RequireAddableTo(const QVector<SyncedFolder>& folders, const SyncedFolder& 
         if (known.directory == folder.directory) {
             throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
         }
-        RequireApart(known, folder);
-        RequireApart(folder, known);
+        const QString reason = ReasonAgainstBoth(known, folder);
+        if (!reason.isEmpty()) {
+            throw UsageError(
+                QStringLiteral("%1 first: by --exclude when that is added, or in %2").arg(reason, FoldersFilePath()));
+        }
     }
     RequireSameService(folder);
 }
