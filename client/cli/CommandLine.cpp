@@ -104,6 +104,19 @@ std::string OwnersOf(const std::vector<std::string>& unknown, const CLI::App& ap
     return std::string();
 }
 
+/// It would be dropped, and what has the name without it be taken.
+void RefuseByteOrderMarks(int argc, const char* const* argv) {
+    const std::string mark = "\xEF\xBB\xBF";
+    for (int at = 1; at < argc; ++at) {
+        const std::string word = argv[at];
+        if (word.compare(0, mark.size(), mark) == 0) {
+            throw CLI::ValidationError("\"" + word.substr(mark.size()) +
+                                       "\" begins with a byte order mark, which nobody sees; leave it away, or write "
+                                       "./ before it where it belongs to a file's name");
+        }
+    }
+}
+
 /// What is wrong with a command line of which `error` was thrown, and `complaint` written.
 std::string UsageText(const CLI::ParseError& error, const std::string& complaint, const CLI::App& app) {
     std::vector<std::string> unknown = app.remaining(true);
@@ -173,6 +186,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         app.footer(Footer);
         AddCommands(registry);
         try {
+            RefuseByteOrderMarks(argc, argv);
             std::vector<std::string> words = CommandFirst(app, argc, argv);
             std::reverse(words.begin(), words.end());
             app.parse(std::move(words));

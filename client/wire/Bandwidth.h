@@ -33,11 +33,13 @@ public:
         const auto time = std::chrono::duration<double>(static_cast<double>(size) / static_cast<double>(_rate));
         const std::lock_guard<std::mutex> lock(_mutex);
         Clock::time_point& freeAt = _freeAt.at(static_cast<size_t>(way));
-        freeAt = std::max(freeAt, Clock::now()) + std::chrono::duration_cast<Clock::duration>(time);
+        freeAt = std::max(freeAt, Clock::now() - LongestDelay) + std::chrono::duration_cast<Clock::duration>(time);
     }
 
 private:
     static constexpr qint64 PiecesInASecond = 8;
+    /// Nobody is woken up just in time. What is not moved for so long may be moved afterwards.
+    static constexpr std::chrono::milliseconds LongestDelay{100};
 
     const qint64 _rate;
     mutable std::mutex _mutex;

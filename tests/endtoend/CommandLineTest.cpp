@@ -82,6 +82,18 @@ TEST_F(CommandLineTest, AListingAboveALimitIsAnErrorThatNamesTheOption) {
     EXPECT_EQ(list("--max-listing-entries", "0").exitCode, 2);
 }
 
+TEST_F(CommandLineTest, AByteOrderMarkIsNeverLeftAway) {
+    Service service;
+    service.AddFile(Text("x"), "kept");
+    const QString mark = QChar(QChar::ByteOrderMark);
+    for (const QString& url : {service.Url() + mark + Text("x"), mark + service.Url() + Text("x")}) {
+        const ProgramResult result = RunOvsync({Text("rm"), url});
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(ErrorsOf(result), HasSubstr("byte order mark"));
+    }
+    EXPECT_EQ(List(service.Url()).output, QByteArray("x\n"));
+}
+
 TEST_F(CommandLineTest, NamesOfEveryKindComeThroughUnchanged) {
     Service service;
     const char* const names[] = {

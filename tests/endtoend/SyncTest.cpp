@@ -211,6 +211,9 @@ TEST_F(SyncCommandTest, ConflictsAreListedUntilTheyEnd) {
     EXPECT_THAT(conflicts({}), AllOf(HasSubstr("a\n"), HasSubstr("a (from the service, "), HasSubstr("To keep yours")));
     EXPECT_THAT(conflicts({Text("--json")}), HasSubstr("[{\"path\":\"a\",\"serviceVersion\":\"a (from the service, "));
     for (const QString& copy : QDir(_first.path()).entryList({Text("a (from*")})) {
+        Write(First(copy.toUtf8().constData()), "theirs and mine");
+        EXPECT_THAT(conflicts({}), HasSubstr("changed here since: a (from"));
+        EXPECT_THAT(conflicts({Text("--json")}), HasSubstr("\"isChanged\":true"));
         ASSERT_TRUE(QFile::remove(_first.filePath(copy)));
     }
     EXPECT_EQ(conflicts({}), "");

@@ -70,6 +70,10 @@ Location Location::FromUrl(const QString& text) {
     Location location;
     for (const QString& segment : url.path(QUrl::FullyEncoded).split(QLatin1Char('/'), Qt::SkipEmptyParts)) {
         const QString name = QUrl::fromPercentEncoding(segment.toUtf8());
+        // It would be dropped, and what has the name without it be taken.
+        if (segment.startsWith(QLatin1String("%EF%BB%BF"), Qt::CaseInsensitive)) {
+            Reject(shown, QStringLiteral("a name may not begin with a byte order mark (%EF%BB%BF)"));
+        }
         if (name == QLatin1String(".") || name == QLatin1String("..")) {
             Reject(shown, QStringLiteral("a path may not have '.' or '..' in it"));
         }

@@ -179,7 +179,8 @@ QVector<NamedLocalEntry> LocalTree::List(const QString& folder) {
         }
         NamedLocalEntry entry;
         static_cast<LocalEntry&>(entry) = EntryOf(status);
-        entry.name = QString::fromUtf8(name);
+        // At the beginning of a text a byte order mark would be dropped.
+        entry.name = QString::fromUtf8('/' + name).mid(1);
         entry.isUtf8 = entry.name.toUtf8() == name;
         entries.append(entry);
     }

@@ -30,6 +30,9 @@ QString ReasonAgainst(const QString& name) {
     if (name.contains(QChar(QChar::ReplacementCharacter)) || !name.isValidUtf16()) {
         return QStringLiteral("the name is not UTF-8");
     }
+    if (name.startsWith(QChar(QChar::ByteOrderMark))) {
+        return QStringLiteral("the name begins with a byte order mark, which nobody sees");
+    }
     if (name.toUtf8().size() > NameLimit) {
         return QStringLiteral("the name has more than %1 bytes").arg(NameLimit);
     }

@@ -131,10 +131,12 @@ bool FileComparison::_HasContentOfRecord(const FileConfiguration& remote, const 
 
 void FileComparison::Read(const QString& path, LocalFileState& file) const {
     try {
-        if (const std::optional<LocalContent> content =
-                LocalContent::Of(_sides.tree, path, *_sides.options.isStopped)) {
+        const std::optional<LocalContent> content = LocalContent::Of(_sides.tree, path, *_sides.options.isStopped);
+        // Its permissions may have changed since it was looked at, too.
+        const std::optional<LocalEntry> now = content ? _sides.tree.Look(path) : std::nullopt;
+        if (now && now->kind == LocalEntry::Kind::File && now->fingerprint.IsUnchangedSince(content->fingerprint)) {
             file.md5 = content->md5;
-            file.entry->fingerprint = content->fingerprint;
+            file.entry = now;
         }
     } catch (const LocalError& e) {
         // What cannot be read counts as changed, and so stays as it is.

@@ -71,6 +71,10 @@ bool DiffersByMissingChecksum(const FileConfiguration& file, const FileConfigura
            file.md5Checksum.isEmpty() != known.md5Checksum.isEmpty();
 }
 
+bool IsCopyOf(const FileConfiguration& file, const store::ConflictCopy& copy) {
+    return HasIdentity(file, copy.identity) || file.md5Checksum.compare(copy.contentMd5, Qt::CaseInsensitive) == 0;
+}
+
 bool IsOlder(const FileConfiguration& file, const FileConfiguration& known) {
     const QString key = QStringLiteral("version");
     bool hasNumber = false;

@@ -4,6 +4,7 @@
 #include <QString>
 
 #include "client/content/ContentVersion.h"
+#include "client/store/ConflictCopy.h"
 #include "host/configuration/FileConfiguration.h"
 
 /// How one version of a service's file is known from another. Thread-safe.
@@ -43,6 +44,9 @@ bool HasIdentity(const sync::config::FileConfiguration& file, const QString& ide
 
 /// The same where only one of the two has a checksum: what was received of the version is a part of this one.
 bool IsOfVersion(const sync::config::FileConfiguration& file, const QString& identity);
+
+/// Whether `copy` is of this version; its checksum may have become known after the copy was made.
+bool IsCopyOf(const sync::config::FileConfiguration& file, const store::ConflictCopy& copy);
 
 /// Whether `file` is another version of the file that `known` is one of, and has a lower number.
 bool IsOlder(const sync::config::FileConfiguration& file, const sync::config::FileConfiguration& known);

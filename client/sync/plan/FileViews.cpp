@@ -12,6 +12,7 @@ using local::LocalSnapshot;
 using pass::FileComparison;
 using pass::HasIdentity;
 using pass::IsContentOf;
+using pass::IsCopyOf;
 using pass::LocalState;
 using pass::PassReport;
 using pass::PassSides;
@@ -109,9 +110,7 @@ bool FileViews::_IsContentThere(const FileView& view, const QString& md5) const 
 
 void FileViews::_FindCopies(FileView& view) const {
     for (const ConflictCopy& copy : _copiesOf.values(view.path)) {
-        // A checksum may have become known after the copy was made.
-        const bool isOfVersion = HasIdentity(view.remote, copy.identity) ||
-                                 view.remote.md5Checksum.compare(copy.contentMd5, Qt::CaseInsensitive) == 0;
+        const bool isOfVersion = IsCopyOf(view.remote, copy);
         if (isOfVersion) {
             view.situation.isBesideAlready = true;
             view.copy = copy.copy;

@@ -96,6 +96,9 @@ qint64 Downloader::SizeOf(const PullOrder& order) const {
 }
 
 void Downloader::Tell(const PullOrder& order) {
+    if (_IsHereAlready(order)) {
+        return;
+    }
     if (order.target == PullOrder::Target::Trash) {
         _inTrash.insert(order.path);
     } else if (order.target == PullOrder::Target::Beside) {
@@ -103,6 +106,31 @@ void Downloader::Tell(const PullOrder& order) {
                      QStringLiteral("it changed here and on the service, whose version would be put beside it"));
     } else {
         _report.Tell(KindOf(order), order.path, QString(), SizeOf(order));
+    }
+}
+
+LocalFileState Downloader::_HereOf(const PullOrder& order) const {
+    LocalFileState here;
+    here.entry = order.here;
+    here.md5 = order.md5Here;
+    if (order.IsCompared() && here.md5.isEmpty()) {
+        _comparison.Read(order.path, here);
+    }
+    return here;
+}
+
+bool Downloader::_IsHereAlready(const PullOrder& order) const {
+    // By a checksum that was found out before.
+    if (!order.IsCompared() || !order.remote.md5Checksum.isEmpty() ||
+        !IsContentOf(order.remote, order.here->fingerprint.size, QString())) {
+        return false;
+    }
+    try {
+        const QString md5 = _HereOf(order).md5;
+        return !md5.isEmpty() && _comparison.IsContentThere(order.path, order.remote.size, md5);
+    } catch (const std::exception&) {
+        // The pass itself would say why.
+        return false;
     }
 }
 
@@ -195,13 +223,7 @@ void Downloader::_Take(const Transfers& downloads) {
 void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& requests,
                               std::vector<const PullOrder*>& orders) {
     const PullOrder& order = download.Order();
-    LocalFileState here;
-    here.entry = order.here;
-    here.md5 = order.md5Here;
-    const bool isCompared = order.target == PullOrder::Target::Beside || order.target == PullOrder::Target::Trash;
-    if (isCompared && here.md5.isEmpty()) {
-        _comparison.Read(order.path, here);
-    }
+    const LocalFileState here = _HereOf(order);
     if (here.md5 == download.Md5()) {
         _sides.records.WriteFile(_maker.Make(order.path, order.remote, here));
         return;

@@ -56,6 +56,10 @@ private:
     void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);
     void _KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5);
     void _TakeIntoTrash(const QString& path, const QString& temporary);
+    /// With the content's MD5, where that is to be compared.
+    pass::LocalFileState _HereOf(const PullOrder& order) const;
+    /// What else would be found out when it was fetched.
+    bool _IsHereAlready(const PullOrder& order) const;
     void _TellFailure(const QString& path, const std::exception_ptr& error);
 
     local::Installer& _installer;

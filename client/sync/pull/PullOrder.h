@@ -25,6 +25,9 @@ struct PullOrder {
         Trash
     };
 
+    /// Whether `here` may hold the same, so that nothing is to be done.
+    bool IsCompared() const { return target == Target::Beside || target == Target::Trash; }
+
     QString path;
     sync::config::FileConfiguration remote;
     /// What the service says in another place than with the content.

@@ -14,6 +14,7 @@ using local::FolderOf;
 using local::LocalContent;
 using local::LocalEntry;
 using local::TemporaryBeside;
+using pass::IsCopyOf;
 using pass::LocalState;
 using pass::RemoteState;
 using pass::RemoteTree;
@@ -180,10 +181,32 @@ bool PullPlan::_IsOver(const ConflictCopy& copy, const QSet<QString>& open) cons
            !_sides.exclusion.HasFileAt(copy.path);
 }
 
+bool PullPlan::_IsOfVersionThere(const ConflictCopy& copy) const {
+    const auto remote = _remote.AllFiles().constFind(copy.path);
+    return remote != _remote.AllFiles().constEnd() && IsCopyOf(*remote, copy);
+}
+
+QList<ConflictCopy> PullPlan::_NeedlessCopies(const QSet<QString>& open) const {
+    const QList<ConflictCopy> all = _sides.records.Copies();
+    QSet<QString> upToDate;
+    for (const ConflictCopy& copy : all) {
+        if (_IsOfVersionThere(copy) && _sides.tree.Look(copy.copy)) {
+            upToDate.insert(copy.path);
+        }
+    }
+    QList<ConflictCopy> needless;
+    for (const ConflictCopy& copy : all) {
+        if (_IsOver(copy, open) || (upToDate.contains(copy.path) && !_IsOfVersionThere(copy))) {
+            needless.append(copy);
+        }
+    }
+    return needless;
+}
+
 PullPlan::Gone PullPlan::FindNeedlessCopies(const QSet<QString>& open) const {
     Gone needless;
-    for (const ConflictCopy& copy : _sides.records.Copies()) {
-        if (!_IsOver(copy, open) || _sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy)) {
+    for (const ConflictCopy& copy : _NeedlessCopies(open)) {
+        if (_sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy)) {
             continue;
         }
         try {
@@ -201,9 +224,9 @@ PullPlan::Gone PullPlan::FindNeedlessCopies(const QSet<QString>& open) const {
 
 RecordChanges PullPlan::FindEndedConflicts(const QSet<QString>& open) const {
     RecordChanges changes;
-    for (const ConflictCopy& copy : _sides.records.Copies()) {
+    for (const ConflictCopy& copy : _NeedlessCopies(open)) {
         // The disk is asked, because the snapshot has no excluded files.
-        if (_IsOver(copy, open) && (_sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy))) {
+        if (_sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy)) {
             changes.forgottenCopies.append(copy);
         }
     }

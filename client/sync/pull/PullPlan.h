@@ -63,15 +63,18 @@ public:
     /// Adds what is to be done with one file.
     void Take(const plan::FileView& view, Fetches& fetches);
 
-    /// Copies, as they came from the service, of conflicts that are over: not among the `open` paths of the pass. To be
-    /// asked for when everything was transferred.
+    /// Copies, as they came from the service, of conflicts that are over, which are not among the `open` paths of the
+    /// pass; and those of older versions than that of another copy. To be asked for when everything was transferred.
     Gone FindNeedlessCopies(const QSet<QString>& open) const;
-    /// The records of copies of such conflicts that are gone, or files of their own. To be asked for last.
+    /// The records of such copies that are gone, or files of their own. To be asked for last.
     store::RecordChanges FindEndedConflicts(const QSet<QString>& open) const;
 
 private:
     void _FindGoneFile(const QString& path, Deletions& deletions) const;
+    /// Whatever became of them here.
+    QList<store::ConflictCopy> _NeedlessCopies(const QSet<QString>& open) const;
     bool _IsOver(const store::ConflictCopy& copy, const QSet<QString>& open) const;
+    bool _IsOfVersionThere(const store::ConflictCopy& copy) const;
 
     const pass::PassSides& _sides;
     const plan::FileViews& _views;

@@ -10,6 +10,8 @@
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/Cancelled.h"
+#include "client/wire/HttpStatus.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace push {
@@ -327,6 +329,15 @@ void Uploader::_Settle(const Upload& upload) {
         _TakeSent(upload);
     } catch (const Cancelled&) {
         throw;
+    } catch (const sync::http::HttpException& e) {
+        if (e.StatusCode() != wire::HttpStatus::NotFound) {
+            _TellFailure(upload.Order().path, std::current_exception());
+            return;
+        }
+        Refuse(upload.Order().path,
+               QStringLiteral("it was sent, but the service has no file of this name now: somebody "
+                              "deleted it, or it is kept there under another name. If it stays so, "
+                              "rename it"));
     } catch (const std::exception&) {
         _TellFailure(upload.Order().path, std::current_exception());
     }

@@ -515,6 +515,16 @@ TEST_F(HttpConnectionTest, AnErrorHasWhatItIsMadeOf) {
     }
 }
 
+TEST_F(HttpConnectionTest, ABandwidthMakesUpForAShortDelayAndForNoMore) {
+    Bandwidth bandwidth(1000000);
+    const auto start = Bandwidth::Clock::now();
+    bandwidth.Take(Bandwidth::Way::Send, 10000);
+    bandwidth.Take(Bandwidth::Way::Send, 10000);
+    EXPECT_LT(bandwidth.FreeAt(Bandwidth::Way::Send), start);
+    bandwidth.Take(Bandwidth::Way::Send, 1000000);
+    EXPECT_GT(bandwidth.FreeAt(Bandwidth::Way::Send), start + std::chrono::milliseconds(900));
+}
+
 TEST_F(HttpConnectionTest, ALimitedBandwidthBringsTheSame) {
     settings.bandwidth = std::make_shared<Bandwidth>(64 * 1024);
     const ScriptedServer server({ScriptedServer::Answer(Listing())});

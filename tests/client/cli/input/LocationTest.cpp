@@ -101,6 +101,11 @@ TEST(LocationTest, PathsThatNoServerPathStandsForAreRefused) {
     EXPECT_THAT(ErrorOf("http://h/./b"), HasSubstr("'.'"));
     EXPECT_THAT(ErrorOf("http://h/a%2Fb"), HasSubstr("encoded '/'"));
     EXPECT_THAT(ErrorOf("http://h/a%00b"), HasSubstr("NUL"));
+    EXPECT_THAT(ErrorOf("http://h/%EF%BB%BFa/b"), HasSubstr("byte order mark"));
+    EXPECT_THAT(ErrorOf("http://h/a/%ef%bb%bfb"), HasSubstr("byte order mark"));
+    EXPECT_THAT(ErrorOf("http://h/a/\xEF\xBB\xBF"
+                        "b"),
+                HasSubstr("byte order mark"));
 }
 
 TEST(LocationTest, AQueryOrAFragmentIsRefused) {

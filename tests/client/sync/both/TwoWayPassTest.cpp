@@ -408,6 +408,37 @@ TEST_P(TwoWayPassTest, ACopyThatSomebodyWroteIntoIsAFileOfItsOwnWhenTheConflictI
     ExpectInStep();
 }
 
+TEST_P(TwoWayPassTest, TheCopyOfAnOlderVersionGoesWhenThereIsOneOfANewer) {
+    Begin({"a"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    service.Put(Text("a"), "theirs again");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    const Files both = Contents();
+    EXPECT_EQ(both.size(), 2U);
+    EXPECT_EQ(both.rbegin()->second, "theirs again");
+    EXPECT_THAT(TrashContents(), testing::ElementsAre("theirs"));
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents(), both);
+    Remove(both.rbegin()->first.toUtf8().constData());
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Contents(), Files({{Text("a"), "mine"}}));
+}
+
+TEST_P(TwoWayPassTest, TheCopyOfAnOlderVersionStaysWhenSomebodyWroteIntoIt) {
+    Begin({"a"});
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    const QString copy = Contents().rbegin()->first;
+    Write(copy.toUtf8().constData(), "theirs and mine");
+    service.Put(Text("a"), "theirs again");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 3U);
+    EXPECT_EQ(Content(copy.toUtf8().constData()), QByteArray("theirs and mine"));
+}
+
 TEST_P(TwoWayPassTest, AFolderThatTheServiceDeletedGoesWithTheCopyOfAConflictThatIsOver) {
     Begin({"b", "f/a"});
     Write("f/a", "mine");
@@ -524,6 +555,28 @@ TEST_P(TwoWayPassTest, ATrialTellsTheSameAndChangesNothing) {
     EXPECT_EQ(Sync(), SyncOutcome::InStep);
     EXPECT_EQ(Told(), told);
     ExpectInStep();
+}
+
+TEST_P(TwoWayPassTest, ATrialComparesContentsWhereThereAreNoChecksums) {
+    service.isPlain = true;
+    for (const char* name : {"same", "other"}) {
+        Write(name, "1");
+        service.Put(Text(name), name == Text("same") ? "1" : "2");
+    }
+    options.isDryRun = true;
+    for (const auto conflicts : {SyncOptions::Conflicts::KeepBoth, SyncOptions::Conflicts::Here}) {
+        options.conflicts = conflicts;
+        Sync();
+        QStringList paths;
+        for (const ovsync::report::SyncEvent& event : events) {
+            paths.append(event.path);
+        }
+        EXPECT_EQ(paths, QStringList(Text("other")));
+    }
+    options.isDryRun = false;
+    options.conflicts = SyncOptions::Conflicts::KeepBoth;
+    Sync();
+    EXPECT_EQ(Told(), QStringList(Text("Conflict other")));
 }
 
 TEST_P(TwoWayPassTest, APushDeletesThereWhenItIsTold) {

@@ -57,6 +57,15 @@ TEST_F(LocalTreeTest, FilesAreWrittenReadListedAndRemoved) {
     EXPECT_FALSE(tree.Look(Text("f")));
 }
 
+TEST_F(LocalTreeTest, AByteOrderMarkBelongsToTheName) {
+    const QString name = QChar(QChar::ByteOrderMark) + Text("b");
+    tree.Create(name);
+    const auto entries = tree.List(QString());
+    ASSERT_EQ(entries.size(), 1);
+    EXPECT_TRUE(entries.first().isUtf8);
+    EXPECT_EQ(entries.first().name, name);
+}
+
 TEST_F(LocalTreeTest, NothingIsMadeOverAnExistingFile) {
     Make("a", "1");
     Make("b", "2");

@@ -24,6 +24,7 @@ TEST(NamesTest, NamesThatAreRefused) {
         EXPECT_NE(ReasonAgainst(Text(name)), QString()) << name;
     }
     EXPECT_NE(ReasonAgainst(QString(256, QLatin1Char('x'))), QString());
+    EXPECT_NE(ReasonAgainst(QChar(QChar::ByteOrderMark) + Text("x")), QString());
     EXPECT_NE(ReasonAgainst(QString(128, QChar(0xE9))), QString());
     EXPECT_NE(ReasonAgainst(QString(QChar(0))), QString());
     EXPECT_NE(ReasonAgainst(QString(QChar(0xD800))), QString());

@@ -206,6 +206,20 @@ TEST_P(PullPassTest, AReplacedFileKeepsItsPermissions) {
     EXPECT_EQ(disk.Look(Text("a"))->mode, 0750U);
 }
 
+TEST_P(PullPassTest, AReplacedFileKeepsThePermissionsThatItWasGivenWhileItWasRead) {
+    PullOne();
+    Write("a", "1");
+    service.Put(Text("a"), "2");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (operation == QByteArray("Open") && path == Text("a")) {
+            ASSERT_EQ(chmod(Path("a").toUtf8().constData(), 0600), 0);
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("a"), QByteArray("2"));
+    EXPECT_EQ(disk.Look(Text("a"))->mode, 0600U);
+}
+
 TEST_P(PullPassTest, AConflictIsToldOfUntilItIsOverButFetchedOnce) {
     PullOne();
     Write("a", "mine");
@@ -221,7 +235,8 @@ TEST_P(PullPassTest, AConflictIsToldOfUntilItIsOverButFetchedOnce) {
 
     service.Put(Text("a"), "theirs again");
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
-    EXPECT_EQ(Contents().size(), 3U);
+    // The copy of the older version is in the trash.
+    EXPECT_EQ(Contents().size(), 2U);
 
     Remove("a");
     EXPECT_EQ(Pull(), SyncOutcome::InStep);

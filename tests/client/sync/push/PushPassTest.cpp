@@ -108,6 +108,14 @@ TEST_P(PushPassTest, AConflictEndsWhenTheCopyIsRemovedAndNotBefore) {
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
 }
 
+TEST_P(PushPassTest, AFileThatIsNotThereAfterItWasSentIsToldAsSuch) {
+    Write("a", "1");
+    BeforeRequest("SENT", [this] { service.Remove(Text("a")); });
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    ASSERT_EQ(Told(), QStringList(Text("Refused a")));
+    EXPECT_THAT(Details().first().toStdString(), HasSubstr("under another name"));
+}
+
 TEST_P(PushPassTest, ARemovedCopyOfAnOlderVersionEndsNoConflict) {
     PushOne();
     Write("a", "mine");
