@@ -46,8 +46,7 @@ namespace {
 
 const char* const FoldersFooter =
     "Exit status: 0 done, 1 the folders file has a mistake or cannot be changed, or the service said no, 2 wrong "
-    "usage, "
-    "3 the service could not be reached or understood.\n"
+    "usage, 3 the service could not be reached or understood.\n"
     "The folders stand in ovsync/folders.toml in $XDG_CONFIG_HOME, or in ~/.config.";
 
 void TellAgent(const Arguments& given, bool isMissed) {
@@ -113,6 +112,9 @@ bool IsThere(ServiceConnection& connection, const Location& location) {
     if (found && !found->isFolder) {
         throw Refusal(QStringLiteral("\"%1\" on %2 is a file, and only folders are kept in step")
                           .arg(location.serverPath, location.Server()));
+    }
+    if (!found && location.serverPath.isEmpty()) {
+        ThrowNoSuchFolder(location);
     }
     if (!found) {
         RequireFolderAbove(connection, location);
