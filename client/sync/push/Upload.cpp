@@ -146,6 +146,10 @@ bool Upload::_IsForestalled(content::IContentConnection& session, const content:
     if (_order.isNew || !now) {
         return _order.isNew == now.has_value();
     }
+    // Some servers tell versions in listings alone. Then the condition has to do.
+    if (now->entityTag.isEmpty() && now->weakTag.isEmpty() && !now->lastModified.isValid()) {
+        return false;
+    }
     const bool isSameDate = now->lastModified == known.lastModified;
     return now->entityTag != known.entityTag || (known.entityTag.isEmpty() && !isSameDate);
 }

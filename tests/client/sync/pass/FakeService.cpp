@@ -310,11 +310,12 @@ private:
 
     ContentVersion _VersionOf(const File& file) {
         ContentVersion version;
-        const QByteArray tag = _service.isWithoutTags ? QByteArray() : _service._Tag(file);
+        const bool isBare = _service.isWithoutVersions;
+        const QByteArray tag = isBare || _service.isWithoutTags ? QByteArray() : _service._Tag(file);
         (_service.areTagsWeak ? version.weakTag : version.entityTag) = (_service.areTagsWeak ? "W/" : "") + tag;
         version.size = _service.isWithoutLengths ? -1 : file.content.size() + _service.excessOfLengths;
         version.lastModified =
-            _service.isWithoutDates ? QDateTime() : file.modified.addSecs(_service.secondsAheadOfListings);
+            isBare || _service.isWithoutDates ? QDateTime() : file.modified.addSecs(_service.secondsAheadOfListings);
         return version;
     }
 

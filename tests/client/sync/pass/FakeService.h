@@ -79,6 +79,8 @@ public:
     /// Names no strong entity tags.
     bool isWithoutTags = false;
     bool isWithoutDates = false;
+    /// Tells neither beside contents, whatever it lists.
+    bool isWithoutVersions = false;
     /// Names dates only where it is asked for one file's content.
     bool isListingNoDates = false;
     /// It has not computed any yet.

@@ -490,6 +490,28 @@ TEST_F(MishapTest, WithATagInTheListingNoneIsAskedForBeforeAChangedFileIsSent) {
     EXPECT_EQ(service.Count("GET"), 0);
 }
 
+TEST_F(MishapTest, AServerThatTellsVersionsInListingsAloneTakesChangesAndDeletions) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.isWithoutVersions = true;
+    StartWith("a", "1");
+    service.Put(Text("b"), "1");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    Write("a", "2");
+    Remove("b");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep) << Details().join(Text("\n")).toStdString();
+    EXPECT_EQ(service.Contents(), (std::map<QString, QByteArray>{{Text("a"), "2"}}));
+    Write("a", "3");
+    service.onRequest = [this](const QString& method, const QString&) {
+        if (method == Text("PUT")) {
+            service.onRequest = nullptr;
+            service.Overwrite(Text("a"), "4");
+        }
+    };
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Content(Text("a")), QByteArray("4"));
+}
+
 TEST_F(MishapTest, ByADateAloneAFileIsKnownOnlyOnceItsSecondIsOver) {
     service.isPlain = true;
     service.secondsAhead = -10;
