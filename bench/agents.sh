@@ -30,7 +30,7 @@ start_service() {
 # start_agent USER OPTION...: of that user, who syncs the folder "local" in their home with $url. Its process is $agent.
 start_agent() {
     become "$1"
-    "$bin/ovsync" folders add "$HOME/local" "$url" "${@:2}" 2>/dev/null
+    "$bin/ovsync" folders add -q "$HOME/local" "$url" "${@:2}" >/dev/null
     users+=("$1")
     "$bin/ovsync" agent start >/dev/null
     agent=$(status "status['process']")

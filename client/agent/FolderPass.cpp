@@ -107,7 +107,10 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
         const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
         if (answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized) {
             result.end = PassResult::End::Rejected;
-            const QString user = _credentials.isNull() ? _folder.user : _credentials.user();
+            const QString user = _folder.user.isEmpty() ? _credentials.user() : _folder.user;
+            if (_credentials.isNull() && !user.isEmpty()) {
+                result.error = QStringLiteral("there is no password for \"%1\"").arg(user);
+            }
             result.error +=
                 QStringLiteral("; \"ovsync login -u %1 %2\" gives one")
                     .arg(user.isEmpty() ? QStringLiteral("USER") : user, _folder.location.baseUrl.toString());

@@ -20,6 +20,7 @@
 #include "client/cli/agent/FoldersCommand.h"
 #include "client/cli/agent/LoginCommand.h"
 #include "client/cli/agent/StatusCommand.h"
+#include "client/cli/commands/Failure.h"
 #include "client/cli/commands/ListCommand.h"
 #include "client/cli/commands/MakeFolderCommand.h"
 #include "client/cli/commands/PullCommand.h"
@@ -39,20 +40,12 @@
 #include "client/cli/input/Credentials.h"
 #include "client/cli/input/Interruption.h"
 #include "client/cli/input/Location.h"
-#include "client/cli/input/Refusal.h"
-#include "client/cli/input/UsageError.h"
 #include "client/cli/offline/ConflictsCommand.h"
 #include "client/cli/offline/TrashCommand.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/ErrorText.h"
 #include "client/cli/output/LoggedErrors.h"
 #include "client/library/ServiceConnection.h"
-#include "client/store/StoreError.h"
-#include "client/sync/local/LocalError.h"
-#include "client/sync/pass/ServiceFolder.h"
-#include "client/wire/HttpStatus.h"
-#include "client/wire/TransactionError.h"
-#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace cli {
@@ -63,22 +56,15 @@ using input::CommandFirst;
 using input::FindCredentials;
 using input::Interruption;
 using input::Location;
-using input::Refusal;
-using input::UsageError;
 using library::ServiceConnection;
 using output::Complain;
-using output::ErrorMessage;
 using output::ErrorText;
 using output::ExitCode;
 using output::LoggedErrors;
 using output::Output;
 using output::ShownInErrors;
-using wire::HttpStatus;
-using wire::TransactionError;
 
 namespace {
-
-using sync::http::HttpException;
 
 const char* const Footer =
     "Options may stand before or after the command.\n"
@@ -95,24 +81,6 @@ void ComplainOfUsage(const std::string& text, bool asJson) {
     for (const QString& line : asJson ? QStringList() : lines.mid(1)) {
         std::cerr << ShownInErrors(line).toStdString() + '\n';
     }
-}
-
-ExitCode ExitCodeOf(const std::exception& error) {
-    if (dynamic_cast<const UsageError*>(&error) != nullptr ||
-        dynamic_cast<const pass::WrongFolder*>(&error) != nullptr) {
-        return ExitCode::WrongUsage;
-    }
-    if (dynamic_cast<const Refusal*>(&error) != nullptr || dynamic_cast<const local::LocalError*>(&error) != nullptr ||
-        dynamic_cast<const store::StoreError*>(&error) != nullptr) {
-        return ExitCode::Refused;
-    }
-    const auto* const answer = dynamic_cast<const HttpException*>(&error);
-    if (answer != nullptr && HttpStatus::IsRefusal(answer->StatusCode())) {
-        return ExitCode::Refused;
-    }
-    const auto* const failure = dynamic_cast<const TransactionError*>(&error);
-    const bool isCancelled = failure != nullptr && failure->Why() == TransactionError::Cause::Cancelled;
-    return isCancelled ? ExitCode::Interrupted : ExitCode::Unreachable;
 }
 
 /// Whose the first option in `unknown` is that there is at all; empty for none.
@@ -270,13 +238,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         output.Flush();
         return exitCode;
     } catch (const std::exception& e) {
-        ErrorMessage message = ErrorText(context).Of(std::current_exception());
-        const ExitCode exitCode = ExitCodeOf(e);
-        if (exitCode == ExitCode::WrongUsage) {
-            message.kind = "usage";
-        }
-        Complain(message, exitCode, {asJson, arguments.isVerbose});
-        return exitCode;
+        return commands::ComplainOfFailure(e, context, {asJson, arguments.isVerbose});
     }
 }
 

@@ -34,21 +34,11 @@ const char Header[] =
     "# The folders that ovsync keeps in step. \"ovsync folders\" changes this file, and so may you.\n"
     "# The agent reads it when it starts, and after \"pkill -HUP OvSync.exe\".\n";
 
-/// Throws UsageError when `inner` lies in `outer` and is not left out there.
-void RequireApart(const SyncedFolder& outer, const SyncedFolder& inner) {
-    if (!inner.directory.startsWith(outer.directory + QLatin1Char('/'))) {
-        return;
-    }
-    const QString path = inner.directory.mid(outer.directory.size() + 1);
-    if (!local::Exclusion(outer.rules).HasFolderAt(path)) {
-        throw UsageError(QStringLiteral("%1 lies in %2. To keep both in step, exclude \"/%3\" from %2 first: by "
-                                        "--exclude when that is added, or in %4.")
-                             .arg(inner.directory, outer.directory, path, FoldersFilePath()));
-    }
-}
-
 /// Throws WrongFolder when a pass would.
 void RequireSameService(const SyncedFolder& folder) {
+    if (!QDir(folder.directory).exists()) {
+        return;
+    }
     store::RecordDatabase records(folder.directory, store::RecordDatabase::Access::Try);
     pass::ServiceFolder service;
     service.folder.localPath = folder.directory;
@@ -59,6 +49,20 @@ void RequireSameService(const SyncedFolder& folder) {
     options.daysKept = folder.daysKept;
     options.exclusion = local::Exclusion(folder.rules);
     pass::SyncPass::RequireSameService(records, service, options);
+}
+
+void RequireAddableTo(const QVector<SyncedFolder>& folders, const SyncedFolder& folder) {
+    for (const SyncedFolder& known : folders) {
+        if (known.directory == folder.directory) {
+            throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
+        }
+        const QString reason = ReasonAgainstBoth(known, folder);
+        if (!reason.isEmpty()) {
+            throw UsageError(
+                QStringLiteral("%1 first: by --exclude when that is added, or in %2").arg(reason, FoldersFilePath()));
+        }
+    }
+    RequireSameService(folder);
 }
 
 FoldersReading ReadHere(const QByteArray& text) {
@@ -116,16 +120,15 @@ bool HasFoldersFileChanged(const FoldersReading& since) {
     }
 }
 
+void RequireAddable(const SyncedFolder& folder) {
+    const FoldersReading reading = ReadHere(ReadWholeFile(FoldersFilePath()));
+    RequireNoMistake(reading);
+    RequireAddableTo(reading.folders, folder);
+}
+
 void AddToFoldersFile(const SyncedFolder& folder) {
     Edit([&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
-        for (const SyncedFolder& known : folders) {
-            if (known.directory == folder.directory) {
-                throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
-            }
-            RequireApart(known, folder);
-            RequireApart(folder, known);
-        }
-        RequireSameService(folder);
+        RequireAddableTo(folders, folder);
         return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
     });
 }

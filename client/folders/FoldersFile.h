@@ -16,8 +16,11 @@ FoldersReading ReadFoldersFile();
 /// Whether it is another one by now than ReadFoldersFile has read.
 bool HasFoldersFileChanged(const FoldersReading& since);
 
-/// `folder` is not in it yet. Throws also pass::WrongFolder when it is in step with another URL, and store::StoreError
-/// when nobody can tell that now.
+/// Throws what AddToFoldersFile would, and changes nothing.
+void RequireAddable(const SyncedFolder& folder);
+
+/// `folder` is not in it yet, and its directory is there. Throws also pass::WrongFolder when it is in step with another
+/// URL, and store::StoreError when nobody can tell that now.
 void AddToFoldersFile(const SyncedFolder& folder);
 
 /// `directory` is absolute, as FoldersReading has it.

@@ -156,12 +156,15 @@ private:
         }
         for (const toml::node& pattern : *patterns) {
             const QString rule = _Text(ExcludeKey, pattern);
+            if (rule.isEmpty()) {
+                continue;
+            }
             try {
-                local::Exclusion(rule.isEmpty() ? QStringList() : QStringList(rule));
+                local::Exclusion{QStringList(rule)};
+                folder.rules.append(rule);
             } catch (const sync::core::SyncException& e) {
                 _Complain(LineOf(pattern), e.Message());
             }
-            folder.rules.append(rule);
         }
     }
 
@@ -249,7 +252,24 @@ QByteArray Quoted(const QString& text) {
     return QByteArray::fromStdString(quoted.str());
 }
 
+/// The path of `inner` in `outer`; empty where it does not lie there.
+QString PathInside(const QString& outer, const QString& inner) {
+    const QString above = outer.endsWith(QLatin1Char('/')) ? outer : outer + QLatin1Char('/');
+    return !outer.isEmpty() && inner.startsWith(above) ? inner.mid(above.size()) : QString();
+}
+
 }  // namespace
+
+QString ReasonAgainstBoth(const SyncedFolder& one, const SyncedFolder& other) {
+    const bool isOneInside = one.directory.size() > other.directory.size();
+    const SyncedFolder& outer = isOneInside ? other : one;
+    const SyncedFolder& inner = isOneInside ? one : other;
+    const QString path = PathInside(outer.directory, inner.directory);
+    return path.isEmpty() || local::Exclusion(outer.rules).HasFolderAt(path)
+               ? QString()
+               : QStringLiteral("%1 lies in %2. To keep both in step, exclude \"/%3\" from %2")
+                     .arg(inner.directory, outer.directory, path);
+}
 
 FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
     FoldersReading reading;
@@ -275,6 +295,13 @@ FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
                                                 .arg(QString::number(LineOf(table)), folder.directory));
                 }
                 known.insert(folder.directory);
+                for (const SyncedFolder& above : qAsConst(reading.folders)) {
+                    const QString reason = ReasonAgainstBoth(above, folder);
+                    if (!reason.isEmpty()) {
+                        reading.mistakes.append(
+                            QStringLiteral("line %1: %2").arg(QString::number(LineOf(table)), reason));
+                    }
+                }
                 reading.folders.append(folder);
             }
         }

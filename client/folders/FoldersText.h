@@ -26,6 +26,10 @@ struct FoldersReading {
 /// `home` stands for a leading "~" of a path.
 FoldersReading ReadFolders(const QByteArray& text, const QString& home);
 
+/// Why two folders cannot both be kept in step, because one lies in the other and is not left out there. Empty when
+/// they can.
+QString ReasonAgainstBoth(const SyncedFolder& one, const SyncedFolder& other);
+
 /// `text` with a block for `folder` at its end.
 QByteArray WithFolder(const QByteArray& text, const SyncedFolder& folder);
 

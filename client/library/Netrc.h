@@ -6,9 +6,11 @@
 namespace ovsync {
 namespace library {
 
-/// The credentials for `host` in ~/.netrc, or in the file that the environment variable NETRC names, as the HTTP
-/// library reads it; with a `user`, that user's. Null when there are none, or none with a password. Throws
-/// SyncException when the file cannot be read. Thread-safe.
+/// ~/.netrc, or the file that the environment variable NETRC names. Thread-safe.
+QString NetrcPath();
+
+/// The credentials for `host` in that file, whatever the port; with a `user`, that user's, and no other's. Null when
+/// there are none, or none with a password. Throws SyncException when the file cannot be read. Thread-safe.
 ///
 /// \code
 /// #include <iostream>

@@ -22,6 +22,7 @@ namespace {
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 using tests::AgentUser;
 using tests::BecomesTrue;
 using tests::ProgramResult;
@@ -36,8 +37,9 @@ QByteArray Block(const QString& directory, const QString& url) {
 class AgentSyncTest : public testing::Test {
 protected:
     void Add(const QString& url, const QStringList& options = QStringList(), const char* directory = "synced") {
-        const ProgramResult result =
-            _user.Ovsync(QStringList({Text("folders"), Text("add"), _user.Path(Text(directory)), url}) + options);
+        const ProgramResult result = _user.Ovsync(
+            QStringList({Text("folders"), Text("add"), _user.Path(Text(directory)), url, Text("--no-check")}) +
+            options);
         ASSERT_EQ(result.exitCode, 0) << ErrorsOf(result);
     }
 
@@ -310,6 +312,19 @@ TEST_F(AgentSyncTest, AWrongPasswordStopsTheFolderUntilItIsChanged) {
           _user.Ovsync({Text("status"), Text("--json")}).output}) {
         EXPECT_THAT(text.toStdString(), Not(HasSubstr("-one")));
     }
+}
+
+TEST_F(AgentSyncTest, ThePasswordOfAnotherUserIsNotTried) {
+    const Service service({Text("--user"), Text("ann")}, Text("secret"));
+    _user.Write(Text(".netrc"), "machine 127.0.0.1 login bob password secret\n");
+    const ProgramResult listed = _user.Ovsync({Text("ls"), Text("-u"), Text("ann"), service.Url()});
+    EXPECT_EQ(listed.exitCode, 2);
+    EXPECT_THAT(ErrorsOf(listed), HasSubstr("No password for ann at 127.0.0.1"));
+    Add(service.Url(), {Text("-u"), Text("ann")});
+    _user.StartAgent();
+    ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["state"] == "stopped"; }));
+    EXPECT_THAT(_user.Folder()["error"].get<std::string>(),
+                StartsWith("there is no password for \"ann\"; \"ovsync login -u ann " + service.Url().toStdString()));
 }
 
 TEST_F(AgentSyncTest, AServiceThatIsAwayIsToldAndTriedAgain) {

@@ -9,7 +9,9 @@
 
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
+using testing::Not;
 using tests::AgentUser;
 using tests::ProgramResult;
 using tests::Service;
@@ -27,26 +29,97 @@ protected:
 };
 
 TEST_F(FoldersCommandTest, WhatIsAddedIsListedUntilItIsRemoved) {
-    const ProgramResult added =
-        Folders({Text("add"), _directory, Text("http://ann@h.test/a/"), Text("--exclude"), Text("*.tmp")});
+    const ProgramResult added = Folders(
+        {Text("add"), _directory, Text("http://ann@h.test/a/"), Text("--exclude"), Text("*.tmp"), Text("--no-check")});
     EXPECT_EQ(added.exitCode, 0) << ErrorsOf(added);
+    EXPECT_EQ(added.output, _directory.toUtf8() + " is kept in step with http://ann@h.test/a/\n");
     EXPECT_THAT(ErrorsOf(added), HasSubstr("No agent runs"));
     EXPECT_TRUE(QFileInfo(_directory).isDir());
     EXPECT_EQ(Folders({Text("list")}).output, _directory.toUtf8() + "  http://ann@h.test/a/\n");
     EXPECT_EQ(Folders({Text("pause"), _directory}).exitCode, 0);
     EXPECT_EQ(Folders({Text("list")}).output, _directory.toUtf8() + "  http://ann@h.test/a/  (paused)\n");
     EXPECT_THAT(Folders({Text("list"), Text("--json")}).output.toStdString(), HasSubstr("\"paused\": true"));
-    EXPECT_EQ(Folders({Text("remove"), _directory}).exitCode, 0);
+    EXPECT_THAT(ErrorsOf(Folders({Text("resume"), _directory})), HasSubstr("No agent runs"));
+    const ProgramResult removed = Folders({Text("remove"), _directory});
+    EXPECT_EQ(removed.exitCode, 0);
+    EXPECT_EQ(removed.output, _directory.toUtf8() + " is no longer kept in step\n");
+    EXPECT_EQ(removed.errors, "");
     EXPECT_EQ(Folders({Text("list")}).output, "");
     EXPECT_TRUE(QFileInfo(_directory).isDir());
 }
 
-TEST_F(FoldersCommandTest, ThePasswordThatIsGivenIsKeptOutsideOfTheFile) {
-    const ProgramResult added = _user.Ovsync({Text("folders"), Text("add"), _directory, Text("http://ann@h.test/")},
-                                             {Text("OVSYNC_PASSWORD=secret")});
+TEST_F(FoldersCommandTest, ThePasswordThatIsGivenIsTriedAndKeptOutsideOfTheFile) {
+    const Service service({Text("--user"), Text("ann")}, Text("secret"));
+    const QByteArray another = "machine 127.0.0.1 login bob password secret\n";
+    _user.Write(Text(".netrc"), another);
+    const auto add = [&](const QString& password, const QStringList& options = QStringList()) {
+        return _user.Ovsync(
+            QStringList({Text("folders"), Text("add"), _directory, service.Url(), Text("-u"), Text("ann")}) + options,
+            {password});
+    };
+    const ProgramResult refused = add(Text("OVSYNC_PASSWORD=hunter2"));
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(refused), AllOf(HasSubstr("the password for \"ann\" is wrong"), Not(HasSubstr("hunter2"))));
+    const ProgramResult none = add(Text("A=B"));
+    EXPECT_EQ(none.exitCode, 2);
+    EXPECT_THAT(ErrorsOf(none), HasSubstr("No password for ann at 127.0.0.1"));
+    EXPECT_EQ(_user.Read(Text(".netrc")), another);
+    EXPECT_EQ(File(), "");
+    EXPECT_FALSE(QFile::exists(_directory));
+
+    const ProgramResult added = add(Text("OVSYNC_PASSWORD=secret"));
     EXPECT_EQ(added.exitCode, 0) << ErrorsOf(added);
-    EXPECT_EQ(_user.Read(Text(".netrc")), "machine h.test login ann password secret\n");
+    EXPECT_EQ(_user.Read(Text(".netrc")), another + "machine 127.0.0.1 login ann password secret\n");
     EXPECT_FALSE(File().contains("secret"));
+}
+
+TEST_F(FoldersCommandTest, APasswordThatIsKeptAndWrongIsNamedWithTheWayOut) {
+    const Service service({Text("--user"), Text("ann")}, Text("secret"));
+    _user.Write(Text(".netrc"), "machine 127.0.0.1 login ann password hunter2\n");
+    const ProgramResult added = Folders({Text("add"), _directory, service.Url(), Text("-u"), Text("ann")});
+    EXPECT_EQ(added.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(added), HasSubstr("\"ovsync login -u ann " + service.Url().chopped(1).toStdString()));
+    EXPECT_EQ(File(), "");
+}
+
+TEST_F(FoldersCommandTest, WhatCannotBeAskedIsAddedOnlyWhenThatIsSaid) {
+    const auto add = [this](const QStringList& options) {
+        return _user.Ovsync(
+            QStringList({Text("folders"), Text("add"), _directory, Text("http://ann@127.0.0.1:1/")}) + options,
+            {Text("OVSYNC_PASSWORD=secret")});
+    };
+    const ProgramResult tried = add({});
+    EXPECT_EQ(tried.exitCode, 3);
+    EXPECT_THAT(ErrorsOf(tried), AllOf(HasSubstr("127.0.0.1:1 cannot be reached"), HasSubstr("--no-check")));
+    EXPECT_EQ(File(), "");
+    EXPECT_FALSE(QFile::exists(_user.Path(Text(".netrc"))));
+    EXPECT_FALSE(QFile::exists(_directory));
+    EXPECT_EQ(add({Text("--no-check")}).exitCode, 0);
+    EXPECT_EQ(_user.Read(Text(".netrc")), "machine 127.0.0.1 login ann password secret\n");
+    EXPECT_TRUE(QFileInfo(_directory).isDir());
+}
+
+TEST_F(FoldersCommandTest, AFolderThatTheServiceDoesNotHaveYetNeedsOneThatItCanBeMadeIn) {
+    Service service;
+    service.AddFile(Text("a file"), "content");
+    const auto expect = [&](const char* path, const char* message) {
+        const ProgramResult result = Folders({Text("add"), _directory, service.Url() + Text(path)});
+        EXPECT_EQ(result.exitCode, 1) << path;
+        EXPECT_THAT(ErrorsOf(result), HasSubstr(message));
+        EXPECT_EQ(File(), "");
+    };
+    expect("missing/new/", "there is no folder \"missing\" on ");
+    expect("missing/new/", ("\"ovsync mkdir -p " + service.Url().toStdString() + "missing\" makes it").c_str());
+    expect("a%20file", "\"a file\" on ");
+    expect("a%20file/new/", "\"a file\" on ");
+    const ProgramResult added = Folders({Text("add"), Text("--json"), _directory, service.Url() + Text("new/")});
+    EXPECT_EQ(added.exitCode, 0);
+    EXPECT_EQ(added.output, "{\"path\":\"" + _directory.toUtf8() + "\",\"url\":\"" + service.Url().toUtf8() +
+                                "new/\",\"user\":\"\",\"exclude\":[],\"paused\":false}\n");
+    EXPECT_EQ(Folders({Text("remove"), Text("--json"), _directory}).output,
+              "{\"path\":\"" + _directory.toUtf8() + "\"}\n");
+    EXPECT_EQ(Folders({Text("add"), _directory, service.Url() + Text("new/")}).output,
+              _directory.toUtf8() + " is kept in step with " + service.Url().toUtf8() + "new/, which is made there\n");
 }
 
 TEST_F(FoldersCommandTest, WhatMakesNoSenseIsRefusedAndNothingWritten) {
@@ -68,14 +141,14 @@ TEST_F(FoldersCommandTest, WhatMakesNoSenseIsRefusedAndNothingWritten) {
     }
     expect({Text("remove"), _directory}, "is none of the folders");
     EXPECT_EQ(File(), "");
-    EXPECT_EQ(Folders({Text("add"), _directory, Text("http://h.test/a/")}).exitCode, 0);
+    EXPECT_EQ(Folders({Text("add"), _directory, Text("http://h.test/a/"), Text("--no-check")}).exitCode, 0);
     expect({Text("add"), _directory + Text("/."), Text("http://h.test/b/")}, "in step with http://h.test/a/ already");
     expect({Text("add"), _directory + Text("/sub"), Text("http://h.test/b/")}, "exclude \"/sub\" from ");
     expect({Text("add"), _user.Path(Text(".")), Text("http://h.test/b/")}, "exclude \"/my folder\" from ");
-    EXPECT_EQ(
-        Folders({Text("add"), _user.Path(Text(".")), Text("http://h.test/b/"), Text("--exclude"), Text("/my folder")})
-            .exitCode,
-        0);
+    EXPECT_EQ(Folders({Text("add"), _user.Path(Text(".")), Text("http://h.test/b/"), Text("--exclude"),
+                       Text("/my folder"), Text("--no-check")})
+                  .exitCode,
+              0);
 }
 
 TEST_F(FoldersCommandTest, AFileWithMistakesIsNotChangedAndEachIsNamed) {
@@ -118,7 +191,7 @@ TEST_F(FoldersCommandTest, AFolderThatIsInStepWithAnotherUrlIsRefusedInTheWordsO
 }
 
 TEST_F(FoldersCommandTest, AFolderThatIsGoneCanStillBeRemoved) {
-    ASSERT_EQ(Folders({Text("add"), _directory, Text("http://h.test/")}).exitCode, 0);
+    ASSERT_EQ(Folders({Text("add"), _directory, Text("http://h.test/"), Text("--no-check")}).exitCode, 0);
     ASSERT_TRUE(QDir().rmdir(_directory));
     EXPECT_EQ(Folders({Text("remove"), _directory}).exitCode, 0);
 }

@@ -304,7 +304,7 @@ TEST_F(ResumedPullTest, NorIsWhatAKilledOneGot) {
     _service.AddFile(Text("large"), content);
     QProcess process;
     process.start(Text(OVSYNC_PROGRAM),
-                  {Text("pull"), Text("--bandwidth"), Text("1M"), _service.Url(), _folder.path()});
+                  {Text("pull"), Text("--bandwidth"), Text("800K"), _service.Url(), _folder.path()});
     const auto hasMuch = [this] { return !Parts().isEmpty() && Parts().first().size() > 2300000; };
     while (!hasMuch() && !process.waitForFinished(50)) {
     }

@@ -21,10 +21,17 @@ found=$(ldd "$prefix/lib/OvSync.exe" | sed -nE 's/^\tlibOvSyncCore\.so\.[0-9]+ =
     echo "The agent finds $found in place of what is under $prefix."
     exit 1
 }
-[ -e "$prefix/lib/systemd/user/ovsync.service" ] || {
+unit=$prefix/lib/systemd/user/ovsync.service
+[ -e "$unit" ] || {
     echo "There is no unit for systemd."
     exit 1
 }
+# Where there is systemd it is asked, because it alone expands what the unit names.
+if [ -x /usr/bin/systemd-analyze ]; then
+    runtime=$(mktemp -d)
+    XDG_RUNTIME_DIR=$runtime HOME=$runtime /usr/bin/systemd-analyze --user --man=no verify "$unit"
+    rm -rf "$runtime"
+fi
 # Other copies of the project's libraries must not be found in their place.
 found=$(ldd "$prefix/bin/ovsync" | sed -nE 's/^\tlib(dvsync|OvSync[A-Za-z]+)\.so\.[0-9]+ => (.*) \(.*/\2/p' | xargs realpath)
 expected=$(realpath "$prefix"/lib/lib{dvsync,OvSync*}.so.? | sort)

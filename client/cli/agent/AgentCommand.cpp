@@ -5,6 +5,8 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -65,10 +67,15 @@ ExitCode ShowAgent(bool asJson, Output& output) {
     return isRunning ? ExitCode::Done : ExitCode::Refused;
 }
 
+/// Whether one runs then.
+bool BeginAgent() {
+    return (AgentClient::IsRunning() || sync::dv::dvsync::StartSyncService()) &&
+           BecomesTrue([] { return AgentClient().Send("status"); });
+}
+
 ExitCode StartAgent(bool asJson, Output& output) {
     const input::Application application;
-    const bool isRunning = (AgentClient::IsRunning() || sync::dv::dvsync::StartSyncService()) &&
-                           BecomesTrue([] { return AgentClient().Send("status"); });
+    const bool isRunning = BeginAgent();
     Report(isRunning, asJson, output);
     return isRunning ? ExitCode::Done : ExitCode::Refused;
 }
@@ -98,6 +105,10 @@ QString AgentProgram() {
            sync::core::GetSyncAppName();
 }
 
+QString UnitName() {
+    return QStringLiteral("ovsync.service");
+}
+
 [[noreturn]] void RunAgentHere() {
     if (AgentClient::IsRunning()) {
         throw Refusal(QStringLiteral("one runs for you already; \"ovsync agent stop\" ends it"));
@@ -109,10 +120,9 @@ QString AgentProgram() {
 }
 
 /// What it complains of; none when it did what it was to.
-std::optional<QString> ComplaintOfSystemd(const char* action) {
+std::optional<QString> ComplaintOfSystemd(const QStringList& arguments) {
     QProcess systemctl;
-    systemctl.start(QStringLiteral("systemctl"),
-                    {QStringLiteral("--user"), QString::fromLatin1(action), QStringLiteral("ovsync.service")});
+    systemctl.start(QStringLiteral("systemctl"), QStringList(QStringLiteral("--user")) + arguments);
     if (systemctl.waitForFinished() && systemctl.exitStatus() == QProcess::NormalExit && systemctl.exitCode() == 0) {
         return std::nullopt;
     }
@@ -120,15 +130,60 @@ std::optional<QString> ComplaintOfSystemd(const char* action) {
     return said.isEmpty() ? systemctl.errorString() : said;
 }
 
+bool SystemdSays(const char* question) {
+    return !ComplaintOfSystemd({QLatin1String(question), QStringLiteral("--quiet"), UnitName()});
+}
+
+/// Whether the agent that it has started comes to answer.
+bool AnswersUnlessItEnds() {
+    BecomesTrue([] { return AgentClient().Send("status") || !SystemdSays("is-active"); });
+    return AgentClient().Send("status");
+}
+
+/// Has it start the agent in place of one that runs. What it complains of; that one runs again then.
+std::optional<QString> ComplaintOfStart() {
+    const bool hasRun = AgentClient::IsRunning();
+    // One that systemd did not start would be in the way.
+    EndAgent();
+    std::optional<QString> complaint = ComplaintOfSystemd({QStringLiteral("start"), UnitName()});
+    if (!complaint && !AnswersUnlessItEnds()) {
+        complaint = QStringLiteral("it ends at once; \"journalctl --user -u ovsync\" tells why");
+        ComplaintOfSystemd({QStringLiteral("stop"), UnitName()});
+    }
+    if (complaint && hasRun && !BeginAgent()) {
+        *complaint += QStringLiteral("; the agent that ran was stopped, and does not start again");
+    }
+    return complaint;
+}
+
+/// Has it start the agent now and at each login. What it complains of; all is as before then.
+std::optional<QString> ComplaintOfEnabling(const QString& unit) {
+    // Without it nothing is to be touched.
+    if (const std::optional<QString> complaint = ComplaintOfSystemd({QStringLiteral("show-environment")})) {
+        return complaint;
+    }
+    const bool wasEnabled = SystemdSays("is-enabled");
+    // Systemd looks in other places than where this is installed. Another copy may have been enabled before.
+    std::optional<QString> complaint = ComplaintOfSystemd({QStringLiteral("enable"), QStringLiteral("--force"), unit});
+    if (!complaint && !(SystemdSays("is-active") && AgentClient::IsRunning())) {
+        complaint = ComplaintOfStart();
+    }
+    if (complaint && !wasEnabled) {
+        ComplaintOfSystemd({QStringLiteral("disable"), UnitName()});
+    }
+    return complaint;
+}
+
 ExitCode EnableAgent(bool asJson, Output& output) {
     const input::Application application;
-    std::optional<QString> complaint = ComplaintOfSystemd("enable");
-    if (!complaint) {
-        // One that systemd did not start would be in the way.
-        EndAgent();
-        complaint = ComplaintOfSystemd("start");
+    const QString unit =
+        QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../lib/systemd/user/") + UnitName());
+    if (!QFile::exists(unit)) {
+        throw Refusal(QStringLiteral("There is no %1, by which systemd would start it. Install ovsync whole (\"cmake "
+                                     "--install\", or the package), or have \"ovsync agent start\" run when you log in")
+                          .arg(unit));
     }
-    if (complaint) {
+    if (const std::optional<QString> complaint = ComplaintOfEnabling(unit)) {
         throw Refusal(
             QStringLiteral("systemd does not start it for you here (%1). Have \"ovsync agent start\" run when you log "
                            "in, from ~/.profile for example, or as a line \"@reboot ovsync agent start\" of crontab -e")

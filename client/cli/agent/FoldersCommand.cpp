@@ -12,14 +12,20 @@
 #include <optional>
 
 #include "client/agent/AgentClient.h"
+#include "client/cli/commands/ExistingFolder.h"
+#include "client/cli/commands/Failure.h"
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Application.h"
 #include "client/cli/input/Credentials.h"
+#include "client/cli/input/MakeAt.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/Complaint.h"
 #include "client/folders/FoldersFile.h"
+#include "client/user/Passwords.h"
 #include "client/user/Places.h"
+#include "client/wire/HttpStatus.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace commands {
@@ -30,7 +36,9 @@ using input::Location;
 using input::Refusal;
 using input::SyncArguments;
 using input::UsageError;
+using library::ServiceConnection;
 using output::Complain;
+using output::ErrorText;
 using output::ExitCode;
 using output::Output;
 using output::Warn;
@@ -38,11 +46,12 @@ using output::Warn;
 namespace {
 
 const char* const FoldersFooter =
-    "Exit status: 0 done, 1 the folders file has a mistake or cannot be changed, 2 wrong usage.\n"
+    "Exit status: 0 done, 1 the folders file has a mistake or cannot be changed, or the service said no, 2 wrong "
+    "usage, 3 the service could not be reached or understood.\n"
     "The folders stand in ovsync/folders.toml in $XDG_CONFIG_HOME, or in ~/.config.";
 
-void TellAgent(const Arguments& given) {
-    if (!agent::AgentClient().Send("reload") && !given.isQuiet) {
+void TellAgent(const Arguments& given, bool isMissed) {
+    if (!agent::AgentClient().Send("reload") && isMissed && !given.isQuiet) {
         Warn({"agent", QStringLiteral("No agent runs that would see to it; \"ovsync agent start\" starts one.")},
              given.Errors());
     }
@@ -73,31 +82,12 @@ SyncedFolder GivenFolder(const Arguments& given) {
     }
     input::RequireSyncable(arguments.directory);
     const QFileInfo place(QDir::cleanPath(arguments.directory));
-    if (!place.exists() && !place.isSymLink() && mkdir(place.filePath().toUtf8().constData(), 0777) != 0) {
-        throw UsageError(
-            QStringLiteral("%1: %2").arg(arguments.directory, QString::fromLocal8Bit(std::strerror(errno))));
-    }
-    if (!place.isDir()) {
+    if ((place.exists() || place.isSymLink()) && !place.isDir()) {
         throw UsageError(QStringLiteral("%1 is no folder").arg(arguments.directory));
     }
-    folder.directory = input::AbsolutePath(arguments.directory);
+    folder.directory = place.exists() ? input::AbsolutePath(arguments.directory)
+                                      : QDir(input::AbsolutePath(place.path())).filePath(place.fileName());
     return folder;
-}
-
-void AddFolder(const Arguments& given) {
-    const input::Application application;
-    const SyncedFolder folder = GivenFolder(given);
-    folders::AddToFoldersFile(folder);
-    if (!folder.user.isEmpty()) {
-        if (!input::KeepPasswordUnlessKept(folder.user, folder.location.baseUrl.host()) && !given.isQuiet) {
-            Warn({"login",
-                  QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
-                                 "-u %1 %2\" keeps one.")
-                      .arg(folder.user, folder.location.baseUrl.toString())},
-                 given.Errors());
-        }
-    }
-    TellAgent(given);
 }
 
 nlohmann::ordered_json SyncedFolderJson(const SyncedFolder& folder) {
@@ -110,6 +100,116 @@ nlohmann::ordered_json SyncedFolderJson(const SyncedFolder& folder) {
             {"user", folder.user.toStdString()},
             {"exclude", rules},
             {"paused", folder.isPaused}};
+}
+
+/// Whether the folder is on the service. Throws what the service says to it, and to who logs in; also when there is
+/// nothing that it could be made in.
+bool IsThere(ServiceConnection& connection, const Location& location) {
+    sync::config::FolderConfiguration folder;
+    if (connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), folder)) {
+        return true;
+    }
+    const std::optional<library::FoundResource> found = connection.Find(location.serverPath);
+    if (found && !found->isFolder) {
+        throw Refusal(QStringLiteral("\"%1\" on %2 is a file, and only folders are kept in step")
+                          .arg(location.serverPath, location.Server()));
+    }
+    if (!found && location.serverPath.isEmpty()) {
+        ThrowNoSuchFolder(location);
+    }
+    if (!found) {
+        input::RequireFolderAbove(connection, location);
+    }
+    return found.has_value();
+}
+
+/// Complains of `error`, which is being handled, and with which the service was asked for `folder`.
+ExitCode ComplainOfService(const std::exception& error, const ServiceConnection& connection, const SyncedFolder& folder,
+                           bool isPasswordKept, const Arguments& given) {
+    const QString user = connection.Credentials().user();
+    const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&error);
+    const bool isRejected = answer != nullptr && answer->StatusCode() == wire::HttpStatus::Unauthorized;
+    if (isRejected && user.isEmpty() && !folder.user.isEmpty()) {
+        input::ThrowNoPassword(folder.user, folder.location.baseUrl.host());
+    }
+    ErrorText::Context asked;
+    asked.server = folder.location.Server();
+    asked.path = folder.location.serverPath;
+    asked.user = user;
+    asked.lastAnswer = [&connection] { return connection.LastAnswer(); };
+    const ExitCode exitCode = ComplainOfFailure(error, asked, given.Errors());
+    if (given.isQuiet) {
+        return exitCode;
+    }
+    if (!isRejected) {
+        Warn({"folders", QStringLiteral("Nothing was added; --no-check adds the folder without asking the service.")},
+             given.Errors());
+    } else if (isPasswordKept) {
+        Warn({"login", QStringLiteral("That password is kept already; \"ovsync login -u %1 %2\" keeps another.")
+                           .arg(user, folder.location.baseUrl.toString())},
+             given.Errors());
+    }
+    return exitCode;
+}
+
+ExitCode AddFolder(const Arguments& given, Output& output) {
+    const input::Application application;
+    const SyncedFolder folder = GivenFolder(given);
+    const QString host = folder.location.baseUrl.host();
+    folders::RequireAddable(folder);
+    const input::CredentialsForAgent login = input::FindCredentialsForAgent(folder.user, host);
+    bool isThere = true;
+    if (!given.isUntried) {
+        ServiceConnection connection(folder.location.baseUrl, login.credentials, given.Connecting());
+        try {
+            isThere = IsThere(connection, folder.location);
+        } catch (const std::exception& e) {
+            return ComplainOfService(e, connection, folder, login.areKept, given);
+        }
+    }
+    if (mkdir(folder.directory.toUtf8().constData(), 0777) != 0 && errno != EEXIST) {
+        throw UsageError(QStringLiteral("%1: %2").arg(folder.directory, QString::fromLocal8Bit(std::strerror(errno))));
+    }
+    if (!login.areKept && !login.credentials.isNull()) {
+        user::Passwords().Keep(host, folder.user, login.credentials.password());
+    }
+    folders::AddToFoldersFile(folder);
+    if (given.isJson) {
+        output.Write(QByteArray::fromStdString(SyncedFolderJson(folder).dump()) + '\n');
+    } else {
+        output.Write(output.Shown(folder.directory) + " is kept in step with " + output.Shown(folder.url) +
+                     (isThere ? "\n" : ", which is made there\n"));
+    }
+    if (!folder.user.isEmpty() && login.credentials.isNull() && !given.isQuiet) {
+        Warn({"login", QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
+                                      "-u %1 %2\" keeps one.")
+                           .arg(folder.user, folder.location.baseUrl.toString())},
+             given.Errors());
+    }
+    TellAgent(given, true);
+    return ExitCode::Done;
+}
+
+/// What is done with a folder of the file.
+struct Change {
+    void (*make)(const QString&);
+    /// What is told of the folder then.
+    const char* outcome;
+    /// Whether it comes to nothing without an agent.
+    bool needsAgent;
+};
+
+ExitCode ChangeFolder(const Change& change, const Arguments& given, Output& output) {
+    const input::Application application;
+    const QString directory = NamedDirectory(given.directory);
+    change.make(directory);
+    if (given.isJson) {
+        output.Write(QByteArray::fromStdString(nlohmann::json{{"path", directory.toStdString()}}.dump()) + '\n');
+    } else {
+        output.Write(output.Shown(directory) + change.outcome + '\n');
+    }
+    TellAgent(given, change.needsAgent);
+    return ExitCode::Done;
 }
 
 ExitCode ListFolders(const Arguments& given, Output& output) {
@@ -145,10 +245,7 @@ void AddFoldersCommand(CommandRegistry& registry) {
 
     CLI::App* const add = registry.AddLocal(
         *folders, "add", "Keeps a local folder, made when it is missing, in step with one of a service.",
-        [](const Arguments& arguments, Output&) {
-            AddFolder(arguments);
-            return ExitCode::Done;
-        });
+        [](const Arguments& arguments, Output& output) { return AddFolder(arguments, output); });
     CommandRegistry::AddText(add, "DIR", "The local folder", given.directory);
     CommandRegistry::AddText(add, "URL", "The folder, for example http://host/folder/", given.url);
     add->add_option("-u,--user", given.user, "Name to log in with")->type_name("USER");
@@ -160,26 +257,24 @@ void AddFoldersCommand(CommandRegistry& registry) {
                     "all, unless given)")
         ->type_name("N");
     registry.AddFolderOptions(add);
+    add->add_flag("--no-check", given.isUntried, "Add it without asking the service");
 
     registry.AddLocal(*folders, "list", "Lists them, a line each.",
                       [](const Arguments& arguments, Output& output) { return ListFolders(arguments, output); });
 
-    const auto addChange = [&](const char* name, const char* description, void (*change)(const QString&)) {
-        CLI::App* const command =
-            registry.AddLocal(*folders, name, description, [change](const Arguments& arguments, Output&) {
-                const input::Application application;
-                change(NamedDirectory(arguments.directory));
-                TellAgent(arguments);
-                return ExitCode::Done;
-            });
+    const auto addChange = [&](const char* name, const char* description, const Change& change) {
+        CLI::App* const command = registry.AddLocal(
+            *folders, name, description,
+            [change](const Arguments& arguments, Output& output) { return ChangeFolder(change, arguments, output); });
         CommandRegistry::AddText(command, "DIR", "The local folder, as list shows it", given.directory);
     };
     addChange("remove", "Keeps a folder no longer in step. Nothing in it is touched, here or there.",
-              &folders::RemoveFromFoldersFile);
+              {&folders::RemoveFromFoldersFile, " is no longer kept in step", false});
     addChange("pause", "Leaves a folder alone until it is resumed.",
-              [](const QString& directory) { folders::PauseInFoldersFile(directory, true); });
+              {[](const QString& directory) { folders::PauseInFoldersFile(directory, true); }, " is paused", false});
     addChange("resume", "Goes on with a folder that was paused.",
-              [](const QString& directory) { folders::PauseInFoldersFile(directory, false); });
+              {[](const QString& directory) { folders::PauseInFoldersFile(directory, false); },
+               " is kept in step again", true});
 }
 
 }  // namespace commands

@@ -50,9 +50,7 @@ QString FindPassword(const QString& user, const QString& host) {
     if (const std::optional<QString> password = PasswordFromPrompt(user, host)) {
         return *password;
     }
-    throw UsageError(QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, neither the keyring nor "
-                                    "~/.netrc has one, and there is no terminal to ask at.")
-                         .arg(user, host));
+    ThrowNoPassword(user, host);
 }
 
 }  // namespace
@@ -84,16 +82,23 @@ QAuthenticator NewCredentials(const QString& user, const QString& host) {
     return credentials;
 }
 
-bool KeepPasswordUnlessKept(const QString& user, const QString& host) {
-    user::Passwords passwords;
-    if (!passwords.Find(host, user).isNull()) {
-        return true;
+CredentialsForAgent FindCredentialsForAgent(const QString& user, const QString& host) {
+    CredentialsForAgent found{user::Passwords().Find(host, user), true};
+    if (found.credentials.isNull()) {
+        found.areKept = false;
+        const std::optional<QString> password = user.isEmpty() ? std::nullopt : NewPassword(user, host);
+        if (password) {
+            found.credentials.setUser(user);
+            found.credentials.setPassword(*password);
+        }
     }
-    const std::optional<QString> password = NewPassword(user, host);
-    if (password) {
-        passwords.Keep(host, user, *password);
-    }
-    return password.has_value();
+    return found;
+}
+
+void ThrowNoPassword(const QString& user, const QString& host) {
+    throw UsageError(QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, neither the keyring nor "
+                                    "~/.netrc has one, and there is no terminal to ask at.")
+                         .arg(user, host));
 }
 
 }  // namespace input

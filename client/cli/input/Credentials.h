@@ -15,9 +15,18 @@ QAuthenticator FindCredentials(const QString& user, const QString& host);
 /// when there is neither, and without a user.
 QAuthenticator NewCredentials(const QString& user, const QString& host);
 
-/// Keeps the password that NewCredentials would have, unless one is kept already. False when there is none to be had.
+/// What FindCredentials would find, but for that a password that is kept comes first: those that an agent has, or would
+/// have if they were kept.
+struct CredentialsForAgent {
+    /// Null when there are none to be had.
+    QAuthenticator credentials;
+    bool areKept = false;
+};
 /// The process has a QCoreApplication meanwhile.
-[[nodiscard]] bool KeepPasswordUnlessKept(const QString& user, const QString& host);
+CredentialsForAgent FindCredentialsForAgent(const QString& user, const QString& host);
+
+/// Throws the UsageError of FindCredentials.
+[[noreturn]] void ThrowNoPassword(const QString& user, const QString& host);
 
 }  // namespace input
 }  // namespace ovsync

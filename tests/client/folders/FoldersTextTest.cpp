@@ -151,6 +151,26 @@ TEST(FoldersTextTest, OneFolderStandsOnce) {
               QStringList(Text("line 1: the URL names another user than \"user\" does")));
 }
 
+TEST(FoldersTextTest, AFolderInAnotherIsAMistakeUnlessItIsExcludedThere) {
+    const auto both = [](const char* outer, const char* inner, const char* rules = "") {
+        const QByteArray url = "url = \"http://h.test/\"\n";
+        const QByteArray first = QByteArray("[[folder]]\npath = \"") + outer + "\"\n" + url + rules;
+        const QByteArray second = QByteArray("[[folder]]\npath = \"") + inner + "\"\n" + url;
+        const QStringList mistakes = Mistakes(first + second);
+        EXPECT_EQ(mistakes.size(), Mistakes(second + first).size());
+        return mistakes;
+    };
+    EXPECT_EQ(both("~/W", "~/W/in/here"),
+              QStringList(Text("line 4: /home/ann/W/in/here lies in /home/ann/W. To keep both in step, exclude "
+                               "\"/in/here\" from /home/ann/W")));
+    EXPECT_EQ(both("/", "/a").size(), 1);
+    EXPECT_EQ(both("/a", "/ab"), QStringList());
+    EXPECT_EQ(both("/a", "/a/b", "exclude = [\"/b\"]\n"), QStringList());
+    EXPECT_EQ(both("/a", "/a/b/c", "exclude = [\"/b\"]\n"), QStringList());
+    EXPECT_EQ(both("/a", "/a/b", "exclude = [\"/c\"]\npaused = true\n").size(), 1);
+    EXPECT_EQ(both("/a", "/a/b", "exclude = [\"[\", 7]\n").size(), 3);
+}
+
 TEST(FoldersTextTest, WhatIsAddedReadsAsItWasGiven) {
     SyncedFolder folder;
     folder.directory = Text("/data/it's \"s\xC3\xA9\" \\ here");

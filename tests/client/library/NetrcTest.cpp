@@ -71,6 +71,28 @@ TEST_F(NetrcTest, TakesTheDefaultForOtherHosts) {
     EXPECT_EQ(Found("i.test", "anyone"), "anyone:s\xC3\xA9same");
 }
 
+TEST_F(NetrcTest, APasswordStandsForTheLoginBesideItAndForNoOther) {
+    for (const char* text : {"machine h.test login bob password wrong1\n", "machine h.test password wrong1 login bob\n",
+                             "machine h.test login Ann password wrong1\n", "default login bob password wrong1\n",
+                             "machine h.test password wrong1\n", "machine h.test login ann\n",
+                             "machine h.test login ann machine h.test login bob password wrong1\n",
+                             "machine other.test login ann password wrong1\n", "machine h.test login ann password"}) {
+        Write(text);
+        EXPECT_EQ(Found("h.test", "ann"), "none") << text;
+    }
+    Write("machine h.test login bob password right1\ndefault login ann password right2\n");
+    EXPECT_EQ(Found("h.test", "ann"), "ann:right2");
+    EXPECT_EQ(Found("h.test"), "bob:right1");
+}
+
+TEST_F(NetrcTest, ReadsNamesOfHostsInEitherOfTheirForms) {
+    Write(
+        "machine b\xC3\xBC\x63her.test login ann password right1\nMACHINE xn--mhle-0ra.test LOGIN ann PASSWORD "
+        "right2\n");
+    EXPECT_EQ(Found("b\xC3\xBC\x63her.test", "ann"), "ann:right1");
+    EXPECT_EQ(Found("m\xC3\xBChle.test", "ann"), "ann:right2");
+}
+
 TEST_F(NetrcTest, TakesThePasswordBeforeTheUser) {
     Write("machine h.test password right login ann\n");
     EXPECT_EQ(Found("h.test"), "ann:right");
@@ -93,12 +115,12 @@ TEST_F(NetrcTest, ReadsTheFileThatTheEnvironmentNames) {
 }
 
 TEST_F(NetrcTest, AFileThatCannotBeReadIsNamed) {
-    Write("machine h.test login ann password \"never closed\n");
+    Write("machine h.test\nlogin ann password \"never closed\nmachine h.test login ann password \"closed\"\n");
     try {
         Found("h.test");
         FAIL();
     } catch (const sync::core::SyncException& error) {
-        EXPECT_THAT(error.Utf8Message(), testing::HasSubstr("~/.netrc cannot be read: "));
+        EXPECT_THAT(error.Utf8Message(), testing::HasSubstr("/.netrc cannot be read: a quote in line 2 "));
     }
 }
 

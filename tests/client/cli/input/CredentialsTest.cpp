@@ -104,6 +104,7 @@ std::string FoundPassword() {
 }
 
 TEST_F(CredentialsTest, WithoutATerminalToAskAtItIsAnError) {
+    WriteNetrc("machine service.test login bob password wrong1\ndefault login eve password wrong2\n");
     EXPECT_THAT(InSession(-1, FoundPassword), testing::HasSubstr("No password for ann at service.test"));
 }
 
