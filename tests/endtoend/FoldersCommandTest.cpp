@@ -133,7 +133,7 @@ TEST_F(FoldersCommandTest, WhatMakesNoSenseIsRefusedAndNothingWritten) {
     expect({Text("add"), _directory, Text("http://ann@h.test/"), Text("-u"), Text("bob")}, "another user");
     expect({Text("add"), _directory, Text("http://h.test/"), Text("--exclude"), Text("a[")}, "is not a valid pattern");
     expect({Text("add"), _directory, Text("http://h.test/"), Text("--max-delete"), Text("half")}, "--max-delete");
-    expect({Text("add"), _user.Path(Text("a/b/c")), Text("http://h.test/")}, "No such file or directory");
+    expect({Text("add"), _user.Path(Text("a/b/c")), Text("http://h.test/")}, "there is no folder");
     for (const char* name : {"synced/.ovsync", "synced/.ovsync/new", "synced/.ovsync/trash/f"}) {
         _user.Write(Text("synced/.ovsync/trash/f/a"), "a");
         expect({Text("add"), _user.Path(Text(name)), Text("http://h.test/")}, "where ovsync keeps what it knows");

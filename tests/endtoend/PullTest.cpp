@@ -223,11 +223,14 @@ TEST_F(PullTest, NoFolderIsMadeForWhatCannotBePulled) {
     };
     expectError("gone", "new", 1, "no folder ");
     expectError("a", "new", 2, "\"a\" is a file");
-    expectError("", "gone/new", 2, "gone/new: No such file or directory");
+    expectError("", "gone/new", 2, "there is no folder");
     expectError("", "file/new", 2, "file/new: Not a directory");
     expectError("", "file", 2, "file\" is not a folder");
     expectError("", "link", 2, "link: No such file or directory");
     EXPECT_EQ(Names(), before);
+    const ProgramResult result = RunOvsync({Text("pull"), _service.Url(), QString()});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.errors.toStdString(), HasSubstr("no folder is named"));
 }
 
 TEST_F(PullTest, AFolderThatCannotBeWrittenIsNamed) {
