@@ -46,23 +46,41 @@ NetrcWord ReadWord(const QByteArray& text, int position) {
     return word;
 }
 
-/// Without comments, and without macros, which end at an empty line.
+/// Whether a value follows, also where that looks like a key or a comment.
+bool HasValue(const QByteArray& key) {
+    return key == "machine" || key == "login" || key == "password" || key == "account";
+}
+
+/// Where the first empty line from `position` on begins.
+int MacroEnd(const QByteArray& text, int position) {
+    while (position < text.size()) {
+        position = LineEnd(text, position) + 1;
+        const int size = LineEnd(text, position) - position;
+        if (text.mid(position, size).trimmed().isEmpty()) {
+            break;
+        }
+    }
+    return position;
+}
+
+/// Keys and values. Without comments, and without macros, which end at an empty line.
 QVector<NetrcWord> WordsOf(const QByteArray& text) {
     QVector<NetrcWord> words;
+    bool isValue = false;
     for (int position = 0; position < text.size();) {
         if (IsBlank(text.at(position))) {
             ++position;
-        } else if (text.at(position) == '#') {
+        } else if (text.at(position) == '#' && !isValue) {
             position = LineEnd(text, position);
         } else {
             const NetrcWord word = ReadWord(text, position);
             position = word.end;
-            if (word.text == "macdef") {
-                const int end = text.indexOf("\n\n", position);
-                position = end < 0 ? text.size() : end;
-            } else {
-                words.append(word);
+            if (word.text == "macdef" && !isValue) {
+                position = MacroEnd(text, position);
+                continue;
             }
+            words.append(word);
+            isValue = !isValue && HasValue(word.text.toLower());
         }
     }
     return words;
@@ -86,9 +104,7 @@ QVector<NetrcEntry> ReadNetrc(const QByteArray& text) {
             entries.append(NetrcEntry{words[i].begin, std::nullopt, std::nullopt, std::nullopt});
             continue;
         }
-        // What follows one of these is a value even where it looks like a key.
-        const bool hasValue = key == "machine" || key == "login" || key == "password" || key == "account";
-        if (!hasValue || i + 1 == words.size()) {
+        if (!HasValue(key) || i + 1 == words.size()) {
             continue;
         }
         const NetrcWord& value = words[++i];

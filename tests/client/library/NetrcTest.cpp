@@ -64,6 +64,24 @@ TEST_F(NetrcTest, ReadsQuotesCommentsAccountsAndMacros) {
     EXPECT_EQ(Found("i.test", "bob"), "bob:pass#word:2");
 }
 
+TEST_F(NetrcTest, AValueMayLookLikeACommentOrAKey) {
+    Write(
+        "machine h.test login ann password #secret\n"
+        "machine i.test login macdef password login # machine i.test\n"
+        "machine j.test login bob password right");
+    EXPECT_EQ(Found("h.test"), "ann:#secret");
+    EXPECT_EQ(Found("i.test"), "macdef:login");
+    EXPECT_EQ(Found("j.test"), "bob:right");
+}
+
+TEST_F(NetrcTest, AMacroEndsAtAnEmptyLineHoweverLinesEnd) {
+    Write(
+        "macdef init\r\nmachine h.test login ann password wrong\r\n\r\n"
+        "machine h.test login ann password right\r\nmacdef last\r\nmachine i.test login ann password wrong");
+    EXPECT_EQ(Found("h.test"), "ann:right");
+    EXPECT_EQ(Found("i.test"), "none");
+}
+
 TEST_F(NetrcTest, TakesTheDefaultForOtherHosts) {
     Write("machine h.test login ann password right1\ndefault login anyone password s\xC3\xA9same\n");
     EXPECT_EQ(Found("h.test"), "ann:right1");
