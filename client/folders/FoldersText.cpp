@@ -160,8 +160,7 @@ private:
                 continue;
             }
             try {
-                local::Exclusion{QStringList(rule)};
-                folder.rules.append(rule);
+                folder.rules.append(local::Exclusion::RuleIn(rule.toUtf8()));
             } catch (const sync::core::SyncException& e) {
                 _Complain(LineOf(pattern), e.Message());
             }

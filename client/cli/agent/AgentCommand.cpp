@@ -159,12 +159,13 @@ std::optional<QString> ComplaintOfStart() {
 /// Has it start the agent now and at each login. What it complains of; all is as before then.
 std::optional<QString> ComplaintOfEnabling(const QString& unit) {
     // Without it nothing is to be touched.
-    if (const std::optional<QString> complaint = ComplaintOfSystemd({QStringLiteral("show-environment")})) {
+    std::optional<QString> complaint = ComplaintOfSystemd({QStringLiteral("show-environment")});
+    if (complaint) {
         return complaint;
     }
     const bool wasEnabled = SystemdSays("is-enabled");
     // Systemd looks in other places than where this is installed. Another copy may have been enabled before.
-    std::optional<QString> complaint = ComplaintOfSystemd({QStringLiteral("enable"), QStringLiteral("--force"), unit});
+    complaint = ComplaintOfSystemd({QStringLiteral("enable"), QStringLiteral("--force"), unit});
     if (!complaint && !(SystemdSays("is-active") && AgentClient::IsRunning())) {
         complaint = ComplaintOfStart();
     }

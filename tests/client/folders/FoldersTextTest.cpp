@@ -156,7 +156,7 @@ TEST(FoldersTextTest, AFolderInAnotherIsAMistakeUnlessItIsExcludedThere) {
         const QByteArray url = "url = \"http://h.test/\"\n";
         const QByteArray first = QByteArray("[[folder]]\npath = \"") + outer + "\"\n" + url + rules;
         const QByteArray second = QByteArray("[[folder]]\npath = \"") + inner + "\"\n" + url;
-        const QStringList mistakes = Mistakes(first + second);
+        QStringList mistakes = Mistakes(first + second);
         EXPECT_EQ(mistakes.size(), Mistakes(second + first).size());
         return mistakes;
     };
