@@ -504,7 +504,6 @@ TEST_F(MishapTest, AServerThatTellsVersionsInListingsAloneTakesChangesAndDeletio
     Write("a", "3");
     service.onRequest = [this](const QString& method, const QString&) {
         if (method == Text("PUT")) {
-            service.onRequest = nullptr;
             service.Overwrite(Text("a"), "4");
         }
     };
@@ -607,12 +606,14 @@ protected:
 
     /// Called before the first request of that kind after the upload.
     void BeforeFirst(const char* question, const std::function<void()>& change) {
-        service.onRequest = [question, change, isSent = false](const QString& method, const QString& path) mutable {
-            if (isSent && method == Text(question)) {
-                isSent = false;
+        const auto isSent = std::make_shared<std::atomic<bool>>(false);
+        service.onRequest = [question, change, isSent](const QString& method, const QString& path) {
+            if (method == Text(question) && isSent->exchange(false)) {
                 change();
             }
-            isSent = isSent || (method == Text("SENT") && path == Text("a"));
+            if (method == Text("SENT") && path == Text("a")) {
+                *isSent = true;
+            }
         };
     }
 };
