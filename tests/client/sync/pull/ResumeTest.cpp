@@ -103,7 +103,9 @@ TEST_F(ResumeTest, NorWhatAStoppedPullHas) {
     service.Put(Text("f/large"), content);
     service.breaksAfter = ReceivedAtLeast;
     tree.before = [this](const char* operation, const QString&) {
-        isStopped = isStopped || qstrcmp(operation, "Write") == 0;
+        if (qstrcmp(operation, "Write") == 0) {
+            isStopped = true;
+        }
     };
     EXPECT_EQ(Pull(), SyncOutcome::Cancelled);
     tree.before = nullptr;
