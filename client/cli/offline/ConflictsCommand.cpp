@@ -53,7 +53,8 @@ QVector<OpenConflict> OpenConflicts(const QString& root) {
     });
     QVector<OpenConflict> conflicts;
     for (const ConflictCopy& copy : qAsConst(copies)) {
-        if (tree.Look(copy.copy)) {
+        const std::optional<local::LocalEntry> there = tree.Look(copy.copy);
+        if (there && there->kind == local::LocalEntry::Kind::File) {
             conflicts.append({copy, IsChanged(tree, copy)});
         }
     }

@@ -23,6 +23,10 @@ bool IsFile(const std::optional<LocalEntry>& entry, const Fingerprint& fingerpri
     return IsFile(entry) && entry->fingerprint.IsSameFileAs(fingerprint);
 }
 
+QString UnrecordedCopySetting() {
+    return QStringLiteral("unrecordedCopy");
+}
+
 bool ReplacesSomething(const Placement& placement) {
     return placement.old.size >= 0;
 }
@@ -145,6 +149,7 @@ Installer::Result Installer::_Remove(Request& request) {
 
 QVector<SyncEvent> Installer::Recover() {
     QVector<SyncEvent> events;
+    _RecoverCopy();
     for (const Placement& placement : _records.Placements()) {
         const QString& target = placement.record.path;
         try {
@@ -200,10 +205,43 @@ void Installer::ClearUp(const QString& temporary) {
     }
 }
 
-QString Installer::AddConflictCopy(const QString& temporary, const QString& path, const QString& note) {
+QString Installer::PutBeside(const QString& temporary, store::ConflictCopy copy, const QString& note) {
+    copy.copy = _GiveName(temporary, copy.path, note,
+                          [this](const QString& name) { _records.WriteSetting(UnrecordedCopySetting(), name); });
+    store::RecordDatabase::Transaction transaction(_records);
+    _records.WriteCopy(copy);
+    _records.WriteSetting(UnrecordedCopySetting(), QString());
+    transaction.Commit();
+    return copy.copy;
+}
+
+void Installer::_RecoverCopy() {
+    const QString unrecorded = _records.Setting(UnrecordedCopySetting());
+    if (unrecorded.isEmpty()) {
+        return;
+    }
+    try {
+        // It comes again: the service has it.
+        if (IsFile(_tree.Look(unrecorded))) {
+            _trash.Take(unrecorded, unrecorded);
+        }
+        _records.WriteSetting(UnrecordedCopySetting(), QString());
+    } catch (const LocalError& e) {
+        if (e.ConcernsWholeDisk()) {
+            throw;
+        }
+        // Perhaps the next pass can.
+    }
+}
+
+QString Installer::_GiveName(const QString& temporary, const QString& path, const QString& note,
+                             const std::function<void(const QString& name)>& onName) {
     for (int number = 1;; ++number) {
         QString beside = PathWithNote(path, note, number);
         const std::optional<LocalEntry> there = _tree.Look(beside);
+        if (!there) {
+            onName(beside);
+        }
         if (!there && _tree.Move(temporary, beside)) {
             _tree.SyncFolder(FolderOf(path));
             return beside;
@@ -217,8 +255,9 @@ QString Installer::AddConflictCopy(const QString& temporary, const QString& path
 
 QString Installer::_KeepReplaced(const QString& temporary, const QString& path) {
     const std::optional<LocalEntry> entry = _tree.Look(temporary);
-    return AddConflictCopy(temporary, path,
-                           TimeNote(QStringLiteral("changed here"), entry ? entry->fingerprint : Fingerprint()));
+    return _GiveName(temporary, path,
+                     TimeNote(QStringLiteral("changed here"), entry ? entry->fingerprint : Fingerprint()),
+                     [](const QString&) {});
 }
 
 bool Installer::_HasSameContent(const QString& a, const QString& b) {

@@ -4,8 +4,10 @@
 #include <QString>
 #include <QVector>
 #include <exception>
+#include <functional>
 #include <optional>
 
+#include "client/store/ConflictCopy.h"
 #include "client/store/Placement.h"
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/ILocalTree.h"
@@ -57,9 +59,10 @@ public:
     /// Puts the file at `temporary`, a version of the one at `path`, into the trash. Throws LocalError.
     void Discard(const QString& temporary, const QString& path) { _trash.Take(temporary, path); }
 
-    /// Gives the file at `temporary` a name that says that it is a version, described by `note`, of the one at `path`.
-    /// Returns that name; it may be one that a file with the same content had already. Throws LocalError.
-    [[nodiscard]] QString AddConflictCopy(const QString& temporary, const QString& path, const QString& note);
+    /// Gives the file at `temporary` a name that says that it is a version, described by `note`, of the one at
+    /// `copy.path`, and records it. Returns that name; it may be one that a file with the same content had already. A
+    /// crash leaves no copy that is not recorded beyond the next Recover. Throws LocalError.
+    [[nodiscard]] QString PutBeside(const QString& temporary, store::ConflictCopy copy, const QString& note);
 
 private:
     void _Install(Request& request);
@@ -67,6 +70,11 @@ private:
     void _SyncFolders(QVector<Request>& requests);
     Result _Put(Request& request);
     Result _Remove(Request& request);
+    /// As PutBeside, without a record. `onName` is called with each name before it is given.
+    QString _GiveName(const QString& temporary, const QString& path, const QString& note,
+                      const std::function<void(const QString& name)>& onName);
+    /// Takes away a copy of which a pass that died has not recorded what it is.
+    void _RecoverCopy();
     QString _KeepReplaced(const QString& temporary, const QString& path);
     /// Returns the name that a file was given that somebody wrote meanwhile; empty mostly.
     QString _Recover(const store::Placement& placement);

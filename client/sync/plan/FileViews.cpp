@@ -98,6 +98,16 @@ bool FileViews::_HasFetchedContentOf(FileView& view) const {
     return _IsContentThere(view, view.here.md5);
 }
 
+bool FileViews::_HasContentOf(FileView& view, const ConflictCopy& copy) const {
+    if (!IsContentOf(view.remote, view.here.entry->fingerprint.size, QString())) {
+        return false;
+    }
+    if (view.here.md5.isEmpty()) {
+        _comparison.Read(view.path, view.here);
+    }
+    return view.here.md5 == copy.contentMd5;
+}
+
 bool FileViews::_IsContentThere(const FileView& view, const QString& md5) const {
     try {
         return !md5.isEmpty() && _comparison.IsContentThere(view.path, view.remote.size, md5);
@@ -113,6 +123,7 @@ void FileViews::_FindCopies(FileView& view) const {
         if (isOfVersion) {
             view.situation.isBesideAlready = true;
             view.copy = copy.copy;
+            view.situation.isSameContent = view.situation.isSameContent || _HasContentOf(view, copy);
         }
         // The disk is asked, because the snapshot has no excluded files.
         if (_direction == Direction::Pull || _sides.tree.Look(copy.copy)) {

@@ -36,6 +36,8 @@ private:
     void _CompareContents(FileView& view) const;
     /// Compares with the content itself where the service has no checksums.
     bool _HasFetchedContentOf(FileView& view) const;
+    /// Whether the file here has what was put beside it.
+    bool _HasContentOf(FileView& view, const store::ConflictCopy& copy) const;
     /// Whether the service's content is that of which `md5` is.
     bool _IsContentThere(const FileView& view, const QString& md5) const;
     void _FindCopies(FileView& view) const;

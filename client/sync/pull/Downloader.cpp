@@ -301,9 +301,9 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
 
 void Downloader::_KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5) {
     try {
-        const QString copy = _installer.AddConflictCopy(temporary, order.path, VersionNote(order.remote));
         const QString identity = _maker.IsInDoubt(order.remote) ? QString() : IdentityOf(order.remote);
-        _sides.records.WriteCopy({copy, order.path, identity, md5});
+        const QString copy =
+            _installer.PutBeside(temporary, {QString(), order.path, identity, md5}, VersionNote(order.remote));
         _report.Tell(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
     } catch (const LocalError&) {
         _TellFailure(order.path, std::current_exception());

@@ -177,11 +177,17 @@ bool PullPlan::_IsOfVersionThere(const ConflictCopy& copy) const {
     return remote != _remote.AllFiles().constEnd() && IsCopyOf(*remote, copy);
 }
 
+bool PullPlan::_IsFileHere(const ConflictCopy& copy) const {
+    // The disk is asked, because the snapshot has no excluded files.
+    const std::optional<local::LocalEntry> here = _sides.tree.Look(copy.copy);
+    return here && here->kind == local::LocalEntry::Kind::File;
+}
+
 QList<ConflictCopy> PullPlan::_NeedlessCopies(const QSet<QString>& open) const {
     const QList<ConflictCopy> all = _sides.records.Copies();
     QSet<QString> upToDate;
     for (const ConflictCopy& copy : all) {
-        if (_IsOfVersionThere(copy) && _sides.tree.Look(copy.copy)) {
+        if (_IsOfVersionThere(copy) && _IsFileHere(copy)) {
             upToDate.insert(copy.path);
         }
     }
@@ -197,7 +203,7 @@ QList<ConflictCopy> PullPlan::_NeedlessCopies(const QSet<QString>& open) const {
 PullPlan::Gone PullPlan::FindNeedlessCopies(const QSet<QString>& open) const {
     Gone needless;
     for (const ConflictCopy& copy : _NeedlessCopies(open)) {
-        if (_sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy)) {
+        if (_sides.records.HasFile(copy.copy) || !_IsFileHere(copy)) {
             continue;
         }
         try {
@@ -216,8 +222,7 @@ PullPlan::Gone PullPlan::FindNeedlessCopies(const QSet<QString>& open) const {
 RecordChanges PullPlan::FindEndedConflicts(const QSet<QString>& open) const {
     RecordChanges changes;
     for (const ConflictCopy& copy : _NeedlessCopies(open)) {
-        // The disk is asked, because the snapshot has no excluded files.
-        if (_sides.records.HasFile(copy.copy) || !_sides.tree.Look(copy.copy)) {
+        if (_sides.records.HasFile(copy.copy) || !_IsFileHere(copy)) {
             changes.forgottenCopies.append(copy);
         }
     }

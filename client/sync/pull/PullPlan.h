@@ -75,6 +75,7 @@ private:
     QList<store::ConflictCopy> _NeedlessCopies(const QSet<QString>& open) const;
     bool _IsOver(const store::ConflictCopy& copy, const QSet<QString>& open) const;
     bool _IsOfVersionThere(const store::ConflictCopy& copy) const;
+    bool _IsFileHere(const store::ConflictCopy& copy) const;
 
     const pass::PassSides& _sides;
     const plan::FileViews& _views;

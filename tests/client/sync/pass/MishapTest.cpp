@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <memory>
 
+#include "client/store/RecordDatabase.h"
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/wire/TransactionError.h"
@@ -488,6 +489,55 @@ TEST_F(MishapTest, WithATagInTheListingNoneIsAskedForBeforeAChangedFileIsSent) {
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(service.Count("GET"), 0);
+}
+
+TEST_F(MishapTest, ACopyOfAPassThatDiedBeforeItWasRecordedIsNotSent) {
+    for (const bool isPushed : {false, true}) {
+        StartWith("a", "1");
+        Write("a", "mine");
+        service.Put(Text("a"), "theirs");
+        Before("SyncFolder", "", [] { throw Kill(); });
+        EXPECT_THROW(Sync(), Kill);
+        tree.before = nullptr;
+        ASSERT_EQ(Copies().size(), 1);
+        if (isPushed) {
+            Push();
+        }
+        EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+        EXPECT_EQ(service.Contents(), (std::map<QString, QByteArray>{{Text("a"), "theirs"}}));
+        ASSERT_EQ(Copies().size(), 1);
+        Remove(Copies().first().toUtf8().constData());
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(service.Content(Text("a")), QByteArray("mine"));
+    }
+}
+
+TEST_F(MishapTest, WithoutChecksumsAConflictEndsWhenTheFileHasTheContentOfItsCopy) {
+    service.isPlain = true;
+    service.listsTags = true;
+    service.secondsAhead = 100;
+    StartWith("a", "1");
+    Write("a", "mine..");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    Write("a", "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Contents(), Files({{Text("a"), "theirs"}}));
+}
+
+TEST_F(MishapTest, AFolderInThePlaceOfACopyEndsNoConflictAndIsNoCopyOnceItIsOver) {
+    StartWith("a", "1");
+    Write("a", "mine");
+    service.Put(Text("a"), "theirs");
+    ASSERT_EQ(Sync(), SyncOutcome::LeftSome);
+    const QString copy = Copies().first();
+    Remove(copy.toUtf8().constData());
+    Write((copy + Text("/x")).toUtf8().constData(), "inner");
+    EXPECT_EQ(Sync(), SyncOutcome::LeftSome);
+    Write("a", "theirs");
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    using ovsync::store::RecordDatabase;
+    EXPECT_TRUE(RecordDatabase(folder.path(), RecordDatabase::Access::Try).Copies().isEmpty());
 }
 
 TEST_F(MishapTest, AServerThatTellsVersionsInListingsAloneTakesChangesAndDeletions) {
