@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <algorithm>
 
 #include "client/library/NetrcEntry.h"
@@ -20,6 +21,10 @@ QByteArray ReadNetrcFile(const QString& path) {
     QFile file(path);
     if (!file.exists()) {
         return QByteArray();
+    }
+    // Others may have no end.
+    if (!QFileInfo(path).isFile()) {
+        throw SyncException(QStringLiteral("it is not a file"));
     }
     if (!file.open(QIODevice::ReadOnly)) {
         throw SyncException(file.errorString());

@@ -11,6 +11,8 @@ using sync::core::SyncException;
 
 namespace {
 
+const QByteArray ByteOrderMark("\xEF\xBB\xBF");
+
 bool IsBlank(char character) {
     return character == ' ' || character == '\t' || character == '\n' || character == '\r';
 }
@@ -67,7 +69,7 @@ int MacroEnd(const QByteArray& text, int position) {
 QVector<NetrcWord> WordsOf(const QByteArray& text) {
     QVector<NetrcWord> words;
     bool isValue = false;
-    for (int position = 0; position < text.size();) {
+    for (int position = text.startsWith(ByteOrderMark) ? ByteOrderMark.size() : 0; position < text.size();) {
         if (IsBlank(text.at(position))) {
             ++position;
         } else if (text.at(position) == '#' && !isValue) {

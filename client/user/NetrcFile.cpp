@@ -64,7 +64,14 @@ QByteArray NetrcWith(const QByteArray& text, const QString& host, const QString&
     if (others >= 0) {
         return result.insert(others, entry);
     }
-    return result + (text.isEmpty() || text.endsWith('\n') ? "" : "\n") + entry;
+    if (!text.isEmpty() && !text.endsWith('\n')) {
+        result += '\n';
+    }
+    // A macro ends at an empty line.
+    if (text.contains("macdef") && !result.endsWith("\n\n")) {
+        result += '\n';
+    }
+    return result + entry;
 }
 
 void WriteToNetrc(const QString& host, const QString& user, const QString& password) {

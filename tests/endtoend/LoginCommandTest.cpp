@@ -54,6 +54,20 @@ TEST(LoginCommandTest, APasswordThatTheServiceDoesNotTakeIsNotKept) {
     EXPECT_FALSE(QFile::exists(user.Path(Text(".netrc"))));
 }
 
+TEST(LoginCommandTest, APasswordThatNobodyAsksForReplacesNone) {
+    const Service service;
+    const AgentUser user;
+    const auto login = [&](const QStringList& options, const char* password) {
+        return user.Ovsync(QStringList({Text("login"), Text("-u"), Text("ann"), service.Url()}) + options,
+                           {Text("OVSYNC_PASSWORD=") + Text(password)});
+    };
+    ASSERT_EQ(login({Text("--no-check")}, "right").exitCode, 0);
+    const ProgramResult untried = login({}, "wrong");
+    EXPECT_EQ(untried.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(untried), AllOf(HasSubstr("asks for no password"), HasSubstr("--no-check")));
+    EXPECT_EQ(user.Read(Text(".netrc")), "machine 127.0.0.1 login ann password right\n");
+}
+
 TEST(LoginCommandTest, APasswordThatCannotBeTriedIsKeptOnlyWhenThatIsSaid) {
     const AgentUser user;
     const auto login = [&user](const QStringList& options) {

@@ -6,6 +6,7 @@
 
 #include "client/agent/AgentClient.h"
 #include "client/cli/input/Application.h"
+#include "client/cli/input/Refusal.h"
 #include "client/cli/output/Complaint.h"
 #include "client/user/Passwords.h"
 #include "client/wire/HttpStatus.h"
@@ -16,6 +17,7 @@ namespace commands {
 
 using input::Arguments;
 using input::Location;
+using input::Refusal;
 using library::ServiceConnection;
 using output::Output;
 using output::Warn;
@@ -23,6 +25,18 @@ using user::Passwords;
 using wire::HttpStatus;
 
 namespace {
+
+/// Whether the service says nothing to whoever has no password, and so nothing to a wrong one.
+bool AsksForNone(const Location& location, const Arguments& given) {
+    try {
+        ServiceConnection connection(location.baseUrl, QAuthenticator(), given.Connecting());
+        sync::config::FolderConfiguration found;
+        connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), found);
+        return true;
+    } catch (const sync::core::SyncException&) {
+        return false;
+    }
+}
 
 /// Throws what the service says to the password.
 void Try(ServiceConnection& connection, const Location& location, const Arguments& given) {
@@ -43,6 +57,11 @@ void Try(ServiceConnection& connection, const Location& location, const Argument
 void Login(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
     if (!given.isUntried) {
         Try(connection, location, given);
+    }
+    if (!given.isUntried && AsksForNone(location, given)) {
+        throw Refusal(QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
+                                     "--no-check keeps it")
+                          .arg(location.Server()));
     }
     const input::Application application;
     const QAuthenticator credentials = connection.Credentials();

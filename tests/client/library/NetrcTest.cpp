@@ -82,6 +82,16 @@ TEST_F(NetrcTest, AMacroEndsAtAnEmptyLineHoweverLinesEnd) {
     EXPECT_EQ(Found("i.test"), "none");
 }
 
+TEST_F(NetrcTest, AByteOrderMarkIsNoPartOfTheFirstWord) {
+    Write("\xEF\xBB\xBFmachine h.test login ann password right\n");
+    EXPECT_EQ(Found("h.test"), "ann:right");
+}
+
+TEST_F(NetrcTest, WhatIsNoFileIsNotRead) {
+    ASSERT_TRUE(QFile::link(Text("/dev/zero"), environment.HomeFile(Text(".netrc"))));
+    EXPECT_THROW(NetrcCredentials(Text("h.test")), sync::core::SyncException);
+}
+
 TEST_F(NetrcTest, TakesTheDefaultForOtherHosts) {
     Write("machine h.test login ann password right1\ndefault login anyone password s\xC3\xA9same\n");
     EXPECT_EQ(Found("h.test"), "ann:right1");

@@ -48,6 +48,7 @@ TEST(NetrcFileTest, CommentsAndMacrosAreNoEntries) {
         "# machine h.test login ann password old\n"
         "machine i.test login ann password a\nmacdef init\nmachine h.test login ann password old\n\n";
     EXPECT_EQ(With(text), text + "machine h.test login ann password new\n");
+    EXPECT_EQ(With("macdef init\nfoo"), "macdef init\nfoo\n\nmachine h.test login ann password new\n");
 }
 
 class WriteToNetrcTest : public testing::Test {
