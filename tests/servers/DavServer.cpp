@@ -101,9 +101,15 @@ public:
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        // Apache makes its database of locks at the first condition. Of several at once all but one sleep for a second
-        // between the condition and the act; a server that has run before has no such second.
-        client.Send("DELETE", "/no such file", {"If-Match: \"no such tag\""});
+        // Apache makes its database of locks at the first change under a condition. Of several at once all but one
+        // sleep for a second between the condition and the act; a server that has run before has no such second.
+        if (kind == ServerKind::Apache || kind == ServerKind::ApacheByDefault) {
+            client.Send("PUT", "/first", {"If-None-Match: *"}, "x");
+            client.Send("DELETE", "/first");
+            if (!std::filesystem::exists(_work / "locks")) {
+                throw std::runtime_error("Apache has made no database of locks: " + Log());
+            }
+        }
     }
     ~ForeignServer() override {
         _process->Signal(SIGTERM);
