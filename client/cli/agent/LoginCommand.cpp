@@ -26,23 +26,26 @@ using wire::HttpStatus;
 
 namespace {
 
+void Ask(ServiceConnection& connection, const Location& location) {
+    sync::config::FolderConfiguration found;
+    connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), found);
+}
+
 /// Whether the service says nothing to whoever has no password, and so nothing to a wrong one.
 bool AsksForNone(const Location& location, const Arguments& given) {
     try {
         ServiceConnection connection(location.baseUrl, QAuthenticator(), given.Connecting());
-        sync::config::FolderConfiguration found;
-        connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), found);
+        Ask(connection, location);
         return true;
     } catch (const sync::core::SyncException&) {
         return false;
     }
 }
 
-/// Throws what the service says to the password.
+/// Throws what the service says to the password, and Refusal when it asks for none.
 void Try(ServiceConnection& connection, const Location& location, const Arguments& given) {
     try {
-        sync::config::FolderConfiguration found;
-        connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), found);
+        Ask(connection, location);
     } catch (const std::exception& e) {
         const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
         const bool isWrong = answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized;
@@ -52,16 +55,16 @@ void Try(ServiceConnection& connection, const Location& location, const Argument
         }
         throw;
     }
+    if (AsksForNone(location, given)) {
+        throw Refusal(QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
+                                     "--no-check keeps it")
+                          .arg(location.Server()));
+    }
 }
 
 void Login(ServiceConnection& connection, const Location& location, const Arguments& given, Output& output) {
     if (!given.isUntried) {
         Try(connection, location, given);
-    }
-    if (!given.isUntried && AsksForNone(location, given)) {
-        throw Refusal(QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
-                                     "--no-check keeps it")
-                          .arg(location.Server()));
     }
     const input::Application application;
     const QAuthenticator credentials = connection.Credentials();

@@ -22,16 +22,16 @@ struct Freer {
 }  // namespace
 
 QString AbsolutePath(const QString& directory) {
-    const std::unique_ptr<char, Freer> path(realpath(directory.toUtf8().constData(), nullptr));
     if (directory.isEmpty()) {
         throw UsageError(QStringLiteral("no folder is named here: \"\" is empty"));
     }
-    const QString above = QFileInfo(QDir::cleanPath(directory)).path();
-    if (!path && errno == ENOENT && !QFileInfo::exists(above)) {
-        throw UsageError(QStringLiteral("%1: there is no folder \"%2\" here").arg(directory, above));
-    }
+    const std::unique_ptr<char, Freer> path(realpath(directory.toUtf8().constData(), nullptr));
     if (!path) {
-        throw UsageError(QStringLiteral("%1: %2").arg(directory, QString::fromLocal8Bit(std::strerror(errno))));
+        const int code = errno;
+        const QString above = QFileInfo(QDir::cleanPath(directory)).path();
+        throw UsageError(code == ENOENT && !QFileInfo::exists(above)
+                             ? QStringLiteral("%1: there is no folder \"%2\" here").arg(directory, above)
+                             : QStringLiteral("%1: %2").arg(directory, QString::fromLocal8Bit(std::strerror(code))));
     }
     return QString::fromUtf8(path.get());
 }
