@@ -93,7 +93,7 @@ void Upload::_Send(content::IContentConnection& session) {
     const std::chrono::seconds longest = LeastLock + std::chrono::seconds(_order.size / BytesASecond);
     // Without an answer nobody knows.
     _isLockLeft = true;
-    const bool isThere = session.Lock(_url, _shared.lockOwner, longest);
+    const bool isThere = session.Lock(_url, known.entityTag, _shared.lockOwner, longest);
     const Unlocking unlocking(session, _isLockLeft);
     if (isThere) {
         _SendOver(session, known);
