@@ -14,7 +14,6 @@
 namespace {
 
 using ovsync::local::Exclusion;
-using ovsync::local::LocalEntry;
 using ovsync::local::LocalError;
 using ovsync::local::LocalSnapshot;
 using tests::Text;
