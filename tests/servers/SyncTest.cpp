@@ -73,9 +73,9 @@ TEST_P(ServersTest, PushesNothingOverWhatSomebodyElseHasChanged) {
 TEST_P(ServersTest, PushesNothingOverWhatSomebodyElseWritesMeanwhile) {
     Serve({{"file.txt", "of the service"}});
     ExpectRun("pull", {"pull", Url(), here.Path()});
-    WriteHere({{"file.txt", std::string(256 * 1024, 'x')}});
+    WriteHere({{"file.txt", std::string(2 * 1024 * 1024, 'x')}});
     auto push = std::async(std::launch::async, [this] {
-        return Ovsync({"push", "--bandwidth", "200K", here.Path(), Url()});
+        return Ovsync({"push", "--bandwidth", "1600K", here.Path(), Url()});
     });
     // Some of these fall into the upload.
     int number = 0;

@@ -12,6 +12,8 @@ namespace push {
 struct PushOrder {
     /// So much may be sent twice, in bytes.
     static constexpr qint64 TrialSize = qint64(64) * 1024;
+    /// What is smaller is sent in no more time than it takes to lock it.
+    static constexpr qint64 LockedSize = qint64(1024) * 1024;
 
     QString path;
     /// Whether the service's file is to be deleted, and not to be replaced.
@@ -37,7 +39,7 @@ struct PushOrder {
     bool isExecutableThere = false;
 
     /// Whether nobody else is to change the service's file meanwhile. The service itself sees to that.
-    bool IsToBeLocked() const { return looksBefore && !isNew && !isRemoval; }
+    bool IsToBeLocked() const { return looksBefore && !isNew && !isRemoval && size >= LockedSize; }
     /// Whether it may be sent twice.
     bool IsFitForTrial() const { return looksBefore && isNew && size > 0 && size <= TrialSize; }
 };

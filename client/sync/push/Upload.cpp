@@ -81,8 +81,13 @@ void Upload::_Send(content::IContentConnection& session) {
     const std::chrono::seconds longest = LeastLock + std::chrono::seconds(_order.size / BytesASecond);
     // Without an answer nobody knows.
     _isLockLeft = true;
+    std::unique_lock<std::mutex> asking(_shared.locking);
     const bool isThere = session.Lock(_url, known.entityTag, _shared.lockOwner, longest);
-    const auto unlocking = qScopeGuard([&] { _isLockLeft = !session.Unlock(); });
+    asking.unlock();
+    const auto unlocking = qScopeGuard([&] {
+        asking.lock();
+        _isLockLeft = !session.Unlock();
+    });
     if (isThere) {
         _SendOver(session, known);
     } else {

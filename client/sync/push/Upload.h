@@ -7,6 +7,7 @@
 #include <chrono>
 #include <exception>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 #include "client/content/IContentConnection.h"
@@ -46,6 +47,8 @@ public:
         const std::atomic<bool>& isStopped;
         /// For whom the service is asked to lock what is replaced.
         const QString& lockOwner;
+        /// Held while it is asked: some servers lose locks that are made or ended at the same time.
+        std::mutex& locking;
     };
 
     Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, const Shared& shared);

@@ -182,9 +182,9 @@ std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {
     }
     const bool isAskedLater =
         !order.isRemoval && order.size <= MostListed && _inFolders[FolderOf(order.path)] >= ManyInFolder;
-    return std::make_unique<Upload>(_sides.tree, std::move(order), url,
-                                    isAskedLater ? Upload::Asking::Later : Upload::Asking::AtOnce,
-                                    Upload::Shared{_bytes, _knowsConditions, *_sides.options.isStopped, _lockOwner});
+    return std::make_unique<Upload>(
+        _sides.tree, std::move(order), url, isAskedLater ? Upload::Asking::Later : Upload::Asking::AtOnce,
+        Upload::Shared{_bytes, _knowsConditions, *_sides.options.isStopped, _lockOwner, _locking});
 }
 
 void Uploader::Refuse(const QString& path, const QString& reason) {
@@ -201,7 +201,8 @@ void Uploader::Take(Transfers uploads, Pool& pool) {
         _TakeAllSent(nullptr);
         throw;
     }
-    const bool isFirst = _isTrialDue && !_isOtherServer;
+    const bool isFirst = _isTrialDue && !_isFirstAsked && !_sent.empty();
+    _isFirstAsked = _isFirstAsked || isFirst;
     const bool isLast = _orders.empty() && pool.Unfinished() == 0;
     if (isFirst || isLast || _sent.size() >= MostSent || std::chrono::steady_clock::now() - _firstSent >= LongestWait) {
         _TakeAllSent(&pool);

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <deque>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -83,6 +84,7 @@ private:
     pass::HeldLocks _locks;
     QString _lockOwner;
     bool _areLocksLeft = false;
+    std::mutex _locking;
     bool _hasAll = true;
     /// How many files are to be sent into each folder.
     QHash<QString, int> _inFolders;
@@ -93,6 +95,9 @@ private:
     std::chrono::steady_clock::time_point _firstSent;
     /// Whether a file that is fit for it is to try the conditions.
     bool _isTrialDue = false;
+    /// Whether it was asked for what the service has of the first that were sent, which tells what kind of server it
+    /// is.
+    bool _isFirstAsked = false;
     /// Whether the last file that was recorded has no checksum there.
     bool _isOtherServer = false;
     /// Whether the server was seen in this run to refuse what a condition forbids.

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 
+#include "client/sync/push/PushOrder.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "tests/client/sync/pass/SyncTest.h"
@@ -72,6 +73,7 @@ TEST_P(PushPassTest, TheSameOnAServerWithoutVersions) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
 }
 
+/// Its service does not look at conditions when an upload ends, and has locks.
 class LockingPushTest : public PushPassTest {
 protected:
     void SetUp() override {
@@ -80,24 +82,27 @@ protected:
         service.hasLocks = true;
         Write("f/a", "1");
         Write("b", "1");
+        Write("small", "1");
         ASSERT_EQ(Push(), SyncOutcome::InStep);
         service.ForgetCounts();
     }
 
+    static QByteArray Large(char content) { return QByteArray(ovsync::push::PushOrder::LockedSize, content); }
     int LocksHeld() const { return static_cast<int>(service.Locks().size()); }
 };
 
-TEST_P(LockingPushTest, WhatIsReplacedOnAnotherServerIsLockedUntilItIsKnownWhatIsThere) {
+TEST_P(LockingPushTest, ALargeFileThatIsReplacedOnAnotherServerIsLockedUntilItIsKnownWhatIsThere) {
     QStringList met;
     service.onRequest = [&](const QString& method, const QString& path) {
         if (path == Text("f/a") && method != Text("FIND") && method != Text("LOOK")) {
             met.append(method + Text(service.Locks().count(path) != 0 ? " of what is locked" : ""));
         }
     };
-    Write("f/a", "2");
-    Write("f/new", "2");
+    Write("f/a", Large('2'));
+    Write("f/new", Large('2'));
+    Write("small", "2");
     EXPECT_EQ(Push(), SyncOutcome::InStep);
-    EXPECT_EQ(service.Content(Text("f/a")), QByteArray("2"));
+    EXPECT_EQ(service.Content(Text("f/a")), Large('2'));
     EXPECT_EQ(met, QStringList({Text("LOCK"), Text("HEAD of what is locked"), Text("PUT of what is locked"),
                                 Text("SENT of what is locked"), Text("HEAD of what is locked"),
                                 Text("UNLOCK of what is locked")}));
@@ -110,27 +115,27 @@ TEST_P(LockingPushTest, WhatIsReplacedOnAnotherServerIsLockedUntilItIsKnownWhatI
 }
 
 TEST_P(LockingPushTest, WhatSomebodyElseHasLockedIsLeftToTheNextPass) {
-    Write("f/a", "2");
+    Write("f/a", Large('2'));
     service.LockForOther(Text("f/a"));
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList(Text("Refused f/a")));
     EXPECT_EQ(service.Content(Text("f/a")), QByteArray("1"));
     service.Unlock(Text("f/a"));
     EXPECT_EQ(Push(), SyncOutcome::InStep);
-    EXPECT_EQ(service.Content(Text("f/a")), QByteArray("2"));
+    EXPECT_EQ(service.Content(Text("f/a")), Large('2'));
 }
 
 TEST_P(LockingPushTest, WhatChangedBeforeItWasLockedIsAConflictAndNotLockedLonger) {
     options.transfers = 1;
-    Write("f/a", "mine");
-    Write("b", "mine");
+    Write("f/a", Large('m'));
+    Write("b", Large('m'));
     BeforeRequest("LOCK", [&] {
         service.Put(Text("f/a"), "theirs");
         service.Remove(Text("b"));
     });
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     EXPECT_EQ(Told(), QStringList({Text("Conflict b"), Text("Conflict f/a")}));
-    EXPECT_EQ(service.Contents(), Files({{Text("f/a"), "theirs"}}));
+    EXPECT_EQ(service.Contents(), Files({{Text("f/a"), "theirs"}, {Text("small"), "1"}}));
     EXPECT_EQ(LocksHeld(), 0);
 }
 
@@ -140,8 +145,8 @@ TEST_P(LockingPushTest, TheNextPassEndsTheLocksThatOneLeft) {
             throw TransactionError("UNLOCK", QUrl(), Text("reset"), {});
         }
     };
-    Write("f/a", "2");
-    Write("b", "2");
+    Write("f/a", Large('2'));
+    Write("b", Large('2'));
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(LocksHeld(), 2);
     service.onRequest = nullptr;
@@ -156,7 +161,7 @@ TEST_P(LockingPushTest, TheNextPassEndsTheLocksThatOneLeft) {
 
 TEST_P(LockingPushTest, ALockWhoseAnswerWasLostIsEndedByTheNextPassThatReachesTheServer) {
     BeforeRequest("LOCK", [&] { throw TransactionError("LOCK", QUrl(), Text("reset"), {}); });
-    Write("f/a", "2");
+    Write("f/a", Large('2'));
     EXPECT_EQ(Push(), SyncOutcome::Failed);
     BeforeRequest("RELEASE", [&] { throw TransactionError("PROPFIND", QUrl(), Text("reset"), {}); });
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
@@ -168,7 +173,7 @@ TEST_P(LockingPushTest, ALockWhoseAnswerWasLostIsEndedByTheNextPassThatReachesTh
 TEST_P(LockingPushTest, TheServiceItselfIsAskedForNoLocks) {
     service.isPlain = false;
     ASSERT_EQ(Push(), SyncOutcome::InStep);
-    Write("f/a", "2");
+    Write("f/a", Large('2'));
     EXPECT_EQ(Push(), SyncOutcome::InStep);
     EXPECT_EQ(service.Count("LOCK"), 0);
     EXPECT_EQ(service.Count("PUT"), 1);
