@@ -75,8 +75,10 @@ void RequireNoMistake(const FoldersReading& reading) {
     }
 }
 
-void Edit(const std::function<QByteArray(const QByteArray&, const QVector<SyncedFolder>&)>& change) {
-    EditWholeFile(FoldersFilePath(), AsOthersInTheFolder, [&change](const QByteArray& text) {
+void Edit(
+    const std::function<QByteArray(const QByteArray&, const QVector<SyncedFolder>&)>& change,
+    const std::function<void()>& beforePlacing = [] {}) {
+    const auto edit = [&change](const QByteArray& text) {
         const FoldersReading before = ReadHere(text);
         RequireNoMistake(before);
         QByteArray changed = change(text, before.folders);
@@ -86,7 +88,8 @@ void Edit(const std::function<QByteArray(const QByteArray&, const QVector<Synced
                               .arg(FoldersFilePath()));
         }
         return changed;
-    });
+    };
+    EditWholeFile(FoldersFilePath(), AsOthersInTheFolder, edit, beforePlacing);
 }
 
 /// Throws UsageError when it is not there.
@@ -126,11 +129,13 @@ void RequireAddable(const SyncedFolder& folder) {
     RequireAddableTo(reading.folders, folder);
 }
 
-void AddToFoldersFile(const SyncedFolder& folder) {
-    Edit([&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
-        RequireAddableTo(folders, folder);
-        return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
-    });
+void AddToFoldersFile(const SyncedFolder& folder, const std::function<void()>& keepPassword) {
+    Edit(
+        [&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
+            RequireAddableTo(folders, folder);
+            return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
+        },
+        keepPassword);
 }
 
 void RemoveFromFoldersFile(const QString& directory) {

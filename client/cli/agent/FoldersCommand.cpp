@@ -16,6 +16,7 @@
 #include "client/cli/commands/Failure.h"
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Application.h"
+#include "client/cli/input/AsksForNoPassword.h"
 #include "client/cli/input/Credentials.h"
 #include "client/cli/input/MakeAt.h"
 #include "client/cli/input/Refusal.h"
@@ -152,6 +153,12 @@ ExitCode ComplainOfService(const std::exception& error, const ServiceConnection&
     return exitCode;
 }
 
+void WarnOfLogin(const QString& warning, const Arguments& given) {
+    if (!given.isQuiet) {
+        Warn({"login", warning}, given.Errors());
+    }
+}
+
 ExitCode AddFolder(const Arguments& given, Output& output) {
     const input::Application application;
     const SyncedFolder folder = GivenFolder(given);
@@ -159,6 +166,8 @@ ExitCode AddFolder(const Arguments& given, Output& output) {
     folders::RequireAddable(folder);
     const input::CredentialsForAgent login = input::FindCredentialsForAgent(folder.user, host);
     bool isThere = true;
+    const bool isGiven = !login.areKept && !login.credentials.isNull();
+    bool isUnasked = false;
     if (!given.isUntried) {
         ServiceConnection connection(folder.location.baseUrl, login.credentials, given.Connecting());
         try {
@@ -166,25 +175,33 @@ ExitCode AddFolder(const Arguments& given, Output& output) {
         } catch (const std::exception& e) {
             return ComplainOfService(e, connection, folder, login.areKept, given);
         }
+        isUnasked = isGiven && input::AsksForNoPassword(folder.location, given.Connecting());
     }
     if (mkdir(folder.directory.toUtf8().constData(), 0777) != 0 && errno != EEXIST) {
         throw UsageError(QStringLiteral("%1: %2").arg(folder.directory, QString::fromLocal8Bit(std::strerror(errno))));
     }
-    if (!login.areKept && !login.credentials.isNull()) {
-        user::Passwords().Keep(host, folder.user, login.credentials.password());
-    }
-    folders::AddToFoldersFile(folder);
+    folders::AddToFoldersFile(folder, [&] {
+        if (isGiven && !isUnasked) {
+            user::Passwords().Keep(host, folder.user, login.credentials.password());
+        }
+    });
     if (given.isJson) {
         output.Write(QByteArray::fromStdString(SyncedFolderJson(folder).dump()) + '\n');
     } else {
         output.Write(output.Shown(folder.directory) + " is kept in step with " + output.Shown(folder.url) +
                      (isThere ? "\n" : ", which is made there\n"));
     }
-    if (!folder.user.isEmpty() && login.credentials.isNull() && !given.isQuiet) {
-        Warn({"login", QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
-                                      "-u %1 %2\" keeps one.")
-                           .arg(folder.user, folder.location.baseUrl.toString())},
-             given.Errors());
+    if (!folder.user.isEmpty() && login.credentials.isNull()) {
+        WarnOfLogin(QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
+                                   "-u %1 %2\" keeps one.")
+                        .arg(folder.user, folder.location.baseUrl.toString()),
+                    given);
+    }
+    if (isUnasked) {
+        WarnOfLogin(QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
+                                   "\"ovsync login --no-check -u %2 %3\" keeps it.")
+                        .arg(folder.location.Server(), folder.user, folder.location.baseUrl.toString()),
+                    given);
     }
     TellAgent(given, true);
     return ExitCode::Done;

@@ -32,12 +32,6 @@ std::optional<QString> GivenPassword() {
     return qEnvironmentVariableIsSet(variable) ? std::make_optional(qEnvironmentVariable(variable)) : std::nullopt;
 }
 
-/// From the environment or a prompt.
-std::optional<QString> NewPassword(const QString& user, const QString& host) {
-    const std::optional<QString> given = GivenPassword();
-    return given ? given : PasswordFromPrompt(user, host);
-}
-
 QString FindPassword(const QString& user, const QString& host) {
     if (const std::optional<QString> password = GivenPassword()) {
         return *password;
@@ -69,7 +63,10 @@ QAuthenticator NewCredentials(const QString& user, const QString& host) {
     if (user.isEmpty()) {
         throw UsageError(QStringLiteral("Give a user name with -u, or before an @ in the URL."));
     }
-    const std::optional<QString> password = NewPassword(user, host);
+    std::optional<QString> password = GivenPassword();
+    if (!password) {
+        password = PasswordFromPrompt(user, host);
+    }
     if (!password) {
         throw UsageError(
             QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, and there is no terminal "
@@ -83,14 +80,18 @@ QAuthenticator NewCredentials(const QString& user, const QString& host) {
 }
 
 CredentialsForAgent FindCredentialsForAgent(const QString& user, const QString& host) {
-    CredentialsForAgent found{user::Passwords().Find(host, user), true};
-    if (found.credentials.isNull()) {
-        found.areKept = false;
-        const std::optional<QString> password = user.isEmpty() ? std::nullopt : NewPassword(user, host);
-        if (password) {
-            found.credentials.setUser(user);
-            found.credentials.setPassword(*password);
+    std::optional<QString> password = user.isEmpty() ? std::nullopt : GivenPassword();
+    if (!password) {
+        const QAuthenticator kept = user::Passwords().Find(host, user);
+        if (!kept.isNull() || user.isEmpty()) {
+            return {kept, true};
         }
+        password = PasswordFromPrompt(user, host);
+    }
+    CredentialsForAgent found;
+    if (password) {
+        found.credentials.setUser(user);
+        found.credentials.setPassword(*password);
     }
     return found;
 }

@@ -15,8 +15,7 @@ QAuthenticator FindCredentials(const QString& user, const QString& host);
 /// when there is neither, and without a user.
 QAuthenticator NewCredentials(const QString& user, const QString& host);
 
-/// What FindCredentials would find, but for that a password that is kept comes first: those that an agent has, or would
-/// have if they were kept.
+/// What FindCredentials would find: those that an agent has, or would have if they were kept.
 struct CredentialsForAgent {
     /// Null when there are none to be had.
     QAuthenticator credentials;
