@@ -33,6 +33,7 @@ namespace commands {
 
 using folders::SyncedFolder;
 using input::Arguments;
+using input::FoundCredentials;
 using input::Location;
 using input::Refusal;
 using input::SyncArguments;
@@ -126,8 +127,8 @@ bool IsThere(ServiceConnection& connection, const Location& location) {
 
 /// Complains of `error`, which is being handled, and with which the service was asked for `folder`.
 ExitCode ComplainOfService(const std::exception& error, const ServiceConnection& connection, const SyncedFolder& folder,
-                           bool isPasswordKept, const Arguments& given) {
-    const QString user = connection.Credentials().user();
+                           const FoundCredentials& login, const Arguments& given) {
+    const QString user = login.credentials.user();
     const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&error);
     const bool isRejected = answer != nullptr && answer->StatusCode() == wire::HttpStatus::Unauthorized;
     if (isRejected && user.isEmpty() && !folder.user.isEmpty()) {
@@ -137,6 +138,7 @@ ExitCode ComplainOfService(const std::exception& error, const ServiceConnection&
     asked.server = folder.location.Server();
     asked.path = folder.location.serverPath;
     asked.user = user;
+    asked.loginProblem = login.problem;
     asked.lastAnswer = [&connection] { return connection.LastAnswer(); };
     const ExitCode exitCode = ComplainOfFailure(error, asked, given.Errors());
     if (given.isQuiet) {
@@ -145,7 +147,7 @@ ExitCode ComplainOfService(const std::exception& error, const ServiceConnection&
     if (!isRejected) {
         Warn({"folders", QStringLiteral("Nothing was added; --no-check adds the folder without asking the service.")},
              given.Errors());
-    } else if (isPasswordKept) {
+    } else if (login.areKept && !user.isEmpty()) {
         Warn({"login", QStringLiteral("That password is kept already; \"ovsync login -u %1 %2\" keeps another.")
                            .arg(user, folder.location.baseUrl.toString())},
              given.Errors());
@@ -164,7 +166,7 @@ ExitCode AddFolder(const Arguments& given, Output& output) {
     const SyncedFolder folder = GivenFolder(given);
     const QString host = folder.location.baseUrl.host();
     folders::RequireAddable(folder);
-    const input::CredentialsForAgent login = input::FindCredentialsForAgent(folder.user, host);
+    const FoundCredentials login = input::FindCredentialsForAgent(folder.user, host);
     bool isThere = true;
     const bool isGiven = !login.areKept && !login.credentials.isNull();
     bool isUnasked = false;
@@ -173,7 +175,7 @@ ExitCode AddFolder(const Arguments& given, Output& output) {
         try {
             isThere = IsThere(connection, folder.location);
         } catch (const std::exception& e) {
-            return ComplainOfService(e, connection, folder, login.areKept, given);
+            return ComplainOfService(e, connection, folder, login, given);
         }
         isUnasked = isGiven && input::AsksForNoPassword(folder.location, given.Connecting());
     }

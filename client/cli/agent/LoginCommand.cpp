@@ -9,6 +9,7 @@
 #include "client/cli/input/AsksForNoPassword.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/output/Complaint.h"
+#include "client/user/NetrcFile.h"
 #include "client/user/Passwords.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
@@ -62,8 +63,9 @@ void Login(ServiceConnection& connection, const Location& location, const Argume
             {"user", user.toStdString()}, {"host", host.toStdString()}, {"place", isInKeyring ? "keyring" : "netrc"}};
         output.Write(QByteArray::fromStdString(json.dump()) + '\n');
     } else {
-        output.Write("The password of " + output.Shown(user) + " at " + output.Shown(host) + " is in " +
-                     (isInKeyring ? "the keyring\n" : "~/.netrc, because no keyring answers\n"));
+        output.Write(
+            "The password of " + output.Shown(user) + " at " + output.Shown(host) + " is in " +
+            (isInKeyring ? "the keyring\n" : output.Shown(user::NetrcName()) + ", because no keyring answers\n"));
     }
     // Nothing is amiss where no agent runs.
     [[maybe_unused]] const bool isTold = agent::AgentClient().Send("reload");

@@ -203,7 +203,9 @@ QString ErrorText::_Refusal(const AnswerSummary& answer, const QString& path, bo
                               status);
         case HttpStatus::Unauthorized:
             return _context.user.isEmpty()
-                       ? QStringLiteral("%1 wants a user and a password (-u USER)").arg(server)
+                       ? QStringLiteral("%1 wants a user and a password (-u USER)").arg(server) +
+                             (_context.loginProblem.isEmpty() ? QString()
+                                                              : QStringLiteral("; ") + _context.loginProblem)
                        : QStringLiteral("the password for \"%1\" is wrong, or %2 does not know this user")
                              .arg(_context.user, server);
         case HttpStatus::Forbidden:
