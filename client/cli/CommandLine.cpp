@@ -221,7 +221,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
                 shown(bytes, isOver);
             }
         };
-        const QString user = arguments.user.empty() ? location.user : QString::fromStdString(arguments.user);
+        const QString user = arguments.UserAt(location);
         const QString host = location.baseUrl.host();
         const input::FoundCredentials found =
             registry.LogsIn() ? input::NewCredentials(user, host) : FindCredentials(user, host);

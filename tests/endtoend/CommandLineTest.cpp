@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QUrl>
 #include <nlohmann/json.hpp>
@@ -25,6 +26,7 @@ using testing::Not;
 using tests::ErrorsOf;
 using tests::ProgramResult;
 using tests::RunOvsync;
+using tests::RunTyped;
 using tests::Service;
 using tests::Text;
 
@@ -545,6 +547,31 @@ TEST_F(LoginTest, AUserInTheUrlIsAsGoodAsTheOption) {
     const QString url = Url().replace(Text("http://"), Text("http://ann@"));
     const ProgramResult result = RunOvsync({Text("ls"), url}, {Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret")});
     EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+}
+
+TEST_F(LoginTest, AUserInTheUrlAndAnotherInTheOptionAreRefused) {
+    const QString url = Url().replace(Text("http://"), Text("http://bob@"));
+    for (const QStringList& command : {QStringList({Text("ls"), url}),
+                                       {Text("login"), url},
+                                       {Text("pull"), url, Text("/nowhere")},
+                                       {Text("mv"), Url(), url}}) {
+        const ProgramResult result =
+            RunOvsync(command + QStringList({Text("-u"), Text("ann")}), {Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret")});
+        EXPECT_EQ(result.exitCode, 2) << command.first().toStdString();
+        EXPECT_THAT(ErrorsOf(result), HasSubstr("URL names "));
+    }
+}
+
+TEST_F(LoginTest, TheCommandThatMakesAMissingFolderIsForTheSameUserAndAnyShell) {
+    const QStringList environment(Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret"));
+    const QStringList make({Text("mkdir"), Text("-u"), Text("ann"), _service.Url() + Text("it's $HOME/new")});
+    const ProgramResult refused = RunOvsync(make, environment);
+    EXPECT_EQ(refused.exitCode, 1);
+    static const QRegularExpression quoted(Text("\"(ovsync mkdir [^\"]+)\""));
+    const QString command = quoted.match(QString::fromUtf8(refused.errors)).captured(1);
+    const ProgramResult done = RunTyped(command, environment);
+    EXPECT_EQ(done.exitCode, 0) << command.toStdString() << ErrorsOf(done);
+    EXPECT_EQ(RunOvsync(make, environment).exitCode, 0);
 }
 
 TEST_F(LoginTest, AWrongPasswordIsRefusedAndNotRepeated) {

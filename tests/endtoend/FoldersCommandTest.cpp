@@ -78,7 +78,7 @@ TEST_F(FoldersCommandTest, APasswordThatIsKeptAndWrongIsNamedWithTheWayOut) {
     _user.Write(Text(".netrc"), "machine 127.0.0.1 login ann password hunter2\n");
     const ProgramResult added = Folders({Text("add"), _directory, service.Url(), Text("-u"), Text("ann")});
     EXPECT_EQ(added.exitCode, 1);
-    EXPECT_THAT(ErrorsOf(added), HasSubstr("\"ovsync login -u ann " + service.Url().chopped(1).toStdString()));
+    EXPECT_THAT(ErrorsOf(added), HasSubstr("\"ovsync login --user='ann' '" + service.Url().chopped(1).toStdString()));
     EXPECT_EQ(File(), "");
 }
 
@@ -161,7 +161,7 @@ TEST_F(FoldersCommandTest, AFolderThatTheServiceDoesNotHaveYetNeedsOneThatItCanB
         EXPECT_EQ(File(), "");
     };
     expect("missing/new/", "there is no folder \"missing\" on ");
-    expect("missing/new/", ("\"ovsync mkdir -p " + service.Url().toStdString() + "missing\" makes it").c_str());
+    expect("missing/new/", ("\"ovsync mkdir -p '" + service.Url().toStdString() + "missing'\" makes it").c_str());
     expect("a%20file", "\"a file\" on ");
     expect("a%20file/new/", "\"a file\" on ");
     const ProgramResult added = Folders({Text("add"), Text("--json"), _directory, service.Url() + Text("new/")});

@@ -60,7 +60,7 @@ TEST_F(SyncCommandTest, AFolderThatIsMissingAboveTheUrlIsNamedWithTheWayOut) {
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_THAT(result.errors.toStdString(),
                     AllOf(HasSubstr("there is no folder \"nope\" on 127.0.0.1:"),
-                          HasSubstr("\"ovsync mkdir -p " + _service.Url().toStdString() + "nope\" makes it")));
+                          HasSubstr("\"ovsync mkdir -p '" + _service.Url().toStdString() + "nope'\" makes it")));
     }
     ASSERT_EQ(RunOvsync({Text("mkdir"), Text("-p"), _service.Url() + Text("nope/")}).exitCode, 0);
     const ProgramResult result = RunOvsync({Text("sync"), _first.path(), _service.Url() + Text("nope/x/")});

@@ -23,6 +23,7 @@
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/Complaint.h"
 #include "client/folders/FoldersFile.h"
+#include "client/sync/report/OfferedCommand.h"
 #include "client/user/Passwords.h"
 #include "client/user/Places.h"
 #include "client/wire/HttpStatus.h"
@@ -71,10 +72,7 @@ SyncedFolder GivenFolder(const Arguments& given) {
     SyncedFolder folder;
     folder.url = QString::fromStdString(given.url);
     folder.location = Location::FromUrl(folder.url);
-    folder.user = given.user.empty() ? folder.location.user : QString::fromStdString(given.user);
-    if (!folder.location.user.isEmpty() && folder.location.user != folder.user) {
-        throw UsageError(QStringLiteral("The URL names another user than -u does."));
-    }
+    folder.user = given.UserAt(folder.location);
     folder.rules = given.rules;
     folder.deletionLimitText = QString::fromStdString(given.maxDelete.value_or(std::string()));
     folder.daysKept = arguments.daysKept;
@@ -125,6 +123,12 @@ bool IsThere(ServiceConnection& connection, const Location& location) {
     return found.has_value();
 }
 
+/// For people to type.
+QString LoginLine(const QString& command, const QString& user, const SyncedFolder& folder) {
+    return report::OfferedCommand(command, user, folder.caFile) + QLatin1Char(' ') +
+           report::ShellWord(folder.location.baseUrl.toString());
+}
+
 /// Complains of `error`, which is being handled, and with which the service was asked for `folder`.
 ExitCode ComplainOfService(const std::exception& error, const ServiceConnection& connection, const SyncedFolder& folder,
                            const FoundCredentials& login, const Arguments& given) {
@@ -148,8 +152,8 @@ ExitCode ComplainOfService(const std::exception& error, const ServiceConnection&
         Warn({"folders", QStringLiteral("Nothing was added; --no-check adds the folder without asking the service.")},
              given.Errors());
     } else if (login.areKept && !user.isEmpty()) {
-        Warn({"login", QStringLiteral("That password is kept already; \"ovsync login -u %1 %2\" keeps another.")
-                           .arg(user, folder.location.baseUrl.toString())},
+        Warn({"login", QStringLiteral("That password is kept already; \"%1\" keeps another.")
+                           .arg(LoginLine(QStringLiteral("login"), user, folder))},
              given.Errors());
     }
     return exitCode;
@@ -194,16 +198,16 @@ ExitCode AddFolder(const Arguments& given, Output& output) {
                      (isThere ? "\n" : ", which is made there\n"));
     }
     if (!folder.user.isEmpty() && login.credentials.isNull()) {
-        WarnOfLogin(QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
-                                   "-u %1 %2\" keeps one.")
-                        .arg(folder.user, folder.location.baseUrl.toString()),
+        WarnOfLogin(QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"%2\" keeps one.")
+                        .arg(folder.user, LoginLine(QStringLiteral("login"), folder.user, folder)),
                     given);
     }
     if (isUnasked) {
-        WarnOfLogin(QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
-                                   "\"ovsync login --no-check -u %2 %3\" keeps it.")
-                        .arg(folder.location.Server(), folder.user, folder.location.baseUrl.toString()),
-                    given);
+        WarnOfLogin(
+            QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
+                           "\"%2\" keeps it.")
+                .arg(folder.location.Server(), LoginLine(QStringLiteral("login --no-check"), folder.user, folder)),
+            given);
     }
     TellAgent(given, true);
     return ExitCode::Done;

@@ -91,6 +91,14 @@ wire::ConnectionSettings Arguments::Connecting() const {
     return settings;
 }
 
+QString Arguments::UserAt(const Location& location) const {
+    const QString named = QString::fromStdString(user);
+    if (!named.isEmpty() && !location.user.isEmpty() && location.user != named) {
+        throw UsageError(QStringLiteral("The URL names another user than -u does."));
+    }
+    return named.isEmpty() ? location.user : named;
+}
+
 ListFormat Arguments::Format() const {
     const ListFormat plain = isLong ? ListFormat::Long : ListFormat::Names;
     return isJson ? ListFormat::Json : plain;
