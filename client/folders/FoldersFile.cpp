@@ -53,7 +53,7 @@ void RequireSameService(const SyncedFolder& folder) {
 
 void RequireAddableTo(const QVector<SyncedFolder>& folders, const SyncedFolder& folder) {
     for (const SyncedFolder& known : folders) {
-        if (known.directory == folder.directory) {
+        if (RealDirectory(known) == RealDirectory(folder)) {
             throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
         }
         const QString reason = ReasonAgainstBoth(known, folder);
@@ -94,8 +94,9 @@ void Edit(
 
 /// Throws UsageError when it is not there.
 int IndexOf(const QString& directory, const QVector<SyncedFolder>& folders) {
-    const auto found = std::find_if(folders.begin(), folders.end(),
-                                    [&directory](const SyncedFolder& folder) { return folder.directory == directory; });
+    const auto found = std::find_if(folders.begin(), folders.end(), [&directory](const SyncedFolder& folder) {
+        return folder.directory == directory || RealDirectory(folder) == directory;
+    });
     if (found == folders.end()) {
         throw UsageError(QStringLiteral("%1 is none of the folders that \"ovsync folders list\" shows").arg(directory));
     }
