@@ -61,10 +61,10 @@ void RequireThere(const QString& directory) {
     struct stat status {};
     const bool isThere = stat(directory.toUtf8().constData(), &status) == 0;
     if (isThere ? !S_ISDIR(status.st_mode) : errno == ENOENT || errno == ENOTDIR) {
-        throw sync::core::SyncException(
-            QStringLiteral("the folder is gone, or its disk is not mounted. Nothing is deleted on the service. Bring "
-                           "it back, or run \"ovsync folders remove %1\"")
-                .arg(report::ShellWord(directory)));
+        throw sync::core::SyncException(QStringLiteral("the folder is not there: it is gone, was never made, or its "
+                                                       "disk is not mounted. Nothing is deleted on the service. Bring "
+                                                       "it back, make it, or run \"ovsync folders remove %1\"")
+                                            .arg(report::ShellWord(directory)));
     }
 }
 

@@ -201,8 +201,9 @@ private:
         if (limit) {
             folder.deletionLimit = *limit;
         } else if (!folder.deletionLimitText.isEmpty()) {
-            _Complain(LineOf(node), QStringLiteral("\"max-delete\" has to be a number of files, as \"12\", or a part "
-                                                   "of them, as \"30%\""));
+            _Complain(LineOf(node), QStringLiteral("\"max-delete\" has to be a number of files from 0 to %1, as "
+                                                   "\"12\", or a part of them from 0% to 100%, as \"30%\"")
+                                        .arg(pass::DeletionLimit::MostFiles));
         }
     }
 

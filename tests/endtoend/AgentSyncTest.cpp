@@ -350,8 +350,8 @@ TEST_F(AgentSyncTest, SaysThatItsFolderIsGoneAndWorksAgainWhenItIsBack) {
     const ProgramResult status = _user.Ovsync({Text("status")});
     EXPECT_EQ(status.exitCode, 1);
     EXPECT_THAT(status.output.toStdString(),
-                HasSubstr("the folder is gone, or its disk is not mounted. Nothing is deleted on the service. Bring it "
-                          "back, or run \"ovsync folders remove '" +
+                HasSubstr("the folder is not there: it is gone, was never made, or its disk is not mounted. Nothing is "
+                          "deleted on the service. Bring it back, make it, or run \"ovsync folders remove '" +
                           _user.Path(Text("synced")).toStdString() + "'\""));
     ASSERT_TRUE(QDir().rename(_user.Path(Text("away")), _user.Path(Text("synced"))));
     EXPECT_TRUE(_user.IsInStep());

@@ -256,10 +256,11 @@ TEST_F(CommandLineTest, ANumberOutOfRangeIsRefusedWithTheRange) {
            "--depth: \"1001\" is not a number from 0 to 1000");
     expect({Text("trash"), Text("empty"), Text("--older-than"), Text("x"), Text("d")},
            "--older-than: \"x\" is not a number from 0 to 36500");
-    for (const char* limit : {"-1", "101%", "half", ""}) {
+    for (const char* limit : {"-1", "101%", "2147483648", "half", ""}) {
         expect({Text("sync"), Text("--max-delete=") + Text(limit), Text("d"), Text("http://h/")},
                (std::string("--max-delete \"") + limit +
-                "\": this is neither a number of files, as 12, nor a part of them, as 30%")
+                "\": this is neither a number of files from 0 to 2147483647, as 12, nor a part of them from 0% to "
+                "100%, as 30%")
                    .c_str());
     }
     expect({Text("pull"), Text("--bandwidth="), Text("http://h/"), Text("d")},
@@ -294,6 +295,7 @@ TEST_F(CommandLineTest, APatternThatNothingCanMatchIsRefusedWithItsOptionAndTheR
     };
     expect({Text("--exclude=")}, "--exclude: \"\" is not a valid pattern: it has no name in it");
     expect({Text("--exclude="), Text("-q")}, "--exclude: \"\" is not a valid pattern: it has no name in it");
+    expect({Text("--exclude"), Text("!")}, "--exclude: \"!\" is not a valid pattern: it has no name in it");
     expect({Text("--include"), Text("[a")}, "--include: \"[a\" is not a valid pattern: a \"[\" has no \"]\"");
     const QTemporaryDir folder;
     const auto expectInFile = [&](const QByteArray& rules, const std::string& message) {

@@ -66,8 +66,9 @@ pass::DeletionLimit ReadLimit(const std::optional<std::string>& maxDelete) {
     const std::optional<pass::DeletionLimit> limit = pass::DeletionLimit::Read(QString::fromStdString(*maxDelete));
     if (!limit) {
         throw UsageError(
-            QStringLiteral("--max-delete \"%1\": this is neither a number of files, as 12, nor a part of them, as 30%")
-                .arg(QString::fromStdString(*maxDelete)));
+            QStringLiteral("--max-delete \"%1\": this is neither a number of files from 0 to %2, as 12, nor a part of "
+                           "them from 0% to 100%, as 30%")
+                .arg(QString::fromStdString(*maxDelete), QString::number(pass::DeletionLimit::MostFiles)));
     }
     return *limit;
 }

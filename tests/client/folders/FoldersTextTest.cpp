@@ -125,7 +125,8 @@ TEST(FoldersTextTest, EveryMistakeIsNamedByItsLineInTheirOrder) {
                   Text("line 13: the folder has no \"path\""),
                   Text("line 13: the folder has no \"url\""),
                   Text("line 14: \"paused\" has to be true or false"),
-                  Text("line 15: \"max-delete\" has to be a number of files, as \"12\", or a part of them, as \"30%\""),
+                  Text("line 15: \"max-delete\" has to be a number of files from 0 to 2147483647, as \"12\", or a part "
+                       "of them from 0% to 100%, as \"30%\""),
                   Text("line 16: \"user\" has to be a text in quotes, and not an empty one"),
               }));
 }
