@@ -97,6 +97,24 @@ TEST_F(CommandLineTest, AByteOrderMarkIsNeverLeftAway) {
     EXPECT_EQ(List(service.Url()).output, QByteArray("x\n"));
 }
 
+TEST_F(CommandLineTest, AByteOrderMarkThatBeginsANameIsSeen) {
+    Service service;
+    const QString mark = QChar(QChar::ByteOrderMark);
+    service.AddFile(mark + Text("f"), "x");
+    service.AddFile(Text("d/") + mark + Text("d/") + mark + Text("x"), "x");
+    service.AddFile(Text("i") + mark + Text("n"), "x");
+    EXPECT_EQ(List(service.Url()).output, QByteArray("d/\ni\xEF\xBB\xBFn\n%EF%BB%BFf\n"));
+    EXPECT_EQ(List(service.Url() + Text("d")).output, QByteArray("%EF%BB%BFd/\n"));
+    EXPECT_THAT(RunOvsync({Text("ls"), Text("-l"), service.Url()}).output.toStdString(), HasSubstr("  %EF%BB%BFf\n"));
+    EXPECT_THAT(RunOvsync({Text("tree"), service.Url()}).output.toStdString(), HasSubstr("d/%EF%BB%BFd/%EF%BB%BFx\n"));
+    const QByteArray json = RunOvsync({Text("ls"), Text("--json"), service.Url() + Text("d")}).output;
+    EXPECT_EQ(nlohmann::json::parse(json.constData())[0]["name"],
+              "\xEF\xBB\xBF"
+              "d");
+    const QTemporaryDir folder;
+    EXPECT_THAT(ErrorsOf(RunOvsync({Text("pull"), service.Url(), folder.path()})), HasSubstr("refused %EF%BB%BFf: "));
+}
+
 TEST_F(CommandLineTest, NamesOfEveryKindComeThroughUnchanged) {
     Service service;
     const char* const names[] = {
