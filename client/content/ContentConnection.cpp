@@ -1,5 +1,7 @@
 #include "client/content/ContentConnection.h"
 
+#include "client/content/LockQuery.h"
+#include "client/content/LockRequest.h"
 #include "client/content/ResourceChange.h"
 #include "client/wire/AnswerError.h"
 #include "client/wire/AttributeNames.h"
@@ -22,6 +24,9 @@ namespace {
 /// In seconds. The server's own date, that of storing, is as good for what was changed just before that.
 const qint64 LeastAgeOfToldDate = 60;
 
+/// How long somebody who stops waits for the end of a lock.
+const std::chrono::seconds LastPatience(1);
+
 bool IsToBeKept(const QDateTime& date) {
     return date.isValid() && qAbs(date.secsTo(QDateTime::currentDateTimeUtc())) > LeastAgeOfToldDate;
 }
@@ -41,7 +46,7 @@ HttpTransaction::Headers UnchangedCondition(const QUrl& url, const ContentVersio
 }  // namespace
 
 ContentConnection::ContentConnection(const ConnectionSettings& settings, const QAuthenticator& credentials)
-    : _session(settings, credentials) {}
+    : _settings(settings), _credentials(credentials), _session(settings, credentials) {}
 
 std::optional<ContentVersion> ContentConnection::Look(const QUrl& url) {
     ContentTransaction query("HEAD", url);
@@ -79,7 +84,7 @@ UploadAnswer ContentConnection::Upload(const QUrl& url, IContentSource& source, 
     } else if (condition == UploadCondition::Unchanged) {
         headers = UnchangedCondition(url, known);
     }
-    ContentUpload upload(url, source, size, headers);
+    ContentUpload upload(url, source, size, headers + _LockCondition());
     _Perform(upload);
     switch (upload.StatusCode()) {
         case HttpStatus::Ok:
@@ -92,6 +97,74 @@ UploadAnswer ContentConnection::Upload(const QUrl& url, IContentSource& source, 
         default:
             _ThrowRefusal(upload);
     }
+}
+
+bool ContentConnection::Lock(const QUrl& url, const QString& owner, std::chrono::seconds longest) {
+    if (!_hasLocks) {
+        return true;
+    }
+    LockRequest request(url, owner, longest);
+    _Perform(request);
+    const int status = request.StatusCode();
+    if (status == HttpStatus::Locked) {
+        _ThrowRefusal(request);
+    }
+    _lockToken = request.Token();
+    _lockedUrl = url;
+    // Whatever else it answers, the upload will show what that means.
+    _hasLocks = !_lockToken.isEmpty() || HttpStatus::IsPassing(status);
+    if (status != HttpStatus::Created || _lockToken.isEmpty()) {
+        return true;
+    }
+    const std::optional<ContentVersion> made = Look(url);
+    if (!made || made->size != 0) {
+        return true;
+    }
+    // There was nothing to lock, so the server made an empty file.
+    ResourceChange removal("DELETE", url, _LockCondition());
+    _Perform(removal);
+    return false;
+}
+
+bool ContentConnection::Unlock() noexcept {
+    if (_lockToken.isEmpty()) {
+        return true;
+    }
+    ResourceChange unlock("UNLOCK", _lockedUrl, {{"Lock-Token", _lockToken}});
+    _lockToken.clear();
+    try {
+        if (_isCancelled) {
+            ConnectionSettings settings = _settings;
+            settings.connectLimit = LastPatience;
+            settings.silenceLimit = LastPatience;
+            settings.answerLimit = LastPatience;
+            wire::HttpConnection(settings, _credentials).Perform(unlock);
+        } else {
+            _session.Perform(unlock);
+        }
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
+void ContentConnection::Release(const QUrl& folder, const QString& owner) {
+    LockQuery query(HttpTransaction::AsCollection(folder));
+    _Perform(query);
+    const int status = query.StatusCode();
+    const bool isGone = status == HttpStatus::NotFound || status == HttpStatus::Gone;
+    if (HttpStatus::IsPassing(status) && !isGone) {
+        _ThrowRefusal(query);
+    }
+    for (const LockQuery::HeldLock& lock : query.LocksOf(owner)) {
+        ResourceChange unlock("UNLOCK", lock.url, {{"Lock-Token", lock.token}});
+        _Perform(unlock);
+    }
+}
+
+wire::HttpTransaction::Headers ContentConnection::_LockCondition() const {
+    return _lockToken.isEmpty() ? HttpTransaction::Headers()
+                                : HttpTransaction::Headers{qMakePair(QByteArray("If"), '(' + _lockToken + ')')};
 }
 
 bool ContentConnection::Remove(const QUrl& url, const ContentVersion& known) {
@@ -114,13 +187,13 @@ void ContentConnection::_SetAttributes(const ContentUpload& upload, const IConte
     // A new file has it off.
     if (const std::optional<bool> bit = source.IsExecutable();
         bit && !upload.IsBitTaken() && (*bit || source.ReplacesExecutable())) {
-        _Set({upload.Url(), wire::ExecutableNamespace, wire::ExecutableName, *bit ? "T" : "F"});
+        _Set({upload.Url(), wire::ExecutableNamespace, wire::ExecutableName, *bit ? "T" : "F", _LockCondition()});
     }
     const QDateTime date = source.Modified();
     const QString md5 = source.Md5();
     if (_keepsDates && !upload.IsDateTaken() && IsToBeKept(date) && !md5.isEmpty()) {
         const QByteArray value = md5.toLatin1() + ' ' + HttpDate(date);
-        const int outcome = _Set({upload.Url(), wire::KeptDateNamespace, wire::KeptDateName, value});
+        const int outcome = _Set({upload.Url(), wire::KeptDateNamespace, wire::KeptDateName, value, _LockCondition()});
         _keepsDates = !HttpStatus::IsRefusal(outcome) || HttpStatus::IsPassing(outcome);
     }
 }
@@ -136,6 +209,7 @@ int ContentConnection::_Set(PropertyChange change) {
 }
 
 void ContentConnection::Cancel() {
+    _isCancelled = true;
     _session.Cancel();
 }
 

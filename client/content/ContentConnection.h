@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAuthenticator>
+#include <atomic>
 
 #include "client/content/ContentDownload.h"
 #include "client/content/ContentUpload.h"
@@ -21,6 +22,9 @@ public:
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
     UploadAnswer Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
                         const ContentVersion& known) override;
+    bool Lock(const QUrl& url, const QString& owner, std::chrono::seconds longest) override;
+    bool Unlock() noexcept override;
+    void Release(const QUrl& folder, const QString& owner) override;
     bool Remove(const QUrl& url, const ContentVersion& known) override;
     void Cancel() override;
 
@@ -35,7 +39,18 @@ private:
     int _Set(PropertyChange change);
     [[noreturn]] void _ThrowRefusal(const ContentTransaction& transaction) const;
 
+    /// What a request has to say that changes what is locked.
+    wire::HttpTransaction::Headers _LockCondition() const;
+
+    const wire::ConnectionSettings _settings;
+    const QAuthenticator _credentials;
     wire::HttpConnection _session;
+    std::atomic<bool> _isCancelled{false};
+    /// As requests name it; empty when nothing is locked.
+    QByteArray _lockToken;
+    QUrl _lockedUrl;
+    /// Until it says that it has none.
+    bool _hasLocks = true;
     /// Until it refuses one.
     bool _keepsDates = true;
 };

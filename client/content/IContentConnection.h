@@ -2,7 +2,9 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QString>
 #include <QUrl>
+#include <chrono>
 #include <optional>
 
 #include "client/content/ContentSink.h"
@@ -85,6 +87,19 @@ public:
     /// After an error without an answer the server may have stored the content nonetheless.
     [[nodiscard]] virtual UploadAnswer Upload(const QUrl& url, wire::IContentSource& source, qint64 size,
                                               UploadCondition condition, const ContentVersion& known) = 0;
+
+    /// Lets nobody else change the file `url` until Unlock, or for `longest`; its content is sent by Upload as ever.
+    /// Then nobody can come between the condition of an upload and its end, as on servers that look at conditions only
+    /// when an upload begins. A server that has no locks does nothing, and that is no error; nor is it asked again.
+    /// Others are told that `owner` has the lock. False when there is no such file any more. Of one that somebody else
+    /// has locked it throws HttpException of status 423.
+    [[nodiscard]] virtual bool Lock(const QUrl& url, const QString& owner, std::chrono::seconds longest) = 0;
+
+    /// Ends the lock that Lock made, if it did; also after Cancel, within seconds. False when there may still be one.
+    virtual bool Unlock() noexcept = 0;
+
+    /// Ends the locks that `owner` has on what lies in a folder, which a process that was killed left.
+    virtual void Release(const QUrl& folder, const QString& owner) = 0;
 
     /// Deletes the file if it still is the version `known`, which must have a tag or a date. False when it is another;
     /// true also when there is none any more.

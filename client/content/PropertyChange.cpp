@@ -10,10 +10,11 @@ namespace content {
 using wire::HttpStatus;
 
 PropertyChange::PropertyChange(const QUrl& url, const QByteArray& nameSpace, const QByteArray& name,
-                               const QByteArray& value)
+                               const QByteArray& value, const Headers& conditions)
     : ContentTransaction("PROPPATCH", url),
       _body("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<D:propertyupdate xmlns:D=\"DAV:\" xmlns:A=\"" + nameSpace +
-            "\"><D:set><D:prop><A:" + name + ">" + value + "</A:" + name + "></D:prop></D:set></D:propertyupdate>\n") {}
+            "\"><D:set><D:prop><A:" + name + ">" + value + "</A:" + name + "></D:prop></D:set></D:propertyupdate>\n"),
+      _conditions(conditions) {}
 
 int PropertyChange::Outcome() const {
     if (StatusCode() != HttpStatus::MultiStatus) {
@@ -33,7 +34,7 @@ int PropertyChange::Outcome() const {
 }
 
 wire::HttpTransaction::Headers PropertyChange::RequestHeaders() const {
-    return {{"Content-Type", "application/xml; charset=\"utf-8\""}};
+    return Headers{{"Content-Type", "application/xml; charset=\"utf-8\""}} + _conditions;
 }
 
 void PropertyChange::Forget() {

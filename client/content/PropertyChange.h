@@ -10,7 +10,9 @@ namespace content {
 /// Sets one property of what is at a URL. Takes every answer. Not thread-safe.
 class PropertyChange : public ContentTransaction {
 public:
-    PropertyChange(const QUrl& url, const QByteArray& nameSpace, const QByteArray& name, const QByteArray& value);
+    /// Sends `conditions` among the headers.
+    PropertyChange(const QUrl& url, const QByteArray& nameSpace, const QByteArray& name, const QByteArray& value,
+                   const Headers& conditions);
 
     /// The status of the answer or, where that has a status for each property, the one of this property; 0 when it
     /// cannot be read.
@@ -23,6 +25,7 @@ public:
 
 private:
     const QByteArray _body;
+    const Headers _conditions;
     QByteArray _answer;
 };
 

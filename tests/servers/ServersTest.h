@@ -29,6 +29,7 @@ protected:
     /// Starts the server on a folder with `tree` in it, the files an hour old.
     void Serve(const FolderImage& tree);
 
+    int Port() const { return _server->Port(); }
     /// The URL of `path`, all of it escaped that can be.
     std::string Url(const std::string& path = "") const;
 

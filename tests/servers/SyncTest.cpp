@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <future>
 #include <set>
 
 #include "tests/servers/ServersTest.h"
@@ -66,6 +68,30 @@ TEST_P(ServersTest, PushesNothingOverWhatSomebodyElseHasChanged) {
     WriteHere({{"file.txt", "of this side"}});
     ExpectRun("push of a conflict", {"push", here.Path(), Url()}, 1);
     ExpectThere("push of a conflict", {{"file.txt", "of the service"}});
+}
+
+TEST_P(ServersTest, PushesNothingOverWhatSomebodyElseWritesMeanwhile) {
+    Serve({{"file.txt", "of the service"}});
+    ExpectRun("pull", {"pull", Url(), here.Path()});
+    WriteHere({{"file.txt", std::string(256 * 1024, 'x')}});
+    auto push = std::async(std::launch::async, [this] {
+        return Ovsync({"push", "--bandwidth", "200K", here.Path(), Url()});
+    });
+    // Some of these fall into the upload.
+    int number = 0;
+    std::string stored;
+    while (push.wait_for(std::chrono::milliseconds(400)) != std::future_status::ready) {
+        service::test::HttpClient client(Port());
+        const std::string content = "of somebody else " + std::to_string(++number);
+        const long status = client.Send("PUT", "/file.txt", {}, content).status;
+        stored = status >= 200 && status < 300 ? content : stored;
+    }
+    if (stored.empty()) {
+        const Run run = push.get();
+        Expect("push meanwhile", run.exitCode == 0 ? "" : run.output + run.errors);
+    } else {
+        ExpectThere("push meanwhile", {{"file.txt", stored}});
+    }
 }
 
 TEST_P(ServersTest, PushesIntoAFolderThatItMakes) {

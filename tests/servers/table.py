@@ -27,6 +27,7 @@ COLUMNS = {
         "PushesAFolderAndWhatChangesInIt",
         "PushesIntoAFolderThatItMakes",
         "PushesNothingOverWhatSomebodyElseHasChanged",
+        "PushesNothingOverWhatSomebodyElseWritesMeanwhile",
     ],
     "pull, again, conflict": ["PullsAFolderAndWhatChangesInIt", "PullKeepsBothSidesOfAConflict"],
     "sync, again": ["SyncsWhatChangesOnEitherSide", "SyncsByNoMoreRequestsThanChangesNeed"],

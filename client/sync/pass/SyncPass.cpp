@@ -3,6 +3,7 @@
 #include <QSet>
 
 #include "client/sync/local/LocalError.h"
+#include "client/sync/pass/HeldLocks.h"
 #include "client/sync/pass/PassCommand.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/FolderMissing.h"
@@ -60,6 +61,9 @@ void SyncPass::Prepare() {
     _sides.records.Check();
     _report.Tell(_installer.Recover());
     _report.Tell(_trash.RemoveOld());
+    if (!_sides.options.isDryRun) {
+        HeldLocks(_sides.records).Release(_sides.service);
+    }
 }
 
 LocalSnapshot SyncPass::Look() {

@@ -36,6 +36,8 @@ struct PushOrder {
     /// Whether what the service has otherwise is executable, as far as it says so.
     bool isExecutableThere = false;
 
+    /// Whether nobody else is to change the service's file meanwhile. The service itself sees to that.
+    bool IsToBeLocked() const { return looksBefore && !isNew && !isRemoval; }
     /// Whether it may be sent twice.
     bool IsFitForTrial() const { return looksBefore && isNew && size > 0 && size <= TrialSize; }
 };

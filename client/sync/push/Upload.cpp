@@ -24,6 +24,23 @@ namespace {
 const std::chrono::milliseconds Patience(1200);
 const std::chrono::milliseconds WaitStep(50);
 
+// For how long a file is locked by somebody who died: about as long as it takes to send it over a slow line.
+const std::chrono::seconds LeastLock(300);
+const qint64 BytesASecond = qint64(64) * 1024;
+
+/// Ends the lock that a connection has.
+class Unlocking {
+public:
+    Unlocking(content::IContentConnection& session, bool& isLeft) : _session(session), _isLeft(isLeft) {}
+    ~Unlocking() { _isLeft = !_session.Unlock(); }
+    Unlocking(const Unlocking&) = delete;
+    Unlocking& operator=(const Unlocking&) = delete;
+
+private:
+    content::IContentConnection& _session;
+    bool& _isLeft;
+};
+
 }  // namespace
 
 Upload::Upload(ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, const Shared& shared)
@@ -69,6 +86,23 @@ void Upload::_Send(content::IContentConnection& session) {
         known.entityTag = _version->entityTag;
         known.lastModified = KnownDate();
     }
+    if (!_order.IsToBeLocked()) {
+        _SendOver(session, known);
+        return;
+    }
+    const std::chrono::seconds longest = LeastLock + std::chrono::seconds(_order.size / BytesASecond);
+    // Without an answer nobody knows.
+    _isLockLeft = true;
+    const bool isThere = session.Lock(_url, _shared.lockOwner, longest);
+    const Unlocking unlocking(session, _isLockLeft);
+    if (isThere) {
+        _SendOver(session, known);
+    } else {
+        _answer.outcome = UploadOutcome::Refused;
+    }
+}
+
+void Upload::_SendOver(content::IContentConnection& session, const content::ContentVersion& known) {
     const bool looksBefore = _order.looksBefore && !(_order.isNew && _shared.knowsConditions);
     if (looksBefore && _IsForestalled(session, known)) {
         _answer.outcome = UploadOutcome::Refused;

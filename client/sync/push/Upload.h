@@ -44,6 +44,8 @@ public:
         std::atomic<bool>& knowsConditions;
         /// Ends waiting.
         const std::atomic<bool>& isStopped;
+        /// For whom the service is asked to lock what is replaced.
+        const QString& lockOwner;
     };
 
     Upload(local::ILocalTree& tree, PushOrder order, const QUrl& url, Asking asking, const Shared& shared);
@@ -62,6 +64,9 @@ public:
     const QDateTime& KnownDate() const {
         return _order.remote.lastModifiedDate.isValid() ? _order.remote.lastModifiedDate : _version->lastModified;
     }
+
+    /// Whether the service may still have the file locked.
+    bool IsLockLeft() const { return _isLockLeft; }
 
     /// To what was sent last.
     const content::UploadAnswer& Answer() const { return _answer; }
@@ -88,6 +93,7 @@ private:
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
     void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);
+    void _SendOver(content::IContentConnection& session, const content::ContentVersion& known);
     void _Ask(content::IContentConnection& session);
     /// Deletes what the service has, unless the file is here again.
     content::UploadOutcome _Remove(content::IContentConnection& session, const content::ContentVersion& known) const;
@@ -108,6 +114,7 @@ private:
 
     bool _isToBeSent = false;
     bool _isToBeAsked = false;
+    bool _isLockLeft = false;
     std::exception_ptr _error;
     std::optional<content::ContentVersion> _version;
     content::UploadAnswer _answer;

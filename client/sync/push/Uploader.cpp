@@ -90,7 +90,13 @@ bool Uploader::Run(const QStringList& folders, std::deque<PushOrder> orders) {
     for (const PushOrder& order : orders) {
         ++_inFolders[FolderOf(order.path)];
     }
+    if (!_isDryRun) {
+        _ExpectLocks(orders);
+    }
     RunAll(std::move(orders));
+    if (!_lockOwner.isEmpty() && !_areLocksLeft) {
+        _locks.Forget();
+    }
     return _hasAll && missing.isEmpty();
 }
 
@@ -131,6 +137,19 @@ bool Uploader::_MakeFolder(const QString& path) {
     return true;
 }
 
+void Uploader::_ExpectLocks(const std::deque<PushOrder>& orders) {
+    QSet<QString> folders;
+    for (const PushOrder& order : orders) {
+        if (order.IsToBeLocked()) {
+            folders.insert(FolderOf(order.path));
+        }
+    }
+    if (!folders.isEmpty()) {
+        _lockOwner = _locks.Owner();
+        _locks.Expect(folders);
+    }
+}
+
 void Uploader::_ChooseTrial(std::deque<PushOrder>& orders) {
     const QString known = _sides.records.Setting(ConditionsSetting());
     const auto isFit = [](const PushOrder& order) { return order.IsFitForTrial(); };
@@ -165,7 +184,7 @@ std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {
         !order.isRemoval && order.size <= MostListed && _inFolders[FolderOf(order.path)] >= ManyInFolder;
     return std::make_unique<Upload>(_sides.tree, std::move(order), url,
                                     isAskedLater ? Upload::Asking::Later : Upload::Asking::AtOnce,
-                                    Upload::Shared{_bytes, _knowsConditions, *_sides.options.isStopped});
+                                    Upload::Shared{_bytes, _knowsConditions, *_sides.options.isStopped, _lockOwner});
 }
 
 void Uploader::Refuse(const QString& path, const QString& reason) {
@@ -200,6 +219,7 @@ void Uploader::TakeLast(Transfers uploads) {
 
 void Uploader::_Take(std::unique_ptr<Upload> upload, Pool& pool) {
     const QString path = upload->Order().path;
+    _areLocksLeft = _areLocksLeft || upload->IsLockLeft();
     try {
         if (upload->Error()) {
             std::rethrow_exception(upload->Error());

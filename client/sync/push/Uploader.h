@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "client/sync/pass/FileComparison.h"
+#include "client/sync/pass/HeldLocks.h"
 #include "client/sync/pass/TransferLoop.h"
 #include "client/sync/push/Upload.h"
 
@@ -25,7 +26,7 @@ public:
     /// The arguments outlive this object.
     Uploader(const pass::PassSides& sides, const pass::FileComparison& comparison, const pass::RecordMaker& maker,
              pass::PassReport& report)
-        : TransferLoop(sides, report), _comparison(comparison), _maker(maker) {}
+        : TransferLoop(sides, report), _comparison(comparison), _maker(maker), _locks(sides.records) {}
 
     /// First makes `folders`, in which a folder comes before those in it. What lies in one that cannot be made is left
     /// out. True when everything went over. Throws Cancelled, when what is sent is recorded, and what
@@ -61,6 +62,8 @@ private:
     void _TakeRemoved(const PushOrder& order);
     /// False when it cannot be made.
     bool _MakeFolder(const QString& path);
+    /// Notes where files are going to be locked.
+    void _ExpectLocks(const std::deque<PushOrder>& orders);
     /// Lets at most one file try the conditions, and none once it is known.
     void _ChooseTrial(std::deque<PushOrder>& orders);
     void _Take(std::unique_ptr<Upload> upload, Pool& pool);
@@ -77,6 +80,9 @@ private:
 
     const pass::FileComparison& _comparison;
     const pass::RecordMaker& _maker;
+    pass::HeldLocks _locks;
+    QString _lockOwner;
+    bool _areLocksLeft = false;
     bool _hasAll = true;
     /// How many files are to be sent into each folder.
     QHash<QString, int> _inFolders;

@@ -1086,6 +1086,152 @@ TEST_F(ContentUploadTest, AnotherThreadCancelsAnUploadThatWaits) {
     EXPECT_THAT(error, HasSubstr("it was cancelled"));
 }
 
+class ContentLockTest : public ContentUploadTest {
+protected:
+    ContentLockTest() {
+        known.entityTag = "\"a-7\"";
+        known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
+    }
+
+    bool Lock(const ScriptedServer& server) {
+        return session->Lock(server.Url(FilePath), QStringLiteral("ovsync <1>"), std::chrono::seconds(300));
+    }
+
+    ContentVersion known;
+};
+
+TEST_F(ContentLockTest, NobodyElseChangesAFileBetweenLockAndUnlock) {
+    ScriptedServer server({AnswerOf("locks/locked-200"), AnswerOf("folders/status-204"),
+                           AnswerOf("contents/property-set-207"), AnswerOf("contents/property-set-207"),
+                           AnswerOf("folders/status-204"), AnswerOf("folders/status-204")});
+    DatedSource source;
+    source.isExecutable = true;
+    EXPECT_TRUE(Lock(server));
+    EXPECT_EQ(
+        session->Upload(server.Url(FilePath), source, source.content.size(), UploadCondition::Unchanged, known).outcome,
+        UploadOutcome::Stored);
+    EXPECT_TRUE(session->Unlock());
+    EXPECT_TRUE(session->Unlock());
+    source.isExecutable.reset();
+    source.modified = QDateTime();
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    ASSERT_TRUE(server.SawItsScript());
+    const ScriptedServer::Request& lock = server.Requests()[0];
+    EXPECT_EQ(lock.method, "LOCK");
+    EXPECT_EQ(lock.target, FilePath.toLatin1());
+    EXPECT_EQ(lock.headers.value("depth"), "0");
+    EXPECT_EQ(lock.headers.value("timeout"), "Second-300");
+    EXPECT_FALSE(lock.headers.contains("if-match"));
+    EXPECT_THAT(lock.body.toStdString(),
+                AllOf(HasSubstr("<D:exclusive/>"), HasSubstr("<D:owner>ovsync &lt;1&gt;</D:owner>")));
+    for (const int i : {1, 2, 3}) {
+        EXPECT_EQ(server.Requests()[i].headers.value("if"), "(<opaquelocktoken:c6ac8583>)") << i;
+    }
+    const ScriptedServer::Request& unlock = server.Requests()[4];
+    EXPECT_EQ(unlock.method, "UNLOCK");
+    EXPECT_EQ(unlock.target, FilePath.toLatin1());
+    EXPECT_EQ(unlock.headers.value("lock-token"), "<opaquelocktoken:c6ac8583>");
+    EXPECT_FALSE(server.Requests()[5].headers.contains("if"));
+}
+
+TEST_F(ContentLockTest, AnEmptyFileThatAServerMadeToLockItGoesAgainAndNoOther) {
+    ScriptedServer server({AnswerOf("locks/made-201"), HeadOf("contents/no-bytes-200"), AnswerOf("folders/status-204"),
+                           AnswerOf("statuses/bad-request-400"), AnswerOf("locks/made-201"),
+                           HeadOf("contents/file-200")});
+    EXPECT_FALSE(Lock(server));
+    EXPECT_TRUE(session->Unlock());
+    EXPECT_TRUE(Lock(server));
+    server.Stop();
+    ASSERT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests()[2].method, "DELETE");
+    EXPECT_EQ(server.Requests()[2].headers.value("if"), "(<opaquelocktoken:c6ac8583>)");
+    EXPECT_EQ(server.Requests()[3].method, "UNLOCK");
+}
+
+TEST_F(ContentLockTest, AServerWithoutLocksIsAskedOnce) {
+    for (const char* answer :
+         {"folders/status-405", "statuses/forbidden-403", "statuses/bad-request-400", "locks/without-token-200"}) {
+        ScriptedServer server({AnswerOf(answer), AnswerOf("folders/status-201")});
+        Restart(QAuthenticator());
+        EXPECT_TRUE(Lock(server)) << answer;
+        EXPECT_TRUE(session->Unlock());
+        EXPECT_TRUE(Lock(server));
+        Source source(FileText);
+        EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+        server.Stop();
+        ASSERT_TRUE(server.SawItsScript()) << answer;
+        EXPECT_FALSE(server.Requests()[1].headers.contains("if"));
+    }
+}
+
+TEST_F(ContentLockTest, WhatMayBeOtherwiseForTheNextFileIsAskedAgain) {
+    for (const char* answer : {"statuses/not-found-404", "statuses/broken-500"}) {
+        ScriptedServer server({AnswerOf(answer), AnswerOf("locks/locked-200")});
+        Restart(QAuthenticator());
+        EXPECT_TRUE(Lock(server)) << answer;
+        EXPECT_TRUE(Lock(server));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript()) << answer;
+    }
+}
+
+TEST_F(ContentLockTest, WhatSomebodyElseHasLockedIsAnError) {
+    ScriptedServer server({AnswerOf("statuses/locked-423"), AnswerOf("locks/locked-200")});
+    EXPECT_THAT(ErrorOf<HttpException>([&] { (void)Lock(server); }),
+                AllOf(HasSubstr("LOCK http://"), HasSubstr("423")));
+    EXPECT_TRUE(session->Unlock());
+    EXPECT_TRUE(Lock(server));
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentLockTest, ALockEndsAlsoAfterCancelAndWhoCannotEndItSaysSo) {
+    ScriptedServer server({AnswerOf("locks/locked-200", Ending::Close), AnswerOf("folders/status-204")});
+    EXPECT_TRUE(Lock(server));
+    session->Cancel();
+    EXPECT_TRUE(session->Unlock());
+    server.Stop();
+    ASSERT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests()[1].method, "UNLOCK");
+
+    ScriptedServer silent(
+        {AnswerOf("locks/locked-200", Ending::Close), ScriptedServer::Answer(QByteArray(), Ending::Stall)});
+    Restart(QAuthenticator());
+    EXPECT_TRUE(Lock(silent));
+    session->Cancel();
+    EXPECT_FALSE(session->Unlock());
+}
+
+TEST_F(ContentLockTest, ReleaseEndsTheLocksOfItsOwnerAloneAtTheServerThatWasAsked) {
+    ScriptedServer server(
+        {AnswerOf("locks/of-folder-207"), AnswerOf("folders/status-204"), AnswerOf("statuses/bad-request-400")});
+    session->Release(server.Url(QStringLiteral("/Projects/A")), QStringLiteral("ovsync 1"));
+    server.Stop();
+    ASSERT_TRUE(server.SawItsScript());
+    EXPECT_EQ(server.Requests()[0].method, "PROPFIND");
+    EXPECT_EQ(server.Requests()[0].target, "/Projects/A/");
+    EXPECT_EQ(server.Requests()[0].headers.value("depth"), "1");
+    EXPECT_EQ(server.Requests()[1].method, "UNLOCK");
+    EXPECT_EQ(server.Requests()[1].target, FilePath.toLatin1());
+    EXPECT_EQ(server.Requests()[1].headers.value("lock-token"), "<opaquelocktoken:1>");
+    EXPECT_EQ(server.Requests()[2].target, "/Projects/A/theirs.txt");
+    EXPECT_EQ(server.Requests()[2].headers.value("lock-token"), "<opaquelocktoken:3>");
+}
+
+TEST_F(ContentLockTest, WhereNobodyTellsOfLocksThereAreNoneAndAFailureIsAnError) {
+    for (const char* answer : {"folders/status-405", "statuses/not-found-404", "statuses/forbidden-403"}) {
+        ScriptedServer server({AnswerOf(answer)});
+        session->Release(server.Url(QStringLiteral("/Projects/A/")), QStringLiteral("ovsync 1"));
+        server.Stop();
+        EXPECT_TRUE(server.SawItsScript()) << answer;
+    }
+    ScriptedServer server({AnswerOf("statuses/broken-500")});
+    EXPECT_THAT(ErrorOf<HttpException>(
+                    [&] { session->Release(server.Url(QStringLiteral("/Projects/A/")), QStringLiteral("ovsync 1")); }),
+                HasSubstr("500"));
+}
+
 }  // namespace
 }  // namespace content
 }  // namespace ovsync

@@ -29,7 +29,7 @@ using ovsync::wire::TransactionError;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 using sync::http::HttpException;
-using Lock = std::lock_guard<std::mutex>;
+using Guard = std::lock_guard<std::mutex>;
 
 namespace {
 
@@ -56,7 +56,7 @@ public:
 
     sync::core::SyncResults CreateFolder(FolderConfiguration& folder, QString, bool) override {
         _service._Meet("MKCOL", PathOf(folder.serverPath));
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         if (PathOf(folder.serverPath).isEmpty()) {
             _service.isMissing = false;
         } else {
@@ -80,7 +80,7 @@ public:
         return {sync::core::SyncResults::ResultType(3), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
     }
     bool FolderExists(const FolderConfiguration& folder) override {
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         return _service._folders.count(PathOf(folder.serverPath)) != 0 ||
                _service.unlisted.count(PathOf(folder.serverPath)) != 0;
     }
@@ -95,7 +95,7 @@ public:
     }
     std::shared_ptr<QVector<FolderConfiguration>> GetNameSortedDirsByFolder(FolderConfiguration& folder) override {
         _service._Meet("LIST", PathOf(folder.serverPath));
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         auto folders = std::make_shared<QVector<FolderConfiguration>>();
         for (const QString& path : _service._folders) {
             if (Text(Root) + path != folder.serverPath && IsIn(folder, path)) {
@@ -108,7 +108,7 @@ public:
                                          std::shared_ptr<QVector<FolderConfiguration>>& folders,
                                          std::shared_ptr<QVector<FileConfiguration>>& files) override {
         _service._Meet("LIST", QString());
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         if (_service.isMissing) {
             return 404;
         }
@@ -154,7 +154,7 @@ public:
     int GetNameSortedFilesByFolder(FolderConfiguration& folder,
                                    std::shared_ptr<QVector<FileConfiguration>>& files) override {
         _service._Meet("LIST", PathOf(folder.serverPath));
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         files = std::make_shared<QVector<FileConfiguration>>();
         for (const auto& file : _service._files) {
             if (IsIn(folder, file.first)) {
@@ -173,7 +173,7 @@ public:
                                           const QString& name) override {
         const QString path = PathOf(folder.serverPath + Text("/") + name);
         _service._Meet("FIND", path);
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         const auto file = _service._files.find(path);
         if (_service._folders.count(path) != 0) {
             return FileConfiguration();
@@ -204,7 +204,7 @@ public:
 
     std::optional<ContentVersion> Look(const QUrl& url) override {
         _Begin("HEAD", url);
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         const auto file = _service._files.find(PathOf(url));
         return file == _service._files.end() ? std::optional<ContentVersion>() : _VersionOf(file->second);
     }
@@ -213,7 +213,7 @@ public:
         _Begin("GET", url);
         File file;
         {
-            const Lock lock(_service._mutex);
+            const Guard lock(_service._mutex);
             const auto found = _service._files.find(PathOf(url));
             if (found == _service._files.end()) {
                 throw HttpException(Text("no such file"), 404, url);
@@ -259,7 +259,10 @@ public:
             throw TransactionError("PUT", url, Text("the content has another size"), {});
         }
         {
-            const Lock lock(_service._mutex);
+            const Guard lock(_service._mutex);
+            if (_service._locks.count(path) != 0 && _locked != path) {
+                throw HttpException(Text("locked"), 423, url);
+            }
             const auto there = _service._files.find(path);
             const bool isThere = there != _service._files.end();
             const bool isOther =
@@ -272,7 +275,7 @@ public:
         UploadAnswer answer;
         answer.outcome = UploadOutcome::Stored;
         {
-            const Lock lock(_service._mutex);
+            const Guard lock(_service._mutex);
             const File& stored = _service._files.at(path);
             answer.entityTag = _service.tellsStoredTags ? _service._Tag(stored) : QByteArray();
             answer.date = stored.modified;
@@ -284,7 +287,7 @@ public:
     bool Remove(const QUrl& url, const ContentVersion& known) override {
         _Begin("DELETE", url);
         {
-            const Lock lock(_service._mutex);
+            const Guard lock(_service._mutex);
             const auto file = _service._files.find(PathOf(url));
             if (file != _service._files.end() && !_service.ignoresConditions && !_IsKnown(file->second, known)) {
                 return false;
@@ -293,6 +296,45 @@ public:
         _service.Remove(PathOf(url));
         _service._Meet("DELETED", PathOf(url));
         return true;
+    }
+
+    bool Lock(const QUrl& url, const QString& owner, std::chrono::seconds /*longest*/) override {
+        if (!_service.hasLocks) {
+            return true;
+        }
+        _Begin("LOCK", url);
+        const Guard lock(_service._mutex);
+        const QString path = PathOf(url);
+        if (_service._files.count(path) == 0) {
+            return false;
+        }
+        if (!_service._locks.emplace(path, owner).second) {
+            throw HttpException(Text("locked"), 423, url);
+        }
+        _locked = path;
+        return true;
+    }
+
+    bool Unlock() noexcept override {
+        const QString path = std::exchange(_locked, QString());
+        try {
+            if (!path.isEmpty()) {
+                _service._Meet("UNLOCK", path);
+                _service.Unlock(path);
+            }
+            return true;
+        } catch (const std::exception&) {
+            return false;
+        }
+    }
+
+    void Release(const QUrl& folder, const QString& owner) override {
+        _Begin("RELEASE", folder);
+        const Guard lock(_service._mutex);
+        for (auto held = _service._locks.begin(); held != _service._locks.end();) {
+            const bool isMeant = held->second == owner && FolderOf(held->first) == PathOf(folder);
+            held = isMeant ? _service._locks.erase(held) : std::next(held);
+        }
     }
 
     void Cancel() override { _isCancelled = true; }
@@ -322,6 +364,7 @@ private:
 
     FakeService& _service;
     std::atomic<bool> _isCancelled{false};
+    QString _locked;
 };
 
 class FakeService::ChangeSource : public ovsync::changes::IChangeSource {
@@ -330,7 +373,7 @@ public:
 
     std::optional<QString> StateNow() override {
         _service._Meet("TOKEN", QString());
-        const Lock lock(_service._mutex);
+        const Guard lock(_service._mutex);
         return _service.tellsChanges ? Text("unlisted state %1").arg(_service._sequence) : QString();
     }
     QString Listed(const QString& state) override { return QString(state).remove(Text("unlisted ")); }
@@ -339,7 +382,7 @@ public:
         _service._Meet("REPORT", QString());
         ServiceChanges changes;
         {
-            const Lock lock(_service._mutex);
+            const Guard lock(_service._mutex);
             const bool isKnown =
                 !_service.isMissing && _state.startsWith(Text("state ")) && _state.mid(6).toInt() <= _service._sequence;
             if (isKnown) {
@@ -362,7 +405,7 @@ public:
         for (const QString& serverPath : serverPaths) {
             const QString path = PathOf(serverPath);
             _service._Meet("LOOK", path);
-            const Lock lock(_service._mutex);
+            const Guard lock(_service._mutex);
             const auto file = _service._files.find(path);
             if (file != _service._files.end()) {
                 changes.files.append(_service._Describe(path, file->second));
@@ -388,7 +431,7 @@ FakeService::FakeService()
 
 void FakeService::Put(const QString& path, const QByteArray& content) {
     AddFolder(FolderOf(path));
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     File& file = _files[path];
     file.version = file.item == 0 ? 1 : file.version + 1;
     file.item = file.item == 0 ? ++_items : file.item;
@@ -399,21 +442,36 @@ void FakeService::Put(const QString& path, const QByteArray& content) {
     file.changed = _sequence;
 }
 
+std::map<QString, QString> FakeService::Locks() const {
+    const Guard lock(_mutex);
+    return _locks;
+}
+
+void FakeService::LockForOther(const QString& path) {
+    const Guard lock(_mutex);
+    _locks.emplace(path, Text("somebody else"));
+}
+
+void FakeService::Unlock(const QString& path) {
+    const Guard lock(_mutex);
+    _locks.erase(path);
+}
+
 void FakeService::Overwrite(const QString& path, const QByteArray& content) {
     const QDateTime modified = _files.at(path).modified;
     Put(path, content);
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     _files[path].modified = modified;
 }
 
 void FakeService::Restore(const QString& path, const QByteArray& content, int version) {
     Put(path, content);
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     _files[path].version = version;
 }
 
 void FakeService::Remove(const QString& path) {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     _changed = _now = _now.addSecs(1);
     const auto below = [&path](const QString& other) { return other == path || other.startsWith(path + Text("/")); };
     _Touch(FolderOf(path));
@@ -427,7 +485,7 @@ void FakeService::Remove(const QString& path) {
 }
 
 void FakeService::AddFolder(const QString& path) {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     for (QString folder = path; !folder.isEmpty(); folder = FolderOf(folder)) {
         if (_folders.insert(folder).second) {
             _folderIds[folder] = Text("folder %1").arg(++_items);
@@ -441,7 +499,7 @@ void FakeService::AddFolder(const QString& path) {
 void FakeService::Move(const QString& from, const QString& to) {
     _Meet("MOVE", from);
     {
-        const Lock lock(_mutex);
+        const Guard lock(_mutex);
         if (_files.count(to) != 0 || _folders.count(to) != 0) {
             throw HttpException(Text("something is there"), 412, QUrl());
         }
@@ -477,13 +535,13 @@ void FakeService::Move(const QString& from, const QString& to) {
 }
 
 QByteArray FakeService::Content(const QString& path) const {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     const auto file = _files.find(path);
     return file == _files.end() ? QByteArray("(none)") : file->second.content;
 }
 
 std::map<QString, QByteArray> FakeService::Contents() const {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     std::map<QString, QByteArray> contents;
     for (const auto& file : _files) {
         contents[file.first] = file.second.content;
@@ -492,7 +550,7 @@ std::map<QString, QByteArray> FakeService::Contents() const {
 }
 
 bool FakeService::HasFolder(const QString& path) const {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     return _folders.count(path) != 0;
 }
 
@@ -532,7 +590,7 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
 }
 
 bool FakeService::_IsEmpty(const QString& path) const {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     const auto isIn = [&path](const QString& other) { return FolderOf(other) == path; };
     return std::none_of(_files.begin(), _files.end(), [&isIn](const auto& file) { return isIn(file.first); }) &&
            std::none_of(_folders.begin(), _folders.end(), isIn) && std::none_of(unlisted.begin(), unlisted.end(), isIn);
@@ -600,25 +658,25 @@ ServiceChanges FakeService::_FoldersSince(int sequence) const {
 }
 
 int FakeService::Count(const char* method) const {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     const auto count = _counts.find(Text(method));
     return count == _counts.end() ? 0 : count->second;
 }
 
 int FakeService::CountAll() const {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     return std::accumulate(_counts.begin(), _counts.end(), 0,
                            [](int sum, const auto& count) { return sum + count.second; });
 }
 
 void FakeService::ForgetCounts() {
-    const Lock lock(_mutex);
+    const Guard lock(_mutex);
     _counts.clear();
 }
 
 void FakeService::_Meet(const char* method, const QString& path) {
     {
-        const Lock lock(_mutex);
+        const Guard lock(_mutex);
         ++_counts[Text(method)];
     }
     if (onRequest) {

@@ -51,7 +51,7 @@ public:
 
     /// Called before every request with its method and the path that it is for ("LIST", "FIND", "HEAD", "GET", "PUT",
     /// "SENT" between storing a file and the answer, "DELETE", "DELETED" after that, "MOVE", "MOVED", "MKCOL",
-    /// "RMCOL"), by the thread that makes it. May throw.
+    /// "RMCOL", "LOCK", "UNLOCK", "RELEASE"), by the thread that makes it. May throw.
     std::function<void(const QString& method, const QString& path)> onRequest;
     /// How many requests there were of a method.
     int Count(const char* method) const;
@@ -70,6 +70,14 @@ public:
     bool isWithoutLengths = false;
     /// Its entity tags are weak, as some servers' are within the second of the last change.
     bool areTagsWeak = false;
+    /// Lets a client lock files.
+    bool hasLocks = false;
+    /// Of those that are locked, by path, for whom.
+    std::map<QString, QString> Locks() const;
+    /// Somebody else locks the file.
+    void LockForOther(const QString& path);
+    void Unlock(const QString& path);
+
     /// Knows no conditions of an upload.
     bool ignoresConditions = false;
     /// What the announced lengths of contents are above the true ones.
@@ -142,6 +150,7 @@ private:
     std::set<QString> _folders;
     std::map<QString, QString> _folderIds;
     std::map<QString, int> _counts;
+    std::map<QString, QString> _locks;
     int _items = 0;
     /// Counts the changes, and tells of each folder which was the last in it, and of what is gone when it went.
     int _sequence = 0;

@@ -72,6 +72,107 @@ TEST_P(PushPassTest, TheSameOnAServerWithoutVersions) {
     EXPECT_EQ(service.Content(Text("a")), QByteArray("3"));
 }
 
+class LockingPushTest : public PushPassTest {
+protected:
+    void SetUp() override {
+        service.isPlain = true;
+        service.listsTags = true;
+        service.hasLocks = true;
+        Write("f/a", "1");
+        Write("b", "1");
+        ASSERT_EQ(Push(), SyncOutcome::InStep);
+        service.ForgetCounts();
+    }
+
+    int LocksHeld() const { return static_cast<int>(service.Locks().size()); }
+};
+
+TEST_P(LockingPushTest, WhatIsReplacedOnAnotherServerIsLockedUntilItIsKnownWhatIsThere) {
+    QStringList met;
+    service.onRequest = [&](const QString& method, const QString& path) {
+        if (path == Text("f/a") && method != Text("FIND") && method != Text("LOOK")) {
+            met.append(method + Text(service.Locks().count(path) != 0 ? " of what is locked" : ""));
+        }
+    };
+    Write("f/a", "2");
+    Write("f/new", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("f/a")), QByteArray("2"));
+    EXPECT_EQ(met, QStringList({Text("LOCK"), Text("HEAD of what is locked"), Text("PUT of what is locked"),
+                                Text("SENT of what is locked"), Text("HEAD of what is locked"),
+                                Text("UNLOCK of what is locked")}));
+    EXPECT_EQ(service.Count("LOCK"), 1);
+    EXPECT_EQ(LocksHeld(), 0);
+    service.onRequest = nullptr;
+    service.ForgetCounts();
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("RELEASE"), 0);
+}
+
+TEST_P(LockingPushTest, WhatSomebodyElseHasLockedIsLeftToTheNextPass) {
+    Write("f/a", "2");
+    service.LockForOther(Text("f/a"));
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList(Text("Refused f/a")));
+    EXPECT_EQ(service.Content(Text("f/a")), QByteArray("1"));
+    service.Unlock(Text("f/a"));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("f/a")), QByteArray("2"));
+}
+
+TEST_P(LockingPushTest, WhatChangedBeforeItWasLockedIsAConflictAndNotLockedLonger) {
+    Write("f/a", "mine");
+    Write("b", "mine");
+    BeforeRequest("LOCK", [&] {
+        service.Put(Text("f/a"), "theirs");
+        service.Remove(Text("b"));
+    });
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), QStringList({Text("Conflict b"), Text("Conflict f/a")}));
+    EXPECT_EQ(service.Contents(), Files({{Text("f/a"), "theirs"}}));
+    EXPECT_EQ(LocksHeld(), 0);
+}
+
+TEST_P(LockingPushTest, TheNextPassEndsTheLocksThatOneLeft) {
+    service.onRequest = [&](const QString& method, const QString&) {
+        if (method == Text("UNLOCK")) {
+            throw TransactionError("UNLOCK", QUrl(), Text("reset"), {});
+        }
+    };
+    Write("f/a", "2");
+    Write("b", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(LocksHeld(), 2);
+    service.onRequest = nullptr;
+    service.LockForOther(Text("f/theirs"));
+    service.ForgetCounts();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("RELEASE"), 2);
+    EXPECT_EQ(LocksHeld(), 1);
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("RELEASE"), 2);
+}
+
+TEST_P(LockingPushTest, ALockWhoseAnswerWasLostIsEndedByTheNextPassThatReachesTheServer) {
+    BeforeRequest("LOCK", [&] { throw TransactionError("LOCK", QUrl(), Text("reset"), {}); });
+    Write("f/a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::Failed);
+    BeforeRequest("RELEASE", [&] { throw TransactionError("PROPFIND", QUrl(), Text("reset"), {}); });
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    service.ForgetCounts();
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("RELEASE"), 1);
+}
+
+TEST_P(LockingPushTest, TheServiceItselfIsAskedForNoLocks) {
+    service.isPlain = false;
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    Write("f/a", "2");
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Count("LOCK"), 0);
+    EXPECT_EQ(service.Count("PUT"), 1);
+}
+
 TEST_P(PushPassTest, WhatChangedOnTheServiceIsNotOverwritten) {
     PushOne();
     Write("a", "mine");
@@ -563,6 +664,7 @@ TEST_P(ManyFilesPushTest, APassThatIsStoppedRecordsWhatWasSent) {
 }
 
 INSTANTIATE_TEST_SUITE_P(TellsChanges, PushPassTest, testing::Bool(), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(TellsChanges, LockingPushTest, testing::Bool(), testing::PrintToStringParamName());
 INSTANTIATE_TEST_SUITE_P(TellsChanges, ManyFilesPushTest, testing::Bool(), testing::PrintToStringParamName());
 
 }  // namespace
