@@ -186,11 +186,9 @@ ExitCode RunPassMakingFolder(ServiceConnection& connection, const Location& loca
         FindFolder(connection, location, command);
         if (arguments.isDryRun) {
             used.directory = empty.emplace().path();
-        } else {
-            if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
-                throw UsageError(QStringLiteral("the folder \"%1\" cannot be made: %2")
-                                     .arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
-            }
+        } else if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
+            throw UsageError(QStringLiteral("the folder \"%1\" cannot be made: %2")
+                                 .arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
         }
     }
     return RunPass(connection, location, used, output, pass);

@@ -30,7 +30,7 @@ QString TerminalText(const QString& text) {
 
 QString VisiblePath(QString path) {
     static const QRegularExpression mark(QStringLiteral("(?<=^|/)\\x{FEFF}"));
-    return path.replace(mark, MarkEscape);
+    return path.contains(QChar(QChar::ByteOrderMark)) ? path.replace(mark, MarkEscape) : path;
 }
 
 QString VisibleText(QString text) {

@@ -125,7 +125,11 @@ SyncPass::Listing SyncPass::ListOrMake(const LocalSnapshot& snapshot) {
     if (WasInStep()) {
         _ThrowMissing();
     }
-    _sides.options.isDryRun ? _sides.service.requirePlace() : _sides.service.make();
+    if (_sides.options.isDryRun) {
+        _sides.service.requirePlace();
+    } else {
+        _sides.service.make();
+    }
     _report.Tell(SyncEvent::Kind::FolderSent, QStringLiteral("."));
     Listing listing;
     listing.tree.emplace(TreeOf({}, {}, snapshot));

@@ -11,9 +11,8 @@ namespace report {
 /// anything about each of them. A plain value.
 class WaitingDeletions {
 public:
-    WaitingDeletions() = default;
-    /// `isLimitGiven`: whether this pass alone may delete so much.
-    explicit WaitingDeletions(bool isLimitGiven) : _isLimitGiven(isLimitGiven) {}
+    /// `isLimitGiven`: whether it was said what this one pass may delete.
+    explicit WaitingDeletions(bool isLimitGiven = false) : _isLimitGiven(isLimitGiven) {}
 
     /// `event` is of the kind Waiting.
     void Add(const SyncEvent& event) {
@@ -42,7 +41,7 @@ public:
     }
 
 private:
-    bool _isLimitGiven = false;
+    bool _isLimitGiven;
     int _count = 0;
     std::optional<SyncEvent> _last;
 };
