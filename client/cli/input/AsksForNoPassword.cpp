@@ -1,6 +1,7 @@
 #include "client/cli/input/AsksForNoPassword.h"
 
 #include "client/library/ServiceConnection.h"
+#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace input {

@@ -214,7 +214,7 @@ TEST_P(PushPassTest, AFileThatIsNotThereAfterItWasSentIsToldAsSuch) {
     BeforeRequest("SENT", [this] { service.Remove(Text("a")); });
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     ASSERT_EQ(Told(), QStringList(Text("Refused a")));
-    EXPECT_THAT(Details().first().toStdString(), HasSubstr("under another name"));
+    EXPECT_THAT(Details().first().toStdString(), testing::HasSubstr("under another name"));
 }
 
 TEST_P(PushPassTest, ARemovedCopyOfAnOlderVersionEndsNoConflict) {
