@@ -120,12 +120,14 @@ TEST_F(FoldersCommandTest, AFolderAndItsPasswordAreBothKeptOrNeither) {
     };
     _user.Write(Text("config/ovsync/folders.toml"), padding);
     EXPECT_EQ(add().exitCode, 1);
+    EXPECT_FALSE(QFile::exists(_directory));
     EXPECT_EQ(File(), padding);
     EXPECT_EQ(_user.Read(Text(".netrc")), "");
 
     _user.Write(Text("config/ovsync/folders.toml"), "");
     _user.Write(Text(".netrc"), padding);
     EXPECT_EQ(add().exitCode, 1);
+    EXPECT_FALSE(QFile::exists(_directory));
     EXPECT_EQ(File(), "");
     EXPECT_EQ(_user.Read(Text(".netrc")), padding);
 

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -183,14 +184,22 @@ ExitCode AddFolder(const Arguments& given, Output& output) {
         }
         isUnasked = isGiven && input::AsksForNoPassword(folder.location, given.Connecting());
     }
-    if (mkdir(folder.directory.toUtf8().constData(), 0777) != 0 && errno != EEXIST) {
+    const bool isMade = mkdir(folder.directory.toUtf8().constData(), 0777) == 0;
+    if (!isMade && errno != EEXIST) {
         throw UsageError(QStringLiteral("%1: %2").arg(folder.directory, QString::fromLocal8Bit(std::strerror(errno))));
     }
-    folders::AddToFoldersFile(folder, [&] {
-        if (isGiven && !isUnasked) {
-            user::Passwords().Keep(host, folder.user, login.credentials.password());
+    try {
+        folders::AddToFoldersFile(folder, [&] {
+            if (isGiven && !isUnasked) {
+                user::Passwords().Keep(host, folder.user, login.credentials.password());
+            }
+        });
+    } catch (...) {
+        if (isMade) {
+            rmdir(folder.directory.toUtf8().constData());
         }
-    });
+        throw;
+    }
     if (given.isJson) {
         output.Write(QByteArray::fromStdString(SyncedFolderJson(folder).dump()) + '\n');
     } else {
