@@ -99,11 +99,12 @@ UploadAnswer ContentConnection::Upload(const QUrl& url, IContentSource& source, 
     }
 }
 
-bool ContentConnection::Lock(const QUrl& url, const QString& owner, std::chrono::seconds longest) {
+bool ContentConnection::Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
+                             std::chrono::seconds longest) {
     if (!_hasLocks) {
         return true;
     }
-    LockRequest request(url, owner, longest);
+    LockRequest request(url, entityTag, owner, longest);
     _Perform(request);
     const int status = request.StatusCode();
     if (status == HttpStatus::Locked) {
@@ -112,7 +113,8 @@ bool ContentConnection::Lock(const QUrl& url, const QString& owner, std::chrono:
     _lockToken = request.Token();
     _lockedUrl = url;
     // Whatever else it answers, the upload will show what that means.
-    _hasLocks = !_lockToken.isEmpty() || HttpStatus::IsPassing(status);
+    const bool isMute = status < HttpStatus::MultipleChoices && _lockToken.isEmpty();
+    _hasLocks = !isMute && status != HttpStatus::MethodNotAllowed && status != HttpStatus::NotImplemented;
     if (status != HttpStatus::Created || _lockToken.isEmpty()) {
         return true;
     }

@@ -22,7 +22,8 @@ public:
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
     UploadAnswer Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
                         const ContentVersion& known) override;
-    bool Lock(const QUrl& url, const QString& owner, std::chrono::seconds longest) override;
+    bool Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
+              std::chrono::seconds longest) override;
     bool Unlock() noexcept override;
     void Release(const QUrl& folder, const QString& owner) override;
     bool Remove(const QUrl& url, const ContentVersion& known) override;

@@ -91,9 +91,11 @@ public:
     /// Lets nobody else change the file `url` until Unlock, or for `longest`; its content is sent by Upload as ever.
     /// Then nobody can come between the condition of an upload and its end, as on servers that look at conditions only
     /// when an upload begins. A server that has no locks does nothing, and that is no error; nor is it asked again.
-    /// Others are told that `owner` has the lock. False when there is no such file any more. Of one that somebody else
-    /// has locked it throws HttpException of status 423.
-    [[nodiscard]] virtual bool Lock(const QUrl& url, const QString& owner, std::chrono::seconds longest) = 0;
+    /// Others are told that `owner` has the lock. Nor is a file locked that has another tag than `entityTag`, unless
+    /// that is empty. False when there is no such file any more. Of one that somebody else has locked it throws
+    /// HttpException of status 423.
+    [[nodiscard]] virtual bool Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
+                                    std::chrono::seconds longest) = 0;
 
     /// Ends the lock that Lock made, if it did; also after Cancel, within seconds. False when there may still be one.
     virtual bool Unlock() noexcept = 0;

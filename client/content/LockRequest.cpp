@@ -7,14 +7,19 @@ namespace content {
 
 using wire::HttpStatus;
 
-LockRequest::LockRequest(const QUrl& url, const QString& owner, std::chrono::seconds longest)
-    : ContentTransaction("LOCK", url), _owner(owner), _longest(longest) {}
+LockRequest::LockRequest(const QUrl& url, const QByteArray& entityTag, const QString& owner,
+                         std::chrono::seconds longest)
+    : ContentTransaction("LOCK", url), _entityTag(entityTag), _owner(owner), _longest(longest) {}
 
 wire::HttpTransaction::Headers LockRequest::RequestHeaders() const {
-    // Without conditions: some servers lock, and then find that their answer does not meet them.
-    return {{"Depth", "0"},
-            {"Timeout", "Second-" + QByteArray::number(static_cast<qint64>(_longest.count()))},
-            {"Content-Type", "application/xml; charset=\"utf-8\""}};
+    Headers headers{{"Depth", "0"},
+                    {"Timeout", "Second-" + QByteArray::number(static_cast<qint64>(_longest.count()))},
+                    {"Content-Type", "application/xml; charset=\"utf-8\""}};
+    if (!_entityTag.isEmpty()) {
+        // With If-Match some servers lock, and then find that their answer has another tag.
+        headers.append(qMakePair(QByteArray("If"), "([" + _entityTag + "])"));
+    }
+    return headers;
 }
 
 QByteArray LockRequest::RequestBody() const {

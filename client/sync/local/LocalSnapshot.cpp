@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <future>
 #include <utility>
+#include <vector>
 
 #include "client/store/RecordDatabase.h"
 #include "client/sync/local/LocalError.h"
@@ -32,6 +34,10 @@ bool IsSyncedFolder(const QVector<NamedLocalEntry>& entries) {
     });
 }
 
+// With more, a folder below is not reached before the others are; with fewer, a thread is not worth it.
+const int FoldersAtOnce = 50;
+const int LeastFolders = 10;
+
 /// What lies in the folder; none, and the reason in `closed`, when it is to be left alone.
 QVector<NamedLocalEntry> ListUnlessClosed(ILocalTree& tree, const QString& folder, QVector<SyncEvent>& closed) {
     try {
@@ -59,16 +65,21 @@ public:
 
     LocalSnapshot Made() { return std::move(_snapshot); }
 
+    /// Another thread lists the larger part: what is listed is sorted by this one alone.
     void AddBelow(const QString& top) {
         QStringList folders(top);
         while (!folders.isEmpty()) {
-            const QString folder = folders.takeLast();
-            const QString prefix = folder.isEmpty() ? folder : folder + QLatin1Char('/');
-            for (const NamedLocalEntry& entry : ListUnlessClosed(_tree, folder, _snapshot.closed)) {
-                const QString path = prefix + entry.name;
-                if (_Add(path, entry) && entry.kind == LocalEntry::Kind::Folder) {
-                    folders.append(path);
-                }
+            QStringList own = folders.mid(qMax(0, folders.size() - FoldersAtOnce));
+            folders.erase(folders.end() - own.size(), folders.end());
+            const QStringList others = own.size() < LeastFolders ? QStringList() : own.mid(own.size() * 2 / 5);
+            own.erase(own.end() - others.size(), own.end());
+            auto listing = std::async(others.isEmpty() ? std::launch::deferred : std::launch::async,
+                                      [this, &others] { return _ListAll(others); });
+            for (const QString& folder : qAsConst(own)) {
+                _AddAll(_List(folder), folders);
+            }
+            for (const Listed& listed : listing.get()) {
+                _AddAll(listed, folders);
             }
         }
     }
@@ -91,6 +102,39 @@ public:
     }
 
 private:
+    struct Listed {
+        QString folder;
+        QVector<NamedLocalEntry> entries;
+        QVector<SyncEvent> closed;
+    };
+
+    Listed _List(const QString& folder) const {
+        Listed listed;
+        listed.folder = folder;
+        listed.entries = ListUnlessClosed(_tree, folder, listed.closed);
+        return listed;
+    }
+
+    std::vector<Listed> _ListAll(const QStringList& folders) const {
+        std::vector<Listed> all;
+        for (const QString& folder : folders) {
+            all.push_back(_List(folder));
+        }
+        return all;
+    }
+
+    /// Those of its folders that are to be listed are added to `folders`.
+    void _AddAll(const Listed& listed, QStringList& folders) {
+        _snapshot.closed += listed.closed;
+        const QString prefix = listed.folder.isEmpty() ? QString() : listed.folder + QLatin1Char('/');
+        for (const NamedLocalEntry& entry : listed.entries) {
+            const QString path = prefix + entry.name;
+            if (_Add(path, entry) && entry.kind == LocalEntry::Kind::Folder) {
+                folders.append(path);
+            }
+        }
+    }
+
     bool _IsClosed(const QString& folder) const {
         return std::any_of(_snapshot.closed.begin(), _snapshot.closed.end(),
                            [&folder](const SyncEvent& closed) { return closed.path == folder; });

@@ -1,5 +1,6 @@
 #include "client/sync/push/Upload.h"
 
+#include <QScopeGuard>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -27,19 +28,6 @@ const std::chrono::milliseconds WaitStep(50);
 // For how long a file is locked by somebody who died: about as long as it takes to send it over a slow line.
 const std::chrono::seconds LeastLock(300);
 const qint64 BytesASecond = qint64(64) * 1024;
-
-/// Ends the lock that a connection has.
-class Unlocking {
-public:
-    Unlocking(content::IContentConnection& session, bool& isLeft) : _session(session), _isLeft(isLeft) {}
-    ~Unlocking() { _isLeft = !_session.Unlock(); }
-    Unlocking(const Unlocking&) = delete;
-    Unlocking& operator=(const Unlocking&) = delete;
-
-private:
-    content::IContentConnection& _session;
-    bool& _isLeft;
-};
 
 }  // namespace
 
@@ -93,8 +81,8 @@ void Upload::_Send(content::IContentConnection& session) {
     const std::chrono::seconds longest = LeastLock + std::chrono::seconds(_order.size / BytesASecond);
     // Without an answer nobody knows.
     _isLockLeft = true;
-    const bool isThere = session.Lock(_url, _shared.lockOwner, longest);
-    const Unlocking unlocking(session, _isLockLeft);
+    const bool isThere = session.Lock(_url, known.entityTag, _shared.lockOwner, longest);
+    const auto unlocking = qScopeGuard([&] { _isLockLeft = !session.Unlock(); });
     if (isThere) {
         _SendOver(session, known);
     } else {

@@ -1094,7 +1094,8 @@ protected:
     }
 
     bool Lock(const ScriptedServer& server) {
-        return session->Lock(server.Url(FilePath), QStringLiteral("ovsync <1>"), std::chrono::seconds(300));
+        return session->Lock(server.Url(FilePath), known.entityTag, QStringLiteral("ovsync <1>"),
+                             std::chrono::seconds(300));
     }
 
     ContentVersion known;
@@ -1122,6 +1123,7 @@ TEST_F(ContentLockTest, NobodyElseChangesAFileBetweenLockAndUnlock) {
     EXPECT_EQ(lock.target, FilePath.toLatin1());
     EXPECT_EQ(lock.headers.value("depth"), "0");
     EXPECT_EQ(lock.headers.value("timeout"), "Second-300");
+    EXPECT_EQ(lock.headers.value("if"), "([\"a-7\"])");
     EXPECT_FALSE(lock.headers.contains("if-match"));
     EXPECT_THAT(lock.body.toStdString(),
                 AllOf(HasSubstr("<D:exclusive/>"), HasSubstr("<D:owner>ovsync &lt;1&gt;</D:owner>")));
@@ -1150,8 +1152,7 @@ TEST_F(ContentLockTest, AnEmptyFileThatAServerMadeToLockItGoesAgainAndNoOther) {
 }
 
 TEST_F(ContentLockTest, AServerWithoutLocksIsAskedOnce) {
-    for (const char* answer :
-         {"folders/status-405", "statuses/forbidden-403", "statuses/bad-request-400", "locks/without-token-200"}) {
+    for (const char* answer : {"folders/status-405", "locks/without-token-200"}) {
         ScriptedServer server({AnswerOf(answer), AnswerOf("folders/status-201")});
         Restart(QAuthenticator());
         EXPECT_TRUE(Lock(server)) << answer;
@@ -1166,13 +1167,17 @@ TEST_F(ContentLockTest, AServerWithoutLocksIsAskedOnce) {
 }
 
 TEST_F(ContentLockTest, WhatMayBeOtherwiseForTheNextFileIsAskedAgain) {
-    for (const char* answer : {"statuses/not-found-404", "statuses/broken-500"}) {
+    for (const char* answer : {"statuses/not-found-404", "statuses/broken-500", "folders/status-412",
+                               "folders/status-409", "statuses/forbidden-403", "statuses/bad-request-400"}) {
         ScriptedServer server({AnswerOf(answer), AnswerOf("locks/locked-200")});
         Restart(QAuthenticator());
         EXPECT_TRUE(Lock(server)) << answer;
+        EXPECT_TRUE(session->Unlock());
+        known.entityTag.clear();
         EXPECT_TRUE(Lock(server));
         server.Stop();
-        EXPECT_TRUE(server.SawItsScript()) << answer;
+        ASSERT_TRUE(server.SawItsScript()) << answer;
+        EXPECT_FALSE(server.Requests()[1].headers.contains("if"));
     }
 }
 

@@ -298,7 +298,8 @@ public:
         return true;
     }
 
-    bool Lock(const QUrl& url, const QString& owner, std::chrono::seconds /*longest*/) override {
+    bool Lock(const QUrl& url, const QByteArray& /*entityTag*/, const QString& owner,
+              std::chrono::seconds /*longest*/) override {
         if (!_service.hasLocks) {
             return true;
         }

@@ -121,6 +121,7 @@ TEST_P(LockingPushTest, WhatSomebodyElseHasLockedIsLeftToTheNextPass) {
 }
 
 TEST_P(LockingPushTest, WhatChangedBeforeItWasLockedIsAConflictAndNotLockedLonger) {
+    options.transfers = 1;
     Write("f/a", "mine");
     Write("b", "mine");
     BeforeRequest("LOCK", [&] {
