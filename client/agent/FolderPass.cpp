@@ -14,6 +14,7 @@
 #include "client/sync/both/TwoWayPass.h"
 #include "client/sync/local/LocalTree.h"
 #include "client/sync/pass/SyncConfiguration.h"
+#include "client/sync/report/OfferedCommand.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
 #include "dvsync/ExternalSyncConfig.h"
@@ -60,10 +61,10 @@ void RequireThere(const QString& directory) {
     struct stat status {};
     const bool isThere = stat(directory.toUtf8().constData(), &status) == 0;
     if (isThere ? !S_ISDIR(status.st_mode) : errno == ENOENT || errno == ENOTDIR) {
-        throw sync::core::SyncException(
-            QStringLiteral("the folder is gone, or its disk is not mounted. Nothing is deleted on the service. Bring "
-                           "it back, or run \"ovsync folders remove '%1'\"")
-                .arg(directory));
+        throw sync::core::SyncException(QStringLiteral("the folder is not there: it is gone, was never made, or its "
+                                                       "disk is not mounted. Nothing is deleted on the service. Bring "
+                                                       "it back, make it, or run \"ovsync folders remove %1\"")
+                                            .arg(report::ShellWord(directory)));
     }
 }
 
@@ -112,8 +113,10 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
                 result.error = QStringLiteral("there is no password for \"%1\"").arg(user);
             }
             result.error +=
-                QStringLiteral("; \"ovsync login -u %1 %2\" gives one")
-                    .arg(user.isEmpty() ? QStringLiteral("USER") : user, _folder.location.baseUrl.toString());
+                QStringLiteral("; \"%1 %2\" gives one")
+                    .arg(report::OfferedCommand(QStringLiteral("login"), user.isEmpty() ? QStringLiteral("USER") : user,
+                                                _folder.caFile),
+                         report::ShellWord(_folder.location.baseUrl.toString()));
         }
     }
     if (isStopped) {

@@ -49,7 +49,7 @@ QVector<QByteArray> FoldersIn(const QByteArray& path) {
 }
 
 QString GoneText() {
-    return QStringLiteral("the folder is gone, or its disk is not mounted");
+    return QStringLiteral("the folder is not there");
 }
 
 QString LimitText() {

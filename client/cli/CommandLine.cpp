@@ -221,19 +221,20 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
                 shown(bytes, isOver);
             }
         };
-        const QString user = arguments.user.empty() ? location.user : QString::fromStdString(arguments.user);
+        const QString user = arguments.UserAt(location);
         const QString host = location.baseUrl.host();
-        const QAuthenticator credentials =
+        const input::FoundCredentials found =
             registry.LogsIn() ? input::NewCredentials(user, host) : FindCredentials(user, host);
         context.server = location.Server();
         context.path = location.serverPath;
-        context.user = credentials.user();
+        context.user = found.credentials.user();
+        context.loginProblem = found.problem;
         context.isWriting = registry.Writes();
         context.lastAnswer = [&connection] { return connection ? connection->LastAnswer() : wire::AnswerSummary(); };
         if (registry.TakesFiles()) {
             context.thing = QStringLiteral("file or folder");
         }
-        connection.emplace(location.baseUrl, credentials, settings);
+        connection.emplace(location.baseUrl, found.credentials, settings);
         const ExitCode exitCode = (*registry.Parsed())(*connection, location, arguments, output);
         output.Flush();
         return exitCode;

@@ -53,7 +53,7 @@ void RequireSameService(const SyncedFolder& folder) {
 
 void RequireAddableTo(const QVector<SyncedFolder>& folders, const SyncedFolder& folder) {
     for (const SyncedFolder& known : folders) {
-        if (known.directory == folder.directory) {
+        if (RealDirectory(known) == RealDirectory(folder)) {
             throw UsageError(QStringLiteral("%1 is kept in step with %2 already").arg(known.directory, known.url));
         }
         const QString reason = ReasonAgainstBoth(known, folder);
@@ -75,8 +75,10 @@ void RequireNoMistake(const FoldersReading& reading) {
     }
 }
 
-void Edit(const std::function<QByteArray(const QByteArray&, const QVector<SyncedFolder>&)>& change) {
-    EditWholeFile(FoldersFilePath(), AsOthersInTheFolder, [&change](const QByteArray& text) {
+void Edit(
+    const std::function<QByteArray(const QByteArray&, const QVector<SyncedFolder>&)>& change,
+    const std::function<void()>& beforePlacing = [] {}) {
+    const auto edit = [&change](const QByteArray& text) {
         const FoldersReading before = ReadHere(text);
         RequireNoMistake(before);
         QByteArray changed = change(text, before.folders);
@@ -86,13 +88,15 @@ void Edit(const std::function<QByteArray(const QByteArray&, const QVector<Synced
                               .arg(FoldersFilePath()));
         }
         return changed;
-    });
+    };
+    EditWholeFile(FoldersFilePath(), AsOthersInTheFolder, edit, beforePlacing);
 }
 
 /// Throws UsageError when it is not there.
 int IndexOf(const QString& directory, const QVector<SyncedFolder>& folders) {
-    const auto found = std::find_if(folders.begin(), folders.end(),
-                                    [&directory](const SyncedFolder& folder) { return folder.directory == directory; });
+    const auto found = std::find_if(folders.begin(), folders.end(), [&directory](const SyncedFolder& folder) {
+        return folder.directory == directory || RealDirectory(folder) == directory;
+    });
     if (found == folders.end()) {
         throw UsageError(QStringLiteral("%1 is none of the folders that \"ovsync folders list\" shows").arg(directory));
     }
@@ -126,11 +130,13 @@ void RequireAddable(const SyncedFolder& folder) {
     RequireAddableTo(reading.folders, folder);
 }
 
-void AddToFoldersFile(const SyncedFolder& folder) {
-    Edit([&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
-        RequireAddableTo(folders, folder);
-        return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
-    });
+void AddToFoldersFile(const SyncedFolder& folder, const std::function<void()>& keepPassword) {
+    Edit(
+        [&folder](const QByteArray& text, const QVector<SyncedFolder>& folders) {
+            RequireAddableTo(folders, folder);
+            return WithFolder(text.isEmpty() ? QByteArray(Header) : text, folder);
+        },
+        keepPassword);
 }
 
 void RemoveFromFoldersFile(const QString& directory) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <functional>
 
 #include "client/folders/FoldersText.h"
 
@@ -20,8 +21,9 @@ bool HasFoldersFileChanged(const FoldersReading& since);
 void RequireAddable(const SyncedFolder& folder);
 
 /// `folder` is not in it yet, and its directory is there. Throws also pass::WrongFolder when it is in step with another
-/// URL, and store::StoreError when nobody can tell that now.
-void AddToFoldersFile(const SyncedFolder& folder);
+/// URL, and store::StoreError when nobody can tell that now. `keepPassword` is called when nothing but itself can fail
+/// any more; what it throws leaves the file as it is.
+void AddToFoldersFile(const SyncedFolder& folder, const std::function<void()>& keepPassword);
 
 /// `directory` is absolute, as FoldersReading has it.
 void RemoveFromFoldersFile(const QString& directory);

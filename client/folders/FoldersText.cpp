@@ -3,6 +3,7 @@
 #include <toml++/toml.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QRegularExpression>
 #include <QSet>
 #include <algorithm>
@@ -44,6 +45,20 @@ QString TextOf(std::string_view text) {
     return QString::fromUtf8(text.data(), static_cast<int>(text.size()));
 }
 
+/// `path`, which is absolute or empty, as far as it is there.
+QString WithoutLinks(const QString& path) {
+    const QFileInfo place(path);
+    const QString real = place.canonicalFilePath();
+    const bool isEnd = path.isEmpty() || place.path() == path;
+    return isEnd || !real.isEmpty() ? real : QDir(WithoutLinks(place.path())).filePath(place.fileName());
+}
+
+/// For people.
+QString Named(const SyncedFolder& folder) {
+    const QString real = RealDirectory(folder);
+    return folder.directory == real ? real : QStringLiteral("%1 (which is %2)").arg(folder.directory, real);
+}
+
 /// Reads one table, and adds what is wrong with it to the mistakes.
 class FolderReader {
 public:
@@ -62,7 +77,7 @@ public:
              [&](const toml::node& node) { folder.daysKept = _Number(KeepDeletedKey, node, 0, MostDaysKeptOfFolder); }},
             {TransfersKey,
              [&](const toml::node& node) { folder.transfers = _Number(TransfersKey, node, 1, MostTransfers); }},
-            {CaFileKey, [&](const toml::node& node) { folder.caFile = _Path(CaFileKey, node); }},
+            {CaFileKey, [&](const toml::node& node) { _ReadCertificates(node, folder); }},
             {PausedKey, [&](const toml::node& node) { _ReadPause(node, folder); }},
         };
         for (const auto& [key, node] : _table) {
@@ -110,6 +125,7 @@ private:
         }
         if (!path.isEmpty() && !QDir::isAbsolutePath(path)) {
             _Complain(LineOf(node), QStringLiteral("\"%1\" has to begin with \"/\" or \"~/\"").arg(QLatin1String(key)));
+            return QString();
         }
         return path.isEmpty() ? path : QDir::cleanPath(path);
     }
@@ -125,10 +141,22 @@ private:
     }
 
     void _ReadPath(const toml::node& node, SyncedFolder& folder) {
-        folder.directory = _Path(PathKey, node);
-        const QString reason = local::ReasonAgainstRoot(folder.directory);
-        if (!reason.isEmpty()) {
+        const QString directory = _Path(PathKey, node);
+        const QString reason = local::ReasonAgainstRoot(WithoutLinks(directory));
+        if (reason.isEmpty()) {
+            folder.directory = directory;
+        } else {
             _Complain(LineOf(node), QStringLiteral("the folder cannot be synced: ") + reason);
+        }
+    }
+
+    void _ReadCertificates(const toml::node& node, SyncedFolder& folder) {
+        folder.caFile = _Path(CaFileKey, node);
+        const QFileInfo file(folder.caFile);
+        if (!folder.caFile.isEmpty() && !(file.isFile() && file.isReadable())) {
+            _Complain(LineOf(node), QStringLiteral("\"ca-file\" names %1, which is %2")
+                                        .arg(folder.caFile, file.exists() ? QStringLiteral("no file that can be read")
+                                                                          : QStringLiteral("not there")));
         }
     }
 
@@ -173,8 +201,9 @@ private:
         if (limit) {
             folder.deletionLimit = *limit;
         } else if (!folder.deletionLimitText.isEmpty()) {
-            _Complain(LineOf(node), QStringLiteral("\"max-delete\" has to be a number of files, as \"12\", or a part "
-                                                   "of them, as \"30%\""));
+            _Complain(LineOf(node), QStringLiteral("\"max-delete\" has to be a number of files from 0 to %1, as "
+                                                   "\"12\", or a part of them from 0% to 100%, as \"30%\"")
+                                        .arg(pass::DeletionLimit::MostFiles));
         }
     }
 
@@ -259,15 +288,19 @@ QString PathInside(const QString& outer, const QString& inner) {
 
 }  // namespace
 
+QString RealDirectory(const SyncedFolder& folder) {
+    return WithoutLinks(folder.directory);
+}
+
 QString ReasonAgainstBoth(const SyncedFolder& one, const SyncedFolder& other) {
-    const bool isOneInside = one.directory.size() > other.directory.size();
+    const bool isOneInside = RealDirectory(one).size() > RealDirectory(other).size();
     const SyncedFolder& outer = isOneInside ? other : one;
     const SyncedFolder& inner = isOneInside ? one : other;
-    const QString path = PathInside(outer.directory, inner.directory);
+    const QString path = PathInside(RealDirectory(outer), RealDirectory(inner));
     return path.isEmpty() || local::Exclusion(outer.rules).HasFolderAt(path)
                ? QString()
                : QStringLiteral("%1 lies in %2. To keep both in step, exclude \"/%3\" from %2")
-                     .arg(inner.directory, outer.directory, path);
+                     .arg(Named(inner), Named(outer), path);
 }
 
 FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
@@ -289,11 +322,11 @@ FoldersReading ReadFolders(const QByteArray& text, const QString& home) {
             QSet<QString> known;
             for (const toml::node& table : *tables) {
                 const SyncedFolder folder = FolderReader(*table.as_table(), home, reading.mistakes).Read();
-                if (!folder.directory.isEmpty() && known.contains(folder.directory)) {
+                if (!folder.directory.isEmpty() && known.contains(RealDirectory(folder))) {
                     reading.mistakes.append(QStringLiteral("line %1: %2 stands above already")
-                                                .arg(QString::number(LineOf(table)), folder.directory));
+                                                .arg(QString::number(LineOf(table)), Named(folder)));
                 }
-                known.insert(folder.directory);
+                known.insert(RealDirectory(folder));
                 for (const SyncedFolder& above : qAsConst(reading.folders)) {
                     const QString reason = ReasonAgainstBoth(above, folder);
                     if (!reason.isEmpty()) {

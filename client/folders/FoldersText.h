@@ -8,7 +8,7 @@
 #include "client/folders/SyncedFolder.h"
 
 /// The folders file as text that people write, too: TOML, in UTF-8, with a [[folder]] block for each folder. Changes
-/// leave all else, comments and order included, as it is. Thread-safe.
+/// leave all else, comments and order included, as it is. What a text names is looked at on the disk. Thread-safe.
 
 namespace ovsync {
 namespace folders {
@@ -25,6 +25,9 @@ struct FoldersReading {
 
 /// `home` stands for a leading "~" of a path.
 FoldersReading ReadFolders(const QByteArray& text, const QString& home);
+
+/// Without links, as far as it is there.
+QString RealDirectory(const SyncedFolder& folder);
 
 /// Why two folders cannot both be kept in step, because one lies in the other and is not left out there. Empty when
 /// they can.

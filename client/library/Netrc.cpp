@@ -7,7 +7,6 @@
 #include <algorithm>
 
 #include "client/library/NetrcEntry.h"
-#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace library {
@@ -24,7 +23,8 @@ QByteArray ReadNetrcFile(const QString& path) {
     }
     // Others may have no end.
     if (!QFileInfo(path).isFile()) {
-        throw SyncException(QStringLiteral("it is not a file"));
+        throw SyncException(QFileInfo(path).isDir() ? QStringLiteral("it is a folder")
+                                                    : QStringLiteral("it is not a file"));
     }
     if (!file.open(QIODevice::ReadOnly)) {
         throw SyncException(file.errorString());
@@ -44,7 +44,7 @@ QAuthenticator NetrcCredentials(const QString& host, const QString& user) {
     try {
         entries = ReadNetrc(ReadNetrcFile(NetrcPath()));
     } catch (const SyncException& reason) {
-        throw SyncException(QStringLiteral("%1 cannot be read: %2").arg(NetrcPath(), reason.Message()));
+        throw NetrcError(QStringLiteral("%1 cannot be read: %2").arg(NetrcPath(), reason.Message()));
     }
     // A password stands for the login beside it, and for no other.
     const auto found = std::find_if(entries.begin(), entries.end(), [&](const NetrcEntry& entry) {

@@ -3,14 +3,22 @@
 #include <QAuthenticator>
 #include <QString>
 
+#include "host/core/SyncException.h"
+
 namespace ovsync {
 namespace library {
+
+/// The file cannot be read, or not understood; the message names it and says why.
+class NetrcError : public sync::core::SyncException {
+public:
+    using SyncException::SyncException;
+};
 
 /// ~/.netrc, or the file that the environment variable NETRC names. Thread-safe.
 QString NetrcPath();
 
 /// The credentials for `host` in that file, whatever the port; with a `user`, that user's, and no other's. Null when
-/// there are none, or none with a password. Throws SyncException when the file cannot be read. Thread-safe.
+/// there are none, or none with a password. Throws NetrcError. Thread-safe.
 ///
 /// \code
 /// #include <iostream>

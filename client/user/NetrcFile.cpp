@@ -3,12 +3,9 @@
 #include "client/library/Netrc.h"
 #include "client/library/NetrcEntry.h"
 #include "client/user/WholeFile.h"
-#include "host/core/SyncException.h"
 
 namespace ovsync {
 namespace user {
-
-using sync::core::SyncException;
 
 namespace {
 
@@ -74,15 +71,20 @@ QByteArray NetrcWith(const QByteArray& text, const QString& host, const QString&
     return result + entry;
 }
 
+QString NetrcName() {
+    return qEnvironmentVariableIsEmpty("NETRC") ? QStringLiteral("~/.netrc") : library::NetrcPath();
+}
+
 void WriteToNetrc(const QString& host, const QString& user, const QString& password) {
     const QString path = library::NetrcPath();
     // What cannot be read is not edited either.
     library::NetrcCredentials(host, user);
     EditWholeFile(path, ForThisUserOnly, [&](const QByteArray& text) { return NetrcWith(text, host, user, password); });
     if (library::NetrcCredentials(host, user).password() != password) {
-        throw SyncException(QStringLiteral("%1: the password of %2 at %3 is in it now, but something above it is read "
-                                           "in its place")
-                                .arg(path, user, host));
+        throw library::NetrcError(
+            QStringLiteral("%1: the password of %2 at %3 is in it now, but something above it is read "
+                           "in its place")
+                .arg(path, user, host));
     }
 }
 

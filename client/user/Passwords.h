@@ -15,11 +15,11 @@ public:
     enum class Place { Keyring, Netrc };
 
     /// The credentials of `user` at `host`; without a user those that ~/.netrc has for the host. Null when there are
-    /// none. Throws SyncException when ~/.netrc cannot be read.
+    /// none. Throws library::NetrcError.
     QAuthenticator Find(const QString& host, const QString& user);
 
-    /// Writes it into the keyring, and where there is none into ~/.netrc. Throws SyncException when neither can be
-    /// done.
+    /// Writes it into the keyring, and where there is none into ~/.netrc. Throws as WriteToNetrc does when neither
+    /// can be done.
     Place Keep(const QString& host, const QString& user, const QString& password);
 
 private:

@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <set>
+#include <utility>
 
 #include "client/sync/local/LocalError.h"
 #include "client/user/Places.h"
@@ -81,6 +83,48 @@ private:
     bool _isPlaced = false;
 };
 
+/// A folder that other editors wait for. A thread that has it already, because it edits one file in the midst of
+/// editing another one there, does not wait for itself.
+class LockedFolder {
+public:
+    explicit LockedFolder(const QString& path)
+        : _path(path), _folder(open(path.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), path) {
+        struct stat status {};
+        _Check(fstat(_folder.Get(), &status) == 0);
+        _id = {status.st_dev, status.st_ino};
+        _isHeld = _held.count(_id) > 0;
+        // It ends with the descriptor.
+        _Check(_isHeld || flock(_folder.Get(), LOCK_EX) == 0);
+        _held.insert(_id);
+    }
+    ~LockedFolder() {
+        if (!_isHeld) {
+            _held.erase(_id);
+        }
+    }
+    LockedFolder(const LockedFolder&) = delete;
+    LockedFolder& operator=(const LockedFolder&) = delete;
+
+    void Flush() const { _Check(fsync(_folder.Get()) == 0 || errno == EINVAL); }
+
+private:
+    void _Check(bool isDone) const {
+        if (!isDone) {
+            throw LocalError(_path, errno);
+        }
+    }
+
+    static thread_local std::set<std::pair<dev_t, ino_t>> _held;
+
+    const QString _path;
+    const Descriptor _folder;
+    std::pair<dev_t, ino_t> _id;
+    /// By an edit around this one.
+    bool _isHeld = false;
+};
+
+thread_local std::set<std::pair<dev_t, ino_t>> LockedFolder::_held;
+
 }  // namespace
 
 QByteArray ReadWholeFile(const QString& path) {
@@ -101,16 +145,13 @@ QByteArray ReadWholeFile(const QString& path) {
     return content;
 }
 
-void EditWholeFile(const QString& path, mode_t mode, const std::function<QByteArray(const QByteArray&)>& edit) {
+void EditWholeFile(const QString& path, mode_t mode, const std::function<QByteArray(const QByteArray&)>& edit,
+                   const std::function<void()>& beforePlacing) {
     const QString real = QFileInfo(path).canonicalFilePath();
     const QString target = real.isEmpty() ? path : real;
     const QString folder = QFileInfo(target).absolutePath();
     MakePrivateFolder(folder);
-    const Descriptor place(open(folder.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC), folder);
-    // It ends with the descriptor.
-    if (flock(place.Get(), LOCK_EX) != 0) {
-        throw LocalError(folder, errno);
-    }
+    const LockedFolder place(folder);
     const QByteArray before = ReadWholeFile(target);
     const QByteArray after = edit(before);
     struct stat status {};
@@ -120,10 +161,9 @@ void EditWholeFile(const QString& path, mode_t mode, const std::function<QByteAr
     }
     NewFile file(target, isThere ? status.st_mode & mode & 07777 : mode);
     file.Write(after);
+    beforePlacing();
     file.Place();
-    if (fsync(place.Get()) != 0 && errno != EINVAL) {
-        throw LocalError(folder, errno);
-    }
+    place.Flush();
 }
 
 }  // namespace user

@@ -323,8 +323,9 @@ TEST_F(AgentSyncTest, ThePasswordOfAnotherUserIsNotTried) {
     Add(service.Url(), {Text("-u"), Text("ann")});
     _user.StartAgent();
     ASSERT_TRUE(_user.FolderBecomes([](const json& folder) { return folder["state"] == "stopped"; }));
-    EXPECT_THAT(_user.Folder()["error"].get<std::string>(),
-                StartsWith("there is no password for \"ann\"; \"ovsync login -u ann " + service.Url().toStdString()));
+    EXPECT_THAT(
+        _user.Folder()["error"].get<std::string>(),
+        StartsWith("there is no password for \"ann\"; \"ovsync login --user='ann' '" + service.Url().toStdString()));
 }
 
 TEST_F(AgentSyncTest, AServiceThatIsAwayIsToldAndTriedAgain) {
@@ -349,8 +350,8 @@ TEST_F(AgentSyncTest, SaysThatItsFolderIsGoneAndWorksAgainWhenItIsBack) {
     const ProgramResult status = _user.Ovsync({Text("status")});
     EXPECT_EQ(status.exitCode, 1);
     EXPECT_THAT(status.output.toStdString(),
-                HasSubstr("the folder is gone, or its disk is not mounted. Nothing is deleted on the service. Bring it "
-                          "back, or run \"ovsync folders remove '" +
+                HasSubstr("the folder is not there: it is gone, was never made, or its disk is not mounted. Nothing is "
+                          "deleted on the service. Bring it back, make it, or run \"ovsync folders remove '" +
                           _user.Path(Text("synced")).toStdString() + "'\""));
     ASSERT_TRUE(QDir().rename(_user.Path(Text("away")), _user.Path(Text("synced"))));
     EXPECT_TRUE(_user.IsInStep());
@@ -363,7 +364,7 @@ TEST_F(AgentSyncTest, NamesTheFolderThatIsMissingAboveItsOwn) {
     EXPECT_TRUE(_user.FolderBecomes([](const json& folder) { return !folder["error"].is_null(); }));
     EXPECT_THAT(_user.Folder()["error"].get<std::string>(),
                 testing::AllOf(HasSubstr("there is no folder \"nope\" on 127.0.0.1:"),
-                               HasSubstr("\"ovsync mkdir -p " + service.Url().toStdString() + "nope\" makes it")));
+                               HasSubstr("\"ovsync mkdir -p '" + service.Url().toStdString() + "nope'\" makes it")));
 }
 
 TEST_F(AgentSyncTest, ASlowServiceDoesNotHoldUpAnotherFolder) {

@@ -3,6 +3,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QUrl>
 #include <nlohmann/json.hpp>
@@ -25,6 +26,7 @@ using testing::Not;
 using tests::ErrorsOf;
 using tests::ProgramResult;
 using tests::RunOvsync;
+using tests::RunTyped;
 using tests::Service;
 using tests::Text;
 
@@ -93,6 +95,24 @@ TEST_F(CommandLineTest, AByteOrderMarkIsNeverLeftAway) {
         EXPECT_THAT(ErrorsOf(result), HasSubstr("byte order mark"));
     }
     EXPECT_EQ(List(service.Url()).output, QByteArray("x\n"));
+}
+
+TEST_F(CommandLineTest, AByteOrderMarkThatBeginsANameIsSeen) {
+    Service service;
+    const QString mark = QChar(QChar::ByteOrderMark);
+    service.AddFile(mark + Text("f"), "x");
+    service.AddFile(Text("d/") + mark + Text("d/") + mark + Text("x"), "x");
+    service.AddFile(Text("i") + mark + Text("n"), "x");
+    EXPECT_EQ(List(service.Url()).output, QByteArray("d/\ni\xEF\xBB\xBFn\n%EF%BB%BFf\n"));
+    EXPECT_EQ(List(service.Url() + Text("d")).output, QByteArray("%EF%BB%BFd/\n"));
+    EXPECT_THAT(RunOvsync({Text("ls"), Text("-l"), service.Url()}).output.toStdString(), HasSubstr("  %EF%BB%BFf\n"));
+    EXPECT_THAT(RunOvsync({Text("tree"), service.Url()}).output.toStdString(), HasSubstr("d/%EF%BB%BFd/%EF%BB%BFx\n"));
+    const QByteArray json = RunOvsync({Text("ls"), Text("--json"), service.Url() + Text("d")}).output;
+    EXPECT_EQ(nlohmann::json::parse(json.constData())[0]["name"],
+              "\xEF\xBB\xBF"
+              "d");
+    const QTemporaryDir folder;
+    EXPECT_THAT(ErrorsOf(RunOvsync({Text("pull"), service.Url(), folder.path()})), HasSubstr("refused %EF%BB%BFf: "));
 }
 
 TEST_F(CommandLineTest, NamesOfEveryKindComeThroughUnchanged) {
@@ -254,10 +274,11 @@ TEST_F(CommandLineTest, ANumberOutOfRangeIsRefusedWithTheRange) {
            "--depth: \"1001\" is not a number from 0 to 1000");
     expect({Text("trash"), Text("empty"), Text("--older-than"), Text("x"), Text("d")},
            "--older-than: \"x\" is not a number from 0 to 36500");
-    for (const char* limit : {"-1", "101%", "half", ""}) {
+    for (const char* limit : {"-1", "101%", "2147483648", "half", ""}) {
         expect({Text("sync"), Text("--max-delete=") + Text(limit), Text("d"), Text("http://h/")},
                (std::string("--max-delete \"") + limit +
-                "\": this is neither a number of files, as 12, nor a part of them, as 30%")
+                "\": this is neither a number of files from 0 to 2147483647, as 12, nor a part of them from 0% to "
+                "100%, as 30%")
                    .c_str());
     }
     expect({Text("pull"), Text("--bandwidth="), Text("http://h/"), Text("d")},
@@ -292,6 +313,7 @@ TEST_F(CommandLineTest, APatternThatNothingCanMatchIsRefusedWithItsOptionAndTheR
     };
     expect({Text("--exclude=")}, "--exclude: \"\" is not a valid pattern: it has no name in it");
     expect({Text("--exclude="), Text("-q")}, "--exclude: \"\" is not a valid pattern: it has no name in it");
+    expect({Text("--exclude"), Text("!")}, "--exclude: \"!\" is not a valid pattern: it has no name in it");
     expect({Text("--include"), Text("[a")}, "--include: \"[a\" is not a valid pattern: a \"[\" has no \"]\"");
     const QTemporaryDir folder;
     const auto expectInFile = [&](const QByteArray& rules, const std::string& message) {
@@ -545,6 +567,31 @@ TEST_F(LoginTest, AUserInTheUrlIsAsGoodAsTheOption) {
     const QString url = Url().replace(Text("http://"), Text("http://ann@"));
     const ProgramResult result = RunOvsync({Text("ls"), url}, {Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret")});
     EXPECT_EQ(result.exitCode, 0) << ErrorsOf(result);
+}
+
+TEST_F(LoginTest, AUserInTheUrlAndAnotherInTheOptionAreRefused) {
+    const QString url = Url().replace(Text("http://"), Text("http://bob@"));
+    for (const QStringList& command : {QStringList({Text("ls"), url}),
+                                       {Text("login"), url},
+                                       {Text("pull"), url, Text("/nowhere")},
+                                       {Text("mv"), Url(), url}}) {
+        const ProgramResult result =
+            RunOvsync(command + QStringList({Text("-u"), Text("ann")}), {Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret")});
+        EXPECT_EQ(result.exitCode, 2) << command.first().toStdString();
+        EXPECT_THAT(ErrorsOf(result), HasSubstr("URL names "));
+    }
+}
+
+TEST_F(LoginTest, TheCommandThatMakesAMissingFolderIsForTheSameUserAndAnyShell) {
+    const QStringList environment(Text("OVSYNC_PASSWORD=s\xC3\xA9\x63ret"));
+    const QStringList make({Text("mkdir"), Text("-u"), Text("ann"), _service.Url() + Text("it's $HOME/new")});
+    const ProgramResult refused = RunOvsync(make, environment);
+    EXPECT_EQ(refused.exitCode, 1);
+    static const QRegularExpression quoted(Text("\"(ovsync mkdir [^\"]+)\""));
+    const QString command = quoted.match(QString::fromUtf8(refused.errors)).captured(1);
+    const ProgramResult done = RunTyped(command, environment);
+    EXPECT_EQ(done.exitCode, 0) << command.toStdString() << ErrorsOf(done);
+    EXPECT_EQ(RunOvsync(make, environment).exitCode, 0);
 }
 
 TEST_F(LoginTest, AWrongPasswordIsRefusedAndNotRepeated) {

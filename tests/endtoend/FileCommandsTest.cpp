@@ -253,7 +253,7 @@ TEST_F(FileCommandsTest, WhatIsToGoIntoAMissingFolderNamesItAndTheWayOut) {
     const QString& url = _service.Url();
     const QString missing = url + Text("missing%20one/");
     const std::string error =
-        Text("ovsync: there is no folder \"missing one\" on %1; \"ovsync mkdir -p %2missing%20one\" makes it\n")
+        Text("ovsync: there is no folder \"missing one\" on %1; \"ovsync mkdir -p '%2missing%20one'\" makes it\n")
             .arg(QUrl(url).authority(), url)
             .toStdString();
     for (const QStringList& command : {QStringList({Text("put"), Here("a"), missing}),

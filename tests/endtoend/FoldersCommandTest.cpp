@@ -78,8 +78,62 @@ TEST_F(FoldersCommandTest, APasswordThatIsKeptAndWrongIsNamedWithTheWayOut) {
     _user.Write(Text(".netrc"), "machine 127.0.0.1 login ann password hunter2\n");
     const ProgramResult added = Folders({Text("add"), _directory, service.Url(), Text("-u"), Text("ann")});
     EXPECT_EQ(added.exitCode, 1);
-    EXPECT_THAT(ErrorsOf(added), HasSubstr("\"ovsync login -u ann " + service.Url().chopped(1).toStdString()));
+    EXPECT_THAT(ErrorsOf(added), HasSubstr("\"ovsync login --user='ann' '" + service.Url().chopped(1).toStdString()));
     EXPECT_EQ(File(), "");
+}
+
+TEST_F(FoldersCommandTest, APasswordThatIsGivenComesBeforeOneThatIsKept) {
+    const Service service({Text("--user"), Text("ann")}, Text("secret"));
+    const auto add = [&](const char* password) {
+        return _user.Ovsync({Text("folders"), Text("add"), _directory, service.Url(), Text("-u"), Text("ann")},
+                            {Text("OVSYNC_PASSWORD=") + Text(password)});
+    };
+    _user.Write(Text(".netrc"), "machine 127.0.0.1 login ann password secret\n");
+    const ProgramResult refused = add("hunter2");
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(ErrorsOf(refused), Not(HasSubstr("kept already")));
+    EXPECT_EQ(_user.Read(Text(".netrc")), "machine 127.0.0.1 login ann password secret\n");
+
+    _user.Write(Text(".netrc"), "machine 127.0.0.1 login ann password hunter2\n");
+    const ProgramResult added = add("secret");
+    EXPECT_EQ(added.exitCode, 0) << ErrorsOf(added);
+    EXPECT_EQ(_user.Read(Text(".netrc")), "machine 127.0.0.1 login ann password secret\n");
+}
+
+TEST_F(FoldersCommandTest, APasswordThatNobodyAsksForIsNotKept) {
+    const Service service;
+    const ProgramResult added =
+        _user.Ovsync({Text("folders"), Text("add"), _directory, service.Url(), Text("-u"), Text("ann")},
+                     {Text("OVSYNC_PASSWORD=secret")});
+    EXPECT_EQ(added.exitCode, 0) << ErrorsOf(added);
+    EXPECT_THAT(ErrorsOf(added), AllOf(HasSubstr("asks for no password"), HasSubstr("login --no-check")));
+    EXPECT_TRUE(File().contains("ann"));
+    EXPECT_FALSE(QFile::exists(_user.Path(Text(".netrc"))));
+}
+
+TEST_F(FoldersCommandTest, AFolderAndItsPasswordAreBothKeptOrNeither) {
+    const QByteArray padding(2000, '#');
+    const auto add = [&] {
+        return tests::RunTyped(
+            Text("ulimit -f 1; ovsync folders add --no-check '%1' http://ann@h.test/").arg(_directory),
+            _user.Environment() + QStringList(Text("OVSYNC_PASSWORD=secret")));
+    };
+    _user.Write(Text("config/ovsync/folders.toml"), padding);
+    EXPECT_EQ(add().exitCode, 1);
+    EXPECT_FALSE(QFile::exists(_directory));
+    EXPECT_EQ(File(), padding);
+    EXPECT_EQ(_user.Read(Text(".netrc")), "");
+
+    _user.Write(Text("config/ovsync/folders.toml"), "");
+    _user.Write(Text(".netrc"), padding);
+    EXPECT_EQ(add().exitCode, 1);
+    EXPECT_FALSE(QFile::exists(_directory));
+    EXPECT_EQ(File(), "");
+    EXPECT_EQ(_user.Read(Text(".netrc")), padding);
+
+    _user.Write(Text(".netrc"), "");
+    const ProgramResult added = add();
+    EXPECT_EQ(added.exitCode, 0) << ErrorsOf(added);
 }
 
 TEST_F(FoldersCommandTest, WhatCannotBeAskedIsAddedOnlyWhenThatIsSaid) {
@@ -109,7 +163,7 @@ TEST_F(FoldersCommandTest, AFolderThatTheServiceDoesNotHaveYetNeedsOneThatItCanB
         EXPECT_EQ(File(), "");
     };
     expect("missing/new/", "there is no folder \"missing\" on ");
-    expect("missing/new/", ("\"ovsync mkdir -p " + service.Url().toStdString() + "missing\" makes it").c_str());
+    expect("missing/new/", ("\"ovsync mkdir -p '" + service.Url().toStdString() + "missing'\" makes it").c_str());
     expect("a%20file", "\"a file\" on ");
     expect("a%20file/new/", "\"a file\" on ");
     const ProgramResult added = Folders({Text("add"), Text("--json"), _directory, service.Url() + Text("new/")});

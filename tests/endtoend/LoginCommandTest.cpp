@@ -82,6 +82,46 @@ TEST(LoginCommandTest, APasswordThatCannotBeTriedIsKeptOnlyWhenThatIsSaid) {
     EXPECT_EQ(user.Read(Text(".netrc")), "machine 127.0.0.1 login ann password secret\n");
 }
 
+TEST(LoginCommandTest, TheFileThatNetrcNamesIsNamed) {
+    const AgentUser user;
+    const QStringList environment({Text("OVSYNC_PASSWORD=secret"), Text("NETRC=") + user.Path(Text("other"))});
+    EXPECT_EQ(
+        user.Ovsync({Text("login"), Text("--no-check"), Text("http://ann@h.test/")}, environment).output,
+        "The password of ann at h.test is in " + user.Path(Text("other")).toUtf8() + ", because no keyring answers\n");
+    const ProgramResult none = user.Ovsync({Text("ls"), Text("http://bob@h.test/")}, environment.mid(1));
+    EXPECT_THAT(ErrorsOf(none), HasSubstr(user.Path(Text("other")).toStdString() + " has one"));
+}
+
+TEST(LoginCommandTest, ANetrcThatCannotBeReadIsInTheWayOfThoseWhoNeedItAlone) {
+    const Service closed({Text("--user"), Text("ann")}, Text("secret"));
+    const Service open;
+    const AgentUser user;
+    const QByteArray broken = "machine h.test login \"ann password secret\n";
+    user.Write(Text(".netrc"), broken);
+    const std::string reason = user.Path(Text(".netrc")).toStdString() + " cannot be read: a quote in line 1";
+    const auto expect = [&](const QStringList& arguments, const char* variable = "A=B") {
+        const ProgramResult result = user.Ovsync(arguments, {Text(variable)});
+        EXPECT_EQ(result.exitCode, 1) << arguments.join(Text(" ")).toStdString();
+        EXPECT_THAT(ErrorsOf(result), HasSubstr(reason));
+    };
+    expect({Text("ls"), closed.Url()});
+    expect({Text("ls"), Text("--json"), Text("-u"), Text("ann"), closed.Url()});
+    expect({Text("folders"), Text("add"), user.Path(Text("a")), closed.Url()});
+    expect({Text("login"), Text("-u"), Text("ann"), closed.Url()}, "OVSYNC_PASSWORD=secret");
+    expect({Text("ls"), open.Url()}, (Text("NETRC=") + user.Path(Text(".netrc"))).toUtf8().constData());
+    EXPECT_EQ(user.Read(Text(".netrc")), broken);
+    for (const QStringList& command :
+         {QStringList({Text("pull"), open.Url(), user.Path(Text("pulled"))}),
+          QStringList({Text("folders"), Text("add"), user.Path(Text("added")), open.Url()})}) {
+        const ProgramResult result = user.Ovsync(command);
+        EXPECT_EQ(result.exitCode, 0);
+        EXPECT_THAT(ErrorsOf(result), Not(HasSubstr("netrc")));
+    }
+    const ProgramResult json =
+        user.Ovsync({Text("ls"), Text("--json"), Text("-u"), Text("ann"), closed.Url()}, {Text("A=B")});
+    EXPECT_THAT(ErrorsOf(json), HasSubstr("\"kind\":\"file\",\"exitStatus\":1"));
+}
+
 TEST(LoginCommandTest, AKeyringThatSaysNothingCountsAsNone) {
     const AgentUser user;
     const QByteArray path = user.Path(Text("bus")).toUtf8();

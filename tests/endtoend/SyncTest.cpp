@@ -55,13 +55,22 @@ protected:
 
 TEST_F(SyncCommandTest, AFolderThatIsMissingAboveTheUrlIsNamedWithTheWayOut) {
     Write(First("a"), "1");
-    for (const char* command : {"sync", "push"}) {
-        const ProgramResult result = RunOvsync({Text(command), _first.path(), _service.Url() + Text("nope/x/")});
+    for (const QStringList& command : {QStringList(Text("sync")),
+                                       QStringList(Text("push")),
+                                       {Text("sync"), Text("-n")},
+                                       {Text("push"), Text("-n")}}) {
+        const ProgramResult result =
+            RunOvsync(command + QStringList({_first.path(), _service.Url() + Text("nope/x/")}));
         EXPECT_EQ(result.exitCode, 1);
         EXPECT_THAT(result.errors.toStdString(),
                     AllOf(HasSubstr("there is no folder \"nope\" on 127.0.0.1:"),
-                          HasSubstr("\"ovsync mkdir -p " + _service.Url().toStdString() + "nope\" makes it")));
+                          HasSubstr("\"ovsync mkdir -p '" + _service.Url().toStdString() + "nope'\" makes it")));
     }
+    const QStringList both({SecondFolder(), _service.Url() + Text("nope/")});
+    const ProgramResult missing = RunOvsync(QStringList(Text("sync")) + both);
+    const ProgramResult trial = RunOvsync(QStringList({Text("sync"), Text("-n")}) + both);
+    EXPECT_EQ(trial.exitCode, missing.exitCode);
+    EXPECT_EQ(trial.errors, missing.errors);
     ASSERT_EQ(RunOvsync({Text("mkdir"), Text("-p"), _service.Url() + Text("nope/")}).exitCode, 0);
     const ProgramResult result = RunOvsync({Text("sync"), _first.path(), _service.Url() + Text("nope/x/")});
     EXPECT_EQ(result.exitCode, 0) << result.errors.toStdString();

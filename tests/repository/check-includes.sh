@@ -44,7 +44,7 @@ allow client/cli/files 'host/|dvsync/|client/(cli/(files|commands|input|output)|
 allow client/cli/offline 'host/|dvsync/|client/(cli/(offline|commands|input|output)|sync/(pass|local|report)|library|wire|store)/'
 client folders 'cli/input|user|sync/(pass|local)|store'
 allow client/agent 'host/|dvsync/|client/(agent|folders|user|cli/(input|output)|sync/|store|library|wire)'
-allow client/cli/agent 'host/|dvsync/|client/(agent|folders|user|wire|cli/(agent|commands|input|output))/'
+allow client/cli/agent 'host/|dvsync/|client/(agent|folders|user|wire|sync/report|cli/(agent|commands|input|output))/'
 allow client/cli/commands 'host/|dvsync/|client/'
 allow client 'host/|dvsync/|client/'
 # Of the service's folders each knows those before it.

@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QDir>
 #include <QFileInfo>
@@ -16,12 +17,14 @@
 #include "client/cli/commands/Failure.h"
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Application.h"
+#include "client/cli/input/AsksForNoPassword.h"
 #include "client/cli/input/Credentials.h"
 #include "client/cli/input/MakeAt.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
 #include "client/cli/output/Complaint.h"
 #include "client/folders/FoldersFile.h"
+#include "client/sync/report/OfferedCommand.h"
 #include "client/user/Passwords.h"
 #include "client/user/Places.h"
 #include "client/wire/HttpStatus.h"
@@ -32,6 +35,7 @@ namespace commands {
 
 using folders::SyncedFolder;
 using input::Arguments;
+using input::FoundCredentials;
 using input::Location;
 using input::Refusal;
 using input::SyncArguments;
@@ -69,10 +73,7 @@ SyncedFolder GivenFolder(const Arguments& given) {
     SyncedFolder folder;
     folder.url = QString::fromStdString(given.url);
     folder.location = Location::FromUrl(folder.url);
-    folder.user = given.user.empty() ? folder.location.user : QString::fromStdString(given.user);
-    if (!folder.location.user.isEmpty() && folder.location.user != folder.user) {
-        throw UsageError(QStringLiteral("The URL names another user than -u does."));
-    }
+    folder.user = given.UserAt(folder.location);
     folder.rules = given.rules;
     folder.deletionLimitText = QString::fromStdString(given.maxDelete.value_or(std::string()));
     folder.daysKept = arguments.daysKept;
@@ -123,10 +124,16 @@ bool IsThere(ServiceConnection& connection, const Location& location) {
     return found.has_value();
 }
 
+/// For people to type.
+QString LoginLine(const QString& command, const QString& user, const SyncedFolder& folder) {
+    return report::OfferedCommand(command, user, folder.caFile) + QLatin1Char(' ') +
+           report::ShellWord(folder.location.baseUrl.toString());
+}
+
 /// Complains of `error`, which is being handled, and with which the service was asked for `folder`.
 ExitCode ComplainOfService(const std::exception& error, const ServiceConnection& connection, const SyncedFolder& folder,
-                           bool isPasswordKept, const Arguments& given) {
-    const QString user = connection.Credentials().user();
+                           const FoundCredentials& login, const Arguments& given) {
+    const QString user = login.credentials.user();
     const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&error);
     const bool isRejected = answer != nullptr && answer->StatusCode() == wire::HttpStatus::Unauthorized;
     if (isRejected && user.isEmpty() && !folder.user.isEmpty()) {
@@ -136,6 +143,7 @@ ExitCode ComplainOfService(const std::exception& error, const ServiceConnection&
     asked.server = folder.location.Server();
     asked.path = folder.location.serverPath;
     asked.user = user;
+    asked.loginProblem = login.problem;
     asked.lastAnswer = [&connection] { return connection.LastAnswer(); };
     const ExitCode exitCode = ComplainOfFailure(error, asked, given.Errors());
     if (given.isQuiet) {
@@ -144,12 +152,18 @@ ExitCode ComplainOfService(const std::exception& error, const ServiceConnection&
     if (!isRejected) {
         Warn({"folders", QStringLiteral("Nothing was added; --no-check adds the folder without asking the service.")},
              given.Errors());
-    } else if (isPasswordKept) {
-        Warn({"login", QStringLiteral("That password is kept already; \"ovsync login -u %1 %2\" keeps another.")
-                           .arg(user, folder.location.baseUrl.toString())},
+    } else if (login.areKept && !user.isEmpty()) {
+        Warn({"login", QStringLiteral("That password is kept already; \"%1\" keeps another.")
+                           .arg(LoginLine(QStringLiteral("login"), user, folder))},
              given.Errors());
     }
     return exitCode;
+}
+
+void WarnOfLogin(const QString& warning, const Arguments& given) {
+    if (!given.isQuiet) {
+        Warn({"login", warning}, given.Errors());
+    }
 }
 
 ExitCode AddFolder(const Arguments& given, Output& output) {
@@ -157,34 +171,52 @@ ExitCode AddFolder(const Arguments& given, Output& output) {
     const SyncedFolder folder = GivenFolder(given);
     const QString host = folder.location.baseUrl.host();
     folders::RequireAddable(folder);
-    const input::CredentialsForAgent login = input::FindCredentialsForAgent(folder.user, host);
+    const FoundCredentials login = input::FindCredentialsForAgent(folder.user, host);
     bool isThere = true;
+    const bool isGiven = !login.areKept && !login.credentials.isNull();
+    bool isUnasked = false;
     if (!given.isUntried) {
         ServiceConnection connection(folder.location.baseUrl, login.credentials, given.Connecting());
         try {
             isThere = IsThere(connection, folder.location);
         } catch (const std::exception& e) {
-            return ComplainOfService(e, connection, folder, login.areKept, given);
+            return ComplainOfService(e, connection, folder, login, given);
         }
+        isUnasked = isGiven && input::AsksForNoPassword(folder.location, given.Connecting());
     }
-    if (mkdir(folder.directory.toUtf8().constData(), 0777) != 0 && errno != EEXIST) {
+    const bool isMade = mkdir(folder.directory.toUtf8().constData(), 0777) == 0;
+    if (!isMade && errno != EEXIST) {
         throw UsageError(QStringLiteral("%1: %2").arg(folder.directory, QString::fromLocal8Bit(std::strerror(errno))));
     }
-    if (!login.areKept && !login.credentials.isNull()) {
-        user::Passwords().Keep(host, folder.user, login.credentials.password());
+    try {
+        folders::AddToFoldersFile(folder, [&] {
+            if (isGiven && !isUnasked) {
+                user::Passwords().Keep(host, folder.user, login.credentials.password());
+            }
+        });
+    } catch (...) {
+        if (isMade) {
+            rmdir(folder.directory.toUtf8().constData());
+        }
+        throw;
     }
-    folders::AddToFoldersFile(folder);
     if (given.isJson) {
         output.Write(QByteArray::fromStdString(SyncedFolderJson(folder).dump()) + '\n');
     } else {
         output.Write(output.Shown(folder.directory) + " is kept in step with " + output.Shown(folder.url) +
                      (isThere ? "\n" : ", which is made there\n"));
     }
-    if (!folder.user.isEmpty() && login.credentials.isNull() && !given.isQuiet) {
-        Warn({"login", QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"ovsync login "
-                                      "-u %1 %2\" keeps one.")
-                           .arg(folder.user, folder.location.baseUrl.toString())},
-             given.Errors());
+    if (!folder.user.isEmpty() && login.credentials.isNull()) {
+        WarnOfLogin(QStringLiteral("No password of %1 is kept, and there is no terminal to ask at; \"%2\" keeps one.")
+                        .arg(folder.user, LoginLine(QStringLiteral("login"), folder.user, folder)),
+                    given);
+    }
+    if (isUnasked) {
+        WarnOfLogin(
+            QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
+                           "\"%2\" keeps it.")
+                .arg(folder.location.Server(), LoginLine(QStringLiteral("login --no-check"), folder.user, folder)),
+            given);
     }
     TellAgent(given, true);
     return ExitCode::Done;

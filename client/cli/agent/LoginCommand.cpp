@@ -6,8 +6,10 @@
 
 #include "client/agent/AgentClient.h"
 #include "client/cli/input/Application.h"
+#include "client/cli/input/AsksForNoPassword.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/output/Complaint.h"
+#include "client/user/NetrcFile.h"
 #include "client/user/Passwords.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
@@ -26,26 +28,11 @@ using wire::HttpStatus;
 
 namespace {
 
-void Ask(ServiceConnection& connection, const Location& location) {
-    sync::config::FolderConfiguration found;
-    connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), found);
-}
-
-/// Whether the service says nothing to whoever has no password, and so nothing to a wrong one.
-bool AsksForNone(const Location& location, const Arguments& given) {
-    try {
-        ServiceConnection connection(location.baseUrl, QAuthenticator(), given.Connecting());
-        Ask(connection, location);
-        return true;
-    } catch (const sync::core::SyncException&) {
-        return false;
-    }
-}
-
 /// Throws what the service says to the password, and Refusal when it asks for none.
 void Try(ServiceConnection& connection, const Location& location, const Arguments& given) {
     try {
-        Ask(connection, location);
+        sync::config::FolderConfiguration found;
+        connection.Folders().GetFolderProperties(connection.Folder(location.serverPath), found);
     } catch (const std::exception& e) {
         const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
         const bool isWrong = answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized;
@@ -55,7 +42,7 @@ void Try(ServiceConnection& connection, const Location& location, const Argument
         }
         throw;
     }
-    if (AsksForNone(location, given)) {
+    if (input::AsksForNoPassword(location, given.Connecting())) {
         throw Refusal(QStringLiteral("%1 asks for no password here, so this one could not be tried, and is not kept; "
                                      "--no-check keeps it")
                           .arg(location.Server()));
@@ -76,8 +63,9 @@ void Login(ServiceConnection& connection, const Location& location, const Argume
             {"user", user.toStdString()}, {"host", host.toStdString()}, {"place", isInKeyring ? "keyring" : "netrc"}};
         output.Write(QByteArray::fromStdString(json.dump()) + '\n');
     } else {
-        output.Write("The password of " + output.Shown(user) + " at " + output.Shown(host) + " is in " +
-                     (isInKeyring ? "the keyring\n" : "~/.netrc, because no keyring answers\n"));
+        output.Write(
+            "The password of " + output.Shown(user) + " at " + output.Shown(host) + " is in " +
+            (isInKeyring ? "the keyring\n" : output.Shown(user::NetrcName()) + ", because no keyring answers\n"));
     }
     // Nothing is amiss where no agent runs.
     [[maybe_unused]] const bool isTold = agent::AgentClient().Send("reload");

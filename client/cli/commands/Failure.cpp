@@ -2,6 +2,7 @@
 
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/UsageError.h"
+#include "client/library/Netrc.h"
 #include "client/store/StoreError.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/pass/ServiceFolder.h"
@@ -24,13 +25,17 @@ using wire::TransactionError;
 
 namespace {
 
+bool IsOfNetrc(const std::exception& error) {
+    return dynamic_cast<const library::NetrcError*>(&error) != nullptr;
+}
+
 ExitCode ExitCodeOf(const std::exception& error) {
     if (dynamic_cast<const UsageError*>(&error) != nullptr ||
         dynamic_cast<const pass::WrongFolder*>(&error) != nullptr) {
         return ExitCode::WrongUsage;
     }
     if (dynamic_cast<const Refusal*>(&error) != nullptr || dynamic_cast<const local::LocalError*>(&error) != nullptr ||
-        dynamic_cast<const store::StoreError*>(&error) != nullptr) {
+        dynamic_cast<const store::StoreError*>(&error) != nullptr || IsOfNetrc(error)) {
         return ExitCode::Refused;
     }
     const auto* const answer = dynamic_cast<const HttpException*>(&error);
@@ -49,6 +54,8 @@ ExitCode ComplainOfFailure(const std::exception& error, const ErrorText::Context
     const ExitCode exitCode = ExitCodeOf(error);
     if (exitCode == ExitCode::WrongUsage) {
         message.kind = "usage";
+    } else if (IsOfNetrc(error)) {
+        message.kind = "file";
     }
     output::Complain(message, exitCode, style);
     return exitCode;

@@ -148,8 +148,8 @@ ExitCode RunPassIn(const QString& root, ServiceConnection& connection, const Loc
     context.thing = QStringLiteral("file or folder");
     context.isWriting = arguments.isPush;
     context.lastAnswer = [&connection] { return connection.LastAnswer(); };
-    SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun, ErrorText(context),
-                        arguments.errors.isVerbose);
+    SyncOutput observer(output, FormatOf(arguments), arguments.isDryRun, ErrorText(context), arguments.errors.isVerbose,
+                        report::WaitingDeletions(arguments.deletionLimit.IsRead()));
     pass::SyncPass common(service, tree, *records, options, observer);
     try {
         const SyncOutcome outcome = pass(common);
@@ -182,15 +182,13 @@ ExitCode RunPassMakingFolder(ServiceConnection& connection, const Location& loca
     std::optional<QTemporaryDir> empty;
     if (IsMissing(used.directory)) {
         input::RequireSyncable(used.directory);
+        // So that a wrong URL leaves nothing behind.
+        FindFolder(connection, location, command);
         if (arguments.isDryRun) {
             used.directory = empty.emplace().path();
-        } else {
-            // So that a wrong URL leaves nothing behind.
-            FindFolder(connection, location, command);
-            if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
-                throw UsageError(QStringLiteral("the folder \"%1\" cannot be made: %2")
-                                     .arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
-            }
+        } else if (mkdir(used.directory.toUtf8().constData(), 0777) != 0) {
+            throw UsageError(QStringLiteral("the folder \"%1\" cannot be made: %2")
+                                 .arg(used.directory, QString::fromLocal8Bit(std::strerror(errno))));
         }
     }
     return RunPass(connection, location, used, output, pass);

@@ -65,6 +65,11 @@ void Run(ServiceConnection& connection, const Location& from, const Arguments& g
                                         "and put, or pull and push")
                              .arg(from.baseUrl.toString(), to.baseUrl.toString()));
     }
+    if (!to.user.isEmpty() && to.user != connection.Credentials().user()) {
+        throw UsageError(QStringLiteral("The second URL names \"%1\", who is not the user that logs in; name one user "
+                                        "with -u")
+                             .arg(to.user));
+    }
     if (from.serverPath.isEmpty()) {
         throw UsageError(QStringLiteral("%1: the root can be neither moved nor copied").arg(from.baseUrl.toString()));
     }

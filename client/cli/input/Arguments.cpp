@@ -66,8 +66,9 @@ pass::DeletionLimit ReadLimit(const std::optional<std::string>& maxDelete) {
     const std::optional<pass::DeletionLimit> limit = pass::DeletionLimit::Read(QString::fromStdString(*maxDelete));
     if (!limit) {
         throw UsageError(
-            QStringLiteral("--max-delete \"%1\": this is neither a number of files, as 12, nor a part of them, as 30%")
-                .arg(QString::fromStdString(*maxDelete)));
+            QStringLiteral("--max-delete \"%1\": this is neither a number of files from 0 to %2, as 12, nor a part of "
+                           "them from 0% to 100%, as 30%")
+                .arg(QString::fromStdString(*maxDelete), QString::number(pass::DeletionLimit::MostFiles)));
     }
     return *limit;
 }
@@ -89,6 +90,14 @@ wire::ConnectionSettings Arguments::Connecting() const {
         settings.onProgress = [progress](qint64 bytes, bool isOver) { progress->Show(bytes, isOver); };
     }
     return settings;
+}
+
+QString Arguments::UserAt(const Location& location) const {
+    const QString named = QString::fromStdString(user);
+    if (!named.isEmpty() && !location.user.isEmpty() && location.user != named) {
+        throw UsageError(QStringLiteral("The URL names another user than -u does."));
+    }
+    return named.isEmpty() ? location.user : named;
 }
 
 ListFormat Arguments::Format() const {

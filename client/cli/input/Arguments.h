@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "client/cli/input/Location.h"
 #include "client/cli/input/SyncArguments.h"
 #include "client/cli/output/Complaint.h"
 #include "client/cli/output/ListingOutput.h"
@@ -61,6 +62,10 @@ struct Arguments {
     /// Throws UsageError for a bandwidth that is not valid, and when the environment names certificates that are
     /// missing.
     wire::ConnectionSettings Connecting() const;
+
+    /// Who is to log in at `location`; empty when neither that nor an option names anybody. Throws UsageError when they
+    /// name two.
+    QString UserAt(const Location& location) const;
 
     output::ListFormat Format() const;
     output::ErrorStyle Errors() const { return {isJson, isVerbose}; }

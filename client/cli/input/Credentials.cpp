@@ -8,6 +8,7 @@
 #include "client/cli/input/Application.h"
 #include "client/cli/input/UsageError.h"
 #include "client/library/Netrc.h"
+#include "client/user/NetrcFile.h"
 #include "client/user/Passwords.h"
 
 namespace ovsync {
@@ -32,73 +33,70 @@ std::optional<QString> GivenPassword() {
     return qEnvironmentVariableIsSet(variable) ? std::make_optional(qEnvironmentVariable(variable)) : std::nullopt;
 }
 
-/// From the environment or a prompt.
-std::optional<QString> NewPassword(const QString& user, const QString& host) {
-    const std::optional<QString> given = GivenPassword();
-    return given ? given : PasswordFromPrompt(user, host);
+FoundCredentials With(const QString& user, const std::optional<QString>& password) {
+    FoundCredentials found;
+    if (password) {
+        found.credentials.setUser(user);
+        found.credentials.setPassword(*password);
+    }
+    return found;
 }
 
-QString FindPassword(const QString& user, const QString& host) {
-    if (const std::optional<QString> password = GivenPassword()) {
-        return *password;
+FoundCredentials KeptForHost(const QString& host) {
+    try {
+        return {library::NetrcCredentials(host), true, QString()};
+    } catch (const library::NetrcError& e) {
+        // Other programs have it for other servers.
+        if (qEnvironmentVariableIsEmpty("NETRC")) {
+            return {QAuthenticator(), false, e.Message()};
+        }
+        throw;
     }
-    const Application application;
-    const QAuthenticator kept = user::Passwords().Find(host, user);
-    if (!kept.isNull()) {
-        return kept.password();
-    }
-    if (const std::optional<QString> password = PasswordFromPrompt(user, host)) {
-        return *password;
-    }
-    ThrowNoPassword(user, host);
 }
 
 }  // namespace
 
-QAuthenticator FindCredentials(const QString& user, const QString& host) {
-    if (user.isEmpty()) {
-        return library::NetrcCredentials(host);
+FoundCredentials FindCredentials(const QString& user, const QString& host) {
+    const Application application;
+    FoundCredentials found = FindCredentialsForAgent(user, host);
+    if (found.credentials.isNull() && !user.isEmpty()) {
+        ThrowNoPassword(user, host);
     }
-    QAuthenticator credentials;
-    credentials.setUser(user);
-    credentials.setPassword(FindPassword(user, host));
-    return credentials;
+    return found;
 }
 
-QAuthenticator NewCredentials(const QString& user, const QString& host) {
+FoundCredentials FindCredentialsForAgent(const QString& user, const QString& host) {
+    if (user.isEmpty()) {
+        return KeptForHost(host);
+    }
+    if (const std::optional<QString> password = GivenPassword()) {
+        return With(user, password);
+    }
+    const QAuthenticator kept = user::Passwords().Find(host, user);
+    return kept.isNull() ? With(user, PasswordFromPrompt(user, host)) : FoundCredentials{kept, true, QString()};
+}
+
+FoundCredentials NewCredentials(const QString& user, const QString& host) {
     if (user.isEmpty()) {
         throw UsageError(QStringLiteral("Give a user name with -u, or before an @ in the URL."));
     }
-    const std::optional<QString> password = NewPassword(user, host);
+    std::optional<QString> password = GivenPassword();
+    if (!password) {
+        password = PasswordFromPrompt(user, host);
+    }
     if (!password) {
         throw UsageError(
             QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, and there is no terminal "
                            "to ask at.")
                 .arg(user, host));
     }
-    QAuthenticator credentials;
-    credentials.setUser(user);
-    credentials.setPassword(*password);
-    return credentials;
-}
-
-CredentialsForAgent FindCredentialsForAgent(const QString& user, const QString& host) {
-    CredentialsForAgent found{user::Passwords().Find(host, user), true};
-    if (found.credentials.isNull()) {
-        found.areKept = false;
-        const std::optional<QString> password = user.isEmpty() ? std::nullopt : NewPassword(user, host);
-        if (password) {
-            found.credentials.setUser(user);
-            found.credentials.setPassword(*password);
-        }
-    }
-    return found;
+    return With(user, password);
 }
 
 void ThrowNoPassword(const QString& user, const QString& host) {
     throw UsageError(QStringLiteral("No password for %1 at %2: OVSYNC_PASSWORD is not set, neither the keyring nor "
-                                    "~/.netrc has one, and there is no terminal to ask at.")
-                         .arg(user, host));
+                                    "%3 has one, and there is no terminal to ask at.")
+                         .arg(user, host, user::NetrcName()));
 }
 
 }  // namespace input

@@ -1,6 +1,7 @@
 #include "client/cli/input/MakeAt.h"
 
 #include "client/sync/report/FolderMissing.h"
+#include "client/sync/report/OfferedCommand.h"
 #include "host/http/HttpException.h"
 
 namespace ovsync {
@@ -34,8 +35,11 @@ void RequireFolderAbove(ServiceConnection& connection, const Location& location)
                                 .arg(location.serverPath, location.Server()));
     }
     if (!found) {
-        throw FolderMissing(QStringLiteral("there is no folder \"%1\" on %2; \"ovsync mkdir -p %3\" makes it")
-                                .arg(above.serverPath, above.Server(), above.Url().toString(QUrl::FullyEncoded)));
+        const QString command =
+            report::OfferedCommand(QStringLiteral("mkdir -p"), connection.Credentials().user(), QString());
+        throw FolderMissing(QStringLiteral("there is no folder \"%1\" on %2; \"%3 %4\" makes it")
+                                .arg(above.serverPath, above.Server(), command,
+                                     report::ShellWord(above.Url().toString(QUrl::FullyEncoded))));
     }
     if (!found->isFolder) {
         throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")

@@ -31,6 +31,7 @@ pass::ServiceFolder ServiceFolderAt(ServiceConnection& connection, const Locatio
             connection.Folders().CreateFolder(made, QString(), false);
         });
     };
+    service.requirePlace = [&connection, location] { RequireFolderAbove(connection, location); };
     service.isEmpty = [&connection](const QString& serverPath) { return connection.IsEmpty(serverPath); };
     service.changes = connection.NewChangeSource(location.serverPath);
     service.urlOf = [&connection](const QString& serverPath) { return connection.UrlOf(serverPath); };

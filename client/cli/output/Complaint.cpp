@@ -56,7 +56,8 @@ void Warn(const ErrorMessage& warning, const ErrorStyle& style) {
 }
 
 QByteArray ShownInErrors(const QString& text) {
-    return (isatty(STDERR_FILENO) == 1 ? TerminalText(text) : text).toUtf8();
+    const QString visible = VisibleText(text);
+    return (isatty(STDERR_FILENO) == 1 ? TerminalText(visible) : visible).toUtf8();
 }
 
 }  // namespace output

@@ -203,10 +203,18 @@ QString ErrorText::_Refusal(const AnswerSummary& answer, const QString& path, bo
                               status);
         case HttpStatus::Unauthorized:
             return _context.user.isEmpty()
-                       ? QStringLiteral("%1 wants a user and a password (-u USER)").arg(server)
+                       ? QStringLiteral("%1 wants a user and a password (-u USER)").arg(server) +
+                             (_context.loginProblem.isEmpty() ? QString()
+                                                              : QStringLiteral("; ") + _context.loginProblem)
                        : QStringLiteral("the password for \"%1\" is wrong, or %2 does not know this user")
                              .arg(_context.user, server);
         case HttpStatus::Forbidden:
+            if (path.split(QLatin1Char('/')).contains(QLatin1String(".DAV"))) {
+                return QStringLiteral(
+                           "%1 keeps folders of the name \".DAV\" to itself, as Apache does; --exclude .DAV "
+                           "leaves yours out")
+                    .arg(server);
+            }
             return isWriting ? QStringLiteral("%1 does not accept writing here").arg(server)
                              : QStringLiteral("%1 does not let you read %2").arg(server, place) +
                                    (_context.user.isEmpty() ? QStringLiteral(" without a user (-u USER)") : QString());

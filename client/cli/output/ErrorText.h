@@ -46,6 +46,8 @@ public:
         QString thing = QStringLiteral("folder");
         /// Who logged in; empty for nobody.
         QString user = QString();
+        /// Why nobody does where somebody may have been meant to; empty where that is not so.
+        QString loginProblem = QString();
         /// Where the failure does not tell.
         bool isWriting = false;
         /// The last answer that came, for failures of the library, which knows the status alone. May be null.

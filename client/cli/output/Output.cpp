@@ -22,7 +22,8 @@ Output::Output() : _isTerminal(isatty(STDOUT_FILENO) == 1) {
 }
 
 QByteArray Output::Shown(const QString& text) const {
-    return (_isTerminal ? TerminalText(text) : text).toUtf8();
+    const QString visible = VisiblePath(text);
+    return (_isTerminal ? TerminalText(visible) : visible).toUtf8();
 }
 
 void Output::Write(const QByteArray& bytes) {

@@ -83,8 +83,9 @@ QByteArray LineOf(const nlohmann::ordered_json& object) {
 
 }  // namespace
 
-SyncOutput::SyncOutput(Output& output, Format format, bool isDryRun, const ErrorText& errors, bool isVerbose)
-    : _output(output), _format(format), _isDryRun(isDryRun), _errors(errors), _isVerbose(isVerbose) {
+SyncOutput::SyncOutput(Output& output, Format format, bool isDryRun, const ErrorText& errors, bool isVerbose,
+                       const report::WaitingDeletions& waiting)
+    : _output(output), _format(format), _isDryRun(isDryRun), _errors(errors), _isVerbose(isVerbose), _waiting(waiting) {
     _timer.start();
 }
 

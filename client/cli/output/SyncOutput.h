@@ -21,8 +21,9 @@ public:
     enum class Format { Lines, Bar, Quiet, Json };
 
     /// `output` outlives this object. The lines of a dry run say what would be done, all of it. `isVerbose`: with the
-    /// details of failures.
-    SyncOutput(Output& output, Format format, bool isDryRun, const ErrorText& errors, bool isVerbose);
+    /// details of failures. `waiting` has none yet.
+    SyncOutput(Output& output, Format format, bool isDryRun, const ErrorText& errors, bool isVerbose,
+               const report::WaitingDeletions& waiting = report::WaitingDeletions());
 
     void OnEvent(const report::SyncEvent& event) override;
     void OnProgress(const report::SyncProgress& progress) override;

@@ -1,11 +1,14 @@
 #include "client/cli/output/TerminalText.h"
 
+#include <QRegularExpression>
 #include <algorithm>
 
 namespace ovsync {
 namespace output {
 
 namespace {
+
+const QString MarkEscape = QStringLiteral("%EF%BB%BF");
 
 bool IsHarmful(QChar character) {
     const ushort code = character.unicode();
@@ -23,6 +26,15 @@ QString TerminalText(const QString& text) {
     QString shown = text;
     std::replace_if(shown.begin(), shown.end(), IsHarmful, QChar(QLatin1Char('?')));
     return shown;
+}
+
+QString VisiblePath(QString path) {
+    static const QRegularExpression mark(QStringLiteral("(?<=^|/)\\x{FEFF}"));
+    return path.contains(QChar(QChar::ByteOrderMark)) ? path.replace(mark, MarkEscape) : path;
+}
+
+QString VisibleText(QString text) {
+    return text.replace(QChar(QChar::ByteOrderMark), MarkEscape);
 }
 
 QByteArray TerminalJson(const QByteArray& text) {

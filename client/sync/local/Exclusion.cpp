@@ -31,7 +31,11 @@ bool TakesBack(const QString& rule) {
 }
 
 PathPattern PatternOf(const QString& rule) {
-    return PathPattern::Read(TakesBack(rule) ? rule.mid(1) : rule);
+    try {
+        return PathPattern::Read(TakesBack(rule) ? rule.mid(1) : rule);
+    } catch (const SyncException& e) {
+        throw SyncException(QStringLiteral("\"%1\" is not a valid pattern: %2").arg(rule, e.Message()));
+    }
 }
 
 }  // namespace

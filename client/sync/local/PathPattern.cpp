@@ -184,12 +184,8 @@ PathPattern PathPattern::Read(const QString& text) {
     if (rest.startsWith(QLatin1Char('/'))) {
         rest.remove(0, 1);
     }
-    try {
-        pattern._expression = QRegularExpression(QRegularExpression::anchoredPattern(PatternReader(rest).Expression()),
-                                                 QRegularExpression::DotMatchesEverythingOption);
-    } catch (const SyncException& e) {
-        throw SyncException(QStringLiteral("\"%1\" is not a valid pattern: %2").arg(text, e.Message()));
-    }
+    pattern._expression = QRegularExpression(QRegularExpression::anchoredPattern(PatternReader(rest).Expression()),
+                                             QRegularExpression::DotMatchesEverythingOption);
     return pattern;
 }
 

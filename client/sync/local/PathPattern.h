@@ -16,7 +16,7 @@ namespace local {
 /// an ordinary one. Letter case matters.
 class PathPattern {
 public:
-    /// Throws SyncException, which names the pattern and says why, when no path can be like that: for an empty text,
+    /// Throws SyncException, which says why, when no path can be like that: for an empty text,
     /// brackets that do not end or have a '/' alone, a class of characters that does not exist, a '\' at the end, two
     /// '/' next to each other, and the names "." and "..".
     static PathPattern Read(const QString& text);

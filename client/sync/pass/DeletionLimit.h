@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <limits>
 #include <optional>
 
 namespace ovsync {
@@ -10,6 +11,8 @@ namespace pass {
 /// them. A plain value.
 class DeletionLimit {
 public:
+    static const int MostFiles = std::numeric_limits<int>::max();
+
     /// Half of the files, from ten on.
     DeletionLimit() = default;
     /// "12" for so many files, "30%" for such a part of them. None for anything else.

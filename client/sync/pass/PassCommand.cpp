@@ -1,38 +1,48 @@
 #include "client/sync/pass/PassCommand.h"
 
+#include "client/sync/report/OfferedCommand.h"
+
 namespace ovsync {
 namespace pass {
 
+using report::ShellWord;
+
 namespace {
 
-/// As a shell takes it for one word, whatever is in it.
-QString InQuotes(QString word) {
-    const QLatin1Char quote('\'');
-    return quote + word.replace(quote, QLatin1String("'\\''")) + quote;
+/// As --conflict takes it.
+QString NameOf(SyncOptions::Conflicts conflicts) {
+    switch (conflicts) {
+        case SyncOptions::Conflicts::Newer:
+            return QStringLiteral("newer");
+        case SyncOptions::Conflicts::Here:
+            return QStringLiteral("here");
+        case SyncOptions::Conflicts::There:
+            return QStringLiteral("there");
+        case SyncOptions::Conflicts::KeepBoth:
+            break;
+    }
+    return QString();
 }
 
 }  // namespace
 
 QString PassCommand(const QString& command, const ServiceFolder& service, const SyncOptions& options) {
-    QString line = QStringLiteral("ovsync ") + command;
+    QString line = report::OfferedCommand(command, service.user, service.caFile);
     const auto add = [&line](const char* option, const QString& value) {
         // A value may begin with a '-'.
         line += QLatin1Char(' ') + QLatin1String(option) + QLatin1Char('=') + value;
     };
-    if (!service.user.isEmpty()) {
-        add("--user", InQuotes(service.user));
-    }
-    if (!service.caFile.isEmpty()) {
-        add("--ca-file", InQuotes(service.caFile));
+    if (command.startsWith(QLatin1String("sync")) && options.conflicts != SyncOptions::Conflicts::KeepBoth) {
+        add("--conflict", NameOf(options.conflicts));
     }
     if (options.daysKept != SyncOptions().daysKept) {
         add("--keep-deleted", QString::number(options.daysKept));
     }
     for (const QString& rule : options.exclusion.Rules()) {
-        add("--exclude", InQuotes(rule));
+        add("--exclude", ShellWord(rule));
     }
-    const QString here = InQuotes(service.folder.localPath);
-    const QString there = InQuotes(service.address);
+    const QString here = ShellWord(service.folder.localPath);
+    const QString there = ShellWord(service.address);
     const bool isPull = command.startsWith(QLatin1String("pull"));
     return line + QLatin1Char(' ') + (isPull ? there : here) + QLatin1Char(' ') + (isPull ? here : there);
 }

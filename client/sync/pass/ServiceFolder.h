@@ -41,6 +41,8 @@ struct ServiceFolder {
     /// Makes the folder to sync. Throws FolderMissing when there is none that it could lie in, and what the library
     /// throws.
     std::function<void()> make;
+    /// Throws FolderMissing as that would, and makes nothing.
+    std::function<void()> requirePlace;
     /// Whether nothing at all lies in the collection at a server path, also of what the library lists nowhere. Throws
     /// what the library throws.
     std::function<bool(const QString& serverPath)> isEmpty;

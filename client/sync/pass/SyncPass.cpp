@@ -7,6 +7,7 @@
 #include "client/sync/pass/PassCommand.h"
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/FolderMissing.h"
+#include "client/sync/report/OfferedCommand.h"
 #include "client/wire/HttpStatus.h"
 #include "host/http/HttpException.h"
 
@@ -124,7 +125,9 @@ SyncPass::Listing SyncPass::ListOrMake(const LocalSnapshot& snapshot) {
     if (WasInStep()) {
         _ThrowMissing();
     }
-    if (!_sides.options.isDryRun) {
+    if (_sides.options.isDryRun) {
+        _sides.service.requirePlace();
+    } else {
         _sides.service.make();
     }
     _report.Tell(SyncEvent::Kind::FolderSent, QStringLiteral("."));
@@ -200,12 +203,12 @@ void SyncPass::_ThrowMissing() const {
         throw report::FolderMissing(
             QStringLiteral(
                 "%1 is not there any more: it was deleted or moved on the service. Nothing is changed here. %2. "
-                "To have the agent leave this folder alone, run \"ovsync folders remove '%3'\"")
+                "To have the agent leave this folder alone, run \"ovsync folders remove %3\"")
                 .arg(_sides.service.address,
                      WayOut(QStringLiteral("To make it there again and send everything"), _sides.service,
                             _sides.options) +
                          QStringLiteral("; if it was moved, do that with its new URL"),
-                     _sides.service.folder.localPath));
+                     report::ShellWord(_sides.service.folder.localPath)));
     }
     throw HttpException(QStringLiteral("There is no folder %1").arg(_sides.service.address), HttpStatus::NotFound,
                         QUrl());

@@ -141,6 +141,9 @@ void PullPlan::Take(const FileView& view, Fetches& fetches) {
             break;
         case SyncStep::FetchBeside:
             order.target = PullOrder::Target::Beside;
+            if (_sides.options.isDryRun) {
+                _besideInTrial.insert(view.path);
+            }
             fetches.orders.push_back(std::move(order));
             break;
         case SyncStep::SendOver:
@@ -185,7 +188,7 @@ bool PullPlan::_IsFileHere(const ConflictCopy& copy) const {
 
 QList<ConflictCopy> PullPlan::_NeedlessCopies(const QSet<QString>& open) const {
     const QList<ConflictCopy> all = _sides.records.Copies();
-    QSet<QString> upToDate;
+    QSet<QString> upToDate = _besideInTrial;
     for (const ConflictCopy& copy : all) {
         if (_IsOfVersionThere(copy) && _IsFileHere(copy)) {
             upToDate.insert(copy.path);

@@ -82,6 +82,8 @@ private:
     const pass::RecordMaker& _maker;
     const pass::RemoteTree& _remote;
     const local::LocalSnapshot& _snapshot;
+    /// Of these a trial brings no copy, where the pass does.
+    QSet<QString> _besideInTrial;
 };
 
 }  // namespace pull

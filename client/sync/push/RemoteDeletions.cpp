@@ -90,7 +90,7 @@ void RemoteDeletions::_DeleteFiles(const std::deque<PushOrder>& files) {
     Uploader(_sides, _comparison, _maker, _report).Run({}, files);
     for (const PushOrder& file : files) {
         if (!_sides.records.FindFile(file.path)) {
-            _remote.Forget(file.path);
+            _Forget(file.path);
         }
     }
 }
@@ -101,10 +101,13 @@ void RemoteDeletions::_DeleteFolder(const QString& path) {
         return;
     }
     try {
-        if (_sides.options.isDryRun || _IsDeletedThere(path)) {
+        if (_sides.options.isDryRun ? _WouldBeEmpty(path) : _IsDeletedThere(path)) {
             _report.TellSuccess();
-            _remote.Forget(path);
+            _Forget(path);
             _report.Tell(SyncEvent::Kind::DeletedThere, path);
+        } else {
+            _report.Tell(SyncEvent::Kind::Kept, path,
+                         QStringLiteral("it was deleted here, but on the service something is in it that is not"));
         }
         // One that still holds something is the service's own from now on.
         _sides.records.ForgetFolder(path);
@@ -129,11 +132,30 @@ bool RemoteDeletions::_IsDeletedThere(const QString& path) {
             _DeleteEmpty(aside);
         }
     }
-    if (!isEmpty) {
-        _report.Tell(SyncEvent::Kind::Kept, path,
-                     QStringLiteral("it was deleted here, but on the service something is in it that is not"));
-    }
     return isEmpty;
+}
+
+bool RemoteDeletions::_WouldBeEmpty(const QString& path) const {
+    FolderConfiguration folder = _sides.service.FolderAt(path);
+    std::shared_ptr<QVector<FolderConfiguration>> folders;
+    std::shared_ptr<QVector<sync::config::FileConfiguration>> files;
+    if (_sides.service.folders->GetAllFilesAndSubFoldersByFolder(folder, folders, files) != 0) {
+        return true;
+    }
+    bool hasAny = false;
+    const auto stays = [&](const auto& entry) {
+        const QString below = _sides.service.PathBelow(entry.serverPath);
+        const bool isIn = below.startsWith(path + QLatin1Char('/'));
+        hasAny = hasAny || isIn;
+        return isIn && !_forgotten.contains(below);
+    };
+    return std::none_of(files->begin(), files->end(), stays) && std::none_of(folders->begin(), folders->end(), stays) &&
+           (hasAny || _IsEmpty(path));
+}
+
+void RemoteDeletions::_Forget(const QString& path) {
+    _remote.Forget(path);
+    _forgotten.insert(path);
 }
 
 void RemoteDeletions::_DeleteEmpty(const QString& path) const {

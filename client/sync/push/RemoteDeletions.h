@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <deque>
@@ -44,8 +45,11 @@ private:
     bool _IsAnyHere() const;
     void _DeleteFiles(const std::deque<PushOrder>& files);
     void _DeleteFolder(const QString& path);
-    /// False when something is in it, of which it tells.
+    /// False when something is in it.
     bool _IsDeletedThere(const QString& path);
+    /// The same of a trial, in which everything is still there. It does not see what no listing has beside what goes.
+    bool _WouldBeEmpty(const QString& path) const;
+    void _Forget(const QString& path);
     /// Tries twice.
     void _DeleteEmpty(const QString& path) const;
     /// Returns its path now.
@@ -62,6 +66,8 @@ private:
     QString _limit;
     /// What is then not deleted.
     int _refusedDeletions = 0;
+    /// What was deleted, or would have been.
+    QSet<QString> _forgotten;
 };
 
 }  // namespace push

@@ -11,6 +11,9 @@ namespace report {
 /// anything about each of them. A plain value.
 class WaitingDeletions {
 public:
+    /// `isLimitGiven`: whether it was said what this one pass may delete.
+    explicit WaitingDeletions(bool isLimitGiven = false) : _isLimitGiven(isLimitGiven) {}
+
     /// `event` is of the kind Waiting.
     void Add(const SyncEvent& event) {
         ++_count;
@@ -19,16 +22,26 @@ public:
 
     /// None when nothing waits.
     std::optional<SyncEvent> Told() const {
-        if (_count < 2) {
-            return _last;
+        if (_count == 0) {
+            return std::nullopt;
         }
-        return SyncEvent{SyncEvent::Kind::Waiting, QStringLiteral("."),
-                         QStringLiteral("%1 deletions wait until everything else is transferred; they follow by "
-                                        "themselves once what else is named is mended")
-                             .arg(_count)};
+        SyncEvent told = *_last;
+        if (_count > 1) {
+            told.path = QStringLiteral(".");
+            told.detail =
+                QStringLiteral(
+                    "%1 deletions wait until everything else is transferred; they follow %2 once what else "
+                    "is named is mended")
+                    .arg(QString::number(_count), _isLimitGiven ? QStringLiteral("in a pass with the same --max-delete")
+                                                                : QStringLiteral("by themselves"));
+        } else if (_isLimitGiven) {
+            told.detail += QStringLiteral("; it follows in a pass with the same --max-delete");
+        }
+        return told;
     }
 
 private:
+    bool _isLimitGiven;
     int _count = 0;
     std::optional<SyncEvent> _last;
 };

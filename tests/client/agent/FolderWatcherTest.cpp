@@ -222,9 +222,9 @@ TEST_F(FolderWatcherTest, ARootThatGoesIsToldAndWatchedAgainWhenItIsBack) {
     ASSERT_TRUE(QFile::rename(_folder.path(), aside));
     EXPECT_TRUE(_watcher.TakeChanges());
     EXPECT_EQ(_watcher.Descriptor(), -1);
-    EXPECT_EQ(_watcher.Problem(), Text("the folder is gone, or its disk is not mounted"));
+    EXPECT_EQ(_watcher.Problem(), Text("the folder is not there"));
     _watcher.Watch();
-    EXPECT_EQ(_watcher.Problem(), Text("the folder is gone, or its disk is not mounted"));
+    EXPECT_EQ(_watcher.Problem(), Text("the folder is not there"));
     ASSERT_TRUE(QFile::rename(aside, _folder.path()));
     _watcher.Watch();
     EXPECT_EQ(_watcher.Problem(), QString());

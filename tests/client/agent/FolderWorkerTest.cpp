@@ -376,7 +376,7 @@ TEST_F(FolderWorkerTest, StoppingEndsAPassAndIsTold) {
 TEST_F(FolderWorkerTest, AFolderThatIsNotThereIsToldOf) {
     _folder.directory = _directory.filePath(Text("missing"));
     Start();
-    EXPECT_EQ(StatusWhen(IsWaiting).notWatched, Text("the folder is gone, or its disk is not mounted"));
+    EXPECT_EQ(StatusWhen(IsWaiting).notWatched, Text("the folder is not there"));
 }
 
 TEST_F(FolderWorkerTest, APassIsToldWhatChangedSinceTheOneBefore) {

@@ -2,6 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTemporaryFile>
+
 #include "tests/fakes/Text.h"
 
 namespace {
@@ -60,17 +65,23 @@ TEST(FoldersTextTest, AFolderHasAPathAndAUrlAndWhatElseIsSaid) {
     EXPECT_EQ(plain.transfers, 4);
     EXPECT_FALSE(plain.isPaused);
 
-    const SyncedFolder full = Only(
+    const QTemporaryDir home;
+    ASSERT_TRUE(QFile(home.filePath(Text("ca.pem"))).open(QIODevice::WriteOnly));
+    const FoldersReading reading = ReadFolders(
         "[[folder]]\npath = \"~/s\xC3\xA9\"\nurl = \"http://h.test/\"\nuser = \"bob\"\nexclude = [\"*.tmp\", \"x\"]\n"
-        "max-delete = \"30%\"\nkeep-deleted = 0\ntransfers = 64\nca-file = \"~/ca.pem\"\npaused = true\n");
-    EXPECT_EQ(full.directory, Text("/home/ann/s\xC3\xA9"));
+        "max-delete = \"30%\"\nkeep-deleted = 0\ntransfers = 64\nca-file = \"~/ca.pem\"\npaused = true\n",
+        home.path());
+    EXPECT_EQ(reading.mistakes, QStringList());
+    ASSERT_EQ(reading.folders.size(), 1);
+    const SyncedFolder& full = reading.folders.first();
+    EXPECT_EQ(full.directory, home.path() + Text("/s\xC3\xA9"));
     EXPECT_EQ(full.user, Text("bob"));
     EXPECT_EQ(full.rules, QStringList({Text("*.tmp"), Text("x")}));
     EXPECT_EQ(full.deletionLimitText, Text("30%"));
     EXPECT_FALSE(full.deletionLimit.Allows(4, 10, true));
     EXPECT_EQ(full.daysKept, 0);
     EXPECT_EQ(full.transfers, 64);
-    EXPECT_EQ(full.caFile, Text("/home/ann/ca.pem"));
+    EXPECT_EQ(full.caFile, home.path() + Text("/ca.pem"));
     EXPECT_TRUE(full.isPaused);
 }
 
@@ -114,7 +125,8 @@ TEST(FoldersTextTest, EveryMistakeIsNamedByItsLineInTheirOrder) {
                   Text("line 13: the folder has no \"path\""),
                   Text("line 13: the folder has no \"url\""),
                   Text("line 14: \"paused\" has to be true or false"),
-                  Text("line 15: \"max-delete\" has to be a number of files, as \"12\", or a part of them, as \"30%\""),
+                  Text("line 15: \"max-delete\" has to be a number of files from 0 to 2147483647, as \"12\", or a part "
+                       "of them from 0% to 100%, as \"30%\""),
                   Text("line 16: \"user\" has to be a text in quotes, and not an empty one"),
               }));
 }
@@ -124,6 +136,10 @@ TEST(FoldersTextTest, WhatThePassesOfAFolderKeepIsNoFolder) {
         Mistakes("[[folder]]\npath = \"/a/.ovsync/trash\"\nurl = \"http://h.test/\"\n"),
         QStringList(Text("line 2: the folder cannot be synced: it lies in \"/a/.ovsync\", where ovsync keeps what it "
                          "knows of a synced folder and what it deleted in it")));
+    EXPECT_EQ(Mistakes("[[folder]]\npath = \"/a\"\nurl = \"http://h.test/\"\n"
+                       "[[folder]]\npath = \"/a/.ovsync\"\nurl = \"http://h.test/\"\n")
+                  .size(),
+              1);
     EXPECT_EQ(Mistakes("[[folder]]\npath = \"/a/.ovsyncs/b.ovsync\"\nurl = \"http://h.test/\"\n"), QStringList());
 }
 
@@ -171,6 +187,49 @@ TEST(FoldersTextTest, AFolderInAnotherIsAMistakeUnlessItIsExcludedThere) {
     EXPECT_EQ(both("/a", "/a/b", "exclude = [\"[\", 7]\n").size(), 3);
 }
 
+TEST(FoldersTextTest, LinksMakeNoOtherFoldersOfTheSame) {
+    const QTemporaryDir home;
+    const QString outer = home.filePath(Text("outer"));
+    const QString link = home.filePath(Text("a much longer name than that"));
+    ASSERT_TRUE(QDir().mkpath(outer + Text("/.ovsync")) && QDir().mkpath(outer + Text("/in")));
+    ASSERT_TRUE(QFile::link(outer, link));
+    const auto mistakes = [&home](const char* path, const char* rules = "") {
+        const QByteArray url = "url = \"http://h.test/\"\n";
+        return ReadFolders(
+                   "[[folder]]\npath = \"~/outer\"\n" + url + rules + "[[folder]]\npath = \"~/" + path + "\"\n" + url,
+                   home.path())
+            .mistakes;
+    };
+    const QString real = QDir(home.path()).canonicalPath() + Text("/outer");
+    EXPECT_EQ(mistakes("a much longer name than that"),
+              QStringList(Text("line 4: %1 (which is %2) stands above already").arg(link, real)));
+    for (const char* name : {"in", "not there"}) {
+        const QByteArray path = QByteArray("a much longer name than that/") + name;
+        EXPECT_EQ(mistakes(path.constData()),
+                  QStringList(Text("line 4: %1/%3 (which is %2/%3) lies in %2. To keep both in step, exclude \"/%3\" "
+                                   "from %2")
+                                  .arg(link, real, Text(name))));
+    }
+    EXPECT_EQ(mistakes("a much longer name than that/in", "exclude = [\"/in\"]\n"), QStringList());
+    EXPECT_THAT(mistakes("a much longer name than that/.ovsync").value(0).toStdString(),
+                testing::HasSubstr("cannot be synced"));
+}
+
+TEST(FoldersTextTest, CertificatesThatCannotBeReadAreAMistake) {
+    const QTemporaryDir home;
+    const auto mistakes = [&home](const char* file) {
+        return ReadFolders(
+                   QByteArray("[[folder]]\npath = \"/a\"\nca-file = \"") + file + "\"\nurl = \"http://h.test/\"\n",
+                   home.path())
+            .mistakes;
+    };
+    EXPECT_EQ(mistakes("~/missing.pem"),
+              QStringList(Text("line 3: \"ca-file\" names %1/missing.pem, which is not there").arg(home.path())));
+    EXPECT_EQ(mistakes("~"),
+              QStringList(Text("line 3: \"ca-file\" names %1, which is no file that can be read").arg(home.path())));
+    EXPECT_EQ(mistakes("ca.pem"), QStringList(Text("line 3: \"ca-file\" has to begin with \"/\" or \"~/\"")));
+}
+
 TEST(FoldersTextTest, WhatIsAddedReadsAsItWasGiven) {
     SyncedFolder folder;
     folder.directory = Text("/data/it's \"s\xC3\xA9\" \\ here");
@@ -180,7 +239,9 @@ TEST(FoldersTextTest, WhatIsAddedReadsAsItWasGiven) {
     folder.deletionLimitText = Text("12");
     folder.daysKept = 3;
     folder.transfers = 9;
-    folder.caFile = Text("/etc/ca.pem");
+    QTemporaryFile certificates;
+    ASSERT_TRUE(certificates.open());
+    folder.caFile = certificates.fileName();
     for (const QByteArray& before : {QByteArray(), QByteArray("# mine"), QByteArray("# mine\n"), QByteArray(Usual)}) {
         const QByteArray after = WithFolder(before, folder);
         EXPECT_TRUE(after.startsWith(before));

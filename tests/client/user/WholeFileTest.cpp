@@ -70,6 +70,20 @@ TEST_F(WholeFileTest, AnEditThatThrowsChangesNothing) {
     EXPECT_EQ(Names(), QStringList(Text("file")));
 }
 
+TEST_F(WholeFileTest, AnotherFileOfTheSameFolderMayBeEditedBeforeItTakesItsPlace) {
+    const QString other = _folder.filePath(Text("other"));
+    const auto edit = [](const QByteArray& before) { return before + 'x'; };
+    EditWholeFile(_path, 0644, edit, [&] {
+        EXPECT_EQ(ReadWholeFile(_path), "");
+        EditWholeFile(other, 0644, edit);
+    });
+    EXPECT_EQ(ReadWholeFile(_path), "x");
+    EXPECT_EQ(ReadWholeFile(other), "x");
+    EXPECT_THROW(EditWholeFile(_path, 0644, edit, [] { throw std::runtime_error("no"); }), std::runtime_error);
+    EXPECT_EQ(ReadWholeFile(_path), "x");
+    EXPECT_EQ(Names(), QStringList({Text("file"), Text("other")}));
+}
+
 TEST_F(WholeFileTest, EditsAtTheSameTimeAllCount) {
     const int count = 8;
     std::vector<std::thread> editors;

@@ -21,7 +21,7 @@ using ovsync::input::UsageError;
 using tests::Text;
 
 QString FindPassword(const QString& user, const QString& host) {
-    return FindCredentials(user, host).password();
+    return FindCredentials(user, host).credentials.password();
 }
 
 class CredentialsTest : public testing::Test {
@@ -66,10 +66,10 @@ TEST_F(CredentialsTest, ComesFromTheNetrcOfTheHostAndTheUser) {
 
 TEST_F(CredentialsTest, WithoutAUserAreThoseOfTheHostInTheNetrc) {
     WriteNetrc("machine service.test login ann password listed\n");
-    const QAuthenticator listed = FindCredentials(QString(), Text("service.test"));
+    const QAuthenticator listed = FindCredentials(QString(), Text("service.test")).credentials;
     EXPECT_EQ(listed.user(), Text("ann"));
     EXPECT_EQ(listed.password(), Text("listed"));
-    EXPECT_TRUE(FindCredentials(QString(), Text("other.test")).isNull());
+    EXPECT_TRUE(FindCredentials(QString(), Text("other.test")).credentials.isNull());
 }
 
 // Runs `action` in a process of its own that has `terminal` as its terminal, or none, and returns what it wrote.

@@ -128,6 +128,17 @@ TEST(ErrorTextTest, AnAnswerIsARefusalOnlyWhereTheServiceItselfSaysNo) {
     EXPECT_EQ(kindOf(302), "answer");
 }
 
+TEST(ErrorTextTest, AFolderThatTheServerKeepsToItselfIsNamed) {
+    const auto textOf = [](const char* url) {
+        return MessageOf(HttpException(QString(), 403, QUrl(Text(url))), Writing()).text.toStdString();
+    };
+    const char* const kept =
+        "host:81 keeps folders of the name \".DAV\" to itself, as Apache does; --exclude .DAV leaves yours out";
+    EXPECT_EQ(textOf("http://host:81/a/.DAV"), kept);
+    EXPECT_EQ(textOf("http://host:81/.DAV/b"), kept);
+    EXPECT_EQ(textOf("http://host:81/a.DAV/b"), "host:81 does not accept writing here");
+}
+
 AnswerSummary ElsewhereAnswer() {
     AnswerSummary answer;
     answer.status = 302;

@@ -15,6 +15,7 @@ using ovsync::output::Output;
 using ovsync::output::SyncOutput;
 using ovsync::report::SyncEvent;
 using ovsync::report::SyncOutcome;
+using ovsync::report::WaitingDeletions;
 using sync::http::HttpException;
 using testing::HasSubstr;
 using tests::Text;
@@ -25,7 +26,7 @@ struct PassLines {
     std::string errors;
 };
 
-PassLines LinesOf(const QVector<SyncEvent>& events, Format format = Format::Lines) {
+PassLines LinesOf(const QVector<SyncEvent>& events, Format format = Format::Lines, bool isLimitGiven = false) {
     ErrorText::Context context;
     context.server = Text("host:81");
     context.path = Text("root");
@@ -34,7 +35,7 @@ PassLines LinesOf(const QVector<SyncEvent>& events, Format format = Format::Line
     testing::internal::CaptureStderr();
     {
         Output output;
-        SyncOutput observer(output, format, false, ErrorText(context), false);
+        SyncOutput observer(output, format, false, ErrorText(context), false, WaitingDeletions(isLimitGiven));
         for (const SyncEvent& event : events) {
             observer.OnEvent(event);
         }
@@ -65,6 +66,14 @@ TEST(SyncOutputTest, ADeletionThatWaitsAloneIsNamed) {
     const PassLines written = LinesOf({OneWaiting("a")}, Format::Quiet);
     EXPECT_EQ(written.errors, "waiting a: it was deleted on the service\n");
     EXPECT_EQ(written.output, "");
+}
+
+TEST(SyncOutputTest, DeletionsThatNeedALimitDoNotFollowWithoutIt) {
+    EXPECT_EQ(LinesOf({OneWaiting("a")}, Format::Quiet, true).errors,
+              "waiting a: it was deleted on the service; it follows in a pass with the same --max-delete\n");
+    EXPECT_EQ(LinesOf({OneWaiting("a"), OneWaiting("b")}, Format::Quiet, true).errors,
+              "waiting .: 2 deletions wait until everything else is transferred; they follow in a pass with the same "
+              "--max-delete once what else is named is mended\n");
 }
 
 TEST(SyncOutputTest, JsonHasEachDeletionThatWaits) {

@@ -8,6 +8,7 @@
 
 #include "client/sync/local/PathNames.h"
 #include "client/sync/pass/RemoteVersion.h"
+#include "client/sync/report/FolderMissing.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
 #include "tests/fakes/Text.h"
@@ -578,6 +579,11 @@ ovsync::pass::ServiceFolder FakeService::Folder(const QString& localPath) {
     service.folder.serverPath = Text("S");
     service.folder.serverRootPath = Text("S");
     service.folder.localPath = localPath;
+    service.requirePlace = [this] {
+        if (hasNoPlace) {
+            throw ovsync::report::FolderMissing(Text("there is no folder above it"));
+        }
+    };
     service.make = [folders = service.folders, made = service.folder]() mutable {
         folders->CreateFolder(made, QString(), false);
     };

@@ -103,6 +103,8 @@ public:
     std::atomic<qint64> sentBytes{0};
     /// Announces no sizes of what it sends.
     bool isWithoutSizes = false;
+    /// A folder that is missing has none that it could be made in.
+    bool hasNoPlace = false;
     /// These collections are there and not listed, as what lies in a form is not.
     std::set<QString> unlisted;
     /// What files are listed with; their content says nothing of it.

@@ -234,7 +234,14 @@ TEST_P(PullPassTest, AConflictIsToldOfUntilItIsOverButFetchedOnce) {
     EXPECT_EQ(Contents(), both);
 
     service.Put(Text("a"), "theirs again");
+    options.isDryRun = true;
     EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    const QStringList told = Told();
+    EXPECT_EQ(told.size(), 2);
+    EXPECT_EQ(Contents(), both);
+    options.isDryRun = false;
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), told);
     // The copy of the older version is in the trash.
     EXPECT_EQ(Contents().size(), 2U);
 

@@ -220,7 +220,7 @@ TEST_P(PushPassTest, AFileThatIsNotThereAfterItWasSentIsToldAsSuch) {
     BeforeRequest("SENT", [this] { service.Remove(Text("a")); });
     EXPECT_EQ(Push(), SyncOutcome::LeftSome);
     ASSERT_EQ(Told(), QStringList(Text("Refused a")));
-    EXPECT_THAT(Details().first().toStdString(), HasSubstr("under another name"));
+    EXPECT_THAT(Details().first().toStdString(), testing::HasSubstr("under another name"));
 }
 
 TEST_P(PushPassTest, ARemovedCopyOfAnOlderVersionEndsNoConflict) {
@@ -487,6 +487,39 @@ TEST_P(PushPassTest, AFolderThatIsMissingIsMade) {
     EXPECT_EQ(Told(), told);
     EXPECT_FALSE(service.isMissing);
     EXPECT_EQ(service.Contents(), Files({{Text("a"), "1"}}));
+}
+
+TEST_P(PushPassTest, ATrialTellsThatAMissingFolderHasNoPlace) {
+    service.isMissing = true;
+    service.hasNoPlace = true;
+    options.isDryRun = true;
+    EXPECT_THROW(Push(), HttpException);
+}
+
+TEST_P(PushPassTest, ATrialKeepsTheFoldersThatThePassKeeps) {
+    options.deletes = true;
+    for (const char* path : {"excluded/a", "deep/sub/a", "full/a", "gone/sub/a", "empty form/a", "stays"}) {
+        Write(path, "1");
+    }
+    ASSERT_EQ(Push(), SyncOutcome::InStep);
+    for (const char* path : {"excluded", "deep", "full", "gone", "empty form"}) {
+        ASSERT_TRUE(QDir(Path(path)).removeRecursively());
+    }
+    service.Put(Text("excluded/a.tmp"), "2");
+    service.Put(Text("full/theirs"), "2");
+    service.Remove(Text("empty form/a"));
+    service.unlisted.insert(Text("empty form/form"));
+    options.exclusion = ovsync::local::Exclusion({Text("*.tmp")});
+    options.isDryRun = true;
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    const QStringList told = Told();
+    EXPECT_THAT(told,
+                testing::AllOf(testing::Contains(Text("Kept excluded")), testing::Contains(Text("Kept full")),
+                               testing::Contains(Text("Kept empty form")), testing::Contains(Text("DeletedThere gone")),
+                               testing::Contains(Text("DeletedThere deep/sub"))));
+    options.isDryRun = false;
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), told);
 }
 
 TEST_P(PushPassTest, AFolderThatWasInStepIsNotMadeAgain) {
