@@ -77,7 +77,7 @@ public:
              [&](const toml::node& node) { folder.daysKept = _Number(KeepDeletedKey, node, 0, MostDaysKeptOfFolder); }},
             {TransfersKey,
              [&](const toml::node& node) { folder.transfers = _Number(TransfersKey, node, 1, MostTransfers); }},
-            {CaFileKey, [&](const toml::node& node) { _ReadCertificates(node, folder); }},
+            {CaFileKey, [&](const toml::node& node) { folder.caFile = _Path(CaFileKey, node); }},
             {PausedKey, [&](const toml::node& node) { _ReadPause(node, folder); }},
         };
         for (const auto& [key, node] : _table) {
@@ -147,16 +147,6 @@ private:
             folder.directory = directory;
         } else {
             _Complain(LineOf(node), QStringLiteral("the folder cannot be synced: ") + reason);
-        }
-    }
-
-    void _ReadCertificates(const toml::node& node, SyncedFolder& folder) {
-        folder.caFile = _Path(CaFileKey, node);
-        const QFileInfo file(folder.caFile);
-        if (!folder.caFile.isEmpty() && !(file.isFile() && file.isReadable())) {
-            _Complain(LineOf(node), QStringLiteral("\"ca-file\" names %1, which is %2")
-                                        .arg(folder.caFile, file.exists() ? QStringLiteral("no file that can be read")
-                                                                          : QStringLiteral("not there")));
         }
     }
 
