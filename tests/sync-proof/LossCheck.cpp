@@ -6,7 +6,8 @@
 
 namespace syncproof {
 
-std::string LossCheck::Lost(const std::vector<const RandomChanges*>& writers, const std::vector<std::string>& folders) {
+std::string LossCheck::Lost(const std::vector<const RandomChanges*>& writers, const std::vector<std::string>& folders,
+                            const std::function<bool(const std::string& path)>& isLostThere) {
     std::set<std::string> left;
     std::set<std::string> kept;
     for (const std::string& folder : folders) {
@@ -28,6 +29,8 @@ std::string LossCheck::Lost(const std::vector<const RandomChanges*>& writers, co
             }
             if (kept.count(content) != 0) {
                 _tally.inTrash += _inTrash.insert(content).second ? 1 : 0;
+            } else if (_lostThere.count(content) != 0 || isLostThere(path)) {
+                _tally.lostThere += _lostThere.insert(content).second ? 1 : 0;
             } else {
                 lost += path + ": " + content.substr(0, 40) + "\n";
             }

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <set>
 #include <sstream>
 #include <thread>
 
@@ -17,6 +18,7 @@
 #include "tests/sync-proof/RandomChanges.h"
 #include "tests/sync-proof/RandomRounds.h"
 #include "tests/sync-proof/SyncingUser.h"
+#include "tests/sync-proof/UploadsAtOnce.h"
 #include "tests/sync-proof/WebDavWriter.h"
 
 namespace syncproof {
@@ -390,7 +392,12 @@ private:
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(200));
         }
-        return "Lost:\n" + lost + _Story();
+        const std::set<std::string> atOnce =
+            _kind == ServerKind::Apache ? UploadsAtOnce(_log + _server->Log()) : std::set<std::string>();
+        lost = _losses.Lost(_AllChanges(), folders, [&atOnce](const std::string& path) {
+            return atOnce.count("/shared/" + InLogOfApache(path)) != 0;
+        });
+        return lost.empty() ? "" : "Lost:\n" + lost + _Story();
     }
 
     std::string _Story() const {

@@ -17,13 +17,16 @@ struct Tally {
     std::map<int, int> exits;
     size_t written = 0;
     size_t inTrash = 0;
+    /// By a server that stored two uploads at the same time.
+    size_t lostThere = 0;
     /// How many seconds it took each time until all sides were equal, by how that came about.
     std::map<std::string, std::vector<double>> settling;
 };
 
 inline std::ostream& operator<<(std::ostream& stream, const Tally& tally) {
     stream << tally.rounds << " rounds, " << tally.settled << " times settled, " << tally.written
-           << " contents, of which " << tally.inTrash << " were found in the trash alone;";
+           << " contents, of which " << tally.inTrash << " were found in the trash alone, and " << tally.lostThere
+           << " lost by the server;";
     for (const auto& [mishap, times] : tally.mishaps) {
         stream << " " << mishap << " " << times << ",";
     }
