@@ -116,7 +116,7 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
                 QStringLiteral("; \"%1 %2\" gives one")
                     .arg(report::OfferedCommand(QStringLiteral("login"), user.isEmpty() ? QStringLiteral("USER") : user,
                                                 _folder.caFile),
-                         report::ShellWord(_folder.location.baseUrl.toString()));
+                         report::ShellWord(_folder.location.Url().toString(QUrl::FullyEncoded)));
         }
     }
     if (isStopped) {

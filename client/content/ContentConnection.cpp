@@ -1,5 +1,7 @@
 #include "client/content/ContentConnection.h"
 
+#include <utility>
+
 #include "client/content/LockQuery.h"
 #include "client/content/LockRequest.h"
 #include "client/content/ResourceChange.h"
@@ -29,6 +31,12 @@ const std::chrono::seconds LastPatience(1);
 
 bool IsToBeKept(const QDateTime& date) {
     return date.isValid() && qAbs(date.secsTo(QDateTime::currentDateTimeUtc())) > LeastAgeOfToldDate;
+}
+
+/// Whether the answer to UNLOCK says that there is no such lock any more.
+bool IsUnlocked(int status) {
+    return status < HttpStatus::InternalServerError && status != HttpStatus::Forbidden &&
+           !HttpStatus::IsRedirection(status) && (status == HttpStatus::NotFound || !HttpStatus::IsPassing(status));
 }
 
 /// What a request says that is only to be done while the file is the version `known`.
@@ -99,41 +107,52 @@ UploadAnswer ContentConnection::Upload(const QUrl& url, IContentSource& source, 
     }
 }
 
-bool ContentConnection::Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
-                             std::chrono::seconds longest) {
+LockOutcome ContentConnection::Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
+                                    std::chrono::seconds longest) {
     if (!_hasLocks) {
-        return true;
+        return LockOutcome::NotLocked;
     }
     LockRequest request(url, entityTag, owner, longest);
-    _Perform(request);
+    try {
+        _Perform(request);
+    } catch (const TransactionError&) {
+        _mayBeLocked = true;
+        _hasLocks = false;
+        if (_isCancelled) {
+            throw;
+        }
+        return LockOutcome::NotLocked;
+    }
     const int status = request.StatusCode();
     if (status == HttpStatus::Locked) {
         _ThrowRefusal(request);
     }
     _lockToken = request.Token();
     _lockedUrl = url;
-    // Whatever else it answers, the upload will show what that means.
-    const bool isMute = status < HttpStatus::MultipleChoices && _lockToken.isEmpty();
-    _hasLocks = !isMute && status != HttpStatus::MethodNotAllowed && status != HttpStatus::NotImplemented;
-    if (status != HttpStatus::Created || _lockToken.isEmpty()) {
-        return true;
+    if (_lockToken.isEmpty()) {
+        _hasLocks = status >= HttpStatus::MultipleChoices && status != HttpStatus::MethodNotAllowed &&
+                    status != HttpStatus::NotImplemented;
+        // Something on the way may have answered in the server's place.
+        _mayBeLocked = status >= HttpStatus::InternalServerError && status != HttpStatus::NotImplemented;
+        return LockOutcome::NotLocked;
     }
-    const std::optional<ContentVersion> made = Look(url);
+    const std::optional<ContentVersion> made =
+        status == HttpStatus::Created ? Look(url) : std::optional<ContentVersion>();
     if (!made || made->size != 0) {
-        return true;
+        return LockOutcome::Locked;
     }
     // There was nothing to lock, so the server made an empty file.
     ResourceChange removal("DELETE", url, _LockCondition());
     _Perform(removal);
-    return false;
+    return LockOutcome::Gone;
 }
 
 bool ContentConnection::Unlock() noexcept {
+    const bool mayBeLocked = std::exchange(_mayBeLocked, false);
     if (_lockToken.isEmpty()) {
-        return true;
+        return !mayBeLocked;
     }
-    ResourceChange unlock("UNLOCK", _lockedUrl, {{"Lock-Token", _lockToken}});
-    _lockToken.clear();
+    ResourceChange unlock("UNLOCK", _lockedUrl, {{"Lock-Token", std::exchange(_lockToken, QByteArray())}});
     try {
         if (_isCancelled) {
             ConnectionSettings settings = _settings;
@@ -144,7 +163,7 @@ bool ContentConnection::Unlock() noexcept {
         } else {
             _session.Perform(unlock);
         }
-        return true;
+        return IsUnlocked(unlock.StatusCode());
     } catch (const std::exception&) {
         return false;
     }
@@ -161,6 +180,9 @@ void ContentConnection::Release(const QUrl& folder, const QString& owner) {
     for (const LockQuery::HeldLock& lock : query.LocksOf(owner)) {
         ResourceChange unlock("UNLOCK", lock.url, {{"Lock-Token", lock.token}});
         _Perform(unlock);
+        if (!IsUnlocked(unlock.StatusCode())) {
+            _ThrowRefusal(unlock);
+        }
     }
 }
 

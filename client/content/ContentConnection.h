@@ -22,9 +22,10 @@ public:
     ContentVersion Download(const QUrl& url, ContentSink& sink) override;
     UploadAnswer Upload(const QUrl& url, wire::IContentSource& source, qint64 size, UploadCondition condition,
                         const ContentVersion& known) override;
-    bool Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
-              std::chrono::seconds longest) override;
+    LockOutcome Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
+                     std::chrono::seconds longest) override;
     bool Unlock() noexcept override;
+    void DoWithoutLocks() override { _hasLocks = false; }
     void Release(const QUrl& folder, const QString& owner) override;
     bool Remove(const QUrl& url, const ContentVersion& known) override;
     void Cancel() override;
@@ -50,6 +51,8 @@ private:
     /// As requests name it; empty when nothing is locked.
     QByteArray _lockToken;
     QUrl _lockedUrl;
+    /// Whether there may be a lock of which nothing is known.
+    bool _mayBeLocked = false;
     /// Until it says that it has none.
     bool _hasLocks = true;
     /// Until it refuses one.

@@ -30,6 +30,14 @@ enum class UploadOutcome {
     Refused
 };
 
+enum class LockOutcome {
+    Locked,
+    /// The server does not.
+    NotLocked,
+    /// There is no such file any more.
+    Gone
+};
+
 /// What a server answers to an upload. A plain value.
 struct UploadAnswer {
     UploadOutcome outcome = UploadOutcome::Refused;
@@ -90,15 +98,17 @@ public:
 
     /// Lets nobody else change the file `url` until Unlock, or for `longest`; its content is sent by Upload as ever.
     /// Then nobody can come between the condition of an upload and its end, as on servers that look at conditions only
-    /// when an upload begins. A server that has no locks does nothing, and that is no error; nor is it asked again.
-    /// Others are told that `owner` has the lock. Nor is a file locked that has another tag than `entityTag`, unless
-    /// that is empty. False when there is no such file any more. Of one that somebody else has locked it throws
-    /// HttpException of status 423.
-    [[nodiscard]] virtual bool Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
-                                    std::chrono::seconds longest) = 0;
+    /// when an upload begins. A server that has no locks, or fails to lock, is no error, and nor is one that does not
+    /// answer. Others are told that `owner` has the lock. Nor is a file locked that has another tag than `entityTag`,
+    /// unless that is empty. Of one that somebody else has locked it throws HttpException of status 423.
+    [[nodiscard]] virtual LockOutcome Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
+                                           std::chrono::seconds longest) = 0;
 
     /// Ends the lock that Lock made, if it did; also after Cancel, within seconds. False when there may still be one.
     virtual bool Unlock() noexcept = 0;
+
+    /// Lock is to lock nothing from now on: the server does not do with locks what it should.
+    virtual void DoWithoutLocks() = 0;
 
     /// Ends the locks that `owner` has on what lies in a folder, which a process that was killed left.
     virtual void Release(const QUrl& folder, const QString& owner) = 0;

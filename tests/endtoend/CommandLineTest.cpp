@@ -610,6 +610,8 @@ TEST_F(LoginTest, ThePasswordComesFromTheNetrc) {
     const QStringList environment(Text("HOME=") + home.path());
     EXPECT_EQ(RunOvsync({Text("ls"), Text("-u"), Text("ann"), Url()}, environment).output, QByteArray("a.txt\n"));
     EXPECT_EQ(RunOvsync({Text("ls"), Url()}, environment).output, QByteArray("a.txt\n"));
+    const QStringList another = QStringList(environment) << Text("OVSYNC_PASSWORD=hunter2");
+    EXPECT_THAT(ErrorsOf(RunOvsync({Text("ls"), Url()}, another)), HasSubstr("the password for \"ann\" is wrong"));
 }
 
 struct Fault {

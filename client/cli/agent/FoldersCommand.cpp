@@ -127,7 +127,7 @@ bool IsThere(ServiceConnection& connection, const Location& location) {
 /// For people to type.
 QString LoginLine(const QString& command, const QString& user, const SyncedFolder& folder) {
     return report::OfferedCommand(command, user, folder.caFile) + QLatin1Char(' ') +
-           report::ShellWord(folder.location.baseUrl.toString());
+           report::ShellWord(folder.location.Url().toString(QUrl::FullyEncoded));
 }
 
 /// Complains of `error`, which is being handled, and with which the service was asked for `folder`.
@@ -168,12 +168,15 @@ void WarnOfLogin(const QString& warning, const Arguments& given) {
 
 ExitCode AddFolder(const Arguments& given, Output& output) {
     const input::Application application;
-    const SyncedFolder folder = GivenFolder(given);
+    SyncedFolder folder = GivenFolder(given);
     const QString host = folder.location.baseUrl.host();
     folders::RequireAddable(folder);
     const FoundCredentials login = input::FindCredentialsForAgent(folder.user, host);
     bool isThere = true;
     const bool isGiven = !login.areKept && !login.credentials.isNull();
+    if (isGiven) {
+        folder.user = login.credentials.user();
+    }
     bool isUnasked = false;
     if (!given.isUntried) {
         ServiceConnection connection(folder.location.baseUrl, login.credentials, given.Connecting());

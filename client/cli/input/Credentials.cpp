@@ -66,11 +66,13 @@ FoundCredentials FindCredentials(const QString& user, const QString& host) {
 }
 
 FoundCredentials FindCredentialsForAgent(const QString& user, const QString& host) {
+    const std::optional<QString> given = GivenPassword();
     if (user.isEmpty()) {
-        return KeptForHost(host);
+        const FoundCredentials found = KeptForHost(host);
+        return given && !found.credentials.isNull() ? With(found.credentials.user(), given) : found;
     }
-    if (const std::optional<QString> password = GivenPassword()) {
-        return With(user, password);
+    if (given) {
+        return With(user, given);
     }
     const QAuthenticator kept = user::Passwords().Find(host, user);
     return kept.isNull() ? With(user, PasswordFromPrompt(user, host)) : FoundCredentials{kept, true, QString()};

@@ -202,6 +202,7 @@ QStringList LocalSnapshot::Others() const {
             others.append(entry.key());
         }
     }
+    std::sort(others.begin(), others.end());
     return others;
 }
 

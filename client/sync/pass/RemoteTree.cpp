@@ -19,6 +19,19 @@ using report::SyncEvent;
 using sync::config::FileConfiguration;
 using sync::config::FolderConfiguration;
 
+namespace {
+
+bool IsAtOrBelow(const QSet<QString>& places, const QString& path) {
+    for (QString above = path; !above.isEmpty(); above = FolderOf(above)) {
+        if (places.contains(above)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
 RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfiguration>& folders,
                        const QVector<FileConfiguration>& files, const Exclusion& exclusion)
     : _prefix(service.ServerPath(QString()) + (service.folder.serverPath.isEmpty() ? QString() : QStringLiteral("/"))) {
@@ -99,6 +112,7 @@ QVector<SyncEvent> RemoteTree::LeaveOutLinks(const LocalSnapshot& snapshot) {
 }
 
 void RemoteTree::Move(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo) {
+    _moved.insert(from);
     const QString below = from + QLatin1Char('/');
     const auto isMoved = [&](const QString& path) { return path == from || path.startsWith(below); };
     const auto movedPath = [&](const QString& path) { return to + path.mid(from.size()); };
@@ -133,6 +147,10 @@ void RemoteTree::Move(const QString& from, const QString& to, const QString& ser
     }
 }
 
+bool RemoteTree::WasMoved(const QString& path) const {
+    return !_moved.isEmpty() && IsAtOrBelow(_moved, path);
+}
+
 QString RemoteTree::FolderOfId(const QString& itemId) const {
     const QString path = itemId.isEmpty() ? QString() : _folderIds.key(itemId);
     return HasFolder(path) ? path : QString();
@@ -154,15 +172,7 @@ void RemoteTree::Forget(const QString& path) {
 }
 
 bool RemoteTree::IsRefused(const QString& path) const {
-    if (_refusedPaths.isEmpty()) {
-        return false;
-    }
-    for (QString above = path; !above.isEmpty(); above = FolderOf(above)) {
-        if (_refusedPaths.contains(above)) {
-            return true;
-        }
-    }
-    return false;
+    return !_refusedPaths.isEmpty() && IsAtOrBelow(_refusedPaths, path);
 }
 
 bool RemoteTree::HasRefusedBelow(const QString& path) const {

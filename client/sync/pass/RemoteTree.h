@@ -45,6 +45,9 @@ public:
     /// place of `serverFrom`.
     void Move(const QString& from, const QString& to, const QString& serverFrom, const QString& serverTo);
 
+    /// Whether what was at or above `path` was moved elsewhere.
+    bool WasMoved(const QString& path) const;
+
     /// There is nothing at `path` any more, which was a file or an empty folder.
     void Forget(const QString& path);
 
@@ -93,6 +96,7 @@ private:
     QHash<QString, QString> _folderIds;
     bool _hasChecksums = false;
     QSet<QString> _refusedPaths;
+    QSet<QString> _moved;
     bool _hasLeftOut = false;
     QVector<report::SyncEvent> _refused;
     QStringList _temporaries;

@@ -147,7 +147,7 @@ bool RemoteDeletions::_WouldBeEmpty(const QString& path) const {
         const QString below = _sides.service.PathBelow(entry.serverPath);
         const bool isIn = below.startsWith(path + QLatin1Char('/'));
         hasAny = hasAny || isIn;
-        return isIn && !_forgotten.contains(below);
+        return isIn && !_forgotten.contains(below) && !_remote.WasMoved(below);
     };
     return std::none_of(files->begin(), files->end(), stays) && std::none_of(folders->begin(), folders->end(), stays) &&
            (hasAny || _IsEmpty(path));

@@ -8,10 +8,12 @@
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/Cancelled.h"
 #include "host/core/SyncException.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace push {
 
+using content::LockOutcome;
 using content::UploadCondition;
 using content::UploadOutcome;
 using local::ILocalTree;
@@ -74,24 +76,45 @@ void Upload::_Send(content::IContentConnection& session) {
         known.entityTag = _version->entityTag;
         known.lastModified = KnownDate();
     }
-    if (!_order.IsToBeLocked()) {
-        _SendOver(session, known);
-        return;
-    }
-    const std::chrono::seconds longest = LeastLock + std::chrono::seconds(_order.size / BytesASecond);
-    // Without an answer nobody knows.
-    _isLockLeft = true;
-    std::unique_lock<std::mutex> asking(_shared.locking);
-    const bool isThere = session.Lock(_url, known.entityTag, _shared.lockOwner, longest);
-    asking.unlock();
-    const auto unlocking = qScopeGuard([&] {
-        asking.lock();
-        _isLockLeft = !session.Unlock();
-    });
-    if (isThere) {
-        _SendOver(session, known);
+    if (_order.IsToBeLocked()) {
+        _SendLocked(session, known);
     } else {
-        _answer.outcome = UploadOutcome::Refused;
+        _SendOver(session, known);
+    }
+}
+
+void Upload::_SendLocked(content::IContentConnection& session, const content::ContentVersion& known) {
+    {
+        std::unique_lock<std::mutex> asking(_shared.locking);
+        const auto unlocking = qScopeGuard([&] {
+            if (!asking.owns_lock()) {
+                asking.lock();
+            }
+            _isLockLeft = !session.Unlock();
+        });
+        const std::chrono::seconds longest = LeastLock + std::chrono::seconds(_order.size / BytesASecond);
+        const LockOutcome lock = session.Lock(_url, known.entityTag, _shared.lockOwner, longest);
+        asking.unlock();
+        if (lock == LockOutcome::Gone) {
+            _answer.outcome = UploadOutcome::Refused;
+            return;
+        }
+        try {
+            _SendOver(session, known);
+        } catch (const sync::http::HttpException&) {
+            if (lock == LockOutcome::NotLocked) {
+                throw;
+            }
+            _answer.outcome = UploadOutcome::Refused;
+        }
+        if (lock == LockOutcome::NotLocked || _answer.outcome == UploadOutcome::Stored) {
+            return;
+        }
+    }
+    // Some servers do not take what they have locked, or forget that they have before all of it came.
+    _SendOver(session, known);
+    if (_answer.outcome == UploadOutcome::Stored) {
+        session.DoWithoutLocks();
     }
 }
 

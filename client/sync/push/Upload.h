@@ -96,6 +96,7 @@ private:
     std::optional<content::ContentVersion> _LookForTag(content::IContentConnection& session);
     void _WaitUntil(std::chrono::steady_clock::time_point end) const;
     void _Send(content::IContentConnection& session);
+    void _SendLocked(content::IContentConnection& session, const content::ContentVersion& known);
     void _SendOver(content::IContentConnection& session, const content::ContentVersion& known);
     void _Ask(content::IContentConnection& session);
     /// Deletes what the service has, unless the file is here again.

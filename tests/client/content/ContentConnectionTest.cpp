@@ -1093,7 +1093,7 @@ protected:
         known.lastModified = QDateTime(QDate(2026, 11, 20), QTime(10, 15, 30), Qt::UTC);
     }
 
-    bool Lock(const ScriptedServer& server) {
+    LockOutcome Lock(const ScriptedServer& server) {
         return session->Lock(server.Url(FilePath), known.entityTag, QStringLiteral("ovsync <1>"),
                              std::chrono::seconds(300));
     }
@@ -1107,7 +1107,7 @@ TEST_F(ContentLockTest, NobodyElseChangesAFileBetweenLockAndUnlock) {
                            AnswerOf("folders/status-204"), AnswerOf("folders/status-204")});
     DatedSource source;
     source.isExecutable = true;
-    EXPECT_TRUE(Lock(server));
+    EXPECT_EQ(Lock(server), LockOutcome::Locked);
     EXPECT_EQ(
         session->Upload(server.Url(FilePath), source, source.content.size(), UploadCondition::Unchanged, known).outcome,
         UploadOutcome::Stored);
@@ -1141,9 +1141,9 @@ TEST_F(ContentLockTest, AnEmptyFileThatAServerMadeToLockItGoesAgainAndNoOther) {
     ScriptedServer server({AnswerOf("locks/made-201"), HeadOf("contents/no-bytes-200"), AnswerOf("folders/status-204"),
                            AnswerOf("statuses/bad-request-400"), AnswerOf("locks/made-201"),
                            HeadOf("contents/file-200")});
-    EXPECT_FALSE(Lock(server));
+    EXPECT_EQ(Lock(server), LockOutcome::Gone);
     EXPECT_TRUE(session->Unlock());
-    EXPECT_TRUE(Lock(server));
+    EXPECT_EQ(Lock(server), LockOutcome::Locked);
     server.Stop();
     ASSERT_TRUE(server.SawItsScript());
     EXPECT_EQ(server.Requests()[2].method, "DELETE");
@@ -1155,9 +1155,9 @@ TEST_F(ContentLockTest, AServerWithoutLocksIsAskedOnce) {
     for (const char* answer : {"folders/status-405", "locks/without-token-200"}) {
         ScriptedServer server({AnswerOf(answer), AnswerOf("folders/status-201")});
         Restart(QAuthenticator());
-        EXPECT_TRUE(Lock(server)) << answer;
+        EXPECT_EQ(Lock(server), LockOutcome::NotLocked) << answer;
         EXPECT_TRUE(session->Unlock());
-        EXPECT_TRUE(Lock(server));
+        EXPECT_EQ(Lock(server), LockOutcome::NotLocked);
         Source source(FileText);
         EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
         server.Stop();
@@ -1171,10 +1171,11 @@ TEST_F(ContentLockTest, WhatMayBeOtherwiseForTheNextFileIsAskedAgain) {
                                "folders/status-409", "statuses/forbidden-403", "statuses/bad-request-400"}) {
         ScriptedServer server({AnswerOf(answer), AnswerOf("locks/locked-200")});
         Restart(QAuthenticator());
-        EXPECT_TRUE(Lock(server)) << answer;
-        EXPECT_TRUE(session->Unlock());
+        EXPECT_EQ(Lock(server), LockOutcome::NotLocked) << answer;
+        // The server may have failed only after it locked the file.
+        EXPECT_EQ(session->Unlock(), std::string(answer) != "statuses/broken-500") << answer;
         known.entityTag.clear();
-        EXPECT_TRUE(Lock(server));
+        EXPECT_EQ(Lock(server), LockOutcome::Locked);
         server.Stop();
         ASSERT_TRUE(server.SawItsScript()) << answer;
         EXPECT_FALSE(server.Requests()[1].headers.contains("if"));
@@ -1186,14 +1187,14 @@ TEST_F(ContentLockTest, WhatSomebodyElseHasLockedIsAnError) {
     EXPECT_THAT(ErrorOf<HttpException>([&] { (void)Lock(server); }),
                 AllOf(HasSubstr("LOCK http://"), HasSubstr("423")));
     EXPECT_TRUE(session->Unlock());
-    EXPECT_TRUE(Lock(server));
+    EXPECT_EQ(Lock(server), LockOutcome::Locked);
     server.Stop();
     EXPECT_TRUE(server.SawItsScript());
 }
 
 TEST_F(ContentLockTest, ALockEndsAlsoAfterCancelAndWhoCannotEndItSaysSo) {
     ScriptedServer server({AnswerOf("locks/locked-200", Ending::Close), AnswerOf("folders/status-204")});
-    EXPECT_TRUE(Lock(server));
+    EXPECT_EQ(Lock(server), LockOutcome::Locked);
     session->Cancel();
     EXPECT_TRUE(session->Unlock());
     server.Stop();
@@ -1203,9 +1204,44 @@ TEST_F(ContentLockTest, ALockEndsAlsoAfterCancelAndWhoCannotEndItSaysSo) {
     ScriptedServer silent(
         {AnswerOf("locks/locked-200", Ending::Close), ScriptedServer::Answer(QByteArray(), Ending::Stall)});
     Restart(QAuthenticator());
-    EXPECT_TRUE(Lock(silent));
+    EXPECT_EQ(Lock(silent), LockOutcome::Locked);
     session->Cancel();
     EXPECT_FALSE(session->Unlock());
+}
+
+TEST_F(ContentLockTest, AServerThatAnswersNoLockIsAskedForNoMoreAndMayHaveMadeIt) {
+    ScriptedServer server({ScriptedServer::Answer(QByteArray(), Ending::Close), AnswerOf("folders/status-201")});
+    EXPECT_EQ(Lock(server), LockOutcome::NotLocked);
+    EXPECT_FALSE(session->Unlock());
+    EXPECT_EQ(Lock(server), LockOutcome::NotLocked);
+    EXPECT_TRUE(session->Unlock());
+    Source source(FileText);
+    EXPECT_EQ(Upload(server, source), UploadOutcome::Stored);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentLockTest, WhoDoesWithoutLocksAsksForNone) {
+    ScriptedServer server({});
+    session->DoWithoutLocks();
+    EXPECT_EQ(Lock(server), LockOutcome::NotLocked);
+    server.Stop();
+    EXPECT_TRUE(server.SawItsScript());
+}
+
+TEST_F(ContentLockTest, ALockIsOverOnlyWhenTheServerSaysSo) {
+    for (const char* answer : {"statuses/broken-500", "statuses/forbidden-403", "statuses/unauthorized-basic-401"}) {
+        ScriptedServer server(
+            {AnswerOf("locks/locked-200"), AnswerOf(answer), AnswerOf("locks/of-folder-207"), AnswerOf(answer)});
+        Restart(QAuthenticator());
+        EXPECT_EQ(Lock(server), LockOutcome::Locked);
+        EXPECT_FALSE(session->Unlock()) << answer;
+        EXPECT_THAT(ErrorOf<HttpException>([&] {
+                        session->Release(server.Url(QStringLiteral("/Projects/A")), QStringLiteral("ovsync 1"));
+                    }),
+                    HasSubstr("UNLOCK http://"))
+            << answer;
+    }
 }
 
 TEST_F(ContentLockTest, ReleaseEndsTheLocksOfItsOwnerAloneAtTheServerThatWasAsked) {

@@ -228,6 +228,20 @@ TEST_P(MovesTest, ATrialOfMovesTellsTheSameAndChangesNothing) {
     ExpectInStep();
 }
 
+TEST_P(MovesTest, ATrialTellsThatAFolderGoesOutOfWhichAFileWasMoved) {
+    Begin({"f/a", "f/b", "f/c", "k", "l", "m"});
+    Rename("f/a", "moved");
+    ASSERT_TRUE(QDir(Path("f")).removeRecursively());
+    options.isDryRun = true;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    const QStringList told = Told();
+    EXPECT_TRUE(told.contains(Text("DeletedThere f")));
+    options.isDryRun = false;
+    EXPECT_EQ(Sync(), SyncOutcome::InStep);
+    EXPECT_EQ(Told(), told);
+    ExpectInStep();
+}
+
 TEST_P(MovesTest, AFolderIsNotMovedAsAWholeWithASyncedFolderInIt) {
     Begin({"f/a", "f/inner/b"});
     ASSERT_TRUE(QDir().mkpath(Path("f/inner/.ovsync")));

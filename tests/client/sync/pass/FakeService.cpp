@@ -18,6 +18,7 @@ namespace tests {
 using ovsync::changes::ServiceChanges;
 using ovsync::content::ContentSink;
 using ovsync::content::ContentVersion;
+using ovsync::content::LockOutcome;
 using ovsync::content::UploadAnswer;
 using ovsync::content::UploadCondition;
 using ovsync::content::UploadOutcome;
@@ -260,7 +261,7 @@ public:
         }
         {
             const Guard lock(_service._mutex);
-            if (_service._locks.count(path) != 0 && _locked != path) {
+            if (_service._locks.count(path) != 0 && (_locked != path || _service.refusesOwnLocks)) {
                 throw HttpException(Text("locked"), 423, url);
             }
             const auto there = _service._files.find(path);
@@ -298,23 +299,25 @@ public:
         return true;
     }
 
-    bool Lock(const QUrl& url, const QByteArray& /*entityTag*/, const QString& owner,
-              std::chrono::seconds /*longest*/) override {
-        if (!_service.hasLocks) {
-            return true;
+    LockOutcome Lock(const QUrl& url, const QByteArray& /*entityTag*/, const QString& owner,
+                     std::chrono::seconds /*longest*/) override {
+        if (!_service.hasLocks || _doesWithoutLocks) {
+            return LockOutcome::NotLocked;
         }
         _Begin("LOCK", url);
-        const Guard lock(_service._mutex);
+        const Guard guard(_service._mutex);
         const QString path = PathOf(url);
         if (_service._files.count(path) == 0) {
-            return false;
+            return LockOutcome::Gone;
         }
         if (!_service._locks.emplace(path, owner).second) {
             throw HttpException(Text("locked"), 423, url);
         }
         _locked = path;
-        return true;
+        return LockOutcome::Locked;
     }
+
+    void DoWithoutLocks() override { _doesWithoutLocks = true; }
 
     bool Unlock() noexcept override {
         const QString path = std::exchange(_locked, QString());
@@ -366,6 +369,7 @@ private:
     FakeService& _service;
     std::atomic<bool> _isCancelled{false};
     QString _locked;
+    bool _doesWithoutLocks = false;
 };
 
 class FakeService::ChangeSource : public ovsync::changes::IChangeSource {

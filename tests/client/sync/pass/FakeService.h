@@ -72,6 +72,8 @@ public:
     bool areTagsWeak = false;
     /// Lets a client lock files.
     bool hasLocks = false;
+    /// Nor does it take what a client has locked itself.
+    bool refusesOwnLocks = false;
     /// Of those that are locked, by path, for whom.
     std::map<QString, QString> Locks() const;
     /// Somebody else locks the file.

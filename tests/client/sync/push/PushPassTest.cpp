@@ -159,15 +159,28 @@ TEST_P(LockingPushTest, TheNextPassEndsTheLocksThatOneLeft) {
     EXPECT_EQ(service.Count("RELEASE"), 2);
 }
 
-TEST_P(LockingPushTest, ALockWhoseAnswerWasLostIsEndedByTheNextPassThatReachesTheServer) {
-    BeforeRequest("LOCK", [&] { throw TransactionError("LOCK", QUrl(), Text("reset"), {}); });
+TEST_P(LockingPushTest, WhoseReleaseFailsTriesAgain) {
+    BeforeRequest("UNLOCK", [&] { throw TransactionError("UNLOCK", QUrl(), Text("reset"), {}); });
     Write("f/a", Large('2'));
-    EXPECT_EQ(Push(), SyncOutcome::Failed);
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
     BeforeRequest("RELEASE", [&] { throw TransactionError("PROPFIND", QUrl(), Text("reset"), {}); });
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     service.ForgetCounts();
     EXPECT_EQ(Pull(), SyncOutcome::InStep);
     EXPECT_EQ(service.Count("RELEASE"), 1);
+    EXPECT_EQ(LocksHeld(), 0);
+}
+
+TEST_P(LockingPushTest, WhatIsRefusedAlthoughItIsLockedIsSentWithoutALock) {
+    service.refusesOwnLocks = true;
+    options.transfers = 1;
+    Write("f/a", Large('2'));
+    Write("b", Large('2'));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(service.Content(Text("f/a")), Large('2'));
+    EXPECT_EQ(service.Content(Text("b")), Large('2'));
+    EXPECT_EQ(service.Count("LOCK"), 1);
+    EXPECT_EQ(LocksHeld(), 0);
 }
 
 TEST_P(LockingPushTest, TheServiceItselfIsAskedForNoLocks) {
