@@ -269,9 +269,13 @@ void ContentConnection::_Perform(ContentTransaction& transaction) {
 }
 
 void ContentConnection::_ThrowRefusal(const ContentTransaction& transaction) const {
+    wire::AnswerSummary answer = _session.LastAnswer();
+    if (transaction.Method() == "PUT" && answer.status == HttpStatus::MultiStatus) {
+        // So one server says that the folder is locked.
+        answer.status = HttpStatus::FailedDependency;
+    }
     throw wire::AnswerError(transaction.Method(), transaction.Url(),
-                            QStringLiteral("the service answered with %1").arg(transaction.StatusCode()),
-                            _session.LastAnswer());
+                            QStringLiteral("the service answered with %1").arg(transaction.StatusCode()), answer);
 }
 
 }  // namespace content

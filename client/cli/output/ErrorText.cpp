@@ -251,6 +251,9 @@ QString ErrorText::_Refusal(const AnswerSummary& answer, const QString& path, bo
             return WithStatus(QStringLiteral("%1 understands this, but does not do it").arg(server), status);
         case HttpStatus::Locked:
             return QStringLiteral("somebody has locked %1 on %2").arg(place, server);
+        case HttpStatus::FailedDependency:
+            return QStringLiteral("something around %1 on %2 was refused: somebody may have locked the folder")
+                .arg(place, server);
         case HttpStatus::TooManyRequests:
             return QStringLiteral("%1 was asked too often in a short time; try again later").arg(server);
         case HttpStatus::RequestHeaderFieldsTooLarge:

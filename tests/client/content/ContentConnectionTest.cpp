@@ -943,6 +943,17 @@ TEST_F(ContentUploadTest, AServerThatSaysEarlyThatItGoesOnMayStillThink) {
                 HasSubstr("nothing was received or sent for 0.4 s"));
 }
 
+TEST_F(ContentUploadTest, AnAnswerForSeveralResourcesIsARefusal) {
+    ScriptedServer server({AnswerOf("contents/property-forbidden-207")});
+    Source source(FileText);
+    try {
+        Upload(server, source);
+        FAIL();
+    } catch (const HttpException& error) {
+        EXPECT_EQ(error.StatusCode(), 424);
+    }
+}
+
 TEST_F(ContentUploadTest, OnlyThreeStatusesMeanStored) {
     for (const char* answer : {"folders/status-200", "folders/status-201", "folders/status-204"}) {
         ScriptedServer server({AnswerOf(answer)});

@@ -91,6 +91,7 @@ INSTANTIATE_TEST_SUITE_P(
         StatusText{422, true,
                    "host:81 understands this, but does not do it (status 422; \"ovsync -v\" shows what it said)"},
         StatusText{423, true, "somebody has locked \"a/b\" on host:81"},
+        StatusText{424, true, "something around \"a/b\" on host:81 was refused: somebody may have locked the folder"},
         StatusText{429, false, "host:81 was asked too often in a short time; try again later"},
         StatusText{431, false,
                    "host:81 finds what comes with each request too long, such as the path or the password (status 431; "
