@@ -73,7 +73,7 @@ TEST_P(ServersTest, PushesNothingOverWhatSomebodyElseHasChanged) {
 TEST_P(ServersTest, PushesNothingOverWhatSomebodyElseWritesMeanwhile) {
     Serve({{"file.txt", "of the service"}});
     ExpectRun("pull", {"pull", Url(), here.Path()});
-    WriteHere({{"file.txt", std::string(2U * 1024U * 1024U, 'x')}});
+    WriteHere({{"file.txt", std::string(2097152, 'x')}});
     auto push = std::async(std::launch::async, [this] {
         return Ovsync({"push", "--bandwidth", "1600K", here.Path(), Url()});
     });
