@@ -171,6 +171,22 @@ TEST_P(LockingPushTest, WhoseReleaseFailsTriesAgain) {
     EXPECT_EQ(LocksHeld(), 0);
 }
 
+TEST_P(LockingPushTest, WhatWasLeftBeforeIsNotForgottenForWhatIsLeftNow) {
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("UNLOCK") || method == Text("RELEASE")) {
+            throw TransactionError(method.toLatin1(), QUrl(), Text("reset"), {});
+        }
+    };
+    Write("f/a", Large('2'));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    Write("b", Large('2'));
+    EXPECT_EQ(Push(), SyncOutcome::InStep);
+    EXPECT_EQ(LocksHeld(), 2);
+    service.onRequest = nullptr;
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(LocksHeld(), 0);
+}
+
 TEST_P(LockingPushTest, WhatIsRefusedAlthoughItIsLockedIsSentWithoutALock) {
     service.refusesOwnLocks = true;
     options.transfers = 1;
