@@ -7,6 +7,7 @@
 
 #include "client/sync/pass/RemoteVersion.h"
 #include "client/sync/report/Cancelled.h"
+#include "client/wire/HttpStatus.h"
 #include "host/core/SyncException.h"
 #include "host/http/HttpException.h"
 
@@ -20,6 +21,7 @@ using local::ILocalTree;
 using pass::EntityTagOf;
 using pass::KnownVersionOf;
 using report::Cancelled;
+using wire::HttpStatus;
 
 namespace {
 
@@ -101,8 +103,9 @@ void Upload::_SendLocked(content::IContentConnection& session, const content::Co
         }
         try {
             _SendOver(session, known);
-        } catch (const sync::http::HttpException&) {
-            if (lock == LockOutcome::NotLocked) {
+        } catch (const sync::http::HttpException& e) {
+            const bool mayBeForLock = e.StatusCode() == HttpStatus::BadRequest || e.StatusCode() == HttpStatus::Locked;
+            if (lock == LockOutcome::NotLocked || !mayBeForLock) {
                 throw;
             }
             _answer.outcome = UploadOutcome::Refused;

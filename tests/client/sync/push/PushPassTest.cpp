@@ -171,6 +171,18 @@ TEST_P(LockingPushTest, WhoseReleaseFailsTriesAgain) {
     EXPECT_EQ(LocksHeld(), 0);
 }
 
+TEST_P(LockingPushTest, WhatIsRefusedForAnotherReasonIsNotSentTwice) {
+    service.onRequest = [](const QString& method, const QString&) {
+        if (method == Text("PUT")) {
+            throw HttpException(Text("no room"), 507, QUrl());
+        }
+    };
+    Write("f/a", Large('2'));
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(service.Count("PUT"), 1);
+    EXPECT_EQ(LocksHeld(), 0);
+}
+
 TEST_P(LockingPushTest, WhatWasLeftBeforeIsNotForgottenForWhatIsLeftNow) {
     service.onRequest = [](const QString& method, const QString&) {
         if (method == Text("UNLOCK") || method == Text("RELEASE")) {
