@@ -32,7 +32,7 @@ enum class UploadOutcome {
 
 enum class LockOutcome {
     Locked,
-    /// The server does not.
+    /// The server has no locks, failed to lock, did not answer, or has another version.
     NotLocked,
     /// There is no such file any more.
     Gone
@@ -98,9 +98,9 @@ public:
 
     /// Lets nobody else change the file `url` until Unlock, or for `longest`; its content is sent by Upload as ever.
     /// Then nobody can come between the condition of an upload and its end, as on servers that look at conditions only
-    /// when an upload begins. A server that has no locks, or fails to lock, is no error, and nor is one that does not
-    /// answer. Others are told that `owner` has the lock. Nor is a file locked that has another tag than `entityTag`,
-    /// unless that is empty. Of one that somebody else has locked it throws HttpException of status 423.
+    /// when an upload begins. Others are told that `owner` has the lock. A file that has another tag than `entityTag`
+    /// is not locked, unless that is empty. Throws HttpException of status 423 when somebody else has it locked, and
+    /// TransactionError after Cancel; otherwise the upload shows what is wrong with the server.
     [[nodiscard]] virtual LockOutcome Lock(const QUrl& url, const QByteArray& entityTag, const QString& owner,
                                            std::chrono::seconds longest) = 0;
 

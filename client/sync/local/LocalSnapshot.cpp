@@ -34,8 +34,9 @@ bool IsSyncedFolder(const QVector<NamedLocalEntry>& entries) {
     });
 }
 
-// With more, a folder below is not reached before the others are; with fewer, a thread is not worth it.
+// What is listed of so many is kept until it is sorted.
 const int FoldersAtOnce = 50;
+// For fewer, a thread takes longer than they do.
 const int LeastFolders = 10;
 
 /// What lies in the folder; none, and the reason in `closed`, when it is to be left alone.
