@@ -55,8 +55,10 @@ struct FolderCloser {
 /// The last name of a path, and the open folder that it lies in.
 class LocalTree::Place {
 public:
-    /// Of the folder `path` the place is "." in itself.
-    Place(const LocalTree& tree, const QString& path) : _root(tree._root), _rootPath(tree._rootPath), _path(path) {
+    /// Of the folder `path` the place is "." in itself. A folder that it shares with `other`, which outlives it, is
+    /// opened once.
+    Place(const LocalTree& tree, const QString& path, const Place* other = nullptr)
+        : _root(tree._root), _rootPath(tree._rootPath), _path(path) {
         QByteArrayList segments = path.toUtf8().split('/');
         segments.removeAll(QByteArray());
         for (const QByteArray& segment : segments) {
@@ -66,12 +68,19 @@ public:
             }
         }
         _name = segments.isEmpty() ? QByteArray(".") : segments.takeLast();
+        _folderNames = segments.join('/');
+        if (other != nullptr && other->_folderNames == _folderNames) {
+            _folder = other->_folder;
+            _error = other->_error;
+            return;
+        }
         _folder = segments.isEmpty() ? _root : _OpenFolder(segments);
         _error = _folder < 0 ? errno : 0;
+        _isOwner = _folder >= 0 && _folder != _root;
     }
 
     ~Place() {
-        if (_folder >= 0 && _folder != _root) {
+        if (_isOwner) {
             close(_folder);
         }
     }
@@ -107,7 +116,7 @@ private:
             open_how how{};
             how.flags = O_PATH | OpenFlags;
             how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS;
-            const long folder = syscall(SYS_openat2, _root, names.join('/').constData(), &how, sizeof how);
+            const long folder = syscall(SYS_openat2, _root, _folderNames.constData(), &how, sizeof how);
             // Of EPERM it is a filter of system calls that answers so.
             if (folder >= 0 || (errno != ENOSYS && errno != EPERM && errno != ENAMETOOLONG)) {
                 return static_cast<int>(folder);
@@ -134,7 +143,9 @@ private:
     const QString& _rootPath;
     const QString& _path;
     QByteArray _name;
+    QByteArray _folderNames;
     int _folder = -1;
+    bool _isOwner = false;
     int _error = 0;
 };
 
@@ -247,7 +258,7 @@ void LocalTree::MakeFolder(const QString& path) {
 
 bool LocalTree::Move(const QString& from, const QString& to) {
     const Place source(*this, from);
-    const Place target(*this, to);
+    const Place target(*this, to, &source);
     source.Check(true);
     target.Check(true);
     if (renameat2(source.Folder(), source.Name(), target.Folder(), target.Name(), RENAME_NOREPLACE) == 0) {
@@ -273,7 +284,7 @@ bool LocalTree::Move(const QString& from, const QString& to) {
 
 bool LocalTree::Swap(const QString& a, const QString& b) {
     const Place first(*this, a);
-    const Place second(*this, b);
+    const Place second(*this, b, &first);
     first.Check(true);
     second.Check(true);
     if (renameat2(first.Folder(), first.Name(), second.Folder(), second.Name(), RENAME_EXCHANGE) == 0) {

@@ -24,9 +24,10 @@ protected:
     using Pool = TransferPool<Transfer>;
     using Transfers = std::vector<std::unique_ptr<Transfer>>;
 
-    /// The arguments outlive this object.
-    TransferLoop(const PassSides& sides, PassReport& report)
-        : _sides(sides), _report(report), _isDryRun(sides.options.isDryRun) {}
+    /// Finished ones are taken as soon as there are `batch` of them, and several times a second. The other arguments
+    /// outlive this object.
+    TransferLoop(const PassSides& sides, PassReport& report, int batch)
+        : _sides(sides), _report(report), _isDryRun(sides.options.isDryRun), _batch(batch) {}
     virtual ~TransferLoop() = default;
     TransferLoop(const TransferLoop&) = delete;
     TransferLoop& operator=(const TransferLoop&) = delete;
@@ -47,7 +48,7 @@ protected:
         for (const Order& order : _orders) {
             _progress.allBytes += SizeOf(order);
         }
-        Pool pool(qMin(_sides.options.transfers, _progress.allFiles), _sides.service.newConnection);
+        Pool pool(qMin(_sides.options.transfers, _progress.allFiles), _batch, _sides.service.newConnection);
         while (!_orders.empty() || pool.Unfinished() > 0) {
             while (!_orders.empty() && pool.Unfinished() < Pool::MaxUnfinished) {
                 _Start(pool);
@@ -104,6 +105,8 @@ private:
         }
         return finished;
     }
+
+    const int _batch;
 };
 
 }  // namespace pass

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
@@ -20,13 +21,16 @@ namespace pass {
 template <typename Transfer>
 class TransferPool {
 public:
-    /// How many to have started and not taken back: there is always one waiting for a thread, and small files come to
-    /// be placed many at a time.
-    static constexpr int MaxUnfinished = 256;
-    /// How long to wait for one that finished, so that progress can be told.
+    /// How many to have started and not taken back: there is always one waiting for a thread, also while as many as
+    /// are taken at once are dealt with.
+    static constexpr int MaxUnfinished = 1024;
+    /// How long to wait for those that finish, so that progress can be told.
     static constexpr std::chrono::milliseconds ProgressInterval{200};
 
-    TransferPool(int threads, const std::function<std::unique_ptr<content::IContentConnection>()>& newConnection) {
+    /// So many are worth being taken back at once, `batch`.
+    TransferPool(int threads, int batch,
+                 const std::function<std::unique_ptr<content::IContentConnection>()>& newConnection)
+        : _batch(batch) {
         for (int i = 0; i < threads; ++i) {
             _sessions.push_back(newConnection());
         }
@@ -47,9 +51,9 @@ public:
     TransferPool& operator=(const TransferPool&) = delete;
 
     void Start(std::unique_ptr<Transfer> transfer) {
-        ++_unfinished;
         {
             const std::lock_guard<std::mutex> lock(_mutex);
+            ++_unfinished;
             _waiting.push_back(std::move(transfer));
         }
         _work.notify_one();
@@ -58,10 +62,10 @@ public:
     /// How many were started and not taken yet.
     int Unfinished() const { return _unfinished; }
 
-    /// Those that are finished by now; waits for one as long as `patience`.
+    /// Those that are finished by now; waits for a batch, or for all, as long as `patience`.
     std::vector<std::unique_ptr<Transfer>> TakeFinished(std::chrono::milliseconds patience) {
         std::unique_lock<std::mutex> lock(_mutex);
-        _result.wait_for(lock, patience, [this] { return !_finished.empty(); });
+        _result.wait_for(lock, patience, [this] { return _IsBatchFinished(); });
         std::vector<std::unique_ptr<Transfer>> finished = std::move(_finished);
         _finished.clear();
         _unfinished -= static_cast<int>(finished.size());
@@ -96,10 +100,15 @@ private:
             transfer->Run(session);
             lock.lock();
             _finished.push_back(std::move(transfer));
-            _result.notify_one();
+            if (_IsBatchFinished()) {
+                _result.notify_one();
+            }
         }
     }
 
+    bool _IsBatchFinished() const { return static_cast<int>(_finished.size()) >= std::min(_batch, _unfinished); }
+
+    const int _batch;
     std::vector<std::unique_ptr<content::IContentConnection>> _sessions;
     std::mutex _mutex;
     std::condition_variable _work;

@@ -26,7 +26,7 @@ public:
     /// The arguments outlive this object.
     Downloader(const pass::PassSides& sides, local::Installer& installer, const pass::FileComparison& comparison,
                const pass::RecordMaker& maker, pass::PassReport& report)
-        : TransferLoop(sides, report), _installer(installer), _comparison(comparison), _maker(maker) {}
+        : TransferLoop(sides, report, FlushedAtOnce), _installer(installer), _comparison(comparison), _maker(maker) {}
 
     /// True when everything came. Throws Cancelled, when what is finished is in place, and what
     /// PassReport::TellFailure throws.
@@ -36,6 +36,9 @@ public:
     const QSet<QString>& InTrash() const { return _inTrash; }
 
 private:
+    /// What is placed costs a flush of the disk and two of the records, however many files it is.
+    static constexpr int FlushedAtOnce = 256;
+
     qint64 SizeOf(const PullOrder& order) const override;
     void Tell(const PullOrder& order) override;
     std::unique_ptr<Download> Make(PullOrder order, const QUrl& url) override;

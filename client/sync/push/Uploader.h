@@ -27,7 +27,7 @@ public:
     /// The arguments outlive this object.
     Uploader(const pass::PassSides& sides, const pass::FileComparison& comparison, const pass::RecordMaker& maker,
              pass::PassReport& report)
-        : TransferLoop(sides, report), _comparison(comparison), _maker(maker), _locks(sides.records) {}
+        : TransferLoop(sides, report, 1), _comparison(comparison), _maker(maker), _locks(sides.records) {}
 
     /// First makes `folders`, in which a folder comes before those in it. What lies in one that cannot be made is left
     /// out. True when everything went over. Throws Cancelled, when what is sent is recorded, and what
