@@ -17,7 +17,7 @@ struct PullOrder {
     enum class Target {
         /// Nothing is there.
         New,
-        /// In place of `here`, whose content is that of its record.
+        /// In place of `here`, whose content is that of its record, or has lost a conflict.
         Replace,
         /// Beside `here`, which holds what the service never had.
         Beside,
@@ -26,7 +26,7 @@ struct PullOrder {
     };
 
     /// Whether `here` may hold the same, so that nothing is to be done.
-    bool IsCompared() const { return target == Target::Beside || target == Target::Trash; }
+    bool IsCompared() const { return target == Target::Beside || target == Target::Trash || hasLost; }
 
     QString path;
     sync::config::FileConfiguration remote;
@@ -35,6 +35,8 @@ struct PullOrder {
     /// What is to be recorded of it, its local part left open. Made when the transfer begins.
     store::FileRecord record;
     Target target = Target::New;
+    /// Whether `here` is to be replaced although it holds what the service never had.
+    bool hasLost = false;
     std::optional<local::LocalEntry> here;
     /// Of the content of `here`, in hexadecimal; empty when nobody knows.
     QString md5Here;

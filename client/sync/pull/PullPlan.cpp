@@ -15,6 +15,7 @@ using local::FolderOf;
 using local::LocalContent;
 using local::TemporaryBeside;
 using pass::IsCopyOf;
+using pass::LocalState;
 using pass::RemoteState;
 using pass::RemoteTree;
 using plan::Direction;
@@ -137,6 +138,7 @@ void PullPlan::Take(const FileView& view, Fetches& fetches) {
             break;
         case SyncStep::Replace:
             order.target = PullOrder::Target::Replace;
+            order.hasLost = view.here.state != LocalState::Unchanged;
             fetches.orders.push_back(std::move(order));
             break;
         case SyncStep::FetchBeside:

@@ -578,6 +578,25 @@ TEST_P(TwoWayPassTest, AConflictCanBeWonByEitherSideAndTheOtherVersionIsInTheTra
     }
 }
 
+TEST_P(TwoWayPassTest, WhicheverSideWinsTheSameContentIsNotReplaced) {
+    service.isPlain = true;
+    for (const auto conflicts : {SyncOptions::Conflicts::Here, SyncOptions::Conflicts::There}) {
+        const char* const name = conflicts == SyncOptions::Conflicts::Here ? "here" : "there";
+        Write(name, "same");
+        service.Put(Text(name), "same");
+        const quint64 inode = disk.Look(Text(name))->fingerprint.inode;
+        options.conflicts = conflicts;
+        for (const bool isDryRun : {true, false, false}) {
+            options.isDryRun = isDryRun;
+            EXPECT_EQ(Sync(), SyncOutcome::InStep);
+            EXPECT_TRUE(events.isEmpty());
+        }
+        EXPECT_EQ(disk.Look(Text(name))->fingerprint.inode, inode);
+    }
+    EXPECT_TRUE(TrashContents().empty());
+    EXPECT_EQ(service.Count("PUT"), 0);
+}
+
 TEST_P(TwoWayPassTest, TheNewerVersionCanWin) {
     options.conflicts = SyncOptions::Conflicts::Newer;
     Begin({"a"});
