@@ -68,7 +68,7 @@ QByteArray MadeUpBody(const QUrl& url) {
 }  // namespace
 
 FolderCreationRequest::FolderCreationRequest(const QUrl& url)
-    : WholeAnswerRequest("MKCOL", url, {HttpStatus::Created}) {}
+    : WholeAnswerRequest("MKCOL", url, {HttpStatus::Created, HttpStatus::MultiStatus}) {}
 
 void FolderCreationRequest::TakeAsThere() {
     ReplaceAnswer(HttpStatus::BadRequest, {{"x-ovs-reason-phrase", "existing file already exists"}});

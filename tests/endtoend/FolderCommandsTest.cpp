@@ -78,10 +78,21 @@ TEST_F(FolderCommandsTest, MissingParentsAreCreatedOnlyWhenAskedFor) {
     EXPECT_EQ(OutputOf({Text("tree")}, ""), QByteArray("A/\nA/B/\nA/B/C/\nA/B/D/\n"));
 }
 
+TEST(MakeFolderRefusalTest, WhoMakesTheFoldersAboveIsNotToldToDoSo) {
+    for (const char* status : {"403", "423"}) {
+        Service service({Text("--fault"), Text("status=") + Text(status) + Text(",method=MKCOL")});
+        const ProgramResult result = RunOvsync({Text("mkdir"), Text("-p"), service.Url() + Text("new/inside/it")});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_THAT(result.errors.toStdString(), AllOf(HasSubstr("127.0.0.1"), Not(HasSubstr("mkdir"))));
+    }
+}
+
 TEST_F(FolderCommandsTest, AFileIsInTheWayOfAFolder) {
     _service.AddFile(Text("a.txt"), "a");
     ExpectFailure({Text("mkdir")}, "a.txt", 1, "400");
-    ExpectFailure({Text("mkdir"), Text("-p")}, "a.txt/b", 1, "is a file, and no folder");
+    for (const char* below : {"a.txt/b", "a.txt/b/c/d"}) {
+        ExpectFailure({Text("mkdir"), Text("-p")}, below, 1, "is a file, and no folder");
+    }
     ExpectFailure({Text("mkdir")}, "a.txt/b", 2, "\"a.txt\" is a file");
 }
 

@@ -26,13 +26,15 @@ void MakeFolder(ServiceConnection& connection, const Location& location, bool wi
     }
     sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
     folder.serverRootPath.clear();
-    input::MakeAt(connection, location, [&] {
-        QString parentId;
-        if (!withParents) {
-            parentId = FindFolder(connection, location.Parent(), "mkdir").getServerFolderId();
-        }
-        connection.Folders().CreateFolder(folder, parentId, withParents);
-    });
+    if (withParents) {
+        input::MakeWithParentsAt(connection, location,
+                                 [&] { connection.Folders().CreateFolder(folder, QString(), true); });
+    } else {
+        input::MakeAt(connection, location, [&] {
+            const QString parentId = FindFolder(connection, location.Parent(), "mkdir").getServerFolderId();
+            connection.Folders().CreateFolder(folder, parentId, false);
+        });
+    }
     if (asJson) {
         output.Write(JsonObject(folder) + '\n');
     }

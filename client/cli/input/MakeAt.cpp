@@ -11,6 +11,26 @@ using library::FoundResource;
 using library::ServiceConnection;
 using report::FolderMissing;
 
+namespace {
+
+/// None when there is nothing. Of what may not be looked at, nobody knows that it is no folder.
+std::optional<FoundResource> FoundAt(ServiceConnection& connection, const Location& location) {
+    try {
+        return connection.Find(location.serverPath);
+    } catch (const sync::core::SyncException&) {
+        return FoundResource{true, {}};
+    }
+}
+
+void RequireNoFile(const FoundResource& found, const Location& location) {
+    if (!found.isFolder) {
+        throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")
+                                .arg(location.serverPath, location.Server()));
+    }
+}
+
+}  // namespace
+
 void MakeAt(ServiceConnection& connection, const Location& location, const std::function<void()>& make) {
     try {
         make();
@@ -22,14 +42,23 @@ void MakeAt(ServiceConnection& connection, const Location& location, const std::
     }
 }
 
+void MakeWithParentsAt(ServiceConnection& connection, const Location& location, const std::function<void()>& make) {
+    try {
+        make();
+    } catch (const sync::http::HttpException&) {
+        connection.KeepLastAnswer();
+        for (Location above = location.Parent(); !above.serverPath.isEmpty(); above = above.Parent()) {
+            if (const std::optional<FoundResource> found = FoundAt(connection, above)) {
+                RequireNoFile(*found, above);
+            }
+        }
+        throw;
+    }
+}
+
 void RequireFolderAbove(ServiceConnection& connection, const Location& location) {
     const Location above = location.Parent();
-    std::optional<FoundResource> found = FoundResource{true, {}};
-    try {
-        found = connection.Find(above.serverPath);
-    } catch (const sync::core::SyncException&) {
-        // One that may not be looked at may be there.
-    }
+    const std::optional<FoundResource> found = FoundAt(connection, above);
     if (!found && above.serverPath.isEmpty()) {
         throw FolderMissing(QStringLiteral("there is no \"%1\" on %2, and no folder at its root that it could be in")
                                 .arg(location.serverPath, location.Server()));
@@ -41,10 +70,7 @@ void RequireFolderAbove(ServiceConnection& connection, const Location& location)
                                 .arg(above.serverPath, above.Server(), command,
                                      report::ShellWord(above.Url().toString(QUrl::FullyEncoded))));
     }
-    if (!found->isFolder) {
-        throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")
-                                .arg(above.serverPath, above.Server()));
-    }
+    RequireNoFile(*found, above);
 }
 
 }  // namespace input

@@ -12,6 +12,10 @@ namespace input {
 /// it, and else what `make` throws.
 void MakeAt(library::ServiceConnection& connection, const Location& location, const std::function<void()>& make);
 
+/// The same where `make` makes the folders above, too: then there is none for it when one of these is a file.
+void MakeWithParentsAt(library::ServiceConnection& connection, const Location& location,
+                       const std::function<void()>& make);
+
 /// Throws FolderMissing when there is no folder that `location`, where there is nothing, could be in. One that the
 /// service does not show counts as there.
 void RequireFolderAbove(library::ServiceConnection& connection, const Location& location);

@@ -394,7 +394,7 @@ std::vector<StatusCase> StatusCases() {
     const std::vector<StatusCase> particular = {
         {Kind::Creation, "folders/status-200", 0},   {Kind::Creation, "folders/status-201", 201},
         {Kind::Creation, "folders/status-202", 0},   {Kind::Creation, "folders/status-204", 0},
-        {Kind::Creation, "folders/status-207", 0},   {Kind::Deletion, "folders/status-200", 200},
+        {Kind::Creation, "folders/status-207", 424}, {Kind::Deletion, "folders/status-200", 200},
         {Kind::Deletion, "folders/status-201", 0},   {Kind::Deletion, "folders/status-202", 202},
         {Kind::Deletion, "folders/status-204", 204}, {Kind::Deletion, "folders/status-207", 424},
         {Kind::Move, "folders/status-200", 200},     {Kind::Move, "folders/status-201", 201},
