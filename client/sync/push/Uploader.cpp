@@ -171,7 +171,12 @@ void Uploader::Tell(const PushOrder& order) {
         _TakeRemoved(order);
         return;
     }
-    _report.Tell(SyncEvent::Kind::Sent, order.path, QString(), order.size);
+    try {
+        const auto file = _sides.tree.Open(order.path);
+        _report.Tell(SyncEvent::Kind::Sent, order.path, QString(), order.size);
+    } catch (const LocalError&) {
+        _TellFailure(order.path, std::current_exception());
+    }
 }
 
 std::unique_ptr<Upload> Uploader::Make(PushOrder order, const QUrl& url) {

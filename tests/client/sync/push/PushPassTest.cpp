@@ -6,7 +6,9 @@
 
 #include <QDir>
 #include <QFile>
+#include <cerrno>
 
+#include "client/sync/local/LocalError.h"
 #include "client/sync/push/PushOrder.h"
 #include "client/wire/TransactionError.h"
 #include "host/http/HttpException.h"
@@ -15,6 +17,7 @@
 
 namespace {
 
+using ovsync::local::LocalError;
 using ovsync::report::SyncOutcome;
 using ovsync::wire::TransactionError;
 using sync::http::HttpException;
@@ -30,6 +33,23 @@ protected:
         service.ForgetCounts();
     }
 };
+
+TEST_P(PushPassTest, WhatCannotBeReadIsRefusedByATrialToo) {
+    Write("closed", "1");
+    Write("open", "1");
+    tree.before = [](const char* operation, const QString& path) {
+        if (QByteArray(operation) == "Open" && path == Text("closed")) {
+            throw LocalError(path, EACCES);
+        }
+    };
+    options.isDryRun = true;
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    const QStringList told = Told();
+    EXPECT_EQ(told, QStringList({Text("Refused closed"), Text("Sent open")}));
+    options.isDryRun = false;
+    EXPECT_EQ(Push(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Told(), told);
+}
 
 TEST_P(PushPassTest, FilesAndFoldersGoOverOnce) {
     Write("f/g/a", "1");
