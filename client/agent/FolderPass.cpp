@@ -122,6 +122,9 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
     if (isStopped) {
         result.end = PassResult::End::Stopped;
     }
+    if (_connection) {
+        _connection->ForgetListed();
+    }
     // A new connection may do better than this one.
     if (result.end == PassResult::End::Failed) {
         _connection.reset();

@@ -121,6 +121,8 @@ public:
     qint64 SizeOf(const QString& serverPath, qint64 recorded) const;
     /// As this connection has listed the file last.
     wire::FileAttributes AttributesOf(const QString& serverPath) const;
+    /// Of no file listed before, anything but what its record says is known from now on. Frees memory.
+    void ForgetListed() { _settings.listing.supplement->ForgetFiles(); }
 
     /// Asks the service once. None when it has no such folder. Throws what the library throws.
     std::optional<FolderListing> List(sync::config::FolderConfiguration folder);

@@ -51,6 +51,13 @@ public:
         return _attributes.value(serverPath);
     }
 
+    /// Of all files.
+    void ForgetFiles() {
+        const std::lock_guard<std::mutex> lock(_mutex);
+        _sizes = {};
+        _attributes = {};
+    }
+
     /// From now on listings are asked for what tags are made of, and list folder by folder: of what comes in one
     /// answer, nobody knows whether a tag is older than what is listed below it.
     void KeepTags() {

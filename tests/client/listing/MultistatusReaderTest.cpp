@@ -138,6 +138,16 @@ TEST(MultistatusReaderTest, NotesWhichFilesAreExecutableBesideTheResult) {
     }
 }
 
+TEST(MultistatusReaderTest, WhatItNotedOfFilesCanBeForgotten) {
+    const ListingLimits limits;
+    SupplementOf("executables.xml", limits);
+    limits.supplement->AddSize(Text("bin/a tool"), Q_INT64_C(1) << 33);
+    ASSERT_TRUE(limits.supplement->KnowsAttributes());
+    limits.supplement->ForgetFiles();
+    EXPECT_FALSE(limits.supplement->KnowsAttributes());
+    EXPECT_EQ(limits.supplement->SizeOf(Text("bin/a tool")), -1);
+}
+
 TEST(MultistatusReaderTest, NotesTheDatesThatClientsLeftWithFilesBesideTheResult) {
     const auto supplement = SupplementOf("content-dates.xml");
     const QDateTime listed = QDateTime::fromSecsSinceEpoch(1795169730, Qt::UTC);
