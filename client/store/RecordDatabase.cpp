@@ -359,6 +359,11 @@ void RecordDatabase::Transaction::Commit() {
     _isOpen = false;
 }
 
+RecordDatabase::Reading::Reading(RecordDatabase& database)
+    : _open(database._handle.get(), "SELECT 1 FROM sqlite_master") {
+    _open.Step();
+}
+
 QStringList RecordDatabase::_Texts(Statement& statement) {
     QStringList texts;
     while (statement.Step()) {

@@ -70,6 +70,16 @@ public:
         bool _isOpen = true;
     };
 
+    /// While it lives, reading record by record is cheaper: not each has to find out whether anything was written.
+    /// What is written meanwhile is seen, and stays in the write-ahead log. Must not outlive the database.
+    class Reading {
+    public:
+        explicit Reading(RecordDatabase& database);
+
+    private:
+        Statement _open;
+    };
+
     /// In a transaction of its own.
     void Write(const RecordChanges& changes);
 

@@ -89,11 +89,11 @@ bool Moves::_MoveAFolder() {
 }
 
 void Moves::_MoveFiles() {
+    const QStringList files = _sides.scope.Files();
     QStringList moved;
-    const QSet<QString> known = SetOf(_sides.scope.Files());
-    for (const QString& path : known) {
-        if (_snapshot.Has(path, LocalEntry::Kind::File) != _remote.HasFile(path) ||
-            (!_remote.HasFile(path) && !_remote.IsRefused(path))) {
+    for (const QString& path : files) {
+        const bool isThere = _remote.HasFile(path);
+        if (_snapshot.Has(path, LocalEntry::Kind::File) != isThere || (!isThere && !_remote.IsRefused(path))) {
             moved.append(path);
         }
     }
@@ -101,6 +101,7 @@ void Moves::_MoveFiles() {
         return;
     }
     std::sort(moved.begin(), moved.end());
+    const QSet<QString> known = SetOf(files);
     const QMultiHash<quint64, QString> unknown = _UnknownHere(known, LocalEntry::Kind::File);
     const QHash<QString, QString> there = _remote.FilesById(known);
     for (const QString& path : moved) {

@@ -14,6 +14,7 @@ using pull::PullOrder;
 
 TwoWayPlan::Work TwoWayPlan::Find() {
     Work work;
+    const auto reading = _views.KeepReading();
     for (const QString& path : _Paths()) {
         if (!_remote.IsRefused(path)) {
             _Take(_views.At(path), work);

@@ -48,8 +48,9 @@ FileView FileViews::At(const QString& path) const {
     situation.here = view.here.state;
     situation.hasRecord = view.record.has_value();
     view.knownMd5 = view.record ? view.record->contentMd5 : QString();
-    if (_remote.HasFile(path)) {
-        view.remote = _remote.AllFiles().value(path);
+    const auto remote = _remote.AllFiles().constFind(path);
+    if (remote != _remote.AllFiles().constEnd()) {
+        view.remote = *remote;
         const pass::RemoteFileState there = _comparison.CompareThere(view.remote, view.record);
         if (there.failure) {
             _report.TellFailure(path, there.failure);

@@ -25,6 +25,9 @@ public:
 
     Direction Way() const { return _direction; }
 
+    /// While what it returns lives, each At costs less.
+    store::RecordDatabase::Reading KeepReading() const { return store::RecordDatabase::Reading(_sides.records); }
+
     /// Throws Cancelled.
     FileView At(const QString& path) const;
 

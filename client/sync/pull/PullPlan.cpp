@@ -116,6 +116,7 @@ PullPlan::Folders PullPlan::FindFolders(const QSet<QString>& needed) const {
 
 PullPlan::Fetches PullPlan::FindFetches() {
     Fetches fetches;
+    const auto reading = _views.KeepReading();
     for (const QString& path : _remote.AllFiles().keys()) {
         if (_snapshot.HasFolder(FolderOf(path))) {
             Take(_views.At(path), fetches);

@@ -91,6 +91,7 @@ void PushPlan::_FindGoneFolders(Deletions& deletions) const {
 }
 
 PushPlan::Work PushPlan::Find() {
+    const auto reading = _views.KeepReading();
     for (const QString& path : _views.PathsHere()) {
         if (!_remote.IsRefused(path)) {
             Take(_views.At(path));

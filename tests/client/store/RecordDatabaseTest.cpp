@@ -249,6 +249,28 @@ TEST_F(RecordDatabaseTest, WhatWasNotCommittedIsUndone) {
     EXPECT_TRUE(database.FindFile(Text("a")));
 }
 
+TEST_F(RecordDatabaseTest, WhatIsWrittenDuringAReadingIsSeenAndStays) {
+    for (const auto access : {RecordDatabase::Access::Change, RecordDatabase::Access::Try}) {
+        RecordDatabase database(Root(), access);
+        {
+            const RecordDatabase::Reading reading(database);
+            EXPECT_FALSE(database.FindFile(Text("a")));
+            RecordChanges changes;
+            changes.files.append(Record("a"));
+            database.Write(changes);
+            EXPECT_TRUE(database.FindFile(Text("a")));
+            {
+                const RecordDatabase::Transaction undone(database);
+                database.ForgetFile(Text("a"));
+            }
+            EXPECT_TRUE(database.FindFile(Text("a")));
+        }
+        EXPECT_EQ(database.FilePaths(), QStringList(Text("a")));
+        database.ForgetFile(Text("a"));
+    }
+    EXPECT_EQ(RecordDatabase(Root(), RecordDatabase::Access::Change).FilePaths(), QStringList());
+}
+
 TEST_F(RecordDatabaseTest, ChangesAreWrittenTogether) {
     RecordDatabase database(Root(), RecordDatabase::Access::Change);
     database.WriteFile(Record("old"));
