@@ -193,7 +193,9 @@ bool Moves::_MoveThere(const QString& from, const QString& to, bool isFolder) {
         _report.TellFailure(to, std::current_exception());
         return false;
     }
-    _remote.Move(from, to, _sides.service.ServerPath(from), _sides.service.ServerPath(to));
+    // In a trial the service still has it where it was.
+    _remote.Move(from, to, _sides.service.ServerPath(from),
+                 _sides.service.ServerPath(_sides.options.isDryRun ? from : to));
     _report.Tell(SyncEvent::Kind::MovedThere, to, Whence(from));
     return true;
 }

@@ -126,7 +126,7 @@ bool FileComparison::_HasContentOfRecord(const FileConfiguration& remote, const 
     const bool isInDoubt = (version.isEmpty() || IsWeakTag(version)) && record.file.md5Checksum.isEmpty() &&
                            !record.file.lastModifiedDate.isValid();
     return isInDoubt && ListedSize(remote.size) == ListedSize(record.file.size) &&
-           (HasBecomeStrong(remote, version) || IsContentThere(record.path, remote.size, record.contentMd5));
+           (HasBecomeStrong(remote, version) || IsContentThere(remote, record.contentMd5));
 }
 
 void FileComparison::Read(const QString& path, LocalFileState& file) const {
@@ -160,13 +160,13 @@ bool FileComparison::HasContentOf(const QString& path, const FileConfiguration& 
     return !file.md5.isEmpty() && IsContentOf(remote, file.entry->fingerprint.size, file.md5);
 }
 
-bool FileComparison::IsContentThere(const QString& path, qint64 listed, const QString& md5) const {
-    Md5Sink sink(listed);
+bool FileComparison::IsContentThere(const FileConfiguration& remote, const QString& md5) const {
+    Md5Sink sink(remote.size);
     try {
         if (!_connection) {
             _connection = _sides.service.newConnection();
         }
-        _connection->Download(_sides.service.UrlAt(path), sink);
+        _connection->Download(_sides.service.urlOf(remote.serverPath), sink);
     } catch (const Md5Sink::MoreThanListed&) {
         return false;
     }

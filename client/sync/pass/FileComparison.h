@@ -30,9 +30,9 @@ public:
     void Read(const QString& path, LocalFileState& file) const;
     /// Whether the file here is known to have the content of the service's file; reads it where it must.
     bool HasContentOf(const QString& path, const sync::config::FileConfiguration& remote, LocalFileState& file) const;
-    /// Whether the service's content of the file, which it lists with the size `listed`, has that MD5. Reads all of it.
-    /// Throws what IContentConnection::Download throws.
-    bool IsContentThere(const QString& path, qint64 listed, const QString& md5) const;
+    /// Whether the content of the service's file has that MD5. Reads all of it. Throws what
+    /// IContentConnection::Download throws.
+    bool IsContentThere(const sync::config::FileConfiguration& remote, const QString& md5) const;
 
 private:
     /// Whether the service still has the content of the record, which knows no version.

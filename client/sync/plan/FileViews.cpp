@@ -111,7 +111,7 @@ bool FileViews::_HasContentOf(FileView& view, const ConflictCopy& copy) const {
 
 bool FileViews::_IsContentThere(const FileView& view, const QString& md5) const {
     try {
-        return !md5.isEmpty() && _comparison.IsContentThere(view.path, view.remote.size, md5);
+        return !md5.isEmpty() && _comparison.IsContentThere(view.remote, md5);
     } catch (const std::exception&) {
         _report.TellFailure(view.path, std::current_exception());
         return false;

@@ -127,7 +127,7 @@ bool Downloader::_IsHereAlready(const PullOrder& order) const {
     }
     try {
         const QString md5 = _HereOf(order).md5;
-        return !md5.isEmpty() && _comparison.IsContentThere(order.path, order.remote.size, md5);
+        return !md5.isEmpty() && _comparison.IsContentThere(order.remote, md5);
     } catch (const std::exception&) {
         // The pass itself would say why.
         return false;

@@ -408,8 +408,7 @@ bool Uploader::_IsStillKnown(const Upload& upload) {
 bool Uploader::_IsStillThere(const PushOrder& order) {
     const FileConfiguration now = _sides.service.FileAt(order.path);
     const bool isSame = HasIdentity(now, IdentityOf(order.remote)) || DiffersByMissingChecksum(now, order.remote);
-    return isSame && (!_maker.IsInDoubt(order.remote) ||
-                      _comparison.IsContentThere(order.path, order.remote.size, order.knownMd5));
+    return isSame && (!_maker.IsInDoubt(order.remote) || _comparison.IsContentThere(now, order.knownMd5));
 }
 
 bool Uploader::_TellsByDate(const Upload& upload) {

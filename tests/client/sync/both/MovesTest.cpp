@@ -45,6 +45,23 @@ TEST_P(MovesTest, AFileThatIsRenamedHereIsMovedThere) {
     }
 }
 
+TEST_P(MovesTest, ATrialTellsOfAMoveAloneWhereOnlyTheContentTellsWhatAFileIs) {
+    service.isPlain = true;
+    service.isWithoutTags = true;
+    // The second in which the files were written is not over.
+    service.secondsAhead = -30;
+    Begin({"a", "f/b"});
+    Rename("a", "c");
+    Rename("f", "g");
+    for (const bool isDryRun : {true, false}) {
+        options.isDryRun = isDryRun;
+        EXPECT_EQ(Sync(), SyncOutcome::InStep);
+        EXPECT_EQ(Told(), QStringList({Text("MovedThere c"), Text("MovedThere g")}));
+        EXPECT_EQ(events.size(), 2);
+    }
+    EXPECT_EQ(service.Count("PUT"), 0);
+}
+
 TEST_P(MovesTest, AFileThatIsRenamedThereIsMovedHere) {
     Begin({"a", "b"});
     service.AddFolder(Text("f"));

@@ -164,8 +164,8 @@ TEST_F(FileComparisonTest, AllContentsThereAreReadOverOneConnection) {
     StartWith("1");
     service.connections = 0;
     EXPECT_TRUE(Ask([](const FileComparison& comparison, const std::optional<FileRecord>& record) {
-        return comparison.IsContentThere(Text("a"), 1, record->contentMd5) &&
-               comparison.IsContentThere(Text("a"), 1, record->contentMd5);
+        return comparison.IsContentThere(record->file, record->contentMd5) &&
+               comparison.IsContentThere(record->file, record->contentMd5);
     }));
     EXPECT_EQ(service.connections, 1);
 }
@@ -175,7 +175,7 @@ TEST_F(FileComparisonTest, MoreThanTheListedContentThereIsAnother) {
     service.contentInstead = QByteArray(100000, '1');
     service.isWithoutSizes = true;
     EXPECT_FALSE(Ask([](const FileComparison& comparison, const std::optional<FileRecord>& record) {
-        return comparison.IsContentThere(Text("a"), 1, record->contentMd5);
+        return comparison.IsContentThere(record->file, record->contentMd5);
     }));
 }
 
