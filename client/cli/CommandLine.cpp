@@ -230,6 +230,7 @@ ExitCode RunCommandLine(int argc, const char* const* argv) {
         context.user = found.credentials.user();
         context.loginProblem = found.problem;
         context.isWriting = registry.Writes();
+        context.hasTarget = !arguments.destination.empty();
         context.lastAnswer = [&connection] { return connection ? connection->LastAnswer() : wire::AnswerSummary(); };
         if (registry.TakesFiles()) {
             context.thing = QStringLiteral("file or folder");

@@ -250,7 +250,9 @@ QString ErrorText::_Refusal(const AnswerSummary& answer, const QString& path, bo
         case HttpStatus::UnprocessableContent:
             return WithStatus(QStringLiteral("%1 understands this, but does not do it").arg(server), status);
         case HttpStatus::Locked:
-            return QStringLiteral("somebody has locked %1 on %2").arg(place, server);
+            return (_context.hasTarget ? QStringLiteral("somebody has locked %1, or where it is to go, on %2")
+                                       : QStringLiteral("somebody has locked %1 on %2"))
+                .arg(place, server);
         case HttpStatus::FailedDependency:
             return QStringLiteral("something around %1 on %2 was refused: somebody may have locked the folder")
                 .arg(place, server);

@@ -44,6 +44,8 @@ public:
         QString path;
         /// What that has to be.
         QString thing = QStringLiteral("folder");
+        /// Whether it is to go to another place there.
+        bool hasTarget = false;
         /// Who logged in; empty for nobody.
         QString user = QString();
         /// Why nobody does where somebody may have been meant to; empty where that is not so.

@@ -115,6 +115,13 @@ TEST_P(RefusalTextTest, SaysWhatItMeansAndKeepsTheDetails) {
     EXPECT_EQ(message.status, GetParam().status);
 }
 
+TEST(ErrorTextTest, WhatIsToGoElsewhereMayBeLockedThere) {
+    ErrorText::Context moving = Writing();
+    moving.hasTarget = true;
+    EXPECT_EQ(MessageOf(HttpException(QString(), 423, QUrl()), moving).text.toStdString(),
+              "somebody has locked \"a/b\", or where it is to go, on host:81");
+}
+
 TEST(ErrorTextTest, AnAnswerIsARefusalOnlyWhereTheServiceItselfSaysNo) {
     const auto kindOf = [](int status) {
         return std::string(MessageOf(HttpException(QString(), status, QUrl())).kind);
