@@ -2,6 +2,7 @@
 
 #include <atomic>
 
+#include "client/store/StoreError.h"
 #include "client/sync/local/LocalContent.h"
 #include "client/sync/local/LocalError.h"
 #include "client/sync/local/PathNames.h"
@@ -39,13 +40,7 @@ QString TimeNote(const QString& what, const Fingerprint& fingerprint) {
 }  // namespace
 
 void Installer::Install(QVector<Request>& requests) {
-    {
-        store::RecordDatabase::Transaction transaction(_records);
-        for (const Request& request : requests) {
-            _records.WritePlacement(request.placement);
-        }
-        transaction.Commit();
-    }
+    _RecordIntentions(requests);
     for (Request& request : requests) {
         _Install(request);
     }
@@ -63,6 +58,32 @@ void Installer::Install(QVector<Request>& requests) {
         }
     }
     transaction.Commit();
+}
+
+void Installer::_RecordIntentions(const QVector<Request>& requests) {
+    try {
+        store::RecordDatabase::Transaction transaction(_records);
+        for (const Request& request : requests) {
+            _records.WritePlacement(request.placement);
+        }
+        transaction.Commit();
+    } catch (const store::StoreError&) {
+        // Where the disk is full, what came would keep it so.
+        for (const Request& request : requests) {
+            if (!request.placement.isRemoval) {
+                _RemoveUseless(request.placement.temporary);
+            }
+        }
+        throw;
+    }
+}
+
+void Installer::_RemoveUseless(const QString& temporary) {
+    try {
+        _tree.Remove(temporary);
+    } catch (const LocalError&) {
+        // The next pass tries again.
+    }
 }
 
 void Installer::_SyncFolders(QVector<Request>& requests) {

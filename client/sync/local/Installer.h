@@ -65,6 +65,9 @@ public:
     [[nodiscard]] QString PutBeside(const QString& temporary, store::ConflictCopy copy, const QString& note);
 
 private:
+    /// Nothing is left of the requests when that fails.
+    void _RecordIntentions(const QVector<Request>& requests);
+    void _RemoveUseless(const QString& temporary);
     void _Install(Request& request);
     /// Flushes to the disk the names in the folders that something was done in.
     void _SyncFolders(QVector<Request>& requests);

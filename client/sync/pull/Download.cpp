@@ -163,10 +163,6 @@ void Download::_Flush() {
     }
 }
 
-QString Download::GiveTemporary() {
-    return std::exchange(_temporary, QString());
-}
-
 content::ContentPart Download::Received() {
     return _isResumed ? content::ContentPart{_size, _entityTag} : content::ContentPart();
 }

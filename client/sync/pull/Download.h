@@ -41,14 +41,15 @@ public:
     /// Tells `part`, where there is one, how far it has come.
     Download(local::ILocalTree& tree, PullOrder order, const QUrl& url, const Shared& shared,
              std::shared_ptr<ReceivedPart> part);
-    /// Removes the temporary file, unless it was given away or `part` has it.
+    /// Removes the temporary file, unless it was left to somebody else or `part` has it.
     ~Download() override;
 
     void Run(content::IContentConnection& session) noexcept;
 
     const PullOrder& Order() const { return _order; }
-    /// The temporary file; the caller takes care of it from now on.
-    QString GiveTemporary();
+    const QString& Temporary() const { return _temporary; }
+    /// Somebody else takes care of the temporary file from now on.
+    void LeaveTemporary() { _temporary.clear(); }
 
     /// Null when it succeeded, and then the rest is there, unless it is too large.
     std::exception_ptr Error() const { return _error; }

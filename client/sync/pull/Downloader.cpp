@@ -189,8 +189,9 @@ void Downloader::_Take(const Transfers& downloads) {
         _sides.tree.SyncAll();
     }
     QVector<Installer::Request> requests;
-    std::vector<const PullOrder*> orders;
+    std::vector<Download*> placed;
     std::vector<const Download*> others;
+    bool isStopped = false;
     for (const std::unique_ptr<Download>& download : downloads) {
         ++_progress.doneFiles;
         if (!download->Error()) {
@@ -199,17 +200,28 @@ void Downloader::_Take(const Transfers& downloads) {
         }
         if (HasCome(*download)) {
             _report.TellSuccess();
-            _TakeContent(*download, requests, orders);
+            try {
+                _TakeContent(*download, requests, placed);
+            } catch (const report::Cancelled&) {
+                // What is here was to be read. The others may be ready.
+                isStopped = true;
+            }
         } else {
             others.push_back(download.get());
         }
     }
     // First what came as it should: a failure may end the pass.
     if (!requests.isEmpty()) {
+        for (Download* download : placed) {
+            download->LeaveTemporary();
+        }
         _installer.Install(requests);
     }
     for (int i = 0; i < requests.size(); ++i) {
-        _TakePlaced(requests[i], *orders[static_cast<size_t>(i)]);
+        _TakePlaced(requests[i], placed[static_cast<size_t>(i)]->Order());
+    }
+    if (isStopped) {
+        throw report::Cancelled();
     }
     for (const Download* download : others) {
         if (download->Error()) {
@@ -221,7 +233,7 @@ void Downloader::_Take(const Transfers& downloads) {
 }
 
 void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& requests,
-                              std::vector<const PullOrder*>& orders) {
+                              std::vector<Download*>& placed) {
     const PullOrder& order = download.Order();
     const LocalFileState here = _HereOf(order);
     if (here.md5 == download.Md5()) {
@@ -229,11 +241,11 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
         return;
     }
     if (order.target == PullOrder::Target::Beside) {
-        _KeepBoth(order, download.GiveTemporary(), download.Md5());
+        _KeepBoth(order, download.Temporary(), download.Md5());
         return;
     }
     if (order.target == PullOrder::Target::Trash) {
-        _TakeIntoTrash(order.path, download.GiveTemporary());
+        _TakeIntoTrash(order.path, download.Temporary());
         return;
     }
     Installer::Request request;
@@ -244,12 +256,12 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
     if (file.versionId.isEmpty() && file.md5Checksum.isEmpty() && !file.lastModifiedDate.isValid()) {
         file.versionId = QString::fromUtf8(download.Version().weakTag);
     }
-    request.placement.temporary = download.GiveTemporary();
+    request.placement.temporary = download.Temporary();
     if (order.here) {
         request.placement.old = order.here->fingerprint;
     }
     requests.append(request);
-    orders.push_back(&order);
+    placed.push_back(&download);
 }
 
 void Downloader::_TakeSurprise(const Download& download) {

@@ -51,9 +51,8 @@ private:
     /// What came of the file is no part any more, or of no use.
     void _ForgetPart(const QString& path);
     void _Take(const Transfers& downloads);
-    /// What came is what the service describes. Joins `requests` when it is to be placed.
-    void _TakeContent(Download& download, QVector<local::Installer::Request>& requests,
-                      std::vector<const PullOrder*>& orders);
+    /// What came is what the service describes. Joins `requests`, and `placed`, when it is to be placed.
+    void _TakeContent(Download& download, QVector<local::Installer::Request>& requests, std::vector<Download*>& placed);
     /// What came is something else: the file may have changed after it was listed.
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 
 #include <QDir>
 #include <QDirIterator>
@@ -6,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <memory>
 
 #include "client/store/RecordDatabase.h"
@@ -104,6 +106,29 @@ protected:
         ASSERT_EQ(Pull(), SyncOutcome::InStep);
     }
 };
+
+TEST_F(MishapTest, ADiskWithoutRoomForTheRecordsIsNotKeptFull) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit usual{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &usual), 0);
+    StartWithFiles(5);
+    for (int i = 0; i < 10; ++i) {
+        service.Put(QString::number(i), "new");
+    }
+    tree.before = [usual](const char* operation, const QString&) {
+        if (QByteArray(operation) == "SyncAll") {
+            const rlimit none{1, usual.rlim_max};
+            setrlimit(RLIMIT_FSIZE, &none);
+        }
+    };
+    EXPECT_THROW(Pull(), ovsync::store::StoreError);
+    setrlimit(RLIMIT_FSIZE, &usual);
+    tree.before = nullptr;
+    EXPECT_FALSE(HasTemporaryFiles());
+    EXPECT_EQ(Content("0"), QByteArray("0"));
+    EXPECT_EQ(Pull(), SyncOutcome::InStep);
+    EXPECT_EQ(Content("0"), QByteArray("new"));
+}
 
 TEST_F(MishapTest, ANewVersionWhoseTemporaryFileGoesIsNotHere) {
     StartWith("a", "1");

@@ -604,6 +604,28 @@ TEST_P(PullPassTest, ATrialTellsOfNoFolderThatIsNotGoingToBeEmpty) {
     EXPECT_EQ(Told(), told);
 }
 
+TEST_P(PullPassTest, APassThatIsStoppedWhileItReadsWhatIsHereLeavesNoTemporaryFiles) {
+    service.isPlain = true;
+    for (const char* name : {"a", "b", "c", "d", "e"}) {
+        service.Put(Text(name), "theirs");
+    }
+    Write("b", "mine");
+    Write("d", "mine");
+    tree.before = [this](const char* operation, const QString& path) {
+        if (QByteArray(operation) == "Open" && (path == Text("b") || path == Text("d"))) {
+            isStopped = true;
+        }
+    };
+    EXPECT_EQ(Pull(), SyncOutcome::Cancelled);
+    EXPECT_FALSE(HasTemporaryFiles());
+    EXPECT_EQ(Content("b"), QByteArray("mine"));
+    isStopped = false;
+    tree.before = nullptr;
+    EXPECT_GE(Contents().size(), 5U) << "what came was not placed";
+    EXPECT_EQ(Pull(), SyncOutcome::LeftSome);
+    EXPECT_EQ(Contents().size(), 7U);
+}
+
 TEST_P(PullPassTest, APassThatIsStoppedRecordsWhatIsFinishedAndLeavesNoTemporaryFiles) {
     for (const char* name : {"a", "b", "c", "d"}) {
         service.Put(Text(name), "1");
