@@ -14,6 +14,7 @@
 #include "client/sync/both/TwoWayPass.h"
 #include "client/sync/local/LocalTree.h"
 #include "client/sync/pass/SyncConfiguration.h"
+#include "client/sync/report/FolderMissing.h"
 #include "client/sync/report/OfferedCommand.h"
 #include "client/wire/HttpStatus.h"
 #include "client/wire/TransactionError.h"
@@ -105,6 +106,11 @@ PassResult FolderPass::Run(const std::atomic<bool>& isStopped, ISyncObserver& ob
         ErrorText::Context context = ContextOf(_folder, _credentials);
         context.lastAnswer = [this] { return _connection ? _connection->LastAnswer() : wire::AnswerSummary(); };
         result.error = ErrorText(context).Of(std::current_exception()).text;
+        if (dynamic_cast<const report::FolderMissing*>(&e) != nullptr) {
+            result.error +=
+                QStringLiteral(". To have the agent leave this folder alone, run \"ovsync folders remove %1\"")
+                    .arg(report::ShellWord(_folder.directory));
+        }
         const auto* const answer = dynamic_cast<const sync::http::HttpException*>(&e);
         if (answer != nullptr && answer->StatusCode() == HttpStatus::Unauthorized) {
             result.end = PassResult::End::Rejected;

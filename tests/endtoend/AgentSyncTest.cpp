@@ -362,9 +362,11 @@ TEST_F(AgentSyncTest, NamesTheFolderThatIsMissingAboveItsOwn) {
     Add(service.Url() + Text("nope/x/"));
     _user.StartAgent();
     EXPECT_TRUE(_user.FolderBecomes([](const json& folder) { return !folder["error"].is_null(); }));
-    EXPECT_THAT(_user.Folder()["error"].get<std::string>(),
-                testing::AllOf(HasSubstr("there is no folder \"nope\" on 127.0.0.1:"),
-                               HasSubstr("\"ovsync mkdir -p '" + service.Url().toStdString() + "nope'\" makes it")));
+    EXPECT_THAT(
+        _user.Folder()["error"].get<std::string>(),
+        testing::AllOf(HasSubstr("there is no folder \"nope\" on 127.0.0.1:"),
+                       HasSubstr("\"ovsync mkdir -p '" + service.Url().toStdString() + "nope'\" makes it"),
+                       HasSubstr("run \"ovsync folders remove '" + _user.Path(Text("synced")).toStdString() + "'\"")));
 }
 
 TEST_F(AgentSyncTest, ASlowServiceDoesNotHoldUpAnotherFolder) {

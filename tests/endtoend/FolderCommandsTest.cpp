@@ -89,7 +89,8 @@ TEST(MakeFolderRefusalTest, WhoMakesTheFoldersAboveIsNotToldToDoSo) {
 
 TEST_F(FolderCommandsTest, AFileIsInTheWayOfAFolder) {
     _service.AddFile(Text("a.txt"), "a");
-    ExpectFailure({Text("mkdir")}, "a.txt", 1, "400");
+    ExpectFailure({Text("mkdir")}, "a.txt", 1, "\"a.txt\" on 127.0.0.1");
+    ExpectFailure({Text("mkdir"), Text("-p")}, "a.txt", 1, "is a file, and no folder");
     for (const char* below : {"a.txt/b", "a.txt/b/c/d"}) {
         ExpectFailure({Text("mkdir"), Text("-p")}, below, 1, "is a file, and no folder");
     }

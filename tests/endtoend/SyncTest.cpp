@@ -133,7 +133,7 @@ TEST_F(SyncCommandTest, AFolderThatTheServiceHasNoMoreIsMadeAgainInTheWayThatIsN
         Text("remove \"%1/.ovsync/records.db\" and run \"ovsync sync '%1' '%2'\"").arg(_first.path(), url);
     for (const char* command : {"sync", "pull", "push"}) {
         EXPECT_THAT(run(command, 1), AllOf(HasSubstr("is not there any more: it was deleted or moved on the service"),
-                                           HasSubstr(way.toStdString()), HasSubstr("ovsync folders remove '")));
+                                           HasSubstr(way.toStdString()), Not(HasSubstr("ovsync folders"))));
     }
     EXPECT_EQ(Content(First("f/a")), QByteArray("1"));
     ASSERT_TRUE(QFile::remove(First(".ovsync/records.db")));

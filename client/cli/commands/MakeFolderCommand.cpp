@@ -26,14 +26,15 @@ void MakeFolder(ServiceConnection& connection, const Location& location, bool wi
     }
     sync::config::FolderConfiguration folder = connection.Folder(location.serverPath);
     folder.serverRootPath.clear();
+    const auto create = [&](const QString& parentId) {
+        input::MakeFolderAt(connection, location,
+                            [&] { connection.Folders().CreateFolder(folder, parentId, withParents); });
+    };
     if (withParents) {
-        input::MakeWithParentsAt(connection, location,
-                                 [&] { connection.Folders().CreateFolder(folder, QString(), true); });
+        create(QString());
     } else {
-        input::MakeAt(connection, location, [&] {
-            const QString parentId = FindFolder(connection, location.Parent(), "mkdir").getServerFolderId();
-            connection.Folders().CreateFolder(folder, parentId, false);
-        });
+        input::MakeAt(connection, location,
+                      [&] { create(FindFolder(connection, location.Parent(), "mkdir").getServerFolderId()); });
     }
     if (asJson) {
         output.Write(JsonObject(folder) + '\n');

@@ -19,6 +19,7 @@
 #include "client/cli/input/AbsolutePath.h"
 #include "client/cli/input/Application.h"
 #include "client/cli/input/Interruption.h"
+#include "client/cli/input/MakeAt.h"
 #include "client/cli/input/Refusal.h"
 #include "client/cli/input/ServiceFolderAt.h"
 #include "client/cli/input/UsageError.h"
@@ -26,6 +27,8 @@
 #include "client/store/FileConfigManager.h"
 #include "client/store/FolderBusy.h"
 #include "client/sync/local/LocalTree.h"
+#include "client/wire/HttpStatus.h"
+#include "host/http/HttpException.h"
 
 namespace ovsync {
 namespace commands {
@@ -155,6 +158,13 @@ ExitCode RunPassIn(const QString& root, ServiceConnection& connection, const Loc
         const SyncOutcome outcome = pass(common);
         observer.Summarise(outcome);
         return ExitCodeOf(outcome);
+    } catch (const sync::http::HttpException& error) {
+        observer.Summarise(SyncOutcome::Failed);
+        // So some servers answer where the URL of a file is to be listed.
+        if (error.StatusCode() == wire::HttpStatus::BadRequest) {
+            input::RequireNoFile(connection, location);
+        }
+        throw;
     } catch (...) {
         observer.Summarise(SyncOutcome::Failed);
         throw;

@@ -22,7 +22,7 @@ std::optional<FoundResource> FoundAt(ServiceConnection& connection, const Locati
     }
 }
 
-void RequireNoFile(const FoundResource& found, const Location& location) {
+void RequireFolder(const FoundResource& found, const Location& location) {
     if (!found.isFolder) {
         throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")
                                 .arg(location.serverPath, location.Server()));
@@ -42,17 +42,21 @@ void MakeAt(ServiceConnection& connection, const Location& location, const std::
     }
 }
 
-void MakeWithParentsAt(ServiceConnection& connection, const Location& location, const std::function<void()>& make) {
+void MakeFolderAt(ServiceConnection& connection, const Location& location, const std::function<void()>& make) {
     try {
         make();
     } catch (const sync::http::HttpException&) {
         connection.KeepLastAnswer();
-        for (Location above = location.Parent(); !above.serverPath.isEmpty(); above = above.Parent()) {
-            if (const std::optional<FoundResource> found = FoundAt(connection, above)) {
-                RequireNoFile(*found, above);
-            }
+        for (Location at = location; !at.serverPath.isEmpty(); at = at.Parent()) {
+            RequireNoFile(connection, at);
         }
         throw;
+    }
+}
+
+void RequireNoFile(ServiceConnection& connection, const Location& location) {
+    if (const std::optional<FoundResource> found = FoundAt(connection, location)) {
+        RequireFolder(*found, location);
     }
 }
 
@@ -70,7 +74,7 @@ void RequireFolderAbove(ServiceConnection& connection, const Location& location)
                                 .arg(above.serverPath, above.Server(), command,
                                      report::ShellWord(above.Url().toString(QUrl::FullyEncoded))));
     }
-    RequireNoFile(*found, above);
+    RequireFolder(*found, above);
 }
 
 }  // namespace input

@@ -12,9 +12,12 @@ namespace input {
 /// it, and else what `make` throws.
 void MakeAt(library::ServiceConnection& connection, const Location& location, const std::function<void()>& make);
 
-/// The same where `make` makes the folders above, too: then there is none for it when one of these is a file.
-void MakeWithParentsAt(library::ServiceConnection& connection, const Location& location,
-                       const std::function<void()>& make);
+/// Has `make` make a folder at `location`. Throws FolderMissing where that was refused because this, or what it is to
+/// be in, is a file, and else what `make` throws.
+void MakeFolderAt(library::ServiceConnection& connection, const Location& location, const std::function<void()>& make);
+
+/// Throws FolderMissing when `location` is that of a file.
+void RequireNoFile(library::ServiceConnection& connection, const Location& location);
 
 /// Throws FolderMissing when there is no folder that `location`, where there is nothing, could be in. One that the
 /// service does not show counts as there.

@@ -201,14 +201,10 @@ void SyncPass::_RefuseClashes(RemoteTree& tree, const LocalSnapshot& snapshot) {
 void SyncPass::_ThrowMissing() const {
     if (WasInStep()) {
         throw report::FolderMissing(
-            QStringLiteral(
-                "%1 is not there any more: it was deleted or moved on the service. Nothing is changed here. %2. "
-                "To have the agent leave this folder alone, run \"ovsync folders remove %3\"")
-                .arg(_sides.service.address,
-                     WayOut(QStringLiteral("To make it there again and send everything"), _sides.service,
-                            _sides.options) +
-                         QStringLiteral("; if it was moved, do that with its new URL"),
-                     report::ShellWord(_sides.service.folder.localPath)));
+            QStringLiteral("%1 is not there any more: it was deleted or moved on the service. Nothing is changed here. "
+                           "%2; if it was moved, do that with its new URL")
+                .arg(_sides.service.address, WayOut(QStringLiteral("To make it there again and send everything"),
+                                                    _sides.service, _sides.options)));
     }
     throw HttpException(QStringLiteral("There is no folder %1").arg(_sides.service.address), HttpStatus::NotFound,
                         QUrl());
