@@ -241,11 +241,15 @@ void Downloader::_TakeContent(Download& download, QVector<Installer::Request>& r
         return;
     }
     if (order.target == PullOrder::Target::Beside) {
-        _KeepBoth(order, download.Temporary(), download.Md5());
+        if (_KeepBoth(order, download.Temporary(), download.Md5())) {
+            download.LeaveTemporary();
+        }
         return;
     }
     if (order.target == PullOrder::Target::Trash) {
-        _TakeIntoTrash(order.path, download.Temporary());
+        if (_TakeIntoTrash(order.path, download.Temporary())) {
+            download.LeaveTemporary();
+        }
         return;
     }
     Installer::Request request;
@@ -311,23 +315,27 @@ void Downloader::_TakePlaced(const Installer::Request& request, const PullOrder&
     }
 }
 
-void Downloader::_KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5) {
+bool Downloader::_KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5) {
     try {
         const QString identity = _maker.IsInDoubt(order.remote) ? QString() : IdentityOf(order.remote);
         const QString copy =
             _installer.PutBeside(temporary, {QString(), order.path, identity, md5}, VersionNote(order.remote));
         _report.Tell(SyncEvent::Kind::Conflict, order.path, ConflictText(copy));
+        return true;
     } catch (const LocalError&) {
         _TellFailure(order.path, std::current_exception());
+        return false;
     }
 }
 
-void Downloader::_TakeIntoTrash(const QString& path, const QString& temporary) {
+bool Downloader::_TakeIntoTrash(const QString& path, const QString& temporary) {
     try {
         _installer.Discard(temporary, path);
         _inTrash.insert(path);
+        return true;
     } catch (const LocalError&) {
         _TellFailure(path, std::current_exception());
+        return false;
     }
 }
 

@@ -56,8 +56,9 @@ private:
     /// What came is something else: the file may have changed after it was listed.
     void _TakeSurprise(const Download& download);
     void _TakePlaced(const local::Installer::Request& request, const PullOrder& order);
-    void _KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5);
-    void _TakeIntoTrash(const QString& path, const QString& temporary);
+    /// False when the disk refused.
+    bool _KeepBoth(const PullOrder& order, const QString& temporary, const QString& md5);
+    bool _TakeIntoTrash(const QString& path, const QString& temporary);
     /// With the content's MD5, where that is to be compared.
     pass::LocalFileState _HereOf(const PullOrder& order) const;
     /// What else would be found out when it was fetched.
