@@ -115,6 +115,17 @@ TEST_F(SyncCommandTest, WhatPassesKeepInAFolderIsNotSynced) {
     EXPECT_FALSE(QFile::exists(First(".ovsync/new")));
 }
 
+TEST(SyncWithAFileTest, IsToldAlsoWhereTheServerCallsItABadRequest) {
+    // The whole of it and its first level are asked for.
+    Service service({Text("--fault"), Text("status=400,method=PROPFIND,request=1"), Text("--fault"),
+                     Text("status=400,method=PROPFIND,request=2")});
+    service.AddFile(Text("a.txt"), "a");
+    const QTemporaryDir here;
+    const ProgramResult result = RunOvsync({Text("sync"), here.path(), service.Url() + Text("a.txt")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_EQ(result.errors, QByteArray("ovsync: \"a.txt\" is a file, and only folders can be synced\n"));
+}
+
 TEST_F(SyncCommandTest, AFolderThatTheServiceHasNoMoreIsMadeAgainInTheWayThatIsNamed) {
     const QString url = _service.Url() + Text("folder");
     const auto run = [&](const char* command, int exitCode) {

@@ -161,8 +161,8 @@ ExitCode RunPassIn(const QString& root, ServiceConnection& connection, const Loc
     } catch (const sync::http::HttpException& error) {
         observer.Summarise(SyncOutcome::Failed);
         // So some servers answer where the URL of a file is to be listed.
-        if (error.StatusCode() == wire::HttpStatus::BadRequest) {
-            input::RequireNoFile(connection, location);
+        if (error.StatusCode() == wire::HttpStatus::BadRequest && input::IsFile(connection, location)) {
+            throw pass::WrongFolder::OfFile(location.serverPath);
         }
         throw;
     } catch (...) {

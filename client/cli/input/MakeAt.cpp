@@ -22,11 +22,9 @@ std::optional<FoundResource> FoundAt(ServiceConnection& connection, const Locati
     }
 }
 
-void RequireFolder(const FoundResource& found, const Location& location) {
-    if (!found.isFolder) {
-        throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")
-                                .arg(location.serverPath, location.Server()));
-    }
+[[noreturn]] void ThrowIsFile(const Location& location) {
+    throw FolderMissing(QStringLiteral("\"%1\" on %2 is a file, and no folder that anything can go into")
+                            .arg(location.serverPath, location.Server()));
 }
 
 }  // namespace
@@ -48,16 +46,17 @@ void MakeFolderAt(ServiceConnection& connection, const Location& location, const
     } catch (const sync::http::HttpException&) {
         connection.KeepLastAnswer();
         for (Location at = location; !at.serverPath.isEmpty(); at = at.Parent()) {
-            RequireNoFile(connection, at);
+            if (IsFile(connection, at)) {
+                ThrowIsFile(at);
+            }
         }
         throw;
     }
 }
 
-void RequireNoFile(ServiceConnection& connection, const Location& location) {
-    if (const std::optional<FoundResource> found = FoundAt(connection, location)) {
-        RequireFolder(*found, location);
-    }
+bool IsFile(ServiceConnection& connection, const Location& location) {
+    const std::optional<FoundResource> found = FoundAt(connection, location);
+    return found && !found->isFolder;
 }
 
 void RequireFolderAbove(ServiceConnection& connection, const Location& location) {
@@ -74,7 +73,9 @@ void RequireFolderAbove(ServiceConnection& connection, const Location& location)
                                 .arg(above.serverPath, above.Server(), command,
                                      report::ShellWord(above.Url().toString(QUrl::FullyEncoded))));
     }
-    RequireFolder(*found, above);
+    if (!found->isFolder) {
+        ThrowIsFile(above);
+    }
 }
 
 }  // namespace input

@@ -16,8 +16,8 @@ void MakeAt(library::ServiceConnection& connection, const Location& location, co
 /// be in, is a file, and else what `make` throws.
 void MakeFolderAt(library::ServiceConnection& connection, const Location& location, const std::function<void()>& make);
 
-/// Throws FolderMissing when `location` is that of a file.
-void RequireNoFile(library::ServiceConnection& connection, const Location& location);
+/// Whether `location` is known to be that of a file. Throws nothing that the service says.
+bool IsFile(library::ServiceConnection& connection, const Location& location);
 
 /// Throws FolderMissing when there is no folder that `location`, where there is nothing, could be in. One that the
 /// service does not show counts as there.

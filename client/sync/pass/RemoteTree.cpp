@@ -49,7 +49,7 @@ RemoteTree::RemoteTree(const ServiceFolder& service, const QVector<FolderConfigu
     }
     for (const FileConfiguration& file : files) {
         if (file.serverPath == service.folder.serverPath) {
-            throw WrongFolder(QStringLiteral("\"%1\" is a file, and only folders can be synced").arg(file.serverPath));
+            throw WrongFolder::OfFile(file.serverPath);
         }
         const QString path = _Accept(file.serverPath, file.name, false, exclusion);
         if (path.isEmpty()) {

@@ -72,6 +72,10 @@ struct ServiceFolder {
 class WrongFolder : public sync::core::SyncException {
 public:
     using SyncException::SyncException;
+
+    static WrongFolder OfFile(const QString& serverPath) {
+        return WrongFolder(QStringLiteral("\"%1\" is a file, and only folders can be synced").arg(serverPath));
+    }
 };
 
 }  // namespace pass
